@@ -1,0 +1,115 @@
+#include "align/marker_alignment.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/numbers.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int largest_box = 1'000'000;
+
+int active_count(const MarkerSet& set) {
+    return static_cast<int>(std::count_if(set.markers.begin(), set.markers.end(),
+                                          [](const Marker& marker) { return marker.active; }));
+}
+
+PolyFit fit_pairs(const std::vector<MarkerPair>& pairs, int coefficients) {
+    std::vector<Point> from;
+    std::vector<Point> to;
+    for (const MarkerPair& pair : pairs) {
+        from.push_back(pair.reference);
+        to.push_back(pair.moved);
+    }
+    return fit_poly(from, to, coefficients);
+}
+
+void measure_residuals(MarkerMatch& match) {
+    double squares = 0;
+    double distances = 0;
+    match.max_error_marker = match.pairs.front().reference_id;
+    for (const MarkerPair& pair : match.pairs) {
+        const Point mapped = apply_poly(match.moved_from_reference, pair.reference);
+        const Point residual{pair.moved.x - mapped.x, pair.moved.y - mapped.y};
+        const double distance = std::hypot(residual.x, residual.y);
+        match.residuals.push_back(residual);
+        squares += distance * distance;
+        distances += distance;
+        if (distance > match.max_absolute_error) {
+            match.max_absolute_error = distance;
+            match.max_error_marker = pair.reference_id;
+        }
+    }
+    const auto count = static_cast<double>(match.pairs.size());
+    match.mean_square_error = std::sqrt(squares / count);
+    match.mean_absolute_error = distances / count;
+}
+
+}  // namespace
+
+MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
+                          const MarkerMatchOptions& options) {
+    MarkerMatch match;
+    match.reference_count = static_cast<int>(reference.markers.size());
+    match.moved_count = static_cast<int>(moved.markers.size());
+    match.different_counts = active_count(reference) != active_count(moved);
+    if (match.different_counts) match.notes.push_back("Different count of 'align' markers");
+
+    const int coefficients = poly_coefficient_count(options.order);
+    const int box = std::clamp(options.box, 0, largest_box);
+    Pairing pairing = pair_markers(reference, moved,
+                                   {.link = options.link,
+                                    .window_side = 2 * box + 1,
+                                    .fix_first = options.fix_first,
+                                    .coefficients = coefficients});
+    match.notes.insert(match.notes.end(), pairing.notes.begin(), pairing.notes.end());
+    if (!pairing.ok) {
+        match.failure = "Pairing the markers failed: " + pairing.notes.back();
+        return match;
+    }
+    match.pairs = std::move(pairing.pairs);
+    if (match.pairs.empty()) {
+        match.failure = no_pairs_text;
+        return match;
+    }
+    if (2 * match.pairs.size() < static_cast<std::size_t>(coefficients)) {
+        match.failure = std::to_string(match.pairs.size()) + " marker pairs are too few for " +
+                        std::to_string(coefficients) + " coefficients per axis";
+        return match;
+    }
+    const PolyFit fit = fit_pairs(match.pairs, coefficients);
+    match.moved_from_reference = fit.map;
+    match.underdetermined = fit.underdetermined;
+    if (!fit.ok) {
+        match.failure = "The least-squares fit to the marker pairs failed";
+        return match;
+    }
+    if (fit.underdetermined)
+        match.notes.push_back(
+            "The marker pairs do not determine a mapping of this order; the least correction that "
+            "fits them is used");
+    measure_residuals(match);
+    match.ok = true;
+    return match;
+}
+
+std::vector<std::string> report_lines(const MarkerMatch& match, const std::string& reference_name,
+                                      const std::string& moved_name) {
+    const auto number = [](double value) { return format_general(value, 6); };
+    return {
+        "Markers Connection:",
+        "Number of markers:" + std::to_string(match.moved_count),
+        "Number of standard markers = " + std::to_string(match.reference_count),
+        "Number of pairs = " + std::to_string(match.pairs.size()),
+        "Mean-square error = " + number(match.mean_square_error),
+        "Mean absolute error = " + number(match.mean_absolute_error),
+        "Maximal absolute error = " + number(match.max_absolute_error) + " at marker No " +
+            std::to_string(match.max_error_marker),
+        "Image Alignment:    " + moved_name + " - (" + reference_name + ")",
+        "",
+    };
+}
+
+}  // namespace vyn

@@ -1,0 +1,118 @@
+#include "api/field_conversion.h"
+
+#include <cstring>
+#include <limits>
+
+#include "api/image_parts.h"
+#include "api/isa.h"
+#include "api/kernels/pixel_kernels.h"
+#include "api/parallel.h"
+
+namespace vyn {
+
+VYN_CHOOSE_KERNELS(PixelKernels, pixel_kernels)
+
+namespace {
+
+constexpr int rows_per_block = 32;
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+FieldRowLaw::Output row_output(FieldQuantity quantity) {
+    switch (quantity) {
+        case FieldQuantity::pressure:
+            return FieldRowLaw::Output::scaled;
+        case FieldQuantity::p_over_static:
+            return FieldRowLaw::Output::over_static;
+        case FieldQuantity::cp:
+            return FieldRowLaw::Output::cp;
+        case FieldQuantity::ratio:
+            break;
+    }
+    return FieldRowLaw::Output::ratio;
+}
+
+FieldRowLaw row_law(const FieldConversion& conversion) {
+    return {row_output(conversion.quantity),
+            conversion.law.a,
+            conversion.law.b,
+            conversion.law.c,
+            conversion.wind_off_ratio,
+            conversion.static_pressure,
+            conversion.dynamic_pressure,
+            conversion.unit_factor};
+}
+
+/// The planes of a result made row by row from `source`, whose region plane goes with them.
+class RowResult {
+  public:
+    explicit RowResult(const image& source)
+        : source_(source),
+          values_(source.width(), source.height()),
+          mask_(source.width(), source.height()) {
+        if (source.has_region()) region_ = Bitmap<std::uint8_t>(source.width(), source.height());
+    }
+
+    PixelRow row(int y) { return {values_.row(y), mask_.row(y)}; }
+
+    void copy_region(int y) {
+        if (source_.has_region())
+            std::memcpy(region_.row(y), source_.region().row(y),
+                        static_cast<std::size_t>(source_.width()));
+    }
+
+    image take() {
+        image result = with_planes(source_, std::move(values_), std::move(mask_));
+        if (source_.has_region()) result.set_region(std::move(region_));
+        return result;
+    }
+
+  private:
+    const image& source_;
+    Bitmap<float> values_;
+    Bitmap<std::uint8_t> mask_;
+    Bitmap<std::uint8_t> region_;
+};
+
+ConstPixelRow const_row(const image& picture, int y) {
+    return {picture.values().row(y), picture.mask().row(y)};
+}
+
+}  // namespace
+
+image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits& limits,
+                 Progress& progress) {
+    check_all_planes(wind_off);
+    wind_on.check_planes();
+    check_same_size(wind_off, wind_on);
+    const RowLimits row_limits =
+        limits.clamp ? RowLimits{limits.lower, limits.upper} : RowLimits{-infinity, infinity};
+    const PixelKernels& kernels = active_pixel_kernels();
+    RowResult result(wind_off);
+    parallel_rows(wind_off.height(), rows_per_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y) {
+            kernels.ratio(const_row(wind_off, y), const_row(wind_on, y), region_row(wind_off, y),
+                          row_limits, wind_off.width(), result.row(y));
+            result.copy_region(y);
+        }
+    });
+    return result.take();
+}
+
+image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress) {
+    check_all_planes(ratio);
+    const RowLimits row_limits = conversion.limit ? RowLimits{conversion.lower, conversion.upper}
+                                                  : RowLimits{-infinity, infinity};
+    const FieldRowLaw law = row_law(conversion);
+    const PixelKernels& kernels = active_pixel_kernels();
+    RowResult result(ratio);
+    parallel_rows(ratio.height(), rows_per_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y) {
+            kernels.field(const_row(ratio, y), region_row(ratio, y), law, row_limits, ratio.width(),
+                          result.row(y));
+            result.copy_region(y);
+        }
+    });
+    return result.take();
+}
+
+}  // namespace vyn

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+
+#include "api/image.h"
+#include "core/progress.h"
+
+namespace vyn {
+
+/// Which quantity a field holds.
+enum class FieldQuantity { pressure, p_over_static, cp, ratio };
+
+/// The paint law at one temperature: P = a + b R + c R^2, R the intensity ratio scaled by the
+/// wind-off ratio, P in the paint's pressure unit.
+struct PaintLaw {
+    double a = 0;
+    double b = 0;
+    double c = 0;
+};
+
+/// From ratio to field. Pressures in the paint's pressure unit.
+struct FieldConversion {
+    FieldQuantity quantity = FieldQuantity::pressure;
+    PaintLaw law;               ///< at the wind-on temperature
+    double wind_off_ratio = 1;  ///< fa: the law's ratio at wind-off conditions
+    double static_pressure = 0;
+    double dynamic_pressure = 0;
+    double unit_factor = 1;  ///< output pressure unit per paint pressure unit
+    bool limit = false;      ///< apply the two limits, as 32-bit floats:
+    float lower = 0;         ///< pixels below are excluded
+    float upper = 0;         ///< pixels above become this value
+};
+
+/// The ratio of wind-off to wind-on, in one pass: the wind-off image divided by the wind-on image,
+/// then, with `clamp`, limited to lower..upper (nothing is excluded by these limits).
+struct RatioLimits {
+    bool clamp = false;
+    float lower = 0;
+    float upper = 0;
+};
+image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits& limits,
+                 Progress& progress);
+
+/// The field of a ratio image, in one pass. Results that are not finite exclude the pixel. The bits
+/// are those of the law evaluated in 64-bit per pixel, rounded to 32-bit, and of exclude_below and
+/// clamp_above after it.
+image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress);
+
+}  // namespace vyn

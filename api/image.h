@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "api/bitmap.h"
+#include "markers/marker.h"
+
+namespace vyn {
+
+/// Displacement vectors that a field file can carry beside its values, in pixels; node (c, r)
+/// stands for image pixel (c * step, r * step).
+struct Displacement {
+    Bitmap<float> u;
+    Bitmap<float> v;
+    int step = 1;
+};
+
+/// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole
+/// coordinates, x is the column and y the row.
+///
+/// An excluded pixel (mask not 0) keeps its value; no computation reads it. Copying copies all
+/// planes.
+class image {
+  public:
+    image() = default;
+    /// Planes of this size, values unspecified, all valid.
+    image(int width, int height) : values_(width, height), mask_(width, height, 0) {}
+    /// Takes both planes. Raises DimError when they differ in size.
+    image(Bitmap<float> values, Bitmap<std::uint8_t> mask);
+
+    int width() const { return values_.width(); }
+    int height() const { return values_.height(); }
+
+    /// The planes. Raise AlgoError when the plane does not exist; an empty image (width or height
+    /// 0) has its planes.
+    Bitmap<float>& values();
+    const Bitmap<float>& values() const;
+    Bitmap<std::uint8_t>& mask();  ///< 0 = valid, anything else = excluded (background)
+    const Bitmap<std::uint8_t>& mask() const;
+    Bitmap<std::uint8_t>& region();  ///< 1 = inside the region of interest, 0 = outside
+    const Bitmap<std::uint8_t>& region() const;
+
+    bool has_values() const { return has_values_; }
+    bool has_mask() const { return has_mask_; }
+    bool has_region() const { return has_region_; }
+
+    void set_values(Bitmap<float> values);
+    void set_mask(Bitmap<std::uint8_t> mask);
+    void set_region(Bitmap<std::uint8_t> region);
+    void drop_values();
+    void drop_mask();
+    void drop_region();
+
+    /// Sets every byte of the region plane, making the plane when there is none.
+    void fill_region(std::uint8_t value);
+
+    /// Raises AlgoError when values or mask are missing, DimError when their sizes differ: what
+    /// every pixel operation checks before it changes anything.
+    void check_planes() const;
+
+    std::string name;
+    std::string file_name;
+    std::string
+        file_sha256;  ///< digest of the file that the image came from, hexadecimal; may be empty
+    int degree = 3;   ///< of the B-spline interpolation, 2 to 5
+    MarkerSet markers;
+    std::optional<Displacement> displacement;
+
+    /// What a reader knows of the file's pixels: largest value that its type can hold (0 = unknown)
+    /// and, when some pixel reached it in any averaged frame, where (1 = saturated).
+    double full_scale = 0;
+    std::shared_ptr<const Bitmap<std::uint8_t>> saturated;
+
+  private:
+    Bitmap<float> values_;
+    Bitmap<std::uint8_t> mask_;
+    Bitmap<std::uint8_t> region_;
+    bool has_values_ = true;
+    bool has_mask_ = true;
+    bool has_region_ = false;
+};
+
+}  // namespace vyn

@@ -1,0 +1,196 @@
+#include "api/image_io.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <system_error>
+
+#include "core/atomic_file.h"
+#include "core/errors.h"
+#include "core/log.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* unit = "api/image_io";
+constexpr const char* unreadable = "Can't open file for reading!";
+constexpr const char* unwritable = "Error writing file";
+
+std::string lower_extension(const fs::path& file) {
+    std::string extension = file.extension().string();
+    if (!extension.empty()) extension.erase(0, 1);
+    for (char& c : extension)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return extension;
+}
+
+bool has_extension(const FormatInfo& info, const std::string& extension) {
+    return std::ranges::find(info.extensions, extension) != info.extensions.end();
+}
+
+[[noreturn]] void fail(int line, const char* text, const fs::path& file, const std::string& why) {
+    throw FileError(unit, line, text, file.string() + ": " + why);
+}
+
+/// The first 64 bytes of a file that is there, is a file and has a content.
+std::vector<std::byte> read_head(const fs::path& file) {
+    std::error_code problem;
+    const auto status = fs::status(file, problem);
+    if (!fs::exists(status)) fail(__LINE__, unreadable, file, "no such file");
+    if (fs::is_directory(status)) fail(__LINE__, unreadable, file, "this is a folder");
+    if (!fs::is_regular_file(status)) fail(__LINE__, unreadable, file, "not a regular file");
+
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) fail(__LINE__, unreadable, file, "no permission to read it");
+    std::array<char, 64> head{};
+    stream.read(head.data(), head.size());
+    const auto count = static_cast<std::size_t>(stream.gcount());
+    if (count == 0) fail(__LINE__, unreadable, file, "the file is empty");
+    const auto* bytes = reinterpret_cast<const std::byte*>(head.data());
+    return {bytes, bytes + count};
+}
+
+/// The surest of the formats that recognise the file; the extension decides between equals, the
+/// order of registration after that.
+const ImageFormat* format_of_content(const fs::path& file, std::span<const std::byte> head) {
+    const std::string extension = lower_extension(file);
+    const ImageFormat* best = nullptr;
+    int best_rank = 0;
+    for (const auto& format : get_2dio().formats()) {
+        if (!format->info().can_read || !format->recognises(head)) continue;
+        const Claim claim = format->claim(file);
+        if (claim == Claim::none) continue;
+        const int rank = 2 * static_cast<int>(claim) + has_extension(format->info(), extension);
+        if (rank <= best_rank) continue;
+        best = format.get();
+        best_rank = rank;
+    }
+    return best;
+}
+
+template <class Format>
+std::string extensions_where(const FormatRegistry<Format>& registry, bool FormatInfo::*able) {
+    std::string list;
+    for (const auto& format : registry.formats())
+        if (format->info().*able)
+            for (const auto& extension : format->info().extensions)
+                list += (list.empty() ? "" : ", ") + extension;
+    return list.empty() ? "none, no plug-in is loaded" : list;
+}
+
+/// The format for an extension, or the error that lists those that would do.
+template <class Format>
+const Format& format_of_extension(const FormatRegistry<Format>& registry, const fs::path& file,
+                                  bool FormatInfo::*able, const char* text) {
+    const Format* format = registry.by_extension(file);
+    if (!format || !(format->info().*able))
+        fail(__LINE__, text, file,
+             "no plug-in for this extension; possible are: " + extensions_where(registry, able));
+    return *format;
+}
+
+/// Runs a reader; whatever it throws becomes a FileError that names the file.
+template <class Read>
+auto reading(const fs::path& file, const Read& read) {
+    try {
+        return read();
+    } catch (const FileError&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        fail(__LINE__, unreadable, file, "not enough memory for it");
+    } catch (const std::exception& error) {
+        fail(__LINE__, unreadable, file, error.what());
+    }
+}
+
+/// Runs a writer on a temporary file; its failures name the target instead of that file.
+template <class Write>
+void writing(const fs::path& file, const Write& write) {
+    AtomicFile target(file);
+    try {
+        write(target.temporary());
+    } catch (const std::bad_alloc&) {
+        fail(__LINE__, unwritable, file, "not enough memory");
+    } catch (const GenericError& error) {
+        std::string reason = error.detail.empty() ? error.text : error.detail;
+        const std::string prefix = target.temporary().string() + ": ";
+        if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
+        fail(__LINE__, unwritable, file, reason);
+    } catch (const std::exception& error) {
+        fail(__LINE__, unwritable, file, error.what());
+    }
+    target.commit();
+}
+
+}  // namespace
+
+template <class Format>
+bool FormatRegistry<Format>::add(std::unique_ptr<Format> format) {
+    const std::string& id = format->info().id;
+    const auto same = [&](const auto& other) { return other->info().id == id; };
+    if (std::ranges::any_of(formats_, same)) {
+        get_log().write(3, "The format '" + id + "' is registered already");
+        return false;
+    }
+    formats_.push_back(std::move(format));
+    return true;
+}
+
+template <class Format>
+const Format* FormatRegistry<Format>::by_extension(const fs::path& file) const {
+    const std::string extension = lower_extension(file);
+    for (const auto& format : formats_)
+        if (has_extension(format->info(), extension)) return format.get();
+    return nullptr;
+}
+
+template class FormatRegistry<ImageFormat>;
+template class FormatRegistry<MeshFormat>;
+
+ImageFormats& get_2dio() {
+    static ImageFormats formats;
+    return formats;
+}
+
+MeshFormats& get_3dio() {
+    static MeshFormats formats;
+    return formats;
+}
+
+image read_image(const fs::path& file, Progress& progress) {
+    const auto head = read_head(file);
+    const ImageFormat* format = format_of_content(file, head);
+    if (!format) fail(__LINE__, unreadable, file, "not an image that any plug-in reads");
+    image picture = reading(file, [&] { return format->read(file, progress); });
+    if (picture.name.empty()) picture.name = file.stem().string();
+    picture.file_name = file.string();
+    return picture;
+}
+
+image read_image(const fs::path& file) {
+    Progress silent;
+    return read_image(file, silent);
+}
+
+void write_image(const image& picture, const fs::path& file, const ImageWriteOptions& options) {
+    picture.check_planes();
+    const auto& format = format_of_extension(get_2dio(), file, &FormatInfo::can_write, unwritable);
+    if (picture.values().empty()) fail(__LINE__, unwritable, file, "the image has no pixels");
+    writing(file, [&](const fs::path& temporary) { format.write(picture, temporary, options); });
+}
+
+field_data<double> read_field(const fs::path& file, Progress& progress) {
+    read_head(file);
+    const auto& format = format_of_extension(get_3dio(), file, &FormatInfo::can_read, unreadable);
+    return reading(file, [&] { return format.read(file, progress); });
+}
+
+void write_field(const field_data<double>& field, const fs::path& file) {
+    const auto& format = format_of_extension(get_3dio(), file, &FormatInfo::can_write, unwritable);
+    writing(file, [&](const fs::path& temporary) { format.write(field, temporary); });
+}
+
+}  // namespace vyn

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "api/image.h"
+
+namespace vyn {
+
+/// Images by name, shared by all threads. An image in the list is a constant snapshot: it is
+/// replaced, never changed in place, and stays alive for whoever holds it.
+class imagesList {
+  public:
+    /// The image of that name; null when absent.
+    std::shared_ptr<const image> find(std::string_view name) const;
+    /// Publishes an image under its own name, replacing an older one.
+    void add(image&& picture);
+    void add(std::shared_ptr<const image> picture);
+    /// True when there was one to remove.
+    bool remove(std::string_view name);
+    void clear();
+    /// The names, sorted.
+    std::vector<std::string> names() const;
+    /// Every image, in the order of the names.
+    std::vector<std::shared_ptr<const image>> all() const;
+
+  private:
+    mutable std::mutex mutex_;
+    std::map<std::string, std::shared_ptr<const image>, std::less<>> images_;
+};
+
+/// The program's one image list.
+imagesList& get_images();
+
+/// The names under which the program keeps its images.
+namespace image_names {
+inline constexpr const char* wind_on_sens = "wind_on_sens";
+inline constexpr const char* wind_off_sens = "wind_off_sens";
+inline constexpr const char* wind_on_dark_sens = "wind_on_dark_sens";
+inline constexpr const char* wind_off_dark_sens = "wind_off_dark_sens";
+inline constexpr const char* wind_on_refe = "wind_on_refe";
+inline constexpr const char* wind_off_refe = "wind_off_refe";
+inline constexpr const char* wind_on_dark_refe = "wind_on_dark_refe";
+inline constexpr const char* wind_off_dark_refe = "wind_off_dark_refe";
+inline constexpr const char* flat_sens = "flat_sens";
+inline constexpr const char* flat_refe = "flat_refe";
+inline constexpr const char* wind_on_sens_cor = "wind_on_sens_cor";
+inline constexpr const char* wind_off_sens_cor = "wind_off_sens_cor";
+inline constexpr const char* wind_on_sens_aligned = "wind_on_sens_aligned";
+inline constexpr const char* ratio = "Iref";
+inline constexpr const char* field = "field_P";
+}  // namespace image_names
+
+}  // namespace vyn

@@ -1,0 +1,41 @@
+#include "api/image_parts.h"
+
+namespace vyn {
+
+namespace {
+
+std::string size_text(int width, int height) {
+    return std::to_string(width) + " x " + std::to_string(height);
+}
+
+}  // namespace
+
+image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask) {
+    image result(std::move(values), std::move(mask));
+    result.name = source.name;
+    result.file_name = source.file_name;
+    result.degree = source.degree;
+    result.markers = source.markers;
+    result.displacement = source.displacement;
+    result.full_scale = source.full_scale;
+    result.saturated = source.saturated;
+    return result;
+}
+
+void check_all_planes(const image& picture) {
+    picture.check_planes();
+    if (picture.has_region() && !picture.region().same_size(picture.values()))
+        throw DimError("api/image", 117,
+                       "the image '" + picture.name + "' has values of " +
+                           size_text(picture.width(), picture.height()) + " and a region of " +
+                           size_text(picture.region().width(), picture.region().height()));
+}
+
+void check_same_size(const image& a, const image& b) {
+    if (!a.values().same_size(b.values()))
+        throw IndexError("api/bitmap_new", 60,
+                         "the image '" + a.name + "' has " + size_text(a.width(), a.height()) +
+                             " pixels and '" + b.name + "' " + size_text(b.width(), b.height()));
+}
+
+}  // namespace vyn

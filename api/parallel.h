@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "core/progress.h"
+
+namespace vyn {
+
+/// Calls `body(y0, y1)` for blocks of rows that cover 0..rows once, from several threads. The
+/// blocks depend on `rows` and `block` only, never on the number of threads. Polls abort before
+/// each block and raises Aborted; reports the share of finished blocks. The first exception of a
+/// body is rethrown here. Small work (one block) runs on the calling thread.
+template <class Body>
+void parallel_rows(int rows, int block, Progress& progress, const Body& body);
+
+/// Limits the number of threads of all parallel work for the lifetime of the object; 0 = all cores.
+class ThreadLimit {
+  public:
+    explicit ThreadLimit(int threads);
+    ~ThreadLimit();
+    ThreadLimit(const ThreadLimit&) = delete;
+    ThreadLimit& operator=(const ThreadLimit&) = delete;
+
+  private:
+    struct Control;
+    std::unique_ptr<Control> control_;
+};
+
+}  // namespace vyn
+
+#include "api/parallel_rows.h"

@@ -1,0 +1,167 @@
+#include "bench/stages.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+
+#include "api/parallel.h"
+#include "api/resample.h"
+
+namespace vyn::bench {
+
+namespace {
+
+class NullSink final : public Sink {
+  public:
+    void take(const image&) override {}
+    void take(const Bitmap<float>&) override {}
+};
+
+/// FNV-1a over the elements.
+class DigestSink final : public Sink {
+  public:
+    void take(const image& picture) override {
+        take(picture.values());
+        take_plane(picture.mask());
+        if (picture.has_region()) take_plane(picture.region());
+    }
+    void take(const Bitmap<float>& plane) override { take_plane(plane); }
+    std::uint64_t value() const { return value_; }
+
+  private:
+    template <class T>
+    void take_plane(const Bitmap<T>& plane) {
+        for (int y = 0; y < plane.height(); ++y)
+            for (int x = 0; x < plane.width(); ++x) {
+                std::uint32_t bits = 0;
+                std::memcpy(&bits, &plane.row(y)[x], sizeof(T));
+                value_ = (value_ ^ bits) * 0x100000001b3ULL;
+            }
+    }
+    std::uint64_t value_ = 0xcbf29ce484222325ULL;
+};
+
+image corrected(const Scene& scene, const image& raw) {
+    Progress progress;
+    return correct_intensity(raw, scene.dark_level, &scene.dark, &scene.flat, progress);
+}
+
+image undistorted(const Scene& scene, const image& picture) {
+    Progress progress;
+    return undistort(picture, scene.lens, progress);
+}
+
+image aligned(const Scene& scene, const image& picture) {
+    Progress progress;
+    return resample(picture, scene.size, scene.size, row_map(scene.off_from_on), progress);
+}
+
+SplineCoefficients cubic(const image& picture) {
+    Progress progress;
+    return SplineCoefficients(picture.values(), picture.mask(), 3, progress);
+}
+
+image field_of(const Scene& scene, const image& off, const image& on) {
+    Progress progress;
+    return convert_field(form_ratio(off, on, {}, progress), scene.conversion, progress);
+}
+
+image field_of_point(const Scene& scene) {
+    const image off = undistorted(scene, corrected(scene, scene.off));
+    const image on = aligned(scene, undistorted(scene, corrected(scene, scene.on)));
+    return field_of(scene, off, on);
+}
+
+Bitmap<float> evaluated(const Scene& scene, const SplineCoefficients& spline) {
+    constexpr int tile = 256;
+    const int n = scene.size;
+    const RowMap map = row_map(scene.off_from_on);
+    const SplineEvaluation evaluate(spline);
+    Bitmap<float> out(n, n);
+    Progress progress;
+    parallel_rows(n, 16, progress, [&](int y0, int y1) {
+        double x[tile];
+        double y[tile];
+        for (int x0 = 0; x0 < n; x0 += tile)
+            for (int row = y0; row < y1; ++row) {
+                const int count = std::min(tile, n - x0);
+                map(x0, count, row, x, y);
+                evaluate(x, y, count, out.row(row) + x0);
+            }
+    });
+    return out;
+}
+
+void triad(const Bitmap<float>& b, const Bitmap<float>& c, Bitmap<float>& a) {
+    Progress progress;
+    parallel_rows(a.height(), 32, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y) {
+            const float* const from_b = b.row(y);
+            const float* const from_c = c.row(y);
+            float* const to = a.row(y);
+            for (int x = 0; x < a.width(); ++x)
+                to[x] = from_b[x] + 2 * from_c[x];
+        }
+    });
+}
+
+}  // namespace
+
+Inputs::Inputs(int n)
+    : scene(n),
+      corrected_off(corrected(scene, scene.off)),
+      corrected_on(corrected(scene, scene.on)),
+      undistorted_off(undistorted(scene, corrected_off)),
+      undistorted_on(undistorted(scene, corrected_on)),
+      aligned_on(aligned(scene, undistorted_on)),
+      coefficients(cubic(corrected_off)),
+      triad_a(n, n, 0),
+      triad_b(n, n, 1),
+      triad_c(n, n, 2) {}
+
+std::vector<Stage> our_stages(Inputs& inputs) {
+    const Scene& scene = inputs.scene;
+    return {
+        {"triad",
+         [&](Sink& sink) {
+             triad(inputs.triad_b, inputs.triad_c, inputs.triad_a);
+             sink.take(inputs.triad_a);
+         }},
+        {"correct_fused", [&](Sink& sink) { sink.take(corrected(scene, scene.off)); }},
+        {"prefilter", [&](Sink& sink) { sink.take(cubic(inputs.corrected_off).padded()); }},
+        {"spline_eval", [&](Sink& sink) { sink.take(evaluated(scene, inputs.coefficients)); }},
+        {"undistort", [&](Sink& sink) { sink.take(undistorted(scene, inputs.corrected_off)); }},
+        {"polywarp", [&](Sink& sink) { sink.take(aligned(scene, inputs.undistorted_on)); }},
+        {"field_fused",
+         [&](Sink& sink) {
+             sink.take(field_of(scene, inputs.undistorted_off, inputs.aligned_on));
+         }},
+        {"chain", [&](Sink& sink) { sink.take(field_of_point(scene)); }},
+    };
+}
+
+std::uint64_t digest(const Stage& stage) {
+    DigestSink sink;
+    stage.run(sink);
+    return sink.value();
+}
+
+double time_once(const Stage& stage) {
+    NullSink sink;
+    const auto start = std::chrono::steady_clock::now();
+    stage.run(sink);
+    const std::chrono::duration<double, std::nano> spent = std::chrono::steady_clock::now() - start;
+    return spent.count();
+}
+
+void check_same_bits(const Stage& stage) {
+    const auto digest_with = [&](int threads) {
+        const ThreadLimit limit(threads);
+        return digest(stage);
+    };
+    if (digest_with(1) != digest_with(2))
+        throw std::runtime_error(stage.name + ": one and two threads give different bits");
+}
+
+}  // namespace vyn::bench

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "api/spline.h"
+#include "bench/scene.h"
+
+namespace vyn::bench {
+
+/// Takes what a stage made.
+class Sink {
+  public:
+    virtual ~Sink() = default;
+    virtual void take(const image& picture) = 0;
+    virtual void take(const Bitmap<float>& plane) = 0;
+};
+
+struct Stage {
+    std::string name;
+    std::function<void(Sink&)> run;
+};
+
+/// The scene and what each stage starts from.
+struct Inputs {
+    explicit Inputs(int n);
+
+    Scene scene;
+    image corrected_off;
+    image corrected_on;
+    image undistorted_off;
+    image undistorted_on;
+    image aligned_on;
+    SplineCoefficients coefficients;  ///< of corrected_off
+    Bitmap<float> triad_a;
+    Bitmap<float> triad_b;
+    Bitmap<float> triad_c;
+};
+
+/// Our stages on these inputs, which must outlive them:
+/// triad          a = b + 2 c on three float planes: what the memory gives
+/// correct_fused  dark level, dark image and flat field of one image
+/// prefilter      cubic coefficients of one plane
+/// spline_eval    cubic values from ready coefficients at the alignment's positions, which are
+///                made row by row as the program does
+/// undistort      prefilter, positions, values, mask and region of one image
+/// polywarp       the same through the alignment's polynomial
+/// field_fused    ratio in one pass, law and limits in a second one: the program keeps both images
+/// chain          correct and undistort two images, align one, ratio, law, limits
+std::vector<Stage> our_stages(Inputs& inputs);
+
+/// A digest of all bits of the results of a stage.
+std::uint64_t digest(const Stage& stage);
+
+/// Nanoseconds of one run.
+double time_once(const Stage& stage);
+
+/// Raises std::runtime_error unless the stage gives the same bits with one and with two threads.
+void check_same_bits(const Stage& stage);
+
+}  // namespace vyn::bench

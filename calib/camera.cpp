@@ -1,0 +1,48 @@
+#include "calib/camera.h"
+
+#include "calib/camera_fields.h"
+#include "calib/record_fields.h"
+#include "core/log.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool is_file(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_regular_file(path, ignored);
+}
+
+}  // namespace
+
+void read(dataSetInterface& data, const std::string& tree, cameraFeatures& record) {
+    read_field(data, tree + "camera", record.camera);
+    for_each_field(record,
+                   [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+}
+
+void write(dataSetInterface& data, const std::string& tree, const cameraFeatures& record) {
+    write_field(data, tree + "camera", record.camera);
+    for_each_field(
+        record, [&](const char* key, const auto& field) { write_field(data, tree + key, field); });
+}
+
+fs::path find_flat_file(const cameraFeatures& record, const fs::path& project_folder) {
+    const std::string& name = record.flat_file;
+    if (name.empty()) return {};
+    if (is_file(name)) return name;
+    get_log().write(4, "File " + name + " not exists");
+
+    const std::string base_name = name.substr(name.find_last_of("/\\") + 1);
+    for (const fs::path& folder : {fs::path(record.camera).parent_path(), project_folder}) {
+        if (folder.empty()) continue;
+        fs::path alternate = folder / base_name;
+        if (is_file(alternate)) return alternate;
+        get_log().write(4, alternate.string() + " - wrong alternate path");
+    }
+    return {};
+}
+
+}  // namespace vyn

@@ -1,0 +1,92 @@
+#include <iostream>
+
+#include "calib/paint.h"
+#include "calib/paint_fields.h"
+#include "calib/record_fields.h"
+#include "core/log.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr const char* version_2_5 = "2.5";
+constexpr const char* version_2_51 = "2.51";
+constexpr const char* unversioned_section = "Calibration";
+constexpr const char* section_2_5 = "Calibr";
+constexpr const char* section_2_51 = "paint";
+constexpr const char* test_section = "test";
+
+void read_old_format(const IniFile& ini, const char* section, paintFeatures& record) {
+    for_each_calibration_field(record, [&](const PaintKey& key, auto& field) {
+        if (key.old_name) read_field(ini, section, key.old_name, field);
+    });
+}
+
+void write_2_5(IniFile& ini, const paintFeatures& record) {
+    ini.set("Version", "Head", version_2_5);
+    for_each_calibration_field(record, [&](const PaintKey& key, const auto& field) {
+        if (key.old_name) write_field(ini, section_2_5, key.old_name, field);
+    });
+}
+
+void read_2_51(const IniFile& ini, paintFeatures& record) {
+    for_each_calibration_field(record, [&](const PaintKey& key, auto& field) {
+        read_field(ini, section_2_51, key.name, field);
+    });
+    for_each_test_field(
+        record, [&](const char* key, auto& field) { read_field(ini, test_section, key, field); });
+}
+
+void write_2_51(IniFile& ini, const paintFeatures& record) {
+    ini.set("version", "head", version_2_51);
+    for_each_calibration_field(record, [&](const PaintKey& key, const auto& field) {
+        write_field(ini, section_2_51, key.name, field);
+    });
+    // A test that the file names and the record no longer does must not come back.
+    if (record.list_file.empty() && !ini.find(test_section, "list_file")) return;
+    for_each_test_field(record, [&](const char* key, const auto& field) {
+        write_field(ini, test_section, key, field);
+    });
+}
+
+}  // namespace
+
+std::string& paint_file_version() {
+    static std::string version;
+    return version;
+}
+
+RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record) {
+    if (path.empty()) return RecordOutcome::no_path;
+    IniFile ini;
+    ini.open(path, IniFile::Mode::read_only);
+    std::string& version = paint_file_version();
+    version = ini.get("Version", "Head", "");
+    if (version.empty()) {
+        read_old_format(ini, unversioned_section, record);
+    } else if (version == version_2_5) {
+        read_old_format(ini, section_2_5, record);
+    } else if (version == version_2_51) {
+        read_2_51(ini, record);
+    } else {
+        std::cerr << "Unknown file version\n" << std::flush;
+        get_log().write(4, path + ": Unknown file version " + version);
+        return RecordOutcome::unknown_version;
+    }
+    return RecordOutcome::done;
+}
+
+RecordOutcome write_paint_calibration(const std::string& path, const paintFeatures& record) {
+    if (path.empty()) return RecordOutcome::no_path;
+    std::string& version = paint_file_version();
+    if (version.empty()) version = version_2_51;
+    update_ini_file(path, [&](IniFile& ini) {
+        if (version == version_2_5)
+            write_2_5(ini, record);
+        else
+            write_2_51(ini, record);
+    });
+    return RecordOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "api/field_conversion.h"
+#include "calib/flow.h"
+#include "calib/paint.h"
+
+namespace vyn {
+
+/// The law at a temperature (in the paint's temperature unit):
+/// a(T) = Gamma11 + Gamma12 T + Gamma13 T^2, likewise b and c.
+PaintLaw law_at(const paintFeatures& paint, double temperature);
+
+/// The wind-off ratio fa: the root of a + b R + c R^2 = wind-off pressure at the wind-off
+/// temperature.
+struct WindOffRatio {
+    double value = 1;
+    const char* message = nullptr;  ///< for the user, when the coefficients allow no root
+};
+/// Temperature and pressure in the paint's units.
+WindOffRatio wind_off_ratio(const paintFeatures& paint, double wind_off_temperature,
+                            double wind_off_pressure);
+
+/// Everything that the conversion of one test point needs, from records in any units.
+struct PreparedConversion {
+    FieldConversion conversion;
+    flowFeatures flow_in_paint_units;  ///< as the numbers enter the law
+    paintFeatures paint;               ///< in pascal and Celsius
+    const char* message = nullptr;     ///< as in WindOffRatio
+};
+/// Converts the paint record to "Pa" and "C", the flow to the paint's units, solves for fa and
+/// fills the conversion (without limits).
+PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeatures& paint,
+                                      const flowFeatures& flow);
+
+}  // namespace vyn

@@ -1,0 +1,109 @@
+#include <memory>
+
+#include <nlohmann/json.hpp>
+
+#include "api/image_io.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/interrupt.h"
+#include "core/errors.h"
+#include "core/numbers.h"
+#include "markers/marker_files.h"
+#include "process/field_comparison.h"
+
+namespace vyn::cli {
+
+namespace {
+
+struct CompareOptions {
+    std::string field;
+    std::string truth;
+    int edge = 0;
+    std::string markers;
+    double dot = 0;
+    bool json = false;
+};
+
+std::string number(double value) {
+    return format_general(value, 6);
+}
+
+std::string with_share(double value, double range) {
+    if (!(range > 0)) return number(value);
+    return number(value) + "  (" + format_general(100 * value / range, 4) +
+           " % of the truth's range)";
+}
+
+std::string as_text(const FieldComparison& result) {
+    const double range = result.truth_range();
+    return "compared pixels  " + std::to_string(result.count) + "\n" + "truth            " +
+           number(result.truth_min) + " to " + number(result.truth_max) + "\n" +
+           "RMS error        " + with_share(result.rms_error, range) + "\n" + "mean error       " +
+           with_share(result.mean_error, range) + "\n" + "max error        " +
+           with_share(result.max_error, range) + "  at (" + std::to_string(result.max_x) + ", " +
+           std::to_string(result.max_y) + ")\n";
+}
+
+std::string as_json(const FieldComparison& result) {
+    nlohmann::ordered_json text = {{"count", result.count},
+                                   {"truth_min", result.truth_min},
+                                   {"truth_max", result.truth_max},
+                                   {"rms_error", result.rms_error},
+                                   {"mean_error", result.mean_error},
+                                   {"max_error", result.max_error},
+                                   {"max_error_at", {result.max_x, result.max_y}}};
+    if (const double range = result.truth_range(); range > 0) {
+        text["rms_percent"] = 100 * result.rms_error / range;
+        text["mean_percent"] = 100 * result.mean_error / range;
+        text["max_percent"] = 100 * result.max_error / range;
+    }
+    return text.dump(2) + "\n";
+}
+
+/// The markers of a file, or those that the field carries.
+std::vector<Point> dots_of(const std::string& file, const image& field) {
+    MarkerSet set = field.markers;
+    if (!file.empty())
+        if (const MarkerFileResult result = read_markers(file, set, field.height()); !result)
+            throw FileError("cli/compare_command", __LINE__, "File error!", result.detail);
+    std::vector<Point> dots;
+    for (const Marker& marker : set.markers)
+        dots.push_back({marker.x, marker.y});
+    return dots;
+}
+
+ExitStatus compare(const CompareOptions& options) {
+    InterruptProgress progress;
+    const image field = read_image(options.field, progress);
+    const image truth = read_image(options.truth, progress);
+    ComparisonOptions comparison;
+    comparison.edge = options.edge;
+    comparison.dot_distance = options.dot;
+    comparison.dots = dots_of(options.markers, field);
+    const FieldComparison result = compare_fields(field, truth, comparison, progress);
+    print(options.json ? as_json(result) : as_text(result));
+    return ExitStatus::done;
+}
+
+}  // namespace
+
+Work prepare_compare(CLI::App& app, const GlobalOptions&) {
+    const auto options = std::make_shared<CompareOptions>();
+    app.add_option("FIELD", options->field, "computed field")->required();
+    app.add_option("TRUTH", options->truth, "true field, of the same size")->required();
+    app.add_option("--edge", options->edge,
+                   "leave out pixels that are N or fewer columns and rows away from an excluded "
+                   "pixel or from outside the picture")
+        ->check(CLI::Range(0, 65536))
+        ->option_text("N");
+    app.add_option("--markers", options->markers,
+                   "marker file; by default the markers that the field carries");
+    app.add_option("--dot", options->dot,
+                   "leave out pixels this near to a marker; 0: leave out none")
+        ->check(CLI::Range(0.0, 65536.0))
+        ->capture_default_str();
+    app.add_flag("--json", options->json, "print as JSON");
+    return [options] { return compare(*options); };
+}
+
+}  // namespace vyn::cli

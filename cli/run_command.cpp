@@ -1,0 +1,223 @@
+#include <chrono>
+#include <filesystem>
+#include <memory>
+
+#include <nlohmann/json.hpp>
+
+#include "api/image_io.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/interrupt.h"
+#include "cli/settings.h"
+#include "core/atomic_file.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/worker.h"
+#include "process/chain.h"
+#include "process/project_tasks.h"
+#include "process/save_image_task.h"
+
+namespace vyn::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct RunOptions {
+    std::string project;
+    std::vector<std::string> settings;
+    std::vector<std::string> saves;  ///< NAME=FILE
+    std::string save_project;
+    std::string report;
+    bool save_field = false;
+    bool allow_unaligned = false;
+    bool force = false;
+};
+
+struct SaveRequest {
+    std::string name;
+    fs::path file;
+};
+
+/// Splits NAME=FILE and refuses at once what could not be written at the end of a long run.
+SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
+        throw UsageError("--save " + text + ": expected NAME=FILE");
+    SaveRequest request{text.substr(0, equals), text.substr(equals + 1)};
+    const ImageFormat* format = get_2dio().by_extension(request.file);
+    if (!format || !format->info().can_write)
+        throw UsageError("--save " + text + ": no format writes files with this extension");
+    check_target(request.file, overwriting);
+    return request;
+}
+
+/// Runs jobs on the worker and shows how they get on.
+class Runner {
+  public:
+    /// Errors of the job come back as the text of `failure`.
+    TaskOutcome run(std::shared_ptr<Job> job) {
+        worker_.post(job, context_);
+        while (!worker_.wait_done(poll_ms)) {
+            if (InterruptGuard::requested()) context_->abort();
+            show();
+        }
+        show();
+        failure_ = job->failure();
+        return job->outcome();
+    }
+
+    const std::string& failure() const { return failure_; }
+    std::vector<StageTime> stages() { return context_->finish_stages(); }
+
+  private:
+    static constexpr std::uint32_t poll_ms = 50;
+
+    /// A bar on a terminal, else a line for each new status.
+    void show() {
+        const TaskContext::Snapshot now = context_->snapshot();
+        if (console().on_terminal()) {
+            console().bar(now.status, now.fraction);
+        } else if (now.status != shown_) {
+            console().line(now.status);
+        }
+        shown_ = now.status;
+    }
+
+    std::shared_ptr<TaskContext> context_ = std::make_shared<TaskContext>();
+    std::string shown_;
+    std::string failure_;
+    InterruptGuard interrupt_;
+    Worker worker_;  // last: its thread ends before what it uses
+};
+
+std::shared_ptr<Job> job_of(std::unique_ptr<Task> task) {
+    auto job = std::make_shared<Job>();
+    job->append(std::move(task));
+    return job;
+}
+
+ReadProject read_request(const RunOptions& options) {
+    ReadProject request;
+    request.file = options.project;
+    simpleNamedDataSet wanted;
+    apply_settings(wanted, options.settings);
+    wanted.for_each([&](const std::string& path, const any& value) {
+        request.settings.emplace_back(path, value);
+    });
+    return request;
+}
+
+/// Says which raw image is missing, when one is.
+std::string missing_raw_image(const imagesList& images) {
+    for (const auto& [name, key] : {std::pair{image_names::wind_off_sens, keys::wind_off_sens_file},
+                                    std::pair{image_names::wind_on_sens, keys::wind_on_sens_file}})
+        if (!images.find(name))
+            return std::string("nothing to calculate: ") + std::string(key.path) +
+                   " names no image";
+    return {};
+}
+
+/// Loads the project and runs the chain. The outcome is the worst of both.
+TaskOutcome compute(const RunOptions& options, Runner& runner,
+                    const std::shared_ptr<RunReport>& report, std::string& failure) {
+    TaskOutcome outcome =
+        runner.run(job_of(std::make_unique<ReadProjectTask>(read_request(options))));
+    failure = runner.failure();
+    if (outcome != TaskOutcome::done) return outcome;
+
+    failure = missing_raw_image(get_images());
+    if (!failure.empty()) return TaskOutcome::failed;
+    outcome = runner.run(calculate_all(vyn_db(), get_images(), report));
+    failure = runner.failure();
+    if (outcome == TaskOutcome::done_with_errors)
+        failure = "the images could not be aligned" +
+                  std::string(report->warnings.empty() ? "" : ": " + report->warnings.back());
+    return outcome;
+}
+
+TaskOutcome save_all(const RunOptions& options, const std::vector<SaveRequest>& saves,
+                     Runner& runner) {
+    auto job = std::make_shared<Job>();
+    for (const SaveRequest& save : saves)
+        job->append(std::make_unique<SaveImageTask>(save.name, save.file));
+    if (options.save_field) job->append(std::make_unique<SaveFieldTask>());
+    if (!options.save_project.empty())
+        job->append(std::make_unique<WriteProjectTask>(options.save_project));
+    return job->empty() ? TaskOutcome::done : runner.run(job);
+}
+
+enum class Saving { tried, left_out };
+
+/// Tells the user how the run ended. A result that the user wanted unaligned is no failure.
+ExitStatus conclude(TaskOutcome outcome, std::string failure, Saving saving) {
+    if (outcome == TaskOutcome::done) return ExitStatus::done;
+    if (outcome == TaskOutcome::done_with_errors && saving == Saving::tried) {
+        console().line("warning: " + failure);
+        return ExitStatus::done;
+    }
+    if (outcome == TaskOutcome::aborted) failure = "interrupted";
+    if (failure.empty()) failure = "the computation failed";
+    if (saving == Saving::left_out) failure += "; nothing was saved";
+    if (outcome == TaskOutcome::done_with_errors)
+        failure += " (--allow-unaligned saves all the same)";
+    console().error(failure);
+    return ExitStatus::failed;
+}
+
+ExitStatus run(const RunOptions& options) {
+    const Overwriting overwriting = options.force ? Overwriting::allowed : Overwriting::refused;
+    std::vector<SaveRequest> saves;
+    for (const std::string& text : options.saves)
+        saves.push_back(parse_save(text, overwriting));
+    for (const std::string& file : {options.report, options.save_project})
+        if (!file.empty()) check_target(file, overwriting);
+
+    Runner runner;
+    const auto report = std::make_shared<RunReport>();
+    std::string failure;
+    TaskOutcome outcome = compute(options, runner, report, failure);
+    const bool worth_saving = outcome == TaskOutcome::done ||
+                              (outcome == TaskOutcome::done_with_errors && options.allow_unaligned);
+    if (worth_saving) {
+        const TaskOutcome saved = save_all(options, saves, runner);
+        if (saved != TaskOutcome::done) {
+            outcome = saved;
+            failure = runner.failure();
+        }
+    }
+    if (!options.report.empty())
+        write_file(
+            options.report,
+            to_json(*report, vyn_db(), get_images(), outcome, failure, runner.stages()).dump(2) +
+                "\n");
+    return conclude(outcome, failure, worth_saving ? Saving::tried : Saving::left_out);
+}
+
+}  // namespace
+
+Work prepare_run(CLI::App& app, const GlobalOptions&) {
+    const auto options = std::make_shared<RunOptions>();
+    app.add_option("PROJECT", options->project, "project file (.xml) or container (.ims)")
+        ->required();
+    app.add_option("--set", options->settings, "KEY=VALUE: replace a setting of the project")
+        ->take_all()
+        ->allow_extra_args(false);
+    app.add_option("--save", options->saves,
+                   "NAME=FILE: save an image of the image list, such as field_P or Iref; the "
+                   "extension picks the format")
+        ->take_all()
+        ->allow_extra_args(false);
+    app.add_flag("--save-field", options->save_field,
+                 "save the field and its markers where the project says");
+    app.add_option("--save-project", options->save_project,
+                   "save the project; as .ims together with all images");
+    app.add_option("--report", options->report,
+                   "write a report (JSON): outcome, stage times, alignment, law, inputs");
+    app.add_flag("--allow-unaligned", options->allow_unaligned,
+                 "save results even when the images could not be aligned");
+    app.add_flag("--force", options->force, "replace existing files");
+    return [options] { return run(*options); };
+}
+
+}  // namespace vyn::cli

@@ -1,0 +1,96 @@
+#include <filesystem>
+#include <map>
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/interrupt.h"
+#include "cli/settings.h"
+#include "core/numbers.h"
+#include "process/field_quantity.h"
+#include "process/synthetic_point.h"
+
+namespace vyn::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct SampleOptions {
+    std::string folder;
+    std::string size;
+    SyntheticOptions point;
+    bool noise = false;
+    bool force = false;
+};
+
+/// "WxH" in pixels.
+void take_size(const std::string& text, SyntheticOptions& point) {
+    const std::size_t cross = text.find('x');
+    const auto width = parse_int(text.substr(0, cross));
+    const auto height =
+        cross == std::string::npos ? std::nullopt : parse_int(text.substr(cross + 1));
+    if (!width || !height) throw UsageError("--size " + text + ": expected WxH, such as 640x480");
+    point.width = *width;
+    point.height = *height;
+}
+
+/// Shows the share of the rendering done.
+class SampleProgress final : public InterruptProgress {
+  public:
+    explicit SampleProgress(std::string status) : status_(std::move(status)) {}
+    void fraction(double done) override { console().bar(status_, done); }
+
+  private:
+    std::string status_;
+};
+
+ExitStatus make_sample(const SampleOptions& options) {
+    SyntheticOptions point_options = options.point;
+    if (!options.size.empty()) take_size(options.size, point_options);
+    if (options.noise) point_options.noise = SyntheticOptions::Noise::camera;
+    if (const std::string problem = problem_of(point_options); !problem.empty())
+        throw UsageError(problem);
+    const fs::path folder = options.folder;
+    for (const std::string& name : synthetic_file_names())
+        check_target(folder / name, options.force ? Overwriting::allowed : Overwriting::refused);
+
+    SampleProgress progress("Making the test point");
+    SubProgress rendering(progress, 0, 0.8);
+    SubProgress writing(progress, 0.8, 1);
+    const SyntheticPoint point = make_synthetic_point(point_options, rendering);
+    write_synthetic_point(point, folder, writing);
+    return ExitStatus::done;
+}
+
+}  // namespace
+
+Work prepare_sample(CLI::App& app, const GlobalOptions&) {
+    const auto options = std::make_shared<SampleOptions>();
+    SyntheticOptions& point = options->point;
+    std::map<std::string, FieldQuantity> quantities;
+    for (const auto& [quantity, name] : field_quantities)
+        quantities[name] = quantity;
+
+    app.add_option("DIR", options->folder, "folder to write to; made when missing")->required();
+    app.add_option("--size", options->size, "WxH in pixels; 640x480 by default");
+    app.add_option("--seed", point.seed, "seed of texture, marker places and noise")
+        ->capture_default_str();
+    app.add_option("--order", point.order, "order of the model's motion, 0 to 3")
+        ->check(CLI::Range(0, 3))
+        ->capture_default_str();
+    app.add_option("--a2", point.a2,
+                   "radial distortion, 1/px^2; about 3 px in the corners by default");
+    app.add_option("--a4", point.a4, "radial distortion, 1/px^4")->capture_default_str();
+    app.add_option("--field", point.quantity, "quantity of the project and of its truth")
+        ->transform(CLI::CheckedTransformer(quantities))
+        ->option_text("Pressure|P_Pstat|Cp|Irefe_Isens");
+    app.add_flag("--noise", options->noise, "add the noise of a camera and round to whole counts");
+    app.add_flag("--force", options->force, "replace the files of an earlier test point");
+    app.footer(
+        "Writes wind_off.tif, wind_on.tif, their dark images and markers, flat.tif, ports.mrk,\n"
+        "camera.ini, paint.clb, project.xml and the true field truth.tif.");
+    return [options] { return make_sample(*options); };
+}
+
+}  // namespace vyn::cli

@@ -1,0 +1,33 @@
+#include "cli/settings.h"
+
+#include "cli/commands.h"
+#include "core/errors.h"
+#include "core/keys.h"
+
+namespace vyn::cli {
+
+void apply_settings(dataSetInterface& data, const std::vector<std::string>& assignments) {
+    std::vector<std::pair<std::string, any>> values;
+    for (const std::string& assignment : assignments) {
+        const std::size_t equals = assignment.find('=');
+        if (equals == std::string::npos || equals == 0)
+            throw UsageError("--set " + assignment + ": expected KEY=VALUE");
+        const std::string key = assignment.substr(0, equals);
+        try {
+            values.emplace_back(key, parse_setting(key, assignment.substr(equals + 1)));
+        } catch (const AlgoError& error) {
+            throw UsageError("--set " + assignment + ": " + error.detail);
+        }
+    }
+    for (auto& [key, value] : values)
+        data.set_value(key, std::move(value), /*is_default=*/false);
+}
+
+void check_target(const std::filesystem::path& file, Overwriting overwriting) {
+    std::error_code ignored;
+    if (overwriting == Overwriting::refused && std::filesystem::exists(file, ignored))
+        throw FileError("cli/settings", __LINE__, "File exists!",
+                        file.string() + " (--force replaces it)");
+}
+
+}  // namespace vyn::cli

@@ -1,0 +1,63 @@
+# How this project declares its targets: one per folder, one set of warnings for all of them.
+add_library(vyn_flags INTERFACE)
+target_include_directories(vyn_flags INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}/generated)
+target_compile_options(vyn_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # g++ 12 sees overlapping copies in `"text" + std::string` where there are none (GCC bug 105651).
+    target_compile_options(vyn_flags INTERFACE -Wno-restrict)
+endif()
+# Bits must not depend on the machine: no contraction into fused multiply-adds. The other two
+# only promise that nobody reads errno or floating-point traps, so that loops vectorise.
+target_compile_options(vyn_flags INTERFACE -ffp-contract=off -fno-math-errno -fno-trapping-math)
+if(VYN_SANITIZE)
+    target_compile_options(vyn_flags INTERFACE
+        -fsanitize=${VYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vyn_flags INTERFACE -fsanitize=${VYN_SANITIZE})
+endif()
+
+# vyn_library(NAME STATIC|SHARED SOURCES ... LINK ... [PRIVATE_LINK ...])
+function(vyn_library name kind)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+    add_library(${name} ${kind} ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC vyn_flags ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
+    if(kind STREQUAL "SHARED")
+        set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 2)
+        install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    endif()
+endfunction()
+
+# vyn_kernels(TARGET FILE ...): compiles each file once per vector width, as namespaces
+# vyn::isa_base, vyn::isa_avx2 and vyn::isa_avx512 (macro VYN_ISA). The choice is made at run time;
+# contraction is off in all of them, so the bits are the same whatever was chosen.
+function(vyn_kernels target)
+    set(base_flags "")
+    set(avx2_flags -mavx2)
+    set(avx512_flags -mavx512f -mavx512bw -mavx512dq -mavx512vl -mprefer-vector-width=512)
+    set(variants base)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+        list(APPEND variants avx2 avx512)
+        target_compile_definitions(${target} PRIVATE VYN_HAVE_X86_VARIANTS)
+    endif()
+    foreach(isa IN LISTS variants)
+        set(objects ${target}_kernels_${isa})
+        add_library(${objects} OBJECT ${ARGN})
+        target_link_libraries(${objects} PRIVATE vyn_flags)
+        target_compile_definitions(${objects} PRIVATE VYN_ISA=isa_${isa})
+        target_compile_options(${objects} PRIVATE -O3 ${${isa}_flags})
+        target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
+    endforeach()
+endfunction()
+
+# vyn_plugin(NAME SUFFIX SOURCES ... LINK ...): a format in a shared object that the registry finds.
+function(vyn_plugin name suffix)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(vyn_plugin_${name} MODULE ${ARG_SOURCES})
+    target_link_libraries(vyn_plugin_${name} PRIVATE vyn_flags vyn_api ${ARG_LINK})
+    set_target_properties(vyn_plugin_${name} PROPERTIES
+        PREFIX "" OUTPUT_NAME ${name} SUFFIX ".${suffix}"
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/plugins/${name}
+        INSTALL_RPATH "$ORIGIN/../../..")
+    install(TARGETS vyn_plugin_${name}
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/vynlite/plugins/${name})
+endfunction()

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace vyn {
+
+/// The source unit and line that an error of these helpers names: the caller's, where it gives its
+/// own.
+struct ErrorPlace {
+    const char* file = "core/atomic_file";
+    int line = __LINE__;
+};
+
+/// Writes a file beside its target, flushes it to disk and renames it over the target.
+///
+/// Whatever fails (read-only folder, disk full, the writer itself), the old target stays and the
+/// half-written file is removed. A symbolic link stays one: the file that it names is replaced. A
+/// new file gets the usual permissions, a replaced one keeps its own. Library writers get
+/// `temporary()` as the path to write to.
+class AtomicFile {
+  public:
+    /// Raises FileError "File Name is empty!", or "Can't open file for writing!" when the folder
+    /// cannot take the file or the target is read-only or no regular file.
+    explicit AtomicFile(std::filesystem::path target, ErrorPlace place = {});
+    ~AtomicFile();
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+
+    /// Where to write; same folder and extension as the target.
+    const std::filesystem::path& temporary() const { return temporary_; }
+
+    /// Flushes and renames. Raises FileError "Error writing file" naming the target.
+    void commit();
+
+  private:
+    friend void write_file(const std::filesystem::path&, std::string_view, ErrorPlace);
+    [[noreturn]] void fail(const char* text, int os_error) const;
+
+    std::filesystem::path target_;
+    std::filesystem::path temporary_;
+    ErrorPlace place_;
+    bool committed_ = false;
+};
+
+/// Replaces the target by these bytes, atomically. Raises FileError.
+void write_file(const std::filesystem::path& target, std::string_view bytes, ErrorPlace place = {});
+
+/// The whole file. Raises FileError "Can't open file for reading!" naming it, also when it is no
+/// regular file or larger than `max_bytes`.
+std::string read_file(const std::filesystem::path& file, std::size_t max_bytes,
+                      ErrorPlace place = {});
+
+}  // namespace vyn

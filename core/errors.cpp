@@ -1,0 +1,48 @@
+#include "core/errors.h"
+
+#include <cstring>
+
+#include "core/log.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr std::size_t longest_system_message = 100;
+
+/// At most so many bytes of a UTF-8 text, without a torn last character.
+std::string cut(std::string_view text, std::size_t bytes) {
+    if (text.size() <= bytes) return std::string(text);
+    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    while (bytes > 0 && continues(text[bytes]))
+        --bytes;
+    return std::string(text.substr(0, bytes));
+}
+
+}  // namespace
+
+GenericError::GenericError(const char* file_, int line_, const char* text_, int code_,
+                           std::string detail_)
+    : text(text_), code(code_), file(file_), line(line_), detail(std::move(detail_)) {
+    message_ = detail.empty() ? text : std::string(text) + ": " + detail;
+    get_log().write(2, std::string(text) + " in:" + file + ":" + std::to_string(line));
+    if (!detail.empty()) get_log().write(2, detail);
+}
+
+std::string GenericError::where() const {
+    return std::string(text) + " at " + file + ":" + std::to_string(line);
+}
+
+SystemError::SystemError(const char* file_, int line_, const char* text_, int os_error,
+                         std::string detail_)
+    : GenericError(file_, line_, text_, os_error, std::move(detail_)) {
+    get_log().write(2, "System error # " + std::to_string(os_error));
+}
+
+std::string SystemError::system_message() const {
+    if (code == 0) return "System Error";
+    char buffer[256];
+    return cut(strerror_r(code, buffer, sizeof buffer), longest_system_message);
+}
+
+}  // namespace vyn

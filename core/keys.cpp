@@ -1,0 +1,175 @@
+#include "core/keys.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "core/numbers.h"
+
+namespace vyn {
+
+namespace {
+
+/// The words of the table's "allowed" column; a scope of their own, since `any` is a class too.
+namespace words {
+
+using string = std::string;
+
+Allowed any() {
+    return {};
+}
+Allowed range(double low, double high) {
+    return {Allowed::Kind::range, low, high, {}};
+}
+Allowed boolean() {
+    return range(0, 1);
+}
+template <class... Text>
+Allowed one_of(Text... texts) {
+    return {Allowed::Kind::list, 0, 0, {texts...}};
+}
+
+enum class Record { camera, paint, flow };
+
+std::vector<std::string_view> trees(Record record) {
+    switch (record) {
+        case Record::camera:
+            return {keys::sens_camera, keys::refe_camera};
+        case Record::paint:
+            return {keys::sens_paint};
+        case Record::flow:
+            return {keys::flow};
+    }
+    return {};
+}
+
+std::vector<KeyInfo> make_table() {
+    std::vector<KeyInfo> table;
+#define VYN_KEY(name, type, path, fallback, allowed, meaning) \
+    table.push_back({path, vyn::any(static_cast<type>(fallback)), allowed, meaning});
+#define VYN_RECORD_KEY(record, type, relative, fallback, allowed, meaning)                      \
+    for (const std::string_view tree : trees(Record::record))                                   \
+        table.push_back({std::string(tree) + (relative), vyn::any(static_cast<type>(fallback)), \
+                         allowed, meaning});
+#include "core/keys.def"
+    std::sort(table.begin(), table.end(),
+              [](const KeyInfo& a, const KeyInfo& b) { return a.path < b.path; });
+    return table;
+}
+
+}  // namespace words
+
+/// How many characters must be inserted, deleted or replaced (V. Levenshtein, 1966).
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+bool ends_with_component(std::string_view path, std::string_view end) {
+    return path.size() > end.size() && path.ends_with(end) &&
+           path[path.size() - end.size() - 1] == '/';
+}
+
+/// The key that was probably meant: one that ends in "/" and the given text, or the nearest by
+/// spelling; null when none is close.
+const KeyInfo* nearest_key(std::string_view path) {
+    constexpr std::size_t longest_worth_comparing = 200;
+    if (path.empty() || path.size() > longest_worth_comparing) return nullptr;
+    const KeyInfo* nearest = nullptr;
+    std::size_t least = std::max<std::size_t>(2, path.size() / 5) + 1;
+    for (const KeyInfo& key : key_table()) {
+        if (ends_with_component(key.path, path)) return &key;
+        const std::size_t distance = edit_distance(path, key.path);
+        if (distance >= least) continue;
+        least = distance;
+        nearest = &key;
+    }
+    return nearest;
+}
+
+[[noreturn]] void refuse_key(std::string_view path) {
+    std::string why = "there is no setting \"" + std::string(path) + "\"";
+    if (path.ends_with('/'))
+        why += " (it names a sub-tree)";
+    else if (const KeyInfo* nearest = nearest_key(path))
+        why += "; did you mean \"" + nearest->path + "\"?";
+    throw AlgoError("core/keys", __LINE__, "Trying to get not existing data!", why);
+}
+
+std::string describe(const KeyInfo& key) {
+    const Allowed& allowed = key.allowed;
+    const std::string kind = key.fallback.holds<int>()      ? "a whole number"
+                             : key.fallback.holds<double>() ? "a number"
+                                                            : "a text";
+    if (allowed.kind == Allowed::Kind::range)
+        return kind + " from " + format_double(allowed.low) + " to " + format_double(allowed.high);
+    std::string texts;
+    for (const std::string_view text : allowed.list)
+        texts += (texts.empty() ? "one of \"" : ", \"") + std::string(text) + "\"";
+    return texts.empty() ? kind : texts;
+}
+
+bool in_range(const Allowed& allowed, double value) {
+    return std::isfinite(value) && (allowed.kind != Allowed::Kind::range ||
+                                    (value >= allowed.low && value <= allowed.high));
+}
+
+bool in_list(const Allowed& allowed, std::string_view text) {
+    return allowed.kind != Allowed::Kind::list || std::ranges::count(allowed.list, text) > 0;
+}
+
+/// The value of the key's type; an empty holder when the text is none or not allowed.
+any convert(const KeyInfo& key, std::string_view text) {
+    any value;
+    if (key.fallback.holds<int>()) {
+        const auto number = parse_int(text);
+        if (number && in_range(key.allowed, *number)) value.set(*number);
+    } else if (key.fallback.holds<double>()) {
+        const auto number = parse_double(text);
+        if (number && in_range(key.allowed, *number)) value.set(*number);
+    } else if (in_list(key.allowed, text)) {
+        value.set(std::string(text));
+    }
+    return value;
+}
+
+}  // namespace
+
+const std::vector<KeyInfo>& key_table() {
+    static const std::vector<KeyInfo> table = words::make_table();
+    return table;
+}
+
+const KeyInfo* find_key(std::string_view path) {
+    const auto& table = key_table();
+    const auto row = std::ranges::lower_bound(table, path, {}, &KeyInfo::path);
+    return row != table.end() && row->path == path ? &*row : nullptr;
+}
+
+any parse_setting(std::string_view path, std::string_view text) {
+    const KeyInfo* key = find_key(path);
+    if (!key) refuse_key(path);
+    any value = convert(*key, text);
+    if (value.empty())
+        throw AlgoError("core/keys", __LINE__, "Algorithm error!",
+                        key->path + ": \"" + std::string(text) + "\" is not allowed; it takes " +
+                            describe(*key));
+    return value;
+}
+
+std::string format_setting(const any& value) {
+    if (value.holds<int>()) return std::to_string(value.get<int>());
+    if (value.holds<double>()) return format_double(value.get<double>());
+    return value.empty() ? std::string() : value.get<std::string>();
+}
+
+}  // namespace vyn

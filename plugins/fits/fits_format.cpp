@@ -1,0 +1,183 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "api/image_io.h"
+#include "plugins/fits/fits_file.h"
+#include "plugins/support/burst.h"
+#include "plugins/support/provenance.h"
+#include "plugins/support/refusal.h"
+
+namespace vyn::plugins {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* unit = "plugins/fits/fits_format";
+constexpr int rows_per_poll = 64;
+
+/// FITS images; a third axis counts the frames of a burst. The file's first row is the picture's
+/// first row.
+class FitsFormat final : public ImageFormat {
+  public:
+    const FormatInfo& info() const override { return info_; }
+    bool recognises(std::span<const std::byte> head) const override {
+        constexpr std::string_view start = "SIMPLE  =";
+        return head.size() >= start.size() &&
+               std::memcmp(head.data(), start.data(), start.size()) == 0;
+    }
+    image read(const fs::path& file, Progress& progress) const override;
+    void write(const image& picture, const fs::path& file,
+               const ImageWriteOptions& options) const override;
+
+  private:
+    FormatInfo info_{"fits", "FITS image", {"fits", "fit", "fts"}, true, true};
+};
+
+/// What the header says of the picture.
+struct FitsPicture {
+    int type = 0;  ///< BITPIX
+    int width = 0;
+    int height = 0;
+    LONGLONG frames = 1;
+};
+
+[[noreturn]] void refuse_library(const fs::path& path, const FitsFile& file) {
+    refuse(unit, __LINE__, path, "damaged or cut off: " + file.complaint());
+}
+
+/// Moves to the first image that has axes; gives their number.
+int find_picture(const fs::path& path, FitsFile& file) {
+    for (;;) {
+        int kind = ANY_HDU;
+        int axes = 0;
+        fits_get_hdu_type(file.handle(), &kind, file.status());
+        if (kind == IMAGE_HDU) fits_get_img_dim(file.handle(), &axes, file.status());
+        if (!file.good()) refuse_library(path, file);
+        if (axes > 0) return axes;
+        fits_movrel_hdu(file.handle(), 1, nullptr, file.status());
+        if (*file.status() == END_OF_FILE) refuse(unit, __LINE__, path, "it holds no picture");
+        if (!file.good()) refuse_library(path, file);
+    }
+}
+
+/// All pixels that the header promises lie inside the file.
+void check_backing(const fs::path& path, FitsFile& file, const FitsPicture& picture) {
+    LONGLONG data = 0;
+    fits_get_hduaddrll(file.handle(), nullptr, &data, nullptr, file.status());
+    if (!file.good()) refuse_library(path, file);
+    const auto size = static_cast<LONGLONG>(fs::file_size(path));
+    const LONGLONG frame = LONGLONG{picture.width} * picture.height * (std::abs(picture.type) / 8);
+    if (data > size || picture.frames > (size - data) / frame)
+        refuse(unit, __LINE__, path, "the file is cut off: pixels lie beyond its end");
+}
+
+FitsPicture examine(const fs::path& path, FitsFile& file) {
+    const int axes = find_picture(path, file);
+    if (fits_is_compressed_image(file.handle(), file.status()))
+        refuse(unit, __LINE__, path, "tile-compressed pictures are not supported");
+    if (axes != 2 && axes != 3)
+        refuse(unit, __LINE__, path,
+               "a picture of " + std::to_string(axes) + " axes; two or three are supported");
+    std::array<LONGLONG, 3> sides{0, 0, 1};
+    FitsPicture picture;
+    int count = 0;
+    fits_get_img_paramll(file.handle(), static_cast<int>(sides.size()), &picture.type, &count,
+                         sides.data(), file.status());
+    if (!file.good()) refuse_library(path, file);
+    check_sides(unit, path, sides[0], sides[1]);
+    if (sides[2] < 1 || sides[2] > std::numeric_limits<int>::max())
+        refuse(unit, __LINE__, path, "a burst of " + std::to_string(sides[2]) + " frames");
+    picture.width = static_cast<int>(sides[0]);
+    picture.height = static_cast<int>(sides[1]);
+    picture.frames = sides[2];
+    check_backing(path, file, picture);
+    return picture;
+}
+
+/// Largest value of an integer type after its offset, such as 65535 for the unsigned convention; 0
+/// for floating point, and for scaled integers, whose range was fitted to the picture.
+double full_scale(FitsFile& file, int type) {
+    if (type < 0) return 0;
+    const auto keyword = [&](const char* name, double fallback) {
+        int missing = 0;
+        double value = fallback;
+        fits_read_key(file.handle(), TDOUBLE, name, &value, nullptr, &missing);
+        return missing == 0 ? value : fallback;
+    };
+    if (keyword("BSCALE", 1) != 1) return 0;
+    const double greatest = type == BYTE_IMG ? 255 : std::ldexp(1.0, type - 1) - 1;
+    return greatest + keyword("BZERO", 0);
+}
+
+image FitsFormat::read(const fs::path& path, Progress& progress) const {
+    FitsFile file(path, FitsFile::Mode::read);
+    if (!file.good()) refuse_library(path, file);
+    const FitsPicture picture = examine(path, file);
+    Burst burst(picture.width, picture.height, static_cast<int>(picture.frames),
+                full_scale(file, picture.type));
+    std::vector<double> row(static_cast<std::size_t>(picture.width));
+    // Blank integers become NaN. Floating-point pixels are taken as they are: the library would
+    // turn denormal numbers into 0 while it looks for NaN.
+    double blank = std::numeric_limits<double>::quiet_NaN();
+    void* const null_value = picture.type > 0 ? &blank : nullptr;
+    int any_blank = 0;
+    const auto rows = static_cast<double>(picture.height) * static_cast<double>(picture.frames);
+    double done = 0;
+    for (LONGLONG frame = 1; frame <= picture.frames; ++frame)
+        for (int y = 0; y < picture.height; ++y) {
+            if (y % rows_per_poll == 0) {
+                throw_if_aborted(progress);
+                progress.fraction(done / rows);
+            }
+            std::array<LONGLONG, 3> first{1, y + 1, frame};
+            fits_read_pixll(file.handle(), TDOUBLE, first.data(), picture.width, null_value,
+                            row.data(), &any_blank, file.status());
+            if (!file.good()) refuse_library(path, file);
+            burst.add_row(y, row.data());
+            ++done;
+        }
+    progress.fraction(1);
+    return burst.take(path);
+}
+
+void write_header(FitsFile& file, const image& picture, const ImageWriteOptions& options) {
+    std::array<long, 2> sides{picture.width(), picture.height()};
+    fits_create_img(file.handle(), FLOAT_IMG, 2, sides.data(), file.status());
+    std::string creator = software_name();
+    fits_update_key(file.handle(), TSTRING, "CREATOR", creator.data(), nullptr, file.status());
+    // One long line; the library splits it to the 72 columns of the cards.
+    if (!options.provenance.empty())
+        fits_write_history(file.handle(), ascii_json(options.provenance).c_str(), file.status());
+}
+
+void FitsFormat::write(const image& picture, const fs::path& path,
+                       const ImageWriteOptions& options) const {
+    FitsFile file(path, FitsFile::Mode::create);
+    if (file.good()) write_header(file, picture, options);
+    std::vector<float> row(static_cast<std::size_t>(picture.width()));
+    for (int y = 0; y < picture.height() && file.good(); ++y) {
+        const float* values = picture.values().row(y);
+        std::transform(values, values + picture.width(), picture.mask().row(y), row.begin(),
+                       [](float value, std::uint8_t mask) {
+                           return mask ? std::numeric_limits<float>::quiet_NaN() : value;
+                       });
+        std::array<LONGLONG, 2> first{1, y + 1};
+        fits_write_pixll(file.handle(), TFLOAT, first.data(), picture.width(), row.data(),
+                         file.status());
+    }
+    if (file.good()) file.close();
+    if (!file.good()) fail_writing(unit, __LINE__, path, file.complaint());
+}
+
+}  // namespace
+
+}  // namespace vyn::plugins
+
+VYN_IMAGE_PLUGIN(vyn::plugins::FitsFormat)

@@ -1,0 +1,162 @@
+#include "plugins/png/png_writer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/log.h"
+#include "core/numbers.h"
+#include "plugins/png/png_session.h"
+#include "plugins/support/provenance.h"
+#include "plugins/support/refusal.h"
+
+namespace vyn::plugins {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* unit = "plugins/png/png_writer";
+constexpr double full_scale = 65535;
+
+/// Little gain beyond this on camera noise, at a multiple of the time.
+constexpr int compression_level = 3;
+
+bool is_shown(float value, std::uint8_t mask) {
+    return mask == 0 && std::isfinite(value);
+}
+
+/// From values to counts: count = (value - minimum) * scale + offset.
+struct Mapping {
+    double minimum = 0;
+    double maximum = full_scale;
+    double scale = 1;
+    double offset = 0;
+
+    double operator()(float value) const {
+        return std::round((double{value} - minimum) * scale + offset);
+    }
+};
+
+/// The range of the valid values onto 1..65535; a constant picture becomes 1.
+Mapping stretch(const image& picture) {
+    Mapping mapping;
+    bool any = false;
+    for (int y = 0; y < picture.height(); ++y) {
+        const float* values = picture.values().row(y);
+        const std::uint8_t* mask = picture.mask().row(y);
+        for (int x = 0, width = picture.width(); x < width; ++x) {
+            if (!is_shown(values[x], mask[x])) continue;
+            const double value = values[x];
+            mapping.minimum = any ? std::min(mapping.minimum, value) : value;
+            mapping.maximum = any ? std::max(mapping.maximum, value) : value;
+            any = true;
+        }
+    }
+    const double range = mapping.maximum - mapping.minimum;
+    mapping.scale = range > 0 ? (full_scale - 1) / range : 0;
+    mapping.offset = 1;
+    return mapping;
+}
+
+/// One row of counts, most significant byte first; gives the number of clipped pixels.
+std::int64_t encode_row(const image& picture, int y, const Mapping& mapping, png_byte* row) {
+    const float* values = picture.values().row(y);
+    const std::uint8_t* mask = picture.mask().row(y);
+    std::int64_t clipped = 0;
+    for (int x = 0, width = picture.width(); x < width; ++x) {
+        double count = 0;
+        if (is_shown(values[x], mask[x])) {
+            count = mapping(values[x]);
+            clipped += count < 0 || count > full_scale;
+            count = std::clamp(count, 0.0, full_scale);
+        }
+        const auto bits = static_cast<std::uint16_t>(count);
+        row[2 * x] = static_cast<png_byte>(bits >> 8);
+        row[2 * x + 1] = static_cast<png_byte>(bits & 0xFF);
+    }
+    return clipped;
+}
+
+struct Text {
+    std::string keyword;
+    std::string content;
+};
+
+std::vector<Text> make_texts(const ImageWriteOptions& options, const Mapping& mapping) {
+    std::vector<Text> texts{{"Software", software_name()}};
+    if (!options.provenance.empty()) texts.push_back({"Comment", ascii_json(options.provenance)});
+    if (options.scale == ImageWriteOptions::Scale::stretch)
+        texts.push_back({"Value range", "1 = " + format_double(mapping.minimum) + ", 65535 = " +
+                                            format_double(mapping.maximum) + ", 0 = excluded"});
+    return texts;
+}
+
+[[noreturn]] void fail(const fs::path& file, const PngSession& session) {
+    fail_writing(unit, __LINE__, file, session.complaint());
+}
+
+void write_header(const fs::path& file, PngSession& session, const image& picture,
+                  const std::vector<Text>& texts) {
+    std::vector<png_text> chunks;
+    for (const Text& text : texts) {
+        png_text chunk{};
+        chunk.compression = PNG_TEXT_COMPRESSION_NONE;
+        // The library copies both; its fields are not constant.
+        chunk.key = const_cast<char*>(text.keyword.c_str());
+        chunk.text = const_cast<char*>(text.content.c_str());
+        chunks.push_back(chunk);
+    }
+    const png_structp png = session.png();
+    const png_infop info = session.info();
+    const auto width = static_cast<png_uint_32>(picture.width());
+    const auto height = static_cast<png_uint_32>(picture.height());
+    const png_textp first = chunks.data();
+    const int count = static_cast<int>(chunks.size());
+    const bool good = session.guarded([=] {
+        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+        png_set_compression_level(png, compression_level);
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+        png_set_IHDR(png, info, width, height, 16, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_text(png, info, first, count);
+        png_write_info(png, info);
+    });
+    if (!good) fail(file, session);
+}
+
+void report(const image& picture, const ImageWriteOptions& options, const Mapping& mapping,
+            std::int64_t clipped) {
+    const std::string subject = "PNG of '" + picture.name + "': ";
+    if (options.scale == ImageWriteOptions::Scale::stretch)
+        get_log().write(3, subject + "values " + format_double(mapping.minimum) + " to " +
+                               format_double(mapping.maximum) + " stretched to 1..65535");
+    if (clipped > 0)
+        get_log().write(3, subject + std::to_string(clipped) + " pixels clipped to 0..65535");
+}
+
+}  // namespace
+
+void write_png(const image& picture, const fs::path& file, const ImageWriteOptions& options) {
+    const Mapping mapping =
+        options.scale == ImageWriteOptions::Scale::stretch ? stretch(picture) : Mapping{};
+    PngSession session(file, PngSession::Direction::write);
+    if (!session.is_open()) fail_writing(unit, __LINE__, file, "the file cannot be opened");
+    write_header(file, session, picture, make_texts(options, mapping));
+
+    const png_structp png = session.png();
+    std::vector<png_byte> row(2 * static_cast<std::size_t>(picture.width()));
+    const png_bytep bytes = row.data();
+    std::int64_t clipped = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        clipped += encode_row(picture, y, mapping, bytes);
+        if (!session.guarded([png, bytes] { png_write_row(png, bytes); })) fail(file, session);
+    }
+    if (!session.guarded([png] { png_write_end(png, nullptr); })) fail(file, session);
+    if (!session.close()) fail_writing(unit, __LINE__, file, "the disk does not take the file");
+    report(picture, options, mapping, clipped);
+}
+
+}  // namespace vyn::plugins

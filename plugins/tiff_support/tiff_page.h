@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "core/progress.h"
+#include "plugins/tiff_support/tiff_file.h"
+#include "plugins/tiff_support/tiff_samples.h"
+
+namespace vyn::plugins {
+
+/// A page of one grey value per pixel, found sound: readable type, sane size, and as many pixels as
+/// its compressed bytes can hold.
+struct TiffPage {
+    int width = 0;
+    int height = 0;
+    TiffSamples samples;
+    bool min_is_white = false;
+
+    bool operator==(const TiffPage&) const = default;
+};
+
+/// True when the file's current page is a picture of its own, not a thumbnail or a transparency
+/// mask of another page.
+bool is_full_page(const TiffFile& file);
+
+/// The ImageDescription of the current page; empty when it has none.
+std::string description(const TiffFile& file);
+
+/// Examines the current page. Raises FileError naming the file: colour, unknown type, too large,
+/// cut off.
+TiffPage examine_page(const TiffFile& file);
+
+/// Hands out the rows of the current page from top to bottom, each as the library decoded it (see
+/// decode_row). Raises FileError when the data cannot be decoded, and Aborted.
+using TiffRowSink = std::function<void(int y, const std::byte* packed)>;
+void read_rows(const TiffFile& file, const TiffPage& page, Progress& progress,
+               const TiffRowSink& sink);
+
+}  // namespace vyn::plugins

@@ -1,0 +1,69 @@
+#include "process/correct_task.h"
+
+#include "api/correction.h"
+#include "calib/camera.h"
+#include "core/errors.h"
+#include "core/log.h"
+
+namespace vyn {
+
+namespace {
+
+/// Names both files when two images of one correction differ in size.
+void require_same_size(const image& source, const std::shared_ptr<const image>& other) {
+    if (!other || other->values().same_size(source.values())) return;
+    const auto size = [](const image& i) {
+        return i.name + " (" + i.file_name + ") is " + std::to_string(i.width()) + " x " +
+               std::to_string(i.height());
+    };
+    throw IndexError("api/bitmap_new", __LINE__, size(*other) + ", but " + size(source));
+}
+
+}  // namespace
+
+Correction correction_of(dataSetInterface& data, const RawImage& raw, std::string result) {
+    Correction correction;
+    correction.source = raw.name;
+    correction.dark = raw.dark_name;
+    correction.flat = raw.flat_name;
+    correction.result = std::move(result);
+    correction.dark_level = static_cast<float>(read(data, raw.dark_level));
+    correction.camera = raw.camera;
+    return correction;
+}
+
+TaskOutcome CorrectTask::run(TaskContext& context) {
+    imagesList& images = get_images();
+    dataSetInterface& data = vyn_db();
+    const std::shared_ptr<const image> source = images.find(correction_.source);
+    if (!source) {
+        get_log().write(2, "Image not loaded");
+        return TaskOutcome::failed;
+    }
+    const auto dark = correction_.use_dark ? images.find(correction_.dark) : nullptr;
+    const auto flat = correction_.use_flat ? images.find(correction_.flat) : nullptr;
+    require_same_size(*source, dark);
+    require_same_size(*source, flat);
+    if (!dark) warn(*report_, correction_.source + " is corrected without a dark image");
+    if (!flat) warn(*report_, correction_.source + " is corrected without a flat field");
+
+    context.status("Calculating corrected image");
+    if (dark) get_log().write(4, "Substracting dark image");
+    if (flat) get_log().write(4, "Applying flat-field image");
+    image corrected =
+        correct_intensity(*source, correction_.dark_level, dark.get(), flat.get(), context);
+
+    corrected.degree = read(data, keys::spline_degree);
+    cameraFeatures camera;
+    read(data, correction_.camera, camera);
+    const Distortion lens{camera.cx, camera.cy, camera.a2, camera.a4};
+    if (!lens.none()) {
+        context.status("Correcting image distortions");
+        corrected = undistort(corrected, lens, context);
+    }
+    corrected.name = correction_.result;
+    images.add(std::move(corrected));
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "api/field_conversion.h"
+
+namespace vyn {
+
+/// The quantities by their names in the setting "project/processing/convert/field".
+inline constexpr std::array<std::pair<FieldQuantity, const char*>, 4> field_quantities{{
+    {FieldQuantity::pressure, "Pressure"},
+    {FieldQuantity::p_over_static, "P_Pstat"},
+    {FieldQuantity::cp, "Cp"},
+    {FieldQuantity::ratio, "Irefe_Isens"},
+}};
+
+inline const char* field_name(FieldQuantity quantity) {
+    for (const auto& [value, name] : field_quantities)
+        if (value == quantity) return name;
+    return "";
+}
+
+/// A name that no quantity has stands for the ratio, which is left as it is.
+inline FieldQuantity field_quantity(std::string_view wanted) {
+    for (const auto& [value, name] : field_quantities)
+        if (name == wanted) return value;
+    return FieldQuantity::ratio;
+}
+
+}  // namespace vyn

@@ -1,0 +1,80 @@
+#include "process/field_task.h"
+
+#include "api/image_list.h"
+#include "core/keys.h"
+#include "core/log.h"
+#include "core/numbers.h"
+#include "process/field_quantity.h"
+
+namespace vyn {
+
+namespace {
+
+std::string general(double value) {
+    return format_general(value, 6);
+}
+
+/// Warns of conditions under which the law's answer cannot be trusted.
+void check_conditions(const PreparedConversion& prepared, RunReport& report) {
+    const flowFeatures& flow = prepared.flow_in_paint_units;
+    if (!(flow.wind_off_p > 0))
+        warn(report, std::string(keys::flow) +
+                         "wind_off_p is not positive: the wind-off ratio, and with it the field, "
+                         "will be wrong");
+    const paintFeatures& paint = prepared.paint;
+    if (!(paint.minimal_temperature < paint.maximal_temperature)) return;
+    const std::pair<const char*, double> temperatures[] = {{"wind_off_t", flow.wind_off_t},
+                                                           {"wind_on_t", flow.wind_on_t}};
+    for (const auto& [name, value] : temperatures)
+        if (!(value >= paint.minimal_temperature && value <= paint.maximal_temperature))
+            warn(report, std::string(keys::flow) + name + " enters the law as " + general(value) +
+                             ", outside the paint's range " + general(paint.minimal_temperature) +
+                             " to " + general(paint.maximal_temperature) +
+                             "; check the unit names");
+}
+
+PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity) {
+    paintFeatures paint;
+    flowFeatures flow;
+    read(data, std::string(keys::sens_paint), paint);
+    read(data, std::string(keys::flow), flow);
+    return prepare_conversion(quantity, paint, flow);
+}
+
+}  // namespace
+
+TaskOutcome FieldTask::run(TaskContext& context) {
+    imagesList& images = get_images();
+    dataSetInterface& data = vyn_db();
+    const auto ratio = images.find(ratio_);
+    if (!ratio) return TaskOutcome::idle;
+
+    context.status("Calculating Field");
+    FieldConversion conversion;
+    conversion.quantity = field_quantity(read(data, keys::convert_field));
+    if (conversion.quantity != FieldQuantity::ratio) {
+        const PreparedConversion prepared = prepare(data, conversion.quantity);
+        conversion = prepared.conversion;
+        if (prepared.message) {
+            report_->warnings.emplace_back(prepared.message);
+            context.message(prepared.message);
+        }
+        get_log().write(4, "adj_flow.wind_on_t=" + general(prepared.flow_in_paint_units.wind_on_t));
+        get_log().write(4, "fa=" + general(conversion.wind_off_ratio));
+        get_log().write(4, "a=" + general(conversion.law.a) + " b=" + general(conversion.law.b) +
+                               " c=" + general(conversion.law.c));
+        check_conditions(prepared, *report_);
+        report_->conversion = prepared;
+    }
+    conversion.limit = read(data, keys::convert_threshold) != 0;
+    conversion.lower = static_cast<float>(read(data, keys::convert_min));
+    conversion.upper = static_cast<float>(read(data, keys::convert_max));
+
+    image field = convert_field(*ratio, conversion, context);
+    field.name = field_;
+    field.file_name = read(data, keys::pressure_file);
+    images.add(std::move(field));
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

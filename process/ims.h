@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "api/image_list.h"
+#include "core/data_set.h"
+#include "core/progress.h"
+
+namespace vyn {
+
+/// The content of an IMS container: a header, the project's settings as XML text, and images.
+struct ImsData {
+    std::string version;
+    std::string project;
+    std::vector<std::shared_ptr<const image>> images;
+};
+
+/// The program's IMS data: what was read last or will be written next. Used by one task at a time.
+ImsData& get_ims();
+/// Empties it, header included.
+void clear_ims();
+/// True when it holds neither settings nor images.
+bool empty_ims();
+
+/// Copies the project's settings into the IMS data; done before a container is written.
+void ds2ims(dataSetInterface& data);
+
+/// Reads a container (a ZIP archive of "ims.json", "project.xml" and one field file per image) into
+/// the IMS data, which stays as it was on failure. Raises FileError naming the file; one of a newer
+/// container format is refused.
+void read_ims_data(const std::filesystem::path& file, Progress& progress);
+/// Writes the IMS data's settings and these images as a container, atomically. Raises FileError.
+void write_ims_strings(const std::filesystem::path& file, const imagesList& images,
+                       Progress& progress);
+
+/// Brings the markers stored with raw images in line with the data set: an image without markers
+/// gets those of the marker file that its key names (a file that is not there is only logged); an
+/// image whose key is empty loses its markers, with a log line.
+void fixMarkersDs(dataSetInterface& data, imagesList& images);
+
+}  // namespace vyn

@@ -1,0 +1,71 @@
+#include "process/project_paths.h"
+
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/log.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+fs::path project_folder(dataSetInterface& data) {
+    const fs::path file = read(data, keys::head_file);
+    const fs::path folder = file.parent_path();
+    return folder.empty() ? fs::path(".") : folder;
+}
+
+fs::path output_folder(dataSetInterface& data) {
+    const std::string folder = read(data, keys::head_dir);
+    return folder.empty() ? project_folder(data) : fs::path(folder);
+}
+
+fs::path find_input(dataSetInterface& data, const std::string& file_name, std::string_view key) {
+    const fs::path named = file_name;
+    const fs::path folder = project_folder(data);
+    std::error_code ignored;
+    if (named.is_relative()) {
+        if (fs::exists(folder / named, ignored)) return folder / named;
+    } else {
+        if (fs::exists(named, ignored)) return named;
+        const fs::path beside = folder / named.filename();
+        if (fs::exists(beside, ignored)) {
+            get_log().write(3, file_name + " is not there; taken from beside the project file: " +
+                                   beside.string());
+            return beside;
+        }
+    }
+    throw FileError("process/project_paths", __LINE__, "Can't open file for reading!",
+                    (named.is_relative() ? folder / named : named).string() +
+                        ": no such file (named by " + std::string(key) + ")");
+}
+
+namespace {
+
+/// Settings that name a file to read end in "_file" or "/camera"; the program's own outputs and the
+/// project file itself do not belong to the folder in that way.
+bool names_input_file(const std::string& path) {
+    if (path == keys::pressure_file.path || path == keys::pressure_mark_file.path) return false;
+    return path.ends_with("_file") || path.ends_with("/camera");
+}
+
+}  // namespace
+
+void rebase_relative_names(dataSetInterface& data, const fs::path& old_folder,
+                           const fs::path& new_folder) {
+    const fs::path from = fs::absolute(old_folder).lexically_normal();
+    const fs::path to = fs::absolute(new_folder).lexically_normal();
+    if (from == to) return;
+    std::vector<std::pair<std::string, std::string>> changed;
+    data.for_each([&](const std::string& path, const any& value) {
+        if (!names_input_file(path) || !value.holds<std::string>()) return;
+        const fs::path name = value.get<std::string>();
+        if (name.empty() || name.is_absolute()) return;
+        const fs::path full = (from / name).lexically_normal();
+        const fs::path relative = full.lexically_relative(to);
+        changed.emplace_back(path, (relative.empty() ? full : relative).string());
+    });
+    for (const auto& [path, name] : changed)
+        data.write(path, name);
+}
+
+}  // namespace vyn

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// The project file's folder; the working folder while there is no project file.
+std::filesystem::path project_folder(dataSetInterface& data);
+
+/// Where output files go: `project/head/dir`, or the project file's folder when that is empty.
+std::filesystem::path output_folder(dataSetInterface& data);
+
+/// The file that a setting names. A relative name belongs to the project's folder; a full path that
+/// is missing is looked for beside the project file, with a log line. Raises FileError naming file
+/// and key when there is none.
+std::filesystem::path find_input(dataSetInterface& data, const std::string& file_name,
+                                 std::string_view key);
+
+/// After the project file moved to another folder: names relative to the old folder become relative
+/// to the new one (full where there is no way). Names of output files stay.
+void rebase_relative_names(dataSetInterface& data, const std::filesystem::path& old_folder,
+                           const std::filesystem::path& new_folder);
+
+}  // namespace vyn

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/any.h"
+#include "core/task.h"
+
+namespace vyn {
+
+/// How a project is opened.
+struct ReadProject {
+    enum class Geometry { leave_out, read };
+    std::filesystem::path file;  ///< .xml or .ims
+    Geometry geometry = Geometry::leave_out;
+    /// Settings that replace those of the file before anything that they name is read.
+    std::vector<std::pair<std::string, any>> settings;
+};
+
+/// Reads a project file or container into the data set, then the images that it names into the
+/// image list; images of a container win over the paths. The data set and the list stay as they
+/// were when anything fails.
+class ReadProjectTask final : public Task {
+  public:
+    explicit ReadProjectTask(ReadProject request) : request_(std::move(request)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    ReadProject request_;
+};
+
+/// Writes the project: a container for ".ims", else the settings as XML.
+class WriteProjectTask final : public Task {
+  public:
+    explicit WriteProjectTask(std::filesystem::path file) : file_(std::move(file)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    std::filesystem::path file_;
+};
+
+}  // namespace vyn

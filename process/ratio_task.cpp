@@ -1,0 +1,125 @@
+#include "process/ratio_task.h"
+
+#include "api/field_conversion.h"
+#include "api/resample.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/log.h"
+
+namespace vyn {
+
+namespace {
+
+RatioLimits ratio_limits(dataSetInterface& data) {
+    RatioLimits limits;
+    limits.clamp = read(data, keys::filter_threshold) != 0;
+    limits.lower = static_cast<float>(read(data, keys::threshold_min));
+    limits.upper = static_cast<float>(read(data, keys::threshold_max));
+    return limits;
+}
+
+MarkerMatchOptions match_options(dataSetInterface& data) {
+    MarkerMatchOptions options;
+    options.order = read(data, keys::markers_order);
+    options.box = read(data, keys::markers_box);
+    options.fix_first = read(data, keys::markers_fix);
+    options.link = read(data, keys::markers_link);
+    return options;
+}
+
+/// Steps that a project can ask for and this version does not have.
+void tell_unavailable(dataSetInterface& data, RunReport& report) {
+    if (read(data, keys::filter_enable))
+        warn(report, "Filtering Wind Off, Filtering Wind On: not available, left out");
+    if (read(data, keys::qped_enable))
+        warn(report, "Alignment by cross-correlation: not available, left out");
+    if (read(data, keys::filter_thinning))
+        warn(report, "Performing Thinning with depth:" +
+                         std::to_string(read(data, keys::filter_thinning_depth)) +
+                         ": not available, left out");
+}
+
+void require_same_size(const image& off, const image& on) {
+    if (off.values().same_size(on.values())) return;
+    const auto size = [](const image& i) {
+        return i.name + " (" + i.file_name + ") is " + std::to_string(i.width()) + " x " +
+               std::to_string(i.height());
+    };
+    throw IndexError("api/bitmap_new", __LINE__, size(off) + ", but " + size(on));
+}
+
+}  // namespace
+
+TaskOutcome RatioTask::run(TaskContext& context) {
+    imagesList& images = get_images();
+    dataSetInterface& data = vyn_db();
+    const auto wind_off = images.find(names_.wind_off);
+    auto wind_on = images.find(names_.wind_on);
+    if (!wind_off || !wind_on) {
+        get_log().write(2, "Image not loaded");
+        return TaskOutcome::failed;
+    }
+    require_same_size(*wind_off, *wind_on);
+    tell_unavailable(data, *report_);
+
+    std::shared_ptr<const image> aligned;
+    if (read(data, keys::markers_enable)) {
+        aligned = align_by_markers(*wind_off, wind_on, context);
+        report_->aligned = aligned != nullptr;
+        if (!aligned) {
+            get_log().write(2, "Aligning Images FAILED!");
+            if (report_->alignment && accept_copy(*report_->alignment, context)) {
+                image copy = *wind_on;
+                copy.name = names_.aligned;
+                aligned = std::make_shared<const image>(std::move(copy));
+            }
+        }
+    }
+
+    context.status("Calculating I/Iref single");
+    image ratio = form_ratio(*wind_off, aligned ? *aligned : *wind_on, ratio_limits(data), context);
+    ratio.name = names_.ratio;
+    images.remove(names_.aligned);
+    if (aligned) images.add(std::move(aligned));
+    images.add(std::move(ratio));
+    return report_->aligned.value_or(true) ? TaskOutcome::done : TaskOutcome::done_with_errors;
+}
+
+std::shared_ptr<const image> RatioTask::align_by_markers(const image& wind_off,
+                                                         std::shared_ptr<const image> wind_on,
+                                                         TaskContext& context) {
+    context.status("Aligning Images using markers");
+    for (const image* picture : {&wind_off, wind_on.get()}) {
+        if (!picture->markers.markers.empty()) continue;
+        warn(*report_, picture->name + " has no markers: set its marker file, or switch off " +
+                           std::string(keys::markers_enable.path));
+        return nullptr;
+    }
+
+    dataSetInterface& data = vyn_db();
+    const MarkerMatch match =
+        match_markers(wind_off.markers, wind_on->markers, match_options(data));
+    for (const std::string& note : match.notes)
+        warn(*report_, note);
+    for (const std::string& line : report_lines(match, wind_off.name, wind_on->name))
+        get_log().write(4, line);
+    report_->alignment = match;
+    if (!match.ok) {
+        warn(*report_, match.failure);
+        return nullptr;
+    }
+
+    image aligned = resample(*wind_on, wind_off.width(), wind_off.height(),
+                             row_map(match.moved_from_reference), context);
+    aligned.name = names_.aligned;
+    aligned.markers = wind_off.markers;
+    return std::make_shared<const image>(std::move(aligned));
+}
+
+bool RatioTask::accept_copy(const MarkerMatch& match, TaskContext& context) const {
+    if (!match.pairs.empty()) return false;
+    context.message("There are no pairs to transform Image.\nCopy is available only.");
+    return context.question("Would You like to copy Image?");
+}
+
+}  // namespace vyn

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "api/image.h"
+#include "core/task.h"
+#include "process/run_report.h"
+
+namespace vyn {
+
+/// Which images the ratio is formed of.
+struct RatioImages {
+    std::string wind_off;
+    std::string wind_on;
+    std::string aligned;  ///< name for the aligned wind-on image
+    std::string ratio;
+};
+
+/// Aligns the corrected wind-on image to the wind-off image and forms their ratio. An alignment
+/// that fails is reported and the ratio formed of the unaligned image (outcome done_with_errors).
+class RatioTask final : public Task {
+  public:
+    RatioTask(RatioImages names, std::shared_ptr<RunReport> report)
+        : names_(std::move(names)), report_(std::move(report)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    std::shared_ptr<const image> align_by_markers(const image& wind_off,
+                                                  std::shared_ptr<const image> wind_on,
+                                                  TaskContext& context);
+    bool accept_copy(const MarkerMatch& match, TaskContext& context) const;
+
+    RatioImages names_;
+    std::shared_ptr<RunReport> report_;
+};
+
+}  // namespace vyn

@@ -1,0 +1,167 @@
+#include "process/raw_images.h"
+
+#include "api/image_io.h"
+#include "calib/camera.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/numbers.h"
+#include "markers/marker_files.h"
+#include "process/digest.h"
+#include "process/project_paths.h"
+
+namespace vyn {
+
+namespace names = image_names;
+
+const std::array<RawImage, 4>& raw_images() {
+    static const std::array<RawImage, 4> table{{
+        {names::wind_off_sens, names::wind_off_dark_sens, names::flat_sens,
+         keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file,
+         keys::wind_off_sens_dark_file, keys::wind_off_sens_dark, keys::sens_camera},
+        {names::wind_on_sens, names::wind_on_dark_sens, names::flat_sens, keys::wind_on_sens_file,
+         keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_dark_file,
+         keys::wind_on_sens_dark, keys::sens_camera},
+        {names::wind_off_refe, names::wind_off_dark_refe, names::flat_refe,
+         keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file,
+         keys::wind_off_refe_dark_file, keys::wind_off_refe_dark, keys::refe_camera},
+        {names::wind_on_refe, names::wind_on_dark_refe, names::flat_refe, keys::wind_on_refe_file,
+         keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_dark_file,
+         keys::wind_on_refe_dark, keys::refe_camera},
+    }};
+    return table;
+}
+
+namespace {
+
+image load_named(dataSetInterface& data, const std::string& file_name, std::string_view key,
+                 const char* name, TaskContext& context) {
+    throw_if_aborted(context);
+    const std::filesystem::path file = find_input(data, file_name, key);
+    image picture = read_image(file, context);
+    picture.name = name;
+    picture.file_sha256 = file_sha256(file);
+    return picture;
+}
+
+std::string size_text(int width, int height) {
+    return std::to_string(width) + " x " + std::to_string(height);
+}
+
+/// Excludes the pixels that are not 0 in the image's mask file.
+void apply_mask_file(image& picture, const image& mask) {
+    if (!picture.values().same_size(mask.values()))
+        throw IndexError("process/raw_images", __LINE__,
+                         "the mask " + mask.file_name + " is " +
+                             size_text(mask.width(), mask.height()) + ", its image " +
+                             picture.file_name + " " +
+                             size_text(picture.width(), picture.height()));
+    for (int y = 0; y < picture.height(); ++y) {
+        const float* excluded = mask.values().row(y);
+        std::uint8_t* bytes = picture.mask().row(y);
+        for (int x = 0; x < picture.width(); ++x)
+            if (excluded[x] != 0) bytes[x] = 1;
+    }
+}
+
+/// Counts the pixels at the sensor's maximum and excludes them when the project says so.
+void treat_saturated(dataSetInterface& data, image& picture) {
+    const auto level = static_cast<float>(read(data, keys::saturation_level));
+    const bool exclude = read(data, keys::saturation_exclude) != 0;
+    if (level > 0) {
+        Bitmap<std::uint8_t> plane(picture.width(), picture.height(), 0);
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                plane(x, y) = picture.values()(x, y) >= level ? 1 : 0;
+        picture.saturated = std::make_shared<Bitmap<std::uint8_t>>(std::move(plane));
+    }
+    if (!picture.saturated) return;
+    std::int64_t count = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        const std::uint8_t* saturated = picture.saturated->row(y);
+        std::uint8_t* mask = picture.mask().row(y);
+        for (int x = 0; x < picture.width(); ++x) {
+            if (!saturated[x]) continue;
+            ++count;
+            if (exclude) mask[x] = 1;
+        }
+    }
+    if (count > 0)
+        get_log().write(3, picture.file_name + ": " + std::to_string(count) +
+                               " pixels at the sensor's maximum" + (exclude ? ", excluded" : ""));
+}
+
+image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& file,
+               TaskContext& context) {
+    image picture = load_named(data, file, raw.file.path, raw.name, context);
+    treat_saturated(data, picture);
+    const std::string mask_file = read(data, raw.mask_file);
+    if (!mask_file.empty())
+        apply_mask_file(picture, load_named(data, mask_file, raw.mask_file.path, "mask", context));
+    if (!read(data, raw.marker_file).empty())
+        picture.markers = load_markers(data, raw.marker_file, picture.height());
+    return picture;
+}
+
+/// The flat field of a camera: as its record names it, in the project's folder, or where else
+/// `find_flat_file` looks. Empty when the record names none.
+std::string flat_file_of(dataSetInterface& data, std::string_view camera) {
+    cameraFeatures record;
+    read(data, std::string(camera), record);
+    const std::filesystem::path folder = std::filesystem::absolute(project_folder(data));
+    std::error_code ignored;
+    if (record.flat_file.empty() || std::filesystem::exists(folder / record.flat_file, ignored))
+        return record.flat_file;
+    if (!record.camera.empty()) record.camera = (folder / record.camera).string();
+    const std::filesystem::path found = find_flat_file(record, folder);
+    return found.empty() ? record.flat_file : std::filesystem::absolute(found).string();
+}
+
+}  // namespace
+
+MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_height) {
+    const std::filesystem::path file = find_input(data, read(data, key), key.path);
+    MarkerSet set;
+    const MarkerFileResult result = read_markers(file.string(), set, image_height);
+    if (!result)
+        throw FileError("process/raw_images", __LINE__, "File error!",
+                        result.detail + " (named by " + std::string(key.path) + ")");
+    if (!result.detail.empty()) get_log().write(3, result.detail);
+    return set;
+}
+
+std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
+                               TaskContext& context) {
+    std::vector<image> loaded;
+    const auto wanted = [&](const char* name) {
+        if (present.find(name)) return false;
+        for (const image& picture : loaded)
+            if (picture.name == name) return false;
+        return true;
+    };
+    for (const RawImage& raw : raw_images()) {
+        const std::string file = read(data, raw.file);
+        if (file.empty()) continue;
+        if (wanted(raw.name)) loaded.push_back(load_raw(data, raw, file, context));
+
+        const std::string dark = read(data, raw.dark_file);
+        if (!dark.empty() && wanted(raw.dark_name))
+            loaded.push_back(load_named(data, dark, raw.dark_file.path, raw.dark_name, context));
+
+        if (!wanted(raw.flat_name)) continue;
+        const std::string flat = flat_file_of(data, raw.camera);
+        if (!flat.empty())
+            loaded.push_back(load_named(data, flat, std::string(raw.camera) + "flat_file",
+                                        raw.flat_name, context));
+    }
+    return loaded;
+}
+
+void remove_results(imagesList& images) {
+    bool removed = false;
+    for (const char* name : {names::wind_off_sens_cor, names::wind_on_sens_cor,
+                             names::wind_on_sens_aligned, names::ratio, names::field})
+        removed |= images.remove(name);
+    if (removed) get_log().write(4, "Removing Unneeded Images!");
+}
+
+}  // namespace vyn

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "api/image.h"
+#include "api/image_list.h"
+#include "core/keys.h"
+#include "core/task.h"
+
+namespace vyn {
+
+/// One of the four camera pictures of a test point: its names, and the settings that belong to it.
+struct RawImage {
+    const char* name;
+    const char* dark_name;
+    const char* flat_name;
+    Key<std::string> file;
+    Key<std::string> marker_file;
+    Key<std::string> mask_file;
+    Key<std::string> dark_file;
+    Key<double> dark_level;
+    std::string_view camera;  ///< sub-tree of its camera's record
+};
+
+/// Signal channel first, wind-off first.
+const std::array<RawImage, 4>& raw_images();
+
+/// Reads every image, dark and flat field that the project names and that `present` does not hold,
+/// with masks, markers and saturated pixels applied. Raises FileError naming file and key.
+std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
+                               TaskContext& context);
+
+/// Reads the markers that a setting names for an image of this height (pixels). Raises FileError
+/// naming file and key when the file gives no markers.
+MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_height);
+
+/// Removes the corrected, aligned, ratio and field images, which a new raw image makes wrong;
+/// logged where there were any.
+void remove_results(imagesList& images);
+
+}  // namespace vyn

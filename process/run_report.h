@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "align/marker_alignment.h"
+#include "api/image_list.h"
+#include "calib/paint_law.h"
+#include "core/data_set.h"
+#include "core/task.h"
+
+namespace vyn {
+
+/// What the tasks of one run found out beside their images; they fill it, the report shows it.
+struct RunReport {
+    std::optional<bool> aligned;           ///< nothing until an alignment was tried
+    std::optional<MarkerMatch> alignment;  ///< of the markers, when pairing was reached
+    std::optional<PreparedConversion> conversion;
+    std::vector<std::string> warnings;  ///< for the user: what may make the result wrong
+};
+
+/// Writes a warning to the log (level 3) and into the report.
+void warn(RunReport& report, const std::string& text);
+
+/// The program, the settings and the input files with their digests: what a result came from.
+nlohmann::json provenance(const dataSetInterface& data, const imagesList& images);
+
+/// The whole report of a run: provenance, outcome, stages, alignment, conversion, images, warnings.
+nlohmann::json to_json(const RunReport& report, const dataSetInterface& data,
+                       const imagesList& images, TaskOutcome outcome, const std::string& failure,
+                       const std::vector<StageTime>& stages);
+
+/// "done", "done with errors", ...
+const char* outcome_name(TaskOutcome outcome);
+
+}  // namespace vyn

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include "core/task.h"
+
+namespace vyn {
+
+/// Writes an image of the image list to a file, with its provenance; the extension picks the
+/// format. Fails when there is no image of that name.
+class SaveImageTask final : public Task {
+  public:
+    SaveImageTask(std::string name, std::filesystem::path file)
+        : name_(std::move(name)), file_(std::move(file)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    std::string name_;
+    std::filesystem::path file_;
+};
+
+/// Writes the field image and its markers to the files that the project names for them, in the
+/// output folder. Shows "Field is not calculated!" and fails when there is none.
+class SaveFieldTask final : public Task {
+  public:
+    TaskOutcome run(TaskContext& context) override;
+};
+
+}  // namespace vyn

@@ -1,0 +1,126 @@
+#include "process/synthetic_geometry.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace vyn {
+
+namespace {
+
+/// Powers of x and y in the terms of PolyTransform.
+struct Term {
+    int x;
+    int y;
+};
+constexpr std::array<Term, 10> terms{
+    {{0, 0}, {1, 0}, {0, 1}, {1, 1}, {2, 0}, {0, 2}, {2, 1}, {1, 2}, {3, 0}, {0, 3}}};
+
+/// Displacement in pixels per term, in coordinates centred on the picture and scaled to about +-1.
+struct TermDisplacement {
+    double x;
+    double y;
+};
+constexpr std::array<TermDisplacement, 10> displacements{{{2.3, -1.7},
+                                                          {0.32, 0.21},
+                                                          {-0.24, 0.27},
+                                                          {0.55, -0.6},
+                                                          {1.15, 0.4},
+                                                          {-0.8, 1.3},
+                                                          {0.5, 0.35},
+                                                          {-0.45, 0.55},
+                                                          {0.8, -0.3},
+                                                          {0.4, 0.9}}};
+
+double binomial(int n, int k) {
+    constexpr double table[4][4] = {{1, 0, 0, 0}, {1, 1, 0, 0}, {1, 2, 1, 0}, {1, 3, 3, 1}};
+    return table[n][k];
+}
+
+std::size_t term_index(int x, int y) {
+    std::size_t i = 0;
+    while (terms[i].x != x || terms[i].y != y)
+        ++i;
+    return i;
+}
+
+/// Adds value ((x - cx) / scale)^term.x ((y - cy) / scale)^term.y to coefficients in plain pixels.
+void add_centred_term(std::array<double, 10>& coefficients, Term term, double value, Point centre,
+                      double scale) {
+    const double scaled = value / std::pow(scale, term.x + term.y);
+    for (int i = 0; i <= term.x; ++i)
+        for (int j = 0; j <= term.y; ++j)
+            coefficients[term_index(i, j)] += scaled * binomial(term.x, i) * binomial(term.y, j) *
+                                              std::pow(-centre.x, term.x - i) *
+                                              std::pow(-centre.y, term.y - j);
+}
+
+/// Derivatives of one mapped coordinate.
+struct Gradient {
+    double x;
+    double y;
+};
+
+Gradient gradient(const std::array<double, 10>& a, Point p) {
+    const auto [x, y] = p;
+    return {a[1] + a[3] * y + 2 * a[4] * x + 2 * a[6] * x * y + a[7] * y * y + 3 * a[8] * x * x,
+            a[2] + a[3] * x + 2 * a[5] * y + a[6] * x * x + 2 * a[7] * x * y + 3 * a[9] * y * y};
+}
+
+}  // namespace
+
+Point exact_camera_position(const Distortion& lens, Point ideal) {
+    const double dx = ideal.x - lens.cx;
+    const double dy = ideal.y - lens.cy;
+    const double wanted = std::hypot(dx, dy);
+    if (wanted == 0 || lens.none()) return ideal;
+    double radius = wanted;
+    for (int i = 0; i < 50; ++i) {
+        const double r2 = radius * radius;
+        const double miss = radius - wanted * (1 + (lens.a2 + lens.a4 * r2) * r2);
+        const double slope = 1 - wanted * radius * (2 * lens.a2 + 4 * lens.a4 * r2);
+        const double step = miss / slope;
+        radius -= step;
+        // Newton's steps shrink quadratically: the next one would be lost in the rounding.
+        if (std::abs(step) <= 1e-9 * radius) break;
+    }
+    return {lens.cx + dx * radius / wanted, lens.cy + dy * radius / wanted};
+}
+
+PolyTransform synthetic_motion(int order, int width, int height) {
+    PolyTransform map;
+    map.n = poly_coefficient_count(order);
+    const Point centre{0.5 * (width - 1), 0.5 * (height - 1)};
+    const double scale = 0.5 * std::max(width, height);
+    if (map.n > 1) {
+        map.ax[1] = 1;
+        map.ay[2] = 1;
+    }
+    for (std::size_t i = 0; i < static_cast<std::size_t>(map.n); ++i) {
+        add_centred_term(map.ax, terms[i], displacements[i].x, centre, scale);
+        add_centred_term(map.ay, terms[i], displacements[i].y, centre, scale);
+    }
+    return map;
+}
+
+Point inverse_mapped(const PolyTransform& map, Point target) {
+    Point p = target;
+    for (int i = 0; i < 20; ++i) {
+        const Point mapped = apply_poly(map, p);
+        const double ex = mapped.x - target.x;
+        const double ey = mapped.y - target.y;
+        if (map.n <= 1) return {p.x - ex, p.y - ey};
+        const Gradient gx = gradient(map.ax, p);
+        const Gradient gy = gradient(map.ay, p);
+        const double determinant = gx.x * gy.y - gx.y * gy.x;
+        const double step_x = (gy.y * ex - gx.y * ey) / determinant;
+        const double step_y = (gx.x * ey - gy.x * ex) / determinant;
+        p.x -= step_x;
+        p.y -= step_y;
+        // The curvature is below 1e-3 per pixel, so the next step would be below 1e-13.
+        if (step_x * step_x + step_y * step_y < 1e-10) break;
+    }
+    return p;
+}
+
+}  // namespace vyn

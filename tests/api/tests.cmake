@@ -1,0 +1,12 @@
+vyn_tests(api
+    SOURCES
+        bitmap_test.cpp
+        fused_passes_test.cpp
+        image_io_test.cpp
+        image_test.cpp
+        parallel_test.cpp
+        pictures.cpp
+        pixel_ops_test.cpp
+        resample_test.cpp
+        spline_test.cpp
+    LINK vyn_core vyn_markers vyn_api)

@@ -1,0 +1,139 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "process/synthetic_point.h"
+#include "tests/cli/program.h"
+#include "tests/support/temporary_folder.h"
+
+namespace vyn::test {
+namespace {
+
+using testing::HasSubstr;
+
+/// Runs the program and expects it to succeed without a word on standard error.
+std::string output_of(const std::vector<std::string>& arguments) {
+    const ProgramRun run = run_program(arguments);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    return run.out;
+}
+
+TEST(NewAndGet, KeepSettingsAndDefaults) {
+    const TemporaryFolder folder;
+    const std::string project = folder / "p.xml";
+    output_of({"new", project, "--set", "project/flow/static_p=90000.125", "--set",
+               "project/test/test_id=a = b"});
+    EXPECT_EQ(output_of({"get", project, "project/flow/static_p"}), "90000.125\n");
+    EXPECT_EQ(output_of({"get", project, "project/test/test_id"}), "a = b\n");
+    EXPECT_EQ(output_of({"get", project, "project/test/single"}), "1\n");
+    EXPECT_EQ(output_of({"get", project, "project/processing/align/markers_box"}), "16\n");
+    EXPECT_EQ(output_of({"get", project, "project/head/file"}),
+              std::filesystem::canonical(project).string() + "\n");
+
+    const std::string all = output_of({"get", project});
+    EXPECT_THAT(all, HasSubstr("project/flow/static_p=90000.125\n"));
+    EXPECT_THAT(all, HasSubstr("project/flow/mach=0\n"));
+
+    const std::string before = get_file(project);
+    output_of({"new", project, "--force", "--set", "project/flow/static_p=1"});
+    EXPECT_NE(get_file(project), before);
+}
+
+TEST(NewAndGet, TakeOverRecords) {
+    const TemporaryFolder folder;
+    const std::filesystem::path sample = folder / "sample";
+    output_of({"sample", sample, "--size", "80x64"});
+    const std::string project = folder / "p.xml";
+    const ProgramRun made =
+        run_program({"new", project, "--paint", sample / "paint.clb", "--camera",
+                     sample / "camera.ini", "--set", "project/sens_paint/gamma12=7"});
+    EXPECT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(output_of({"get", project, "project/sens_paint/gamma21"}), "93000\n");
+    EXPECT_EQ(output_of({"get", project, "project/sens_paint/gamma12"}), "7\n");
+    EXPECT_EQ(output_of({"get", project, "project/sens_cam/nfx"}), "80\n");
+    EXPECT_EQ(output_of({"get", project, "project/sens_cam/flat_file"}),
+              (sample / "flat.tif").string() + "\n");
+}
+
+TEST(Markers, ConvertBetweenFormats) {
+    const TemporaryFolder folder;
+    put_file(folder / "a.inm", "12.5 100 0 0 1\n30 50 0 0 0\n");
+    output_of({"markers", folder / "a.inm", folder / "b.mrk", "--height", "480"});
+    output_of({"markers", folder / "b.mrk", folder / "c.mpt"});
+    EXPECT_EQ(get_file(folder / "c.mpt"), "12.5  379  0  0  1\n30  429  0  0  0\n");
+    EXPECT_EQ(run_program({"markers", folder / "b.mrk", folder / "c.mpt"}).status, 1);
+    output_of({"markers", folder / "b.mrk", folder / "c.mpt", "--force"});
+}
+
+/// Sample to field to comparison, as a user would script it.
+TEST(WholePoint, ComesBackThroughTheBatchProgram) {
+    const TemporaryFolder folder;
+    const std::filesystem::path sample = folder / "sample";
+    output_of({"sample", sample, "--order", "2", "--field", "Cp"});
+    const ProgramRun run = run_program({"run", sample / "project.xml", "--quiet", "--save",
+                                        "field_P=" + (folder / "field.tif").string()});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const std::vector<std::string> compare{
+        "compare", folder / "field.tif", sample / "truth.tif", "--edge",
+        "12",      "--markers",          sample / "truth.mrk"};
+    EXPECT_THAT(output_of(compare), HasSubstr("RMS error"));
+    std::vector<std::string> as_json = compare;
+    as_json.emplace_back("--json");
+    const nlohmann::json result = nlohmann::json::parse(output_of(as_json));
+    EXPECT_GT(result.at("count").get<int>(), 50000);
+    EXPECT_LT(result.at("rms_percent").get<double>(), 0.02);
+    EXPECT_GT(result.at("rms_error").get<double>(), 0);
+
+    // Through another format and back, nothing is lost.
+    output_of({"convert", folder / "field.tif", folder / "field.fits"});
+    output_of({"convert", folder / "field.fits", folder / "again.tif"});
+    std::vector<std::string> again = as_json;
+    again[1] = folder / "again.tif";
+    EXPECT_EQ(nlohmann::json::parse(output_of(again)), result);
+}
+
+TEST(Sample, RepeatsItselfBySeed) {
+    const TemporaryFolder folder;
+    const auto sample = [&](const std::string& name, std::vector<std::string> options) {
+        std::vector<std::string> arguments{"sample", folder / name, "--size", "96x80", "--noise"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        output_of(arguments);
+    };
+    sample("a", {"--seed", "5"});
+    sample("b", {"--seed", "5", "--threads", "1"});
+    sample("c", {"--seed", "6"});
+    for (const std::string& name : synthetic_file_names()) {
+        const std::string first = get_file(folder / ("a/" + name));
+        EXPECT_NE(first, "") << name;
+        // Marker files carry the time of writing.
+        if (name.ends_with(".mrk")) continue;
+        EXPECT_EQ(first, get_file(folder / ("b/" + name))) << name;
+    }
+    EXPECT_NE(get_file(folder / "a/wind_off.tif"), get_file(folder / "c/wind_off.tif"));
+
+    const ProgramRun refused = run_program({"sample", folder / "a", "--size", "96x80"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, HasSubstr("--force"));
+    sample("a", {"--force"});
+}
+
+/// A target that cannot be written leaves the old file and no half-written one.
+TEST(Convert, KeepsTheOldFileWhenWritingFails) {
+    const TemporaryFolder folder;
+    output_of({"sample", folder / "s", "--size", "64x64"});
+    std::filesystem::create_directory(folder / "target.png");
+    put_file(folder / "target.png/content", "kept");
+    const ProgramRun run =
+        run_program({"convert", folder / "s/flat.tif", folder / "target.png", "--force"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr("target.png"));
+    EXPECT_EQ(get_file(folder / "target.png/content"), "kept");
+    int files = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        ++files;
+    EXPECT_EQ(files, 2);
+}
+
+}  // namespace
+}  // namespace vyn::test

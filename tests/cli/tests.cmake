@@ -1,0 +1,6 @@
+vyn_tests(cli SOURCES commands_test.cpp program.cpp usage_test.cpp
+    LINK vyn_process nlohmann_json::nlohmann_json)
+target_compile_definitions(test_cli PRIVATE
+    VYN_BATCH_PROGRAM="$<TARGET_FILE:vynlite-batch>")
+add_dependencies(test_cli
+    vynlite-batch vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

@@ -1,0 +1,134 @@
+#include "core/errors.h"
+
+#include <cerrno>
+
+#include <gmock/gmock.h>
+
+#include "core/any.h"
+#include "tests/core/log_capture.h"
+
+namespace vyn {
+namespace {
+
+using test::LogCapture;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(Errors, LeaveTheirLogLinesEvenWhenSwallowed) {
+    const LogCapture log;
+    try {
+        throw FileError("api/image_io", 7, "Can't open file for reading!", "a.tif: too short");
+    } catch (const GenericError& error) {
+        EXPECT_EQ(error.code, 4);
+        EXPECT_STREQ(error.what(), "Can't open file for reading!: a.tif: too short");
+        EXPECT_EQ(error.where(), "Can't open file for reading! at api/image_io:7");
+    }
+    EXPECT_THROW(throw SystemError("vyn_threads", 74, "Error creating mutex", 12), SystemError);
+    EXPECT_THROW(throw DimError("api/x", 1), DimError);
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("2 Can't open file for reading! in:api/image_io:7", "2 a.tif: too short",
+                    "2 Error creating mutex in:vyn_threads:74", "2 System error # 12",
+                    "2 Array and bkgr have different dimensions! in:api/x:1"));
+}
+
+TEST(Errors, SystemMessageIsTheSystemsTextAndShort) {
+    const auto message = [](int number) {
+        return SystemError("unit", 1, "text", number).system_message();
+    };
+    EXPECT_EQ(message(0), "System Error");
+    EXPECT_NE(message(ENOENT), message(EACCES));
+    EXPECT_THAT(message(123456789), HasSubstr("123456789"));
+    for (int number = 1; number < 140; ++number)
+        EXPECT_LE(message(number).size(), 100u);
+}
+
+TEST(Any, ReadingAnotherTypeIsABadCastWithItsLogLine) {
+    const any holder(5);
+    EXPECT_EQ(holder.get<int>(), 5);
+    const LogCapture log;
+    try {
+        static_cast<void>(holder.get<double>());
+        FAIL() << "an int was read as a double";
+    } catch (const BadCast& error) {
+        EXPECT_EQ(error.code, 10);
+        EXPECT_THAT(log.lines(), ElementsAre("2 Bad Any Cast! in:" + std::string(error.file) + ":" +
+                                             std::to_string(error.line)));
+    }
+    EXPECT_THROW(static_cast<void>(any().get<int>()), BadCast);
+}
+
+TEST(Any, CopiesOwnTheirContentAndConstReferencesRefuseAssignment) {
+    any original(std::string("first"));
+    const any copy = original;
+    original.set(2.5);
+    EXPECT_EQ(copy.get<std::string>(), "first");
+    EXPECT_EQ(original.get<double>(), 2.5);
+
+    int referred = 1;
+    any reference = any::const_ref(referred);
+    referred = 2;
+    EXPECT_EQ(reference.get<int>(), 2);
+    try {
+        reference.set(3);
+        FAIL() << "a const reference was assigned to";
+    } catch (const StateError& error) {
+        EXPECT_EQ(error.code, 5);
+        EXPECT_STREQ(error.text, "Attempted to assign value to a const ref");
+    }
+    EXPECT_EQ(referred, 2);
+}
+
+TEST(Log, LevelFiltersOnlyTheSinksThatAskForIt) {
+    LogManager log;
+    std::string filtered;
+    std::string everything;
+    log.attach([&](const LogLine& line) { filtered += line.text; }, LogManager::Filter::by_level);
+    const auto id = log.attach([&](const LogLine& line) { everything += line.text; },
+                               LogManager::Filter::every_level);
+    log.set_level(2);
+    for (const int level : {1, 2, 3, 4})
+        log.write(level, std::to_string(level));
+    log.detach(id);
+    log.write(0, "0");
+    EXPECT_EQ(filtered, "120");
+    EXPECT_EQ(everything, "1234");
+    EXPECT_EQ(log.take_new_lines().size(), 5u);
+    EXPECT_TRUE(log.take_new_lines().empty());
+}
+
+TEST(Log, AnErrorInsideASinkIsKeptAndHarmless) {
+    int received = 0;
+    get_log_mgr().take_new_lines();
+    {
+        const ScopedLogSink sink(
+            [&](const LogLine&) {
+                ++received;
+                throw AlgoError("sink", 1);
+            },
+            LogManager::Filter::every_level);
+        get_log().write(3, "one");
+        get_log().write(3, "two");
+    }
+    EXPECT_EQ(received, 2);
+    std::vector<std::string> texts;
+    for (const LogLine& line : get_log_mgr().take_new_lines())
+        texts.push_back(line.text);
+    EXPECT_THAT(texts, ElementsAre("one", "Algorithm error! in:sink:1", "two",
+                                   "Algorithm error! in:sink:1"));
+}
+
+TEST(Log, KeepsTheNewestLinesAndTellsHowManyAreGone) {
+    LogManager log;
+    for (int i = 0; i < 100'003; ++i)
+        log.write(4, std::to_string(i));
+    const auto lines = log.take_new_lines();
+    ASSERT_EQ(lines.size(), 100'001u);
+    EXPECT_THAT(lines.front().text, HasSubstr("3 older lines"));
+    EXPECT_EQ(lines[1].text, "3");
+    EXPECT_EQ(lines.back().text, "100002");
+    EXPECT_THAT(lines.back().time, testing::MatchesRegex("[0-9]{2}:[0-9]{2}:[0-9]{2}"));
+}
+
+}  // namespace
+}  // namespace vyn

@@ -1,0 +1,12 @@
+vyn_tests(core
+    SOURCES
+        atomic_file_test.cpp
+        data_set_test.cpp
+        errors_test.cpp
+        ini_file_test.cpp
+        keys_test.cpp
+        numbers_test.cpp
+        project_file_test.cpp
+        threads_test.cpp
+        worker_test.cpp
+    LINK vyn_core)

@@ -1,0 +1,20 @@
+vyn_tests(plugins
+    SOURCES
+        fits_test.cpp
+        hostile_files_test.cpp
+        imp_test.cpp
+        plugin_loading_test.cpp
+        png_test.cpp
+        sample_files.cpp
+        tiff_test.cpp
+    LINK vyn_api vyn_core TIFF::TIFF PNG::PNG PkgConfig::CFITSIO)
+
+# A plug-in that was made for another version of the interface.
+add_library(plugin_from_the_future MODULE ${CMAKE_CURRENT_LIST_DIR}/plugin_from_the_future.cpp)
+target_link_libraries(plugin_from_the_future PRIVATE vyn_flags vyn_api)
+set_target_properties(plugin_from_the_future PROPERTIES
+    PREFIX "" SUFFIX ".2dio" LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/test_plugins)
+target_compile_definitions(test_plugins PRIVATE
+    TEST_PLUGINS="${CMAKE_BINARY_DIR}/test_plugins" PLUGINS="${CMAKE_BINARY_DIR}/bin/plugins")
+add_dependencies(test_plugins plugin_from_the_future
+                 vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

@@ -1,0 +1,262 @@
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include "core/errors.h"
+#include "core/version.h"
+#include "tests/plugins/sample_files.h"
+#include "tests/support/temporary_folder.h"
+
+namespace vyn::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+bool not_finite(double value) {
+    return !std::isfinite(value);
+}
+
+/// Samples that fill the range of an integer type, both ends included, or fractions with NaN and
+/// infinity. Odd sizes, so that packed rows and tiles end in the middle.
+Numbers pattern(const TiffSpec& spec) {
+    return {37, 21, [&](int x, int y) {
+                const int i = x * 7 + y * 13;
+                if (spec.format == SAMPLEFORMAT_IEEEFP)
+                    return i % 50 == 0 ? nan : i % 50 == 1 ? -infinity : (i - 200) * 0.25;
+                const double range = std::ldexp(1.0, spec.bits) - 1;
+                const double value = std::floor(range * ((i % 64) / 63.0));
+                return spec.format == SAMPLEFORMAT_INT ? value - (range + 1) / 2 : value;
+            }};
+}
+
+class TiffSamples : public testing::TestWithParam<TiffSpec> {};
+
+TEST_P(TiffSamples, AreReadExactly) {
+    const TiffSpec& spec = GetParam();
+    TemporaryFolder folder;
+    const auto file = folder / "frame.tif";
+    const Numbers stored = pattern(spec);
+    make_tiff(file, {{spec, stored}});
+    const image picture = read_image(file);
+
+    const double range = std::ldexp(1.0, spec.bits) - 1;
+    const double largest = spec.format == SAMPLEFORMAT_IEEEFP ? 0
+                           : spec.format == SAMPLEFORMAT_INT  ? (range - 1) / 2
+                                                              : range;
+    const Numbers seen(stored.width, stored.height, [&](int x, int y) {
+        const double value = stored.at(x, y);
+        return spec.photometric == PHOTOMETRIC_MINISWHITE ? largest - value : value;
+    });
+    expect_picture(picture, seen, not_finite);
+    EXPECT_EQ(picture.name, "frame");
+    EXPECT_EQ(picture.file_name, file.string());
+    EXPECT_EQ(picture.full_scale, largest);
+    ASSERT_EQ(picture.saturated != nullptr, largest > 0);
+    for (int y = 0; largest > 0 && y < seen.height; ++y)
+        for (int x = 0; x < seen.width; ++x)
+            EXPECT_EQ((*picture.saturated)(x, y), seen.at(x, y) == largest);
+}
+
+constexpr int uint = SAMPLEFORMAT_UINT;
+constexpr int sint = SAMPLEFORMAT_INT;
+constexpr int real = SAMPLEFORMAT_IEEEFP;
+constexpr int none = COMPRESSION_NONE;
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, TiffSamples,
+    testing::Values(TiffSpec{"u8", 8, uint}, TiffSpec{"u12", 12, uint}, TiffSpec{"u10", 10, uint},
+                    TiffSpec{"u16", 16, uint}, TiffSpec{"u32", 32, uint}, TiffSpec{"s8", 8, sint},
+                    TiffSpec{"s16", 16, sint}, TiffSpec{"s32", 32, sint},
+                    TiffSpec{"half", 16, real}, TiffSpec{"float", 32, real},
+                    TiffSpec{"double", 64, real}, TiffSpec{"u16_big_endian", 16, uint, "wb"},
+                    TiffSpec{"float_big_endian", 32, real, "wb"},
+                    TiffSpec{"u12_big_endian", 12, uint, "wb"},
+                    TiffSpec{"u12_other_fill_order", 12, uint, "w", none, 0, PHOTOMETRIC_MINISBLACK,
+                             0, FILLORDER_LSB2MSB},
+                    TiffSpec{"u16_bigtiff", 16, uint, "w8"},
+                    TiffSpec{"double_bigtiff_big_endian", 64, real, "wb8"},
+                    TiffSpec{"u16_tiles", 16, uint, "w", none, 16},
+                    TiffSpec{"u12_tiles", 12, uint, "w", none, 16},
+                    TiffSpec{"float_deflate_tiles_big_endian", 32, real, "wb",
+                             COMPRESSION_ADOBE_DEFLATE, 32},
+                    TiffSpec{"u16_lzw_predictor", 16, uint, "w", COMPRESSION_LZW, 0,
+                             PHOTOMETRIC_MINISBLACK, PREDICTOR_HORIZONTAL},
+                    TiffSpec{"float_deflate_predictor", 32, real, "w", COMPRESSION_ADOBE_DEFLATE, 0,
+                             PHOTOMETRIC_MINISBLACK, PREDICTOR_FLOATINGPOINT},
+                    TiffSpec{"u8_packbits", 8, uint, "w", COMPRESSION_PACKBITS},
+                    TiffSpec{"u12_white_is_zero", 12, uint, "w", none, 0, PHOTOMETRIC_MINISWHITE}),
+    label_of());
+
+TEST(TiffBurst, AveragesFramesIn64BitAndSkipsThumbnails) {
+    TemporaryFolder folder;
+    const auto file = folder / "burst.tif";
+    const TiffSpec spec{"", 32, uint};
+    // Sums of such numbers would lose their last bits in 32-bit floating point.
+    const auto frame = [](double add) {
+        return Numbers(5, 4, [add](int x, int y) { return 16777215.0 - x - 10 * y + add; });
+    };
+    make_tiff(file, {{spec, frame(0)},
+                     {spec, Numbers(2, 2, [](int, int) { return 9; }), FILETYPE_REDUCEDIMAGE},
+                     {spec, frame(-1)},
+                     {spec, frame(-5)}});
+    LogLines log;
+    expect_picture(read_image(file), frame(-2), not_finite);
+    EXPECT_THAT(log.text(), HasSubstr("average of 3 frames"));
+}
+
+TEST(TiffBurst, LeavesOutPixelsThatAreNotFinite) {
+    TemporaryFolder folder;
+    const auto file = folder / "burst.tif";
+    const TiffSpec spec{"", 32, real};
+    const auto frame = [](double first, double second, double third) {
+        return Numbers(3, 1, [=](int x, int) { return x == 0 ? first : x == 1 ? second : third; });
+    };
+    make_tiff(file, {{spec, frame(1, nan, 3)}, {spec, frame(3, nan, infinity)}});
+    expect_picture(read_image(file), frame(2, nan, 3), not_finite);
+}
+
+TEST(TiffBurst, MarksPixelsThatWereSaturatedInAnyFrame) {
+    TemporaryFolder folder;
+    const auto file = folder / "burst.tif";
+    const TiffSpec spec{"", 8, uint};
+    make_tiff(file, {{spec, Numbers(2, 1, [](int x, int) { return x == 0 ? 255 : 10; })},
+                     {spec, Numbers(2, 1, [](int, int) { return 20; })}});
+    const image picture = read_image(file);
+    ASSERT_TRUE(picture.saturated);
+    EXPECT_EQ((*picture.saturated)(0, 0), 1);
+    EXPECT_EQ((*picture.saturated)(1, 0), 0);
+}
+
+struct Refused {
+    const char* label;
+    std::function<void(TIFF*)> change;  ///< of a sound header, before the pixels
+    const char* message;
+};
+
+class TiffRefusal : public testing::TestWithParam<Refused> {};
+
+/// One page of 40 x 30 pixels of 8 bits in one strip, with a change.
+TEST_P(TiffRefusal, NamesFileAndReason) {
+    TemporaryFolder folder;
+    const auto file = folder / "bad.tif";
+    TIFF* tiff = TIFFOpen(file.c_str(), "w");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 40);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 30);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    GetParam().change(tiff);
+    std::vector<unsigned char> strip(40 * 30 * 3, 7);
+    TIFFWriteRawStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()));
+    TIFFClose(tiff);
+    EXPECT_THAT(refusal(file), HasSubstr(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, TiffRefusal,
+    testing::Values(
+        Refused{"rgb",
+                [](TIFF* tiff) {
+                    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
+                    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+                },
+                "colour"},
+        Refused{"palette",
+                [](TIFF* tiff) {
+                    std::vector<std::uint16_t> map(256);
+                    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
+                    TIFFSetField(tiff, TIFFTAG_COLORMAP, map.data(), map.data(), map.data());
+                },
+                "colour"},
+        Refused{"signed_white_is_zero",
+                [](TIFF* tiff) {
+                    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT);
+                    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+                },
+                "white"},
+        Refused{"24_bits", [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 24); },
+                "24 bits"},
+        Refused{"complex",
+                [](TIFF* tiff) {
+                    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 64);
+                    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_COMPLEXIEEEFP);
+                },
+                "sample format 6"},
+        Refused{"fax",
+                [](TIFF* tiff) {
+                    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+                    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
+                },
+                "compression 4"},
+        Refused{"only_a_thumbnail",
+                [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE); },
+                "thumbnails"},
+        Refused{"larger_than_the_file",
+                [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 20000); }, "cut off"},
+        Refused{"larger_than_its_strips",
+                [](TIFF* tiff) {
+                    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 240);
+                    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 120);
+                },
+                "not enough bytes"},
+        Refused{"larger_than_its_strip_can_unpack_to",
+                [](TIFF* tiff) {
+                    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 32768);
+                    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 32768);
+                    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+                },
+                "not enough bytes"},
+        Refused{"missing_strips", [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 10); },
+                "missing"},
+        Refused{"too_wide", [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 70000); },
+                "too large"},
+        Refused{"no_lzw_stream",
+                [](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_LZW); },
+                "cannot be decoded"}),
+    label_of());
+
+TEST(TiffBurst, RefusesFramesThatDiffer) {
+    TemporaryFolder folder;
+    const Numbers numbers(4, 3, [](int x, int) { return x; });
+    const Numbers turned(3, 4, [](int x, int) { return x; });
+    make_tiff(folder / "size.tif", {{TiffSpec{}, numbers}, {TiffSpec{}, turned}});
+    make_tiff(folder / "type.tif", {{TiffSpec{}, numbers}, {TiffSpec{"", 8}, numbers}});
+    EXPECT_THAT(refusal(folder / "size.tif"), HasSubstr("another size or pixel type"));
+    EXPECT_THAT(refusal(folder / "type.tif"), HasSubstr("another size or pixel type"));
+}
+
+TEST(TiffWriting, KeepsMaskAsNaNAndDescribesItself) {
+    TemporaryFolder folder;
+    const auto file = folder / "field.TIF";
+    const image picture = example_image();
+    write_image(picture, file, {{}, "{\"input\": \"L\u00fcfter.tif\"}"});
+
+    const image back = read_image(file);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const bool excluded = picture.mask()(x, y) != 0;
+            EXPECT_EQ(back.mask()(x, y), excluded);
+            if (excluded)
+                EXPECT_TRUE(std::isnan(back.values()(x, y)));
+            else
+                EXPECT_EQ(back.values()(x, y), picture.values()(x, y));
+        }
+
+    const std::unique_ptr<TIFF, void (*)(TIFF*)> tiff(TIFFOpen(file.c_str(), "r"), TIFFClose);
+    const char* text = nullptr;
+    ASSERT_TRUE(TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &text));
+    EXPECT_STREQ(text, R"({"input":"L\u00fcfter.tif"})");
+    ASSERT_TRUE(TIFFGetField(tiff.get(), TIFFTAG_SOFTWARE, &text));
+    EXPECT_EQ(text, std::string("VynLite ") + program_version);
+}
+
+}  // namespace
+}  // namespace vyn::test
