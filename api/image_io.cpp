@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <system_error>
 
@@ -106,19 +107,28 @@ auto reading(const fs::path& file, const Read& read) {
     }
 }
 
+/// What the system said when a disk did not take a file; format libraries do not pass it on.
+std::string disk_problem(int os_error) {
+    constexpr std::array problems{ENOSPC, EDQUOT, EFBIG, EIO, EROFS};
+    if (std::ranges::find(problems, os_error) == problems.end()) return {};
+    return std::generic_category().message(os_error) + "; ";
+}
+
 /// Runs a writer on a temporary file; its failures name the target instead of that file.
 template <class Write>
 void writing(const fs::path& file, const Write& write) {
     AtomicFile target(file);
+    errno = 0;
     try {
         write(target.temporary());
     } catch (const std::bad_alloc&) {
         fail(__LINE__, unwritable, file, "not enough memory");
     } catch (const GenericError& error) {
+        const std::string problem = disk_problem(errno);
         std::string reason = error.detail.empty() ? error.text : error.detail;
         const std::string prefix = target.temporary().string() + ": ";
         if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
-        fail(__LINE__, unwritable, file, reason);
+        fail(__LINE__, unwritable, file, problem + reason);
     } catch (const std::exception& error) {
         fail(__LINE__, unwritable, file, error.what());
     }

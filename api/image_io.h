@@ -102,6 +102,11 @@ struct PluginEntry {
     Format* (*create)();  ///< a new format; the registry owns it
 };
 
+template <class Interface, class Format>
+Interface* create_format() {
+    return new Format;
+}
+
 /// Reads an image file by its content, whatever its name; only among formats that are equally sure
 /// of it the extension decides. Sets file_name, and name (the file's stem) where the format carries
 /// none. Raises FileError naming the file: missing, empty, not an image, cut off, colour, too
@@ -126,4 +131,4 @@ void write_field(const field_data<double>& field, const std::filesystem::path& f
     extern "C" __attribute__((visibility("default"))) const vyn::PluginEntry<vyn::ImageFormat> \
         vyn_plugin_2dio;                                                                       \
     const vyn::PluginEntry<vyn::ImageFormat> vyn_plugin_2dio = {                               \
-        vyn::plugin_interface_version, []() -> vyn::ImageFormat* { return new FormatClass; }};
+        vyn::plugin_interface_version, &vyn::create_format<vyn::ImageFormat, FormatClass>};

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <vector>
 
 #include "api/isa.h"
 #include "api/kernels/spline_basis.h"
@@ -56,24 +57,40 @@ SplineFilter filter_of(int degree) {
     return filter;
 }
 
-float mean_of_usable(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask) {
-    double sum = 0;
-    std::int64_t count = 0;
-    for (int y = 0; y < values.height(); ++y)
-        for (int x = 0; x < values.width(); ++x)
-            if (mask(x, y) == 0 && std::isfinite(values(x, y))) {
-                sum += values(x, y);
-                ++count;
-            }
-    return count > 0 ? static_cast<float>(sum / static_cast<double>(count)) : 0;
+/// Mean of the finite valid pixels, 0 without any. Summed by rows, so that the threads do not show.
+float mean_of_usable(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
+                     Progress& progress) {
+    struct Sum {
+        double values = 0;
+        double count = 0;
+    };
+    std::vector<Sum> rows(static_cast<std::size_t>(values.height()));
+    parallel_rows(values.height(), rows_per_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            for (int x = 0; x < values.width(); ++x)
+                if (mask(x, y) == 0 && std::isfinite(values(x, y))) {
+                    Sum& sum = rows[static_cast<std::size_t>(y)];
+                    sum.values += values(x, y);
+                    ++sum.count;
+                }
+    });
+    Sum whole;
+    for (const Sum& sum : rows) {
+        whole.values += sum.values;
+        whole.count += sum.count;
+    }
+    return whole.count > 0 ? static_cast<float>(whole.values / whole.count) : 0;
 }
 
-Bitmap<float> without_non_finite(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask) {
-    const float mean = mean_of_usable(values, mask);
+Bitmap<float> without_non_finite(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
+                                 Progress& progress) {
+    const float mean = mean_of_usable(values, mask, progress);
     Bitmap<float> result(values.width(), values.height());
-    for (int y = 0; y < values.height(); ++y)
-        for (int x = 0; x < values.width(); ++x)
-            result(x, y) = std::isfinite(values(x, y)) ? values(x, y) : mean;
+    parallel_rows(values.height(), rows_per_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            for (int x = 0; x < values.width(); ++x)
+                result(x, y) = std::isfinite(values(x, y)) ? values(x, y) : mean;
+    });
     return result;
 }
 
@@ -119,7 +136,7 @@ SplineCoefficients::SplineCoefficients(const Bitmap<float>& values,
     padded_ = Bitmap<float>(width_ + 2 * margin, height_ + 2 * margin);
     SubProgress rows(progress, 0, 0.5);
     SubProgress columns(progress, 0.5, 1);
-    if (!filter_rows(values, rows)) filter_rows(without_non_finite(values, mask), rows);
+    if (!filter_rows(values, rows)) filter_rows(without_non_finite(values, mask, rows), rows);
     filter_columns(columns);
 }
 

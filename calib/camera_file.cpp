@@ -18,7 +18,7 @@ RecordOutcome read_camera(const std::string& path, cameraFeatures& record) {
     for_each_field(record,
                    [&](const char* key, auto& field) { read_field(ini, section, key, field); });
     record.camera = path;
-    return RecordOutcome::done;
+    return ini.has_section(section) ? RecordOutcome::done : RecordOutcome::no_record;
 }
 
 RecordOutcome write_camera(const std::string& path, const cameraFeatures& record) {

@@ -62,18 +62,22 @@ RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& rec
     ini.open(path, IniFile::Mode::read_only);
     std::string& version = paint_file_version();
     version = ini.get("Version", "Head", "");
+    const char* section = nullptr;
     if (version.empty()) {
-        read_old_format(ini, unversioned_section, record);
+        section = unversioned_section;
+        read_old_format(ini, section, record);
     } else if (version == version_2_5) {
-        read_old_format(ini, section_2_5, record);
+        section = section_2_5;
+        read_old_format(ini, section, record);
     } else if (version == version_2_51) {
+        section = section_2_51;
         read_2_51(ini, record);
     } else {
         std::cerr << "Unknown file version\n" << std::flush;
         get_log().write(4, path + ": Unknown file version " + version);
         return RecordOutcome::unknown_version;
     }
-    return RecordOutcome::done;
+    return ini.has_section(section) ? RecordOutcome::done : RecordOutcome::no_record;
 }
 
 RecordOutcome write_paint_calibration(const std::string& path, const paintFeatures& record) {

@@ -21,6 +21,11 @@ std::string format_record_number(double value);
 
 /// What became of a record file. The operations raise nothing but errors of file access; the rest
 /// is told here, and on the standard error stream where stated.
-enum class RecordOutcome { done, no_path, unknown_version };
+enum class RecordOutcome {
+    done,
+    no_path,
+    unknown_version,
+    no_record,  ///< the file has no section of this record
+};
 
 }  // namespace vyn

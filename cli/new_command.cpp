@@ -24,16 +24,24 @@ struct NewOptions {
     bool force = false;
 };
 
+/// A record that could not be read must not become a record of zeros.
+void check_record(RecordOutcome outcome, const std::string& file, const char* kind) {
+    if (outcome == RecordOutcome::unknown_version)
+        throw FileError("cli/new_command", __LINE__, "Unknown file version", file);
+    if (outcome == RecordOutcome::no_record)
+        throw FileError("cli/new_command", __LINE__, "File error!",
+                        file + ": not a " + kind + " file, it has no section of one");
+}
+
 void take_over_paint(dataSetInterface& data, const std::string& file) {
     paintFeatures paint;
-    if (read_paint_calibration(file, paint) == RecordOutcome::unknown_version)
-        throw FileError("cli/new_command", __LINE__, "Unknown file version", file);
+    check_record(read_paint_calibration(file, paint), file, "paint calibration");
     write(data, std::string(keys::sens_paint), paint);
 }
 
 void take_over_camera(dataSetInterface& data, const std::string& file, const fs::path& folder) {
     cameraFeatures camera;
-    read_camera(file, camera);
+    check_record(read_camera(file, camera), file, "camera");
     camera.camera = fs::absolute(file).string();
     if (!camera.flat_file.empty()) {
         const fs::path flat = find_flat_file(camera, folder);

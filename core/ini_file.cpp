@@ -110,6 +110,14 @@ IniFile::Place IniFile::locate(std::string_view section, std::string_view key) c
     return place;
 }
 
+bool IniFile::has_section(std::string_view section) const {
+    check_open();
+    return std::any_of(lines_.begin(), lines_.end(), [&](const std::string& text) {
+        const Reading line = classify(text);
+        return line.section && same_name(*line.section, section);
+    });
+}
+
 std::optional<std::string> IniFile::find(std::string_view section, std::string_view key) const {
     check_names(section, key);
     check_open();

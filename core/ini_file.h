@@ -32,6 +32,7 @@ class IniFile {
 
     /// The value text of a key (surrounding blanks removed); nothing when absent.
     std::optional<std::string> find(std::string_view section, std::string_view key) const;
+    bool has_section(std::string_view section) const;
     /// The value text, or the default when absent.
     std::string get(std::string_view section, std::string_view key,
                     std::string_view default_text) const;

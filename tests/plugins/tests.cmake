@@ -7,6 +7,7 @@ vyn_tests(plugins
         png_test.cpp
         sample_files.cpp
         tiff_test.cpp
+        writing_test.cpp
     LINK vyn_api vyn_core TIFF::TIFF PNG::PNG PkgConfig::CFITSIO)
 
 # A plug-in that was made for another version of the interface.
