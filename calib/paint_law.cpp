@@ -47,7 +47,7 @@ WindOffRatio wind_off_ratio(const paintFeatures& paint, double wind_off_temperat
 }
 
 PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeatures& paint,
-                                      const flowFeatures& flow) {
+                                      const flowFeatures& flow, WindOffRule rule) {
     const UnitMessagesOnce once;
     PreparedConversion prepared;
     prepared.conversion.quantity = quantity;
@@ -59,7 +59,9 @@ PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeature
     const flowFeatures adjusted =
         in_units(flow, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
     const WindOffRatio ratio =
-        wind_off_ratio(prepared.paint, adjusted.wind_off_t, adjusted.wind_off_p);
+        rule == WindOffRule::unity
+            ? WindOffRatio{}
+            : wind_off_ratio(prepared.paint, adjusted.wind_off_t, adjusted.wind_off_p);
     prepared.message = ratio.message;
 
     FieldConversion& conversion = prepared.conversion;

@@ -22,6 +22,10 @@ struct WindOffRatio {
 WindOffRatio wind_off_ratio(const paintFeatures& paint, double wind_off_temperature,
                             double wind_off_pressure);
 
+/// Where the conversion takes fa from: the law at wind-off conditions, or 1, which is right for a
+/// law whose ratio is that of the images itself.
+enum class WindOffRule { law, unity };
+
 /// Everything that the conversion of one test point needs, from records in any units.
 struct PreparedConversion {
     FieldConversion conversion;
@@ -29,9 +33,10 @@ struct PreparedConversion {
     paintFeatures paint;               ///< in pascal and Celsius
     const char* message = nullptr;     ///< as in WindOffRatio
 };
-/// Converts the paint record to "Pa" and "C", the flow to the paint's units, solves for fa and
-/// fills the conversion (without limits).
+/// Converts the paint record to "Pa" and "C", the flow to the paint's units, finds fa and fills the
+/// conversion (without limits).
 PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeatures& paint,
-                                      const flowFeatures& flow);
+                                      const flowFeatures& flow,
+                                      WindOffRule rule = WindOffRule::law);
 
 }  // namespace vyn

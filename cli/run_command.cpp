@@ -7,12 +7,11 @@
 #include "api/image_io.h"
 #include "cli/commands.h"
 #include "cli/console.h"
-#include "cli/interrupt.h"
+#include "cli/runner.h"
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
-#include "core/worker.h"
 #include "process/chain.h"
 #include "process/project_tasks.h"
 #include "process/save_image_task.h"
@@ -53,62 +52,6 @@ SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
     return request;
 }
 
-/// Runs jobs on the worker and shows how they get on.
-class Runner {
-  public:
-    /// Errors of the job come back as the text of `failure`.
-    TaskOutcome run(std::shared_ptr<Job> job) {
-        worker_.post(job, context_);
-        while (!worker_.wait_done(poll_ms)) {
-            if (InterruptGuard::requested()) context_->abort();
-            show();
-        }
-        show();
-        failure_ = job->failure();
-        return job->outcome();
-    }
-
-    const std::string& failure() const { return failure_; }
-    std::vector<StageTime> stages() { return context_->finish_stages(); }
-
-  private:
-    static constexpr std::uint32_t poll_ms = 50;
-
-    /// A bar on a terminal, else a line for each new status.
-    void show() {
-        const TaskContext::Snapshot now = context_->snapshot();
-        if (console().on_terminal()) {
-            console().bar(now.status, now.fraction);
-        } else if (now.status != shown_) {
-            console().line(now.status);
-        }
-        shown_ = now.status;
-    }
-
-    std::shared_ptr<TaskContext> context_ = std::make_shared<TaskContext>();
-    std::string shown_;
-    std::string failure_;
-    InterruptGuard interrupt_;
-    Worker worker_;  // last: its thread ends before what it uses
-};
-
-std::shared_ptr<Job> job_of(std::unique_ptr<Task> task) {
-    auto job = std::make_shared<Job>();
-    job->append(std::move(task));
-    return job;
-}
-
-ReadProject read_request(const RunOptions& options) {
-    ReadProject request;
-    request.file = options.project;
-    simpleNamedDataSet wanted;
-    apply_settings(wanted, options.settings);
-    wanted.for_each([&](const std::string& path, const any& value) {
-        request.settings.emplace_back(path, value);
-    });
-    return request;
-}
-
 /// Says which raw image is missing, when one is.
 std::string missing_raw_image(const imagesList& images) {
     for (const auto& [name, key] : {std::pair{image_names::wind_off_sens, keys::wind_off_sens_file},
@@ -122,8 +65,8 @@ std::string missing_raw_image(const imagesList& images) {
 /// Loads the project and runs the chain. The outcome is the worst of both.
 TaskOutcome compute(const RunOptions& options, Runner& runner,
                     const std::shared_ptr<RunReport>& report, std::string& failure) {
-    TaskOutcome outcome =
-        runner.run(job_of(std::make_unique<ReadProjectTask>(read_request(options))));
+    TaskOutcome outcome = runner.run(
+        job_of(std::make_unique<ReadProjectTask>(read_request(options.project, options.settings))));
     failure = runner.failure();
     if (outcome != TaskOutcome::done) return outcome;
 

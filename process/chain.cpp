@@ -9,8 +9,8 @@ namespace vyn {
 
 namespace names = image_names;
 
-std::shared_ptr<Job> calculate_all(dataSetInterface& data, const imagesList& images,
-                                   std::shared_ptr<RunReport> report) {
+std::shared_ptr<Job> calculate_ratio(dataSetInterface& data, const imagesList& images,
+                                     const std::shared_ptr<RunReport>& report) {
     auto job = std::make_shared<Job>();
     if (!images.find(names::wind_off_sens) || !images.find(names::wind_on_sens)) return job;
 
@@ -23,7 +23,14 @@ std::shared_ptr<Job> calculate_all(dataSetInterface& data, const imagesList& ima
         std::make_unique<RatioTask>(RatioImages{names::wind_off_sens_cor, names::wind_on_sens_cor,
                                                 names::wind_on_sens_aligned, names::ratio},
                                     report));
-    job->append(std::make_unique<FieldTask>(names::ratio, names::field, report));
+    return job;
+}
+
+std::shared_ptr<Job> calculate_all(dataSetInterface& data, const imagesList& images,
+                                   std::shared_ptr<RunReport> report) {
+    auto job = calculate_ratio(data, images, report);
+    if (!job->empty())
+        job->append(std::make_unique<FieldTask>(names::ratio, names::field, std::move(report)));
     return job;
 }
 

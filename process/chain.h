@@ -10,9 +10,14 @@
 
 namespace vyn {
 
-/// What Calculate All runs for a single-channel test point: correct wind-off, correct wind-on,
-/// align and form the ratio, calculate the field. An empty job while one of the two raw images is
-/// missing; `report` is filled as the tasks run.
+/// The part of Calculate All up to the ratio image: correct wind-off, correct wind-on, align and
+/// form the ratio. An empty job while one of the two raw images is missing; `report` is filled as
+/// the tasks run.
+std::shared_ptr<Job> calculate_ratio(dataSetInterface& data, const imagesList& images,
+                                     const std::shared_ptr<RunReport>& report);
+
+/// What Calculate All runs for a single-channel test point: the ratio, then the field. An empty
+/// job as above.
 std::shared_ptr<Job> calculate_all(dataSetInterface& data, const imagesList& images,
                                    std::shared_ptr<RunReport> report);
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "api/field_conversion.h"
+#include "calib/paint_law.h"
 
 namespace vyn {
 
@@ -27,6 +28,11 @@ inline FieldQuantity field_quantity(std::string_view wanted) {
     for (const auto& [value, name] : field_quantities)
         if (name == wanted) return value;
     return FieldQuantity::ratio;
+}
+
+/// The rule by its name in the setting "project/processing/convert/wind_off_ratio".
+inline WindOffRule wind_off_rule(std::string_view wanted) {
+    return wanted == "unity" ? WindOffRule::unity : WindOffRule::law;
 }
 
 }  // namespace vyn

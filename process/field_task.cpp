@@ -15,9 +15,9 @@ std::string general(double value) {
 }
 
 /// Warns of conditions under which the law's answer cannot be trusted.
-void check_conditions(const PreparedConversion& prepared, RunReport& report) {
+void check_conditions(const PreparedConversion& prepared, WindOffRule rule, RunReport& report) {
     const flowFeatures& flow = prepared.flow_in_paint_units;
-    if (!(flow.wind_off_p > 0))
+    if (rule == WindOffRule::law && !(flow.wind_off_p > 0))
         warn(report, std::string(keys::flow) +
                          "wind_off_p is not positive: the wind-off ratio, and with it the field, "
                          "will be wrong");
@@ -33,12 +33,12 @@ void check_conditions(const PreparedConversion& prepared, RunReport& report) {
                              "; check the unit names");
 }
 
-PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity) {
+PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity, WindOffRule rule) {
     paintFeatures paint;
     flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);
     read(data, std::string(keys::flow), flow);
-    return prepare_conversion(quantity, paint, flow);
+    return prepare_conversion(quantity, paint, flow, rule);
 }
 
 }  // namespace
@@ -53,17 +53,21 @@ TaskOutcome FieldTask::run(TaskContext& context) {
     FieldConversion conversion;
     conversion.quantity = field_quantity(read(data, keys::convert_field));
     if (conversion.quantity != FieldQuantity::ratio) {
-        const PreparedConversion prepared = prepare(data, conversion.quantity);
+        const WindOffRule rule = wind_off_rule(read(data, keys::convert_wind_off_ratio));
+        const PreparedConversion prepared = prepare(data, conversion.quantity, rule);
         conversion = prepared.conversion;
         if (prepared.message) {
             report_->warnings.emplace_back(prepared.message);
             context.message(prepared.message);
         }
         get_log().write(4, "adj_flow.wind_on_t=" + general(prepared.flow_in_paint_units.wind_on_t));
+        if (rule == WindOffRule::unity)
+            get_log().write(4, std::string(keys::convert_wind_off_ratio.path) +
+                                   " is \"unity\": the wind-off ratio is not taken from the law");
         get_log().write(4, "fa=" + general(conversion.wind_off_ratio));
         get_log().write(4, "a=" + general(conversion.law.a) + " b=" + general(conversion.law.b) +
                                " c=" + general(conversion.law.c));
-        check_conditions(prepared, *report_);
+        check_conditions(prepared, rule, *report_);
         report_->conversion = prepared;
     }
     conversion.limit = read(data, keys::convert_threshold) != 0;

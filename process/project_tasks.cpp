@@ -101,6 +101,28 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
+TaskOutcome StorePaintTask::run(TaskContext& context) {
+    const std::string name = file_.string();
+    context.status("Storing the paint calibration:" + name);
+    simpleNamedDataSet data;
+    if (!is_container(file_)) {
+        load_xml(data, name.c_str());
+        write(data, std::string(keys::sens_paint), record_);
+        save_xml(data, name.c_str());
+        return TaskOutcome::done;
+    }
+    read_ims_data(file_, context);
+    from_xml(data, get_ims().project, name);
+    write(data, std::string(keys::sens_paint), record_);
+    imagesList images;
+    for (auto& picture : get_ims().images)
+        images.add(std::move(picture));
+    get_ims().images.clear();
+    ds2ims(data);
+    write_ims_strings(file_, images, context);
+    return TaskOutcome::done;
+}
+
 TaskOutcome WriteProjectTask::run(TaskContext& context) {
     dataSetInterface& data = vyn_db();
     context.status("Writing IMS file:" + file_.string());

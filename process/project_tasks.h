@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "calib/paint.h"
 #include "core/any.h"
 #include "core/task.h"
 
@@ -39,6 +40,18 @@ class WriteProjectTask final : public Task {
 
   private:
     std::filesystem::path file_;
+};
+
+/// Puts a paint record into a project file or container; everything else in it stays as it is.
+class StorePaintTask final : public Task {
+  public:
+    StorePaintTask(std::filesystem::path file, paintFeatures record)
+        : file_(std::move(file)), record_(std::move(record)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    std::filesystem::path file_;
+    paintFeatures record_;
 };
 
 }  // namespace vyn

@@ -83,5 +83,22 @@ TEST(PreparedConversion, OnlyTheRatioNeedsNoLaw) {
     EXPECT_EQ(cp.conversion.wind_off_ratio, 1);
 }
 
+TEST(PreparedConversion, UnityAsksTheLawForNoWindOffRatio) {
+    testing::internal::CaptureStderr();
+    const paintFeatures linear = constant_law(1, 2, 0);
+    const auto unity =
+        prepare_conversion(FieldQuantity::pressure, linear, test_point, WindOffRule::unity);
+    const paintFeatures quadratic = constant_law(-4, 3, 2);
+    const auto law = prepare_conversion(FieldQuantity::pressure, quadratic, test_point);
+    const auto same =
+        prepare_conversion(FieldQuantity::pressure, quadratic, test_point, WindOffRule::unity);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(unity.message, nullptr);
+    EXPECT_EQ(unity.conversion.wind_off_ratio, 1);
+    EXPECT_NE(law.conversion.wind_off_ratio, 1);
+    EXPECT_EQ(same.conversion.wind_off_ratio, 1);
+    EXPECT_EQ(same.conversion.law.c, 2);
+}
+
 }  // namespace
 }  // namespace vyn

@@ -1,4 +1,4 @@
-vyn_tests(cli SOURCES commands_test.cpp program.cpp usage_test.cpp
+vyn_tests(cli SOURCES calibrate_test.cpp commands_test.cpp program.cpp usage_test.cpp
     LINK vyn_process nlohmann_json::nlohmann_json)
 target_compile_definitions(test_cli PRIVATE
     VYN_BATCH_PROGRAM="$<TARGET_FILE:vynlite-batch>")

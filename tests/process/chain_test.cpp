@@ -234,5 +234,20 @@ TEST_F(Chain, ConditionsThatMakeTheFieldWrongAreSaid) {
                 Contains(HasSubstr("project/flow/wind_on_t enters the law as 299")));
 }
 
+TEST_F(Chain, UnityNeedsNoWindOffPressure) {
+    open_point({.width = 80, .height = 70},
+               {{"project/flow/wind_off_p", any(0.0)},
+                {std::string(keys::convert_wind_off_ratio.path), any(std::string("unity"))}});
+    get_log_mgr().take_new_lines();
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    std::vector<std::string> lines;
+    for (const LogLine& line : get_log_mgr().take_new_lines())
+        lines.push_back(line.text);
+    EXPECT_THAT(lines, Contains(HasSubstr("wind_off_ratio is \"unity\"")));
+    EXPECT_THAT(lines, Contains("fa=1"));
+    EXPECT_EQ(report->conversion->conversion.wind_off_ratio, 1);
+    EXPECT_THAT(report->warnings, testing::Not(Contains(HasSubstr("wind_off_p"))));
+}
+
 }  // namespace
 }  // namespace vyn::test

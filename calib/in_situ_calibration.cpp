@@ -1,0 +1,111 @@
+#include "calib/in_situ_calibration.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/numbers.h"
+#include "markers/marker_files.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int error_level = 2;
+constexpr int progress_level = 4;
+constexpr int digits = 9;
+
+/// Logs the line and makes the outcome of it.
+InSituOutcome failed(const char* warning, const std::string& line, const std::string& why = {}) {
+    get_log().write(error_level, line);
+    return {std::nullopt, warning, why.empty() ? line : line + " (" + why + ")"};
+}
+
+/// The result of reading, a file that cannot be opened included.
+MarkerFileResult read_ports(const std::string& file, MarkerSet& ports, int image_height) {
+    try {
+        return read_markers(file, ports, image_height);
+    } catch (const FileError& error) {
+        return {MarkerFileOutcome::malformed, error.detail};
+    }
+}
+
+std::string list_of(const std::vector<std::string>& left_out) {
+    constexpr std::size_t most_told = 5;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(left_out.size(), most_told); ++i)
+        text += (i > 0 ? "; " : "") + left_out[i];
+    if (left_out.size() > most_told)
+        text += "; and " + std::to_string(left_out.size() - most_told) + " more";
+    return text.empty() ? "no port is active" : text;
+}
+
+paintFeatures record_of(const InSituFit& fit, const std::string& pressure_unit) {
+    paintFeatures paint;
+    paint.pressure_unit = pressure_unit;
+    for (std::size_t power = 0; power < fit.coefficients.size(); ++power)
+        paint.gamma[power][0] = fit.coefficients[power];
+    return paint;
+}
+
+void log_result(const InSituFit& fit, const std::vector<CalibrationPoint>& points) {
+    const auto number = [](double value) { return format_general(value, digits); };
+    get_log().write(progress_level, "Calibration calculated! Epsilon=" + number(fit.deviation) +
+                                        " maximum error at marker #" +
+                                        std::to_string(points[fit.worst].number));
+    get_log().write(progress_level, "Calibration: gamma11=" + number(fit.coefficients[0]) +
+                                        " gamma21=" + number(fit.coefficients[1]) +
+                                        " gamma31=" + number(fit.coefficients[2]));
+}
+
+InSituOutcome fit_samples(PortSamples samples, const InSituOptions& options) {
+    const std::vector<CalibrationPoint>& points = samples.points;
+    if (points.empty())
+        return failed("No data points, can't calculate calibration!",
+                      "Calibration:No data points, can't calculate calibration!",
+                      list_of(samples.left_out));
+    const int terms =
+        static_cast<int>(std::min(static_cast<std::size_t>(options.terms), points.size()));
+    get_log().write(progress_level, "Calibration using:" + std::to_string(points.size()) +
+                                        " pressure ports for calibration, approximation order:" +
+                                        std::to_string(terms));
+    std::optional<InSituFit> fit = fit_in_situ(points, terms);
+    if (!fit)
+        return failed("Can't calculate calibration!",
+                      "Calibration: can't find solution Gauss approximation!",
+                      "the ports have fewer different ratios than the law has terms, " +
+                          std::to_string(terms));
+    log_result(*fit, points);
+    paintFeatures paint = record_of(*fit, options.pressure_unit);
+    return {InSituCalibration{std::move(samples), std::move(*fit), std::move(paint)}, {}, {}};
+}
+
+}  // namespace
+
+InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio,
+                                const InSituOptions& options) {
+    const gauss_approximation refuses_other_terms(options.terms);
+    std::error_code ignored;
+    if (!std::filesystem::exists(port_file, ignored))
+        return failed("Error Reading Markers", "Calibration file doesn't exists:" + port_file);
+    MarkerSet ports;
+    const MarkerFileResult read = read_ports(port_file, ports, ratio ? ratio->height() : 0);
+    if (!read && read.outcome != MarkerFileOutcome::no_markers)
+        return failed("Error Reading Markers", "Calibration file can't be read:" + port_file,
+                      read.detail);
+    if (ports.markers.empty())
+        return failed("Markers file empty",
+                      "Calibration file doesn't have any markers:" + port_file);
+    if (!ports.hasF)
+        return failed("Markers file doesn't have pressure information",
+                      "Calibration file doesn't have Pressure information:" + port_file,
+                      read.detail);
+    if (!ratio) return failed("I/Iref image doesn't exists", "Calibration I/Iref doesn't exists");
+
+    get_log().write(progress_level,
+                    "Calibration pressure ports:" + std::to_string(ports.markers.size()));
+    return fit_samples(sample_ports(*ratio, ports, options.side), options);
+}
+
+}  // namespace vyn

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "api/image.h"
+
+namespace vyn {
+
+/// What a pressure port tells of the paint.
+struct CalibrationPoint {
+    double ratio = 0;         ///< mean of the ratio image around the port
+    double pressure = 0;      ///< measured at the port
+    std::int32_t number = 0;  ///< of the port's marker
+};
+
+struct PortSamples {
+    std::vector<CalibrationPoint> points;  ///< in the order of the markers
+    std::vector<std::string> left_out;     ///< for the user: active ports without a point, and why
+};
+
+/// Averages the ratio in a square of `side` pixels around each active port: pixel
+/// (trunc(q + x - side / 2), trunc(r + y - side / 2)) for q and r from 0 to side - 1, where it is
+/// inside the image and valid. A port without such a pixel, or without a finite pressure, gives no
+/// point. Raises AlgoError when the side is negative or larger than any image, or when the image
+/// has no values or no mask.
+PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side);
+
+}  // namespace vyn

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "calib/in_situ_calibration.h"
+#include "calib/paint_law.h"
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// An in-situ calibration with what it means for the field of its project.
+struct CalibrationReport {
+    std::string port_file;
+    InSituOptions options;  ///< as asked for
+    InSituCalibration calibration;
+    WindOffRule rule = WindOffRule::law;  ///< of the project
+    PreparedConversion conversion;        ///< of pressure by the new law, fa found by the law
+    std::vector<std::string> remarks;     ///< for the user, one sentence each
+};
+
+/// Puts the new law to the test conditions of the project, as the field computation would.
+CalibrationReport report_calibration(dataSetInterface& data, std::string port_file,
+                                     const InSituOptions& options, InSituCalibration calibration);
+
+/// As a table for reading.
+std::string to_text(const CalibrationReport& report);
+nlohmann::json to_json(const CalibrationReport& report);
+
+/// The points as comma-separated values with the heads "Number", "I0/I" and "P"; numbers read back
+/// to the same bits.
+std::string results_file(const std::vector<CalibrationPoint>& points);
+
+}  // namespace vyn
