@@ -42,12 +42,13 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 7>& commands();
+const std::array<Command, 8>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
 Work prepare_get(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
+Work prepare_filter(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);
 Work prepare_compare(CLI::App& app, const GlobalOptions& global);
