@@ -40,14 +40,17 @@ PreparedRows::PreparedRows(const image& picture, RowLimits limits, int rows, int
       limits_(limits),
       rows_(rows),
       values_(rows, picture.width(), margin),
-      weights_(rows, picture.width(), margin) {}
+      weights_(rows, picture.width(), margin),
+      chunk_count_((picture.width() + chunk::pixels - 1) / chunk::pixels),
+      chunks_(static_cast<std::size_t>(rows) * static_cast<std::size_t>(chunk_count_)) {}
 
 void PreparedRows::advance(int first, int last) {
     const FilterKernels& kernels = active_filter_kernels();
     for (next_ = std::max(next_, first); next_ <= last; ++next_)
         kernels.prepare({picture_.values().row(next_), picture_.mask().row(next_)},
                         region_row(picture_, next_), limits_, picture_.width(),
-                        values_.row(next_ % rows_), weights_.row(next_ % rows_));
+                        values_.row(next_ % rows_), weights_.row(next_ % rows_),
+                        chunks_.data() + next_ % rows_ * chunk_count_);
 }
 
 }  // namespace vyn

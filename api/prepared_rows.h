@@ -34,6 +34,9 @@ class PreparedRows {
     void advance(int first, int last);
     const float* value(int y) const { return values_.row(y % rows_); }
     const float* weight(int y) const { return weights_.row(y % rows_); }
+    /// What is known of each 64 pixels; see chunk.
+    const std::uint8_t* chunks(int y) const { return chunks_.data() + y % rows_ * chunk_count_; }
+    int chunk_count() const { return chunk_count_; }
 
   private:
     const image& picture_;
@@ -41,6 +44,8 @@ class PreparedRows {
     const int rows_;
     PaddedRows values_;
     PaddedRows weights_;
+    const int chunk_count_;
+    std::vector<std::uint8_t> chunks_;
     int next_ = 0;
 };
 

@@ -14,38 +14,47 @@ enum class Use { no, yes };
 
 template <Use region_plane>
 void prepare_row(ConstPixelRow source, const std::uint8_t* region, RowLimits limits, int n,
-                 float* out_value, float* out_weight) {
-    for (int x = 0; x < n; x += lanes) {
-        vfloat value = load<vfloat>(source.value + x);
-        vint below = value < limits.lower;
-        vint above = value > limits.upper;
-        if constexpr (region_plane == Use::yes) {
-            const vint inside = load_bytes(region + x) != 0;
-            below &= inside;
-            above &= inside;
+                 float* out_value, float* out_weight, std::uint8_t* chunks) {
+    for (int x0 = 0; x0 < n; x0 += chunk::pixels) {
+        vint some{};
+        vint lost{};
+        for (int x = x0; x < x0 + chunk::pixels && x < n; x += lanes) {
+            vfloat value = load<vfloat>(source.value + x);
+            vint below = value < limits.lower;
+            vint above = value > limits.upper;
+            if constexpr (region_plane == Use::yes) {
+                const vint inside = load_bytes(region + x) != 0;
+                below &= inside;
+                above &= inside;
+            }
+            const vint masked = load_bytes(source.mask + x) != 0;
+            const vint excluded = masked | below;
+            some |= ~masked;
+            lost |= excluded;
+            value = above ? vfloat{} + limits.upper : value;
+            store(out_value + x, excluded ? vfloat{} : value);
+            store(out_weight + x, excluded ? vfloat{} : vfloat{} + 1.0F);
         }
-        const vint excluded = (load_bytes(source.mask + x) != 0) | below;
-        value = above ? vfloat{} + limits.upper : value;
-        store(out_value + x, excluded ? vfloat{} : value);
-        store(out_weight + x, excluded ? vfloat{} : vfloat{} + 1.0F);
+        const bool whole = n - x0 >= chunk::pixels;
+        *chunks++ = static_cast<std::uint8_t>((any(some) ? chunk::some_valid : 0) |
+                                              (whole && !any(lost) ? chunk::all_valid : 0));
     }
-    constexpr int multiple = 64;
-    for (int x = n; x % multiple != 0; ++x)
+    for (int x = n; x % chunk::pixels != 0; ++x)
         out_value[x] = out_weight[x] = 0;
 }
 
 void prepare(ConstPixelRow source, const std::uint8_t* region, RowLimits limits, int n,
-             float* value, float* weight) {
+             float* value, float* weight, std::uint8_t* chunks) {
     if (region)
-        prepare_row<Use::yes>(source, region, limits, n, value, weight);
+        prepare_row<Use::yes>(source, region, limits, n, value, weight, chunks);
     else
-        prepare_row<Use::no>(source, region, limits, n, value, weight);
+        prepare_row<Use::no>(source, region, limits, n, value, weight, chunks);
 }
 
 /// Sums of one group for all pixels; `at(i)` is where tap i of pixel 0 lies.
 template <Use earlier_sums, class At>
-inline void sum_group(At at, const float* factors, int taps, int n, float* out) {
-    for (int x = 0; x < n; x += unrolled * lanes) {
+inline void sum_group(At at, const float* factors, int taps, int x0, int x1, float* out) {
+    for (int x = x0; x < x1; x += unrolled * lanes) {
         vfloat sum[unrolled]{};
         for (int i = 0; i < taps; ++i) {
             const float* const from = at(i) + x;
@@ -61,21 +70,23 @@ inline void sum_group(At at, const float* factors, int taps, int n, float* out) 
 }
 
 template <class At>
-inline void sum_taps(At at, const float* factors, int taps, int n, float* out) {
+inline void sum_taps(At at, const float* factors, int taps, int x0, int x1, float* out) {
     const int first = taps < group ? taps : group;
-    sum_group<Use::no>(at, factors, first, n, out);
+    sum_group<Use::no>(at, factors, first, x0, x1, out);
     for (int start = first; start < taps; start += group) {
         const int count = taps - start < group ? taps - start : group;
-        sum_group<Use::yes>([&](int i) { return at(start + i); }, factors + start, count, n, out);
+        sum_group<Use::yes>([&](int i) { return at(start + i); }, factors + start, count, x0, x1,
+                            out);
     }
 }
 
-void sum_rows(const float* const* rows, const float* factors, int taps, int n, float* out) {
-    sum_taps([rows](int i) { return rows[i]; }, factors, taps, n, out);
+void sum_rows(const float* const* rows, const float* factors, int taps, int x0, int x1,
+              float* out) {
+    sum_taps([rows](int i) { return rows[i]; }, factors, taps, x0, x1, out);
 }
 
 void sum_columns(const float* row, const float* factors, int taps, int n, float* out) {
-    sum_taps([row](int i) { return row + i; }, factors, taps, n, out);
+    sum_taps([row](int i) { return row + i; }, factors, taps, 0, n, out);
 }
 
 void mean(const WindowSums& sums, const float* centre_weight, const FilterRow& row, int n) {

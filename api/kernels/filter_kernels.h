@@ -42,15 +42,23 @@ struct RangeWindow {
     float inverse_scale;
 };
 
+/// What is known of each 64 pixels of a prepared row.
+namespace chunk {
+inline constexpr int pixels = 64;
+inline constexpr std::uint8_t some_valid = 1;  ///< in the source, before the limits
+inline constexpr std::uint8_t all_valid = 2;   ///< within the limits, too
+}  // namespace chunk
+
 /// Prepared rows hold value or 0 and weight 1 or 0 as floats, and zeros from n to the next multiple
 /// of 64; all of these are readable and writable. Sums are taken in groups, so that their rounding
 /// error grows slowly with the window.
 struct FilterKernels {
     void (*prepare)(ConstPixelRow source, const std::uint8_t* region, RowLimits limits, int n,
-                    float* value, float* weight);
-    /// out[x] = sum of factors[i] rows[i][x]
-    void (*sum_rows)(const float* const* rows, const float* factors, int taps, int n, float* out);
-    /// out[x] = sum of factors[i] row[x + i]
+                    float* value, float* weight, std::uint8_t* chunks);
+    /// out[x] = sum of factors[i] rows[i][x] for x from x0 to x1, multiples of 64
+    void (*sum_rows)(const float* const* rows, const float* factors, int taps, int x0, int x1,
+                     float* out);
+    /// out[x] = sum of factors[i] row[x + i] for x below n, a multiple of 64
     void (*sum_columns)(const float* row, const float* factors, int taps, int n, float* out);
     /// Means from sums; `centre_weight` is the prepared weight of the pixels themselves.
     void (*mean)(const WindowSums& sums, const float* centre_weight, const FilterRow& row, int n);

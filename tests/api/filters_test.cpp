@@ -201,6 +201,34 @@ std::vector<Case> cases() {
 }
 INSTANTIATE_TEST_SUITE_P(TypesAndWindows, AgainstDefinition, testing::ValuesIn(cases()));
 
+/// Long stretches without excluded pixels and without valid ones, which are treated apart.
+TEST(Filters, HolesFarApart) {
+    constexpr int width = 650;
+    image picture = test::random_image({width, 12}, 8, test::Values::finite);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < width; ++x) {
+            const bool hole = (x == 200 && y == 5) || (x > 330 && x < 470);
+            picture.mask()(x, y) = hole ? std::uint8_t{1} : std::uint8_t{0};
+        }
+    FilterOptions options;
+    for (const auto type : {FilterType::box, FilterType::gauss, FilterType::median})
+        for (const int dx : {3, 5, 129, 131})
+            for (const int fill : {0, 60}) {
+                options.type = type;
+                options.dx = dx;
+                options.dy = std::min(dx, 5);
+                options.fill_percent = fill;
+                for (const double min : {-1e6, -19.5}) {
+                    options.min = min;
+                    const image expected = by_definition(picture, options);
+                    for (const char* isa : test::isa_names) {
+                        const test::UsingIsa using_isa(isa);
+                        expect_alike(filtered_now(picture, options), expected, tolerance_of(type));
+                    }
+                }
+            }
+}
+
 /// NaN and infinities among the valid pixels stay inside the windows that hold them.
 TEST(Filters, NonFiniteValuesDoNotSpread) {
     const image picture = test::random_image({97, 83}, 5, test::Values::special);
