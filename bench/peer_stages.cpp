@@ -1,5 +1,7 @@
 #include "bench/peer_stages.h"
 
+#include <cmath>
+
 #include <opencv2/imgproc.hpp>
 
 namespace vyn::bench {
@@ -63,6 +65,7 @@ PeerStages::PeerStages(Inputs& inputs)
     undistorted_off_ = picture(inputs.undistorted_off);
     undistorted_on_ = picture(inputs.undistorted_on);
     aligned_on_ = picture(inputs.aligned_on);
+    filter_source_ = picture(inputs.filter_source);
     given_maps_ = alignment_maps();
 }
 
@@ -142,6 +145,43 @@ PeerStages::Picture PeerStages::field_of_point() const {
     return field_of(off, on);
 }
 
+/// Blurred values by blurred mask, the values of excluded pixels being 0.
+template <class Blur>
+cv::Mat PeerStages::masked_mean(Blur blur) const {
+    cv::Mat weights;
+    filter_source_.valid.convertTo(weights, CV_32F, 1.0 / 255);
+    cv::Mat values;
+    cv::multiply(filter_source_.values, weights, values);
+    blur(values);
+    blur(weights);
+    cv::divide(values, weights, values);
+    return values;
+}
+
+/// Filters by the name of the stage; OpenCV has no median of floats above 5 x 5.
+cv::Mat PeerStages::filtered(const std::string& stage) const {
+    for (const int size : {3, 5, 9, 15}) {
+        const std::string digits = std::to_string(size);
+        if (stage == "median" + digits && size <= 5) {
+            cv::Mat values;
+            cv::medianBlur(filter_source_.values, values, size);
+            return values;
+        }
+        const cv::Size window(size, size);
+        if (stage == "box" + digits + "_masked")
+            return masked_mean([window](cv::Mat& plane) {
+                cv::boxFilter(plane, plane, -1, window, {-1, -1}, false, cv::BORDER_CONSTANT);
+            });
+        // exp(-u^2) across half a window is a Gaussian of this width
+        const double sigma = size / 2 / std::sqrt(2.0);
+        if (stage == "gauss" + digits + "_masked")
+            return masked_mean([window, sigma](cv::Mat& plane) {
+                cv::GaussianBlur(plane, plane, window, sigma, sigma, cv::BORDER_CONSTANT);
+            });
+    }
+    return {};
+}
+
 cv::Mat PeerStages::run(const std::string& stage) {
     if (stage == "correct_fused") return corrected(off_).values;
     if (stage == "spline_eval") {
@@ -154,7 +194,7 @@ cv::Mat PeerStages::run(const std::string& stage) {
     if (stage == "polywarp") return aligned(undistorted_on_).values;
     if (stage == "field_fused") return field_of(undistorted_off_, aligned_on_).values;
     if (stage == "chain") return field_of_point().values;
-    return {};
+    return filtered(stage);
 }
 
 }  // namespace vyn::bench

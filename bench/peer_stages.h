@@ -36,6 +36,9 @@ class PeerStages {
     Picture aligned(const Picture& source) const;
     Picture field_of(const Picture& off, const Picture& on) const;
     Picture field_of_point() const;
+    template <class Blur>
+    cv::Mat masked_mean(Blur blur) const;
+    cv::Mat filtered(const std::string& stage) const;
 
     const Scene& scene_;
     cv::Mat off_;
@@ -46,6 +49,7 @@ class PeerStages {
     Picture undistorted_off_;
     Picture undistorted_on_;
     Picture aligned_on_;
+    Picture filter_source_;
     Maps given_maps_;
 };
 

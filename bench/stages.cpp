@@ -5,7 +5,9 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "api/filters.h"
 #include "api/parallel.h"
+#include "api/pixel_ops.h"
 #include "api/resample.h"
 
 namespace vyn::bench {
@@ -73,6 +75,24 @@ image field_of_point(const Scene& scene) {
     return field_of(scene, off, on);
 }
 
+/// `off`, the ground excluded: no paint is as dark.
+image masked_off(const Scene& scene) {
+    image picture = scene.off;
+    exclude_below(picture, scene.dark_level);
+    return picture;
+}
+
+/// A filter as the chain runs it by default, on windows of size x size pixels.
+Stage filter_stage(std::string name, FilterType type, int size, const image& picture) {
+    FilterOptions options;
+    options.type = type;
+    options.dx = options.dy = size;
+    return {std::move(name), [options, &picture](Sink& sink) {
+                Progress progress;
+                sink.take(filtered(picture, options, progress));
+            }};
+}
+
 Bitmap<float> evaluated(const Scene& scene, const SplineCoefficients& spline) {
     constexpr int tile = 256;
     const int n = scene.size;
@@ -115,6 +135,7 @@ Inputs::Inputs(int n)
       undistorted_off(undistorted(scene, corrected_off)),
       undistorted_on(undistorted(scene, corrected_on)),
       aligned_on(aligned(scene, undistorted_on)),
+      filter_source(masked_off(scene)),
       coefficients(cubic(corrected_off)),
       triad_a(n, n, 0),
       triad_b(n, n, 1),
@@ -122,7 +143,7 @@ Inputs::Inputs(int n)
 
 std::vector<Stage> our_stages(Inputs& inputs) {
     const Scene& scene = inputs.scene;
-    return {
+    std::vector<Stage> stages{
         {"triad",
          [&](Sink& sink) {
              triad(inputs.triad_b, inputs.triad_c, inputs.triad_a);
@@ -139,6 +160,17 @@ std::vector<Stage> our_stages(Inputs& inputs) {
          }},
         {"chain", [&](Sink& sink) { sink.take(field_of_point(scene)); }},
     };
+    for (const int size : {3, 5, 9, 15}) {
+        const std::string digits = std::to_string(size);
+        const image& source = inputs.filter_source;
+        stages.push_back(filter_stage("median" + digits, FilterType::median, size, source));
+        stages.push_back(filter_stage("box" + digits + "_masked", FilterType::box, size, source));
+        stages.push_back(
+            filter_stage("gauss" + digits + "_masked", FilterType::gauss, size, source));
+        stages.push_back(
+            filter_stage("range" + digits + "_masked", FilterType::range_gauss, size, source));
+    }
+    return stages;
 }
 
 std::uint64_t digest(const Stage& stage) {

@@ -32,6 +32,7 @@ struct Inputs {
     image undistorted_off;
     image undistorted_on;
     image aligned_on;
+    image filter_source;              ///< the wind-off image, its ground excluded
     SplineCoefficients coefficients;  ///< of corrected_off
     Bitmap<float> triad_a;
     Bitmap<float> triad_b;
@@ -47,6 +48,8 @@ struct Inputs {
 /// undistort      prefilter, positions, values, mask and region of one image
 /// polywarp       the same through the alignment's polynomial
 /// field_fused    ratio in one pass, law and limits in a second one: the program keeps both images
+/// medianK, boxK_masked, gaussK_masked, rangeK_masked
+///                filters on windows of K x K pixels, K = 3, 5, 9 and 15
 /// chain          correct and undistort two images, align one, ratio, law, limits
 std::vector<Stage> our_stages(Inputs& inputs);
 

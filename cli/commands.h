@@ -49,6 +49,7 @@ Work prepare_run(CLI::App& app, const GlobalOptions& global);
 Work prepare_get(CLI::App& app, const GlobalOptions& global);
 Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
+Work prepare_filter(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);
 Work prepare_compare(CLI::App& app, const GlobalOptions& global);

@@ -1,7 +1,9 @@
 #include "process/ratio_task.h"
 
 #include "api/field_conversion.h"
+#include "api/filters.h"
 #include "api/resample.h"
+#include "api/thinning.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -27,16 +29,28 @@ MarkerMatchOptions match_options(dataSetInterface& data) {
     return options;
 }
 
-/// Steps that a project can ask for and this version does not have.
-void tell_unavailable(dataSetInterface& data, RunReport& report) {
-    if (read(data, keys::filter_enable))
-        warn(report, "Filtering Wind Off, Filtering Wind On: not available, left out");
-    if (read(data, keys::qped_enable))
-        warn(report, "Alignment by cross-correlation: not available, left out");
-    if (read(data, keys::filter_thinning))
-        warn(report, "Performing Thinning with depth:" +
-                         std::to_string(read(data, keys::filter_thinning_depth)) +
-                         ": not available, left out");
+FilterOptions filter_options(dataSetInterface& data) {
+    FilterOptions options;
+    options.type = filter_type(read(data, keys::filter_type));
+    options.dx = read(data, keys::filter_dx);
+    options.dy = read(data, keys::filter_dy);
+    options.min = read(data, keys::filter_min);
+    options.max = read(data, keys::filter_max);
+    options.fill_percent = read(data, keys::filter_fill);
+    options.range_percent = read(data, keys::filter_range);
+    options.iterations = read(data, keys::filter_iter);
+    return options;
+}
+
+void filter_both(std::shared_ptr<const image>& wind_off, std::shared_ptr<const image>& wind_on,
+                 const FilterOptions& options, TaskContext& context) {
+    const auto apply = [&](std::shared_ptr<const image>& picture) {
+        picture = std::make_shared<const image>(filtered(*picture, options, context));
+    };
+    context.status("Filtering Wind Off");
+    apply(wind_off);
+    context.status("Filtering Wind On");
+    apply(wind_on);
 }
 
 void require_same_size(const image& off, const image& on) {
@@ -53,14 +67,17 @@ void require_same_size(const image& off, const image& on) {
 TaskOutcome RatioTask::run(TaskContext& context) {
     imagesList& images = get_images();
     dataSetInterface& data = vyn_db();
-    const auto wind_off = images.find(names_.wind_off);
+    auto wind_off = images.find(names_.wind_off);
     auto wind_on = images.find(names_.wind_on);
     if (!wind_off || !wind_on) {
         get_log().write(2, "Image not loaded");
         return TaskOutcome::failed;
     }
     require_same_size(*wind_off, *wind_on);
-    tell_unavailable(data, *report_);
+    if (read(data, keys::qped_enable))
+        warn(*report_, "Alignment by cross-correlation: not available, left out");
+    if (read(data, keys::filter_enable))
+        filter_both(wind_off, wind_on, filter_options(data), context);
 
     std::shared_ptr<const image> aligned;
     if (read(data, keys::markers_enable)) {
@@ -78,6 +95,11 @@ TaskOutcome RatioTask::run(TaskContext& context) {
 
     context.status("Calculating I/Iref single");
     image ratio = form_ratio(*wind_off, aligned ? *aligned : *wind_on, ratio_limits(data), context);
+    if (read(data, keys::filter_thinning)) {
+        const int depth = read(data, keys::filter_thinning_depth);
+        context.status("Performing Thinning with depth:" + std::to_string(depth));
+        thin(ratio, depth, context);
+    }
     ratio.name = names_.ratio;
     images.remove(names_.aligned);
     if (aligned) images.add(std::move(aligned));

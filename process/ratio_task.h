@@ -17,8 +17,9 @@ struct RatioImages {
     std::string ratio;
 };
 
-/// Aligns the corrected wind-on image to the wind-off image and forms their ratio. An alignment
-/// that fails is reported and the ratio formed of the unaligned image (outcome done_with_errors).
+/// Filters copies of the corrected images where that is asked for, aligns the wind-on to the
+/// wind-off image, forms their ratio and thins it. An alignment that fails is reported and the
+/// ratio formed of the unaligned image (outcome done_with_errors).
 class RatioTask final : public Task {
   public:
     RatioTask(RatioImages names, std::shared_ptr<RunReport> report)

@@ -1,6 +1,7 @@
 vyn_tests(api
     SOURCES
         bitmap_test.cpp
+        filters_test.cpp
         fused_passes_test.cpp
         image_io_test.cpp
         image_test.cpp
@@ -9,4 +10,5 @@ vyn_tests(api
         pixel_ops_test.cpp
         resample_test.cpp
         spline_test.cpp
+        thinning_test.cpp
     LINK vyn_core vyn_markers vyn_api)

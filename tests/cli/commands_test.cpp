@@ -66,6 +66,29 @@ TEST(Markers, ConvertBetweenFormats) {
     output_of({"markers", folder / "b.mrk", folder / "c.mpt", "--force"});
 }
 
+TEST(Filter, SmoothsFillsAndRefusesNonsense) {
+    const TemporaryFolder folder;
+    output_of({"sample", folder / "s", "--size", "80x64"});
+    const std::string source = folder / "s/truth.tif";
+    const auto valid = [&](const std::string& file) {
+        const std::string json = output_of({"compare", file, source, "--json"});
+        return nlohmann::json::parse(json);
+    };
+    output_of({"filter", source, folder / "same.tif", "--dx", "1"});
+    EXPECT_EQ(valid(folder / "same.tif").at("rms_error").get<double>(), 0);
+    output_of({"filter", source, folder / "smooth.tif", "--type", "4", "--dx", "9", "--dy", "5"});
+    EXPECT_GT(valid(folder / "smooth.tif").at("rms_error").get<double>(), 0);
+    // holes are filled and nothing else changes
+    output_of({"filter", source, folder / "full.tif", "--fill", "90", "--holes-only",
+               "--iterations", "3"});
+    EXPECT_EQ(valid(folder / "full.tif").at("rms_error").get<double>(), 0);
+    EXPECT_NE(get_file(folder / "full.tif"), get_file(folder / "same.tif"));
+
+    EXPECT_EQ(run_program({"filter", source, folder / "smooth.tif"}).status, 1);
+    EXPECT_EQ(run_program({"filter", source, folder / "x.tif", "--type", "5"}).status, 2);
+    EXPECT_EQ(run_program({"filter", source, folder / "x.tif", "--fill", "-1"}).status, 2);
+}
+
 /// Sample to field to comparison, as a user would script it.
 TEST(WholePoint, ComesBackThroughTheBatchProgram) {
     const TemporaryFolder folder;

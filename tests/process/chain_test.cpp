@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "api/field_conversion.h"
+#include "api/filters.h"
 #include "api/parallel.h"
+#include "api/thinning.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -166,6 +169,52 @@ TEST_F(Chain, AlignmentOrderOutOfRangeIsTheIdentity) {
             // what prefilter and evaluation in 32-bit leave of 40000 counts
             ASSERT_NEAR(aligned->values()(x, y), source->values()(x, y), 0.05);
         }
+}
+
+TEST_F(Chain, FiltersAndThinsWhereAskedTo) {
+    const std::string align = "project/processing/align/";
+    const int depth = 3;
+    open_point({.width = 200, .height = 150, .noise = SyntheticOptions::Noise::camera},
+               {{align + "markers_enable", any(0)},
+                {align + "filter_threshold", any(1)},
+                {align + "threshold_min", any(0.5)}});
+    const auto statuses = [] {
+        std::vector<std::string> texts;
+        for (const LogLine& line : get_log_mgr().take_new_lines())
+            if (line.level == 4) texts.push_back(line.text);
+        return texts;
+    };
+    statuses();
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_THAT(statuses(), testing::Not(Contains(HasSubstr("Filtering"))));
+    const auto plain = get_images().find(image_names::ratio);
+    const auto corrected_off = get_images().find(image_names::wind_off_sens_cor);
+    const auto corrected_on = get_images().find(image_names::wind_on_sens_cor);
+
+    write(vyn_db(), keys::filter_enable, 1);
+    write(vyn_db(), keys::filter_type, 4);
+    write(vyn_db(), keys::filter_dx, 5);
+    write(vyn_db(), keys::filter_thinning, 1);
+    write(vyn_db(), keys::filter_thinning_depth, depth);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_TRUE(report->warnings.empty());
+    EXPECT_THAT(statuses(), testing::IsSupersetOf({"Filtering Wind Off", "Filtering Wind On",
+                                                   "Calculating I/Iref single",
+                                                   "Performing Thinning with depth:3"}));
+    // the corrected images stay as they are
+    EXPECT_TRUE(same_bits(*corrected_off, *get_images().find(image_names::wind_off_sens_cor)));
+
+    const FilterOptions filter{.type = FilterType::median, .dx = 5, .dy = 3};
+    image expected = form_ratio(filtered(*corrected_off, filter, context),
+                                filtered(*corrected_on, filter, context),
+                                {.clamp = true, .lower = 0.5F, .upper = 1e6F}, context);
+    thin(expected, depth, context);
+    const auto ratio = get_images().find(image_names::ratio);
+    EXPECT_TRUE(same_bits(*ratio, expected));
+    EXPECT_FALSE(same_bits(*ratio, *plain));
+
+    write(vyn_db(), keys::filter_type, 9);
+    EXPECT_THROW(calculate(), AlgoError);
 }
 
 TEST_F(Chain, MissingRawImageGivesAnEmptyJob) {

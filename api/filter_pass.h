@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "api/image.h"
+#include "api/prepared_rows.h"
+#include "core/progress.h"
+
+namespace vyn {
+
+/// One direction of a window: its nominal half size, and how far it reaches in an image.
+struct WindowSide {
+    WindowSide(int request, int image_side)
+        : half(request / 2), reach(half < image_side ? half : image_side - 1) {}
+    int half;
+    int reach;
+};
+
+/// One pass of a filter over an image with at least one pixel, whose planes were checked.
+struct FilterPass {
+    const image& picture;
+    RowLimits limits;
+    WindowSide columns;
+    WindowSide rows;
+    FilterRule rule;
+    Progress& progress;
+
+    /// Rows of the window around row y that the image has.
+    int first_row(int y) const { return y > rows.reach ? y - rows.reach : 0; }
+    int last_row(int y) const {
+        return rows.reach < picture.height() - y ? y + rows.reach : picture.height() - 1;
+    }
+    FilterRow row(int y, image& out) const;
+    /// The image with the limits applied.
+    image limited() const;
+};
+
+/// Blocks of rows that are filtered together; every block prepares the rows around it anew.
+inline constexpr int filter_block = 64;
+
+/// Passes into `out`, which has the picture's size: means with factors exp(-u^2) along both sides
+/// or without, by value range (scale s of the exponent), medians.
+enum class MeanWeights { equal, gauss };
+void mean_pass(const FilterPass& pass, MeanWeights weights, image& out);
+void range_mean_pass(const FilterPass& pass, double range_fraction, image& out);
+void median_pass(const FilterPass& pass, image& out);
+
+}  // namespace vyn
