@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <optional>
 #include <tuple>
 
@@ -27,8 +28,10 @@ constexpr double size_tolerance = 0.25;
 constexpr double min_contrast = 0.08;
 /// Residuals of the fit over the dot's depth.
 constexpr double max_shape_error = 0.25;
-/// How dark the ring about a dot may be anywhere, as a share of the dot's depth.
+/// How far the ring about a dot may be from the background, as a share of the dot's depth.
 constexpr double max_ring_depth = 0.4;
+/// The same before radius and depth are known well.
+constexpr double first_ring_depth = 0.65;
 /// The ring's distance from the dot: this share of its radius, but not less than so many pixels.
 constexpr double ring_gap_share = 0.5;
 constexpr double min_ring_gap = 1.5;
@@ -53,29 +56,62 @@ std::optional<double> value_at(const image& picture, Point p) {
     return value;
 }
 
-/// True when the paint goes on all around the dot: no edge, streak or mask reaches it.
-bool stands_alone(const image& picture, const DotFit& fit, DotPolarity polarity) {
-    const double sign = polarity == DotPolarity::dark ? 1 : -1;
-    const double distance = fit.radius + std::max(min_ring_gap, ring_gap_share * fit.radius);
-    std::array<double, ring_points> depth{};
+using Ring = std::array<double, ring_points>;
+
+Point on_ring(Point centre, double distance, std::size_t k) {
+    const double angle = 2 * std::numbers::pi * static_cast<double>(k) / ring_points;
+    return {centre.x + distance * std::cos(angle), centre.y + distance * std::sin(angle)};
+}
+
+/// Means of three neighbouring values on the circle; nothing when it leaves the valid pixels.
+std::optional<Ring> ring_values(const image& picture, Point centre, double distance) {
+    Ring values{};
     for (std::size_t k = 0; k < ring_points; ++k) {
-        const double angle = 2 * std::numbers::pi * static_cast<double>(k) / ring_points;
-        const Point p{fit.centre.x + distance * std::cos(angle),
-                      fit.centre.y + distance * std::sin(angle)};
-        const std::optional<double> value = value_at(picture, p);
-        if (!value) return false;
-        depth[k] = sign * (fit.background_at(p) - *value) / fit.depth;
+        const std::optional<double> value = value_at(picture, on_ring(centre, distance, k));
+        if (!value) return std::nullopt;
+        values[k] = *value;
     }
+    Ring means{};
+    for (std::size_t k = 0; k < ring_points; ++k)
+        means[k] = (values[(k + ring_points - 1) % ring_points] + values[k] +
+                    values[(k + 1) % ring_points]) /
+                   3;
+    return means;
+}
+
+/// What a look at the ring alone says, before the costly fit.
+bool may_be_dot(const image& picture, const Blob& blob, DotPolarity polarity) {
+    const Point centre{static_cast<double>(blob.x), static_cast<double>(blob.y)};
+    const std::optional<Ring> inner = ring_values(picture, centre, 0.4 * blob.radius);
+    const std::optional<Ring> outer = ring_values(picture, centre, 1.7 * blob.radius + 1);
+    if (!inner || !outer) return false;
+    Ring sorted = *outer;
+    std::nth_element(sorted.begin(), sorted.begin() + ring_points / 2, sorted.end());
+    const double background = sorted[ring_points / 2];
+    const double middle =
+        std::accumulate(inner->begin(), inner->end(), 0.0) / static_cast<double>(ring_points);
+    const double rise = polarity == DotPolarity::dark ? background - middle : middle - background;
+    if (!(rise > 0.5 * min_contrast * background)) return false;
+    return std::all_of(outer->begin(), outer->end(), [&](double value) {
+        return std::abs(value - background) < first_ring_depth * rise;
+    });
+}
+
+/// True when the paint goes on all around the dot: no edge, streak or mask reaches it.
+bool stands_alone(const image& picture, const DotFit& fit) {
+    const double distance = fit.radius + std::max(min_ring_gap, ring_gap_share * fit.radius);
+    const std::optional<Ring> ring = ring_values(picture, fit.centre, distance);
+    if (!ring) return false;
     for (std::size_t k = 0; k < ring_points; ++k) {
-        const double smoothed =
-            (depth[k] + depth[(k + 1) % ring_points] + depth[(k + 2) % ring_points]) / 3;
-        if (!(std::abs(smoothed) < max_ring_depth)) return false;
+        const double background = fit.background_at(on_ring(fit.centre, distance, k));
+        if (!(std::abs((*ring)[k] - background) < max_ring_depth * fit.depth)) return false;
     }
     return true;
 }
 
 std::optional<DetectedDot> examine(const image& picture, const Blob& blob,
                                    const DetectionOptions& options) {
+    if (!may_be_dot(picture, blob, options.polarity)) return std::nullopt;
     const double window = 2.2 * blob.radius + 1.5;
     const Point start{static_cast<double>(blob.x), static_cast<double>(blob.y)};
     const std::optional<DotFit> fit = fit_dot(picture, start, window, options.polarity);
@@ -87,7 +123,7 @@ std::optional<DetectedDot> examine(const image& picture, const Blob& blob,
         size > options.max_size * (1 + size_tolerance) || dot.contrast < min_contrast ||
         shape_error > max_shape_error ||
         std::hypot(fit->centre.x - start.x, fit->centre.y - start.y) > blob.radius + 1 ||
-        !stands_alone(picture, *fit, options.polarity))
+        !stands_alone(picture, *fit))
         return std::nullopt;
     dot.score = blob.significance / (1 + 3 * shape_error);
     return dot;

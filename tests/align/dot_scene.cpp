@@ -60,7 +60,7 @@ DotPicture make_dot_picture(const DotScene& scene) {
     std::vector<Dot> dots;
     for (int tries = 0; static_cast<int>(dots.size()) < scene.dots && tries < 20000; ++tries) {
         const double contrast = uniform(scene.min_contrast, scene.max_contrast);
-        const Dot dot{{uniform(0, scene.width), uniform(0, scene.height)},
+        const Dot dot{{uniform(20, scene.width - 20), uniform(20, scene.height - 20)},
                       uniform(scene.min_radius, scene.max_radius),
                       scene.polarity == DotPolarity::dark ? -contrast : contrast};
         const bool free = std::none_of(dots.begin(), dots.end(), [&](const Dot& other) {
