@@ -9,6 +9,8 @@
 #include "cli/markers_command.h"
 #include "cli/settings.h"
 #include "core/errors.h"
+#include "core/keys.h"
+#include "core/project_file.h"
 
 namespace vyn::cli {
 
@@ -40,18 +42,28 @@ struct RefineOptions {
     std::string image;
     std::string source;
     std::string target;
-    std::string method = "surface";
+    std::string project;
+    std::string method;
     bool bright = false;
     int size = 9;
     bool force = false;
 };
 
+/// As the user says it, else as the project says it, else the default of the setting.
+MarkerRefinement refinement_of(const RefineOptions& options) {
+    if (!options.method.empty())
+        return options.method == "dot" ? MarkerRefinement::dot : MarkerRefinement::surface;
+    simpleNamedDataSet settings;
+    if (!options.project.empty()) load_xml(settings, options.project.c_str());
+    return read(settings, keys::markers_refine) == 1 ? MarkerRefinement::dot
+                                                     : MarkerRefinement::surface;
+}
+
 ExitStatus refine(const RefineOptions& options) {
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     const image picture = read_image(options.image);
     MarkerSet set = read_marker_file(options.source, picture.height());
-    const MarkerRefinement method =
-        options.method == "dot" ? MarkerRefinement::dot : MarkerRefinement::surface;
+    const MarkerRefinement method = refinement_of(options);
     const DotPolarity polarity = options.bright ? DotPolarity::bright : DotPolarity::dark;
     std::size_t active = 0;
     std::string kept;
@@ -98,8 +110,9 @@ void add_markers_refine(CLI::App& markers, Work& work) {
     app->add_option("--method", options->method,
                     "surface: extremum of a quadratic surface; dot: fit of a round dot, for a box "
                     "about twice as wide as the dots")
-        ->check(CLI::IsMember({"surface", "dot"}))
-        ->capture_default_str();
+        ->check(CLI::IsMember({"surface", "dot"}));
+    app->add_option("--project", options->project,
+                    "project file whose setting markers_refine is the method");
     app->add_flag("--bright", options->bright, "the dots are brighter than the paint");
     app->add_flag("--force", options->force, "replace an existing file");
     app->callback([options, &work] { work = [options] { return refine(*options); }; });

@@ -24,6 +24,7 @@ MarkerMatchOptions match_options(dataSetInterface& data) {
     options.box = read(data, keys::markers_box);
     options.fix_first = read(data, keys::markers_fix);
     options.link = read(data, keys::markers_link);
+    options.by_geometry = read(data, keys::markers_geometry) != 0;
     return options;
 }
 
@@ -102,6 +103,8 @@ std::shared_ptr<const image> RatioTask::align_by_markers(const image& wind_off,
     for (const std::string& note : match.notes)
         warn(*report_, note);
     for (const std::string& line : report_lines(match, wind_off.name, wind_on->name))
+        get_log().write(4, line);
+    for (const std::string& line : order_lines(match.orders))
         get_log().write(4, line);
     report_->alignment = match;
     if (!match.ok) {
