@@ -1,3 +1,10 @@
 vyn_tests(align
-    SOURCES poly_transform_test.cpp pairing_test.cpp marker_alignment_test.cpp
+    SOURCES
+        dot_scene.cpp
+        marker_alignment_test.cpp
+        marker_centroid_test.cpp
+        marker_detection_test.cpp
+        marker_matching_test.cpp
+        pairing_test.cpp
+        poly_transform_test.cpp
     LINK vyn_align)
