@@ -11,8 +11,8 @@
 
 namespace vyn {
 
-/// Memory of planes: 64-byte aligned, contents unspecified. Freed blocks are kept for the next
-/// plane of the same size, because the first touch of fresh memory costs more than a whole
+/// Memory of planes: 64-byte aligned, contents unspecified. A few freed blocks are kept for the
+/// next planes of the same size, because the first touch of fresh memory costs more than a whole
 /// per-pixel pass. Thread-safe.
 namespace plane_memory {
 void* allocate(std::size_t bytes);

@@ -18,7 +18,8 @@ struct Distortion {
 };
 
 /// Where the camera saw an ideal point: fixed-point iteration of d = 1 + a2 (d r)^2 + a4 (d r)^4
-/// until a step is at most 1e-6 or 100 steps; the point itself at the centre.
+/// until a step is at most 1e-6 or 100 steps, and d as the last step left it; the point itself at
+/// the centre. Not finite where the iteration diverges.
 Point distorted_position(const Distortion& lens, Point ideal);
 /// The ideal point of a camera position, in closed form. Where |1 + a2 r^2 + a4 r^4| < 1e-10 the
 /// answer is the offset from the centre, without the centre added back.

@@ -31,19 +31,23 @@ struct FieldConversion {
     float upper = 0;         ///< pixels above become this value
 };
 
-/// The ratio of wind-off to wind-on, in one pass: the wind-off image divided by the wind-on image,
-/// then, with `clamp`, limited to lower..upper (nothing is excluded by these limits).
 struct RatioLimits {
     bool clamp = false;
     float lower = 0;
     float upper = 0;
 };
+
+/// The ratio of wind-off to wind-on, in one pass: the wind-off image divided by the wind-on image,
+/// then, with `clamp`, limited to lower..upper (nothing is excluded by these limits). Bit for bit
+/// the operations of api/pixel_ops.h, the region plane of the wind-off image included. Raises
+/// IndexError when sizes differ.
 image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits& limits,
                  Progress& progress);
 
-/// The field of a ratio image, in one pass. Results that are not finite exclude the pixel. The bits
-/// are those of the law evaluated in 64-bit per pixel, rounded to 32-bit, and of exclude_below and
-/// clamp_above after it.
+/// The field of a ratio image, in one pass. A result that is not finite excludes the pixel, which
+/// keeps its ratio. The bits are those of the law evaluated in 64-bit for every valid pixel,
+/// rounded to 32-bit, and of exclude_below and clamp_above after it, which work inside the region
+/// only.
 image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress);
 
 }  // namespace vyn

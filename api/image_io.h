@@ -102,6 +102,7 @@ struct PluginEntry {
     Format* (*create)();  ///< a new format; the registry owns it
 };
 
+/// The `create` of a format that needs no arguments.
 template <class Interface, class Format>
 Interface* create_format() {
     return new Format;

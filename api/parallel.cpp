@@ -3,6 +3,7 @@
 // parallel_rows.cpp keeps the order of memory on its own.
 #include "api/parallel.h"
 
+#include <algorithm>
 #include <thread>
 
 #include <tbb/global_control.h>

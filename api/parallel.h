@@ -8,8 +8,9 @@ namespace vyn {
 
 /// Calls `body(y0, y1)` for blocks of rows that cover 0..rows once, from several threads. The
 /// blocks depend on `rows` and `block` only, never on the number of threads. Polls abort before
-/// each block and raises Aborted; reports the share of finished blocks. The first exception of a
-/// body is rethrown here. Small work (one block) runs on the calling thread.
+/// each block and raises Aborted; reports the share of finished blocks, one report at a
+/// time. The first exception of a body is rethrown here. Small work (one block) runs on the calling
+/// thread.
 template <class Body>
 void parallel_rows(int rows, int block, Progress& progress, const Body& body);
 

@@ -1,8 +1,5 @@
-#include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <map>
 #include <memory>
 
 #include <benchmark/benchmark.h>
@@ -17,31 +14,39 @@
 namespace vyn::bench {
 namespace {
 
-/// One registered benchmark per stage, size and thread count; inputs are made when first needed and
-/// kept for one size at a time.
+/// The inputs of one size at a time, made and their stages' bits checked when first needed.
+class CurrentInputs {
+  public:
+    Inputs& of(int n) {
+        if (!inputs_ || inputs_->scene.size != n) {
+            inputs_ = std::make_unique<Inputs>(n);
+            for (const Stage& stage : our_stages(*inputs_))
+                check_same_bits(stage);
+        }
+        return *inputs_;
+    }
+
+  private:
+    std::unique_ptr<Inputs> inputs_;
+};
+
+/// One registered benchmark per size, stage and thread count.
 void run_google_benchmark(int argc, char** argv) {
-    static std::unique_ptr<Inputs> inputs;
-    const auto inputs_of = [](int n) -> Inputs& {
-        if (!inputs || inputs->scene.size != n) inputs = std::make_unique<Inputs>(n);
-        return *inputs;
-    };
-    constexpr int smallest = 16;
-    Inputs names_only(smallest);
+    CurrentInputs current;
+    Inputs for_names(16);
+    const std::vector<Stage> stages = our_stages(for_names);
     for (const int n : sizes())
-        for (const Stage& stage : our_stages(names_only))
+        for (std::size_t i = 0; i < stages.size(); ++i)
             for (const int threads : thread_counts()) {
-                const std::string name =
-                    stage.name + "/" + std::to_string(n) + "/threads:" + std::to_string(threads);
+                const std::string name = stages[i].name + "/" + std::to_string(n) +
+                                         "/threads:" + std::to_string(threads);
                 benchmark::RegisterBenchmark(
                     name.c_str(),
-                    [inputs_of, n, threads, wanted = stage.name](benchmark::State& state) {
+                    [&current, i, n, threads](benchmark::State& state) {
+                        const Stage stage = our_stages(current.of(n))[i];
                         const ThreadLimit limit(threads);
-                        for (const Stage& own : our_stages(inputs_of(n)))
-                            if (own.name == wanted) {
-                                check_same_bits(own);
-                                for (auto _ : state)
-                                    time_once(own);
-                            }
+                        for (auto _ : state)
+                            time_once(stage);
                         state.SetItemsProcessed(state.iterations() * n * n);
                     })
                     ->UseRealTime()
@@ -50,7 +55,6 @@ void run_google_benchmark(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    inputs.reset();
 }
 
 int run(int argc, char** argv) {

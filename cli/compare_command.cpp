@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 
 #include <nlohmann/json.hpp>
 
@@ -15,12 +16,14 @@ namespace vyn::cli {
 
 namespace {
 
+constexpr double usual_dot_distance = 7;  // pixels; a dot and what a spline carries of it
+
 struct CompareOptions {
     std::string field;
     std::string truth;
     int edge = 0;
     std::string markers;
-    double dot = 0;
+    std::optional<double> dot;
     bool json = false;
 };
 
@@ -78,7 +81,8 @@ ExitStatus compare(const CompareOptions& options) {
     const image truth = read_image(options.truth, progress);
     ComparisonOptions comparison;
     comparison.edge = options.edge;
-    comparison.dot_distance = options.dot;
+    comparison.dot_distance =
+        options.dot.value_or(options.markers.empty() ? 0 : usual_dot_distance);
     comparison.dots = dots_of(options.markers, field);
     const FieldComparison result = compare_fields(field, truth, comparison, progress);
     print(options.json ? as_json(result) : as_text(result));
@@ -99,9 +103,8 @@ Work prepare_compare(CLI::App& app, const GlobalOptions&) {
     app.add_option("--markers", options->markers,
                    "marker file; by default the markers that the field carries");
     app.add_option("--dot", options->dot,
-                   "leave out pixels this near to a marker; 0: leave out none")
-        ->check(CLI::Range(0.0, 65536.0))
-        ->capture_default_str();
+                   "leave out pixels this near to a marker (default 7 with --markers, else 0)")
+        ->check(CLI::Range(0.0, 65536.0));
     app.add_flag("--json", options->json, "print as JSON");
     return [options] { return compare(*options); };
 }

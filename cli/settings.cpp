@@ -25,13 +25,17 @@ void apply_settings(dataSetInterface& data, const std::vector<std::string>& assi
 
 void check_target(const std::filesystem::path& file, Overwriting overwriting) {
     std::error_code ignored;
+    if (overwriting == Overwriting::refused && std::filesystem::exists(file, ignored))
+        throw FileError("cli/settings", __LINE__, "File exists!",
+                        file.string() + " (--force replaces it)");
+}
+
+void check_folder_of(const std::filesystem::path& file) {
+    std::error_code ignored;
     const std::filesystem::path folder = file.parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
         throw FileError("cli/settings", __LINE__, "Can't open file for writing!",
                         file.string() + ": there is no folder " + folder.string());
-    if (overwriting == Overwriting::refused && std::filesystem::exists(file, ignored))
-        throw FileError("cli/settings", __LINE__, "File exists!",
-                        file.string() + " (--force replaces it)");
 }
 
 }  // namespace vyn::cli

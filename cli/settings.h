@@ -14,8 +14,11 @@ void apply_settings(dataSetInterface& data, const std::vector<std::string>& assi
 
 enum class Overwriting { refused, allowed };
 
-/// Raises FileError naming the file when its folder does not exist, or when it exists and may not
-/// be replaced.
+/// Raises FileError naming the file when it exists and may not be replaced.
 void check_target(const std::filesystem::path& file, Overwriting overwriting);
+
+/// Raises FileError naming the file when its folder does not exist: what would only show at the end
+/// of a long computation.
+void check_folder_of(const std::filesystem::path& file);
 
 }  // namespace vyn::cli

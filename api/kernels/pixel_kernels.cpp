@@ -109,8 +109,8 @@ void field_row(ConstPixelRow ratio, const std::uint8_t* region, const FieldRowLa
         const vint mask = load_bytes(ratio.mask + x);
         const vfloat field = converted<output>(ratio.value + x, law);
         vint lost = mask != 0;
-        // f - f is 0 for every finite f and NaN for the others
-        if constexpr (output != FieldRowLaw::Output::ratio) lost |= field - field != 0;
+        if constexpr (output != FieldRowLaw::Output::ratio)
+            lost |= field * 0 != 0;  // NaN unless finite
         vint below = field < limits.lower;
         vint above = field > limits.upper;
         if constexpr (region_plane == Use::yes) {

@@ -64,7 +64,7 @@ class RowGroup {
                 tile.v[r] = load<vfloat>(source[r] + x);
             transpose(tile);
             for (int c = 0; c < lanes && x + c < width_; ++c)
-                doubt += tile.v[c] - tile.v[c];  // NaN unless finite
+                doubt += tile.v[c] * 0;  // NaN unless finite
             for (int c = 0; c < lanes; ++c)
                 tile.v[c] *= filter_.gain;
             return tile;

@@ -55,9 +55,11 @@ TEST_P(SplineDegree, ReproducesPolynomialsOfItsDegree) {
         for (int x = 0; x < 120; ++x)
             picture.values()(x, y) = static_cast<float>(value(x, y));
     const SplineCoefficients spline = spline_of(picture, degree);
-    for (double x = 30.13; x < 89; x += 3.71)
-        for (double y = 30.37; y < 69; y += 2.93)
-            ASSERT_NEAR(spline.at(x, y), value(x, y), tolerance(degree)) << x << ", " << y;
+    for (int i = 0; i < 200; ++i) {
+        const double x = 30 + 0.297 * i;
+        const double y = 69 - 0.193 * i;
+        ASSERT_NEAR(spline.at(x, y), value(x, y), tolerance(degree)) << x << ", " << y;
+    }
 }
 
 TEST_P(SplineDegree, MirrorsItsBorders) {
@@ -80,11 +82,14 @@ TEST_P(SplineDegree, MirrorsItsBorders) {
                                                          mirrored(y - around, size.height));
         const SplineCoefficients spline = spline_of(picture, GetParam());
         const SplineCoefficients reference = spline_of(larger, GetParam());
-        for (double x = -24.3; x < size.width + 24; x += 1.37)
-            for (double y = -24.7; y < size.height + 24; y += 1.73)
+        for (int i = 0; i < 40; ++i)
+            for (int j = 0; j < 40; ++j) {
+                const double x = -24.3 + (size.width + 48) * i / 39.0;
+                const double y = -24.7 + (size.height + 48) * j / 39.0;
                 ASSERT_NEAR(spline.at(x, y), reference.at(x + around, y + around),
                             2 * tolerance(GetParam()))
                     << x << ", " << y;
+            }
     }
 }
 

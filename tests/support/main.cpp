@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::locale::global(std::locale(name));
+    std::setlocale(LC_MESSAGES, "C");  // numbers are what matters; system messages stay English
     if (name != "C" && std::localeconv()->decimal_point[0] != ',') {
         std::cerr << "The locale " << name << " has no decimal comma.\n";
         return 1;
