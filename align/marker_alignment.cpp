@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "align/marker_matching.h"
 #include "core/numbers.h"
 
 namespace vyn {
@@ -59,11 +60,12 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
 
     const int coefficients = poly_coefficient_count(options.order);
     const int box = std::clamp(options.box, 0, largest_box);
-    Pairing pairing = pair_markers(reference, moved,
-                                   {.link = options.link,
-                                    .window_side = 2 * box + 1,
-                                    .fix_first = options.fix_first,
-                                    .coefficients = coefficients});
+    const PairingOptions how{.link = options.link,
+                             .window_side = 2 * box + 1,
+                             .fix_first = options.fix_first,
+                             .coefficients = coefficients};
+    Pairing pairing = options.by_geometry ? pair_by_geometry(reference, moved, how)
+                                          : pair_markers(reference, moved, how);
     match.notes.insert(match.notes.end(), pairing.notes.begin(), pairing.notes.end());
     if (!pairing.ok) {
         match.failure = "Pairing the markers failed: " + pairing.notes.back();
@@ -74,6 +76,7 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
         match.failure = no_pairs_text;
         return match;
     }
+    match.orders = leave_one_out_errors(match.pairs);
     if (2 * match.pairs.size() < static_cast<std::size_t>(coefficients)) {
         match.failure = std::to_string(match.pairs.size()) + " marker pairs are too few for " +
                         std::to_string(coefficients) + " coefficients per axis";
@@ -110,6 +113,18 @@ std::vector<std::string> report_lines(const MarkerMatch& match, const std::strin
         "Image Alignment:    " + moved_name + " - (" + reference_name + ")",
         "",
     };
+}
+
+std::vector<std::string> order_lines(const OrderErrors& orders) {
+    std::vector<std::string> lines;
+    for (std::size_t order = 0; order < orders.leave_one_out.size(); ++order)
+        if (const std::optional<double> error = orders.leave_one_out[order])
+            lines.push_back("Leave-one-out error, order " + std::to_string(order) + " = " +
+                            format_general(*error, 6));
+    if (orders.suggested)
+        lines.push_back("Order with the smallest leave-one-out error = " +
+                        std::to_string(*orders.suggested));
+    return lines;
 }
 
 }  // namespace vyn

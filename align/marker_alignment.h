@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "align/mapping_order.h"
 #include "align/pairing.h"
 
 namespace vyn {
@@ -12,6 +13,7 @@ struct MarkerMatchOptions {
     int box = 16;   ///< half-size of the search window in pixels
     int fix_first = 0;
     int link = 0;
+    bool by_geometry = false;  ///< pair by the markers' places instead of `link` and `fix_first`
 };
 
 /// Outcome of the alignment of one image pair. Errors in pixels of the moved image.
@@ -27,7 +29,8 @@ struct MarkerMatch {
     double mean_square_error = 0;    ///< root of the mean of the squared distances
     double mean_absolute_error = 0;  ///< mean of the distances
     double max_absolute_error = 0;
-    int max_error_marker = 0;        ///< number (id) of that marker
+    int max_error_marker = 0;  ///< number (id) of that marker
+    OrderErrors orders;
     std::vector<std::string> notes;  ///< warnings for the log
     std::string failure;             ///< why it is not ok
 };
@@ -44,5 +47,8 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
 /// The report as lines for the log, the last one empty; the names are those of the two images.
 std::vector<std::string> report_lines(const MarkerMatch& match, const std::string& reference_name,
                                       const std::string& moved_name);
+
+/// The leave-one-out error of each order and the order with the smallest, as lines for the log.
+std::vector<std::string> order_lines(const OrderErrors& orders);
 
 }  // namespace vyn

@@ -1,28 +1,16 @@
 #include "align/pairing.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <optional>
 #include <unordered_map>
 
+#include "align/pairing_parts.h"
+
 namespace vyn {
 
-namespace {
+using namespace pairing_parts;
 
-/// Active markers with a finite position, in the order of the set.
-std::vector<Marker> usable_markers(const MarkerSet& set, std::vector<std::string>& notes) {
-    std::vector<Marker> usable;
-    for (const Marker& marker : set.markers) {
-        if (!marker.active) continue;
-        if (std::isfinite(marker.x) && std::isfinite(marker.y))
-            usable.push_back(marker);
-        else
-            notes.push_back("Marker No " + std::to_string(marker.id) +
-                            " has no finite position and is left out");
-    }
-    return usable;
-}
+namespace {
 
 Point position(const Marker& marker) {
     return {marker.x, marker.y};
@@ -78,58 +66,6 @@ PolyTransform provisional_mapping(std::span<const MarkerPair> pairs, int wanted_
     return fit.ok ? fit.map : PolyTransform{};
 }
 
-/// The square search window about a predicted position.
-class Window {
-  public:
-    explicit Window(int side) : half_(side / 2.0) {}
-    double half() const { return half_; }
-    bool holds(const Point& centre, const Point& p) const {
-        return std::abs(p.x - centre.x) <= half_ && std::abs(p.y - centre.y) <= half_;
-    }
-
-  private:
-    double half_;
-};
-
-double squared_distance(const Point& a, const Point& b) {
-    return (a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y);
-}
-
-/// Finite points sorted by x, so that a search looks at one strip of the image only.
-class NearestFinder {
-  public:
-    explicit NearestFinder(const std::vector<Point>& points) {
-        for (std::size_t i = 0; i < points.size(); ++i)
-            if (std::isfinite(points[i].x)) sorted_.push_back({points[i], i});
-        std::stable_sort(sorted_.begin(), sorted_.end(),
-                         [](const Entry& a, const Entry& b) { return a.point.x < b.point.x; });
-    }
-
-    /// Index of the nearest point in the window about `centre`, the earliest of equals.
-    std::optional<std::size_t> nearest(const Point& centre, const Window& window) const {
-        std::optional<std::size_t> best;
-        double best_distance = std::numeric_limits<double>::infinity();
-        auto entry = std::lower_bound(sorted_.begin(), sorted_.end(), centre.x - window.half(),
-                                      [](const Entry& e, double x) { return e.point.x < x; });
-        for (; entry != sorted_.end() && entry->point.x <= centre.x + window.half(); ++entry) {
-            if (!window.holds(centre, entry->point)) continue;
-            const double distance = squared_distance(centre, entry->point);
-            if (distance < best_distance || (distance == best_distance && entry->index < *best)) {
-                best = entry->index;
-                best_distance = distance;
-            }
-        }
-        return best;
-    }
-
-  private:
-    struct Entry {
-        Point point;
-        std::size_t index;
-    };
-    std::vector<Entry> sorted_;
-};
-
 /// Mutual nearest neighbours of the markers from `first` on, the reference ones taken through the
 /// mapping.
 void append_mutual_nearest(const std::vector<Marker>& reference, const std::vector<Marker>& moved,
@@ -141,14 +77,8 @@ void append_mutual_nearest(const std::vector<Marker>& reference, const std::vect
     std::vector<Point> found;
     for (std::size_t i = first; i < moved.size(); ++i)
         found.push_back(position(moved[i]));
-
-    const NearestFinder among_predicted(predicted);
-    const NearestFinder among_found(found);
-    for (std::size_t i = 0; i < predicted.size(); ++i) {
-        const std::optional<std::size_t> there = among_found.nearest(predicted[i], window);
-        if (there && among_predicted.nearest(found[*there], window) == i)
-            pairs.push_back(make_pair(reference[first + i], moved[first + *there]));
-    }
+    for (const IndexPair& pair : mutual_nearest(predicted, found, NearestFinder(found), window))
+        pairs.push_back(make_pair(reference[first + pair.first], moved[first + pair.second]));
 }
 
 /// Drops the pairs after the first `fixed` that leave the window about their predicted position.

@@ -11,7 +11,8 @@ const std::array<Command, 8>& commands() {
         {"calibrate", "fit the paint's law to pressure ports on the model", prepare_calibrate},
         {"convert", "convert an image into another format", prepare_convert},
         {"filter", "smooth an image, fill its excluded pixels", prepare_filter},
-        {"markers", "convert a marker file into another format", prepare_markers},
+        {"markers", "convert a marker file into another format; find, refine and pair markers",
+         prepare_markers},
         {"sample", "make a test point whose true field is known", prepare_sample},
         {"compare", "measure how far a field is from the truth", prepare_compare},
     }};

@@ -1,8 +1,9 @@
+#include "cli/markers_command.h"
+
 #include <filesystem>
 #include <memory>
 #include <optional>
 
-#include "cli/commands.h"
 #include "cli/settings.h"
 #include "core/errors.h"
 #include "markers/marker_files.h"
@@ -16,6 +17,7 @@ struct MarkersOptions {
     std::string target;
     std::optional<int> height;
     bool force = false;
+    Work sub_command;
 };
 
 void check(const MarkerFileResult& result) {
@@ -23,27 +25,48 @@ void check(const MarkerFileResult& result) {
 }
 
 ExitStatus convert_markers(const MarkersOptions& options) {
+    if (options.source.empty() || options.target.empty())
+        throw UsageError("markers: IN and OUT are required, or one of find, refine and pair");
     if (std::filesystem::path(options.source).extension() == ".inm" && !options.height)
         throw UsageError(options.source +
                          ": rows count from the bottom in this format; --height must give the "
                          "image's height in pixels");
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
-    MarkerSet set;
-    check(read_markers(options.source, set, options.height.value_or(0)));
-    check(write_markers(options.target, set));
+    write_marker_file(options.target, read_marker_file(options.source, options.height.value_or(0)));
     return ExitStatus::done;
+}
+
+ExitStatus work(const MarkersOptions& options) {
+    if (!options.sub_command) return convert_markers(options);
+    if (!options.source.empty())
+        throw UsageError("markers: " + options.source + " is one argument too many");
+    return options.sub_command();
 }
 
 }  // namespace
 
+MarkerSet read_marker_file(const std::string& file, int image_height) {
+    MarkerSet set;
+    check(read_markers(file, set, image_height));
+    return set;
+}
+
+void write_marker_file(const std::string& file, const MarkerSet& set) {
+    check(write_markers(file, set));
+}
+
 Work prepare_markers(CLI::App& app, const GlobalOptions&) {
     const auto options = std::make_shared<MarkersOptions>();
-    app.add_option("IN", options->source, "marker file: mrk, mpt, inm or apm")->required();
-    app.add_option("OUT", options->target, "file to write: mrk or mpt")->required();
+    app.add_option("IN", options->source, "marker file: mrk, mpt, inm or apm");
+    app.add_option("OUT", options->target, "file to write: mrk or mpt");
     app.add_option("--height", options->height, "height of the image in pixels, for inm")
         ->check(CLI::Range(1, 1000000));
     app.add_flag("--force", options->force, "replace an existing file");
-    return [options] { return convert_markers(*options); };
+    app.require_subcommand(0, 1);
+    add_markers_find(app, options->sub_command);
+    add_markers_refine(app, options->sub_command);
+    add_markers_pair(app, options->sub_command);
+    return [options] { return work(*options); };
 }
 
 }  // namespace vyn::cli

@@ -7,12 +7,14 @@
 #include "api/image_io.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/detection_options.h"
 #include "cli/runner.h"
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "process/chain.h"
+#include "process/find_markers_task.h"
 #include "process/project_tasks.h"
 #include "process/save_image_task.h"
 
@@ -28,6 +30,8 @@ struct RunOptions {
     std::vector<std::string> saves;  ///< NAME=FILE
     std::string save_project;
     std::string report;
+    DetectionArguments detection;
+    bool auto_markers = false;
     bool save_field = false;
     bool allow_unaligned = false;
     bool force = false;
@@ -72,6 +76,13 @@ TaskOutcome compute(const RunOptions& options, Runner& runner,
 
     failure = missing_raw_image(get_images());
     if (!failure.empty()) return TaskOutcome::failed;
+    if (options.auto_markers) {
+        outcome = runner.run(job_of(
+            std::make_unique<FindMarkersTask>(detection_options(options.detection), report)));
+        failure = runner.failure();
+        if (outcome == TaskOutcome::failed && failure.empty()) failure = report->warnings.back();
+        if (outcome != TaskOutcome::done) return outcome;
+    }
     outcome = runner.run(calculate_all(vyn_db(), get_images(), report));
     failure = runner.failure();
     if (outcome == TaskOutcome::done_with_errors)
@@ -109,8 +120,18 @@ ExitStatus conclude(TaskOutcome outcome, std::string failure, Saving saving) {
     return ExitStatus::failed;
 }
 
+/// Refuses before the run what finding markers would refuse in it.
+void check_detection(const RunOptions& options) {
+    const DetectionArguments& detection = options.detection;
+    detection_options(detection);
+    if (!options.auto_markers &&
+        (detection.bright || detection.expect > 0 || !detection.size.empty()))
+        throw UsageError("--bright, --size and --expect belong to --auto-markers");
+}
+
 ExitStatus run(const RunOptions& options) {
     const Overwriting overwriting = options.force ? Overwriting::allowed : Overwriting::refused;
+    check_detection(options);
     std::vector<SaveRequest> saves;
     for (const std::string& text : options.saves)
         saves.push_back(parse_save(text, overwriting));
@@ -161,6 +182,9 @@ Work prepare_run(CLI::App& app, const GlobalOptions&) {
                    "save the project; as .ims together with all images");
     app.add_option("--report", options->report,
                    "write a report (JSON): outcome, stage times, alignment, law, inputs");
+    app.add_flag("--auto-markers", options->auto_markers,
+                 "find the markers of images whose marker files the project does not name");
+    add_detection_options(app, options->detection);
     app.add_flag("--allow-unaligned", options->allow_unaligned,
                  "save results even when the images could not be aligned");
     app.add_flag("--force", options->force, "replace existing files");

@@ -2,24 +2,10 @@
 
 #include "api/correction.h"
 #include "calib/camera.h"
-#include "core/errors.h"
 #include "core/log.h"
+#include "process/image_sizes.h"
 
 namespace vyn {
-
-namespace {
-
-/// Names both files when two images of one correction differ in size.
-void require_same_size(const image& source, const std::shared_ptr<const image>& other) {
-    if (!other || other->values().same_size(source.values())) return;
-    const auto size = [](const image& i) {
-        return i.name + " (" + i.file_name + ") is " + std::to_string(i.width()) + " x " +
-               std::to_string(i.height());
-    };
-    throw IndexError("api/bitmap_new", __LINE__, size(*other) + ", but " + size(source));
-}
-
-}  // namespace
 
 Correction correction_of(dataSetInterface& data, const RawImage& raw, std::string result) {
     Correction correction;
@@ -42,8 +28,8 @@ TaskOutcome CorrectTask::run(TaskContext& context) {
     }
     const auto dark = correction_.use_dark ? images.find(correction_.dark) : nullptr;
     const auto flat = correction_.use_flat ? images.find(correction_.flat) : nullptr;
-    require_same_size(*source, dark);
-    require_same_size(*source, flat);
+    if (dark) require_same_size(*dark, *source);
+    if (flat) require_same_size(*flat, *source);
     if (!dark) warn(*report_, correction_.source + " is corrected without a dark image");
     if (!flat) warn(*report_, correction_.source + " is corrected without a flat field");
 

@@ -7,6 +7,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
+#include "process/image_sizes.h"
 
 namespace vyn {
 
@@ -26,6 +27,7 @@ MarkerMatchOptions match_options(dataSetInterface& data) {
     options.box = read(data, keys::markers_box);
     options.fix_first = read(data, keys::markers_fix);
     options.link = read(data, keys::markers_link);
+    options.by_geometry = read(data, keys::markers_geometry) != 0;
     return options;
 }
 
@@ -51,15 +53,6 @@ void filter_both(std::shared_ptr<const image>& wind_off, std::shared_ptr<const i
     apply(wind_off);
     context.status("Filtering Wind On");
     apply(wind_on);
-}
-
-void require_same_size(const image& off, const image& on) {
-    if (off.values().same_size(on.values())) return;
-    const auto size = [](const image& i) {
-        return i.name + " (" + i.file_name + ") is " + std::to_string(i.width()) + " x " +
-               std::to_string(i.height());
-    };
-    throw IndexError("api/bitmap_new", __LINE__, size(off) + ", but " + size(on));
 }
 
 }  // namespace
@@ -124,6 +117,8 @@ std::shared_ptr<const image> RatioTask::align_by_markers(const image& wind_off,
     for (const std::string& note : match.notes)
         warn(*report_, note);
     for (const std::string& line : report_lines(match, wind_off.name, wind_on->name))
+        get_log().write(4, line);
+    for (const std::string& line : order_lines(match.orders))
         get_log().write(4, line);
     report_->alignment = match;
     if (!match.ok) {

@@ -7,6 +7,7 @@
 #include "core/numbers.h"
 #include "markers/marker_files.h"
 #include "process/digest.h"
+#include "process/image_sizes.h"
 #include "process/project_paths.h"
 
 namespace vyn {
@@ -43,18 +44,9 @@ image load_named(dataSetInterface& data, const std::string& file_name, std::stri
     return picture;
 }
 
-std::string size_text(int width, int height) {
-    return std::to_string(width) + " x " + std::to_string(height);
-}
-
 /// Excludes the pixels that are not 0 in the image's mask file.
 void apply_mask_file(image& picture, const image& mask) {
-    if (!picture.values().same_size(mask.values()))
-        throw IndexError("process/raw_images", __LINE__,
-                         "the mask " + mask.file_name + " is " +
-                             size_text(mask.width(), mask.height()) + ", its image " +
-                             picture.file_name + " " +
-                             size_text(picture.width(), picture.height()));
+    require_same_size(mask, picture);
     for (int y = 0; y < picture.height(); ++y) {
         const float* excluded = mask.values().row(y);
         std::uint8_t* bytes = picture.mask().row(y);

@@ -108,6 +108,11 @@ json alignment_json(const MarkerMatch& match) {
                 {"pair_count", match.pairs.size()},
                 {"pairs", std::move(pairs)},
                 {"underdetermined", match.underdetermined}};
+    json orders = json::array();
+    for (const std::optional<double>& error : match.orders.leave_one_out)
+        orders.push_back(error ? json(*error) : json());
+    result["leave_one_out_px"] = std::move(orders);
+    if (match.orders.suggested) result["suggested_order"] = *match.orders.suggested;
     if (!match.ok) {
         result["failure"] = match.failure;
         return result;

@@ -1,7 +1,11 @@
 vyn_tests(align
     SOURCES
         displacement_map_test.cpp
+        dot_scene.cpp
         marker_alignment_test.cpp
+        marker_centroid_test.cpp
+        marker_detection_test.cpp
+        marker_matching_test.cpp
         pairing_test.cpp
         poly_transform_test.cpp
     LINK vyn_align)

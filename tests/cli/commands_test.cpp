@@ -89,6 +89,77 @@ TEST(Filter, SmoothsFillsAndRefusesNonsense) {
     EXPECT_EQ(run_program({"filter", source, folder / "x.tif", "--fill", "-1"}).status, 2);
 }
 
+TEST(Markers, AreFoundRefinedAndPaired) {
+    const TemporaryFolder folder;
+    const std::filesystem::path sample = folder / "sample";
+    std::filesystem::create_directory(sample);
+    output_of({"sample", sample, "--size", "400x300"});
+    const std::string off = folder / "off.mpt";
+    const std::string on = folder / "on.mrk";
+    const std::string found = output_of({"markers", "find", sample / "wind_off.tif", off});
+    output_of({"markers", "find", sample / "wind_on.tif", on, "--size", "4..9", "--expect", "200"});
+    EXPECT_THAT(found, testing::MatchesRegex("found [1-9][0-9]+ dots\n"));
+    const auto number_of_dots = [](const std::string& text) { return std::stoi(text.substr(6)); };
+
+    const std::string pairs = output_of({"markers", "pair", off, on, "--order", "2"});
+    EXPECT_THAT(pairs, HasSubstr("Number of pairs = " + std::to_string(number_of_dots(found))));
+    EXPECT_THAT(pairs, HasSubstr("Order with the smallest leave-one-out error = 2"));
+    EXPECT_EQ(run_program({"markers", "pair", off, on, "--order", "4"}).status, 2);
+
+    const std::string refined = folder / "refined.mpt";
+    const std::vector<std::string> refine{
+        "markers", "refine", sample / "wind_off.tif", off, refined, "--size", "13"};
+    EXPECT_THAT(output_of(refine), HasSubstr("refined " + found.substr(6, found.find(' ', 6) - 6)));
+    const std::string by_surface = get_file(refined);
+    // The project's setting is the method that --method would name.
+    output_of({"new", folder / "p.xml", "--set", "project/processing/align/markers_refine=1"});
+    std::vector<std::string> by_setting = refine;
+    by_setting.insert(by_setting.end(), {"--force", "--project", folder / "p.xml"});
+    output_of(by_setting);
+    const std::string by_dot = get_file(refined);
+    EXPECT_NE(by_dot, by_surface);
+    std::vector<std::string> by_method = refine;
+    by_method.insert(by_method.end(), {"--force", "--method", "dot"});
+    output_of(by_method);
+    EXPECT_EQ(get_file(refined), by_dot);
+}
+
+TEST(Markers, SubCommandsRefuseWhatMakesNoSense) {
+    const TemporaryFolder folder;
+    const std::string sample = folder / "sample";
+    std::filesystem::create_directory(sample);
+    output_of({"sample", sample, "--size", "64x64"});
+    const std::string image = sample + "/flat.tif";
+    const std::string target = folder / "found.mrk";
+    for (const std::string size : {"7", "9..3", "0..5", "3..nan", "3..1000"})
+        EXPECT_EQ(run_program({"markers", "find", image, target, "--size", size}).status, 2)
+            << size;
+    EXPECT_EQ(run_program({"markers"}).status, 2);
+    EXPECT_EQ(run_program({"markers", "find", image, target, "another"}).status, 2);
+    EXPECT_EQ(run_program({"run", sample + "/project.xml", "--expect", "5"}).status, 2);
+    const ProgramRun nothing = run_program({"markers", "find", image, target});
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_THAT(nothing.err, HasSubstr("no dots"));
+    EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+TEST(WholePoint, NeedsNoMarkerFiles) {
+    const TemporaryFolder folder;
+    const std::string sample = folder / "sample";
+    std::filesystem::create_directory(sample);
+    output_of({"sample", sample, "--size", "400x300", "--noise"});
+    const std::string report = folder / "report.json";
+    const ProgramRun run =
+        run_program({"run", sample + "/project.xml", "--quiet", "--auto-markers", "--report",
+                     report, "--set", "project/test_point/wind_off_sens_mark_file=", "--set",
+                     "project/test_point/wind_on_sens_mark_file="});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const nlohmann::json json = nlohmann::json::parse(get_file(report));
+    EXPECT_EQ(json["aligned"], true);
+    EXPECT_EQ(json["alignment"]["suggested_order"], 2);
+    EXPECT_LT(json["alignment"]["max_absolute_error_px"].get<double>(), 0.05);
+}
+
 /// Sample to field to comparison, as a user would script it.
 TEST(WholePoint, ComesBackThroughTheBatchProgram) {
     const TemporaryFolder folder;

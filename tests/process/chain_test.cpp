@@ -13,6 +13,7 @@
 #include "core/messages.h"
 #include "core/worker.h"
 #include "process/field_comparison.h"
+#include "process/find_markers_task.h"
 #include "process/project_tasks.h"
 #include "process/raw_images.h"
 #include "process/save_image_task.h"
@@ -127,6 +128,50 @@ TEST_F(Chain, RunsOnTheWorkerAndReportsWhatItDid) {
     EXPECT_EQ(json["inputs"].size(), 7u);
     for (const auto& input : json["inputs"])
         EXPECT_EQ(input["sha256"].get<std::string>().size(), 64u) << input;
+}
+
+TEST_F(Chain, FoundMarkersAreAsGoodAsLoadedOnes) {
+    const SyntheticOptions options{.order = 2, .noise = SyntheticOptions::Noise::camera};
+    open_point(options);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    const double with_files = relative_error();
+
+    reset();
+    open_point(options, {{std::string(keys::wind_off_sens_mark_file.path), any(std::string())},
+                         {std::string(keys::wind_on_sens_mark_file.path), any(std::string())}});
+    ASSERT_EQ(run(FindMarkersTask({}, std::make_shared<RunReport>())), TaskOutcome::done);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_EQ(report->alignment->pairs.size(), point.wind_off_markers.markers.size());
+    EXPECT_EQ(report->alignment->orders.suggested, 2);
+    // In the field's frame, which is that without the lens: the markers moved along.
+    for (const MarkerPair& pair : report->alignment->pairs) {
+        double nearest = INFINITY;
+        for (const Marker& dot : point.truth_markers.markers)
+            nearest =
+                std::min(nearest, std::hypot(dot.x - pair.reference.x, dot.y - pair.reference.y));
+        EXPECT_LT(nearest, 0.05);
+    }
+    EXPECT_LT(relative_error(), 1.1 * with_files);
+}
+
+TEST_F(Chain, MarkersAreFoundOnlyWhereTheProjectNamesNone) {
+    open_point({.width = 300, .height = 200},
+               {{std::string(keys::wind_on_sens_mark_file.path), any(std::string())}});
+    const auto wind_off = get_images().find(image_names::wind_off_sens);
+    const auto found = std::make_shared<RunReport>();
+    ASSERT_EQ(run(FindMarkersTask({}, found)), TaskOutcome::done);
+    EXPECT_EQ(get_images().find(image_names::wind_off_sens), wind_off);
+    EXPECT_FALSE(get_images().find(image_names::wind_on_sens)->markers.markers.empty());
+    EXPECT_EQ(calculate(), TaskOutcome::done);
+
+    // Without a dot there is nothing to go on with.
+    image blank = *wind_off;
+    blank.values().fill(1000);
+    blank.name = image_names::wind_on_sens;
+    blank.markers = {};
+    get_images().add(std::move(blank));
+    EXPECT_EQ(run(FindMarkersTask({}, found)), TaskOutcome::failed);
+    EXPECT_THAT(found->warnings, Contains(HasSubstr("wind_on_sens shows no dots")));
 }
 
 struct BadAlignment {

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "align/pairing.h"
+
+/// What the ways of pairing share.
+namespace vyn::pairing_parts {
+
+/// Active markers with a finite position, in the order of the set.
+std::vector<Marker> usable_markers(const MarkerSet& set, std::vector<std::string>& notes);
+
+/// The square search window about a predicted position.
+class Window {
+  public:
+    explicit Window(double side) : half_(side / 2) {}
+    double half() const { return half_; }
+    bool holds(const Point& centre, const Point& p) const;
+
+  private:
+    double half_;
+};
+
+/// Finite points sorted by x, so that a search looks at one strip of the image only.
+class NearestFinder {
+  public:
+    explicit NearestFinder(std::span<const Point> points);
+
+    /// Index of the nearest point in the window about `centre`, the earliest of equals.
+    std::optional<std::size_t> nearest(const Point& centre, const Window& window) const;
+
+  private:
+    struct Entry {
+        Point point;
+        std::size_t index;
+    };
+    std::vector<Entry> sorted_;
+};
+
+/// Indices of two points that are each other's nearest inside the window.
+struct IndexPair {
+    std::size_t first;
+    std::size_t second;
+    bool operator==(const IndexPair&) const = default;
+};
+std::vector<IndexPair> mutual_nearest(std::span<const Point> first, std::span<const Point> second,
+                                      const NearestFinder& among_second, const Window& window);
+
+}  // namespace vyn::pairing_parts

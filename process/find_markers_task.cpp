@@ -1,0 +1,33 @@
+#include "process/find_markers_task.h"
+
+#include "core/log.h"
+#include "process/raw_images.h"
+
+namespace vyn {
+
+TaskOutcome FindMarkersTask::run(TaskContext& context) {
+    imagesList& images = get_images();
+    dataSetInterface& data = vyn_db();
+    const auto& [wind_off, wind_on, wind_off_reference, wind_on_reference] = raw_images();
+    TaskOutcome outcome = TaskOutcome::done;
+    for (const RawImage* raw : {&wind_off, &wind_on}) {
+        const std::shared_ptr<const image> picture = images.find(raw->name);
+        if (!picture || !picture->markers.markers.empty() || !read(data, raw->marker_file).empty())
+            continue;
+        context.status(std::string("Finding markers of ") + raw->name);
+        image marked = *picture;
+        marked.markers = find_markers(marked, options_, context);
+        const std::size_t count = marked.markers.markers.size();
+        get_log().write(3, std::string(raw->name) + ": " + std::to_string(count) + " dots found");
+        if (count == 0) {
+            warn(*report_, std::string(raw->name) + " shows no dots that could be markers");
+            outcome = TaskOutcome::failed;
+            continue;
+        }
+        images.add(std::move(marked));
+        write(data, keys::markers_geometry, 1);
+    }
+    return outcome;
+}
+
+}  // namespace vyn

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+
+#include "align/marker_detection.h"
+#include "core/task.h"
+#include "process/run_report.h"
+
+namespace vyn {
+
+/// Finds the markers of the raw wind-off and wind-on images that have none and whose marker file
+/// the project does not name, in pixels of the camera, and lets the alignment pair them by their
+/// places. Fails, with the reason in the report, when an image shows no dots.
+class FindMarkersTask final : public Task {
+  public:
+    FindMarkersTask(DetectionOptions options, std::shared_ptr<RunReport> report)
+        : options_(options), report_(std::move(report)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    DetectionOptions options_;
+    std::shared_ptr<RunReport> report_;
+};
+
+}  // namespace vyn
