@@ -1,14 +1,13 @@
 #include <cstdlib>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "tests/plugins/sample_files.h"
-#include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
 namespace {
 
+using testing::Contains;
 using testing::HasSubstr;
 
 /// Sets the search path for one test.
@@ -27,19 +26,20 @@ TEST(PluginLoading, LeavesOutWhatDoesNotFitAndSaysWhy) {
     put_file(folder / "broken.2dio", "no library");
     put_file(folder / "other.txt", "not even looked at");
     const SearchPath path(folder.path().string() + ":/nowhere:" + TEST_PLUGINS);
-    LogLines log;
+    const LogCapture log;
     EXPECT_EQ(register_plugins("*.2dio"), 0);
-    EXPECT_THAT(log.text(), HasSubstr((folder / "broken.2dio").string() + " is left out"));
-    EXPECT_THAT(log.text(), HasSubstr("interface 2, this program has 1"));
-    EXPECT_THAT(log.text(), testing::Not(HasSubstr("other.txt")));
+    EXPECT_THAT(log.lines(),
+                Contains(HasSubstr((folder / "broken.2dio").string() + " is left out")));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("interface 2, this program has 1")));
+    EXPECT_THAT(log.lines(), testing::Not(Contains(HasSubstr("other.txt"))));
 }
 
 TEST(PluginLoading, KeepsTheFirstOfEachFormat) {
     const auto count = get_2dio().formats().size();
-    LogLines log;
+    const LogCapture log;
     EXPECT_EQ(register_plugins("*.2dio"), 0);
     EXPECT_EQ(get_2dio().formats().size(), count);
-    EXPECT_THAT(log.text(), HasSubstr("'tiff' is registered already"));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("'tiff' is registered already")));
 }
 
 TEST(PluginFolders, ComeFromTheVariableOrLieBesideTheProgram) {
