@@ -98,16 +98,12 @@ TEST(ProjectFile, IsPlainForReaders) {
     EXPECT_EQ(to_xml(data),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<vyn_project version=\"2.51\">\n"
-              "  <project>\n"
-              "    <flow>\n"
+              "  <project>\n    <flow>\n"
               "      <mach type=\"double\" value=\"0.75\"/>\n"
               "      <p_unit type=\"string\" value=\"Pa\"/>\n"
-              "    </flow>\n"
-              "    <test>\n"
+              "    </flow>\n    <test>\n"
               "      <single type=\"int\" value=\"1\"/>\n"
-              "    </test>\n"
-              "  </project>\n"
-              "</vyn_project>\n");
+              "    </test>\n  </project>\n</vyn_project>\n");
 }
 
 TEST(ProjectFile, AFailedSaveKeepsTheOldFile) {

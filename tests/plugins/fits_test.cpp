@@ -23,6 +23,7 @@ struct FitsSpec {
     double zero = 0;
     double full_scale = 0;
     std::optional<long> blank = {};  ///< raw value
+    bool behind_no_picture = false;  ///< the primary array has no axes
 };
 
 /// Raw pixels as they stand in the file, before scale and zero.
@@ -32,6 +33,7 @@ void make_fits(const std::filesystem::path& file, const FitsSpec& spec, std::vec
     int status = 0;
     fitsfile* fits = nullptr;
     fits_create_diskfile(&fits, file.c_str(), &status);
+    if (spec.behind_no_picture) fits_create_img(fits, BYTE_IMG, 0, nullptr, &status);
     fits_create_img(fits, spec.type, static_cast<int>(sides.size()), sides.data(), &status);
     if (!raw.empty())
         fits_write_img(fits, TDOUBLE, 1, static_cast<LONGLONG>(raw.size()), raw.data(), &status);
@@ -80,22 +82,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(FitsReading, TakesTheFirstImageWithAxesAndAveragesItsThird) {
     TemporaryFolder folder;
     const auto file = folder / "burst.fits";
-    int status = 0;
-    fitsfile* fits = nullptr;
-    long sides[]{2, 2, 3};
-    std::vector<float> frames{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    frames[2] = frames[3] = frames[7] = frames[11] = nan;
-    fits_create_diskfile(&fits, file.c_str(), &status);
-    fits_create_img(fits, BYTE_IMG, 0, nullptr, &status);
-    fits_create_img(fits, FLOAT_IMG, 3, sides, &status);
-    fits_write_img(fits, TFLOAT, 1, 12, frames.data(), &status);
-    fits_close_file(fits, &status);
-    ASSERT_EQ(status, 0);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    FitsSpec spec{"", FLOAT_IMG};
+    spec.behind_no_picture = true;
+    make_fits(file, spec, {2, 2, 3}, {1, 2, nan, nan, 5, 6, 7, nan, 9, 10, 11, nan});
     const LogCapture log;
     // Row by row: (1 + 5 + 9) / 3, (2 + 6 + 10) / 3; (7 + 11) / 2, never finite.
     expect_picture(read_image(file), Numbers(2, 2, [&](int x, int y) {
-                       return y == 0 ? 5.f + static_cast<float>(x) : x == 0 ? 9.f : nan;
+                       return y == 0 ? 5.0 + x : x == 0 ? 9.0 : nan;
                    }));
     EXPECT_THAT(log.lines(), Contains(HasSubstr("average of 3 frames")));
 }

@@ -133,6 +133,20 @@ TEST(TiffBurst, MarksWhatWasSaturatedInAnyFrameAndRefusesFramesThatDiffer) {
         EXPECT_THAT(refusal(folder / name), HasSubstr("another size or pixel type"));
 }
 
+constexpr auto width = TIFFTAG_IMAGEWIDTH;
+constexpr auto height = TIFFTAG_IMAGELENGTH;
+constexpr auto bits = TIFFTAG_BITSPERSAMPLE;
+constexpr auto kind = TIFFTAG_SAMPLEFORMAT;
+constexpr auto colour = TIFFTAG_PHOTOMETRIC;
+constexpr auto packing = TIFFTAG_COMPRESSION;
+constexpr auto strip_rows = TIFFTAG_ROWSPERSTRIP;
+const std::vector<std::pair<std::uint32_t, int>> sound{{width, 40},
+                                                       {height, 30},
+                                                       {bits, 8},
+                                                       {TIFFTAG_SAMPLESPERPIXEL, 1},
+                                                       {colour, PHOTOMETRIC_MINISBLACK},
+                                                       {packing, COMPRESSION_NONE}};
+
 struct Refused {
     const char* label;
     std::vector<std::pair<std::uint32_t, int>> tags;  ///< changes of a sound header
@@ -146,27 +160,14 @@ TEST_P(TiffRefusal, NamesFileAndReason) {
     TemporaryFolder folder;
     const auto file = folder / "bad.tif";
     TIFF* tiff = TIFFOpen(file.c_str(), "w");
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 40);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 30);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    for (const auto& [tag, value] : GetParam().tags)
-        TIFFSetField(tiff, tag, value);
+    for (const auto& tags : {sound, GetParam().tags})
+        for (const auto& [tag, value] : tags)
+            TIFFSetField(tiff, tag, value);
     std::vector<unsigned char> strip(40 * 30 * 3, 7);
     TIFFWriteRawStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()));
     TIFFClose(tiff);
     EXPECT_THAT(refusal(file), HasSubstr(GetParam().message));
 }
-
-constexpr auto width = TIFFTAG_IMAGEWIDTH;
-constexpr auto height = TIFFTAG_IMAGELENGTH;
-constexpr auto bits = TIFFTAG_BITSPERSAMPLE;
-constexpr auto kind = TIFFTAG_SAMPLEFORMAT;
-constexpr auto colour = TIFFTAG_PHOTOMETRIC;
-constexpr auto packing = TIFFTAG_COMPRESSION;
-constexpr auto strip_rows = TIFFTAG_ROWSPERSTRIP;
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds, TiffRefusal,
