@@ -5,7 +5,6 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace vyn {
 namespace {

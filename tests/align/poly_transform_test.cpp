@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "core/errors.h"
+#include "tests/support/error_of.h"
 
 namespace vyn {
 namespace {
@@ -28,6 +29,10 @@ double direct_sum(const std::array<double, 10>& c, long double x, long double y)
                                c[8] * x * x * x + c[9] * y * y * y);
 }
 
+double distance(const Point& a, const Point& b) {
+    return std::hypot(a.x - b.x, a.y - b.y);
+}
+
 std::vector<Point> scattered(int count, double left, double top, double size) {
     std::mt19937 random(7);
     std::uniform_real_distribution<double> offset(0, size);
@@ -42,17 +47,6 @@ std::vector<Point> mapped(const PolyTransform& map, const std::vector<Point>& po
     for (const Point& p : points)
         result.push_back(apply_poly(map, p));
     return result;
-}
-
-double largest_difference(const PolyTransform& a, const PolyTransform& b,
-                          const std::vector<Point>& points) {
-    double largest = 0;
-    for (const Point& p : points) {
-        const Point pa = apply_poly(a, p);
-        const Point pb = apply_poly(b, p);
-        largest = std::max({largest, std::abs(pa.x - pb.x), std::abs(pa.y - pb.y)});
-    }
-    return largest;
 }
 
 const std::vector<Point> corners{{0, 0}, {3999, 0}, {0, 3999}, {3999, 3999}, {2000, 1000}};
@@ -84,7 +78,8 @@ TEST_P(PolyOrders, FitRecoversAKnownPolynomial) {
          {whole_image, scattered(n, 3000, 500, 900), scattered(60, 3500, 3500, 100)}) {
         const PolyFit fit = fit_poly(points, mapped(bent(n), points), n);
         EXPECT_TRUE(fit.ok && !fit.underdetermined && fit.map.n == n);
-        EXPECT_LT(largest_difference(fit.map, bent(n), points), 1e-9);
+        for (const Point& p : points)
+            EXPECT_LT(distance(apply_poly(fit.map, p), apply_poly(bent(n), p)), 1e-9);
     }
 }
 
@@ -108,13 +103,11 @@ TEST_P(PolyOrders, UnderdeterminedFitsGiveTheLeastCorrection) {
          {std::pair{few, shifted}, {line, stretched}, {one_place, moved_place}}) {
         const PolyFit fit = fit_poly(from, to, n);
         EXPECT_TRUE(fit.ok && fit.underdetermined);
-        for (std::size_t i = 0; i < from.size(); ++i) {
-            const Point p = apply_poly(fit.map, from[i]);
-            EXPECT_LT(std::hypot(p.x - to[i].x, p.y - to[i].y), 1e-8);
-        }
+        for (std::size_t i = 0; i < from.size(); ++i)
+            EXPECT_LT(distance(apply_poly(fit.map, from[i]), to[i]), 1e-8);
     }
     const Point among_few = apply_poly(fit_poly(few, shifted, n).map, {1400, 2400});
-    EXPECT_LT(std::hypot(among_few.x - 1400, among_few.y - 2400), std::hypot(5, 3) * 1.001);
+    EXPECT_LT(distance(among_few, {1400, 2400}), std::hypot(5, 3) * 1.001);
     // The middle of the line stands still, and so does the perpendicular through it.
     const Point beside =
         apply_poly(fit_poly(line, stretched, n).map, {2115, 300 + 1615 / 3.0 - 900});
@@ -146,14 +139,10 @@ TEST(PolyFit, NothingOrNonFiniteIsNoSuccess) {
 
 TEST(PolyErrors, CarryUnitAndLine) {
     const auto line_of = [](const auto& operation) {
-        try {
-            operation();
-        } catch (const AlgoError& e) {
-            EXPECT_STREQ(e.text, "Algorithm error!");
-            EXPECT_STREQ(e.file, "match");
-            return e.line;
-        }
-        return 0;
+        const auto error = test::error_of<AlgoError>(operation);
+        EXPECT_STREQ(error.text, "Algorithm error!");
+        EXPECT_STREQ(error.file, "match");
+        return error.line;
     };
     const PolyTransform map;
     const std::vector<Point> points(3);

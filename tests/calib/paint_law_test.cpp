@@ -4,7 +4,6 @@
 #include <limits>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace vyn {
 namespace {

@@ -1,14 +1,15 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "calib/camera.h"
 #include "calib/paint.h"
 #include "core/errors.h"
-#include "core/log.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn {
 namespace {
+
+using testing::ElementsAre;
 
 class PaintFile : public testing::Test {
   protected:
@@ -29,23 +30,9 @@ class PaintFile : public testing::Test {
 };
 
 paintFeatures sample() {
-    return {{{{11, 12.5, 13}, {21, 22, 23}, {31, 32, 0.3333333333333333}}},
-            "bar",
-            1.5,
-            0.25,
-            2,
-            1e-7,
-            "f",
-            68,
-            -40,
-            140,
-            9,
-            "",
-            "",
-            "",
-            "",
-            "",
-            false};
+    const std::array<std::array<double, 3>, 3> gamma{
+        {{11, 12.5, 13}, {21, 22, 23}, {31, 32, 0.3333333333333333}}};
+    return {gamma, "bar", 1.5, 0.25, 2, 1e-7, "f", 68, -40, 140, 9, "", "", "", "", "", false};
 }
 
 const std::string sample_2_51 =
@@ -164,25 +151,23 @@ TEST(FlatFile, IsLookedForBesideTheCameraFileThenInTheProject) {
     cameraFeatures camera;
     camera.camera = folder / "camera/c.cam";
     const auto log_of_search = [&](const std::filesystem::path& expected) {
-        get_log_mgr().take_new_lines();
+        const test::LogCapture log;
         EXPECT_EQ(find_flat_file(camera, folder / "project"), expected);
-        std::string text;
-        for (const LogLine& line : get_log_mgr().take_new_lines())
-            text += line.text + '\n';
-        return text;
+        return log.lines();
     };
-    EXPECT_EQ(log_of_search({}), "") << "no flat field was named";
+    EXPECT_THAT(log_of_search({}), ElementsAre()) << "no flat field was named";
     camera.flat_file = "D:\\flats\\flat.tif";
-    const std::string missing = "File D:\\flats\\flat.tif not exists\n";
-    const std::string not_beside = beside.string() + " - wrong alternate path\n";
-    EXPECT_EQ(log_of_search({}),
-              missing + not_beside + in_project.string() + " - wrong alternate path\n");
+    const std::string missing = "4 File D:\\flats\\flat.tif not exists";
+    const auto no_path = [](const std::filesystem::path& file) {
+        return "4 " + file.string() + " - wrong alternate path";
+    };
+    EXPECT_THAT(log_of_search({}), ElementsAre(missing, no_path(beside), no_path(in_project)));
     test::put_file(in_project, "");
-    EXPECT_EQ(log_of_search(in_project), missing + not_beside);
+    EXPECT_THAT(log_of_search(in_project), ElementsAre(missing, no_path(beside)));
     test::put_file(beside, "");
-    EXPECT_EQ(log_of_search(beside), missing);
+    EXPECT_THAT(log_of_search(beside), ElementsAre(missing));
     camera.flat_file = in_project;
-    EXPECT_EQ(log_of_search(in_project), "");
+    EXPECT_THAT(log_of_search(in_project), ElementsAre());
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "calib/camera.h"
 #include "calib/flow.h"
 #include "calib/paint.h"
 #include "core/keys.h"
-#include "core/log.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn {
@@ -69,7 +68,7 @@ TEST(Records, FieldsAndDefaultsAreThoseOfTheKeyTable) {
     expect_fields_are_the_keys_of<flowFeatures>(keys::flow);
 }
 
-TEST(Paint, ChangeOfUnitsTakesTolerancesAsDifferences) {
+TEST(Records, ChangeOfUnitsTakesTolerancesAsDifferences) {
     paintFeatures paint{{},  "bar", 1,  0.5, 2,  0.25, "c", 20,   -10,
                         100, 10,    "", "",  "", "",   "",  false};
     change_units(paint, "pa", "f");
@@ -82,9 +81,7 @@ TEST(Paint, ChangeOfUnitsTakesTolerancesAsDifferences) {
     EXPECT_NEAR(paint.minimal_temperature, 14.0000004, 1e-9);
     EXPECT_NEAR(paint.maximal_temperature, 212.0000004, 1e-9);
     EXPECT_NEAR(paint.tolerance_temperature, 18, 1e-12);
-}
 
-TEST(Flow, InOtherUnits) {
     const flowFeatures flow{1, 2, 3, 0.25, 0.5, 0.75, 20, -5, "bar", "c"};
     const flowFeatures expected{1, 2, 3, 2.5e4, 5e4, 7.5e4, 20 + 273.16, -5 + 273.16, "pa", "k"};
     EXPECT_EQ(in_units(flow, "pa", "k"), expected);
@@ -106,15 +103,12 @@ TEST(RecordNumbers, AreReadAsStreamsExtractThem) {
         test::put_file(folder / "r.ini", std::string("[Part]\nValue = ") + c.text + "\n");
         IniFile ini;
         ini.open(folder / "r.ini", IniFile::Mode::read_only);
-        get_log_mgr().take_new_lines();
+        const test::LogCapture log;
         EXPECT_EQ(read_double_key(ini, "part", "value", -7.5), c.as_double) << c.text;
-        const auto lines = get_log_mgr().take_new_lines();
-        EXPECT_EQ(lines.size(), c.logged ? 1U : 0U) << c.text;
-        for (const LogLine& line : lines) {
-            EXPECT_EQ(line.level, 2);
-            EXPECT_THAT(line.text,
-                        testing::HasSubstr("r.ini: [part] value=" + std::string(c.text)));
-        }
+        EXPECT_EQ(log.lines().size(), c.logged ? 1U : 0U) << c.text;
+        for (const std::string& line : log.lines())
+            EXPECT_THAT(line, testing::ContainsRegex("^2 .*r\\.ini: \\[part\\] value=" +
+                                                     std::string(c.text)));
         EXPECT_EQ(read_int_key(ini, "part", "value", -7), c.as_int) << c.text;
         EXPECT_EQ(read_double_key(ini, "part", "other", -7.5), -7.5);
     }

@@ -1,7 +1,6 @@
 #include "calib/units.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "core/log.h"
 

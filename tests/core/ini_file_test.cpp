@@ -1,9 +1,9 @@
 #include "core/ini_file.h"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include "core/errors.h"
+#include "tests/support/error_of.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn {
@@ -43,7 +43,6 @@ TEST_F(Ini, FindsKeysWithoutRegardToCaseAndNeverInComments) {
         EXPECT_FALSE(ini_.find("first", key)) << key;
     EXPECT_FALSE(ini_.find("fourth", "key"));
     EXPECT_EQ(ini_.get("first", "absent", "default"), "default");
-    EXPECT_EQ(ini_.lines().size(), 12u);
 }
 
 TEST_F(Ini, BytesSurviveARewriteWhereNothingWasSet) {
@@ -57,15 +56,13 @@ TEST_F(Ini, BytesSurviveARewriteWhereNothingWasSet) {
     }
 }
 
-TEST_F(Ini, SetChangesOneLineInPlaceAndKeepsItsLineEnd) {
+TEST_F(Ini, SetChangesOneLineInPlaceOrEndsTheSectionOrTheFile) {
     load("; head\r\n[s]\n  Key =  old value \t\r\nnext=1\n[t]\nkey=x");
     ini_.set("S", "KEY", " new ");
     ini_.set("t", "key", "");
     ini_.set("s", "next", "1");
     EXPECT_EQ(saved(), "; head\r\n[s]\n  Key =  new\r\nnext=1\n[t]\nkey=");
-}
 
-TEST_F(Ini, NewKeysEndTheirSectionAndNewSectionsTheFile) {
     load("[a]\r\nk=1\r\n\r\n; about b\r\n\r\n[b]\r\nlast=1");
     ini_.set("A", "new", "2");
     ini_.set("b", "after", "3");
@@ -78,24 +75,11 @@ TEST_F(Ini, NewKeysEndTheirSectionAndNewSectionsTheFile) {
     EXPECT_EQ(ini_.find("c", "y"), "5");
 }
 
-TEST_F(Ini, AMissingFileIsCreatedEmptyInReadWriteModeOnly) {
-    ini_.open(path_, Mode::read_write);
-    EXPECT_TRUE(fs::exists(path_));
-    EXPECT_EQ(fs::file_size(path_), 0u);
-    EXPECT_TRUE(ini_.lines().empty());
-    ini_.set("s", "k", "v");
-    EXPECT_EQ(saved(), "[s]\nk=v\n");
-}
-
 template <class Error, class Action>
 void expect_error(const char* text, Action action) {
-    try {
-        action();
-        ADD_FAILURE() << "no error: " << text;
-    } catch (const Error& error) {
-        EXPECT_STREQ(error.text, text);
-        EXPECT_STREQ(error.file, "vyn_ini_file");
-    }
+    const auto error = test::error_of<Error>(action, text);
+    EXPECT_STREQ(error.text, text);
+    EXPECT_STREQ(error.file, "vyn_ini_file");
 }
 
 TEST_F(Ini, ErrorsOfUse) {
@@ -116,15 +100,18 @@ TEST_F(Ini, ErrorsOfUse) {
     EXPECT_FALSE(fs::exists(folder_ / "other"));
 }
 
-TEST_F(Ini, ErrorsOfFiles) {
+TEST_F(Ini, AMissingFileIsCreatedEmptyInReadWriteModeOnly) {
     expect_error<FileError>("File doesn't exist! Cannot create file because the mode is read-only!",
                             [&] { ini_.open(path_, Mode::read_only); });
     EXPECT_FALSE(fs::exists(path_));
+    ini_.open(path_, Mode::read_write);
+    EXPECT_EQ(fs::file_size(path_), 0u);
+    ini_.set("s", "k", "v");
+    EXPECT_EQ(saved(), "[s]\nk=v\n");
     expect_error<FileError>("Can't open file for writing!",
                             [&] { ini_.open(folder_ / "no folder/x", Mode::read_write); });
     expect_error<FileError>("Can't open file for reading!",
                             [&] { ini_.open(folder_.path(), Mode::read_write); });
-    put_file(path_, "");
     fs::resize_file(path_, (16u << 20) + 1);
     expect_error<FileError>("Can't open file for reading!",
                             [&] { ini_.open(path_, Mode::read_only); });

@@ -8,6 +8,7 @@
 
 #include "core/version.h"
 #include "core/xml_document.h"
+#include "tests/support/error_of.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn {
@@ -15,7 +16,6 @@ namespace {
 
 using test::get_file;
 using test::put_file;
-using testing::AllOf;
 using testing::HasSubstr;
 
 /// Every value as text that differs when a type or a bit does.
@@ -41,21 +41,14 @@ const std::vector<std::string> nasty_strings{
     "\xC0\x80 overlong", "\xED\xA0\x80 surrogate", "\xF4\x90\x80\x80 beyond", "cut \xE6\xB8"};
 
 using Limits = std::numeric_limits<double>;
-const double odd_nan = std::bit_cast<double>(std::uint64_t{0x7FF80000DEADBEEF});
-const double signalling_nan = std::bit_cast<double>(std::uint64_t{0xFFF0000000000001});
-const std::vector<double> nasty_doubles{0.0,
-                                        -0.0,
-                                        0.1,
-                                        1.0 / 3,
-                                        Limits::max(),
-                                        Limits::min(),
-                                        Limits::denorm_min(),
-                                        Limits::infinity(),
-                                        -Limits::infinity(),
-                                        Limits::quiet_NaN(),
-                                        -Limits::quiet_NaN(),
-                                        odd_nan,
-                                        signalling_nan};
+
+/// A NaN with a payload and a signalling one among them.
+const std::vector<double> nasty_doubles({0.0, -0.0, 0.1, 1.0 / 3, Limits::max(), Limits::min(),
+                                         Limits::denorm_min(), Limits::infinity(),
+                                         -Limits::infinity(), Limits::quiet_NaN(),
+                                         -Limits::quiet_NaN(),
+                                         std::bit_cast<double>(std::uint64_t{0x7FF80000DEADBEEF}),
+                                         std::bit_cast<double>(std::uint64_t{0xFFF0000000000001})});
 
 void fill_with_nasty_values(dataSetInterface& data) {
     int i = 0;
@@ -105,16 +98,12 @@ TEST(ProjectFile, IsPlainForReaders) {
     EXPECT_EQ(to_xml(data),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<vyn_project version=\"2.51\">\n"
-              "  <project>\n"
-              "    <flow>\n"
+              "  <project>\n    <flow>\n"
               "      <mach type=\"double\" value=\"0.75\"/>\n"
               "      <p_unit type=\"string\" value=\"Pa\"/>\n"
-              "    </flow>\n"
-              "    <test>\n"
+              "    </flow>\n    <test>\n"
               "      <single type=\"int\" value=\"1\"/>\n"
-              "    </test>\n"
-              "  </project>\n"
-              "</vyn_project>\n");
+              "    </test>\n  </project>\n</vyn_project>\n");
 }
 
 TEST(ProjectFile, AFailedSaveKeepsTheOldFile) {
@@ -162,13 +151,10 @@ TEST_P(HostileProject, IsOneFileErrorWithItsPlaceAndChangesNothing) {
     simpleNamedDataSet data;
     data.write("project/kept", 1);
     const auto before = content(data);
-    try {
-        from_xml(data, GetParam().text, "bad.xml");
-        FAIL() << "accepted";
-    } catch (const FileError& error) {
-        EXPECT_THAT(error.detail, AllOf(testing::ContainsRegex("^bad\\.xml:[0-9]+:[0-9]+: "),
-                                        HasSubstr(GetParam().told)));
-    }
+    const auto error =
+        test::error_of<FileError>([&] { from_xml(data, GetParam().text, "bad.xml"); });
+    EXPECT_THAT(error.detail, testing::ContainsRegex("^bad\\.xml:[0-9]+:[0-9]+: "));
+    EXPECT_THAT(error.detail, HasSubstr(GetParam().told));
     EXPECT_EQ(content(data), before);
     EXPECT_TRUE(data.modified());
 }

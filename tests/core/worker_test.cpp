@@ -7,7 +7,7 @@
 
 #include "core/errors.h"
 #include "core/messages.h"
-#include "tests/core/log_capture.h"
+#include "tests/support/log_capture.h"
 
 namespace vyn {
 namespace {
@@ -16,28 +16,24 @@ using test::LogCapture;
 using testing::ElementsAre;
 
 constexpr std::uint32_t long_enough = 10'000;
+using Body = std::function<TaskOutcome(TaskContext&)>;
 
-class FunctionTask final : public Task {
-  public:
-    using Body = std::function<TaskOutcome(TaskContext&)>;
+struct FunctionTask final : Task {
     explicit FunctionTask(Body body) : body_(std::move(body)) {}
     TaskOutcome run(TaskContext& context) override { return body_(context); }
-
-  private:
     Body body_;
 };
 
-std::shared_ptr<Task> task(FunctionTask::Body body) {
-    return std::make_shared<FunctionTask>(std::move(body));
+/// The task, which only the worker keeps.
+std::weak_ptr<Task> post(Worker& worker, Body body) {
+    auto task = std::make_shared<FunctionTask>(std::move(body));
+    worker.post(task, std::make_shared<TaskContext>());
+    return task;
 }
 
-void run(Worker& worker, FunctionTask::Body body) {
-    worker.post(task(std::move(body)), std::make_shared<TaskContext>());
-    ASSERT_TRUE(worker.wait_done(long_enough));
-}
-
-TaskOutcome nothing(TaskContext&) {
-    return TaskOutcome::done;
+/// A body with this outcome.
+Body ends(TaskOutcome outcome) {
+    return [outcome](TaskContext&) { return outcome; };
 }
 
 TEST(WorkerTest, AFailedTaskLeavesOneLineAtLevelOneAndTheWorkerReady) {
@@ -50,12 +46,13 @@ TEST(WorkerTest, AFailedTaskLeavesOneLineAtLevelOneAndTheWorkerReady) {
         {[] { throw 1; }, "1 Worker thread unknown exception"}};
     Worker worker;
     for (const auto& [fail, line] : failures) {
-        const LogCapture log;
-        run(worker, [&](TaskContext&) {
+        const LogCapture log(1);
+        post(worker, [&](TaskContext&) {
             fail();
             return TaskOutcome::done;
         });
-        EXPECT_THAT(log.lines_of_level(1), ElementsAre(line));
+        ASSERT_TRUE(worker.wait_done(long_enough));
+        EXPECT_THAT(log.lines(), ElementsAre(line));
     }
 }
 
@@ -63,99 +60,86 @@ TEST(WorkerTest, HoldsItsMutexAndIsNotIdleWhileATaskRuns) {
     Worker worker;
     Event running;
     Event go_on;
-    worker.post(task([&](TaskContext&) {
-                    running.set();
-                    wait(go_on, long_enough);
-                    return TaskOutcome::done;
-                }),
-                std::make_shared<TaskContext>());
+    post(worker, [&](TaskContext&) {
+        running.set();
+        wait(go_on, long_enough);
+        return TaskOutcome::done;
+    });
     ASSERT_TRUE(wait(running, long_enough));
     EXPECT_FALSE(idle_flag());
     EXPECT_FALSE(worker.task_mutex().lock(0));
     EXPECT_FALSE(worker.wait_done(0));
-    EXPECT_THROW(worker.post(task(nothing), std::make_shared<TaskContext>()), StateError);
+    EXPECT_THROW(post(worker, ends(TaskOutcome::done)), StateError);
     go_on.set();
     EXPECT_TRUE(worker.wait_done(long_enough));
     EXPECT_TRUE(worker.task_mutex().lock(long_enough));
     worker.task_mutex().unlock();
 }
 
-TEST(WorkerTest, TakesTheNextTaskRightAfterTheEndOfOne) {
+TEST(WorkerTest, ReleasesATaskThatEndedAndTakesTheNextAtOnce) {
     Worker worker;
     int runs = 0;
     for (int i = 0; i < 300; ++i) {
-        run(worker, [&](TaskContext&) {
+        const auto task = post(worker, [&](TaskContext&) {
             ++runs;
             return TaskOutcome::done;
         });
+        ASSERT_TRUE(worker.wait_done(long_enough));
         ASSERT_EQ(runs, i + 1) << "an old end was taken for the new one's";
+        ASSERT_TRUE(task.expired());
     }
-}
-
-TEST(WorkerTest, ATaskThatEndedIsReleased) {
-    Worker worker;
-    auto job = task(nothing);
-    const std::weak_ptr<Task> watched = job;
-    worker.post(std::move(job), std::make_shared<TaskContext>());
-    ASSERT_TRUE(worker.wait_done(long_enough));
-    EXPECT_TRUE(watched.expired());
 }
 
 TEST(WorkerTest, ItsEndAbortsTheRunningTask) {
     const LogCapture log;
     {
         Worker worker;
-        worker.post(task([&](TaskContext& context) -> TaskOutcome {
-                        while (true)
-                            throw_if_aborted(context);
-                    }),
-                    std::make_shared<TaskContext>());
+        post(worker, [](TaskContext& context) -> TaskOutcome {
+            while (true)
+                throw_if_aborted(context);
+        });
     }
     EXPECT_THAT(log.lines(), ElementsAre("3 Aborted"));
     EXPECT_TRUE(idle_flag());
 }
 
-TEST(JobTest, EndsAsItsWorstTaskAndStopsAtTheFirstFailedOne) {
-    TaskContext context;
-    const auto outcome_of = [&](std::vector<TaskOutcome> ends) {
-        Job job;
-        std::size_t runs = 0;
-        for (const TaskOutcome end : ends)
-            job.append(std::make_unique<FunctionTask>([&runs, end](TaskContext&) {
-                ++runs;
-                return end;
-            }));
-        const TaskOutcome returned = job.run(context);
-        EXPECT_EQ(returned, job.outcome());
-        return std::pair(returned, runs);
-    };
+TEST(JobTest, EndsAsItsWorstTaskStopsAtAFailedOneAndKeepsWhy) {
     using enum TaskOutcome;
-    EXPECT_EQ(outcome_of({}), std::pair(idle, std::size_t{0}));
-    EXPECT_EQ(outcome_of({done_with_errors, done}), std::pair(done_with_errors, std::size_t{2}));
-    EXPECT_EQ(outcome_of({done, failed, done}), std::pair(failed, std::size_t{2}));
-}
-
-TEST(JobTest, KeepsWhatStoppedItForTheUser) {
-    TaskContext context;
-    const auto end_of = [&](FunctionTask::Body body) {
-        Job job;
-        job.append(std::make_unique<FunctionTask>(std::move(body)));
-        job.append(std::make_unique<FunctionTask>([](TaskContext&) -> TaskOutcome {
-            ADD_FAILURE() << "a task ran after the job was stopped";
-            return TaskOutcome::done;
-        }));
-        EXPECT_ANY_THROW(job.run(context));
-        return std::pair(job.outcome(), job.failure());
+    const Body torn = [](TaskContext&) -> TaskOutcome {
+        throw FileError("a", 1, "File error!", "x.tif: torn");
     };
-    EXPECT_EQ(end_of([](TaskContext&) -> TaskOutcome {
-                  throw FileError("a", 1, "File error!", "x.tif: torn");
-              }),
-              std::pair(TaskOutcome::failed, std::string("File error!: x.tif: torn")));
-    EXPECT_EQ(end_of([](TaskContext& running) {
-                  running.abort();
-                  return TaskOutcome::done;
-              }),
-              std::pair(TaskOutcome::aborted, std::string()));
+    const Body abort = [](TaskContext& running) {
+        running.abort();
+        return done;
+    };
+    struct Case {
+        std::vector<Body> bodies;
+        TaskOutcome outcome;
+        int runs;
+        bool throws = false;
+        std::string failure = {};
+    };
+    for (const Case& c :
+         {Case{{}, idle, 0}, Case{{ends(done_with_errors), ends(done)}, done_with_errors, 2},
+          Case{{ends(done), ends(failed), ends(done)}, failed, 2},
+          Case{{torn, ends(done)}, failed, 1, true, "File error!: x.tif: torn"},
+          Case{{abort, ends(done)}, aborted, 1, true}}) {
+        TaskContext context;
+        Job job;
+        int runs = 0;
+        for (const Body& body : c.bodies)
+            job.append(std::make_unique<FunctionTask>([&](TaskContext& running) {
+                ++runs;
+                return body(running);
+            }));
+        if (c.throws)
+            EXPECT_ANY_THROW(job.run(context));
+        else
+            EXPECT_EQ(job.run(context), c.outcome);
+        EXPECT_EQ(job.outcome(), c.outcome);
+        EXPECT_EQ(job.failure(), c.failure);
+        EXPECT_EQ(runs, c.runs);
+    }
 }
 
 TEST(TaskContextTest, ANewStatusStartsAStageAndIsLogged) {

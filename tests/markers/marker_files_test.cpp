@@ -3,9 +3,9 @@
 #include <ctime>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "core/errors.h"
+#include "tests/support/error_of.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn {
@@ -33,7 +33,7 @@ MarkerFileResult read(const std::string& name, const std::string& text, MarkerSe
     return read_markers(folder / name, set, 480);
 }
 
-TEST(MarkerFiles, XmlByteForByteAndBack) {
+TEST(MarkerFiles, ByteForByteAndBack) {
     const TemporaryFolder folder;
     MarkerSet set = sample();
     set.hasY = false;
@@ -62,11 +62,8 @@ TEST(MarkerFiles, XmlByteForByteAndBack) {
     write_markers(folder / "m.mrk", sample());
     ASSERT_TRUE(read_markers(folder / "m.mrk", set, 0));
     EXPECT_EQ(set, sample());
-}
 
-TEST(MarkerFiles, TextByteForByteOverAnOldFile) {
-    const TemporaryFolder folder;
-    MarkerSet set;
+    // the text form, over an old file
     set.markers = {{.x = 120.5, .y = 310}, {.x = 123.456789, .y = -1.2345678e-5, .active = false}};
     put_file(folder / "m.MPT", std::string(1000, 'x'));
     ASSERT_TRUE(write_markers(folder / "m.MPT", set));
@@ -80,8 +77,8 @@ TEST(MarkerFiles, WhatIsNeitherWrittenNorRead) {
     EXPECT_EQ(read_markers("", set, 0).outcome, Outcome::no_name);
     for (const char* name : {"m.txt", "m.inm", "mrk", "folder.mrk/file"})
         EXPECT_EQ(write_markers(folder / name, set).outcome, Outcome::unknown_extension);
-    for (const char* name : {"m.mrk", "m.mpt"})
-        EXPECT_EQ(write_markers(folder / name, MarkerSet{}).outcome, Outcome::no_markers);
+    EXPECT_EQ(write_markers(folder / "m.mrk", MarkerSet{}).outcome, Outcome::no_markers);
+    EXPECT_EQ(write_markers(folder / "m.mpt", MarkerSet{}).outcome, Outcome::no_markers);
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
     EXPECT_EQ(read("m.txt", "1 2 0 0 1\n", set).outcome, Outcome::unknown_extension);
     EXPECT_EQ(set, sample());
@@ -90,28 +87,20 @@ TEST(MarkerFiles, WhatIsNeitherWrittenNorRead) {
 TEST(MarkerFiles, FailedOpenNamesUnitLineAndFile) {
     const std::string missing = TemporaryFolder() / "nowhere/m.";
     MarkerSet set = sample();
-    const auto unit_and_line = [](const auto& operation) {
-        try {
-            operation();
-        } catch (const FileError& e) {
-            EXPECT_STREQ(e.text, "File error!");
-            EXPECT_THAT(e.detail, HasSubstr("nowhere"));
-            return e.file + (":" + std::to_string(e.line));
-        }
-        return std::string();
+    const auto expect_place = [](const std::string& place, const auto& operation) {
+        const auto error = test::error_of<FileError>(operation, place);
+        EXPECT_STREQ(error.text, "File error!");
+        EXPECT_THAT(error.detail, HasSubstr("nowhere"));
+        EXPECT_THAT(error.file + (":" + std::to_string(error.line)), testing::StartsWith(place));
     };
-    const auto write = [&](const char* extension) {
-        return unit_and_line([&] { write_markers(missing + extension, set); });
-    };
-    const auto read_missing = [&](const char* extension) {
-        return unit_and_line([&] { read_markers(missing + extension, set, 0); });
-    };
-    EXPECT_EQ(write("mrk"), "markers_io:104");
-    EXPECT_EQ(write("mpt"), "markersImport:78");
-    EXPECT_EQ(read_missing("mpt"), "markersImport:50");
-    EXPECT_EQ(read_missing("inm"), "markersImport:50");
-    EXPECT_EQ(read_missing("apm"), "markersImport:87");
-    EXPECT_THAT(read_missing("mrk"), testing::StartsWith("markers_io:"));
+    for (const auto& [name, place] :
+         {std::pair{"mrk", "markers_io:104"}, {"mpt", "markersImport:78"}})
+        expect_place(place, [&] { write_markers(missing + name, set); });
+    for (const auto& [name, place] : {std::pair{"mpt", "markersImport:50"},
+                                      {"inm", "markersImport:50"},
+                                      {"apm", "markersImport:87"},
+                                      {"mrk", "markers_io:"}})
+        expect_place(place, [&] { read_markers(missing + name, set, 0); });
     EXPECT_EQ(set, sample());
 }
 
@@ -157,19 +146,17 @@ INSTANTIATE_TEST_SUITE_P(
 std::string document(const std::string& body) {
     return "<?xml version=\"1.0\"?><ObjectMarkers>" + body + "</ObjectMarkers>";
 }
-std::string function(const std::string& attributes, const std::string& values) {
-    return "<Function " + attributes + ">" + values + "</Function>";
-}
 std::string three(const std::string& body) {
-    return document("<NodesNumber> 3 </NodesNumber>" + function("id='x'", "1 2\n\t3") + body);
+    return document("<NodesNumber> 3 </NodesNumber><Function id='x'>1 2\n\t3</Function>" + body);
 }
 
 TEST(XmlMarkers, OddColumnsGetDefaultsAndAreNamed) {
     MarkerSet set = sample();
-    EXPECT_TRUE(read("m.mrk",
-                     three("<LengthUnit>2</LengthUnit>" + function("id='strange'", "q") +
-                           function("id='active'", "0 q 0.1") + function("id='id'", "12 q -5")),
-                     set));
+    EXPECT_TRUE(
+        read("m.mrk",
+             three("<LengthUnit>2</LengthUnit><Function id='strange'>q</Function>"
+                   "<Function id='active'>0 q 0.1</Function><Function id='id'>12 q -5</Function>"),
+             set));
     MarkerSet expected;
     expected.hasX = true;
     expected.lengthUnit = 2;
@@ -181,12 +168,16 @@ TEST(XmlMarkers, OddColumnsGetDefaultsAndAreNamed) {
     expected.markers = {{.x = 1, .id = 1}, {.x = 2, .id = 2}, {.x = 3, .id = 3}};
     for (const char* odd : {"0 2", "0 2 3 4", "", "1 two 3", "1 2 3,5"}) {
         const MarkerFileResult result =
-            read("m.mrk", three(function("id='z'", odd) + function("id='f' name='P'", odd)), set);
+            read("m.mrk",
+                 three(std::string("<Function id='z'>") + odd +
+                       "</Function><Function id='f' name='P'>" + odd + "</Function>"),
+                 set);
         EXPECT_THAT(result.detail, testing::AllOf(HasSubstr("column z"), HasSubstr("column f"),
                                                   testing::Not(HasSubstr("column x"))));
         EXPECT_EQ(set, expected) << odd;
     }
-    read("m.mrk", three(function("id='active'", "0 0") + function("id='id'", "7 8")), set);
+    read("m.mrk", three("<Function id='active'>0 0</Function><Function id='id'>7 8</Function>"),
+         set);
     EXPECT_EQ(set.markers, expected.markers);
     EXPECT_TRUE(read("m.mrk", document(""), set));
     EXPECT_EQ(set, MarkerSet{});
@@ -194,8 +185,8 @@ TEST(XmlMarkers, OddColumnsGetDefaultsAndAreNamed) {
 
 TEST(XmlMarkers, MalformedFilesLeaveTheSetUnchanged) {
     std::vector<std::pair<std::string, const char*>> cases{
-        {three(function("id='y'", "1 nan 3")), "marker 2"},
-        {three(function("id='z'", "1 2 -inf")), "marker 3"},
+        {three("<Function id='y'>1 nan 3</Function>"), "marker 2"},
+        {three("<Function id='z'>1 2 -inf</Function>"), "marker 3"},
         {"<Markers/>", "ObjectMarkers"},
         {three("").substr(0, 60), ""},
         {"", ""},

@@ -5,7 +5,6 @@
 
 #include "core/errors.h"
 #include "tests/plugins/sample_files.h"
-#include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
 namespace {

@@ -1,30 +1,20 @@
+#include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
+#include <map>
 #include <memory>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <tiffio.h>
 
 #include "core/errors.h"
 #include "tests/plugins/sample_files.h"
-#include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
 namespace {
 
 using testing::HasSubstr;
-
-template <class T>
-bool same_bits(const Bitmap<T>& a, const Bitmap<T>& b) {
-    if (!a.same_size(b)) return false;
-    for (int y = 0; y < a.height(); ++y)
-        if (std::memcmp(a.row(y), b.row(y), sizeof(T) * static_cast<std::size_t>(a.width())) != 0)
-            return false;
-    return true;
-}
 
 /// An image that has everything, with numbers that a careless text would lose.
 image full_image() {
@@ -52,54 +42,57 @@ image full_image() {
     return picture;
 }
 
-void expect_equal(const image& a, const image& b) {
-    EXPECT_EQ(a.name, b.name);
-    EXPECT_EQ(a.degree, b.degree);
-    EXPECT_EQ(a.full_scale, b.full_scale);
-    EXPECT_TRUE(same_bits(a.values(), b.values()));
-    EXPECT_TRUE(same_bits(a.mask(), b.mask()));
-    ASSERT_EQ(a.has_region(), b.has_region());
-    EXPECT_TRUE(!a.has_region() || same_bits(a.region(), b.region()));
-    ASSERT_EQ(a.saturated != nullptr, b.saturated != nullptr);
-    EXPECT_TRUE(!a.saturated || same_bits(*a.saturated, *b.saturated));
-    ASSERT_EQ(a.displacement.has_value(), b.displacement.has_value());
-    if (a.displacement) {
-        EXPECT_TRUE(same_bits(a.displacement->u, b.displacement->u));
-        EXPECT_TRUE(same_bits(a.displacement->v, b.displacement->v));
-        EXPECT_EQ(a.displacement->step, b.displacement->step);
-    }
-    const auto bits = [](const MarkerSet& set) {
-        std::vector<std::uint64_t> list;
-        for (const Marker& marker : set.markers)
-            for (const double number : {marker.x, marker.y, marker.z, marker.f})
-                list.push_back(std::isnan(number) ? 0 : std::bit_cast<std::uint64_t>(number));
-        return list;
+/// Every part of an image as bytes, under its name; a marker's NaN is one whatever its bits.
+std::map<std::string, std::string> parts(const image& picture) {
+    const auto number = [](auto value) {
+        return std::string(reinterpret_cast<const char*>(&value), sizeof value);
     };
-    EXPECT_EQ(bits(a.markers), bits(b.markers));
-    for (std::size_t i = 0; i < a.markers.markers.size(); ++i) {
-        EXPECT_EQ(a.markers.markers[i].active, b.markers.markers[i].active);
-        EXPECT_EQ(a.markers.markers[i].id, b.markers.markers[i].id);
+    const auto plane = [&](const auto& values) {
+        std::string bytes = number(values.width());
+        for (int y = 0; y < values.height(); ++y)
+            for (int x = 0; x < values.width(); ++x)
+                bytes += number(values(x, y));
+        return bytes;
+    };
+    const MarkerSet& set = picture.markers;
+    std::map<std::string, std::string> found{
+        {"name", picture.name},
+        {"degree", number(picture.degree)},
+        {"full scale", number(picture.full_scale)},
+        {"values", plane(picture.values())},
+        {"mask", plane(picture.mask())},
+        {"function", set.functionName},
+        {"unit", number(set.lengthUnit)},
+        {"columns", number(std::array{set.hasX, set.hasY, set.hasZ, set.hasF})}};
+    if (picture.has_region()) found["region"] = plane(picture.region());
+    if (picture.saturated) found["saturated"] = plane(*picture.saturated);
+    if (const auto& moved = picture.displacement)
+        found["displacement"] = plane(moved->u) + plane(moved->v) + number(moved->step);
+    for (const Marker& marker : set.markers) {
+        for (const double value : {marker.x, marker.y, marker.z, marker.f})
+            found["markers"] += std::isnan(value) ? "nan" : number(value);
+        found["markers"] += number(marker.active) + number(marker.id);
     }
-    MarkerSet a_head = a.markers;
-    MarkerSet b_head = b.markers;
-    a_head.markers.clear();
-    b_head.markers.clear();
-    EXPECT_EQ(a_head, b_head);
+    return found;
 }
 
 TEST(Imp, KeepsEverythingBitForBit) {
     TemporaryFolder folder;
     for (const image& picture : {full_image(), example_image()}) {
         write_image(picture, folder / "field.imp", {{}, R"({"run": 12})"});
-        expect_equal(read_image(folder / "field.imp"), picture);
+        EXPECT_EQ(parts(read_image(folder / "field.imp")), parts(picture));
     }
+    image picture = example_image();
+    picture.values()(5, 1) = std::numeric_limits<float>::infinity();
+    write_image(picture, folder / "field.imp");
+    EXPECT_EQ(read_image(folder / "field.imp").mask()(5, 1), 1) << "not finite";
 }
 
 TEST(Imp, IsKnownByItsContentUnderAnyName) {
     TemporaryFolder folder;
     write_image(example_image(), folder / "field.imp");
     std::filesystem::rename(folder / "field.imp", folder / "field.tif");
-    expect_equal(read_image(folder / "field.tif"), example_image());
+    EXPECT_EQ(parts(read_image(folder / "field.tif")), parts(example_image()));
 
     write_image(example_image(), folder / "plain.tif");
     std::filesystem::rename(folder / "plain.tif", folder / "plain.imp");
@@ -118,14 +111,6 @@ TEST(Imp, OpensAsPlainTiffInOtherPrograms) {
     EXPECT_EQ(row[6], full_image().values()(6, 4));
     EXPECT_EQ(TIFFNumberOfDirectories(tiff), 6);
     TIFFClose(tiff);
-}
-
-TEST(Imp, ExcludesValuesThatAreNotFinite) {
-    TemporaryFolder folder;
-    image picture = example_image();
-    picture.values()(5, 1) = std::numeric_limits<float>::infinity();
-    write_image(picture, folder / "field.imp");
-    EXPECT_EQ(read_image(folder / "field.imp").mask()(5, 1), 1);
 }
 
 struct Edit {

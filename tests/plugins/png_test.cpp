@@ -2,16 +2,15 @@
 #include <limits>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <png.h>
 
 #include "core/errors.h"
 #include "tests/plugins/sample_files.h"
-#include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
 namespace {
 
+using testing::Contains;
 using testing::HasSubstr;
 
 struct PngSpec {
@@ -137,10 +136,10 @@ std::vector<float> counts_in(const std::filesystem::path& file) {
 TEST(PngWriting, RoundsAndClipsAndSaysHowMany) {
     TemporaryFolder folder;
     const auto file = folder / "line.png";
-    LogLines log;
+    const LogCapture log;
     write_image(line_of_values(), file);
     EXPECT_THAT(counts_in(file), testing::ElementsAre(0, 0, 0, 2, 65535, 65535, 65535, 0));
-    EXPECT_THAT(log.text(), HasSubstr("'line': 3 pixels clipped"));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("'line': 3 pixels clipped")));
 }
 
 TEST(PngWriting, StretchesValidValuesAndKeepsTheirRange) {
@@ -149,7 +148,7 @@ TEST(PngWriting, StretchesValidValuesAndKeepsTheirRange) {
     image picture = line_of_values();
     picture.mask()(6, 0) = 1;
     picture.values()(5, 0) = std::numeric_limits<float>::quiet_NaN();
-    LogLines log;
+    const LogCapture log;
     write_image(picture, file, {ImageWriteOptions::Scale::stretch, R"({"a": 1})"});
     const auto counts = counts_in(file);
     EXPECT_EQ(counts[0], 1);
@@ -157,7 +156,7 @@ TEST(PngWriting, StretchesValidValuesAndKeepsTheirRange) {
     EXPECT_NEAR(counts[3], 1 + 4.5 / 65538.4 * 65534, 0.5);
     EXPECT_EQ(counts[5], 0);
     EXPECT_EQ(counts[7], 0);
-    EXPECT_THAT(log.text(), HasSubstr("values -3 to 65535.3984375 stretched"));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("values -3 to 65535.3984375 stretched")));
     const std::string bytes = get_file(file);
     EXPECT_THAT(bytes, HasSubstr("1 = -3, 65535 = 65535.3984375"));
     EXPECT_THAT(bytes, HasSubstr(R"({"a":1})"));

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "api/image_io.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
 
@@ -44,9 +46,8 @@ struct TiffPageSpec {
 
 void make_tiff(const std::filesystem::path& file, const std::vector<TiffPageSpec>& pages);
 
-/// Checks values (NaN equal to NaN) and mask; `excluded` says which pixels must be.
-void expect_picture(const image& picture, const Numbers& numbers,
-                    const std::function<bool(double)>& excluded);
+/// Checks that the values are the same, and masked where they are not finite and nowhere else.
+void expect_picture(const image& picture, const Numbers& numbers);
 
 /// Names the cases of a parametrised test by their labels.
 inline auto label_of() {
@@ -56,20 +57,6 @@ inline auto label_of() {
 /// The message of the FileError that reading raises; fails when there is none, or when it does not
 /// name the file.
 std::string refusal(const std::filesystem::path& file);
-
-/// The log lines that were written while it lived.
-class LogLines {
-  public:
-    LogLines();
-    ~LogLines();
-    LogLines(const LogLines&) = delete;
-    LogLines& operator=(const LogLines&) = delete;
-    std::string text() const { return text_; }
-
-  private:
-    std::string text_;
-    int sink_;
-};
 
 /// A picture with excluded pixels (a NaN value among them), a region and odd numbers.
 image example_image();

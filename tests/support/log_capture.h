@@ -11,24 +11,20 @@ namespace vyn::test {
 /// The log lines written during its lifetime, as "level text", from any thread.
 class LogCapture {
   public:
+    explicit LogCapture(int highest_level = 9) : highest_level_(highest_level) {}
     std::vector<std::string> lines() const {
         const std::lock_guard lock(mutex_);
         return lines_;
     }
-    std::vector<std::string> lines_of_level(int level) const {
-        const std::string start = std::to_string(level) + " ";
-        std::vector<std::string> found;
-        for (const std::string& line : lines())
-            if (line.starts_with(start)) found.push_back(line);
-        return found;
-    }
 
   private:
+    const int highest_level_;
     mutable std::mutex mutex_;
     std::vector<std::string> lines_;
     ScopedLogSink sink_{[this](const LogLine& line) {
                             const std::lock_guard lock(mutex_);
-                            lines_.push_back(std::to_string(line.level) + " " + line.text);
+                            if (line.level <= highest_level_)
+                                lines_.push_back(std::to_string(line.level) + " " + line.text);
                         },
                         LogManager::Filter::every_level};
 };
