@@ -14,8 +14,9 @@ namespace {
 /// first one stand twice where the square reaches over the edge.
 std::vector<int> covered(double position, int side, int size) {
     std::vector<int> indices;
+    const int half = side / 2;
     for (int step = 0; step < side; ++step) {
-        const double index = std::trunc(step + position - side / 2);
+        const double index = std::trunc(step + position - half);
         if (index >= 0 && index < size) indices.push_back(static_cast<int>(index));
     }
     return indices;
