@@ -142,7 +142,8 @@ class MeanBlock {
           sums_(3, pass.picture.width(), 0),
           visited_(static_cast<std::size_t>(rows_.chunk_count())),
           full_(visited_.size()),
-          mixed_(visited_.size()) {}
+          mixed_(visited_.size()),
+          overwritten_(visited_.size(), 1) {}
 
     void filter_row(int y, image& out) {
         window_.collect(pass_, rows_, y);
@@ -154,6 +155,7 @@ class MeanBlock {
         sum_weights(down, factors_.columns, factors_.full_weight, sums_.row(1));
         if (factors_.separate_counts)
             sum_weights(factors_.ones.data(), factors_.ones, factors_.full_count, sums_.row(2));
+        overwritten_ = mixed_;
         kernels_.mean({sums_.row(0), sums_.row(1), sums_.row(factors_.separate_counts ? 2 : 1)},
                       rows_.weight(y), pass_.row(y, out), pass_.picture.width());
     }
@@ -182,7 +184,9 @@ class MeanBlock {
     }
 
     void sum_weights(const float* down, const std::vector<float>& along, float full, float* to) {
-        std::fill_n(to, rows_.chunk_count() * chunk::pixels, full);
+        for (std::size_t c = 0; c < mixed_.size(); ++c)
+            if (mixed_[c] == 0 && overwritten_[c] != 0)
+                std::fill_n(to + c * chunk::pixels, chunk::pixels, full);
         for_each_run(
             mixed_, [&](int begin, int end) { sum(window_.weights, down, along, begin, end, to); });
     }
@@ -225,6 +229,7 @@ class MeanBlock {
     Flags visited_;
     Flags full_;
     Flags mixed_;
+    Flags overwritten_;  ///< chunks whose sums of weights are not those of full windows
 };
 
 }  // namespace

@@ -39,9 +39,10 @@ struct FilterPass {
 /// Blocks of rows that are filtered together; every block prepares the rows around it anew.
 inline constexpr int filter_block = 64;
 
-/// Passes into `out`, which has the picture's size: means with factors exp(-u^2) along both sides
-/// or without, by value range (scale s of the exponent), medians.
+/// How a mean weights the pixels of its window: alike, or by exp(-(u^2 + v^2)).
 enum class MeanWeights { equal, gauss };
+
+/// The passes by type, from the picture into `out`, which has its size; every pixel is written.
 void mean_pass(const FilterPass& pass, MeanWeights weights, image& out);
 void range_mean_pass(const FilterPass& pass, double range_fraction, image& out);
 void median_pass(const FilterPass& pass, image& out);
