@@ -9,7 +9,8 @@ const std::array<Command, 7>& commands() {
          prepare_run},
         {"get", "print settings of a project, or the table of all settings", prepare_get},
         {"convert", "convert an image into another format", prepare_convert},
-        {"markers", "convert a marker file into another format; find, refine and pair markers", prepare_markers},
+        {"markers", "convert a marker file into another format; find, refine and pair markers",
+         prepare_markers},
         {"sample", "make a test point whose true field is known", prepare_sample},
         {"compare", "measure how far a field is from the truth", prepare_compare},
     }};
