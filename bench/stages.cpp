@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <stdexcept>
 
+#include "align/marker_centroid.h"
+#include "align/marker_detection.h"
 #include "api/filters.h"
 #include "api/parallel.h"
 #include "api/pixel_ops.h"
@@ -82,6 +85,59 @@ image masked_off(const Scene& scene) {
     return picture;
 }
 
+/// Centres of the dots drawn on `off`: a grid of 64 pixels, off whole pixels.
+std::vector<Point> dot_centres(int n) {
+    std::vector<Point> centres;
+    for (int y = 48; y < n - 48; y += 64)
+        for (int x = 48; x < n - 48; x += 64)
+            centres.push_back({x + 0.3, y - 0.2});
+    return centres;
+}
+
+/// `off` with round dark dots of a radius of 3 pixels, half as bright as the paint.
+image dotted_off(const Scene& scene, const std::vector<Point>& centres) {
+    constexpr int reach = 6;
+    constexpr double radius = 3;
+    image picture = masked_off(scene);
+    for (const Point& centre : centres)
+        for (int dy = -reach; dy <= reach; ++dy)
+            for (int dx = -reach; dx <= reach; ++dx) {
+                const int x = static_cast<int>(centre.x) + dx;
+                const int y = static_cast<int>(centre.y) + dy;
+                const double r = std::hypot(x - centre.x, y - centre.y);
+                const double depth = 0.5 / (1 + std::exp(4 * (r - radius)));
+                picture.values()(x, y) *= static_cast<float>(1 - depth);
+            }
+    return picture;
+}
+
+Bitmap<float> as_plane(const std::vector<Point>& points) {
+    Bitmap<float> plane(2, static_cast<int>(points.size()));
+    for (int i = 0; i < plane.height(); ++i) {
+        plane(0, i) = static_cast<float>(points[static_cast<std::size_t>(i)].x);
+        plane(1, i) = static_cast<float>(points[static_cast<std::size_t>(i)].y);
+    }
+    return plane;
+}
+
+Bitmap<float> detected(const image& picture) {
+    Progress progress;
+    std::vector<Point> found;
+    for (const Marker& marker : find_markers(picture, {}, progress).markers)
+        found.push_back({marker.x, marker.y});
+    return as_plane(found);
+}
+
+/// Every dot refined from a pixel beside its centre.
+Bitmap<float> refined(const image& picture, std::vector<Point> points, MarkerRefinement refinement,
+                      int box) {
+    for (Point& point : points) {
+        point = {std::round(point.x) + 1, std::round(point.y)};
+        refine_marker(picture, point, box, DotPolarity::dark, refinement);
+    }
+    return as_plane(points);
+}
+
 /// A filter as the chain runs it by default, on windows of size x size pixels.
 Stage filter_stage(std::string name, FilterType type, int size, const image& picture) {
     FilterOptions options;
@@ -136,6 +192,8 @@ Inputs::Inputs(int n)
       undistorted_on(undistorted(scene, corrected_on)),
       aligned_on(aligned(scene, undistorted_on)),
       filter_source(masked_off(scene)),
+      dots(dot_centres(n)),
+      dotted(dotted_off(scene, dots)),
       coefficients(cubic(corrected_off)),
       triad_a(n, n, 0),
       triad_b(n, n, 1),
@@ -159,6 +217,15 @@ std::vector<Stage> our_stages(Inputs& inputs) {
              sink.take(field_of(scene, inputs.undistorted_off, inputs.aligned_on));
          }},
         {"chain", [&](Sink& sink) { sink.take(field_of_point(scene)); }},
+        {"detect", [&](Sink& sink) { sink.take(detected(inputs.dotted)); }},
+        {"centroid_surface",
+         [&](Sink& sink) {
+             sink.take(refined(inputs.dotted, inputs.dots, MarkerRefinement::surface, 7));
+         }},
+        {"centroid_dot",
+         [&](Sink& sink) {
+             sink.take(refined(inputs.dotted, inputs.dots, MarkerRefinement::dot, 13));
+         }},
     };
     for (const int size : {3, 5, 9, 15}) {
         const std::string digits = std::to_string(size);

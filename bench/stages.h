@@ -33,6 +33,8 @@ struct Inputs {
     image undistorted_on;
     image aligned_on;
     image filter_source;              ///< the wind-off image, its ground excluded
+    std::vector<Point> dots;          ///< centres of the dots drawn on `dotted`
+    image dotted;                     ///< filter_source with dark dots, one per 64 x 64 pixels
     SplineCoefficients coefficients;  ///< of corrected_off
     Bitmap<float> triad_a;
     Bitmap<float> triad_b;
@@ -50,6 +52,9 @@ struct Inputs {
 /// field_fused    ratio in one pass, law and limits in a second one: the program keeps both images
 /// medianK, boxK_masked, gaussK_masked, rangeK_masked
 ///                filters on windows of K x K pixels, K = 3, 5, 9 and 15
+/// detect         finding dots all over an image with one per 64 x 64 pixels
+/// centroid_surface, centroid_dot
+///                refining each of these dots, one after the other (per pixel of the image too)
 /// chain          correct and undistort two images, align one, ratio, law, limits
 std::vector<Stage> our_stages(Inputs& inputs);
 

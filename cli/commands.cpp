@@ -10,6 +10,7 @@ const std::array<Command, 9>& commands() {
         {"get", "print settings of a project, or the table of all settings", prepare_get},
         {"calibrate", "fit the paint's law to pressure ports on the model", prepare_calibrate},
         {"convert", "convert an image into another format", prepare_convert},
+        {"filter", "smooth an image, fill its excluded pixels", prepare_filter},
         {"markers", "convert a marker file into another format; find, refine and pair markers",
          prepare_markers},
         {"sample", "make a test point whose true field is known", prepare_sample},
