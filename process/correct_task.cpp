@@ -48,6 +48,7 @@ TaskOutcome CorrectTask::run(TaskContext& context) {
         corrected = undistort(corrected, lens, context);
     }
     corrected.name = correction_.result;
+    warn_if_empty(*report_, corrected);
     images.add(std::move(corrected));
     return TaskOutcome::done;
 }

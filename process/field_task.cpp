@@ -76,6 +76,7 @@ TaskOutcome FieldTask::run(TaskContext& context) {
 
     image field = convert_field(*ratio, conversion, context);
     field.name = field_;
+    warn_if_empty(*report_, field);
     field.file_name = read(data, keys::pressure_file);
     images.add(std::move(field));
     return TaskOutcome::done;

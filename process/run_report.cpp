@@ -1,9 +1,11 @@
 #include "process/run_report.h"
 
 #include <cmath>
+#include <cstring>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
+#include <sys/resource.h>
 
 #include "core/keys.h"
 #include "core/log.h"
@@ -144,11 +146,26 @@ json conversion_json(const PreparedConversion& prepared) {
             {"wind_on_t", flow.wind_on_t}};
 }
 
+/// Most memory that the process has had in use so far.
+std::int64_t peak_memory_bytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return std::int64_t{usage.ru_maxrss} * 1024;
+}
+
 }  // namespace
 
 void warn(RunReport& report, const std::string& text) {
     get_log().write(3, text);
     report.warnings.push_back(text);
+}
+
+void warn_if_empty(RunReport& report, const image& picture) {
+    const auto width = static_cast<std::size_t>(picture.width());
+    for (int y = 0; y < picture.height(); ++y)
+        if (std::memchr(picture.mask().row(y), 0, width)) return;
+    warn(report,
+         picture.name + " has no valid pixel: dark level, masks, flat field or limits exclude all");
 }
 
 json provenance(const dataSetInterface& data, const imagesList& images) {
@@ -207,6 +224,7 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     }
     result["stages"] = std::move(stage_list);
     result["seconds"] = total;
+    result["peak_memory_bytes"] = peak_memory_bytes();
 
     json pictures = json::object();
     for (const auto& picture : images.all())

@@ -25,6 +25,9 @@ struct RunReport {
 /// Writes a warning to the log (level 3) and into the report.
 void warn(RunReport& report, const std::string& text);
 
+/// Warns when no pixel of an image is valid.
+void warn_if_empty(RunReport& report, const image& picture);
+
 /// The program, the settings and the input files with their digests: what a result came from.
 nlohmann::json provenance(const dataSetInterface& data, const imagesList& images);
 

@@ -123,6 +123,7 @@ TEST_F(Chain, RunsOnTheWorkerAndReportsWhatItDid) {
     EXPECT_LT(json["alignment"]["max_absolute_error_px"].get<double>(), 0.01);
     EXPECT_EQ(json["conversion"]["wind_on_t"], point.flow.wind_on_t);
     EXPECT_GE(json["stages"].size(), 5u);
+    EXPECT_GT(json["peak_memory_bytes"].get<double>(), 1e6);
     EXPECT_GT(json["images"]["field_P"]["valid_share"].get<double>(), 0.3);
     // Two images, two darks, a flat field and two marker files, each with its digest.
     EXPECT_EQ(json["inputs"].size(), 7u);
@@ -317,6 +318,14 @@ TEST_F(Chain, FieldIsSavedWhereTheProjectSaysWithItsMarkers) {
     EXPECT_TRUE(same_bits(saved, *get_images().find(image_names::field)));
     EXPECT_FALSE(saved.markers.markers.empty());
     EXPECT_TRUE(std::filesystem::exists(folder / "pressure.mrk"));
+}
+
+TEST_F(Chain, DarkLevelAboveEveryPixelIsSaid) {
+    open_point({.width = 80, .height = 70},
+               {{std::string(keys::wind_on_sens_dark.path), any(1e6)}});
+    calculate();
+    EXPECT_THAT(report->warnings, Contains(HasSubstr("wind_on_sens_cor has no valid pixel")));
+    EXPECT_THAT(report->warnings, Contains(HasSubstr("field_P has no valid pixel")));
 }
 
 TEST_F(Chain, ConditionsThatMakeTheFieldWrongAreSaid) {
