@@ -21,7 +21,7 @@ image sample_image(const std::string& name, int width = 9, int height = 7) {
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             picture.values()(x, y) = 0.1f * static_cast<float>(x) + 10.0f * static_cast<float>(y);
-    picture.mask()(2, 3) = 1;
+    picture.mask()(2, 1) = 1;
     picture.name = name;
     picture.markers.markers = {{.x = 1.0 / 3, .y = 2, .f = 1e5, .id = 7},
                                {.x = 4, .y = 5.125, .active = false, .id = 9}};
@@ -54,7 +54,7 @@ TEST_F(ProjectTasks, ReadsImagesByRelativeNamesAndKnowsItsFile) {
     write_project();
     EXPECT_EQ(read(project), TaskOutcome::done);
     ASSERT_TRUE(get_images().find("wind_off_sens"));
-    EXPECT_EQ(get_images().find("wind_off_sens")->mask()(2, 3), 1);
+    EXPECT_EQ(get_images().find("wind_off_sens")->mask()(2, 1), 1);
     EXPECT_EQ(vyn::read(vyn_db(), keys::head_file), project.string());
     EXPECT_FALSE(vyn_db().modified());
 }
