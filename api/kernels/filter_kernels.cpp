@@ -52,14 +52,18 @@ void prepare(ConstPixelRow source, const std::uint8_t* region, RowLimits limits,
 }
 
 /// Sums of one group for all pixels; `at(i)` is where tap i of pixel 0 lies.
-template <Use earlier_sums, class At>
-inline void sum_group(At at, const float* factors, int taps, int x0, int x1, float* out) {
+template <Use earlier_sums, Use multiplication, class At>
+inline void sum_group(At at, [[maybe_unused]] const float* factors, int taps, int x0, int x1,
+                      float* out) {
     for (int x = x0; x < x1; x += unrolled * lanes) {
         vfloat sum[unrolled]{};
         for (int i = 0; i < taps; ++i) {
             const float* const from = at(i) + x;
             for (int k = 0; k < unrolled; ++k)
-                sum[k] += load<vfloat>(from + k * lanes) * factors[i];
+                if constexpr (multiplication == Use::yes)
+                    sum[k] += load<vfloat>(from + k * lanes) * factors[i];
+                else
+                    sum[k] += load<vfloat>(from + k * lanes);
         }
         for (int k = 0; k < unrolled; ++k) {
             float* const to = out + x + k * lanes;
@@ -69,15 +73,27 @@ inline void sum_group(At at, const float* factors, int taps, int x0, int x1, flo
     }
 }
 
-template <class At>
-inline void sum_taps(At at, const float* factors, int taps, int x0, int x1, float* out) {
+template <Use multiplication, class At>
+inline void sum_all(At at, const float* factors, int taps, int x0, int x1, float* out) {
     const int first = taps < group ? taps : group;
-    sum_group<Use::no>(at, factors, first, x0, x1, out);
+    sum_group<Use::no, multiplication>(at, factors, first, x0, x1, out);
     for (int start = first; start < taps; start += group) {
         const int count = taps - start < group ? taps - start : group;
-        sum_group<Use::yes>([&](int i) { return at(start + i); }, factors + start, count, x0, x1,
-                            out);
+        sum_group<Use::yes, multiplication>([&](int i) { return at(start + i); }, factors + start,
+                                            count, x0, x1, out);
     }
+}
+
+/// Factors of 1, those of plain means, need no multiplication: the bits are the same.
+template <class At>
+inline void sum_taps(At at, const float* factors, int taps, int x0, int x1, float* out) {
+    bool ones = true;
+    for (int i = 0; i < taps; ++i)
+        ones &= factors[i] == 1.0F;
+    if (ones)
+        sum_all<Use::no>(at, factors, taps, x0, x1, out);
+    else
+        sum_all<Use::yes>(at, factors, taps, x0, x1, out);
 }
 
 void sum_rows(const float* const* rows, const float* factors, int taps, int x0, int x1,
