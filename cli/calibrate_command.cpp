@@ -81,10 +81,7 @@ void save_all(const CalibrateOptions& options, const CalibrationReport& calibrat
 ExitStatus calibrate(const CalibrateOptions& options) {
     const Overwriting overwriting = options.force ? Overwriting::allowed : Overwriting::refused;
     for (const std::string& file : {options.calibration_file, options.report, options.results})
-        if (!file.empty()) {
-            check_folder_of(file);
-            check_target(file, overwriting);
-        }
+        check_output(file, overwriting);
     const std::string& unit = options.law.pressure_unit;
     if (unit != "Pa" && !is_pressure_unit(unit))
         throw UsageError("--unit " + unit + ": there is no such pressure unit");

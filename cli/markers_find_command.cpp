@@ -25,8 +25,7 @@ struct FindOptions {
 
 ExitStatus find(const FindOptions& options) {
     const DetectionOptions detection = detection_options(options.detection);
-    check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
-    check_folder_of(options.target);
+    check_output(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     const image picture = read_image(options.image);
     Progress progress;
     const MarkerSet set = find_markers(picture, detection, progress);
@@ -61,8 +60,7 @@ MarkerRefinement refinement_of(const RefineOptions& options) {
 }
 
 ExitStatus refine(const RefineOptions& options) {
-    check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
-    check_folder_of(options.target);
+    check_output(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     const image picture = read_image(options.image);
     MarkerSet set = read_marker_file(options.source, picture.height());
     const MarkerRefinement method = refinement_of(options);

@@ -51,8 +51,7 @@ SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
     const ImageFormat* format = get_2dio().by_extension(request.file);
     if (!format || !format->info().can_write)
         throw UsageError("--save " + text + ": no format writes files with this extension");
-    check_folder_of(request.file);
-    check_target(request.file, overwriting);
+    check_output(request.file, overwriting);
     return request;
 }
 
@@ -136,10 +135,7 @@ ExitStatus run(const RunOptions& options) {
     for (const std::string& text : options.saves)
         saves.push_back(parse_save(text, overwriting));
     for (const std::string& file : {options.report, options.save_project})
-        if (!file.empty()) {
-            check_folder_of(file);
-            check_target(file, overwriting);
-        }
+        check_output(file, overwriting);
 
     Runner runner;
     const auto report = std::make_shared<RunReport>();

@@ -30,12 +30,14 @@ void check_target(const std::filesystem::path& file, Overwriting overwriting) {
                         file.string() + " (--force replaces it)");
 }
 
-void check_folder_of(const std::filesystem::path& file) {
+void check_output(const std::filesystem::path& file, Overwriting overwriting) {
+    if (file.empty()) return;
     std::error_code ignored;
     const std::filesystem::path folder = file.parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
         throw FileError("cli/settings", __LINE__, "Can't open file for writing!",
                         file.string() + ": there is no folder " + folder.string());
+    check_target(file, overwriting);
 }
 
 }  // namespace vyn::cli

@@ -17,8 +17,8 @@ enum class Overwriting { refused, allowed };
 /// Raises FileError naming the file when it exists and may not be replaced.
 void check_target(const std::filesystem::path& file, Overwriting overwriting);
 
-/// Raises FileError naming the file when its folder does not exist: what would only show at the end
-/// of a long computation.
-void check_folder_of(const std::filesystem::path& file);
+/// The same, and raises FileError when its folder does not exist: for files that are written at the
+/// end of a long computation. An empty name means no such file is wanted.
+void check_output(const std::filesystem::path& file, Overwriting overwriting);
 
 }  // namespace vyn::cli

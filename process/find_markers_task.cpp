@@ -1,5 +1,7 @@
 #include "process/find_markers_task.h"
 
+#include <vector>
+
 #include "core/log.h"
 #include "process/raw_images.h"
 
@@ -9,7 +11,8 @@ TaskOutcome FindMarkersTask::run(TaskContext& context) {
     imagesList& images = get_images();
     dataSetInterface& data = vyn_db();
     const auto& [wind_off, wind_on, wind_off_reference, wind_on_reference] = raw_images();
-    TaskOutcome outcome = TaskOutcome::done;
+    std::vector<image> found;
+    bool complete = true;
     for (const RawImage* raw : {&wind_off, &wind_on}) {
         const std::shared_ptr<const image> picture = images.find(raw->name);
         if (!picture || !picture->markers.markers.empty() || !read(data, raw->marker_file).empty())
@@ -21,13 +24,15 @@ TaskOutcome FindMarkersTask::run(TaskContext& context) {
         get_log().write(3, std::string(raw->name) + ": " + std::to_string(count) + " dots found");
         if (count == 0) {
             warn(*report_, std::string(raw->name) + " shows no dots that could be markers");
-            outcome = TaskOutcome::failed;
+            complete = false;
             continue;
         }
-        images.add(std::move(marked));
-        write(data, keys::markers_geometry, 1);
+        found.push_back(std::move(marked));
     }
-    return outcome;
+    if (!found.empty()) write(data, keys::markers_geometry, 1);
+    for (image& marked : found)
+        images.add(std::move(marked));
+    return complete ? TaskOutcome::done : TaskOutcome::failed;
 }
 
 }  // namespace vyn

@@ -19,21 +19,22 @@ fs::path output_folder(dataSetInterface& data) {
     return folder.empty() ? project_folder(data) : fs::path(folder);
 }
 
+fs::path locate(const fs::path& name, const fs::path& folder) {
+    std::error_code ignored;
+    const fs::path first = name.is_relative() ? folder / name : name;
+    if (fs::exists(first, ignored)) return first;
+    const fs::path beside = folder / name.filename();
+    return name.is_absolute() && fs::exists(beside, ignored) ? beside : fs::path();
+}
+
 fs::path find_input(dataSetInterface& data, const std::string& file_name, std::string_view key) {
     const fs::path named = file_name;
     const fs::path folder = project_folder(data);
-    std::error_code ignored;
-    if (named.is_relative()) {
-        if (fs::exists(folder / named, ignored)) return folder / named;
-    } else {
-        if (fs::exists(named, ignored)) return named;
-        const fs::path beside = folder / named.filename();
-        if (fs::exists(beside, ignored)) {
-            get_log().write(3, file_name + " is not there; taken from beside the project file: " +
-                                   beside.string());
-            return beside;
-        }
-    }
+    const fs::path found = locate(named, folder);
+    if (named.is_absolute() && !found.empty() && found != named)
+        get_log().write(
+            3, file_name + " is not there; taken from beside the project file: " + found.string());
+    if (!found.empty()) return found;
     throw FileError("process/project_paths", __LINE__, "Can't open file for reading!",
                     (named.is_relative() ? folder / named : named).string() +
                         ": no such file (named by " + std::string(key) + ")");

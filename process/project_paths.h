@@ -13,6 +13,11 @@ std::filesystem::path project_folder(dataSetInterface& data);
 /// Where output files go: `project/head/dir`, or the project file's folder when that is empty.
 std::filesystem::path output_folder(dataSetInterface& data);
 
+/// Where a named file is: a relative name in the project's folder; a full path there, else beside
+/// the project file. Empty when nowhere.
+std::filesystem::path locate(const std::filesystem::path& name,
+                             const std::filesystem::path& project_folder);
+
 /// The file that a setting names. A relative name belongs to the project's folder; a full path that
 /// is missing is looked for beside the project file, with a log line. Raises FileError naming file
 /// and key when there is none.

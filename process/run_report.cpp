@@ -11,6 +11,7 @@
 #include "core/log.h"
 #include "core/version.h"
 #include "process/digest.h"
+#include "process/project_paths.h"
 #include "process/raw_images.h"
 
 namespace vyn {
@@ -34,8 +35,8 @@ json marker_files(const dataSetInterface& data) {
     for (const RawImage& raw : raw_images()) {
         const any named = data.value(raw.marker_file.path);
         if (!named.holds<std::string>() || named.get<std::string>().empty()) continue;
-        std::filesystem::path file = named.get<std::string>();
-        if (file.is_relative()) file = std::filesystem::path(project).parent_path() / file;
+        const std::filesystem::path file =
+            locate(named.get<std::string>(), std::filesystem::path(project).parent_path());
         std::error_code ignored;
         if (!std::filesystem::is_regular_file(file, ignored)) continue;
         files.push_back({{"image", raw.name},
