@@ -6,13 +6,10 @@ namespace vyn {
 
 namespace {
 
-/// The plane, const or not, after the check that it exists.
-template <class Plane>
-Plane& existing(Plane& plane, bool present, int line, const char* what, const image& picture) {
+void check_present(bool present, int line, const char* what, const image& picture) {
     if (!present)
         throw AlgoError("api/image", line, "Algorithm error!",
                         "the image '" + picture.name + "' has no " + what);
-    return plane;
 }
 
 std::string size_text(int width, int height) {
@@ -22,44 +19,54 @@ std::string size_text(int width, int height) {
 }  // namespace
 
 image::image(Bitmap<float> values, Bitmap<std::uint8_t> mask)
-    : values_(std::move(values)), mask_(std::move(mask)) {
+    : values_(SharedPlane(std::move(values))), mask_(SharedPlane(std::move(mask))) {
     check_planes();
 }
 
 Bitmap<float>& image::values() {
-    return existing(values_, has_values_, 335, "values", *this);
+    check_present(has_values_, 335, "values", *this);
+    return values_.edit();
 }
 const Bitmap<float>& image::values() const {
-    return existing(values_, has_values_, 335, "values", *this);
+    check_present(has_values_, 335, "values", *this);
+    return values_.get();
 }
 
 Bitmap<std::uint8_t>& image::mask() {
-    return existing(mask_, has_mask_, 343, "mask", *this);
+    check_present(has_mask_, 343, "mask", *this);
+    return mask_.edit();
 }
 const Bitmap<std::uint8_t>& image::mask() const {
-    return existing(mask_, has_mask_, 343, "mask", *this);
+    check_present(has_mask_, 343, "mask", *this);
+    return mask_.get();
 }
 
 Bitmap<std::uint8_t>& image::region() {
-    return existing(region_, has_region_, 351, "region plane", *this);
+    check_present(has_region_, 351, "region plane", *this);
+    return region_.edit();
 }
 const Bitmap<std::uint8_t>& image::region() const {
-    return existing(region_, has_region_, 351, "region plane", *this);
+    check_present(has_region_, 351, "region plane", *this);
+    return region_.get();
 }
 
 void image::set_values(Bitmap<float> values) {
-    values_ = std::move(values);
+    values_ = SharedPlane(std::move(values));
     has_values_ = true;
 }
 
 void image::set_mask(Bitmap<std::uint8_t> mask) {
-    mask_ = std::move(mask);
+    mask_ = SharedPlane(std::move(mask));
     has_mask_ = true;
 }
 
 void image::set_region(Bitmap<std::uint8_t> region) {
-    region_ = std::move(region);
+    region_ = SharedPlane(std::move(region));
     has_region_ = true;
+}
+
+bool image::shares_values_with(const image& other) const {
+    return values_.shares_with(other.values_);
 }
 
 void image::drop_values() {
@@ -78,8 +85,8 @@ void image::drop_region() {
 }
 
 void image::fill_region(std::uint8_t value) {
-    if (has_region_ && region_.same_size(values_))
-        region_.fill(value);
+    if (has_region_ && region_.get().same_size(values_.get()))
+        region_.edit().fill(value);
     else
         set_region(Bitmap<std::uint8_t>(width(), height(), value));
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "api/bitmap.h"
+#include "api/shared_plane.h"
 #include "markers/marker.h"
 
 namespace vyn {
@@ -21,21 +22,23 @@ struct Displacement {
 /// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole
 /// coordinates, x is the column and y the row.
 ///
-/// An excluded pixel (mask not 0) keeps its value; no computation reads it. Copying copies all
-/// planes.
+/// An excluded pixel (mask not 0) keeps its value; no computation reads it. Copies share their
+/// planes until one of them is written to.
 class image {
   public:
     image() = default;
     /// Planes of this size, values unspecified, all valid.
-    image(int width, int height) : values_(width, height), mask_(width, height, 0) {}
+    image(int width, int height)
+        : values_(Bitmap<float>(width, height)), mask_(Bitmap<std::uint8_t>(width, height, 0)) {}
     /// Takes both planes. Raises DimError when they differ in size.
     image(Bitmap<float> values, Bitmap<std::uint8_t> mask);
 
-    int width() const { return values_.width(); }
-    int height() const { return values_.height(); }
+    int width() const { return values_.get().width(); }
+    int height() const { return values_.get().height(); }
 
     /// The planes. Raise AlgoError when the plane does not exist; an empty image (width or height
-    /// 0) has its planes.
+    /// 0) has its planes. Those that may write make the plane the image's own; a reference to a
+    /// plane ends with the next such call.
     Bitmap<float>& values();
     const Bitmap<float>& values() const;
     Bitmap<std::uint8_t>& mask();  ///< 0 = valid, anything else = excluded (background)
@@ -50,6 +53,10 @@ class image {
     void set_values(Bitmap<float> values);
     void set_mask(Bitmap<std::uint8_t> mask);
     void set_region(Bitmap<std::uint8_t> region);
+    /// True when the values of both images are the same memory: nothing computed from values alone
+    /// can differ.
+    bool shares_values_with(const image& other) const;
+
     void drop_values();
     void drop_mask();
     void drop_region();
@@ -75,9 +82,9 @@ class image {
     std::shared_ptr<const Bitmap<std::uint8_t>> saturated;
 
   private:
-    Bitmap<float> values_;
-    Bitmap<std::uint8_t> mask_;
-    Bitmap<std::uint8_t> region_;
+    SharedPlane<float> values_;
+    SharedPlane<std::uint8_t> mask_;
+    SharedPlane<std::uint8_t> region_;
     bool has_values_ = true;
     bool has_mask_ = true;
     bool has_region_ = false;

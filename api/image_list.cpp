@@ -22,6 +22,7 @@ void imagesList::add(std::shared_ptr<const image> picture) {
     // The replaced image is freed outside the lock.
     const std::lock_guard lock(mutex_);
     images_[picture->name].swap(picture);
+    ++revision_;
 }
 
 bool imagesList::remove(std::string_view name) {
@@ -31,6 +32,7 @@ bool imagesList::remove(std::string_view name) {
     if (found == images_.end()) return false;
     removed = std::move(found->second);
     images_.erase(found);
+    ++revision_;
     return true;
 }
 
@@ -38,6 +40,7 @@ void imagesList::clear() {
     decltype(images_) removed;
     const std::lock_guard lock(mutex_);
     images_.swap(removed);
+    ++revision_;
 }
 
 std::vector<std::string> imagesList::names() const {
@@ -56,6 +59,11 @@ std::vector<std::shared_ptr<const image>> imagesList::all() const {
     for (const auto& [name, picture] : images_)
         result.push_back(picture);
     return result;
+}
+
+std::uint64_t imagesList::revision() const {
+    const std::lock_guard lock(mutex_);
+    return revision_;
 }
 
 imagesList& get_images() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -27,10 +28,13 @@ class imagesList {
     std::vector<std::string> names() const;
     /// Every image, in the order of the names.
     std::vector<std::shared_ptr<const image>> all() const;
+    /// Counts the changes of the list: a watcher that sees the same number has missed nothing.
+    std::uint64_t revision() const;
 
   private:
     mutable std::mutex mutex_;
     std::map<std::string, std::shared_ptr<const image>, std::less<>> images_;
+    std::uint64_t revision_ = 0;
 };
 
 /// The program's one image list.

@@ -27,6 +27,22 @@ function(vyn_library name kind)
     endif()
 endfunction()
 
+# vyn_ui_library(NAME SOURCES ... LINK ...): widgets; a target of its own, so that nothing headless can
+# reach them. Only what Qt 6 kept may be used.
+function(vyn_ui_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    vyn_library(${name} STATIC SOURCES ${ARG_SOURCES} LINK ${ARG_LINK} Qt5::Widgets)
+    vyn_use_qt(${name})
+endfunction()
+
+# Precompiled Qt headers, meta objects and resources for a target with widgets.
+function(vyn_use_qt name)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
+    target_compile_definitions(${name} PRIVATE
+        QT_DISABLE_DEPRECATED_BEFORE=0x060000 QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
+    target_precompile_headers(${name} PRIVATE <QtWidgets> <memory> <string> <vector>)
+endfunction()
+
 # vyn_kernels(TARGET FILE ...): compiles each file once per vector width, as namespaces
 # vyn::isa_base, vyn::isa_avx2 and vyn::isa_avx512 (macro VYN_ISA). The choice is made at run time;
 # contraction is off in all of them, so the bits are the same whatever was chosen.

@@ -102,7 +102,9 @@ void simpleNamedDataSet::set_value(std::string_view path, any value, bool is_def
     Node& node = create(root_, names);
     if (same(node.value, value)) return;
     node.value = std::move(value);
-    if (!is_default) modified_ = true;
+    if (is_default) return;
+    modified_ = true;
+    ++revision_;
 }
 
 any simpleNamedDataSet::value_or_create(std::string_view path, const any& fallback) {
@@ -124,6 +126,7 @@ void simpleNamedDataSet::remove(std::string_view path) {
     if (node == siblings.end()) return;
     siblings.erase(node);
     modified_ = true;
+    ++revision_;
 }
 
 void simpleNamedDataSet::clear() {
@@ -137,6 +140,7 @@ void simpleNamedDataSet::replace(const std::vector<std::pair<std::string, any>>&
     const std::lock_guard lock(mutex_);
     std::swap(root_, fresh);
     modified_ = false;
+    ++revision_;
 }
 
 void simpleNamedDataSet::for_each(
@@ -166,6 +170,11 @@ bool simpleNamedDataSet::modified() const {
 void simpleNamedDataSet::set_modified(bool modified) {
     const std::lock_guard lock(mutex_);
     modified_ = modified;
+}
+
+std::uint64_t simpleNamedDataSet::revision() const {
+    const std::lock_guard lock(mutex_);
+    return revision_;
 }
 
 simpleNamedDataSet& vyn_db() {

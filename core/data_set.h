@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -71,6 +72,9 @@ class dataSetInterface {
     /// True when a typed write or a removal changed something since the mark was last taken off.
     virtual bool modified() const = 0;
     virtual void set_modified(bool modified) = 0;
+    /// Counts the changes of the content (keys that a read creates do not count): a watcher that
+    /// sees the same number has missed nothing.
+    virtual std::uint64_t revision() const = 0;
 
     /// Typed read: the stored value when the node exists and has type T; otherwise the node is
     /// created holding the default, and the default is returned.
@@ -104,6 +108,7 @@ class simpleNamedDataSet final : public dataSetInterface {
     void for_each(const std::function<void(const std::string&, const any&)>& visit) const override;
     bool modified() const override;
     void set_modified(bool modified) override;
+    std::uint64_t revision() const override;
 
   private:
     struct Node {
@@ -120,6 +125,7 @@ class simpleNamedDataSet final : public dataSetInterface {
     mutable std::mutex mutex_;
     Node root_;
     bool modified_ = false;
+    std::uint64_t revision_ = 0;
 };
 
 /// The project's one data set: lives for the whole run, is only cleared and refilled.

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -76,6 +77,20 @@ image named(const std::string& name, float value) {
     return picture;
 }
 
+TEST(Image, CopiesShareTheirPlanesUntilOneIsWrittenTo) {
+    image first = named("first", 1);
+    image second = first;
+    EXPECT_TRUE(second.shares_values_with(first));
+    second.mask()(0, 0) = 1;
+    EXPECT_TRUE(second.shares_values_with(first));
+    EXPECT_EQ(std::as_const(first).mask()(0, 0), 0);
+    second.values()(0, 0) = 7;
+    EXPECT_FALSE(second.shares_values_with(first));
+    EXPECT_EQ(std::as_const(first).values()(0, 0), 1);
+    const float* own = &second.values()(0, 0);
+    EXPECT_EQ(&second.values()(0, 0), own);
+}
+
 TEST(ImageList, PublishesSnapshotsByName) {
     imagesList list;
     EXPECT_EQ(list.find("Iref"), nullptr);
@@ -102,8 +117,11 @@ TEST(ImageList, IsUsedByManyThreadsAtOnce) {
             threads.emplace_back([&list, t] {
                 for (int i = 0; i < 500; ++i) {
                     list.add(named(std::to_string(i % 7), static_cast<float>(t)));
-                    for (const auto& picture : list.all())
-                        EXPECT_EQ(picture->width(), 1);
+                    for (const auto& picture : list.all()) {
+                        image own = *picture;
+                        own.values()(0, 0) = -1;
+                        EXPECT_GE(picture->values()(0, 0), 0);
+                    }
                     list.remove(std::to_string((i + t) % 7));
                 }
             });

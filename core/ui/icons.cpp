@@ -1,0 +1,79 @@
+#include "core/ui/icons.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QIconEngine>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmap>
+#include <QSvgRenderer>
+
+#include "core/log.h"
+
+namespace vyn {
+
+namespace {
+
+/// Drawings are black where they take the colour of the text.
+QByteArray coloured(QByteArray drawing, const QColor& text) {
+    return drawing.replace("#000000", text.name().toLatin1());
+}
+
+QByteArray drawing_of(const QString& name) {
+    QFile file(QStringLiteral(":/icons/%1.svg").arg(QFileInfo(name).completeBaseName()));
+    if (!file.open(QIODevice::ReadOnly)) {
+        get_log().write(2, "There is no drawing " + name.toStdString());
+        return {};
+    }
+    return file.readAll();
+}
+
+/// Draws the source anew for each size, state and palette.
+class DrawingEngine final : public QIconEngine {
+  public:
+    explicit DrawingEngine(QByteArray drawing) : drawing_(std::move(drawing)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+        const QPalette palette = QGuiApplication::palette();
+        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+        QSvgRenderer renderer(coloured(drawing_, palette.color(group, QPalette::ButtonText)));
+        if (mode == QIcon::Disabled) painter->setOpacity(0.4);
+        renderer.render(painter, rect);
+        painter->setOpacity(1);
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap picture(size);
+        picture.fill(Qt::transparent);
+        QPainter painter(&picture);
+        paint(&painter, QRect(QPoint(0, 0), size), mode, state);
+        return picture;
+    }
+    QIconEngine* clone() const override { return new DrawingEngine(*this); }
+
+  private:
+    QByteArray drawing_;
+};
+
+}  // namespace
+
+QIcon vyn_icon(const QString& name) {
+    const QByteArray drawing = drawing_of(name);
+    return drawing.isEmpty() ? QIcon() : QIcon(new DrawingEngine(drawing));
+}
+
+QCursor vyn_cursor(const QString& name, double hot_x, double hot_y) {
+    constexpr int side = 32;
+    const QByteArray drawing = drawing_of(name);
+    if (drawing.isEmpty()) return {Qt::CrossCursor};
+    const double ratio = qApp->devicePixelRatio();
+    QPixmap picture(QSize(side, side) * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    QSvgRenderer(drawing).render(&painter, QRectF(0, 0, side, side));
+    painter.end();
+    return {picture, static_cast<int>(hot_x * side), static_cast<int>(hot_y * side)};
+}
+
+}  // namespace vyn
