@@ -1,4 +1,6 @@
 vyn_ui_tests(core_ui
     SOURCES
+        icons_test.cpp
         number_edit_test.cpp
     LINK vyn_core_ui)
+target_compile_definitions(test_core_ui PRIVATE VYN_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
