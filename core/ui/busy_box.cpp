@@ -28,12 +28,20 @@ bool has_errors(TaskOutcome outcome) {
 }  // namespace
 
 struct QBusyBox::Parts {
+    Parts(Worker& used_worker, QBusyBox* box)
+        : worker(used_worker),
+          animation(new QLabel(box)),
+          message(new QLabel(box)),
+          text(new QTextBrowser(box)),
+          abort_btn(new QPushButton(box)),
+          progress(new QProgressBar(box)) {}
+
     Worker& worker;
     QLabel* animation;
     QLabel* message;
     QTextBrowser* text;
-    QProgressBar* progress;
     QPushButton* abort_btn;
+    QProgressBar* progress;
 
     std::shared_ptr<Job> job;
     std::shared_ptr<BoxContext> context;
@@ -52,17 +60,7 @@ struct QBusyBox::Parts {
 QBusyBox::QBusyBox(Worker& worker, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                           Qt::WindowCloseButtonHint),
-      parts_(new Parts{worker,
-                       new QLabel(this),
-                       new QLabel(this),
-                       new QTextBrowser(this),
-                       new QProgressBar(this),
-                       new QPushButton(this),
-                       {},
-                       {},
-                       {},
-                       {},
-                       {}}) {
+      parts_(new Parts(worker, this)) {
     setObjectName(QStringLiteral("QBusyBox"));
     setWindowTitle(tr("Vyn, Processing"));
     parts_->animation->setObjectName(QStringLiteral("animation"));
