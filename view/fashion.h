@@ -22,8 +22,9 @@ struct VectorStyle {
 struct ColourChannels {
     static constexpr int count = 4;
     static constexpr int colour = 0;
-    int shown = 1;                         ///< a channel from 1, or `colour`
-    std::array<std::string, count> names;  ///< of the images; empty: none. The first is the viewer's
+    int shown = 1;  ///< a channel from 1, or `colour`
+    std::array<std::string, count>
+        names;  ///< of the images; empty: none. The first is the viewer's
     bool operator==(const ColourChannels&) const = default;
 };
 

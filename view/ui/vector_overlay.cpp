@@ -44,10 +44,9 @@ void VectorOverlay::paint(QPainter& painter, const ViewTransform& transform) con
     if (!style_.shown || !picture_ || !picture_->displacement) return;
     const Displacement& map = *picture_->displacement;
     const int step = std::max(map.step, 1);
-    const QRectF widget = painter.viewport();
-    const QPointF from = transform.to_image(widget.topLeft() / painter.device()->devicePixelRatioF());
-    const QPointF to =
-        transform.to_image(widget.bottomRight() / painter.device()->devicePixelRatioF());
+    const QRectF widget = painter.clipBoundingRect();
+    const QPointF from = transform.to_image(widget.topLeft());
+    const QPointF to = transform.to_image(widget.bottomRight());
     const Nodes columns = nodes_in_view(from.x(), to.x(), step, style_.u_skip,
                                         std::min(map.u.width(), map.v.width()));
     const Nodes rows = nodes_in_view(from.y(), to.y(), step, style_.v_skip,
@@ -58,7 +57,8 @@ void VectorOverlay::paint(QPainter& painter, const ViewTransform& transform) con
             const int x = c * step;
             const int y = r * step;
             if (picture_->mask().contains(x, y) && picture_->mask()(x, y)) continue;
-            const QPointF vector(static_cast<double>(map.u(c, r)), static_cast<double>(map.v(c, r)));
+            const QPointF vector(static_cast<double>(map.u(c, r)),
+                                 static_cast<double>(map.v(c, r)));
             add_arrow(arrows, transform.to_widget(QPointF(x, y)),
                       vector * style_.scale * transform.zoom);
         }
