@@ -114,7 +114,9 @@ TEST_P(Lut, CountsItsColoursInEightBits) {
     EXPECT_EQ(palette.entries[static_cast<std::size_t>(c.last)], c.top);
     const PaletteColour first = rgb(127, 0, 255);
     EXPECT_EQ(palette.entries[139] == lightened(first), c.pale_is_rebuilt);
-    if (c.triples > 3) EXPECT_EQ(palette.entries[13], rgb(127, 76, 255));  // 0.3 * 255 = 76.5
+    if (c.triples > 3) {
+        EXPECT_EQ(palette.entries[13], rgb(127, 76, 255));  // 0.3 * 255 = 76.5
+    }
     // A copy is no different.
     EXPECT_EQ(palette_array(palette), palette);
 }
