@@ -14,6 +14,7 @@ struct ViewTransform {
 
     QPointF to_widget(QPointF image) const { return (image - origin) * zoom; }
     QPointF to_image(QPointF widget) const { return widget / zoom + origin; }
+    bool operator==(const ViewTransform&) const = default;
 };
 
 /// A mouse event on the view.
