@@ -187,13 +187,16 @@ std::int32_t MarkerEdit::free_number() const {
     if (numbers.empty()) return 1;
     if (*numbers.rbegin() < std::numeric_limits<std::int32_t>::max()) return *numbers.rbegin() + 1;
     std::int32_t number = 1;
-    while (numbers.contains(number)) ++number;
+    while (numbers.contains(number))
+        ++number;
     return number;
 }
 
 std::string lost_in_text_format(const MarkerSet& set) {
     std::string lost;
-    const auto name = [&lost](const char* what) { lost += (lost.empty() ? "" : ", ") + std::string(what); };
+    const auto name = [&lost](const char* what) {
+        lost += (lost.empty() ? "" : ", ") + std::string(what);
+    };
     bool counted = true;
     bool has_f = false;
     bool has_z = false;

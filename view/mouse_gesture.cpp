@@ -61,9 +61,9 @@ MouseGesture::Event MouseGesture::release(Point place) {
     return finish();
 }
 
-/// The first press of a double click has set a corner already.
-MouseGesture::Event MouseGesture::double_click(Point) {
-    if (!active_ || kind_ != GestureKind::polygon) return Event::none;
+MouseGesture::Event MouseGesture::double_click(Point place) {
+    if (kind_ != GestureKind::polygon) return press(place);
+    if (!active_) return Event::none;
     places_.pop_back();
     places_.erase(std::unique(places_.begin(), places_.end()), places_.end());
     constexpr std::size_t fewest_corners = 3;

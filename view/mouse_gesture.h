@@ -32,6 +32,8 @@ class MouseGesture {
     Event press(Point place);
     Event move(Point place);
     Event release(Point place);
+    /// Comes in the place of the second press. Ends a polygon, whose last corner is the first
+    /// press.
     Event double_click(Point place);
     /// Escape, or another tool was chosen.
     Event cancel();

@@ -54,8 +54,8 @@ struct Interval {
     double to = 0;
 };
 
-/// Where row y meets the capsule of all points within `radius` of the line a..b: the hull of its two
-/// discs, cut by row y. The capsule is convex, so this is one interval.
+/// Where row y meets the capsule of all points within `radius` of the line a..b: the hull of its
+/// two discs, cut by row y. The capsule is convex, so this is one interval.
 Interval capsule_row(Point a, Point b, double radius, double y) {
     Interval row{1e300, -1e300};
     const auto cover = [&row](double from, double to) {
@@ -115,8 +115,8 @@ PixelRuns ellipse_runs(PictureSize size, Point corner, Point opposite) {
 PixelRuns polygon_runs(PictureSize size, std::span<const Point> corners) {
     PixelRuns runs;
     if (corners.size() < 3 || !all_finite(corners)) return runs;
-    const auto [top, bottom] = std::minmax_element(
-        corners.begin(), corners.end(), [](Point a, Point b) { return a.y < b.y; });
+    const auto [top, bottom] = std::minmax_element(corners.begin(), corners.end(),
+                                                   [](Point a, Point b) { return a.y < b.y; });
     const RowRange rows = rows_between(top->y, bottom->y, size);
     std::vector<double> crossings;
     std::vector<PixelRun> row;
@@ -167,7 +167,8 @@ PixelRuns threshold_runs(const image& picture, double low, double high) {
         for (int x = 0; x < picture.width(); ++x) {
             if (!inside(x)) continue;
             const int first = x;
-            while (x < picture.width() && inside(x)) ++x;
+            while (x < picture.width() && inside(x))
+                ++x;
             runs.push_back({y, first, x});
         }
     }

@@ -25,8 +25,8 @@ struct PictureSize {
     int height = 0;
 };
 
-/// The pixels of a picture whose centres lie in a shape; positions in pixels, they may lie anywhere.
-/// The rims of rectangle, ellipse and brush belong to the shape.
+/// The pixels of a picture whose centres lie in a shape; positions in pixels, they may lie
+/// anywhere. The rims of rectangle, ellipse and brush belong to the shape.
 PixelRuns rectangle_runs(PictureSize size, Point corner, Point opposite);
 /// The ellipse inscribed into that rectangle.
 PixelRuns ellipse_runs(PictureSize size, Point corner, Point opposite);

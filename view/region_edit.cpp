@@ -30,8 +30,7 @@ bool flips(RegionAction action, bool drawn, bool now) {
 
 }  // namespace
 
-RegionEdit::RegionEdit(image picture)
-    : picture_(std::move(picture)), history_(most_history_bytes) {
+RegionEdit::RegionEdit(image picture) : picture_(std::move(picture)), history_(most_history_bytes) {
     picture_.check_planes();
 }
 
@@ -43,8 +42,10 @@ bool RegionEdit::take(const image& picture) {
 
 bool RegionEdit::draw(RegionPlane plane, RegionAction action, const PixelRuns& runs) {
     const bool from_nothing = action == RegionAction::add || action == RegionAction::only;
-    Step step{plane, plane == RegionPlane::region && !picture_.has_region(),
-              static_cast<std::uint8_t>(from_nothing ? 0 : 1), {}};
+    Step step{plane,
+              plane == RegionPlane::region && !picture_.has_region(),
+              static_cast<std::uint8_t>(from_nothing ? 0 : 1),
+              {}};
     step.flipped = changes(step, action, runs);
     if (step.flipped.empty()) return false;
     step.flipped.shrink_to_fit();
@@ -66,7 +67,8 @@ PixelRuns RegionEdit::changes(const Step& step, RegionAction action, const Pixel
         for (; run != runs.end() && run->y == y; ++run)
             std::fill(drawn.begin() + run->first, drawn.begin() + run->last, std::uint8_t{1});
         const float* values = picture_.values().row(y);
-        const std::uint8_t* now = step.made_region ? made.data() : plane_of(picture_, step.plane).row(y);
+        const std::uint8_t* now =
+            step.made_region ? made.data() : plane_of(picture_, step.plane).row(y);
         for (int x = 0; x < width; ++x) {
             const bool locked = step.plane == RegionPlane::excluded && !std::isfinite(values[x]);
             if (locked || !flips(action, drawn[static_cast<std::size_t>(x)] != 0, now[x] != 0))
