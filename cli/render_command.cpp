@@ -113,7 +113,8 @@ Work prepare_render(CLI::App& app, const GlobalOptions&) {
                    "value of the last colour; default the 99.5 percentile");
     app.add_option("--scale", options->scale, "picture pixels per image pixel, default 1")
         ->check(CLI::Range(0.001, 100.0));
-    app.add_flag("--colour-bar,--color-bar", options->colour_bar, "draw the colours' values beside");
+    app.add_flag("--colour-bar,--color-bar", options->colour_bar,
+                 "draw the colours' values beside");
     app.add_option("--label", options->label,
                    "text along the colour bar: quantity and unit, such as \"Pressure, Pa\"");
     app.add_option("--title", options->title, "text above the picture");

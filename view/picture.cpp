@@ -149,8 +149,9 @@ void draw_colour_bar(const PictureOptions& options, const Layout& layout, Canvas
         texts = std::max(texts, text_width(text, h));
     }
     canvas.text(options.label, right + 0.9 * h + texts + 1.9 * h,
-                layout.bar_y + layout.bar_height / 2.0, h, black, Canvas::Align::centre,
-                Canvas::Direction::up);
+                layout.bar_y + layout.bar_height / 2.0,
+                std::min(h, h * layout.bar_height / std::max(text_width(options.label, h), 1.0)),
+                black, Canvas::Align::centre, Canvas::Direction::up);
 }
 
 void draw_markers(const image& picture, const PictureOptions& options, const Layout& layout,
