@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -55,8 +56,20 @@ inline constexpr const char* flat_refe = "flat_refe";
 inline constexpr const char* wind_on_sens_cor = "wind_on_sens_cor";
 inline constexpr const char* wind_off_sens_cor = "wind_off_sens_cor";
 inline constexpr const char* wind_on_sens_aligned = "wind_on_sens_aligned";
+inline constexpr const char* wind_off_refe_cor = "wind_off_refe_cor";
+inline constexpr const char* wind_on_refe_cor = "wind_on_refe_cor";
+inline constexpr const char* wind_on_refe_aligned = "wind_on_refe_aligned";
 inline constexpr const char* ratio = "Iref";
 inline constexpr const char* field = "field_P";
+/// What the program computes: not loaded from files, removed when what it came from changes.
+inline constexpr std::array results{wind_off_sens_cor,
+                                    wind_on_sens_cor,
+                                    wind_off_refe_cor,
+                                    wind_on_refe_cor,
+                                    wind_on_sens_aligned,
+                                    wind_on_refe_aligned,
+                                    ratio,
+                                    field};
 }  // namespace image_names
 
 }  // namespace vyn

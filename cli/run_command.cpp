@@ -14,6 +14,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "process/chain.h"
+#include "process/experiment_type.h"
 #include "process/find_markers_task.h"
 #include "process/project_tasks.h"
 #include "process/save_image_task.h"
@@ -55,16 +56,6 @@ SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
     return request;
 }
 
-/// Says which raw image is missing, when one is.
-std::string missing_raw_image(const imagesList& images) {
-    for (const auto& [name, key] : {std::pair{image_names::wind_off_sens, keys::wind_off_sens_file},
-                                    std::pair{image_names::wind_on_sens, keys::wind_on_sens_file}})
-        if (!images.find(name))
-            return std::string("nothing to calculate: ") + std::string(key.path) +
-                   " names no image";
-    return {};
-}
-
 /// Loads the project and runs the chain. The outcome is the worst of both.
 TaskOutcome compute(const RunOptions& options, Runner& runner,
                     const std::shared_ptr<RunReport>& report, std::string& failure) {
@@ -73,7 +64,7 @@ TaskOutcome compute(const RunOptions& options, Runner& runner,
     failure = runner.failure();
     if (outcome != TaskOutcome::done) return outcome;
 
-    failure = missing_raw_image(get_images());
+    failure = missing_input(vyn_db(), get_images());
     if (!failure.empty()) return TaskOutcome::failed;
     if (options.auto_markers) {
         outcome = runner.run(job_of(

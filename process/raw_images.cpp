@@ -150,8 +150,7 @@ std::vector<image> load_images(dataSetInterface& data, const imagesList& present
 
 void remove_results(imagesList& images) {
     bool removed = false;
-    for (const char* name : {names::wind_off_sens_cor, names::wind_on_sens_cor,
-                             names::wind_on_sens_aligned, names::ratio, names::field})
+    for (const char* name : names::results)
         removed |= images.remove(name);
     if (removed) get_log().write(4, "Removing Unneeded Images!");
 }

@@ -1,5 +1,6 @@
 #include "process/run_report.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <system_error>
@@ -175,10 +176,8 @@ json provenance(const dataSetInterface& data, const imagesList& images) {
         [&](const std::string& path, const any& value) { settings[path] = setting_json(value); });
     json inputs = marker_files(data);
     for (const auto& picture : images.all()) {
-        const bool loaded = std::string_view(picture->name).ends_with("_cor") == false &&
-                            picture->name != image_names::ratio &&
-                            picture->name != image_names::field &&
-                            picture->name != image_names::wind_on_sens_aligned;
+        const auto& results = image_names::results;
+        const bool loaded = std::ranges::find(results, picture->name) == results.end();
         if (loaded && !picture->file_sha256.empty())
             inputs.push_back({{"image", picture->name},
                               {"role", "image"},

@@ -43,7 +43,7 @@ QGroupBox* QVynAlign::marker_group() {
                                                                           {tr("3"), "3"}}));
     rows->add_row(tr("&Box Size:"), form().number(keys::markers_box.path), tr("px"));
     QCheckBox* by_place =
-        form().flag(keys::markers_geometry.path, tr("&Pair by place, whatever the numbers"));
+        form().flag(keys::markers_geometry.path, tr("P&air by place, whatever the numbers"));
     rows->add_wide(by_place);
     QWidget* link = form().choice(keys::markers_link.path, {{tr("By number or order"), "0"},
                                                             {tr("By nearest neighbour"), "1"}});
@@ -65,7 +65,7 @@ QGroupBox* QVynAlign::correlation_group() {
     note->setObjectName(QStringLiteral("qped_note"));
     note->setWordWrap(true);
     rows->add_wide(note);
-    rows->add_wide(form().flag(keys::qped_global.path, tr("&Global pass")));
+    rows->add_wide(form().flag(keys::qped_global.path, tr("Global pass")));
     rows->add_row(tr("&Iterations:"), form().number(keys::qped_iter.path));
     rows->add_row(tr("&Step:"), form().number(keys::qped_step.path), tr("px"));
     rows->add_row(tr("C&ell size:"), form().number(keys::qped_cell.path), tr("px"));
@@ -82,8 +82,8 @@ QGroupBox* QVynAlign::filter_group() {
     rows->add_row(tr("&Width:"), form().number(keys::filter_dx.path), tr("Hei&ght:"),
                   form().number(keys::filter_dy.path), new QLabel(tr("px")));
     rows->add_row(tr("&Passes:"), form().number(keys::filter_iter.path));
-    rows->add_row(tr("Exclude below:"), form().number(keys::filter_min.path), tr("counts"));
-    rows->add_row(tr("Clamp above:"), form().number(keys::filter_max.path), tr("counts"));
+    rows->add_row(tr("Excl&ude below:"), form().number(keys::filter_min.path), tr("counts"));
+    rows->add_row(tr("Clamp abo&ve:"), form().number(keys::filter_max.path), tr("counts"));
     rows->add_row(tr("Fill holes up to:"), form().number(keys::filter_fill.path), tr("%"));
     rows->add_row(tr("Value weighting:"), form().number(keys::filter_range.path), tr("%"));
     return group;
@@ -92,10 +92,10 @@ QGroupBox* QVynAlign::filter_group() {
 QGroupBox* QVynAlign::limit_group() {
     auto* group = new QGroupBox(tr("Ratio"));
     auto* rows = new FormGrid(group);
-    QCheckBox* clamp = form().flag(keys::filter_threshold.path, tr("Clamp to t&hresholds"));
+    QCheckBox* clamp = form().flag(keys::filter_threshold.path, tr("&Clamp to thresholds"));
     QWidget* low = form().number(keys::threshold_min.path);
     QWidget* high = form().number(keys::threshold_max.path);
-    QCheckBox* thin = form().flag(keys::filter_thinning.path, tr("Thi&nning"));
+    QCheckBox* thin = form().flag(keys::filter_thinning.path, tr("T&hinning"));
     QWidget* depth = form().number(keys::filter_thinning_depth.path);
     rows->add_wide(clamp);
     rows->add_row(tr("Mi&nimum:"), low);
@@ -114,7 +114,7 @@ QGroupBox* QVynAlign::limit_group() {
 QGroupBox* QVynAlign::resampling_group() {
     auto* group = new QGroupBox(tr("Resampling"));
     auto* rows = new FormGrid(group);
-    rows->add_row(tr("Sp&line degree:"),
+    rows->add_row(tr("Spline degree:"),
                   form().choice(keys::spline_degree.path,
                                 {{tr("2"), "2"}, {tr("3"), "3"}, {tr("4"), "4"}, {tr("5"), "5"}}));
     return group;

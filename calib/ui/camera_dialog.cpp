@@ -76,6 +76,8 @@ QHBoxLayout* QVynCamera::file_row() {
     auto* save = new QPushButton(vyn_icon(QStringLiteral("filesave.png")), tr("&Save..."));
     save->setObjectName(QStringLiteral("save_btn"));
     save->setToolTip(tr("Write the camera to a file"));
+    for (QPushButton* button : {open, save})
+        button->setAutoDefault(false);
     connect(open, &QPushButton::clicked, this, &QVynCamera::open_camera);
     connect(save, &QPushButton::clicked, this, &QVynCamera::save_camera);
     auto* row = new QHBoxLayout;

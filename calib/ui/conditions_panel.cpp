@@ -1,5 +1,7 @@
 #include "calib/ui/conditions_panel.h"
 
+#include <QPalette>
+
 #include "core/ui/setting_form.h"
 #include "process/law_conditions.h"
 
@@ -13,7 +15,7 @@ QString escaped(const std::string& text) {
 
 QString row_of(const LawConditions::Line& line) {
     return QStringLiteral(
-               "<tr><td>%1</td><td align=right>&nbsp;&nbsp;%2</td>"
+               "<tr style='white-space: nowrap'><td>%1</td><td align=right>&nbsp;&nbsp;%2</td>"
                "<td>&nbsp;&nbsp;&rarr;&nbsp;&nbsp;</td><td><b>%3</b></td></tr>")
         .arg(escaped(line.name), escaped(line.entered), escaped(line.in_law));
 }
@@ -33,18 +35,26 @@ QString html_of(const LawConditions& conditions) {
 
 }  // namespace
 
-ConditionsPanel::ConditionsPanel(QWidget* parent) : QLabel(parent) {
+ConditionsPanel::ConditionsPanel(QWidget* parent) : QTextEdit(parent) {
     setObjectName(QStringLiteral("conditions"));
-    setTextFormat(Qt::RichText);
-    setWordWrap(true);
-    setFrameShape(QFrame::StyledPanel);
-    setMargin(6);
-    setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    setTextInteractionFlags(Qt::TextSelectableByMouse);
+    setReadOnly(true);
+    setTabChangesFocus(true);
+    QPalette colours = palette();
+    colours.setBrush(QPalette::Base, colours.brush(QPalette::Window));
+    setPalette(colours);
+}
+
+QSize ConditionsPanel::sizeHint() const {
+    const int line = fontMetrics().lineSpacing();
+    return {26 * line, 13 * line};
+}
+
+QSize ConditionsPanel::minimumSizeHint() const {
+    return sizeHint() / 2;
 }
 
 void ConditionsPanel::show_conditions(dataSetInterface& settings) {
-    setText(html_of(law_conditions(settings)));
+    setHtml(html_of(law_conditions(settings)));
 }
 
 void ConditionsPanel::follow(dataSetInterface& settings, const SettingForm& form) {

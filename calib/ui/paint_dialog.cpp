@@ -79,30 +79,34 @@ QVynPaint::QVynPaint(dataSetInterface& settings, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(record_row, 1);
     layout->addWidget(conditions_);
-    layout->addWidget(buttons());
+    layout->addLayout(buttons());
 
     copy_content(settings, draft_);
     show_draft();
 }
 
-QWidget* QVynPaint::buttons() {
-    auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+QLayout* QVynPaint::buttons() {
+    auto* row = new QHBoxLayout;
     const auto add = [&](const QString& text, const char* icon, const char* name,
                          void (QVynPaint::*command)()) {
-        QPushButton* button = box->addButton(text, QDialogButtonBox::ActionRole);
+        auto* button = new QPushButton(text);
         button->setObjectName(QLatin1String(name));
+        button->setAutoDefault(false);
         if (icon) button->setIcon(vyn_icon(QLatin1String(icon)));
         connect(button, &QPushButton::clicked, this, command);
+        row->addWidget(button);
     };
     add(tr("&Open..."), "fileopen.png", "open_btn", &QVynPaint::open_paint);
     add(tr("&Save..."), "filesave.png", "save_btn", &QVynPaint::save_paint);
     add(tr("Ca&libration..."), nullptr, "calibration_btn", &QVynPaint::edit_calibration);
+    auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     box->button(QDialogButtonBox::Ok)->setText(tr("O&K"));
-    box->button(QDialogButtonBox::Ok)->setDefault(true);
     box->button(QDialogButtonBox::Cancel)->setText(tr("&Cancel"));
     connect(box, &QDialogButtonBox::accepted, this, &QVynPaint::accept);
     connect(box, &QDialogButtonBox::rejected, this, &QVynPaint::reject);
-    return box;
+    row->addStretch();
+    row->addWidget(box);
+    return row;
 }
 
 void QVynPaint::accept() {

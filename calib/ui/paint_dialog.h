@@ -21,7 +21,7 @@ class QVynPaint : public QDialog {
     void accept() override;
 
   private:
-    QWidget* buttons();
+    QLayout* buttons();
     void show_draft();
     void open_paint();
     void save_paint();

@@ -11,6 +11,11 @@
 
 #include "core/log.h"
 
+/// The resources of a static library are linked only where they are named, outside any namespace.
+static void load_drawings() {
+    Q_INIT_RESOURCE(icons);
+}
+
 namespace vyn {
 
 namespace {
@@ -21,6 +26,7 @@ QByteArray coloured(QByteArray drawing, const QColor& text) {
 }
 
 QByteArray drawing_of(const QString& name) {
+    [[maybe_unused]] static const bool loaded = (load_drawings(), true);
     QFile file(QStringLiteral(":/icons/%1.svg").arg(QFileInfo(name).completeBaseName()));
     if (!file.open(QIODevice::ReadOnly)) {
         get_log().write(2, "There is no drawing " + name.toStdString());

@@ -19,11 +19,11 @@ SettingDialog::Buttons SettingDialog::add_buttons(QBoxLayout& layout) {
     auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     Buttons buttons{box->button(QDialogButtonBox::Ok), box->button(QDialogButtonBox::Cancel)};
     buttons.ok->setText(tr("&OK"));
-    buttons.ok->setDefault(true);
     buttons.cancel->setText(tr("&Cancel"));
     connect(box, &QDialogButtonBox::accepted, this, &SettingDialog::accept);
     connect(box, &QDialogButtonBox::rejected, this, &SettingDialog::reject);
     layout.addWidget(box);
+    buttons.ok->setDefault(true);  // only now is the dialog there to hear of it
     return buttons;
 }
 

@@ -76,7 +76,7 @@ NumberEdit* SettingForm::number(std::string_view path, const char* name) {
         edit->set_range(info.allowed.low, info.allowed.high);
     edit->setMinimumWidth(edit->fontMetrics().horizontalAdvance(QStringLiteral("-1000000.00 ")));
     add({std::string(path), edit,
-         [edit](const std::string& value) { edit->setText(QString::fromStdString(value)); },
+         [edit](const std::string& value) { edit->set_number(parse_double(value).value_or(0)); },
          [edit, whole]() -> std::optional<std::string> {
              const std::optional<double> number = edit->number();
              if (!number) return std::nullopt;

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+#include <memory>
+#include <string>
+
+#include "core/worker.h"
+
+namespace vyn {
+
+/// Which pages there are; the project's settings say which one it needs (read_experiment_type).
+enum class ExperimentPageKind { single_channel, double_channel };
+
+/// The page of the main window on which one test point is set up and computed. It shows the
+/// project's settings and writes them; nothing of the project lives in it.
+class ExperimentPage : public QWidget {
+    Q_OBJECT
+  public:
+    using QWidget::QWidget;
+
+    /// The tab's label.
+    virtual QString label() const = 0;
+    /// Shows what the project holds now. Called after every change of the project from outside,
+    /// also while no project file is set (the page is disabled then).
+    virtual void refresh() = 0;
+    /// Runs the page's whole chain in the busy box. Results are not saved.
+    virtual void calculate_all() = 0;
+    /// Puts an image file in the place that its name suggests, asking where it is not clear (files
+    /// dropped on the window or given on the command line). False when the page has no use for it.
+    virtual bool take_image_file(const QString& file) = 0;
+
+  Q_SIGNALS:
+    /// An image of the image list, to be shown in a viewer; `flag`: it is a camera file.
+    void show_image(const std::string& name, bool flag, const QString& title);
+    /// The page changed settings or images.
+    void project_changed();
+};
+
+/// Null where the page does not exist.
+std::unique_ptr<ExperimentPage> make_experiment_page(ExperimentPageKind kind, Worker& worker,
+                                                     QWidget* parent);
+
+}  // namespace vyn
