@@ -20,7 +20,7 @@ struct LawConditions {
         std::string entered;  ///< number and unit as the user gave them
         std::string in_law;   ///< number and unit of the law; empty where nothing is converted
     };
-    std::vector<Line> lines;  ///< empty when the quantity asked for is the ratio itself
+    std::vector<Line> lines;           ///< empty when the quantity asked for is the ratio itself
     std::vector<std::string> remarks;  ///< for the user: what the field will suffer from
 };
 

@@ -49,6 +49,7 @@ QVynPaintCalibration::QVynPaintCalibration(dataSetInterface& settings, QWidget* 
     groups->addWidget(temperature_group(), 1, 1);
     groups->addWidget(test_group(), 2, 0);
     groups->addWidget(panel, 2, 1);
+    groups->setColumnStretch(1, 1);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(groups, 1);
     add_buttons(*layout);

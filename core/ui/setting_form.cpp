@@ -74,7 +74,7 @@ NumberEdit* SettingForm::number(std::string_view path, const char* name) {
     }
     if (info.allowed.kind == Allowed::Kind::range)
         edit->set_range(info.allowed.low, info.allowed.high);
-    edit->setMinimumWidth(edit->fontMetrics().horizontalAdvance(QStringLiteral("-1000000.00 ")));
+    edit->setMinimumWidth(edit->fontMetrics().horizontalAdvance(QStringLiteral("-1000000.0")));
     add({std::string(path), edit,
          [edit](const std::string& value) { edit->set_number(parse_double(value).value_or(0)); },
          [edit, whole]() -> std::optional<std::string> {
