@@ -25,6 +25,8 @@ QAdvFashionDlg::QAdvFashionDlg(const Fashion& fashion, const QStringList& names,
         changed.limits = tidy(limits);
         choose(changed);
     });
+    connect(this, &QFashionDlg::fashion_chosen, histogram_,
+            [this](const Fashion& chosen) { histogram_->set_limits(chosen.limits); });
     groups().addWidget(make_channel_group(names));
     show_fashion(fashion);
 }

@@ -6,14 +6,13 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSpinBox>
-#include <limits>
 
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/numbers.h"
 #include "core/ui/number_edit.h"
 #include "view/ui/palette_box.h"
+#include "view/ui/vector_form.h"
 
 namespace vyn {
 
@@ -132,30 +131,10 @@ QGroupBox* QFashionDlg::make_palette_group() {
 
 QGroupBox* QFashionDlg::make_vector_group() {
     vector_group_ = new QGroupBox(tr("Vector"));
-    auto* layout = new QHBoxLayout(vector_group_);
-    const auto add = [&](const QString& text, QWidget* field, const char* name,
-                         const QString& tip) {
-        auto* label = new QLabel(text);
-        label->setBuddy(field);
-        field->setObjectName(QLatin1String(name));
-        field->setToolTip(tip);
-        layout->addWidget(label);
-        layout->addWidget(field);
-    };
-    vector_scale_ = new NumberEdit;
-    vector_scale_->set_range(std::numeric_limits<double>::min(), 1e9);
-    add(tr("Vector scale:"), vector_scale_, "vector_scale",
-        tr("Image pixels drawn per pixel of displacement"));
-    u_skip_ = new QSpinBox;
-    v_skip_ = new QSpinBox;
-    for (QSpinBox* skip : {u_skip_, v_skip_}) {
-        skip->setRange(1, 10000);
-        connect(skip, QOverload<int>::of(&QSpinBox::valueChanged), this,
-                &QFashionDlg::read_widgets);
-    }
-    add(tr("U skip:"), u_skip_, "u_skip", tr("Every so many columns of vectors are drawn"));
-    add(tr("V skip:"), v_skip_, "v_skip", tr("Every so many rows of vectors are drawn"));
-    connect(vector_scale_, &QLineEdit::textChanged, this, &QFashionDlg::read_widgets);
+    auto* layout = new QVBoxLayout(vector_group_);
+    vectors_ = new VectorForm;
+    layout->addWidget(vectors_);
+    connect(vectors_, &VectorForm::style_chosen, this, &QFashionDlg::read_widgets);
     return vector_group_;
 }
 
@@ -205,9 +184,7 @@ void QFashionDlg::show_fashion(const Fashion& fashion) {
     };
     set(*minimum_, fashion.limits.minimum);
     set(*maximum_, fashion.limits.maximum);
-    set(*vector_scale_, fashion.vectors.scale);
-    u_skip_->setValue(fashion.vectors.u_skip);
-    v_skip_->setValue(fashion.vectors.v_skip);
+    vectors_->show_style(fashion.vectors);
     palettes_->refresh(fashion.palette);
     complaint_->setText(QString::fromStdString(complaint_about(fashion.limits)));
     writing_ = false;
@@ -215,16 +192,14 @@ void QFashionDlg::show_fashion(const Fashion& fashion) {
 
 bool QFashionDlg::sound() const {
     return minimum_->number() && maximum_->number() && complaint_->text().isEmpty() &&
-           (vector_scale_->number() || !vector_group_->isEnabled());
+           (vectors_->sound() || !vector_group_->isEnabled());
 }
 
 void QFashionDlg::read_widgets() {
     if (writing_) return;
     Fashion read = fashion_;
     read.palette = palettes_->chosen();
-    read.vectors.u_skip = u_skip_->value();
-    read.vectors.v_skip = v_skip_->value();
-    if (const auto scale = vector_scale_->number()) read.vectors.scale = *scale;
+    read.vectors = vectors_->style();
     const auto minimum = minimum_->number();
     const auto maximum = maximum_->number();
     QString complaint;

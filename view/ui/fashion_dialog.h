@@ -9,13 +9,13 @@ class QComboBox;
 class QGridLayout;
 class QGroupBox;
 class QLabel;
-class QSpinBox;
 class QVBoxLayout;
 
 namespace vyn {
 
 class NumberEdit;
 class PaletteBox;
+class VectorForm;
 
 /// Limits, palette and vectors of a viewer. Every sound change shows in the viewer at once; Apply
 /// keeps it, Restore brings back what was shown when the dialog opened, Cancel what was kept last.
@@ -77,9 +77,7 @@ class QFashionDlg : public QDialog {
     NumberEdit* low_percent_ = nullptr;
     NumberEdit* high_percent_ = nullptr;
     QGroupBox* vector_group_ = nullptr;
-    NumberEdit* vector_scale_ = nullptr;
-    QSpinBox* u_skip_ = nullptr;
-    QSpinBox* v_skip_ = nullptr;
+    VectorForm* vectors_ = nullptr;
     PaletteBox* palettes_ = nullptr;
 };
 
