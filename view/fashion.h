@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <memory>
 #include <string>
 
 #include "api/image.h"
@@ -32,18 +31,10 @@ struct ColourChannels {
 /// How an image is shown.
 struct Fashion {
     Limits limits;
-    /// Never null. Shared, because assigning to a palette keeps what lies beside its ramps.
-    std::shared_ptr<const palette_array> palette = std::make_shared<const palette_array>();
+    palette_array palette;
     VectorStyle vectors;
     ColourChannels channels;
-
-    void set_palette(const palette_array& chosen) {
-        palette = std::make_shared<const palette_array>(chosen);
-    }
-    bool operator==(const Fashion& other) const {
-        return limits == other.limits && *palette == *other.palette && vectors == other.vectors &&
-               channels == other.channels;
-    }
+    bool operator==(const Fashion&) const = default;
 };
 
 /// The limits to a thousandth or so of their range, so that they read well.
