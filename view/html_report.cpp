@@ -20,6 +20,10 @@ std::string number(std::int64_t value) {
     return std::to_string(value);
 }
 
+std::string pixels(double value) {
+    return format_general(value, 3);
+}
+
 std::string base64(std::span<const std::byte> bytes) {
     static constexpr char digits[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -95,42 +99,43 @@ std::string residuals(const MarkerMatch& match) {
     for (const std::size_t i : order)
         table.add({number(std::int64_t{match.pairs[i].reference_id}),
                    number(match.pairs[i].reference.x), number(match.pairs[i].reference.y),
-                   number(match.residuals[i].x), number(match.residuals[i].y),
-                   number(distance(i))});
+                   pixels(match.residuals[i].x), pixels(match.residuals[i].y),
+                   pixels(distance(i))});
     return table.html();
 }
 
-std::string alignment(const AlignmentCheck& check) {
-    const MarkerMatch& match = check.match;
-    std::string html = "<h3>" + html_escaped(check.what) + "</h3>\n";
-    if (!match.ok) return html + paragraph(match.failure);
-    html += paragraph(number(static_cast<std::int64_t>(match.pairs.size())) +
-                      " pairs of markers; residuals: root mean square " +
-                      number(match.mean_square_error) + " px, mean " +
-                      number(match.mean_absolute_error) + " px, maximum " +
-                      number(match.max_absolute_error) + " px at marker " +
-                      std::to_string(match.max_error_marker));
-    Table orders({"order of the mapping", "leave-one-out error, px"});
-    const auto& errors = match.orders.leave_one_out;
-    for (std::size_t order = 0; order < errors.size(); ++order)
-        if (errors[order])
-            orders.add(
-                {std::to_string(order) +
-                     (match.orders.suggested == static_cast<int>(order) ? " (smallest)" : ""),
-                 number(*errors[order])});
-    return html + orders.html() + "<p></p>\n" + residuals(match);
-}
-
+/// One row per alignment.
 std::string alignments(const PointCheck& check) {
+    Table table(
+        {"alignment", "pairs of markers", "root mean square, px", "largest, px", "at marker"});
+    for (const auto& [what, match] : check.alignments)
+        if (match.ok)
+            table.add({what, std::to_string(match.pairs.size()), pixels(match.mean_square_error),
+                       pixels(match.max_absolute_error), std::to_string(match.max_error_marker)});
+        else
+            table.add({what, std::to_string(match.pairs.size()), match.failure, "", ""});
     std::string html = heading("Alignment") + paragraph(verdict(check));
-    for (const AlignmentCheck& one : check.alignments)
-        html += alignment(one);
+    if (!check.alignments.empty()) html += table.html();
     if (check.consistency)
         html += paragraph("Consistency of the channels' alignments: root mean square " +
-                          number(check.consistency->rms) + " px, maximum " +
-                          number(check.consistency->max) + " px at " +
+                          pixels(check.consistency->rms) + " px, largest " +
+                          pixels(check.consistency->max) + " px at " +
                           std::to_string(check.consistency->points) + " markers");
     return html + paragraph(check.noise);
+}
+
+/// Leave-one-out errors and the residuals of every marker.
+std::string alignment_details(const AlignmentCheck& check) {
+    const MarkerMatch& match = check.match;
+    if (!match.ok) return {};
+    Table orders({"order of the mapping", "leave-one-out error, px"});
+    const auto& errors = match.orders.leave_one_out;
+    for (std::size_t order = 0; order < errors.size(); ++order) {
+        if (!errors[order]) continue;
+        const bool best = match.orders.suggested == static_cast<int>(order);
+        orders.add({std::to_string(order) + (best ? " (smallest)" : ""), pixels(*errors[order])});
+    }
+    return heading("Markers: " + check.what) + orders.html() + "<p></p>\n" + residuals(match);
 }
 
 std::string ports(const PointCheck& check) {
@@ -234,11 +239,13 @@ std::string html_report(const PointReport& report) {
         html += heading("Histogram of the field") + "<p>" + picture(report.histogram, "histogram") +
                 "</p>\n";
     if (check.conversion) html += conversion(*check.conversion);
-    html += stages(report) + heading("Inputs");
+    html += stages(report);
     Table inputs({"file", "SHA-256"});
     for (const auto& [file, digest] : report.inputs)
         inputs.add({file, digest});
-    return html + inputs.html() + paragraph("Made by " + report.program + ".") +
+    for (const AlignmentCheck& alignment : check.alignments)
+        html += alignment_details(alignment);
+    return html + heading("Inputs") + inputs.html() + paragraph("Made by " + report.program + ".") +
            "</body>\n</html>\n";
 }
 
