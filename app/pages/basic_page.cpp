@@ -39,6 +39,7 @@ BasicPage::BasicPage(Worker& worker, QWidget* parent)
     whole->addWidget(scroll_);
     connect(watcher_, &PageWatcher::looked, this, &BasicPage::show_look);
     build(experiment_type(vyn_db()));
+    watcher_->start();
 }
 
 BasicPage::~BasicPage() = default;
@@ -208,16 +209,6 @@ void BasicPage::refresh() {
     watcher_->look();
 }
 
-void BasicPage::showEvent(QShowEvent* event) {
-    ExperimentPage::showEvent(event);
-    watcher_->start();
-}
-
-void BasicPage::hideEvent(QHideEvent* event) {
-    ExperimentPage::hideEvent(event);
-    watcher_->stop();
-}
-
 void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
     if (look->state.type != type_) return;
     for (ImageCard* card : cards_)
@@ -233,6 +224,9 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
         summary.label->setToolTip(wrapped(text));
     }
     show_remarks(look->state);
+    for (const ResultEntry& result : look->state.results)
+        Q_EMIT result_looked_at(result.image, result.state.kind == ImageState::Kind::out_of_date,
+                                QString::fromStdString(result.state.reason));
 }
 
 void BasicPage::show_remarks(const PageState& state) {

@@ -35,10 +35,6 @@ class BasicPage : public ExperimentPage {
     /// Of the last computation that ran from here; null before.
     std::shared_ptr<const RunReport> report() const { return report_; }
 
-  protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
-
   private:
     struct StepButton {
         PageStep step;

@@ -5,6 +5,7 @@
 #include <QToolButton>
 
 #include "app/pages/input_row.h"
+#include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
 
 namespace vyn {
@@ -18,8 +19,7 @@ constexpr QSize preview_size{112, 84};
 ImageCard::ImageCard(const PageCard& card, QWidget* parent)
     : QGroupBox(QString::fromStdString(card.title), parent),
       raw_(card.raw),
-      preview_(new QToolButton(this)),
-      dark_(new NumberEdit(this)) {
+      preview_(new QToolButton(this)) {
     preview_->setObjectName(QString::fromStdString(card.stem + "_preview"));
     preview_->setIconSize(preview_size);
     preview_->setFixedSize(preview_size + QSize(8, 8));
@@ -41,6 +41,7 @@ ImageCard::ImageCard(const PageCard& card, QWidget* parent)
         connect(widget, &InputRow::view_wanted, this,
                 [this, image = row.input.image] { Q_EMIT view_wanted(image); });
     }
+    dark_ = new NumberEdit(this);
     dark_->setObjectName(QString::fromStdString(card.stem + "_dark_edit"));
     dark_->setToolTip(tr("Dark level in counts; pixels below it are excluded. 0: off"));
     dark_->setMaximumWidth(dark_->fontMetrics().averageCharWidth() * 14);
@@ -70,7 +71,8 @@ void ImageCard::show_look(const PageLook& look) {
     const auto picture = look.previews.find(raw_->name);
     const bool present = picture != look.previews.end();
     preview_->setEnabled(present);
-    preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second)) : QIcon());
+    preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second))
+                              : vyn_icon(QStringLiteral("thumbnail.png")));
 }
 
 void ImageCard::write_dark_level() {

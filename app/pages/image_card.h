@@ -35,7 +35,7 @@ class ImageCard : public QGroupBox {
     const RawImage* raw_;
     QToolButton* preview_;
     std::vector<InputRow*> rows_;
-    NumberEdit* dark_;
+    NumberEdit* dark_ = nullptr;
 };
 
 }  // namespace vyn

@@ -19,6 +19,8 @@ QToolButton* icon_button(const std::string& object_name, const char* icon, const
     button->setIcon(vyn_icon(QLatin1String(icon)));
     button->setToolTip(tip);
     button->setAccessibleName(tip);
+    const int side = std::max(16, button->fontMetrics().height());
+    button->setIconSize({side, side});
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::StrongFocus);
     return button;
