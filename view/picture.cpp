@@ -91,7 +91,8 @@ void draw_field(const image& picture, const PictureOptions& options, const Layou
     const colour_map colours(options.limits.minimum, options.limits.maximum, options.palette);
     const int fineness = options.scale < 1 ? 2 : 1;
     constexpr int strip = 64;
-    const auto fine_width = static_cast<std::size_t>(layout.field_width * fineness);
+    const auto fine_width =
+        static_cast<std::size_t>(layout.field_width) * static_cast<std::size_t>(fineness);
     std::vector<std::uint32_t> pixels(fine_width * strip * static_cast<std::size_t>(fineness));
     for (int y0 = 0; y0 < layout.field_height; y0 += strip) {
         const int rows = std::min(strip, layout.field_height - y0);
