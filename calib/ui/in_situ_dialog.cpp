@@ -107,7 +107,8 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
 }
 
 form_calibr_single::~form_calibr_single() {
-    delete viewer_;  // before the ports that it draws
+    edt_mrk_file->disconnect(this);  // it loses the focus when the window goes
+    delete viewer_;                  // before the ports that it draws
 }
 
 InSituOptions form_calibr_single::options() const {

@@ -23,11 +23,10 @@ TEST(AlignDialog, EverySettingOfTheTreeHasAnEdit) {
     simpleNamedDataSet settings;
     const QVynAlign dialog(settings);
     for (const KeyInfo& key : key_table())
-        if (key.path.starts_with(tree))
-            EXPECT_NE(
-                dialog.findChild<QWidget*>(QString::fromStdString(key.path.substr(tree.size()))),
-                nullptr)
-                << key.path;
+        if (key.path.starts_with(tree)) {
+            const auto name = QString::fromStdString(key.path.substr(tree.size()));
+            EXPECT_NE(dialog.findChild<QWidget*>(name), nullptr) << key.path;
+        }
     check_mnemonics(dialog);
 }
 

@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                                    return std::make_unique<QVynCamera>(settings, camera_tree);
                                },
                                "center_y_edit", camera_tree + "cy"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& instance) { return std::string(instance.param.name); });
 
 QString conditions(const QWidget& dialog) {
     return child<QTextEdit>(dialog, "conditions").toPlainText();
@@ -116,18 +116,14 @@ TEST(CameraDialog, FilesAndFieldsWithoutAnEditAreCarried) {
     ModalDriver driver;
     driver.expect<QFileDialog>([&](QFileDialog& files) {
         EXPECT_EQ(files.directory().absolutePath().toStdString(), folder.path().string());
-        child<QLineEdit>(files, "fileNameEdit").setText(QString::fromStdString(file));
-        files.accept();
+        choose_file(files, file);
     });
     child<QPushButton>(dialog, "open_btn").click();
     EXPECT_EQ(child<QLineEdit>(dialog, "dist_a2_edit").text(), QStringLiteral("-3e-09"));
     retype(child<QLineEdit>(dialog, "pixel_y_edit"), "0.0081");
 
     const std::string saved = folder / "saved.ini";
-    driver.expect<QFileDialog>([&](QFileDialog& files) {
-        child<QLineEdit>(files, "fileNameEdit").setText(QStringLiteral("saved"));
-        files.accept();
-    });
+    driver.expect<QFileDialog>([&](QFileDialog& files) { choose_file(files, "saved"); });
     child<QPushButton>(dialog, "save_btn").click();
     dialog.accept();
 
@@ -141,11 +137,8 @@ TEST(CameraDialog, FilesAndFieldsWithoutAnEditAreCarried) {
     EXPECT_EQ(written, camera);
 
     put_file(folder / "other.ini", "[paint]\nfocus=3\n");
-    driver.expect<QFileDialog>([&](QFileDialog& files) {
-        child<QLineEdit>(files, "fileNameEdit")
-            .setText(QString::fromStdString(folder / "other.ini"));
-        files.accept();
-    });
+    driver.expect<QFileDialog>(
+        [&](QFileDialog& files) { choose_file(files, folder / "other.ini"); });
     child<QPushButton>(dialog, "open_btn").click();
     ASSERT_EQ(driver.boxes.size(), 1U);
     EXPECT_THAT(driver.boxes[0].text, testing::HasSubstr("holds no camera"));
@@ -181,8 +174,7 @@ TEST(PaintDialog, UnknownVersionLeavesThePaintAsItWas) {
     ModalDriver driver;
     driver.expect<QFileDialog>([&](QFileDialog& files) {
         EXPECT_EQ(files.windowTitle(), QStringLiteral("Vyn Paint Calibration"));
-        child<QLineEdit>(files, "fileNameEdit").setText(QString::fromStdString(file));
-        files.accept();
+        choose_file(files, file);
     });
     child<QPushButton>(dialog, "open_btn").click();
     ASSERT_EQ(driver.boxes.size(), 1U);

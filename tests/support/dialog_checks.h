@@ -79,7 +79,7 @@ inline void check_mnemonics(const QWidget& window) {
         const int at = text.indexOf(QLatin1Char('&'));
         if (at < 0 || at + 1 >= text.size()) return;
         const QChar letter = text[at + 1].toLower();
-        EXPECT_TRUE(letters.insert(letter).second) << text.toStdString();
+        EXPECT_TRUE(letters.insert(letter).second) << '"' << text.toStdString() << '"';
     };
     for (const QLabel* label : window.findChildren<QLabel*>())
         if (label->buddy()) take(label->text());

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -21,7 +22,7 @@ class ModalDriver : public QObject {
     using Handler = std::function<void(QDialog&)>;
 
     ModalDriver() {
-        startTimer(10);
+        tick();
         deadline_.setSingleShot(true);
         deadline_.start(30000);
     }
@@ -44,8 +45,10 @@ class ModalDriver : public QObject {
     };
     std::vector<Box> boxes;
 
-  protected:
-    void timerEvent(QTimerEvent*) override {
+  private:
+    void tick() {
+        // A new timer each time: one does not fire while its own handler runs a dialog.
+        QTimer::singleShot(10, this, [this] { tick(); });
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (!dialog || dialog->objectName() == QLatin1String("QBusyBox")) return;
         if (!deadline_.isActive()) {
@@ -60,16 +63,23 @@ class ModalDriver : public QObject {
         } else if (!handlers_.empty() && dialog != handled_) {
             const Handler handler = std::move(handlers_.front());
             handlers_.erase(handlers_.begin());
-            handled_ = dialog;
+            QDialog* const outer = std::exchange(handled_, dialog);
             handler(*dialog);
-            handled_ = nullptr;
+            handled_ = outer;
         }
     }
 
-  private:
     std::vector<Handler> handlers_;
     QDialog* handled_ = nullptr;  ///< while its handler runs, which may open others
     QTimer deadline_;
 };
+
+/// Types a file's name into an open file dialog and confirms.
+inline void choose_file(QDialog& files, const std::string& name) {
+    auto* edit = files.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    ASSERT_NE(edit, nullptr);
+    edit->setText(QString::fromStdString(name));
+    files.accept();
+}
 
 }  // namespace vyn::test

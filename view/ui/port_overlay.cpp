@@ -22,7 +22,7 @@ void PortOverlay::set_ports(MarkerSet ports, int side) {
 }
 
 void PortOverlay::paint(QPainter& painter, const ViewTransform& transform) const {
-    const QRectF seen = painter.clipBoundingRect();
+    const QRectF seen = painter.viewport();
     // Light on a dark rim: readable on every palette.
     const QPen pens[] = {QPen(QColor(20, 20, 20), 3), QPen(Qt::white, 1)};
     painter.setBrush(Qt::NoBrush);
