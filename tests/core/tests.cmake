@@ -5,6 +5,7 @@ vyn_tests(core
         errors_test.cpp
         ini_file_test.cpp
         keys_test.cpp
+        log_file_test.cpp
         numbers_test.cpp
         project_file_test.cpp
         threads_test.cpp
