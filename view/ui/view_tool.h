@@ -14,6 +14,7 @@ struct ViewTransform {
 
     QPointF to_widget(QPointF image) const { return (image - origin) * zoom; }
     QPointF to_image(QPointF widget) const { return widget / zoom + origin; }
+    bool operator==(const ViewTransform&) const = default;
 };
 
 /// A mouse event on the view.
@@ -42,7 +43,8 @@ class ViewTool {
     virtual void paint(QPainter&, const ViewTransform&) const {}
 };
 
-/// Something drawn on the image: markers, vectors, a profile line.
+/// Something drawn on the image: markers, vectors, a profile line. The painter's clip is the
+/// widget.
 class ViewOverlay {
   public:
     virtual ~ViewOverlay() = default;

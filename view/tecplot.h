@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "api/image.h"
+#include "core/progress.h"
+
+namespace vyn {
+
+/// Writes the shown field as a point-ordered ASCII zone for a plotting package, replacing an old
+/// file atomically: after four lines of header one line per pixel, row after row, "x y value b" or
+/// "x y value u v b", numbers as short as reads back to the same bits. b = 1 marks background; a
+/// value that is no finite number is written as background 0, and pixels farther than a step from
+/// the vectors' grid get the vector 0.
+///
+/// Raises FileError "Can't open file for writing!", AlgoError for a missing plane, Aborted.
+void write_tecplot(const image& picture, const std::string& caption,
+                   const std::filesystem::path& file, Progress& progress);
+
+}  // namespace vyn

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <QMainWindow>
+#include <memory>
+#include <string>
+
+#include "api/image_list.h"
+#include "core/worker.h"
+#include "view/mouse_mode.h"
+
+namespace vyn {
+
+class GraphController;
+class MarkerController;
+class RegionController;
+class VynFieldView;
+struct ViewerActions;
+
+/// The window in which an image is shown in false colour, probed, zoomed, marked and exported.
+///
+/// It shows an image of a list by its name and follows when that image is replaced.
+class VynFieldViewer : public QMainWindow {
+    Q_OBJECT
+  public:
+    /// Shows the image of the program's list of that name. `flag`: the image is a camera picture,
+    /// whose file is never overwritten. Without a title the image's name stands in its place.
+    VynFieldViewer(Worker& worker, std::string image_name, bool flag, const QString& title,
+                   QWidget* parent = nullptr);
+    ~VynFieldViewer() override;
+
+    Worker& worker() const;
+    VynFieldView& view() const;
+    const ViewerActions& actions() const;
+    QMenu& image_menu() const;
+    QMenu& marker_menu() const;
+
+    const std::string& image_name() const;
+    /// A camera picture.
+    bool is_camera_image() const;
+    /// The image shown; null when there is none.
+    std::shared_ptr<const image> picture() const;
+    /// Publishes a changed copy of the image shown, under its name in the list it came from.
+    void replace_picture(image changed);
+
+    MouseMode mode() const;
+    void set_mode(MouseMode mode);
+
+    /// Marks the title: the image does not stand for the present settings and inputs any more.
+    void set_out_of_date(bool out_of_date, const QString& why);
+
+  public Q_SLOTS:
+    void open();
+    void save();
+    void saveAs();
+    void image_export();
+
+    void probe_mode();
+    void fashion();
+    void zoom_in_mode();
+    void zoom_out_mode();
+    void zoom_one_to_one();
+    void show_graph_mode();
+    void vector_draw_enable(bool enable);
+
+    void marker_add_mode();
+    void marker_move_mode();
+    void marker_revise_mode();
+    void marker_toggle_mode();
+    void marker_edit_mode();
+    void marker_del_mode();
+    void revise_all_markers();
+    void load_markers();
+    void save_markers();
+    void clear_markers();
+    void abjust_markers_options();
+
+    /// Shows the pixel under the pointer in the status line.
+    void show_probe(int x, int y, float value, bool background, bool in_roi, bool has_vectors,
+                    float u, float v);
+    /// Brings everything beside the view in line with the image shown.
+    void refresh();
+    void setModifiedChanged(bool modified);
+
+  private:
+    struct Parts;
+    void make_bars();
+    void make_modes();
+    void follow_image();
+
+    std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace vyn
