@@ -3,6 +3,7 @@ vyn_tests(core
         atomic_file_test.cpp
         data_set_test.cpp
         errors_test.cpp
+        file_lock_test.cpp
         ini_file_test.cpp
         keys_test.cpp
         log_file_test.cpp
