@@ -27,6 +27,9 @@ struct ImageWriteOptions {
     /// Integer formats: stretch the valid values to the full range instead of clipping them.
     enum class Scale { none, stretch };
     Scale scale = Scale::none;
+    /// PNG: bits of a pixel.
+    enum class Depth { eight_bit, sixteen_bit };
+    Depth depth = Depth::sixteen_bit;
     /// Program, settings and inputs behind the image (JSON), kept in the file's description.
     std::string provenance;
 };

@@ -1,0 +1,7 @@
+vyn_tests(view
+    SOURCES
+        line_profile_test.cpp
+        marker_edit_test.cpp
+        mouse_gesture_test.cpp
+        region_edit_test.cpp
+    LINK vyn_view)
