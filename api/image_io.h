@@ -27,11 +27,11 @@ struct ImageWriteOptions {
     /// Integer formats: stretch the valid values to the full range instead of clipping them.
     enum class Scale { none, stretch };
     Scale scale = Scale::none;
+    /// Program, settings and inputs behind the image (JSON), kept in the file's description.
+    std::string provenance;
     /// PNG: bits of a pixel.
     enum class Depth { eight_bit, sixteen_bit };
     Depth depth = Depth::sixteen_bit;
-    /// Program, settings and inputs behind the image (JSON), kept in the file's description.
-    std::string provenance;
 };
 
 /// How sure a format is that a file which it recognises by its head is its own.
