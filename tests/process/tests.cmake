@@ -3,6 +3,7 @@ vyn_tests(process
         chain_test.cpp
         field_comparison_test.cpp
         new_point_test.cpp
+        page_test.cpp
         project_test.cpp
         synthetic_point_test.cpp
     LINK vyn_process)
