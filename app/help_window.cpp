@@ -79,7 +79,7 @@ HelpWindow::HelpWindow(const QString& help_file)
     make_panels();
     make_tool_bar();
     resize(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 48);
-    const QList<QUrl> pages = engine_->files(name_space_, QStringList(), QStringLiteral("html"));
+    const QList<QUrl> pages = engine_->files(name_space_, QString(), QStringLiteral("html"));
     for (const QUrl& page : pages)
         if (page.fileName() == QLatin1String("README.html") ||
             page.fileName() == QLatin1String("index.html"))
@@ -93,7 +93,6 @@ HelpWindow::~HelpWindow() {
 }
 
 void HelpWindow::open_manual(const QString& help_file) {
-    engine_->setReadOnly(false);
     if (!engine_->setupData()) fail(help_file, engine_->error());
     name_space_ = QHelpEngineCore::namespaceName(help_file);
     if (name_space_.isEmpty()) fail(help_file, tr("not a help file"));

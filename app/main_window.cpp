@@ -63,10 +63,20 @@ ExperimentPageKind page_of(ExperimentType type) {
 }  // namespace
 
 struct VynLiteForm::Parts {
+    Parts(Worker& used_worker, VynLiteForm* window)
+        : worker(used_worker),
+          actions(window),
+          commands(new ProjectCommands(used_worker, window)),
+          recovery(new RecoveryKeeper(recovery_folder(), window)),
+          viewers(used_worker) {}
+
     Worker& worker;
+    MainActions actions;
+    ProjectCommands* commands;
+    RecoveryKeeper* recovery;
+    ViewerWindows viewers;
     QTabWidget* tasks = nullptr;
     QWidget* dummy_tab = nullptr;
-    std::unique_ptr<MainActions> actions;
     QLabel* project_label = nullptr;
     QLineEdit* dir_edit = nullptr;
     QLabel* calculate_label = nullptr;
@@ -76,9 +86,6 @@ struct VynLiteForm::Parts {
     QToolBar* tool_bar = nullptr;
     RecentFilesMenu* recent = nullptr;
 
-    ProjectCommands* commands = nullptr;
-    RecoveryKeeper* recovery = nullptr;
-    std::unique_ptr<ViewerWindows> viewers;
     std::unique_ptr<HelpWindow> help;
     QVynLog* log = nullptr;
     std::unique_ptr<ExperimentPage> page;
@@ -86,11 +93,8 @@ struct VynLiteForm::Parts {
 };
 
 VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
-    : QMainWindow(parent), parts_(new Parts{worker}) {
+    : QMainWindow(parent), parts_(new Parts(worker, this)) {
     setObjectName(QStringLiteral("VynLite"));
-    parts_->commands = new ProjectCommands(worker, this);
-    parts_->recovery = new RecoveryKeeper(recovery_folder(), this);
-    parts_->viewers = std::make_unique<ViewerWindows>(worker);
     make_center();
     make_bars();
     connect_actions();
@@ -118,7 +122,6 @@ void VynLiteForm::make_center() {
     parts_->dummy_tab = new QWidget(parts_->tasks);
     parts_->dummy_tab->setObjectName(QStringLiteral("dummy_tab"));
     parts_->tasks->addTab(parts_->dummy_tab, QString());
-    parts_->actions = std::make_unique<MainActions>(this);
     parts_->project_label = new QLabel(center);
     parts_->project_label->setObjectName(QStringLiteral("textLabel1_4"));
     parts_->dir_edit = new QLineEdit(center);
@@ -134,7 +137,7 @@ void VynLiteForm::make_center() {
 }
 
 void VynLiteForm::make_bars() {
-    const MainActions& actions = *parts_->actions;
+    const MainActions& actions = parts_->actions;
     menuBar()->setObjectName(QStringLiteral("MenuBar"));
     parts_->recent = new RecentFilesMenu(this);
     parts_->file_menu = menuBar()->addMenu(QString());
@@ -165,7 +168,7 @@ void VynLiteForm::make_bars() {
 }
 
 void VynLiteForm::connect_actions() {
-    const MainActions& actions = *parts_->actions;
+    const MainActions& actions = parts_->actions;
     const auto bind = [this](QAction* action, void (VynLiteForm::*slot)()) {
         connect(action, &QAction::triggered, this, slot);
     };
@@ -188,7 +191,7 @@ void VynLiteForm::connect_actions() {
     connect(commands, &ProjectCommands::opened, parts_->recent, &RecentFilesMenu::add);
     connect(commands, &ProjectCommands::changed, this, &VynLiteForm::update_state);
     connect(commands, &ProjectCommands::replaced, this, [this] {
-        parts_->viewers->close_all();
+        parts_->viewers.close_all();
         remove_page();
         update_state();
     });
@@ -215,7 +218,7 @@ void VynLiteForm::languageChange() {
     if (parts_->dummy_tab)
         parts_->tasks->setTabText(parts_->tasks->indexOf(parts_->dummy_tab),
                                   tr("Single Channel Basic"));
-    parts_->actions->set_texts();
+    parts_->actions.set_texts();
     parts_->project_label->setText(tr("<b>Project</b>:"));
     parts_->dir_edit->setToolTip(tr("Project File"));
     parts_->dir_edit->setAccessibleName(tr("Project File"));
@@ -231,7 +234,7 @@ void VynLiteForm::update_state() {
     const bool has_file = !file.empty();
     parts_->dir_edit->setText(QString::fromStdString(file));
     if (has_file) make_page();
-    const MainActions& actions = *parts_->actions;
+    const MainActions& actions = parts_->actions;
     for (QAction* action : {actions.file_save, actions.file_save_as, actions.new_point})
         action->setEnabled(has_file);
     actions.calculate_all->setEnabled(has_file && parts_->page);
@@ -271,7 +274,7 @@ void VynLiteForm::make_page() {
             [this](const std::string& name, bool flag, const QString& title) {
                 show_image(name, flag, title.toUtf8().constData());
             });
-    connect(page, &ExperimentPage::result_looked_at, parts_->viewers.get(), &ViewerWindows::mark);
+    connect(page, &ExperimentPage::result_looked_at, &parts_->viewers, &ViewerWindows::mark);
     connect(page, &ExperimentPage::project_changed, this, &VynLiteForm::update_title);
     parts_->tasks->insertTab(0, page, page->label());
     parts_->tasks->setCurrentWidget(page);
@@ -304,7 +307,7 @@ void VynLiteForm::closeEvent(QCloseEvent* event) {
     if (!go_on) return;
     QSettings().setValue(geometry_setting(), saveGeometry());
     parts_->recovery->stop();
-    parts_->viewers->close_all();
+    parts_->viewers.close_all();
     parts_->help.reset();
 }
 
@@ -443,7 +446,7 @@ void VynLiteForm::show_image(const std::string& name, bool flag, const char* tit
         report_failure(this, tr("There is no image \"%1\".").arg(QString::fromUtf8(title)));
         return;
     }
-    parts_->viewers->show(name, flag, QString::fromUtf8(title));
+    parts_->viewers.show(name, flag, QString::fromUtf8(title));
 }
 
 }  // namespace vyn

@@ -48,7 +48,10 @@ std::unique_ptr<ReadProjectTask> reading(const fs::path& file,
 }
 
 fs::path lock_file_of(const fs::path& project) {
-    return project.parent_path() / ("." + project.filename().string() + ".lock");
+    fs::path name(".");
+    name += project.filename();
+    name += ".lock";
+    return project.parent_path() / name;
 }
 
 fs::path present_file() {

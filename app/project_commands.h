@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "core/data_set.h"
 #include "core/file_lock.h"
 #include "core/task.h"
 #include "core/worker.h"

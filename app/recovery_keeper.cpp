@@ -22,6 +22,7 @@ RecoveryKeeper::RecoveryKeeper(std::filesystem::path folder, QObject* parent)
 
 RecoveryKeeper::~RecoveryKeeper() {
     if (writing_.valid()) writing_.wait();
+    if (!vyn_db().modified()) copy_.drop();
 }
 
 void RecoveryKeeper::look() {
