@@ -115,6 +115,8 @@ class VynFieldViewer : public QMainWindow {
     void restore_layout();
     /// The watched image is another one, or none any more.
     void follow_image();
+    /// Limits and vectors that suit an image shown for the first time.
+    void suggest_fashion(const image& picture);
     void fashion_changed();
     void apply_channels();
     void show_dialog(bool advanced);
