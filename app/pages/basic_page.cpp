@@ -321,6 +321,10 @@ bool BasicPage::run_dialog(QDialog& dialog) {
     return true;
 }
 
+void BasicPage::edit_camera() {
+    open_camera(keys::sens_camera);
+}
+
 void BasicPage::open_camera(std::string_view tree) {
     const bool signal = tree == keys::sens_camera;
     const InputFile& flat =

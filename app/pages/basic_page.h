@@ -31,6 +31,7 @@ class BasicPage : public ExperimentPage {
 
     void refresh() override;
     void calculate_all() override;
+    void edit_camera() override;
     bool take_image_file(const QString& file) override;
 
     /// Of the last computation that ran from here; null before.
