@@ -5,6 +5,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include "view/ui/edit_actions.h"
 #include "view/ui/field_view.h"
 #include "view/ui/graph_controller.h"
 #include "view/ui/image_watcher.h"
@@ -113,6 +114,7 @@ void VynFieldViewer::make_modes() {
     parts_->markers = new MarkerController(*this);
     parts_->graph = new GraphController(*this);
     parts_->region = new RegionController(*this);
+    new EditActions(*this, {parts_->markers});
 }
 
 Worker& VynFieldViewer::worker() const {
