@@ -115,7 +115,7 @@ void VynFieldViewer::make_modes() {
     parts_->markers = new MarkerController(*this);
     parts_->graph = new GraphController(*this);
     parts_->region = new RegionController(*this);
-    new EditActions(*this, {parts_->markers});
+    new EditActions(*this, {parts_->markers, parts_->region});
 }
 
 void VynFieldViewer::connect_view() {
