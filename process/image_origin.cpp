@@ -128,17 +128,17 @@ std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job) {
     return whole;
 }
 
-void note_files_saved(const std::string& name) {
-    const auto picture = get_images().find(name);
+void note_files_saved(dataSetInterface& data, imagesList& images, const std::string& name) {
+    const auto picture = images.find(name);
     const InputFile* input = input_of_image(name);
     if (!picture || !input || picture->origin.empty()) return;
     image noted = *picture;
-    ImageOrigin now = input_origin(vyn_db(), *input);
+    ImageOrigin now = input_origin(data, *input);
     for (const char* item : {"marker file", "mask file"}) {
         noted.origin.erase(item);
         if (auto found = now.extract(item)) noted.origin.insert(std::move(found));
     }
-    get_images().add(std::move(noted));
+    images.add(std::move(noted));
 }
 
 }  // namespace vyn

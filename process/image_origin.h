@@ -34,6 +34,6 @@ std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job);
 
 /// Tells that markers and masks of an image of the list agree with their files as they are now:
 /// after the window saved them. Nothing happens when the list has no such image.
-void note_files_saved(const std::string& image);
+void note_files_saved(dataSetInterface& data, imagesList& images, const std::string& image);
 
 }  // namespace vyn

@@ -8,6 +8,8 @@
 #include "core/errors.h"
 #include "core/log.h"
 #include "markers/marker_files.h"
+#include "process/experiment_type.h"
+#include "process/image_origin.h"
 #include "process/project_paths.h"
 #include "process/synthetic_geometry.h"
 
@@ -96,20 +98,23 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
     const auto [raw, corrected] = camera_origin(picture.name);
     saving.set_key = raw && (!corrected || read(data, raw->marker_file).empty());
     saving.camera_frame = corrected && (saving.set_key || is_marker_file(data, *raw, file));
-    const MarkerSet set = saving.camera_frame
-                              ? to_camera_frame(picture.markers, lens_of(data, raw->camera))
-                              : picture.markers;
+    const MarkerSet set =
+        saving.camera_frame
+            ? to_camera_frame(picture.markers, lens_of(data, camera_partner(data, *raw).camera))
+            : picture.markers;
     write_or_throw(file, set);
     if (saving.set_key && read(data, raw->marker_file) != file.string())
         write(data, raw->marker_file, file.string());
-    if (!saving.camera_frame) return saving;
-    get_log().write(
-        3, file.string() + ": markers of " + picture.name + " in raw pixels of " + raw->name);
-    if (const auto camera_picture = images.find(raw->name)) {
-        image marked = *camera_picture;
-        marked.markers = set;
-        images.add(std::move(marked));
+    if (saving.camera_frame) {
+        get_log().write(
+            3, file.string() + ": markers of " + picture.name + " in raw pixels of " + raw->name);
+        if (const auto camera_picture = images.find(raw->name)) {
+            image marked = *camera_picture;
+            marked.markers = set;
+            images.add(std::move(marked));
+        }
     }
+    if (raw) note_files_saved(data, images, raw->name);
     return saving;
 }
 
@@ -120,7 +125,7 @@ MarkerSet load_image_markers(dataSetInterface& data, const image& picture, const
     if (!result.detail.empty()) get_log().write(3, result.detail);
     const auto [raw, corrected] = camera_origin(picture.name);
     if (corrected && is_marker_file(data, *raw, file))
-        set = to_ideal_frame(std::move(set), lens_of(data, raw->camera));
+        set = to_ideal_frame(std::move(set), lens_of(data, camera_partner(data, *raw).camera));
     return set;
 }
 

@@ -1,0 +1,5 @@
+vyn_ui_tests(app
+    SOURCES
+        pages_test.cpp
+    LINK vyn_app)
+add_dependencies(test_app vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
