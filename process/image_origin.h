@@ -23,8 +23,8 @@ namespace vyn {
 /// there are left out.
 ImageOrigin input_origin(dataSetInterface& data, const InputFile& input);
 
-/// The origin of a result, given those of the images that it is made from: `origin_of` an image
-/// name.
+/// The origin of a result, given those of the images that it is made from: `origin_of` is asked for
+/// those in the list.
 ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std::string_view result,
                           const std::function<ImageOrigin(const std::string&)>& origin_of);
 

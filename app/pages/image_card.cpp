@@ -5,7 +5,8 @@
 #include <QToolButton>
 
 #include "app/pages/input_row.h"
-#include "core/ui/number_edit.h"
+#include "app/pages/setting_edit.h"
+#include "core/ui/icons.h"
 
 namespace vyn {
 
@@ -18,8 +19,7 @@ constexpr QSize preview_size{112, 84};
 ImageCard::ImageCard(const PageCard& card, QWidget* parent)
     : QGroupBox(QString::fromStdString(card.title), parent),
       raw_(card.raw),
-      preview_(new QToolButton(this)),
-      dark_(new NumberEdit(this)) {
+      preview_(new QToolButton(this)) {
     preview_->setObjectName(QString::fromStdString(card.stem + "_preview"));
     preview_->setIconSize(preview_size);
     preview_->setFixedSize(preview_size + QSize(8, 8));
@@ -41,9 +41,9 @@ ImageCard::ImageCard(const PageCard& card, QWidget* parent)
         connect(widget, &InputRow::view_wanted, this,
                 [this, image = row.input.image] { Q_EMIT view_wanted(image); });
     }
+    dark_ = new SettingEdit(raw_->dark_level, this);
     dark_->setObjectName(QString::fromStdString(card.stem + "_dark_edit"));
     dark_->setToolTip(tr("Dark level in counts; pixels below it are excluded. 0: off"));
-    dark_->setMaximumWidth(dark_->fontMetrics().averageCharWidth() * 14);
     auto* dark_label = new QLabel(tr("Dark level:"), this);
     dark_label->setBuddy(dark_);
     auto* dark_line = new QHBoxLayout;
@@ -56,30 +56,21 @@ ImageCard::ImageCard(const PageCard& card, QWidget* parent)
     grid->addLayout(dark_line, line, 2);
     grid->addWidget(preview_, 0, 0, line + 1, 1, Qt::AlignCenter);
     grid->setColumnStretch(2, 1);
-    connect(dark_, &QLineEdit::editingFinished, this, &ImageCard::write_dark_level);
+    connect(dark_, &SettingEdit::written, this, &ImageCard::settings_changed);
 }
 
 void ImageCard::show_look(const PageLook& look) {
     for (InputRow* row : rows_)
         row->show_state(look.state.rows.at(row->row().stem));
-    // What was typed and is no number yet stays.
-    if (!dark_->isModified()) {
-        const double level = read(vyn_db(), raw_->dark_level);
-        if (dark_->number() != level) dark_->set_number(level);
-    }
+    dark_->show_setting();
     const auto picture = look.previews.find(raw_->name);
     const bool present = picture != look.previews.end();
     preview_->setEnabled(present);
-    preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second)) : QIcon());
-}
-
-void ImageCard::write_dark_level() {
-    const std::optional<double> level = dark_->number();
-    if (!level) return;
-    dark_->setModified(false);
-    if (*level == read(vyn_db(), raw_->dark_level)) return;
-    write(vyn_db(), raw_->dark_level, *level);
-    Q_EMIT settings_changed();
+    const qint64 key = present ? picture->second.cacheKey() : 0;
+    if (key == shown_ && !preview_->icon().isNull()) return;
+    shown_ = key;
+    preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second))
+                              : vyn_icon(QStringLiteral("thumbnail.png")));
 }
 
 }  // namespace vyn

@@ -33,6 +33,7 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     auto* select = icon_button(stem + "_select", "fileopen", tr("Select a file"), this);
     const bool is_image =
         row_.input.role != InputFile::Role::markers && row_.input.role != InputFile::Role::mask;
+    if (is_image) view_ = icon_button(stem + "_view_btn", "thumbnail", tr("View the image"), this);
     remove_ = icon_button(stem + "_remove_btn", "remove", tr("Remove the file"), this);
 
     auto* line = new QHBoxLayout(this);
@@ -42,7 +43,6 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     line->addWidget(reload_);
     line->addWidget(select);
     if (is_image) {
-        view_ = icon_button(stem + "_view_btn", "thumbnail", tr("View the image"), this);
         line->addWidget(view_);
         connect(view_, &QToolButton::clicked, this, &InputRow::view_wanted);
     } else {

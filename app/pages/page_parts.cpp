@@ -19,6 +19,8 @@ QToolButton* icon_button(const std::string& object_name, const char* icon, const
     button->setIcon(vyn_icon(QLatin1String(icon)));
     button->setToolTip(tip);
     button->setAccessibleName(tip);
+    const int side = std::max(16, button->fontMetrics().height());
+    button->setIconSize({side, side});
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::StrongFocus);
     return button;
@@ -28,11 +30,6 @@ QPushButton* text_button(const char* object_name, const QString& text, QWidget* 
     auto* button = new QPushButton(text, parent);
     button->setObjectName(QLatin1String(object_name));
     return button;
-}
-
-void set_need(QPushButton& button, const std::string& missing, const QString& tip) {
-    button.setEnabled(missing.empty());
-    button.setToolTip(wrapped(missing.empty() ? tip : QString::fromStdString(missing)));
 }
 
 QString wrapped(const QString& text) {

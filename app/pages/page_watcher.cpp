@@ -44,10 +44,6 @@ void PageWatcher::start() {
     look();
 }
 
-void PageWatcher::stop() {
-    timer_.stop();
-}
-
 void PageWatcher::tick() {
     if (!idle_flag()) return;
     const bool changed =

@@ -32,7 +32,6 @@ class PageWatcher : public QObject {
     ~PageWatcher() override;
 
     void start();
-    void stop();
     /// Looks as soon as possible, whether or not something changed.
     void look();
 

@@ -11,12 +11,12 @@
 #include <qwt_scale_div.h>
 
 #include "core/ui/number_edit.h"
-#include "tests/support/viewer_fixture.h"
+#include "tests/view_ui/edit_fixture.h"
 
 namespace vyn {
 namespace {
 
-class Graph : public test::ViewerTest {
+class Graph : public test::EditTest {
   protected:
     static image ramp() {
         image picture(90, 70);

@@ -11,12 +11,12 @@
 #include "calib/camera.h"
 #include "core/keys.h"
 #include "tests/support/full_disk.h"
-#include "tests/support/viewer_fixture.h"
+#include "tests/view_ui/edit_fixture.h"
 
 namespace vyn {
 namespace {
 
-class MarkerFiles : public test::ViewerTest {
+class MarkerFiles : public test::EditTest {
   protected:
     /// Bright paint, markers 1 and 2.
     static image marked() {

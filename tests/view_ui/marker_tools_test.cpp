@@ -8,7 +8,7 @@
 
 #include "core/keys.h"
 #include "core/ui/number_edit.h"
-#include "tests/support/viewer_fixture.h"
+#include "tests/view_ui/edit_fixture.h"
 #include "view/ui/marker_info.h"
 
 namespace vyn {
@@ -34,7 +34,7 @@ image one_bright_pixel(int x, int y) {
     return picture;
 }
 
-class MarkerTools : public test::ViewerTest {
+class MarkerTools : public test::EditTest {
   protected:
     static constexpr Point first{20.3, 20.4};
     static constexpr Point second{50.2, 30.7};

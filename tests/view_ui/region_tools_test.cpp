@@ -9,12 +9,12 @@
 #include "core/keys.h"
 #include "core/ui/number_edit.h"
 #include "process/raw_images.h"
-#include "tests/support/viewer_fixture.h"
+#include "tests/view_ui/edit_fixture.h"
 
 namespace vyn {
 namespace {
 
-class RegionTools : public test::ViewerTest {
+class RegionTools : public test::EditTest {
   protected:
     void show_ramp() {
         image picture(90, 70);

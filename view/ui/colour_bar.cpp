@@ -43,6 +43,7 @@ void ColourBar::set_fashion(const Fashion& fashion) {
 
 void ColourBar::set_label(const QString& label) {
     label_ = label;
+    updateGeometry();
     update();
 }
 
@@ -51,7 +52,11 @@ QSize ColourBar::sizeHint() const {
     int widest = fontMetrics().horizontalAdvance(QStringLiteral("-00.00"));
     for (const auto& text : ticks.texts)
         widest = std::max(widest, fontMetrics().horizontalAdvance(QString::fromStdString(text)));
-    return {static_cast<int>(2 * margin + bar_width + 2 * tick_length) + widest, 200};
+    const int with_ticks = static_cast<int>(2 * margin + bar_width + 2 * tick_length) + widest;
+    const int longest_label = fontMetrics().averageCharWidth() * 20;
+    const int with_label = std::min(fontMetrics().horizontalAdvance(label_), longest_label) +
+                           static_cast<int>(2 * margin);
+    return {std::max(with_ticks, with_label), 200};
 }
 
 QSize ColourBar::minimumSizeHint() const {
@@ -77,7 +82,7 @@ void ColourBar::paintEvent(QPaintEvent*) {
     painter.drawText(
         QRectF(margin, margin / 2, width() - margin, line), Qt::AlignLeft | Qt::AlignVCenter,
         fontMetrics().elidedText(label_, Qt::ElideRight, static_cast<int>(width() - margin)));
-    painter.drawImage(bar, ramp_picture(fashion_.palette, Qt::Vertical));
+    painter.drawImage(bar, ramp_picture(*fashion_.palette, Qt::Vertical));
     painter.drawRect(bar);
 
     const Limits& limits = fashion_.limits;
@@ -120,7 +125,6 @@ void ColourBar::mouseMoveEvent(QMouseEvent* event) {
     const double range = grip_limits_.maximum - grip_limits_.minimum;
     const double by = (event->localPos().y() - grip_y_) / ramp().height();
     Limits moved = grip_limits_;
-    // An end follows the pointer: the colour that was there goes along with it.
     if (grip_ == Grip::maximum) moved.maximum -= std::min(by, 0.99) * range;
     if (grip_ == Grip::minimum) moved.minimum -= std::max(by, -0.99) * range;
     if (grip_ == Grip::both) {

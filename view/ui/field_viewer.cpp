@@ -5,6 +5,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
+#include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -18,6 +19,13 @@
 
 namespace vyn {
 
+namespace {
+
+const QString geometry_setting = QStringLiteral("viewer/geometry");
+const QString panels_setting = QStringLiteral("viewer/panels");
+
+}  // namespace
+
 VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag,
                                const QString& title, QWidget* parent)
     : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
@@ -27,15 +35,19 @@ VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag
     make_bars();
     make_modes();
     connect_view();
-    resize(1100, 760);
+    restore_layout();
     show_from({std::shared_ptr<void>(), &get_images()}, image_name,
               flag ? PictureOrigin::camera : PictureOrigin::computed, title);
     set_mode(MouseMode::probe);
 }
 
 VynFieldViewer::~VynFieldViewer() {
-    // The tools go before the view does.
+    // What draws on the view goes before it does.
     parts_->view->set_tool(nullptr);
+    delete parts_->fashion_dialog;
+    delete parts_->region;
+    delete parts_->graph;
+    delete parts_->markers;
     parts_->comparison->disconnect(this);
     parts_->view->disconnect(this);
 }
@@ -64,6 +76,19 @@ void VynFieldViewer::make_panels() {
     parts_->state_label = new QLabel;
     parts_->state_label->setObjectName(QStringLiteral("state"));
     statusBar()->addPermanentWidget(parts_->state_label);
+}
+
+void VynFieldViewer::restore_layout() {
+    const QSettings settings;
+    if (!restoreGeometry(settings.value(geometry_setting).toByteArray())) resize(1100, 760);
+    restoreState(settings.value(panels_setting).toByteArray());
+}
+
+void VynFieldViewer::closeEvent(QCloseEvent* event) {
+    QSettings settings;
+    settings.setValue(geometry_setting, saveGeometry());
+    settings.setValue(panels_setting, saveState());
+    QMainWindow::closeEvent(event);
 }
 
 void VynFieldViewer::make_bars() {
@@ -99,6 +124,9 @@ void VynFieldViewer::make_bars() {
     parts_->image_menu->addActions({a.link, a.blink, a.difference});
     parts_->image_menu->addSeparator();
     parts_->image_menu->addActions({a.copy_picture, a.copy_pixel});
+    parts_->image_menu->addSeparator();
+    parts_->image_menu->addAction(
+        findChild<QDockWidget*>(QStringLiteral("function bar"))->toggleViewAction());
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
 }

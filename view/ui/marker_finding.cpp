@@ -39,6 +39,7 @@ MarkerFindingDialog::MarkerFindingDialog(VynFieldViewer& viewer, MarkerControlle
       markers_(markers),
       found_(std::make_shared<MarkerSet>()),
       overlay_(found_colour),
+      shown_(viewer.view(), overlay_),
       polarity_(new QComboBox(this)),
       min_size_(size_edit("min_size", DetectionOptions().min_size, this)),
       max_size_(size_edit("max_size", DetectionOptions().max_size, this)),
@@ -82,16 +83,11 @@ MarkerFindingDialog::MarkerFindingDialog(VynFieldViewer& viewer, MarkerControlle
     column->addLayout(form);
     column->addWidget(buttons);
 
-    viewer_.view().add_overlay(&overlay_);
     connect(&viewer_.view(), &VynFieldView::updated, this, [this] {
         const auto shown = viewer_.picture();
         if (!searched_ || !shown || !searched_->shares_values_with(*shown)) forget_found();
     });
     forget_found();
-}
-
-MarkerFindingDialog::~MarkerFindingDialog() {
-    viewer_.view().remove_overlay(&overlay_);
 }
 
 void MarkerFindingDialog::find() {

@@ -5,6 +5,7 @@
 
 #include "api/image.h"
 #include "view/ui/marker_overlay.h"
+#include "view/ui/scoped_overlay.h"
 
 class QCheckBox;
 class QComboBox;
@@ -24,7 +25,6 @@ class MarkerFindingDialog : public QDialog {
     Q_OBJECT
   public:
     MarkerFindingDialog(VynFieldViewer& viewer, MarkerController& markers);
-    ~MarkerFindingDialog() override;
 
   public Q_SLOTS:
     void find();
@@ -39,6 +39,7 @@ class MarkerFindingDialog : public QDialog {
     std::shared_ptr<const image> searched_;
     std::shared_ptr<MarkerSet> found_;
     MarkerOverlay overlay_;
+    ScopedOverlay shown_;
 
     QComboBox* polarity_;
     NumberEdit* min_size_;

@@ -45,6 +45,7 @@ MarkerPairingDialog::MarkerPairingDialog(VynFieldViewer& viewer, MarkerControlle
       viewer_(viewer),
       markers_(markers),
       match_(std::make_shared<MarkerMatch>()),
+      shown_(viewer.view(), overlay_),
       partner_(new QComboBox(this)),
       method_(new QComboBox(this)),
       order_(new QSpinBox(this)),
@@ -91,15 +92,10 @@ MarkerPairingDialog::MarkerPairingDialog(VynFieldViewer& viewer, MarkerControlle
     column->addWidget(report_);
     column->addWidget(buttons);
 
-    viewer_.view().add_overlay(&overlay_);
     connect(&markers_, &MarkerController::markers_changed, this,
             &MarkerPairingDialog::forget_pairs);
     forget_pairs();
     if (partner_->count() == 0) report_->setPlainText(tr("No other image has markers."));
-}
-
-MarkerPairingDialog::~MarkerPairingDialog() {
-    viewer_.view().remove_overlay(&overlay_);
 }
 
 void MarkerPairingDialog::forget_pairs() {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "align/marker_alignment.h"
-#include "view/ui/view_tool.h"
+#include "view/ui/scoped_overlay.h"
 
 class QComboBox;
 class QLabel;
@@ -30,7 +30,6 @@ class MarkerPairingDialog : public QDialog {
     Q_OBJECT
   public:
     MarkerPairingDialog(VynFieldViewer& viewer, MarkerController& markers);
-    ~MarkerPairingDialog() override;
 
   public Q_SLOTS:
     void pair();
@@ -43,6 +42,7 @@ class MarkerPairingDialog : public QDialog {
     MarkerController& markers_;
     std::shared_ptr<MarkerMatch> match_;
     PairOverlay overlay_;
+    ScopedOverlay shown_;
 
     QComboBox* partner_;
     QComboBox* method_;

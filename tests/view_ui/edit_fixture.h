@@ -1,40 +1,27 @@
 #pragma once
 
-#include <QApplication>
-#include <QDialog>
-#include <QMenu>
-#include <QMessageBox>
-#include <QTest>
-#include <QTimer>
 #include <functional>
 
 #include "api/point.h"
-#include "tests/support/project_fixture.h"
-#include "view/ui/field_view.h"
-#include "view/ui/field_viewer.h"
+#include "tests/view_ui/viewer_fixture.h"
 
 namespace vyn::test {
 
-/// A viewer on an image of the project, driven by the mouse.
-class ViewerTest : public ProjectTest {
+/// A viewer on one image of the project, which is edited with the mouse.
+class EditTest : public ViewerTest {
   protected:
-    ~ViewerTest() override { delete viewer; }
-
     void show(image picture, const char* name) {
         picture.name = name;
         get_images().add(std::move(picture));
-        viewer = new VynFieldViewer(worker, name, true, QStringLiteral("Test"));
-        viewer->resize(900, 700);
-        viewer->show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(viewer));
+        viewer = &ViewerTest::show(name, true, QStringLiteral("Test"));
+        viewer->resize(1100, 760);
+        QApplication::processEvents();
         // Whole widget pixels stand for image pixels, so that clicks are exact.
         viewer->view().set_transform({8, QPointF(-0.5, -0.5)});
     }
     VynFieldView& view() const { return viewer->view(); }
 
-    QPoint at(double x, double y) const {
-        return view().transform().to_widget(QPointF(x, y)).toPoint();
-    }
+    QPoint at(double x, double y) const { return ViewerTest::at(*viewer, x, y); }
     void click(double x, double y, Qt::MouseButton button = Qt::LeftButton) {
         QTest::mouseClick(&view(), button, Qt::NoModifier, at(x, y));
     }
@@ -90,7 +77,6 @@ class ViewerTest : public ProjectTest {
     }
 
     QObject answers;  ///< owner of those that wait; they end with the test
-    Worker worker;
     VynFieldViewer* viewer = nullptr;
     int promised = 0;
     int answered = 0;
