@@ -12,7 +12,7 @@ ViewerWindows::~ViewerWindows() {
 
 VynFieldViewer* ViewerWindows::find(const std::string& name) const {
     for (const QPointer<VynFieldViewer>& viewer : viewers_)
-        if (viewer && viewer->image_name() == name) return viewer;
+        if (viewer && viewer->shows_project_image(name)) return viewer;
     return nullptr;
 }
 
@@ -44,8 +44,10 @@ void ViewerWindows::mark(const std::string& name, bool out_of_date, const QStrin
 }
 
 void ViewerWindows::close_all() {
-    for (const QPointer<VynFieldViewer>& viewer : viewers_)
+    for (const QPointer<VynFieldViewer>& viewer : viewers_) {
+        if (viewer) viewer->close();  // remembers its layout
         delete viewer;
+    }
     viewers_.clear();
 }
 
