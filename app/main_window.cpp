@@ -1,0 +1,250 @@
+#include "app/main_window.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QScreen>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTimer>
+#include <QWhatsThis>
+
+#include "api/image_list.h"
+#include "app/main_window_parts.h"
+#include "app/recent_files.h"
+#include "core/keys.h"
+#include "core/version.h"
+#include "process/ims.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int title_period_ms = 250;
+
+QString geometry_setting() {
+    return QStringLiteral("main_window/geometry");
+}
+
+bool is_project(const QString& file) {
+    return file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive) ||
+           file.endsWith(QLatin1String(".ims"), Qt::CaseInsensitive);
+}
+
+/// The page that a type of experiment is set up on.
+ExperimentPageKind page_of(ExperimentType type) {
+    return type == ExperimentType::single ? ExperimentPageKind::single_channel
+                                          : ExperimentPageKind::double_channel;
+}
+
+}  // namespace
+
+VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
+    : QMainWindow(parent), parts_(new Parts(worker, *this)) {
+    setObjectName(QStringLiteral("VynLite"));
+    connect_actions();
+    languageChange();
+    setAcceptDrops(true);
+    resize(QSize(fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 54)
+               .boundedTo(QGuiApplication::primaryScreen()->availableSize() * 0.95));
+    restoreGeometry(QSettings().value(geometry_setting()).toByteArray());
+    start_pages();
+    startTimer(title_period_ms);
+}
+
+VynLiteForm::~VynLiteForm() {
+    // The page and the viewers are told nothing any more.
+    disconnect(parts_->commands, nullptr, this, nullptr);
+    remove_page();
+}
+
+void VynLiteForm::connect_actions() {
+    const MainActions& actions = parts_->widgets.actions;
+    const auto bind = [this](QAction* action, void (VynLiteForm::*slot)()) {
+        connect(action, &QAction::triggered, this, slot);
+    };
+    bind(actions.file_new, &VynLiteForm::fileNew);
+    bind(actions.file_open, &VynLiteForm::fileOpen);
+    bind(actions.file_save, &VynLiteForm::fileSave);
+    bind(actions.file_save_as, &VynLiteForm::fileSaveAs);
+    bind(actions.file_exit, &VynLiteForm::fileExit);
+    bind(actions.help_about, &VynLiteForm::helpAbout);
+    bind(actions.calculate_all, &VynLiteForm::calculateCalculate_AllAction_activated);
+    bind(actions.help_manual, &VynLiteForm::helpManualAction_activated);
+    bind(actions.file_close, &VynLiteForm::fileClose);
+    bind(actions.project_directory, &VynLiteForm::dir_btn_clicked);
+    ProjectCommands* commands = parts_->commands;
+    connect(actions.new_point, &QAction::triggered, commands, &ProjectCommands::new_point);
+    connect(actions.remove_ims_data, &QAction::triggered, commands,
+            &ProjectCommands::remove_ims_data);
+    connect(parts_->widgets.recent, &RecentFilesMenu::chosen, commands,
+            [commands](const QString& file) { commands->open_file(file.toStdString()); });
+    connect(commands, &ProjectCommands::opened, parts_->widgets.recent, &RecentFilesMenu::add);
+    connect(commands, &ProjectCommands::changed, this, &VynLiteForm::update_state);
+    connect(commands, &ProjectCommands::replaced, this, [this] {
+        parts_->viewers.close_all();
+        remove_page();
+        update_state();
+    });
+    // Return ends editing too, so that one signal tells both.
+    connect(parts_->widgets.dir_edit, &QLineEdit::editingFinished, this,
+            &VynLiteForm::dir_edit_returnPressed);
+}
+
+void VynLiteForm::start_pages() {
+    parts_->widgets.tasks->removeTab(parts_->widgets.tasks->indexOf(parts_->widgets.dummy_tab));
+    delete parts_->widgets.dummy_tab;
+    parts_->widgets.dummy_tab = nullptr;
+    parts_->log = new QVynLog(this);
+    parts_->log->setObjectName(QStringLiteral("VYN log!"));
+    parts_->widgets.tasks->addTab(parts_->log, tr("Log"));
+    clear_ims();
+    get_ims().version = file_version;
+    parts_->widgets.tool_bar->addAction(QWhatsThis::createAction(this));
+    update_state();
+}
+
+void VynLiteForm::languageChange() {
+    setWindowTitle(tr("Vyn Lite"));
+    parts_->widgets.set_texts();
+}
+
+void VynLiteForm::update_state() {
+    const std::string file = read(vyn_db(), keys::head_file);
+    const bool has_file = !file.empty();
+    parts_->widgets.dir_edit->setText(QString::fromStdString(file));
+    if (has_file) make_page();
+    const MainActions& actions = parts_->widgets.actions;
+    for (QAction* action : {actions.file_save, actions.file_save_as, actions.new_point})
+        action->setEnabled(has_file);
+    actions.calculate_all->setEnabled(has_file && parts_->page);
+    actions.file_close->setEnabled(has_file || parts_->page);
+    if (parts_->page) {
+        parts_->page->setEnabled(has_file);
+        if (has_file) parts_->page->refresh();
+    }
+    update_title();
+}
+
+void VynLiteForm::update_title() {
+    const QString file = parts_->widgets.dir_edit->text();
+    setWindowTitle(file.isEmpty()
+                       ? tr("Vyn Lite") + QStringLiteral("[*]")
+                       : QFileInfo(file).fileName() + QStringLiteral("[*] - ") + tr("Vyn Lite"));
+    setWindowModified(vyn_db().modified());
+}
+
+ExperimentPage* VynLiteForm::experiment_page() const {
+    return parts_->page.get();
+}
+
+void VynLiteForm::make_page() {
+    const ExperimentType type = experiment_type(vyn_db());
+    if (parts_->page && parts_->page_type == type) return;
+    remove_page();
+    if (type == ExperimentType::s3f) {
+        statusBar()->showMessage(QString::fromLatin1(not_evaluated_text));
+        return;
+    }
+    parts_->page = make_experiment_page(page_of(type), parts_->worker, parts_->widgets.tasks);
+    if (!parts_->page) return;
+    parts_->page_type = type;
+    ExperimentPage* page = parts_->page.get();
+    connect(page, &ExperimentPage::show_image, this,
+            [this](const std::string& name, bool flag, const QString& title) {
+                show_image(name, flag, title.toUtf8().constData());
+            });
+    connect(page, &ExperimentPage::result_looked_at, &parts_->viewers, &ViewerWindows::mark);
+    connect(page, &ExperimentPage::project_changed, this, &VynLiteForm::update_title);
+    parts_->widgets.tasks->insertTab(0, page, page->label());
+    parts_->widgets.tasks->setCurrentWidget(page);
+}
+
+void VynLiteForm::remove_page() {
+    if (parts_->page)
+        parts_->widgets.tasks->removeTab(parts_->widgets.tasks->indexOf(parts_->page.get()));
+    parts_->page.reset();
+}
+
+void VynLiteForm::timerEvent(QTimerEvent*) {
+    setWindowModified(vyn_db().modified());
+}
+
+void VynLiteForm::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::LanguageChange) {
+        languageChange();
+        update_title();
+    }
+    QMainWindow::changeEvent(event);
+}
+
+void VynLiteForm::closeEvent(QCloseEvent* event) {
+    const bool go_on =
+        !parts_->page || QMessageBox::warning(this, tr("Warning!"),
+                                              tr("All unsaved data will be lost!\nOk to continue?"),
+                                              QMessageBox::Yes | QMessageBox::No,
+                                              QMessageBox::No) == QMessageBox::Yes;
+    event->setAccepted(go_on);
+    if (!go_on) return;
+    QSettings().setValue(geometry_setting(), saveGeometry());
+    parts_->recovery->stop();
+    parts_->viewers.close_all();
+    parts_->help.reset();
+}
+
+void VynLiteForm::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void VynLiteForm::dropEvent(QDropEvent* event) {
+    QStringList files;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile()) files.append(url.toLocalFile());
+    event->acceptProposedAction();
+    // Dialogs may follow: not before the other program's drag has ended.
+    QTimer::singleShot(0, this, [this, files] { open_files(files); });
+}
+
+void VynLiteForm::open_files(const QStringList& files) {
+    QStringList images;
+    QString project;
+    for (const QString& file : files) {
+        if (!is_project(file))
+            images.append(file);
+        else if (project.isEmpty())
+            project = file;
+    }
+    if (!project.isEmpty() && !parts_->commands->open_file(project.toStdString())) return;
+    open_images(images);
+}
+
+void VynLiteForm::open_images(const QStringList& files) {
+    for (const QString& file : files) {
+        if (parts_->page && parts_->page->isEnabled() && parts_->page->take_image_file(file))
+            continue;
+        parts_->viewers.show_file(file);
+    }
+}
+
+void VynLiteForm::offer_lost_work() {
+    for (const LostWork& work : find_lost_work(recovery_folder())) {
+        const QString project = work.project.empty() ? tr("a project without a file")
+                                                     : QString::fromStdString(work.project);
+        const auto answer = QMessageBox::question(
+            this, tr("VynLite"),
+            tr("The program ended unexpectedly, with unsaved changes of\n%1.\n"
+               "Do you want to recover them?")
+                .arg(project),
+            QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes);
+        if (answer == QMessageBox::Cancel) continue;
+        if (answer == QMessageBox::Yes) {
+            if (!parts_->commands->recover(work)) continue;
+            parts_->recovery->look();
+        }
+        work.discard();
+        if (answer == QMessageBox::Yes) return;
+    }
+}
+
+}  // namespace vyn
