@@ -1,0 +1,111 @@
+#include <CLI/CLI.hpp>
+#include <QApplication>
+#include <QDir>
+#include <QFontDatabase>
+#include <QLocale>
+#include <QPalette>
+#include <QStandardPaths>
+#include <QStyleFactory>
+#include <clocale>
+#include <iostream>
+
+#include "api/image_io.h"
+#include "core/errors.h"
+#include "core/progress.h"
+#include "process/synthetic_point.h"
+#include "scripts/screenshots/scenes.h"
+
+namespace vyn::screenshots {
+
+namespace {
+
+struct Options {
+    std::string folder = "help/pictures";
+    int scale = 1;
+    bool dark = false;
+    std::vector<std::string> only;
+};
+
+QPalette dark_palette() {
+    const QColor window(0x2b, 0x2b, 0x2b);
+    const QColor base(0x1f, 0x1f, 0x1f);
+    const QColor text(0xe6, 0xe6, 0xe6);
+    const QColor faint(0x80, 0x80, 0x80);
+    QPalette palette(text, window);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::ToolTipBase, base);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::Link, QColor(0x64, 0xb5, 0xf6));
+    palette.setColor(QPalette::Highlight, QColor(0x1e, 0x88, 0xe5));
+    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, faint);
+    return palette;
+}
+
+/// A test point in a folder whose name looks the same on every machine and in every run.
+QString make_test_point() {
+    const QString folder = QDir::temp().filePath(QStringLiteral("tunnel/wing"));
+    QDir(folder).removeRecursively();
+    SyntheticOptions options;
+    options.width = 1024;
+    options.height = 768;
+    options.noise = SyntheticOptions::Noise::camera;
+    Progress progress;
+    write_synthetic_point(make_synthetic_point(options, progress), folder.toStdString(), progress);
+    return folder;
+}
+
+void play(const Options& options) {
+    QStringList only;
+    for (const std::string& name : options.only) only << QString::fromStdString(name);
+    Shots shots(QString::fromStdString(options.folder), only);
+    register_plugins("*.2dio");
+    register_plugins("*.3dio");
+    Worker worker;
+    Theatre theatre{worker, shots, make_test_point()};
+    play_window(theatre);
+    play_dialogs(theatre);
+    play_viewer(theatre);
+    QDir(theatre.folder).removeRecursively();
+}
+
+}  // namespace
+
+}  // namespace vyn::screenshots
+
+int main(int argc, char** argv) {
+    using namespace vyn::screenshots;
+    Options options;
+    CLI::App command("Takes the pictures of the manual, without a screen.");
+    command.add_option("FOLDER", options.folder, "folder to write to")->capture_default_str();
+    command.add_option("--scale", options.scale, "pixels of the screen per pixel of the design")
+        ->check(CLI::Range(1, 4));
+    command.add_flag("--dark", options.dark, "with a dark palette");
+    command.add_option("--only", options.only, "names of the pictures to take")->delimiter(',');
+    CLI11_PARSE(command, argc, argv);
+
+    // The same on every machine: no screen, no desktop's theme, no settings of the user.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale));
+    const QString home = QDir::temp().filePath(QStringLiteral("tunnel/home"));
+    for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME"})
+        qputenv(variable, home.toLocal8Bit());
+    QApplication application(argc, argv);
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    if (options.dark) QApplication::setPalette(dark_palette());
+    std::setlocale(LC_NUMERIC, "C");
+    QLocale::setDefault(QLocale::c());
+    try {
+        play(options);
+    } catch (const vyn::GenericError& error) {
+        std::cerr << error.what() << ' ' << error.where() << '\n';
+        return 1;
+    }
+    QDir(home).removeRecursively();
+    return 0;
+}

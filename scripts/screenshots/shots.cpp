@@ -1,0 +1,76 @@
+#include "scripts/screenshots/shots.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QPixmap>
+#include <QTimer>
+#include <iostream>
+
+#include "core/errors.h"
+
+namespace vyn::screenshots {
+
+namespace {
+constexpr int settle_ms = 400;  ///< previews, timers of 100 ms, layout
+}
+
+void wait(int ms) {
+    QEventLoop loop;
+    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+void wait_for(const std::function<bool()>& condition, const char* what) {
+    QElapsedTimer since;
+    since.start();
+    while (!condition()) {
+        if (since.elapsed() > 60000)
+            throw AlgoError("scripts/screenshots/shots", __LINE__, "Algorithm error!",
+                            std::string("waited in vain for ") + what);
+        wait(20);
+    }
+}
+
+Shots::Shots(QString folder, QStringList only)
+    : folder_(std::move(folder)), only_(std::move(only)) {
+    QDir().mkpath(folder_);
+}
+
+void Shots::take(QWidget& window, const QString& name, QSize size) {
+    if (size.isValid()) window.resize(size);
+    window.show();
+    wait(settle_ms);
+    write(window, name);
+}
+
+void Shots::take_modal(const QString& name, const std::function<void()>& open,
+                       const std::function<void(QWidget&)>& prepare) {
+    QTimer::singleShot(settle_ms, [&] {
+        QWidget* window = QApplication::activeModalWidget();
+        if (window == nullptr) {
+            std::cerr << "no dialog for " << name.toStdString() << '\n';
+            return;
+        }
+        prepare(*window);
+        wait(settle_ms);
+        write(*window, name);
+        if (auto* dialog = qobject_cast<QDialog*>(window)) {
+            dialog->reject();
+        } else {
+            window->close();
+        }
+    });
+    open();
+}
+
+void Shots::write(QWidget& window, const QString& name) {
+    if (!only_.isEmpty() && !only_.contains(name)) return;
+    const QString file = QStringLiteral("%1/%2.png").arg(folder_, name);
+    if (!window.grab().save(file))
+        throw FileError("scripts/screenshots/shots", __LINE__, "Can't open file for writing!",
+                        file.toStdString());
+}
+
+}  // namespace vyn::screenshots
