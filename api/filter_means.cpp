@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <mutex>
 
@@ -171,8 +172,8 @@ class MeanBlock {
         const int first = pass_.first_row(y);
         const int last = pass_.last_row(y);
         for (int row = first; row <= last; ++row)
-            for (int c = 0; c < chunks; ++c)
-                full_[index(c)] &= rows_.chunks(row)[c];
+            std::transform(full_.begin(), full_.end(), rows_.chunks(row), full_.begin(),
+                           std::bit_and<std::uint8_t>());
         const bool inside =
             last - first == 2 * pass_.rows.reach && pass_.columns.reach <= chunk::pixels;
         for (int c = 0; c < chunks; ++c) {

@@ -80,10 +80,14 @@ image pass_over(const image& picture, const FilterOptions& options, Progress& pr
 }  // namespace
 
 FilterRow FilterPass::row(int y, image& out) const {
+    Bitmap<float>& values = out.values();
+    Bitmap<std::uint8_t>& mask = out.mask();
+    const int next = std::min(y + 1, picture.height() - 1);
     return {{picture.values().row(y), picture.mask().row(y)},
             region_row(picture, y),
             rule,
-            {out.values().row(y), out.mask().row(y)}};
+            {values.row(y), mask.row(y)},
+            {values.row(next), mask.row(next)}};
 }
 
 image FilterPass::limited() const {

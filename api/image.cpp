@@ -68,6 +68,10 @@ void image::set_region(Bitmap<std::uint8_t> region) {
 bool image::shares_values_with(const image& other) const {
     return values_.shares_with(other.values_);
 }
+bool image::shares_planes_with(const image& other) const {
+    return values_.shares_with(other.values_) && mask_.shares_with(other.mask_) &&
+           region_.shares_with(other.region_);
+}
 
 void image::drop_values() {
     values_ = {};

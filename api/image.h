@@ -56,6 +56,8 @@ class image {
     /// True when the values of both images are the same memory: nothing computed from values alone
     /// can differ.
     bool shares_values_with(const image& other) const;
+    /// The same for values, mask and region.
+    bool shares_planes_with(const image& other) const;
 
     void drop_values();
     void drop_mask();

@@ -29,6 +29,9 @@ struct ImageWriteOptions {
     Scale scale = Scale::none;
     /// Program, settings and inputs behind the image (JSON), kept in the file's description.
     std::string provenance;
+    /// PNG: bits of a pixel.
+    enum class Depth { eight_bit, sixteen_bit };
+    Depth depth = Depth::sixteen_bit;
 };
 
 /// How sure a format is that a file which it recognises by its head is its own.

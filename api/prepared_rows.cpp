@@ -46,8 +46,11 @@ PreparedRows::PreparedRows(const image& picture, RowLimits limits, int rows, int
 
 void PreparedRows::advance(int first, int last) {
     const FilterKernels& kernels = active_filter_kernels();
+    const auto source = [&](int y) -> ConstPixelRow {
+        return {picture_.values().row(y), picture_.mask().row(y)};
+    };
     for (next_ = std::max(next_, first); next_ <= last; ++next_)
-        kernels.prepare({picture_.values().row(next_), picture_.mask().row(next_)},
+        kernels.prepare(source(next_), source(std::min(next_ + 1, picture_.height() - 1)),
                         region_row(picture_, next_), limits_, picture_.width(),
                         values_.row(next_ % rows_), weights_.row(next_ % rows_),
                         chunks_.data() + next_ % rows_ * chunk_count_);

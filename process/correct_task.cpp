@@ -1,9 +1,9 @@
 #include "process/correct_task.h"
 
 #include "api/correction.h"
-#include "calib/camera.h"
 #include "core/log.h"
 #include "process/image_sizes.h"
+#include "process/marker_frames.h"
 
 namespace vyn {
 
@@ -40,9 +40,7 @@ TaskOutcome CorrectTask::run(TaskContext& context) {
         correct_intensity(*source, correction_.dark_level, dark.get(), flat.get(), context);
 
     corrected.degree = read(data, keys::spline_degree);
-    cameraFeatures camera;
-    read(data, correction_.camera, camera);
-    const Distortion lens{camera.cx, camera.cy, camera.a2, camera.a4};
+    const Distortion lens = lens_of(data, correction_.camera);
     if (!lens.none()) {
         context.status("Correcting image distortions");
         corrected = undistort(corrected, lens, context);

@@ -42,6 +42,12 @@ colour_map::Ramp colour_map::make_ramp(double minimum, double maximum, double le
     return ramp;
 }
 
+void colour_map::colour_row(const float* value, const std::uint8_t* background,
+                            const std::uint8_t* in_roi, std::size_t n, std::uint32_t* out) const {
+    for (std::size_t i = 0; i < n; ++i)
+        out[i] = colour(value[i], background[i] != 0, in_roi[i] != 0);
+}
+
 void colour_map::update() {
     const double low = usable(minimum_);
     const double high = usable(maximum_);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 #include "view/palette.h"
@@ -32,6 +33,10 @@ class colour_map {
     std::uint32_t colour(float value, bool background, bool in_roi) const {
         return argb_[index(value, background, in_roi)];
     }
+
+    /// The colours of n pixels.
+    void colour_row(const float* value, const std::uint8_t* background, const std::uint8_t* in_roi,
+                    std::size_t n, std::uint32_t* out) const;
 
   private:
     /// A value's position in the palette is value * scale + offset, held between two indices.

@@ -41,6 +41,7 @@ class ImageLevels {
         Bitmap<std::uint8_t> mask;
         Bitmap<std::uint8_t> region;
     };
+    void build(Progress& progress);
     static Reduced halved(const Level& level, Progress& progress);
 
     std::shared_ptr<const image> picture_;

@@ -14,7 +14,8 @@ namespace vyn {
 /// value that is no finite number is written as background 0, and pixels farther than a step from
 /// the vectors' grid get the vector 0.
 ///
-/// Raises FileError "Can't open file for writing!", AlgoError for a missing plane, Aborted.
+/// Raises FileError "Can't open file for writing!" or, when the disk fills up, "Error writing
+/// file"; AlgoError for a missing plane.
 void write_tecplot(const image& picture, const std::string& caption,
                    const std::filesystem::path& file, Progress& progress);
 

@@ -12,10 +12,22 @@ constexpr int unrolled = 4;
 
 enum class Use { no, yes };
 
+/// Brings 64 pixels of a row that is read (or written) soon into the cache. A pass over an image is
+/// bound by the memory otherwise: the hardware's own prefetch starts anew with every row.
+template <Use writing, class Row>
+inline void fetch_chunk(const Row& row, int x) {
+    constexpr int line = 64 / sizeof(float);
+    for (int i = 0; i < chunk::pixels; i += line)
+        __builtin_prefetch(row.value + x + i, writing == Use::yes);
+    __builtin_prefetch(row.mask + x, writing == Use::yes);
+}
+
 template <Use region_plane>
-void prepare_row(ConstPixelRow source, const std::uint8_t* region, RowLimits limits, int n,
-                 float* out_value, float* out_weight, std::uint8_t* chunks) {
+void prepare_row(ConstPixelRow source, ConstPixelRow next, const std::uint8_t* region,
+                 RowLimits limits, int n, float* out_value, float* out_weight,
+                 std::uint8_t* chunks) {
     for (int x0 = 0; x0 < n; x0 += chunk::pixels) {
+        fetch_chunk<Use::no>(next, x0);
         vint some{};
         vint lost{};
         for (int x = x0; x < x0 + chunk::pixels && x < n; x += lanes) {
@@ -43,12 +55,12 @@ void prepare_row(ConstPixelRow source, const std::uint8_t* region, RowLimits lim
         out_value[x] = out_weight[x] = 0;
 }
 
-void prepare(ConstPixelRow source, const std::uint8_t* region, RowLimits limits, int n,
-             float* value, float* weight, std::uint8_t* chunks) {
+void prepare(ConstPixelRow source, ConstPixelRow next, const std::uint8_t* region, RowLimits limits,
+             int n, float* value, float* weight, std::uint8_t* chunks) {
     if (region)
-        prepare_row<Use::yes>(source, region, limits, n, value, weight, chunks);
+        prepare_row<Use::yes>(source, next, region, limits, n, value, weight, chunks);
     else
-        prepare_row<Use::no>(source, region, limits, n, value, weight, chunks);
+        prepare_row<Use::no>(source, next, region, limits, n, value, weight, chunks);
 }
 
 /// Sums of one group for all pixels; `at(i)` is where tap i of pixel 0 lies.
@@ -105,8 +117,12 @@ void sum_columns(const float* row, const float* factors, int taps, int n, float*
     sum_taps([row](int i) { return row + i; }, factors, taps, 0, n, out);
 }
 
-void mean(const WindowSums& sums, const float* centre_weight, const FilterRow& row, int n) {
+void mean(const WindowSums& window_sums, const float* centre_weight, const FilterRow& filter_row,
+          int n) {
+    const WindowSums sums = window_sums;  // copies: what is stored below cannot change them
+    const FilterRow row = filter_row;
     for (int x = 0; x < n; x += lanes) {
+        if (x % chunk::pixels == 0) fetch_chunk<Use::yes>(row.next_out, x);
         const vfloat weights = load<vfloat>(sums.weights + x);
         const vint enough = load<vfloat>(sums.counts + x) >= row.rule.least_count;
         const vint filled = (weights > 0) & ((load<vfloat>(centre_weight + x) > 0) | enough);

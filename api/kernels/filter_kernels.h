@@ -13,12 +13,14 @@ struct FilterRule {
     float least_count;  ///< valid pixels in the window of an excluded pixel that is filled
 };
 
-/// A row that a pass changes: what it was, its region row (may be null) and where the result goes.
+/// A row that a pass changes: what it was, its region row (may be null), where the result goes and
+/// where that of the next row will go.
 struct FilterRow {
     ConstPixelRow source;
     const std::uint8_t* region;
     FilterRule rule;
     PixelRow out;
+    PixelRow next_out;
 };
 
 /// Sums over windows: of values by weights, of the weights, of the valid pixels.
@@ -53,8 +55,9 @@ inline constexpr std::uint8_t all_valid = 2;   ///< within the limits, too
 /// of 64; all of these are readable and writable. Sums are taken in groups, so that their rounding
 /// error grows slowly with the window.
 struct FilterKernels {
-    void (*prepare)(ConstPixelRow source, const std::uint8_t* region, RowLimits limits, int n,
-                    float* value, float* weight, std::uint8_t* chunks);
+    /// `next` is the row that is prepared next: it is brought into the cache meanwhile.
+    void (*prepare)(ConstPixelRow source, ConstPixelRow next, const std::uint8_t* region,
+                    RowLimits limits, int n, float* value, float* weight, std::uint8_t* chunks);
     /// out[x] = sum of factors[i] rows[i][x] for x from x0 to x1, multiples of 64
     void (*sum_rows)(const float* const* rows, const float* factors, int taps, int x0, int x1,
                      float* out);

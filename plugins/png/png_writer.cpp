@@ -19,7 +19,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* unit = "plugins/png/png_writer";
-constexpr double full_scale = 65535;
+
+double full_scale(const ImageWriteOptions& options) {
+    return options.depth == ImageWriteOptions::Depth::eight_bit ? 255 : 65535;
+}
 
 /// Little gain beyond this on camera noise, at a multiple of the time.
 constexpr int compression_level = 3;
@@ -30,8 +33,9 @@ bool is_shown(float value, std::uint8_t mask) {
 
 /// From values to counts: count = (value - minimum) * scale + offset.
 struct Mapping {
+    double highest = 65535;  ///< largest count
     double minimum = 0;
-    double maximum = full_scale;
+    double maximum = highest;
     double scale = 1;
     double offset = 0;
 
@@ -40,9 +44,9 @@ struct Mapping {
     }
 };
 
-/// The range of the valid values onto 1..65535; a constant picture becomes 1.
-Mapping stretch(const image& picture) {
-    Mapping mapping;
+/// The range of the valid values onto 1..highest; a constant picture becomes 1.
+Mapping stretch(const image& picture, double highest) {
+    Mapping mapping{highest};
     bool any = false;
     for (int y = 0; y < picture.height(); ++y) {
         const float* values = picture.values().row(y);
@@ -56,7 +60,7 @@ Mapping stretch(const image& picture) {
         }
     }
     const double range = mapping.maximum - mapping.minimum;
-    mapping.scale = range > 0 ? (full_scale - 1) / range : 0;
+    mapping.scale = range > 0 ? (highest - 1) / range : 0;
     mapping.offset = 1;
     return mapping;
 }
@@ -70,12 +74,12 @@ std::int64_t encode_row(const image& picture, int y, const Mapping& mapping, png
         double count = 0;
         if (is_shown(values[x], mask[x])) {
             count = mapping(values[x]);
-            clipped += count < 0 || count > full_scale;
-            count = std::clamp(count, 0.0, full_scale);
+            clipped += count < 0 || count > mapping.highest;
+            count = std::clamp(count, 0.0, mapping.highest);
         }
         const auto bits = static_cast<std::uint16_t>(count);
-        row[2 * x] = static_cast<png_byte>(bits >> 8);
-        row[2 * x + 1] = static_cast<png_byte>(bits & 0xFF);
+        if (mapping.highest > 255) *row++ = static_cast<png_byte>(bits >> 8);
+        *row++ = static_cast<png_byte>(bits & 0xFF);
     }
     return clipped;
 }
@@ -89,7 +93,8 @@ std::vector<Text> make_texts(const ImageWriteOptions& options, const Mapping& ma
     std::vector<Text> texts{{"Software", software_name()}};
     if (!options.provenance.empty()) texts.push_back({"Comment", ascii_json(options.provenance)});
     if (options.scale == ImageWriteOptions::Scale::stretch)
-        texts.push_back({"Value range", "1 = " + format_double(mapping.minimum) + ", 65535 = " +
+        texts.push_back({"Value range", "1 = " + format_double(mapping.minimum) + ", " +
+                                            format_double(mapping.highest) + " = " +
                                             format_double(mapping.maximum) + ", 0 = excluded"});
     return texts;
 }
@@ -98,7 +103,7 @@ std::vector<Text> make_texts(const ImageWriteOptions& options, const Mapping& ma
     fail_writing(unit, __LINE__, file, session.complaint());
 }
 
-void write_header(const fs::path& file, PngSession& session, const image& picture,
+void write_header(const fs::path& file, PngSession& session, const image& picture, int depth,
                   const std::vector<Text>& texts) {
     std::vector<png_text> chunks;
     for (const Text& text : texts) {
@@ -119,7 +124,7 @@ void write_header(const fs::path& file, PngSession& session, const image& pictur
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_set_compression_level(png, compression_level);
         png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
-        png_set_IHDR(png, info, width, height, 16, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
+        png_set_IHDR(png, info, width, height, depth, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_text(png, info, first, count);
         png_write_info(png, info);
@@ -132,19 +137,23 @@ void report(const image& picture, const ImageWriteOptions& options, const Mappin
     const std::string subject = "PNG of '" + picture.name + "': ";
     if (options.scale == ImageWriteOptions::Scale::stretch)
         get_log().write(3, subject + "values " + format_double(mapping.minimum) + " to " +
-                               format_double(mapping.maximum) + " stretched to 1..65535");
+                               format_double(mapping.maximum) + " stretched to 1.." +
+                               format_double(mapping.highest));
     if (clipped > 0)
-        get_log().write(3, subject + std::to_string(clipped) + " pixels clipped to 0..65535");
+        get_log().write(3, subject + std::to_string(clipped) + " pixels clipped to 0.." +
+                               format_double(mapping.highest));
 }
 
 }  // namespace
 
 void write_png(const image& picture, const fs::path& file, const ImageWriteOptions& options) {
-    const Mapping mapping =
-        options.scale == ImageWriteOptions::Scale::stretch ? stretch(picture) : Mapping{};
+    const double highest = full_scale(options);
+    const Mapping mapping = options.scale == ImageWriteOptions::Scale::stretch
+                                ? stretch(picture, highest)
+                                : Mapping{highest};
     PngSession session(file, PngSession::Direction::write);
     if (!session.is_open()) fail_writing(unit, __LINE__, file, "the file cannot be opened");
-    write_header(file, session, picture, make_texts(options, mapping));
+    write_header(file, session, picture, highest > 255 ? 16 : 8, make_texts(options, mapping));
 
     const png_structp png = session.png();
     std::vector<png_byte> row(2 * static_cast<std::size_t>(picture.width()));

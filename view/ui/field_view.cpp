@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/errors.h"
+#include "view/ui/vector_overlay.h"
+#include "view/ui/view_frame.h"
 #include "view/ui/view_zoom.h"
 
 namespace vyn {
@@ -22,20 +25,25 @@ ViewMouse mouse_at(const QMouseEvent& event, const ViewTransform& transform) {
 }  // namespace
 
 struct VynFieldView::State {
+    std::shared_ptr<const ImageLevels> levels;
     std::shared_ptr<const image> picture;
+    ViewSource field;                   ///< the image
+    std::optional<ViewSource> instead;  ///< drawn in its place
+    QString message;
+
+    Fashion fashion;
+    colour_map colours;
+    VectorOverlay vectors;
     ViewTransform transform;
     bool fitted = true;
+    ViewFrame frame;
+
     std::vector<const ViewOverlay*> overlays;
     ViewTool* tool = nullptr;
-
     bool space_down = false;
     bool panning = false;
-    bool drawing = false;  ///< the tool has the left button
     QPointF pan_start;
     QPointF pan_origin;
-
-    QImage frame;  ///< what is shown of the image, in device pixels
-    bool frame_valid = false;
 };
 
 VynFieldView::VynFieldView(QWidget* parent) : QWidget(parent), state_(std::make_unique<State>()) {
@@ -45,26 +53,67 @@ VynFieldView::VynFieldView(QWidget* parent) : QWidget(parent), state_(std::make_
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(tr("Field View"));
     setWindowTitle(tr("Field View"));
+    state_->overlays.push_back(&state_->vectors);
 }
 
 VynFieldView::~VynFieldView() = default;
 
+void VynFieldView::redraw() {
+    state_->frame.invalidate();
+    update();
+}
+
 void VynFieldView::set_picture(std::shared_ptr<const image> picture) {
+    std::shared_ptr<const ImageLevels> levels;
+    if (picture) levels = std::make_shared<const ImageLevels>(picture);
     const auto& old = state_->picture;
     const bool same_size =
         picture && old && picture->width() == old->width() && picture->height() == old->height();
     if (!same_size && state_->tool) state_->tool->cancel();
     state_->picture = std::move(picture);
-    state_->frame_valid = false;
+    state_->levels = std::move(levels);
+    state_->field = FieldSource{state_->levels};
+    state_->vectors.set_picture(state_->picture);
+    redraw();
     if (!same_size) fit();
     show_cursor();
-    update();
     Q_EMIT grid_present(state_->picture && state_->picture->displacement);
     Q_EMIT updated();
 }
 
 const std::shared_ptr<const image>& VynFieldView::picture() const {
     return state_->picture;
+}
+
+const std::shared_ptr<const ImageLevels>& VynFieldView::levels() const {
+    return state_->levels;
+}
+
+void VynFieldView::set_message(const QString& text) {
+    state_->message = text;
+    update();
+}
+
+void VynFieldView::show_instead(std::optional<ViewSource> source) {
+    state_->instead = std::move(source);
+    redraw();
+}
+
+const ViewSource& VynFieldView::source() const {
+    return state_->instead ? *state_->instead : state_->field;
+}
+
+void VynFieldView::set_fashion(const Fashion& fashion) {
+    if (fashion == state_->fashion) return;
+    state_->fashion = fashion;
+    state_->colours = colour_map(fashion.limits.minimum, fashion.limits.maximum, fashion.palette);
+    state_->vectors.set_style(fashion.vectors);
+    redraw();
+    Q_EMIT fashion_changed();
+}
+
+const Fashion& VynFieldView::fashion() const {
+    return state_->fashion;
 }
 
 const ViewTransform& VynFieldView::transform() const {
@@ -79,8 +128,7 @@ void VynFieldView::set_transform(const ViewTransform& transform) {
 void VynFieldView::move_to(const ViewTransform& transform) {
     if (transform == state_->transform) return;
     state_->transform = transform;
-    state_->frame_valid = false;
-    update();
+    redraw();
     Q_EMIT view_changed();
 }
 
@@ -101,7 +149,6 @@ void VynFieldView::zoom_about(QPointF widget, double factor) {
 void VynFieldView::set_tool(ViewTool* tool) {
     if (state_->tool) state_->tool->cancel();
     state_->tool = tool;
-    state_->drawing = false;
     show_cursor();
     update();
 }
@@ -134,48 +181,34 @@ void VynFieldView::show_cursor() {
 void VynFieldView::probe_at(QPointF widget) {
     if (!state_->picture) return;
     const QPointF at = state_->transform.to_image(widget);
-    const image& picture = *state_->picture;
-    const double x = std::floor(at.x() + 0.5);
-    const double y = std::floor(at.y() + 0.5);
-    const int column = static_cast<int>(std::clamp(x, -1e6, 1e6));
-    const int row = static_cast<int>(std::clamp(y, -1e6, 1e6));
-    if (!picture.values().contains(column, row)) {
-        Q_EMIT probe(column, row, 0, true, false, false, 0, 0);
-        return;
-    }
-    const float value = picture.values()(column, row);
-    const bool background = picture.mask()(column, row) != 0 || !std::isfinite(value);
-    const bool in_roi = !picture.has_region() || picture.region()(column, row) != 0;
-    bool has_vector = false;
-    float u = 0;
-    float v = 0;
-    if (const auto& map = picture.displacement; map && map->step > 0) {
-        const int node_x = (column + map->step / 2) / map->step;
-        const int node_y = (row + map->step / 2) / map->step;
-        has_vector = map->u.contains(node_x, node_y) && map->v.contains(node_x, node_y);
-        if (has_vector) {
-            u = map->u(node_x, node_y);
-            v = map->v(node_x, node_y);
-        }
-    }
-    Q_EMIT probe(column, row, value, background, in_roi, has_vector, u, v);
-}
-
-void VynFieldView::render() {
-    const QSize pixels = (QSizeF(size()) * devicePixelRatioF()).toSize();
-    if (state_->frame.size() != pixels) state_->frame = QImage(pixels, QImage::Format_RGB32);
-    state_->frame.setDevicePixelRatio(devicePixelRatioF());
-    state_->frame.fill(palette().color(QPalette::Mid));
-    state_->frame_valid = true;
+    const auto whole = [](double position) {
+        return static_cast<int>(std::clamp(std::floor(position + 0.5), -1e6, 1e6));
+    };
+    const ProbedPixel pixel = vyn::probe(source(), whole(at.x()), whole(at.y()));
+    Q_EMIT probe(pixel.x, pixel.y, pixel.value, pixel.background, pixel.in_roi, pixel.has_vectors,
+                 pixel.u, pixel.v);
 }
 
 void VynFieldView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    const QSize pixels = (QSizeF(size()) * devicePixelRatioF()).toSize();
-    if (!state_->frame_valid || state_->frame.size() != pixels) render();
-    painter.drawImage(QPointF(0, 0), state_->frame);
-    if (!state_->picture) return;
+    painter.setClipRect(rect());
+    if (!state_->picture) {
+        painter.fillRect(rect(), palette().window());
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,
+                         state_->message);
+        return;
+    }
+    painter.drawImage(QPointF(0, 0),
+                      state_->frame.draw(source(), state_->colours, state_->transform,
+                                         QSizeF(size()), devicePixelRatioF()));
     painter.setRenderHint(QPainter::Antialiasing);
+    // Where the image ends: its background looks like the ground around it.
+    const ImageSize size_shown = size_of(source());
+    painter.setPen(QColor(128, 128, 128));
+    painter.drawRect(
+        QRectF(state_->transform.to_widget({-0.5, -0.5}),
+               state_->transform.to_widget({size_shown.width - 0.5, size_shown.height - 0.5})));
     for (const ViewOverlay* overlay : state_->overlays) {
         painter.save();
         overlay->paint(painter, state_->transform);
@@ -185,7 +218,7 @@ void VynFieldView::paintEvent(QPaintEvent*) {
 }
 
 void VynFieldView::resizeEvent(QResizeEvent*) {
-    state_->frame_valid = false;
+    state_->frame.invalidate();
     if (state_->fitted) fit();
     Q_EMIT view_changed();
 }
@@ -208,21 +241,21 @@ void VynFieldView::mousePressEvent(QMouseEvent* event) {
         state_->pan_origin = state_->transform.origin;
         show_cursor();
     } else if (state_->tool) {
-        state_->drawing = left;
         state_->tool->press(mouse_at(*event, state_->transform));
     }
 }
 
 void VynFieldView::mouseMoveEvent(QMouseEvent* event) {
     if (!state_->picture) return;
-    if (state_->panning) {
-        ViewTransform moved = state_->transform;
-        moved.origin = state_->pan_origin - (event->localPos() - state_->pan_start) / moved.zoom;
-        set_transform(moved);
-        return;
-    }
+    if (state_->panning) return pan_with(*event);
     probe_at(event->localPos());
     if (state_->tool) state_->tool->move(mouse_at(*event, state_->transform));
+}
+
+void VynFieldView::pan_with(const QMouseEvent& event) {
+    ViewTransform moved = state_->transform;
+    moved.origin = state_->pan_origin - (event.localPos() - state_->pan_start) / moved.zoom;
+    set_transform(held_in_view(moved, size_of(source()), QSizeF(size())));
 }
 
 void VynFieldView::mouseReleaseEvent(QMouseEvent* event) {
@@ -231,7 +264,6 @@ void VynFieldView::mouseReleaseEvent(QMouseEvent* event) {
         state_->panning = false;
         show_cursor();
     } else if (state_->picture && state_->tool) {
-        state_->drawing = false;
         state_->tool->release(mouse_at(*event, state_->transform));
     }
 }
@@ -247,7 +279,7 @@ void VynFieldView::keyPressEvent(QKeyEvent* event) {
     const auto scroll = [&](double dx, double dy) {
         ViewTransform moved = state_->transform;
         moved.origin += QPointF(dx, dy) * step / moved.zoom;
-        set_transform(moved);
+        set_transform(held_in_view(moved, size_of(source()), QSizeF(size())));
     };
     switch (event->key()) {
         case Qt::Key_Space:

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QImage>
 #include <QWidget>
 #include <memory>
-#include <vector>
+#include <optional>
 
-#include "api/image.h"
+#include "view/colour_map.h"
+#include "view/fashion.h"
 #include "view/ui/view_tool.h"
+#include "view/view_source.h"
 
 namespace vyn {
 
@@ -25,6 +26,17 @@ class VynFieldView : public QWidget {
     /// otherwise the image is fitted.
     void set_picture(std::shared_ptr<const image> picture);
     const std::shared_ptr<const image>& picture() const;
+    /// The image with its reduced copies; null when none is shown.
+    const std::shared_ptr<const ImageLevels>& levels() const;
+    /// Shown where there is no image.
+    void set_message(const QString& text);
+
+    /// Draws and probes something else in the image's place, until called with nothing.
+    void show_instead(std::optional<ViewSource> source);
+
+    /// Limits, palette and vectors.
+    void set_fashion(const Fashion& fashion);
+    const Fashion& fashion() const;
 
     const ViewTransform& transform() const;
     void set_transform(const ViewTransform& transform);
@@ -50,6 +62,7 @@ class VynFieldView : public QWidget {
     void updated();
     /// Whether the image carries vectors.
     void grid_present(bool present);
+    void fashion_changed();
     /// Zoom or position changed.
     void view_changed();
     /// A line was drawn from (x0, y0) to (x1, y1), image positions.
@@ -74,7 +87,9 @@ class VynFieldView : public QWidget {
     void move_to(const ViewTransform& transform);
     void probe_at(QPointF widget);
     void show_cursor();
-    void render();
+    const ViewSource& source() const;
+    void redraw();
+    void pan_with(const QMouseEvent& event);
 
     std::unique_ptr<State> state_;
 };

@@ -43,7 +43,8 @@ class ViewTool {
     virtual void paint(QPainter&, const ViewTransform&) const {}
 };
 
-/// Something drawn on the image: markers, vectors, a profile line.
+/// Something drawn on the image: markers, vectors, a profile line. The painter's clip is the
+/// widget.
 class ViewOverlay {
   public:
     virtual ~ViewOverlay() = default;

@@ -24,4 +24,13 @@ ViewTransform fitted(int width, int height, QSizeF widget) {
     return {zoom, image_middle - QPointF(widget.width(), widget.height()) / 2 / zoom};
 }
 
+ViewTransform held_in_view(ViewTransform transform, ImageSize size, QSizeF widget) {
+    const QPointF half = QPointF(widget.width(), widget.height()) / 2 / transform.zoom;
+    const QPointF middle = transform.origin + half;
+    const QPointF held(std::clamp(middle.x(), -0.5, std::max(size.width - 0.5, -0.5)),
+                       std::clamp(middle.y(), -0.5, std::max(size.height - 0.5, -0.5)));
+    transform.origin = held - half;
+    return transform;
+}
+
 }  // namespace vyn

@@ -3,6 +3,7 @@
 #include <QSizeF>
 
 #include "view/ui/view_tool.h"
+#include "view/view_source.h"
 
 namespace vyn {
 
@@ -20,5 +21,8 @@ ViewTransform zoomed(const ViewTransform& old, QPointF widget, double factor);
 
 /// The whole image in the middle of a widget of this size.
 ViewTransform fitted(int width, int height, QSizeF widget);
+
+/// The transform moved as little as needed for the middle of the widget to lie on the image.
+ViewTransform held_in_view(ViewTransform transform, ImageSize size, QSizeF widget);
 
 }  // namespace vyn

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "api/image.h"
+#include "api/point.h"
+
+namespace vyn {
+
+/// One place of a profile.
+struct ProfileSample {
+    double distance = 0;  ///< from the line's start, pixels
+    Point place;          ///< on the line
+    double value = 0;     ///< NaN where every pixel asked for is excluded or outside
+};
+
+/// Values along a straight line over an image.
+struct LineProfile {
+    Point from;
+    Point to;
+    double length = 0;  ///< pixels
+    std::vector<ProfileSample> samples;
+};
+
+/// The longest line that is sampled and the widest band that is averaged, pixels.
+inline constexpr double longest_profile = 1e5;
+inline constexpr int widest_profile = 1001;
+
+/// Values at equal distances of at most one pixel, both ends included: bilinear between the four
+/// pixels about a place, or the mean of `width` such values side by side across the line, one pixel
+/// apart. A value counts only where none of the pixels that it takes part of is excluded or
+/// outside. Raises AlgoError for positions that are not finite, a line too long or a width out of
+/// range.
+LineProfile sample_profile(const image& picture, Point from, Point to, int width);
+
+/// The profiles below each other as comma-separated values with one head line: line, distance, x,
+/// y, value; a gap has an empty value. Numbers read back to the same bits.
+std::string profile_csv(std::span<const LineProfile> profiles);
+
+}  // namespace vyn

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "api/image.h"
+#include "api/point.h"
+
+namespace vyn {
+
+/// Pixels of one row, from `first` up to but not including `last`.
+struct PixelRun {
+    int y = 0;
+    int first = 0;
+    int last = 0;
+    bool operator==(const PixelRun&) const = default;
+};
+
+/// Pixels of a picture: runs row by row from the top, those of a row from the left, neither
+/// overlapping nor touching.
+using PixelRuns = std::vector<PixelRun>;
+
+struct PictureSize {
+    int width = 0;
+    int height = 0;
+};
+
+/// The pixels of a picture whose centres lie in a shape; positions in pixels, they may lie
+/// anywhere. The rims of rectangle, ellipse and brush belong to the shape.
+PixelRuns rectangle_runs(PictureSize size, Point corner, Point opposite);
+/// The ellipse inscribed into that rectangle.
+PixelRuns ellipse_runs(PictureSize size, Point corner, Point opposite);
+/// Even-odd rule; left and upper rims belong to the shape, right and lower ones do not, so that
+/// polygons that share an edge share no pixel.
+PixelRuns polygon_runs(PictureSize size, std::span<const Point> corners);
+/// Everything within `radius` of a line through the places; one place gives a disc.
+PixelRuns brush_runs(PictureSize size, std::span<const Point> places, double radius);
+
+/// Every pixel whose value lies from low to high, both included; NaN is in no range.
+PixelRuns threshold_runs(const image& picture, double low, double high);
+
+}  // namespace vyn
