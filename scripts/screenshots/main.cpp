@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <QApplication>
 #include <QDir>
 #include <QFontDatabase>
@@ -9,9 +8,12 @@
 #include <clocale>
 #include <iostream>
 
+#include <CLI/CLI.hpp>
+
 #include "api/image_io.h"
 #include "core/errors.h"
 #include "core/progress.h"
+#include "core/worker.h"
 #include "process/synthetic_point.h"
 #include "scripts/screenshots/scenes.h"
 
@@ -61,7 +63,8 @@ QString make_test_point() {
 
 void play(const Options& options) {
     QStringList only;
-    for (const std::string& name : options.only) only << QString::fromStdString(name);
+    for (const std::string& name : options.only)
+        only << QString::fromStdString(name);
     Shots shots(QString::fromStdString(options.folder), only);
     register_plugins("*.2dio");
     register_plugins("*.3dio");

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QPixmap>
+#include <QPointer>
 #include <QTimer>
 #include <iostream>
 
@@ -56,11 +57,10 @@ void Shots::take_modal(const QString& name, const std::function<void()>& open,
         prepare(*window);
         wait(settle_ms);
         write(*window, name);
-        if (auto* dialog = qobject_cast<QDialog*>(window)) {
-            dialog->reject();
-        } else {
-            window->close();
-        }
+        // A busy box closes in two steps: the first one aborts.
+        for (QPointer<QWidget> open_still = window; open_still && open_still->isVisible();
+             wait(100))
+            open_still->close();
     });
     open();
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDialog>
 #include <QSize>
 #include <QString>
 #include <QWidget>
@@ -21,8 +20,8 @@ class Shots {
 
     /// Shows a window (resized when a size is given), lets it settle and writes NAME.png.
     void take(QWidget& window, const QString& name, QSize size = {});
-    /// The same for the dialog that `open` runs modally; it is then closed with Escape's answer.
-    /// `prepare` is called before the picture is taken.
+    /// The same for the dialog that `open` runs modally, which is then closed. `prepare` is called
+    /// before the picture is taken.
     void take_modal(
         const QString& name, const std::function<void()>& open,
         const std::function<void(QWidget&)>& prepare = [](QWidget&) {});

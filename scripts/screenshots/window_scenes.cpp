@@ -1,7 +1,7 @@
-#include <QAbstractButton>
-
 #include "api/image_list.h"
 #include "core/data_set.h"
+#include "core/errors.h"
+#include "core/keys.h"
 #include "core/ui/busy_box.h"
 #include "process/chain.h"
 #include "process/project_tasks.h"
@@ -14,21 +14,42 @@ namespace {
 void run(Theatre& theatre, const std::shared_ptr<Job>& job) {
     theatre.worker.post(job, std::make_shared<TaskContext>());
     wait_for([&] { return theatre.worker.wait_done(0); }, "a job");
+    if (!job->failure().empty())
+        throw AlgoError("scripts/screenshots/window_scenes", __LINE__, "Algorithm error!",
+                        job->failure());
 }
 
-/// Something long to wait for.
-class SlowTask final : public Task {
-  public:
-    TaskOutcome run(TaskContext& context) override {
-        context.status("Filtering Wind On");
-        for (int step = 0; step < 60 && !context.aborted(); ++step) {
-            context.set_progress(0.3 + 0.005 * step);
-            Thread::sleep(50);
-        }
-        return TaskOutcome::done;
-    }
-};
+/// A computation that is long enough to be seen: many passes of a wide median.
+void show_busy_box(Theatre& theatre) {
+    write(vyn_db(), keys::filter_enable, 1);
+    write(vyn_db(), keys::filter_type, 4);
+    write(vyn_db(), keys::filter_dx, 31);
+    write(vyn_db(), keys::filter_dy, 31);
+    write(vyn_db(), keys::filter_iter, 60);
+    QBusyBox box(theatre.worker);
+    theatre.shots.take_modal(QStringLiteral("busy_box"), [&] {
+        box.run(calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
+    });
+    write(vyn_db(), keys::filter_enable, 0);
+}
 
 }  // namespace
+
+void open_project(Theatre& theatre, const QString& file) {
+    auto job = std::make_shared<Job>();
+    ReadProject request;
+    request.file = file.toStdString();
+    job->append(std::make_unique<ReadProjectTask>(std::move(request)));
+    run(theatre, job);
+}
+
+void compute(Theatre& theatre) {
+    run(theatre, calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
+}
+
+void play_window(Theatre& theatre) {
+    open_project(theatre, theatre.folder + QStringLiteral("/project.xml"));
+    show_busy_box(theatre);
+}
 
 }  // namespace vyn::screenshots
