@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,9 @@ struct Displacement {
     Bitmap<float> v;
     int step = 1;
 };
+
+/// What an image came from, item by item: files with size and time, settings with their values.
+using ImageOrigin = std::map<std::string, std::string>;
 
 /// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole
 /// coordinates, x is the column and y the row.
@@ -73,8 +77,9 @@ class image {
     std::string name;
     std::string file_name;
     std::string
-        file_sha256;  ///< digest of the file that the image came from, hexadecimal; may be empty
-    int degree = 3;   ///< of the B-spline interpolation, 2 to 5
+        file_sha256;     ///< digest of the file that the image came from, hexadecimal; may be empty
+    ImageOrigin origin;  ///< of a loaded or computed image; empty when unknown
+    int degree = 3;      ///< of the B-spline interpolation, 2 to 5
     MarkerSet markers;
     std::optional<Displacement> displacement;
 

@@ -4,6 +4,7 @@
 #include <set>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "core/log.h"
 
@@ -39,6 +40,8 @@ constexpr Unit length_units[] = {{"mm", 0.001}, {"sm", 0.01}, {"dm", 0.1}, {"m",
 
 /// The lines told already, while a UnitMessagesOnce lives.
 thread_local std::set<std::string>* told_once = nullptr;
+/// A UnitMessagesOff lives.
+thread_local bool told_never = false;
 
 const Unit* find(std::span<const Unit> units, std::string_view name) {
     for (const Unit& unit : units)
@@ -50,11 +53,19 @@ const Unit* find(std::span<const Unit> units, std::string_view name) {
 const Unit& find_or_report(std::span<const Unit> units, const std::string& name,
                            const char* complaint) {
     if (const Unit* unit = find(units, name)) return *unit;
+    if (told_never) return unknown_unit;
     const std::string line = name + ": " + complaint;
     if (told_once && !told_once->insert(line).second) return unknown_unit;
     std::cerr << line + '\n' << std::flush;
     get_log().write(4, line);
     return unknown_unit;
+}
+
+std::vector<std::string> names_of(std::span<const Unit> units) {
+    std::vector<std::string> names;
+    for (const Unit& unit : units)
+        names.emplace_back(unit.name);
+    return names;
 }
 
 }  // namespace
@@ -70,6 +81,12 @@ UnitMessagesOnce::UnitMessagesOnce() : told_(std::make_unique<Told>()) {
 
 UnitMessagesOnce::~UnitMessagesOnce() {
     told_once = told_->outer;
+}
+
+UnitMessagesOff::UnitMessagesOff() : outer_(std::exchange(told_never, true)) {}
+
+UnitMessagesOff::~UnitMessagesOff() {
+    told_never = outer_;
 }
 
 double convert_pressure(double value, const std::string& from, const std::string& to) {
@@ -97,6 +114,18 @@ bool is_pressure_unit(const std::string& name) {
 
 bool is_temperature_unit(const std::string& name) {
     return find(temperature_units, name) != nullptr;
+}
+
+std::vector<std::string> pressure_unit_names() {
+    return names_of(pressure_units);
+}
+
+std::vector<std::string> temperature_unit_names() {
+    return names_of(temperature_units);
+}
+
+std::vector<std::string> length_unit_names() {
+    return names_of(length_units);
 }
 
 }  // namespace vyn

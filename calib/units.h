@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vyn {
 
@@ -31,7 +32,25 @@ class UnitMessagesOnce {
     std::unique_ptr<Told> told_;
 };
 
+/// While it lives, the conversions of this thread report nothing: for a preview that says itself
+/// what it finds.
+class UnitMessagesOff {
+  public:
+    UnitMessagesOff();
+    ~UnitMessagesOff();
+    UnitMessagesOff(const UnitMessagesOff&) = delete;
+    UnitMessagesOff& operator=(const UnitMessagesOff&) = delete;
+
+  private:
+    bool outer_;
+};
+
 bool is_pressure_unit(const std::string& name);
 bool is_temperature_unit(const std::string& name);
+
+/// The names that can be converted to, in the order of the tables.
+std::vector<std::string> pressure_unit_names();
+std::vector<std::string> temperature_unit_names();
+std::vector<std::string> length_unit_names();
 
 }  // namespace vyn

@@ -43,6 +43,17 @@ find_package(Qt5Help QUIET)
 vyn_require(Qt5Help_FOUND qttools5-dev)
 pkg_check_modules(QWT QUIET IMPORTED_TARGET Qt5Qwt6)
 vyn_require(QWT_FOUND libqwt-qt5-dev)
+# Qwt 6.1 names a destructor with template arguments, which C++20 took out of the language. Targets
+# with plots see a corrected copy of that header first; its include guard keeps the other one away.
+find_file(QWT_SERIES_STORE qwt_series_store.h PATHS ${QWT_INCLUDE_DIRS} NO_DEFAULT_PATH REQUIRED)
+file(READ ${QWT_SERIES_STORE} qwt_text)
+string(REPLACE "QwtSeriesStore<T>();" "QwtSeriesStore();" qwt_text "${qwt_text}")
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h
+     CONTENT "${qwt_text}" @ONLY)
+add_library(vyn_qwt INTERFACE)
+target_link_libraries(vyn_qwt INTERFACE PkgConfig::QWT)
+target_precompile_headers(vyn_qwt INTERFACE
+    ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h)
 
 if(VYN_BENCH_PEERS)
     find_package(OpenCV QUIET COMPONENTS core imgproc)

@@ -177,6 +177,13 @@ std::uint64_t simpleNamedDataSet::revision() const {
     return revision_;
 }
 
+void copy_content(const dataSetInterface& from, dataSetInterface& to) {
+    std::vector<std::pair<std::string, any>> leaves;
+    from.for_each(
+        [&](const std::string& path, const any& value) { leaves.emplace_back(path, value); });
+    to.replace(leaves);
+}
+
 simpleNamedDataSet& vyn_db() {
     static simpleNamedDataSet data;
     return data;

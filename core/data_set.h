@@ -128,6 +128,9 @@ class simpleNamedDataSet final : public dataSetInterface {
     std::uint64_t revision_ = 0;
 };
 
+/// Makes `to` hold what `from` holds, without a modified mark.
+void copy_content(const dataSetInterface& from, dataSetInterface& to);
+
 /// The project's one data set: lives for the whole run, is only cleared and refilled.
 simpleNamedDataSet& vyn_db();
 

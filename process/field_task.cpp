@@ -5,6 +5,7 @@
 #include "core/log.h"
 #include "core/numbers.h"
 #include "process/field_quantity.h"
+#include "process/law_conditions.h"
 
 namespace vyn {
 
@@ -12,25 +13,6 @@ namespace {
 
 std::string general(double value) {
     return format_general(value, 6);
-}
-
-/// Warns of conditions under which the law's answer cannot be trusted.
-void check_conditions(const PreparedConversion& prepared, WindOffRule rule, RunReport& report) {
-    const flowFeatures& flow = prepared.flow_in_paint_units;
-    if (rule == WindOffRule::law && !(flow.wind_off_p > 0))
-        warn(report, std::string(keys::flow) +
-                         "wind_off_p is not positive: the wind-off ratio, and with it the field, "
-                         "will be wrong");
-    const paintFeatures& paint = prepared.paint;
-    if (!(paint.minimal_temperature < paint.maximal_temperature)) return;
-    const std::pair<const char*, double> temperatures[] = {{"wind_off_t", flow.wind_off_t},
-                                                           {"wind_on_t", flow.wind_on_t}};
-    for (const auto& [name, value] : temperatures)
-        if (!(value >= paint.minimal_temperature && value <= paint.maximal_temperature))
-            warn(report, std::string(keys::flow) + name + " enters the law as " + general(value) +
-                             ", outside the paint's range " + general(paint.minimal_temperature) +
-                             " to " + general(paint.maximal_temperature) +
-                             "; check the unit names");
 }
 
 PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity, WindOffRule rule) {
@@ -67,7 +49,8 @@ TaskOutcome FieldTask::run(TaskContext& context) {
         get_log().write(4, "fa=" + general(conversion.wind_off_ratio));
         get_log().write(4, "a=" + general(conversion.law.a) + " b=" + general(conversion.law.b) +
                                " c=" + general(conversion.law.c));
-        check_conditions(prepared, rule, *report_);
+        for (const std::string& warning : condition_warnings(prepared, rule))
+            warn(*report_, warning);
         report_->conversion = prepared;
     }
     conversion.limit = read(data, keys::convert_threshold) != 0;

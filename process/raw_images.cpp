@@ -1,13 +1,14 @@
 #include "process/raw_images.h"
 
 #include "api/image_io.h"
-#include "calib/camera.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/numbers.h"
 #include "markers/marker_files.h"
 #include "process/digest.h"
+#include "process/image_origin.h"
 #include "process/image_sizes.h"
+#include "process/input_files.h"
 #include "process/project_paths.h"
 
 namespace vyn {
@@ -94,20 +95,6 @@ image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& f
     return picture;
 }
 
-/// The flat field of a camera: as its record names it, in the project's folder, or where else
-/// `find_flat_file` looks. Empty when the record names none.
-std::string flat_file_of(dataSetInterface& data, std::string_view camera) {
-    cameraFeatures record;
-    read(data, std::string(camera), record);
-    const std::filesystem::path folder = std::filesystem::absolute(project_folder(data));
-    std::error_code ignored;
-    if (record.flat_file.empty() || std::filesystem::exists(folder / record.flat_file, ignored))
-        return record.flat_file;
-    if (!record.camera.empty()) record.camera = (folder / record.camera).string();
-    const std::filesystem::path found = find_flat_file(record, folder);
-    return found.empty() ? record.flat_file : std::filesystem::absolute(found).string();
-}
-
 }  // namespace
 
 MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_height) {
@@ -121,6 +108,19 @@ MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_h
     return set;
 }
 
+std::optional<image> load_image(dataSetInterface& data, std::string_view name,
+                                TaskContext& context) {
+    const InputFile& input = *input_of_image(name);
+    const std::string file = named_file(data, input);
+    if (file.empty()) return std::nullopt;
+    ImageOrigin origin = input_origin(data, input);
+    image picture = input.role == InputFile::Role::picture
+                        ? load_raw(data, *input.raw, file, context)
+                        : load_named(data, file, input.file.path, input.image, context);
+    picture.origin = std::move(origin);
+    return picture;
+}
+
 std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
                                TaskContext& context) {
     std::vector<image> loaded;
@@ -131,19 +131,11 @@ std::vector<image> load_images(dataSetInterface& data, const imagesList& present
         return true;
     };
     for (const RawImage& raw : raw_images()) {
-        const std::string file = read(data, raw.file);
-        if (file.empty()) continue;
-        if (wanted(raw.name)) loaded.push_back(load_raw(data, raw, file, context));
-
-        const std::string dark = read(data, raw.dark_file);
-        if (!dark.empty() && wanted(raw.dark_name))
-            loaded.push_back(load_named(data, dark, raw.dark_file.path, raw.dark_name, context));
-
-        if (!wanted(raw.flat_name)) continue;
-        const std::string flat = flat_file_of(data, raw.camera);
-        if (!flat.empty())
-            loaded.push_back(load_named(data, flat, std::string(raw.camera) + "flat_file",
-                                        raw.flat_name, context));
+        if (read(data, raw.file).empty()) continue;
+        for (const char* name : {raw.name, raw.dark_name, raw.flat_name})
+            if (wanted(name))
+                if (auto picture = load_image(data, name, context))
+                    loaded.push_back(std::move(*picture));
     }
     return loaded;
 }

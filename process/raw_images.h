@@ -2,6 +2,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -32,6 +33,11 @@ const std::array<RawImage, 4>& raw_images();
 /// with masks, markers and saturated pixels applied. Raises FileError naming file and key.
 std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
                                TaskContext& context);
+
+/// Reads one of those images: a camera picture, dark image or flat field by its name in the image
+/// list. Empty when the project names no file for it. Raises FileError naming file and key.
+std::optional<image> load_image(dataSetInterface& data, std::string_view name,
+                                TaskContext& context);
 
 /// Reads the markers that a setting names for an image of this height (pixels). Raises FileError
 /// naming file and key when the file gives no markers.

@@ -72,15 +72,6 @@ ValueStatistics statistics_of(const image& picture) {
     return result;
 }
 
-std::int64_t saturated_count(const image& picture) {
-    std::int64_t count = 0;
-    if (!picture.saturated) return count;
-    for (int y = 0; y < picture.saturated->height(); ++y)
-        for (int x = 0; x < picture.saturated->width(); ++x)
-            count += (*picture.saturated)(x, y) != 0;
-    return count;
-}
-
 json image_json(const image& picture) {
     const ValueStatistics values = statistics_of(picture);
     const double pixels = static_cast<double>(picture.values().count());
@@ -156,6 +147,15 @@ std::int64_t peak_memory_bytes() {
 }
 
 }  // namespace
+
+std::int64_t saturated_count(const image& picture) {
+    std::int64_t count = 0;
+    if (!picture.saturated) return count;
+    for (int y = 0; y < picture.saturated->height(); ++y)
+        for (int x = 0; x < picture.saturated->width(); ++x)
+            count += (*picture.saturated)(x, y) != 0;
+    return count;
+}
 
 void warn(RunReport& report, const std::string& text) {
     get_log().write(3, text);

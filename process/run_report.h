@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +28,9 @@ void warn(RunReport& report, const std::string& text);
 
 /// Warns when no pixel of an image is valid.
 void warn_if_empty(RunReport& report, const image& picture);
+
+/// Pixels at the sensor's maximum.
+std::int64_t saturated_count(const image& picture);
 
 /// The program, the settings and the input files with their digests: what a result came from.
 nlohmann::json provenance(const dataSetInterface& data, const imagesList& images);

@@ -6,6 +6,19 @@
 
 namespace vyn {
 
+Limits tidy(const Limits& limits) {
+    const double range = limits.maximum - limits.minimum;
+    if (!std::isfinite(range) || !(range > 0)) return limits;
+    // Dividing by a whole number gives the shortest decimals.
+    const double per_unit = std::pow(10, 3 - std::floor(std::log10(range)));
+    const auto rounded = [&](double value) {
+        return per_unit >= 1 ? std::round(value * per_unit) / per_unit
+                             : std::round(value / (1 / per_unit)) * (1 / per_unit);
+    };
+    const Limits result{rounded(limits.minimum), rounded(limits.maximum)};
+    return std::isfinite(result.minimum) && std::isfinite(result.maximum) ? result : limits;
+}
+
 VectorStyle suggested_vectors(const Displacement& map) {
     constexpr int most_beside = 40;
     VectorStyle style;

@@ -37,6 +37,9 @@ struct Fashion {
     bool operator==(const Fashion&) const = default;
 };
 
+/// The limits to a thousandth or so of their range, so that they read well.
+Limits tidy(const Limits& limits);
+
 /// A style in which at most some 40 vectors stand side by side and a long one (of the 95th
 /// percentile) reaches its neighbour. Not shown.
 VectorStyle suggested_vectors(const Displacement& map);

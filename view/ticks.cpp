@@ -33,7 +33,7 @@ Ticks make_ticks(double low, double high, int most) {
     if (!std::isfinite(range) || !(range > 0) || most < 2) return ticks;
     const double largest = std::max(std::abs(low), std::abs(high));
     if (range < 1e-12 * largest) return ticks;
-    ticks.step = round_step(range / most);
+    ticks.step = round_step(range / (most - 1));
     const double slack = 1e-9 * ticks.step;
     for (double n = std::ceil((low - slack) / ticks.step); n * ticks.step <= high + slack; ++n) {
         const double value = n == 0 ? 0 : n * ticks.step;

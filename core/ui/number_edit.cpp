@@ -7,6 +7,12 @@
 
 namespace vyn {
 
+namespace {
+
+constexpr double most_plain = 1e15;
+
+}  // namespace
+
 NumberEdit::NumberEdit(QWidget* parent) : QLineEdit(parent) {
     connect(this, &QLineEdit::textChanged, this, [this] { check(); });
 }
@@ -18,7 +24,9 @@ void NumberEdit::set_range(double low, double high) {
 }
 
 void NumberEdit::set_number(double number) {
-    setText(QString::fromStdString(format_double(number)));
+    // Whole numbers as people write them: 1000000, not 1e+06.
+    const bool plain = std::abs(number) < most_plain && number == std::floor(number);
+    setText(QString::fromStdString(plain ? format_fixed(number, 0) : format_double(number)));
 }
 
 std::optional<double> NumberEdit::number() const {

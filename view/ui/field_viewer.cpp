@@ -1,104 +1,105 @@
 #include "view/ui/field_viewer.h"
 
-#include <QActionGroup>
+#include <QDockWidget>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
 
-#include "view/ui/field_view.h"
-#include "view/ui/graph_controller.h"
-#include "view/ui/image_watcher.h"
+#include "api/pixel_ops.h"
+#include "core/data_set.h"
+#include "view/probe_text.h"
+#include "view/ui/advanced_fashion_dialog.h"
+#include "view/ui/field_viewer_parts.h"
 #include "view/ui/key_arbiter.h"
-#include "view/ui/marker_controller.h"
-#include "view/ui/region_controller.h"
-#include "view/ui/viewer_actions.h"
-#include "view/ui/zoom_tool.h"
 
 namespace vyn {
 
-struct VynFieldViewer::Parts {
-    Parts(VynFieldViewer& viewer, Worker& program_worker, std::string name, bool camera,
-          QString window_title)
-        : worker(program_worker),
-          image_name(std::move(name)),
-          camera_image(camera),
-          title(std::move(window_title)),
-          view(new VynFieldView(&viewer)),
-          actions(viewer),
-          zoom_in(*view, ZoomTool::Direction::in),
-          zoom_out(*view, ZoomTool::Direction::out) {}
-
-    Worker& worker;
-    std::shared_ptr<imagesList> list{std::shared_ptr<void>(), &get_images()};
-    std::string image_name;
-    bool camera_image;
-    QString title;
-    QString out_of_date;  ///< why; empty when the image is up to date
-
-    VynFieldView* view;
-    ViewerActions actions;
-    QMenu* image_menu = nullptr;
-    QMenu* marker_menu = nullptr;
-    ImageWatcher watcher;
-
-    MouseMode mode = MouseMode::probe;
-    ProbeTool probe;
-    ZoomTool zoom_in;
-    ZoomTool zoom_out;
-    MarkerController* markers = nullptr;
-    GraphController* graph = nullptr;
-    RegionController* region = nullptr;
-};
-
 VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag,
                                const QString& title, QWidget* parent)
-    : QMainWindow(parent),
-      parts_(std::make_unique<Parts>(*this, worker, std::move(image_name), flag, title)) {
+    : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
+    setObjectName(QStringLiteral("VynFieldViewer"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setCentralWidget(parts_->view);
+    make_panels();
     make_bars();
     make_modes();
-
-    VynFieldView* view = parts_->view;
-    connect(view, &VynFieldView::probe, this, &VynFieldViewer::show_probe);
-    connect(view, &VynFieldView::updated, this, &VynFieldViewer::refresh);
-    connect(view, &VynFieldView::modifiedChanged, this, &VynFieldViewer::setModifiedChanged);
-    connect(view, &VynFieldView::more_data, parts_->graph, &GraphController::more_data);
-    connect(&parts_->watcher, &ImageWatcher::changed, this, &VynFieldViewer::follow_image);
-    parts_->watcher.watch(parts_->list, parts_->image_name);
-    follow_image();
+    connect_view();
+    resize(1100, 760);
+    show_from({std::shared_ptr<void>(), &get_images()}, image_name,
+              flag ? PictureOrigin::camera : PictureOrigin::computed, title);
     set_mode(MouseMode::probe);
 }
 
 VynFieldViewer::~VynFieldViewer() {
+    // The tools go before the view does.
     parts_->view->set_tool(nullptr);
-    disconnect(parts_->view, nullptr, this, nullptr);
+    parts_->comparison->disconnect(this);
+    parts_->view->disconnect(this);
+}
+
+void VynFieldViewer::make_panels() {
+    parts_->colour_bar = new ColourBar;
+    auto* middle = new QWidget;
+    auto* layout = new QHBoxLayout(middle);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(parts_->view, 1);
+    layout->addWidget(parts_->colour_bar);
+    setCentralWidget(middle);
+
+    parts_->function_bar = new VynFunctionBar;
+    const ViewerActions& a = parts_->actions;
+    parts_->function_bar->set_modes({a.probe_mode, a.zoom_in_mode, a.zoom_out_mode,
+                                     a.show_graph_mode, a.marker_add_mode, a.marker_move_mode,
+                                     a.marker_revise_mode, a.marker_toggle_mode, a.marker_edit_mode,
+                                     a.marker_del_mode});
+    auto* dock = new QDockWidget(tr("Function Bar"), this);
+    dock->setObjectName(QStringLiteral("function bar"));
+    dock->setWidget(parts_->function_bar);
+    addDockWidget(Qt::RightDockWidgetArea, dock);
+
+    parts_->state_label = new QLabel;
+    parts_->state_label->setObjectName(QStringLiteral("state"));
+    statusBar()->addPermanentWidget(parts_->state_label);
 }
 
 void VynFieldViewer::make_bars() {
     const ViewerActions& a = parts_->actions;
-    QToolBar* files = addToolBar(tr("File Operations"));
-    files->setObjectName(QStringLiteral("file tools"));
-    files->addActions({a.open, a.save, a.save_as, a.image_export});
-    QToolBar* images = addToolBar(tr("Image Operations"));
-    images->setObjectName(QStringLiteral("image operations"));
-    images->addActions({a.probe_mode, a.fashion, a.zoom_in_mode, a.zoom_out_mode, a.zoom_one_to_one,
-                        a.show_graph_mode, a.vector_draw_enable});
-    QToolBar* markers = addToolBar(tr("Marker Operations"));
-    markers->setObjectName(QStringLiteral("marker tools"));
+    const auto add_bar = [this](const QString& label, const QString& name,
+                                const QList<QAction*>& actions) {
+        QToolBar* bar = addToolBar(label);
+        bar->setObjectName(name);
+        bar->addActions(actions);
+        return bar;
+    };
     const QList<QAction*> marker_actions = {
         a.marker_add_mode,  a.marker_move_mode, a.marker_revise_mode, a.marker_toggle_mode,
         a.marker_edit_mode, a.marker_del_mode,  a.revise_all_markers, a.load_markers,
         a.save_markers,     a.clear_markers,    a.marker_options};
-    markers->addActions(marker_actions);
+    const QList<QAction*> file_actions = {a.open, a.save, a.save_as, a.image_export};
+    const QList<QAction*> image_actions = {
+        a.probe_mode,      a.fashion,         a.zoom_in_mode,      a.zoom_out_mode,
+        a.zoom_one_to_one, a.show_graph_mode, a.vector_draw_enable};
+    add_bar(tr("File Operations"), QStringLiteral("file tools"), file_actions);
+    add_bar(tr("Image Operations"), QStringLiteral("image operations"), image_actions);
+    add_bar(tr("Marker Operations"), QStringLiteral("marker tools"), marker_actions);
 
     QMenu* file_menu = menuBar()->addMenu(tr("&File"));
-    file_menu->addActions(files->actions());
+    file_menu->addActions(file_actions);
+    file_menu->addSeparator();
+    file_menu->addAction(tr("&Close"), this, &QWidget::close, QKeySequence::Close);
     parts_->image_menu = menuBar()->addMenu(tr("&Image"));
-    parts_->image_menu->addActions(images->actions());
+    parts_->image_menu->addActions(image_actions);
+    parts_->image_menu->addSeparator();
+    parts_->image_menu->addActions({a.zoom_fit, a.advanced_fashion});
+    parts_->image_menu->addSeparator();
+    parts_->image_menu->addActions({a.link, a.blink, a.difference});
+    parts_->image_menu->addSeparator();
+    parts_->image_menu->addActions({a.copy_picture, a.copy_pixel});
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
-    statusBar();
 }
 
 void VynFieldViewer::make_modes() {
@@ -115,29 +116,167 @@ void VynFieldViewer::make_modes() {
     parts_->region = new RegionController(*this);
 }
 
-Worker& VynFieldViewer::worker() const {
-    return parts_->worker;
+void VynFieldViewer::connect_view() {
+    VynFieldView* view = parts_->view;
+    connect(view, &VynFieldView::probe, this, &VynFieldViewer::show_probe);
+    connect(view, &VynFieldView::updated, this, &VynFieldViewer::refresh);
+    connect(view, &VynFieldView::modifiedChanged, this, &VynFieldViewer::setModifiedChanged);
+    connect(view, &VynFieldView::more_data, parts_->graph, &GraphController::more_data);
+    connect(view, &VynFieldView::grid_present, parts_->function_bar, &VynFunctionBar::grid_present);
+    connect(view, &VynFieldView::fashion_changed, this, &VynFieldViewer::fashion_changed);
+    connect(&parts_->watcher, &ImageWatcher::changed, this, &VynFieldViewer::follow_image);
+    connect(parts_->comparison, &Comparison::changed, this, [this] {
+        const Comparison::Kind kind = parts_->comparison->kind();
+        parts_->actions.blink->setChecked(kind == Comparison::Kind::blink);
+        parts_->actions.difference->setChecked(kind == Comparison::Kind::difference);
+        apply_channels();
+        show_title();
+    });
+    connect(parts_->colour_bar, &ColourBar::limits_dragged, this, [this](const Limits& limits) {
+        Fashion fashion = parts_->view->fashion();
+        fashion.limits = tidy(limits);
+        parts_->view->set_fashion(fashion);
+    });
+    connect(parts_->function_bar, &VynFunctionBar::vectors_chosen, this,
+            [this](const VectorStyle& style) {
+                Fashion fashion = parts_->view->fashion();
+                fashion.vectors = style;
+                parts_->view->set_fashion(fashion);
+            });
+    connect(parts_->function_bar, &VynFunctionBar::copy_pixel_wanted, this,
+            &VynFieldViewer::copy_pixel);
 }
-VynFieldView& VynFieldViewer::view() const {
-    return *parts_->view;
+
+void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::string& name,
+                               PictureOrigin origin, const QString& title) {
+    parts_->comparison->stop();
+    parts_->list = std::move(list);
+    parts_->image_name = name;
+    parts_->origin = origin;
+    parts_->title = title;
+    parts_->out_of_date.clear();
+    parts_->fashion_suggested = false;
+    parts_->files->forget();
+    setWindowModified(false);
+    parts_->watcher.watch(parts_->list, name);
+    follow_image();
 }
-const ViewerActions& VynFieldViewer::actions() const {
-    return parts_->actions;
+
+void VynFieldViewer::follow_image() {
+    const auto picture = parts_->watcher.current();
+    if (picture && !parts_->fashion_suggested) {
+        parts_->fashion_suggested = true;
+        Fashion fashion = parts_->view->fashion();
+        Progress progress;
+        fashion.limits = tidy(robust_limits(*picture, progress));
+        fashion.channels = {};
+        if (picture->displacement) {
+            fashion.vectors = suggested_vectors(*picture->displacement);
+            fashion.vectors.shown = true;
+        }
+        parts_->view->set_fashion(fashion);
+    }
+    parts_->view->set_message(
+        tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
+            .arg(QString::fromStdString(parts_->image_name)));
+    parts_->view->set_picture(picture);
 }
-QMenu& VynFieldViewer::image_menu() const {
-    return *parts_->image_menu;
+
+void VynFieldViewer::refresh() {
+    const auto picture = parts_->view->picture();
+    parts_->comparison->picture_changed();
+    apply_channels();
+    parts_->colour_bar->set_label(quantity());
+    parts_->function_bar->set_quantity(quantity());
+    if (parts_->fashion_dialog) parts_->fashion_dialog->set_picture(picture);
+    enable_actions();
+    show_title();
+    parts_->markers->picture_changed();
+    parts_->graph->picture_changed();
+    parts_->region->picture_changed();
 }
-QMenu& VynFieldViewer::marker_menu() const {
-    return *parts_->marker_menu;
+
+void VynFieldViewer::fashion_changed() {
+    const Fashion& fashion = parts_->view->fashion();
+    parts_->colour_bar->set_fashion(fashion);
+    parts_->function_bar->show_fashion(fashion);
+    parts_->actions.vector_draw_enable->setChecked(fashion.vectors.shown);
+    if (parts_->fashion_dialog) parts_->fashion_dialog->show_fashion(fashion);
+    apply_channels();
 }
-const std::string& VynFieldViewer::image_name() const {
-    return parts_->image_name;
+
+void VynFieldViewer::apply_channels() {
+    if (parts_->comparison->kind() != Comparison::Kind::none || !parts_->view->levels()) return;
+    parts_->view->show_instead(parts_->channels.source(parts_->view->fashion().channels,
+                                                       parts_->view->levels(), *parts_->list));
 }
-bool VynFieldViewer::is_camera_image() const {
-    return parts_->camera_image;
+
+void VynFieldViewer::show_title() {
+    QString text = caption();
+    if (!parts_->out_of_date.isEmpty()) text += tr(" (out of date)");
+    setWindowTitle(text + QStringLiteral("[*]"));
+    if (!parts_->view->picture())
+        parts_->state_label->setText(tr("No image"));
+    else
+        parts_->state_label->setText(parts_->out_of_date.isEmpty()
+                                         ? QString()
+                                         : tr("Out of date: %1").arg(parts_->out_of_date));
 }
-std::shared_ptr<const image> VynFieldViewer::picture() const {
-    return parts_->view->picture();
+
+void VynFieldViewer::enable_actions() {
+    const bool shown = parts_->view->picture() != nullptr;
+    const ViewerActions& a = parts_->actions;
+    for (QAction* action :
+         {a.save, a.save_as, a.image_export, a.fashion, a.advanced_fashion, a.zoom_one_to_one,
+          a.zoom_fit, a.blink, a.difference, a.copy_picture, a.copy_pixel, a.revise_all_markers,
+          a.load_markers, a.save_markers, a.clear_markers})
+        action->setEnabled(shown);
+    a.vector_draw_enable->setEnabled(shown && parts_->view->picture()->displacement);
+}
+
+void VynFieldViewer::set_mode(MouseMode mode) {
+    parts_->mode = mode;
+    const ViewerActions& a = parts_->actions;
+    ViewTool* tool = &parts_->probe;
+    QAction* action = nullptr;
+    switch (mode) {
+        case MouseMode::probe:
+            action = a.probe_mode;
+            break;
+        case MouseMode::zoom_in:
+            tool = &parts_->zoom_in, action = a.zoom_in_mode;
+            break;
+        case MouseMode::zoom_out:
+            tool = &parts_->zoom_out, action = a.zoom_out_mode;
+            break;
+        case MouseMode::graph:
+            tool = parts_->graph->tool(), action = a.show_graph_mode;
+            break;
+        case MouseMode::region:
+            tool = parts_->region->tool();
+            break;
+        case MouseMode::marker_add:
+            action = a.marker_add_mode;
+            break;
+        case MouseMode::marker_move:
+            action = a.marker_move_mode;
+            break;
+        case MouseMode::marker_revise:
+            action = a.marker_revise_mode;
+            break;
+        case MouseMode::marker_toggle:
+            action = a.marker_toggle_mode;
+            break;
+        case MouseMode::marker_edit:
+            action = a.marker_edit_mode;
+            break;
+        case MouseMode::marker_delete:
+            action = a.marker_del_mode;
+            break;
+    }
+    if (is_marker_mode(mode)) tool = parts_->markers->tool(mode);
+    parts_->view->set_tool(tool);
+    if (action) action->setChecked(true);
 }
 
 void VynFieldViewer::replace_picture(image changed) {
@@ -146,131 +285,73 @@ void VynFieldViewer::replace_picture(image changed) {
     parts_->watcher.look();
 }
 
-void VynFieldViewer::follow_image() {
-    parts_->view->set_picture(parts_->watcher.current());
-}
-
-MouseMode VynFieldViewer::mode() const {
-    return parts_->mode;
-}
-
-void VynFieldViewer::set_mode(MouseMode mode) {
-    parts_->mode = mode;
-    ViewTool* tool = &parts_->probe;
-    switch (mode) {
-        case MouseMode::probe:
-            break;
-        case MouseMode::zoom_in:
-            tool = &parts_->zoom_in;
-            break;
-        case MouseMode::zoom_out:
-            tool = &parts_->zoom_out;
-            break;
-        case MouseMode::graph:
-            tool = parts_->graph->tool();
-            break;
-        case MouseMode::region:
-            tool = parts_->region->tool();
-            break;
-        default:
-            tool = parts_->markers->tool(mode);
-    }
-    parts_->view->set_tool(tool);
-    const ViewerActions& a = parts_->actions;
-    const std::pair<MouseMode, QAction*> mode_actions[] = {
-        {MouseMode::probe, a.probe_mode},
-        {MouseMode::zoom_in, a.zoom_in_mode},
-        {MouseMode::zoom_out, a.zoom_out_mode},
-        {MouseMode::graph, a.show_graph_mode},
-        {MouseMode::marker_add, a.marker_add_mode},
-        {MouseMode::marker_move, a.marker_move_mode},
-        {MouseMode::marker_revise, a.marker_revise_mode},
-        {MouseMode::marker_toggle, a.marker_toggle_mode},
-        {MouseMode::marker_edit, a.marker_edit_mode},
-        {MouseMode::marker_delete, a.marker_del_mode},
-    };
-    for (const auto& [shown, action] : mode_actions)
-        if (shown == mode) action->setChecked(true);
-}
-
 void VynFieldViewer::set_out_of_date(bool out_of_date, const QString& why) {
-    parts_->out_of_date = out_of_date ? why : QString();
-    refresh();
+    parts_->out_of_date = !out_of_date ? QString() : why.isEmpty() ? tr("settings changed") : why;
+    show_title();
 }
 
-void VynFieldViewer::open() {}
-void VynFieldViewer::save() {}
-void VynFieldViewer::saveAs() {}
-void VynFieldViewer::image_export() {}
-void VynFieldViewer::fashion() {}
-void VynFieldViewer::vector_draw_enable(bool) {}
-
-void VynFieldViewer::probe_mode() {
-    set_mode(MouseMode::probe);
-}
-void VynFieldViewer::zoom_in_mode() {
-    set_mode(MouseMode::zoom_in);
-}
-void VynFieldViewer::zoom_out_mode() {
-    set_mode(MouseMode::zoom_out);
-}
-void VynFieldViewer::zoom_one_to_one() {
-    parts_->view->zoom_one_to_one();
-}
-void VynFieldViewer::show_graph_mode() {
-    set_mode(MouseMode::graph);
-}
-void VynFieldViewer::marker_add_mode() {
-    set_mode(MouseMode::marker_add);
-}
-void VynFieldViewer::marker_move_mode() {
-    set_mode(MouseMode::marker_move);
-}
-void VynFieldViewer::marker_revise_mode() {
-    set_mode(MouseMode::marker_revise);
-}
-void VynFieldViewer::marker_toggle_mode() {
-    set_mode(MouseMode::marker_toggle);
-}
-void VynFieldViewer::marker_edit_mode() {
-    set_mode(MouseMode::marker_edit);
-}
-void VynFieldViewer::marker_del_mode() {
-    set_mode(MouseMode::marker_delete);
-}
-void VynFieldViewer::revise_all_markers() {
-    parts_->markers->revise_all();
-}
-void VynFieldViewer::load_markers() {
-    parts_->markers->load();
-}
-void VynFieldViewer::save_markers() {
-    parts_->markers->save();
-}
-void VynFieldViewer::clear_markers() {
-    parts_->markers->clear();
-}
-void VynFieldViewer::abjust_markers_options() {
-    parts_->markers->options();
+std::shared_ptr<const image> VynFieldViewer::shown_picture() const {
+    const auto own = picture();
+    const auto other = parts_->comparison->other();
+    switch (parts_->comparison->kind()) {
+        case Comparison::Kind::none:
+            break;
+        case Comparison::Kind::blink:
+            return parts_->comparison->others_turn() ? other : own;
+        case Comparison::Kind::difference: {
+            auto difference = std::make_shared<image>(*own);
+            difference->drop_region();
+            subtract(*difference, *other);
+            return difference;
+        }
+    }
+    return own;
 }
 
-void VynFieldViewer::show_probe(int x, int y, float value, bool, bool, bool, float, float) {
-    statusBar()->showMessage(
-        QStringLiteral("x=%1 y=%2, %3").arg(x).arg(y).arg(static_cast<double>(value)));
-}
-
-void VynFieldViewer::refresh() {
+QString VynFieldViewer::caption() const {
     const QString name = QString::fromStdString(parts_->image_name);
-    QString title = parts_->title.isEmpty() ? name : parts_->title;
-    if (!parts_->out_of_date.isEmpty()) title += tr(" (out of date: %1)").arg(parts_->out_of_date);
-    setWindowTitle(title + QStringLiteral("[*]"));
-    parts_->markers->picture_changed();
-    parts_->graph->picture_changed();
-    parts_->region->picture_changed();
+    const QString title = parts_->title.isEmpty() ? name : parts_->title;
+    const QString compared = parts_->comparison->caption();
+    return compared.isEmpty() ? title : QStringLiteral("%1: %2").arg(title, compared);
 }
 
-void VynFieldViewer::setModifiedChanged(bool modified) {
-    setWindowModified(modified);
+QString VynFieldViewer::quantity() const {
+    const auto shown = picture();
+    return shown ? QString::fromStdString(field_label(*shown, vyn_db()).text()) : QString();
+}
+
+void VynFieldViewer::show_dialog(bool advanced) {
+    if (!picture()) return;
+    delete parts_->fashion_dialog;
+    const Fashion& fashion = parts_->view->fashion();
+    QStringList names;
+    for (const auto& name : parts_->list->names())
+        if (name != parts_->image_name) names << QString::fromStdString(name);
+    QFashionDlg* dialog =
+        advanced ? new QAdvFashionDlg(fashion, names, this) : new QFashionDlg(fashion, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->set_picture(shown_picture());
+    connect(dialog, &QFashionDlg::fashion_chosen, parts_->view, &VynFieldView::set_fashion);
+    parts_->fashion_dialog = dialog;
+    dialog->show();
+}
+
+void VynFieldViewer::compare(Comparison::Kind wanted, bool on) {
+    parts_->comparison->stop();
+    QStringList names;
+    for (const auto& name : parts_->list->names())
+        if (name != parts_->image_name) names << QString::fromStdString(name);
+    bool chosen = false;
+    QString name;
+    if (on && names.isEmpty())
+        statusBar()->showMessage(tr("There is no other image to compare with."));
+    else if (on)
+        name = QInputDialog::getItem(this, tr("Compare"), tr("Compare with:"), names, 0, false,
+                                     &chosen);
+    if (chosen) parts_->comparison->start(wanted, parts_->list, name.toStdString());
+    parts_->actions.blink->setChecked(parts_->comparison->kind() == Comparison::Kind::blink);
+    parts_->actions.difference->setChecked(parts_->comparison->kind() ==
+                                           Comparison::Kind::difference);
 }
 
 }  // namespace vyn

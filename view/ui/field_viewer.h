@@ -6,7 +6,10 @@
 
 #include "api/image_list.h"
 #include "core/worker.h"
+#include "view/fashion.h"
 #include "view/mouse_mode.h"
+#include "view/save_rules.h"
+#include "view/ui/comparison.h"
 
 namespace vyn {
 
@@ -35,10 +38,21 @@ class VynFieldViewer : public QMainWindow {
     QMenu& marker_menu() const;
 
     const std::string& image_name() const;
-    /// A camera picture.
-    bool is_camera_image() const;
+    PictureOrigin origin() const;
+    bool is_camera_image() const { return origin() == PictureOrigin::camera; }
     /// The image shown; null when there is none.
     std::shared_ptr<const image> picture() const;
+    /// What is seen: the image, the other one while they blink, or their difference.
+    std::shared_ptr<const image> shown_picture() const;
+    /// The window's title without its marks.
+    QString caption() const;
+    /// Quantity and unit of the image's values, such as "Pressure, Pa".
+    QString quantity() const;
+    /// Shows an image of another list, such as the images of a file.
+    void show_from(std::shared_ptr<imagesList> list, const std::string& name, PictureOrigin origin,
+                   const QString& title);
+    /// Reads a file and shows what is in it.
+    void open_file(const QString& file);
     /// Publishes a changed copy of the image shown, under its name in the list it came from.
     void replace_picture(image changed);
 
@@ -56,11 +70,18 @@ class VynFieldViewer : public QMainWindow {
 
     void probe_mode();
     void fashion();
+    void advanced_fashion();
     void zoom_in_mode();
     void zoom_out_mode();
     void zoom_one_to_one();
+    void zoom_fit();
     void show_graph_mode();
     void vector_draw_enable(bool enable);
+    void link_views(bool linked);
+    void blink(bool on);
+    void difference(bool on);
+    void copy_picture();
+    void copy_pixel();
 
     void marker_add_mode();
     void marker_move_mode();
@@ -83,9 +104,18 @@ class VynFieldViewer : public QMainWindow {
 
   private:
     struct Parts;
+    void make_panels();
     void make_bars();
     void make_modes();
+    void connect_view();
+    /// The watched image is another one, or none any more.
     void follow_image();
+    void fashion_changed();
+    void apply_channels();
+    void show_dialog(bool advanced);
+    void compare(Comparison::Kind kind, bool on);
+    void show_title();
+    void enable_actions();
 
     std::unique_ptr<Parts> parts_;
 };

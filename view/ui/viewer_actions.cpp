@@ -24,6 +24,16 @@ struct Row {
     bool mode = false;
 };
 
+struct ToggleRow {
+    QAction* Actions::*action;
+    void (Viewer::*slot)(bool);
+    const char* name;
+    const char* icon;
+    const char* text;
+    const char* key;
+    const char* tip;
+};
+
 constexpr bool is_mode = true;
 
 // clang-format off
@@ -49,30 +59,45 @@ const Row rows[] = {
     {&Actions::save_markers, &Viewer::save_markers, "save_markers", "marker_save.png", "Save Markers", "Ctrl+S", "Save markers into a file"},
     {&Actions::clear_markers, &Viewer::clear_markers, "clear_markers", "marker_close.png", "Clear All Markers", "", ""},
     {&Actions::marker_options, &Viewer::abjust_markers_options, "abjust_markers_options", "configure.png", "Options", "", "Set Marker type and size"},
+    {&Actions::zoom_fit, &Viewer::zoom_fit, "zoom_fit", "fit.png", "Zoom to Fi&t", "Ctrl+9", "Show the whole image"},
+    {&Actions::advanced_fashion, &Viewer::advanced_fashion, "advanced_fashion", "thumbnail.png", "A&dvanced Fashion", "Ctrl+Shift+F", "Limits by the histogram, images as colours"},
+    {&Actions::copy_picture, &Viewer::copy_picture, "copy_picture", "", "&Copy Picture", "Ctrl+Shift+C", "Copy what is seen to the clipboard"},
+    {&Actions::copy_pixel, &Viewer::copy_pixel, "copy_pixel", "", "Cop&y Pixel", "Ctrl+Shift+P", "Copy the values under the pointer to the clipboard"},
+};
+const ToggleRow toggle_rows[] = {
+    {&Actions::vector_draw_enable, &Viewer::vector_draw_enable, "vector_draw_enable", "draw_vectors.png", "Enable Vector display", "Ctrl+V", "Enable/Disable vector grid drawing"},
+    {&Actions::link, &Viewer::link_views, "link_views", "link.png", "&Link Viewers", "Ctrl+L", "Linked viewers show the same part of their images"},
+    {&Actions::blink, &Viewer::blink, "blink", "blink.png", "&Blink", "Ctrl+B", "Show this image and another one in turn"},
+    {&Actions::difference, &Viewer::difference, "difference", "difference.png", "Di&fference", "Ctrl+Shift+D", "Show this image minus another one"},
 };
 // clang-format on
+
+template <class AnyRow>
+QAction* make_action(VynFieldViewer& viewer, const AnyRow& row) {
+    auto* action = new QAction(viewer.tr(row.text), &viewer);
+    if (*row.icon) action->setIcon(vyn_icon(QLatin1String(row.icon)));
+    action->setObjectName(QLatin1String(row.name));
+    action->setShortcut(QKeySequence(QLatin1String(row.key)));
+    if (*row.tip) action->setToolTip(viewer.tr(row.tip));
+    return action;
+}
 
 }  // namespace
 
 ViewerActions::ViewerActions(VynFieldViewer& viewer) : modes(new QActionGroup(&viewer)) {
     for (const Row& row : rows) {
-        auto* action = new QAction(vyn_icon(QLatin1String(row.icon)), viewer.tr(row.text), &viewer);
-        action->setObjectName(QLatin1String(row.name));
-        action->setShortcut(QKeySequence(QLatin1String(row.key)));
-        if (*row.tip) action->setToolTip(viewer.tr(row.tip));
+        QAction* action = make_action(viewer, row);
         action->setCheckable(row.mode);
         if (row.mode) modes->addAction(action);
         QObject::connect(action, &QAction::triggered, &viewer, row.slot);
         this->*row.action = action;
     }
-    vector_draw_enable = new QAction(vyn_icon(QStringLiteral("draw_vectors.png")),
-                                     viewer.tr("Enable Vector display"), &viewer);
-    vector_draw_enable->setObjectName(QStringLiteral("vector_draw_enable"));
-    vector_draw_enable->setShortcut(QKeySequence(QStringLiteral("Ctrl+V")));
-    vector_draw_enable->setToolTip(viewer.tr("Enable/Disable vector grid drawing"));
-    vector_draw_enable->setCheckable(true);
-    QObject::connect(vector_draw_enable, &QAction::toggled, &viewer,
-                     &VynFieldViewer::vector_draw_enable);
+    for (const ToggleRow& row : toggle_rows) {
+        QAction* action = make_action(viewer, row);
+        action->setCheckable(true);
+        QObject::connect(action, &QAction::triggered, &viewer, row.slot);
+        this->*row.action = action;
+    }
 }
 
 }  // namespace vyn

@@ -26,6 +26,13 @@ struct ViewerActions {
     QAction* zoom_one_to_one = nullptr;
     QAction* show_graph_mode = nullptr;
     QAction* vector_draw_enable = nullptr;
+    QAction* advanced_fashion = nullptr;
+    QAction* zoom_fit = nullptr;
+    QAction* link = nullptr;
+    QAction* blink = nullptr;
+    QAction* difference = nullptr;
+    QAction* copy_picture = nullptr;
+    QAction* copy_pixel = nullptr;
     // Marker
     QAction* marker_add_mode = nullptr;
     QAction* marker_move_mode = nullptr;

@@ -1,0 +1,69 @@
+#include "calib/paint_curves.h"
+
+#include <array>
+#include <cmath>
+#include <optional>
+
+#include "calib/paint_law.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int steps = 100;
+constexpr double degrees_aside = 10;
+
+std::array<double, 3> temperatures_of(const paintFeatures& paint) {
+    const double low = paint.minimal_temperature;
+    const double high = paint.maximal_temperature;
+    const double normal = paint.normalizing_temperature;
+    if (!(low < high)) return {normal - degrees_aside, normal, normal + degrees_aside};
+    return {low, normal > low && normal < high ? normal : (low + high) / 2, high};
+}
+
+double pressure_of(const PaintLaw& law, double ratio) {
+    return law.a + (law.b + law.c * ratio) * ratio;
+}
+
+/// The larger root of the law, which is where a paint's pressure rises with the ratio.
+std::optional<double> ratio_of(const PaintLaw& law, double pressure) {
+    const double discriminant = law.b * law.b - 4 * law.c * (law.a - pressure);
+    const double ratio =
+        law.c == 0 ? (pressure - law.a) / law.b : (std::sqrt(discriminant) - law.b) / (2 * law.c);
+    return std::isfinite(ratio) ? std::optional(ratio) : std::nullopt;
+}
+
+struct Span {
+    double low = 0;
+    double high = 2;
+};
+
+Span ratios_of(const paintFeatures& paint, const PaintLaw& law) {
+    if (!(paint.minimal_pressure < paint.maximal_pressure)) return {};
+    const auto low = ratio_of(law, paint.minimal_pressure);
+    const auto high = ratio_of(law, paint.maximal_pressure);
+    return low && high && *low < *high ? Span{*low, *high} : Span{};
+}
+
+}  // namespace
+
+std::vector<PaintCurve> paint_curves(const paintFeatures& paint) {
+    const paintFeatures in_law =
+        prepare_conversion(FieldQuantity::ratio, paint, flowFeatures{}).paint;
+    const std::array<double, 3> temperatures = temperatures_of(in_law);
+    const Span span = ratios_of(in_law, law_at(in_law, temperatures[1]));
+    std::vector<PaintCurve> curves;
+    for (const double temperature : temperatures) {
+        const PaintLaw law = law_at(in_law, temperature);
+        PaintCurve curve{temperature, {}, {}};
+        for (int step = 0; step <= steps; ++step) {
+            const double ratio = span.low + (span.high - span.low) * step / steps;
+            curve.ratios.push_back(ratio);
+            curve.pressures.push_back(pressure_of(law, ratio));
+        }
+        curves.push_back(std::move(curve));
+    }
+    return curves;
+}
+
+}  // namespace vyn

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "calib/camera.h"
+#include "core/ui/setting_dialog.h"
+
+class QHBoxLayout;
+class QLineEdit;
+
+namespace vyn {
+
+/// The camera record of a sub-tree ("project/sens_cam/" or "project/refe_cam/"), with its files.
+class QVynCamera : public SettingDialog {
+    Q_OBJECT
+  public:
+    QVynCamera(dataSetInterface& settings, std::string tree, QWidget* parent = nullptr);
+
+  protected:
+    void store() override;
+
+  private:
+    QHBoxLayout* file_row();
+    cameraFeatures shown_record();
+    void show_record(const cameraFeatures& record);
+    void open_camera();
+    void save_camera();
+    void choose_flat();
+
+    const std::string tree_;
+    QLineEdit* flat_edit_ = nullptr;
+    /// The record being edited, with the fields that have no edit.
+    simpleNamedDataSet draft_;
+};
+
+}  // namespace vyn

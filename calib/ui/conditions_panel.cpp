@@ -1,0 +1,69 @@
+#include "calib/ui/conditions_panel.h"
+
+#include <QPalette>
+
+#include "core/ui/setting_form.h"
+#include "process/law_conditions.h"
+
+namespace vyn {
+
+namespace {
+
+QString escaped(const std::string& text) {
+    return QString::fromStdString(text).toHtmlEscaped();
+}
+
+QString row_of(const LawConditions::Line& line) {
+    return QStringLiteral(
+               "<tr style='white-space: nowrap'><td>%1</td><td align=right>&nbsp;&nbsp;%2</td>"
+               "<td>&nbsp;&nbsp;&rarr;&nbsp;&nbsp;</td><td><b>%3</b></td></tr>")
+        .arg(escaped(line.name), escaped(line.entered), escaped(line.in_law));
+}
+
+QString html_of(const LawConditions& conditions) {
+    QString html;
+    if (!conditions.lines.empty()) {
+        html = QObject::tr("As it will enter the law:") + QStringLiteral("<table>");
+        for (const LawConditions::Line& line : conditions.lines)
+            html += row_of(line);
+        html += QStringLiteral("</table>");
+    }
+    for (const std::string& remark : conditions.remarks)
+        html += QStringLiteral("<p>&#9888; %1.</p>").arg(escaped(remark));
+    return html;
+}
+
+}  // namespace
+
+ConditionsPanel::ConditionsPanel(QWidget* parent) : QTextEdit(parent) {
+    setObjectName(QStringLiteral("conditions"));
+    setReadOnly(true);
+    setTabChangesFocus(true);
+    QPalette colours = palette();
+    colours.setBrush(QPalette::Base, colours.brush(QPalette::Window));
+    setPalette(colours);
+}
+
+QSize ConditionsPanel::sizeHint() const {
+    const int line = fontMetrics().lineSpacing();
+    return {26 * line, 13 * line};
+}
+
+QSize ConditionsPanel::minimumSizeHint() const {
+    return sizeHint() / 2;
+}
+
+void ConditionsPanel::show_conditions(dataSetInterface& settings) {
+    setHtml(html_of(law_conditions(settings)));
+}
+
+void ConditionsPanel::follow(dataSetInterface& settings, const SettingForm& form) {
+    connect(&form, &SettingForm::changed, this, [this, &settings, &form] {
+        simpleNamedDataSet edited;
+        copy_content(settings, edited);
+        form.write(edited);
+        show_conditions(edited);
+    });
+}
+
+}  // namespace vyn

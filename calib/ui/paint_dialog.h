@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QDialog>
+
+#include "calib/paint.h"
+#include "core/data_set.h"
+
+class QLabel;
+
+namespace vyn {
+
+class ConditionsPanel;
+class PaintPlot;
+
+/// The project's paint: what its law looks like, its files, and the way to its numbers.
+class QVynPaint : public QDialog {
+    Q_OBJECT
+  public:
+    explicit QVynPaint(dataSetInterface& settings, QWidget* parent = nullptr);
+
+    void accept() override;
+
+  private:
+    QLayout* buttons();
+    void show_draft();
+    void open_paint();
+    void save_paint();
+    void edit_calibration();
+    paintFeatures record();
+
+    dataSetInterface& settings_;
+    /// The project's settings with the paint as it will be stored.
+    simpleNamedDataSet draft_;
+    QLabel* summary_;
+    PaintPlot* plot_;
+    ConditionsPanel* conditions_;
+};
+
+}  // namespace vyn

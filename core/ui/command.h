@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <string>
+
+class QWidget;
+
+namespace vyn {
+
+/// Runs a command of the user; a failure is shown in a warning box, its line having gone to the log
+/// where it was raised. True when the command went well.
+bool attempt(QWidget* parent, const QString& caption, const std::function<void()>& command);
+
+/// A failure that no error stands for: a log line and a warning box.
+void report_failure(QWidget* parent, const QString& caption, const QString& text);
+
+/// What the user is asked for when choosing a file.
+struct FileQuestion {
+    QString caption;
+    QString filter;  ///< such as "Camera (*.ini);;All files (*)"
+    QString suffix;  ///< of a file to be written whose name was typed without one
+    std::string folder;
+};
+/// Empty when the user cancelled. Replacing an existing file was agreed to.
+std::string ask_open_file(QWidget* parent, const FileQuestion& question);
+std::string ask_save_file(QWidget* parent, const FileQuestion& question);
+
+}  // namespace vyn

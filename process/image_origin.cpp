@@ -1,0 +1,144 @@
+#include "process/image_origin.h"
+
+#include <array>
+#include <chrono>
+#include <system_error>
+
+#include "core/keys.h"
+#include "process/image_digest.h"
+#include "process/project_paths.h"
+#include "process/result_sources.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Name, bytes and time of change; empty when there is no such file. The folder stays out, so that
+/// a project can be moved with its files.
+std::string file_stamp(const fs::path& file) {
+    std::error_code failure;
+    const auto size = fs::file_size(file, failure);
+    if (failure) return {};
+    const auto time = fs::last_write_time(file, failure).time_since_epoch();
+    if (failure) return {};
+    return file.filename().string() + ", " + std::to_string(size) + " bytes, " +
+           std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(time).count());
+}
+
+void add_stamp(ImageOrigin& origin, const std::string& item, const fs::path& file) {
+    if (file.empty()) return;
+    if (std::string stamp = file_stamp(file); !stamp.empty()) origin[item] = std::move(stamp);
+}
+
+void add_setting(ImageOrigin& origin, dataSetInterface& data, const std::string& path) {
+    any value = data.value(path);
+    const any& fallback = find_key(path)->fallback;
+    origin[path] = format_setting(value.type() == fallback.type() ? value : fallback);
+}
+
+}  // namespace
+
+ImageOrigin input_origin(dataSetInterface& data, const InputFile& input) {
+    ImageOrigin origin;
+    add_stamp(origin, "file", located_file(data, input));
+    if (input.role != InputFile::Role::picture) return origin;
+    add_setting(origin, data, std::string(keys::saturation_level.path));
+    add_setting(origin, data, std::string(keys::saturation_exclude.path));
+    const fs::path folder = project_folder(data);
+    for (const auto& [item, key] : {std::pair{"marker file", input.raw->marker_file},
+                                    std::pair{"mask file", input.raw->mask_file}})
+        if (const std::string name = read(data, key); !name.empty())
+            add_stamp(origin, item, locate(name, folder));
+    return origin;
+}
+
+ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std::string_view result,
+                          const std::function<ImageOrigin(const std::string&)>& origin_of) {
+    const ResultSources sources = result_sources(data, result);
+    ImageOrigin origin;
+    for (const std::string& path : sources.settings)
+        add_setting(origin, data, path);
+    for (const std::string& name : sources.images) {
+        for (auto& [item, value] : origin_of(name))
+            origin[name + " > " + item] = std::move(value);
+        const auto picture = images.find(name);
+        if (!picture) continue;
+        if (sources.markers) origin["markers of " + name] = marker_digest(picture->markers);
+        origin["mask of " + name] = mask_digest(picture);
+    }
+    return origin;
+}
+
+namespace {
+
+/// A job whose results learn where they came from, also those that stand when it fails half way.
+class OriginTask final : public Task {
+  public:
+    explicit OriginTask(std::shared_ptr<Job> job) : job_(std::move(job)) {}
+
+    TaskOutcome run(TaskContext& context) override {
+        const Results before = results();
+        try {
+            const TaskOutcome outcome = job_->run(context);
+            note_origins(before);
+            return outcome;
+        } catch (...) {
+            note_origins(before);
+            throw;
+        }
+    }
+
+  private:
+    using Results = std::array<std::shared_ptr<const image>, image_names::results.size()>;
+
+    static Results results() {
+        Results found;
+        for (std::size_t i = 0; i < found.size(); ++i)
+            found[i] = get_images().find(image_names::results[i]);
+        return found;
+    }
+
+    /// Sources come before what is made from them in the list of results.
+    static void note_origins(const Results& before) {
+        imagesList& images = get_images();
+        const auto origin_of = [&](const std::string& name) {
+            const auto picture = images.find(name);
+            return picture ? picture->origin : ImageOrigin();
+        };
+        const Results after = results();
+        for (std::size_t i = 0; i < after.size(); ++i) {
+            if (!after[i] || after[i] == before[i]) continue;
+            image noted = *after[i];
+            noted.origin = result_origin(vyn_db(), images, noted.name, origin_of);
+            images.add(std::move(noted));
+        }
+    }
+
+    std::shared_ptr<Job> job_;
+};
+
+}  // namespace
+
+std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job) {
+    if (job->empty()) return job;
+    auto whole = std::make_shared<Job>();
+    whole->append(std::make_unique<OriginTask>(std::move(job)));
+    return whole;
+}
+
+void note_files_saved(const std::string& name) {
+    const auto picture = get_images().find(name);
+    const InputFile* input = input_of_image(name);
+    if (!picture || !input || picture->origin.empty()) return;
+    image noted = *picture;
+    ImageOrigin now = input_origin(vyn_db(), *input);
+    for (const char* item : {"marker file", "mask file"}) {
+        noted.origin.erase(item);
+        if (auto found = now.extract(item)) noted.origin.insert(std::move(found));
+    }
+    get_images().add(std::move(noted));
+}
+
+}  // namespace vyn

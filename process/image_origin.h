@@ -1,0 +1,39 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "api/image_list.h"
+#include "core/data_set.h"
+#include "core/task.h"
+#include "process/input_files.h"
+
+namespace vyn {
+
+/// Origins are compared item by item. The items of an image:
+///   "file", "marker file", "mask file"   name, bytes and time of change of a file that was read
+///   a path of the key table              value of a setting
+///   "markers of NAME", "mask of NAME"    content of an image that went in, as digest
+///   "NAME > item"                        an item of that image's own origin
+
+/// Origin of a camera picture, dark image or flat field that is loaded now. Files that are not
+/// there are left out.
+ImageOrigin input_origin(dataSetInterface& data, const InputFile& input);
+
+/// The origin of a result, given those of the images that it is made from: `origin_of` an image
+/// name.
+ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std::string_view result,
+                          const std::function<ImageOrigin(const std::string&)>& origin_of);
+
+/// The same job; at its end, however it ends, every result that it published knows its origin. An
+/// empty job stays empty.
+std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job);
+
+/// Tells that markers and masks of an image of the list agree with their files as they are now:
+/// after the window saved them. Nothing happens when the list has no such image.
+void note_files_saved(const std::string& image);
+
+}  // namespace vyn

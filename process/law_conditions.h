@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "calib/paint_law.h"
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// Conditions under which the law's answer cannot be trusted: no wind-off pressure, temperatures
+/// outside the paint's range.
+std::vector<std::string> condition_warnings(const PreparedConversion& prepared, WindOffRule rule);
+
+/// The test conditions of a project as they will enter the paint's law. Unit names are compared
+/// exactly, and a wrong one is no error to the computation: only the numbers show it.
+struct LawConditions {
+    struct Line {
+        std::string name;
+        std::string entered;  ///< number and unit as the user gave them
+        std::string in_law;   ///< number and unit of the law; empty where nothing is converted
+    };
+    std::vector<Line> lines;           ///< empty when the quantity asked for is the ratio itself
+    std::vector<std::string> remarks;  ///< for the user: what the field will suffer from
+};
+
+/// Of the settings as they are in the data set; reports nothing to the log.
+LawConditions law_conditions(dataSetInterface& data);
+
+}  // namespace vyn

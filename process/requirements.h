@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "api/image_list.h"
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// What a user can start on an experiment page.
+enum class PageStep {
+    correct_wind_off,
+    correct_wind_on,
+    ratio,
+    field,
+    all,
+    save_field,
+    in_situ,
+    count
+};
+
+/// Why a step cannot run now and what to do about it, for the user; empty when it can.
+std::string missing_for(PageStep step, dataSetInterface& data, const imagesList& images);
+
+/// The answers for all steps, by their number.
+using StepNeeds = std::array<std::string, static_cast<std::size_t>(PageStep::count)>;
+StepNeeds step_needs(dataSetInterface& data, const imagesList& images);
+
+}  // namespace vyn

@@ -1,0 +1,145 @@
+#include "process/result_state.h"
+
+#include <mutex>
+
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/numbers.h"
+#include "process/digest.h"
+#include "process/image_origin.h"
+#include "process/input_files.h"
+#include "process/page_rows.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr std::string_view nesting = " > ";
+
+/// SHA-256 of a file that has this stamp; computed once per stamp. Empty when it cannot be read.
+std::string sha256_of(const std::filesystem::path& file, const std::string& stamp) {
+    static std::mutex mutex;
+    static std::map<std::string, std::pair<std::string, std::string>> known;
+    {
+        const std::lock_guard lock(mutex);
+        const auto found = known.find(file.string());
+        if (found != known.end() && found->second.first == stamp) return found->second.second;
+    }
+    std::string digest;
+    try {
+        digest = file_sha256(file);
+    } catch (const FileError&) {
+        // Logged where it was raised; a file that cannot be read says nothing.
+    }
+    const std::lock_guard lock(mutex);
+    known[file.string()] = {stamp, digest};
+    return digest;
+}
+
+/// The bytes in a stamp "name, N bytes, time".
+std::string_view size_in(std::string_view stamp) {
+    return stamp.substr(0, stamp.rfind(", "));
+}
+
+/// The meaning of a setting without its explanations.
+std::string meaning_of(const std::string& path) {
+    const std::string_view whole = find_key(path)->meaning;
+    return std::string(trim(whole.substr(0, whole.find_first_of(";:("))));
+}
+
+std::string quoted(const std::string& value) {
+    return value.empty() ? "nothing" : value;
+}
+
+std::string file_change(const std::string& what, const std::string& old, const std::string& now) {
+    const auto name_in = [](const std::string& stamp) {
+        return stamp.substr(0, stamp.rfind(", ", stamp.rfind(", ") - 1));
+    };
+    if (old.empty()) return what + " was added";
+    if (now.empty()) return what + " was taken out";
+    if (name_in(old) != name_in(now)) return what + " is another one now";
+    return what + ", " + name_in(now) + ", changed on disk";
+}
+
+/// The difference between two values of an item of an image's origin, for the user.
+std::string describe(ExperimentType type, std::string image, std::string item,
+                     const std::string& old, const std::string& now) {
+    for (auto at = item.find(nesting); at != std::string::npos; at = item.find(nesting)) {
+        image = item.substr(0, at);
+        item = item.substr(at + nesting.size());
+    }
+    if (find_key(item))
+        return meaning_of(item) + " changed from " + quoted(old) + " to " + quoted(now);
+    if (item.ends_with("file"))
+        return file_change("the " + item + " of " + image_label(type, image), old, now);
+    const std::size_t name = item.find(" of ") + 4;
+    return "the " + item.substr(0, name) + image_label(type, item.substr(name)) + " changed";
+}
+
+/// An image that was added or taken out shows first in its file.
+bool comes_first(const std::string& item) {
+    return item.ends_with("file");
+}
+
+}  // namespace
+
+ImageState ImageStates::of(const std::string& name) {
+    const auto picture = images_.find(name);
+    if (!picture) return {};
+    if (picture->origin.empty()) return {ImageState::Kind::unknown, {}};
+
+    const ImageOrigin& old = picture->origin;
+    const ImageOrigin& now = origin_now(name);
+    std::string reason;
+    const auto compare = [&](const std::string& item) {
+        const auto before = old.find(item);
+        const auto after = now.find(item);
+        const std::string was = before == old.end() ? std::string() : before->second;
+        const std::string is = after == now.end() ? std::string() : after->second;
+        const bool differs = (before == old.end()) != (after == now.end()) || was != is;
+        if (differs && (reason.empty() || comes_first(item)))
+            reason = describe(experiment_type(data_), name, item, was, is);
+    };
+    for (const auto& entry : old)
+        compare(entry.first);
+    for (const auto& entry : now)
+        if (!old.contains(entry.first)) compare(entry.first);
+    if (reason.empty()) return {ImageState::Kind::current, {}};
+    return {ImageState::Kind::out_of_date, reason};
+}
+
+const ImageOrigin& ImageStates::origin_now(const std::string& name) {
+    if (const auto found = now_.find(name); found != now_.end()) return found->second;
+    return now_[name] = compute_origin(name);
+}
+
+ImageOrigin ImageStates::compute_origin(const std::string& name) {
+    const InputFile* input = input_of_image(name);
+    if (!input)
+        return result_origin(data_, images_, name,
+                             [this](const std::string& source) { return origin_now(source); });
+
+    const auto picture = images_.find(name);
+    if (!picture || picture->origin.empty()) return {};
+    ImageOrigin now = input_origin(data_, *input);
+    const ImageOrigin& loaded = picture->origin;
+    if (const auto old = loaded.find("file"); old != loaded.end()) {
+        const auto found = now.find("file");
+        if (found == now.end()) {
+            now.insert(*old);
+        } else if (found->second != old->second && size_in(found->second) == size_in(old->second) &&
+                   !picture->file_sha256.empty() &&
+                   sha256_of(located_file(data_, *input), found->second) == picture->file_sha256) {
+            found->second = old->second;
+        }
+    }
+    for (const auto& [item, key] : {std::pair{"marker file", input->raw->marker_file},
+                                    std::pair{"mask file", input->raw->mask_file}}) {
+        const auto old = loaded.find(item);
+        if (old != loaded.end() && !now.contains(item) && !read(data_, key).empty())
+            now.insert(*old);
+    }
+    return now;
+}
+
+}  // namespace vyn

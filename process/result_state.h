@@ -1,0 +1,43 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "api/image_list.h"
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// How an image of the list stands to the settings, files and images that it came from.
+struct ImageState {
+    enum class Kind {
+        absent,       ///< not in the list
+        current,      ///< would come out the same now
+        out_of_date,  ///< something behind it changed
+        unknown,      ///< where it came from was not noted
+    };
+    Kind kind = Kind::absent;
+    std::string reason;  ///< when out of date: what changed, as half a sentence
+};
+
+/// Compares what images came from with what they would come from now. It looks at files on disk,
+/// so it belongs on a thread that may wait.
+class ImageStates {
+  public:
+    ImageStates(dataSetInterface& data, const imagesList& images) : data_(data), images_(images) {}
+
+    /// Of an input (camera picture, dark image, flat field) or a result. A file that is not there
+    /// counts as unchanged; so does one of another time whose bytes have the same SHA-256.
+    ImageState of(const std::string& name);
+
+  private:
+    const ImageOrigin& origin_now(const std::string& name);
+    ImageOrigin compute_origin(const std::string& name);
+
+    dataSetInterface& data_;
+    const imagesList& images_;
+    std::map<std::string, ImageOrigin> now_;
+};
+
+}  // namespace vyn

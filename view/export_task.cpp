@@ -1,0 +1,81 @@
+#include "view/export_task.h"
+
+#include <algorithm>
+
+#include <nlohmann/json.hpp>
+
+#include "api/image_io.h"
+#include "core/version.h"
+#include "process/run_report.h"
+#include "view/save_rules.h"
+#include "view/tecplot.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* field_extension = "imp";
+
+}  // namespace
+
+std::string ExportType::filter() const {
+    std::string patterns;
+    for (const auto& extension : extensions)
+        patterns += (patterns.empty() ? "*." : " *.") + extension;
+    return label + " (" + patterns + ")";
+}
+
+fs::path ExportType::named(fs::path file) const {
+    if (std::ranges::find(extensions, lower_extension(file)) == extensions.end())
+        file += "." + extensions.front();
+    return file;
+}
+
+std::vector<ExportType> image_file_types() {
+    std::vector<ExportType> types;
+    for (const auto& format : get_2dio().formats()) {
+        const FormatInfo& info = format->info();
+        if (info.can_write && !info.extensions.empty())
+            types.push_back({ExportKind::image_file, info.label, info.extensions});
+    }
+    std::ranges::stable_partition(
+        types, [](const ExportType& type) { return type.extensions.front() == field_extension; });
+    return types;
+}
+
+std::vector<ExportType> export_types() {
+    std::vector<ExportType> types{{ExportKind::png_graphics, "PNG graphics file", {"png"}},
+                                  {ExportKind::tecplot, "Techplot", {"dat"}}};
+    for (ExportType& type : image_file_types())
+        types.push_back(std::move(type));
+    return types;
+}
+
+TaskOutcome ExportTask::run(TaskContext& context) {
+    context.status("Writing " + request_.file.string());
+    const std::string settings =
+        request_.project_results ? provenance(vyn_db(), get_images()).dump() : std::string();
+    switch (request_.kind) {
+        case ExportKind::png_graphics: {
+            PngTexts texts{{"Software", std::string("VynLite ") + program_version},
+                           {"Title", request_.options.title}};
+            if (!settings.empty()) texts.emplace_back("Description", settings);
+            write_png(draw_picture(*request_.picture, request_.options), request_.file, texts);
+            break;
+        }
+        case ExportKind::tecplot:
+            write_tecplot(*request_.picture, request_.caption, request_.file, context);
+            break;
+        case ExportKind::image_file: {
+            ImageWriteOptions options;
+            options.provenance = settings;
+            write_image(*request_.picture, request_.file, options);
+            break;
+        }
+    }
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,62 @@
+#include "view/open_task.h"
+
+#include "api/image_io.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/project_file.h"
+#include "process/ims.h"
+#include "process/raw_images.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The images of a container; the program's own IMS data stay as they are.
+std::vector<std::shared_ptr<const image>> container_images(const fs::path& file,
+                                                           Progress& progress) {
+    struct KeepIms {
+        ImsData kept = std::move(get_ims());
+        ~KeepIms() { get_ims() = std::move(kept); }
+    } const keep;
+    read_ims_data(file, progress);
+    return std::move(get_ims().images);
+}
+
+std::vector<image> project_images(const fs::path& file, TaskContext& context) {
+    simpleNamedDataSet data;
+    load_xml(data, file.c_str());
+    write(data, keys::head_file, fs::absolute(file).lexically_normal().string());
+    return load_images(data, imagesList(), context);
+}
+
+}  // namespace
+
+TaskOutcome OpenImagesTask::run(TaskContext& context) {
+    context.status("Reading " + file_.string());
+    const std::string extension = file_.extension().string();
+    imagesList found;
+    if (extension == ".ims") {
+        for (auto& picture : container_images(file_, context))
+            found.add(std::move(picture));
+    } else if (extension == ".xml") {
+        for (image& picture : project_images(file_, context))
+            found.add(std::move(picture));
+    } else {
+        image picture = read_image(file_, context);
+        if (picture.name.empty()) picture.name = file_.stem().string();
+        found.add(std::move(picture));
+    }
+    throw_if_aborted(context);
+    const auto images = found.all();
+    if (images.empty())
+        throw FileError("view/open_task", __LINE__, "File error!",
+                        file_.string() + " holds no image to look at");
+    into_->clear();
+    for (const auto& picture : images)
+        into_->add(picture);
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,51 @@
+#include "view/save_rules.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* field_extension = "imp";
+
+bool same_file(const fs::path& a, const fs::path& b) {
+    std::error_code problem;
+    return !a.empty() && !b.empty() && fs::equivalent(a, b, problem) && !problem;
+}
+
+bool is_opened_field(PictureOrigin origin, const image& picture) {
+    return origin == PictureOrigin::file && lower_extension(picture.file_name) == field_extension;
+}
+
+}  // namespace
+
+std::string lower_extension(const fs::path& file) {
+    std::string extension = file.extension().string();
+    if (!extension.empty()) extension.erase(0, 1);
+    std::ranges::transform(extension, extension.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+    return extension;
+}
+
+fs::path file_to_save(PictureOrigin origin, const image& picture, const fs::path& saved_as) {
+    if (origin == PictureOrigin::camera) return {};
+    if (!saved_as.empty()) return saved_as;
+    return is_opened_field(origin, picture) ? fs::path(picture.file_name) : fs::path();
+}
+
+std::string objection_to_saving(PictureOrigin origin, const image& picture, const fs::path& file,
+                                const imagesList& project) {
+    const std::string reason = " holds raw data, which is never overwritten.";
+    if (!is_opened_field(origin, picture) && same_file(picture.file_name, file))
+        return file.string() + reason;
+    // Computed images carry the name of the camera file behind them, so that every image of the
+    // project names an input.
+    for (const auto& other : project.all())
+        if (same_file(other->file_name, file)) return file.string() + reason;
+    return {};
+}
+
+}  // namespace vyn

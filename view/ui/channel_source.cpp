@@ -1,0 +1,30 @@
+#include "view/ui/channel_source.h"
+
+namespace vyn {
+
+std::shared_ptr<const ImageLevels> ChannelSource::channel(std::size_t index,
+                                                          const std::string& name,
+                                                          const imagesList& list) {
+    auto& kept = kept_[index];
+    const auto picture = list.find(name);
+    if (!picture)
+        kept.reset();
+    else if (!kept || kept->shared_picture() != picture)
+        kept = std::make_shared<const ImageLevels>(picture);
+    return kept;
+}
+
+std::optional<ViewSource> ChannelSource::source(const ColourChannels& channels,
+                                                const std::shared_ptr<const ImageLevels>& own,
+                                                const imagesList& list) {
+    if (channels.shown == ColourChannels::colour)
+        return ColourSource{
+            {own, channel(1, channels.names[1], list), channel(2, channels.names[2], list)}};
+    const auto index = static_cast<std::size_t>(channels.shown - 1);
+    if (index == 0) return std::nullopt;
+    if (auto levels = channel(index, channels.names[index], list))
+        return FieldSource{std::move(levels)};
+    return std::nullopt;
+}
+
+}  // namespace vyn

@@ -1,0 +1,88 @@
+#include "view/ui/comparison.h"
+
+#include "view/difference.h"
+#include "view/ui/field_view.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int blink_ms = 500;
+constexpr const char* signed_palette = "Cp";
+
+}  // namespace
+
+Comparison::Comparison(VynFieldView& view) : QObject(&view), view_(view) {
+    timer_.setInterval(blink_ms);
+    connect(&timer_, &QTimer::timeout, this, [this] {
+        others_turn_ = !others_turn_;
+        show_turn();
+    });
+    connect(&watcher_, &ImageWatcher::changed, this, &Comparison::follow_other);
+}
+
+void Comparison::start(Kind kind, std::shared_ptr<const imagesList> list, const std::string& name) {
+    stop();
+    watcher_.watch(std::move(list), name);
+    if (kind == Kind::none || !watcher_.current() || !view_.levels()) return;
+    kind_ = kind;
+    name_ = name;
+    other_ = std::make_shared<const ImageLevels>(watcher_.current());
+    if (kind == Kind::difference) {
+        before_ = view_.fashion();
+        Fashion fashion = before_;
+        const Limits limits = difference_limits(*view_.levels(), *other_);
+        if (limits.minimum < limits.maximum) fashion.limits = tidy(limits);
+        if (const palette_array* palette = find_palette(signed_palette)) fashion.palette = *palette;
+        view_.set_fashion(fashion);
+    } else {
+        others_turn_ = true;
+        timer_.start();
+    }
+    show_turn();
+}
+
+void Comparison::stop() {
+    if (kind_ == Kind::none) return;
+    const bool restore = kind_ == Kind::difference;
+    kind_ = Kind::none;
+    timer_.stop();
+    others_turn_ = false;
+    other_.reset();
+    view_.show_instead(std::nullopt);
+    if (restore) view_.set_fashion(before_);
+    Q_EMIT changed();
+}
+
+void Comparison::follow_other() {
+    if (kind_ == Kind::none) return;
+    if (!watcher_.current()) return stop();
+    other_ = std::make_shared<const ImageLevels>(watcher_.current());
+    show_turn();
+}
+
+void Comparison::picture_changed() {
+    if (kind_ == Kind::none) return;
+    if (!view_.levels()) return stop();
+    show_turn();
+}
+
+void Comparison::show_turn() {
+    if (kind_ == Kind::difference)
+        view_.show_instead(DifferenceSource{view_.levels(), other_});
+    else if (others_turn_)
+        view_.show_instead(FieldSource{other_});
+    else
+        view_.show_instead(std::nullopt);
+    Q_EMIT changed();
+}
+
+QString Comparison::caption() const {
+    if (kind_ == Kind::none || !view_.picture()) return {};
+    const QString own = QString::fromStdString(view_.picture()->name);
+    const QString other = QString::fromStdString(name_);
+    if (kind_ == Kind::difference) return tr("%1 - %2").arg(own, other);
+    return others_turn_ ? other : own;
+}
+
+}  // namespace vyn

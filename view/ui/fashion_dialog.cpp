@@ -1,0 +1,262 @@
+#include "view/ui/fashion_dialog.h"
+
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/numbers.h"
+#include "core/ui/number_edit.h"
+#include "view/ui/palette_box.h"
+#include "view/ui/vector_form.h"
+
+namespace vyn {
+
+QFashionDlg::QFashionDlg(const Fashion& fashion, QWidget* parent)
+    : QDialog(parent), fashion_(fashion), kept_(fashion), at_start_(fashion) {
+    setWindowTitle(tr("Image Fashion"));
+    setObjectName(QStringLiteral("QFashionDlg"));
+    auto* layout = new QVBoxLayout(this);
+    groups_ = new QVBoxLayout;
+    layout->addLayout(groups_);
+    groups_->addWidget(make_paint_group());
+    groups_->addWidget(make_palette_group());
+    groups_->addWidget(make_vector_group());
+    layout->addWidget(make_buttons());
+    set_limit_labels(tr("Paint min:"), tr("Paint max:"));
+    QFashionDlg::show_fashion(fashion);
+    QFashionDlg::set_picture(nullptr);
+}
+
+QFashionDlg::~QFashionDlg() = default;
+
+QGroupBox* QFashionDlg::make_paint_group() {
+    auto* group = new QGroupBox(tr("Paint"));
+    paint_grid_ = new QGridLayout(group);
+    const auto add_limit = [&](int row, const char* name, const QString& tip,
+                               const QString& own_tip, QLabel*& label, NumberEdit*& edit,
+                               QLabel*& extreme) {
+        label = new QLabel;
+        edit = new NumberEdit;
+        edit->setObjectName(QLatin1String(name));
+        edit->setToolTip(tip);
+        label->setBuddy(edit);
+        extreme = new QLabel;
+        extreme->setObjectName(QStringLiteral("image_") + QLatin1String(name));
+        extreme->setToolTip(own_tip);
+        paint_grid_->addWidget(label, row, 0);
+        paint_grid_->addWidget(edit, row, 1);
+        paint_grid_->addWidget(extreme, row, 2);
+        connect(edit, &QLineEdit::textChanged, this, &QFashionDlg::read_widgets);
+    };
+    add_limit(0, "minimum", tr("Enter lower limit"), tr("Minimum image value"), minimum_label_,
+              minimum_, image_minimum_);
+    add_limit(1, "maximum", tr("Enter upper limit"), tr("Maximum image value"), maximum_label_,
+              maximum_, image_maximum_);
+    complaint_ = new QLabel;
+    complaint_->setObjectName(QStringLiteral("complaint"));
+    complaint_->setStyleSheet(QStringLiteral("color: #c62828"));
+    complaint_->setWordWrap(true);
+    paint_grid_->addWidget(complaint_, 2, 1, 1, 2);
+
+    auto* ways = new QHBoxLayout;
+    const auto add_way = [&](const char* name, const QString& text, const QString& tip,
+                             Limits (*limits)(const QFashionDlg&)) {
+        auto* button = new QPushButton(text);
+        button->setObjectName(QLatin1String(name));
+        button->setToolTip(tip);
+        button->setAutoDefault(false);
+        ways->addWidget(button);
+        connect(button, &QPushButton::clicked, this, [this, limits] {
+            if (picture_) choose_limits(limits(*this));
+        });
+    };
+    add_way("extremes", tr("&Extremes"), tr("From the smallest to the largest value"),
+            [](const QFashionDlg& dialog) {
+                Progress progress;
+                return summarise(*dialog.picture_, progress).extremes();
+            });
+    add_way("three_sigma", tr("&Mean %1 3%2").arg(QChar(0xB1)).arg(QChar(0x3C3)),
+            tr("Three standard deviations about the mean"), [](const QFashionDlg& dialog) {
+                Progress progress;
+                return tidy(summarise(*dialog.picture_, progress).three_sigma());
+            });
+    add_way("percentiles", tr("Pe&rcentiles"), tr("Without this share of the values at each end"),
+            [](const QFashionDlg& dialog) {
+                Progress progress;
+                const double low = dialog.low_percent_->number().value_or(0);
+                const double high = dialog.high_percent_->number().value_or(100);
+                return tidy(percentiles(*dialog.picture_, low, std::max(low, high), progress));
+            });
+    const auto percent = [&](const char* name, double number) {
+        auto* edit = new NumberEdit;
+        edit->setObjectName(QLatin1String(name));
+        edit->set_range(0, 100);
+        edit->set_number(number);
+        edit->setToolTip(tr("Percent"));
+        edit->setMaximumWidth(fontMetrics().horizontalAdvance(QStringLiteral("100.000")) + 16);
+        ways->addWidget(edit);
+        return edit;
+    };
+    low_percent_ = percent("low_percent", 0.5);
+    high_percent_ = percent("high_percent", 99.5);
+    ways->addWidget(new QLabel(QStringLiteral("%")));
+    paint_grid_->addLayout(ways, 3, 0, 1, 3);
+    return group;
+}
+
+QGroupBox* QFashionDlg::make_palette_group() {
+    auto* group = new QGroupBox(tr("Palette"));
+    auto* layout = new QHBoxLayout(group);
+    auto* label = new QLabel(tr("Palette:"));
+    palettes_ = new PaletteBox;
+    palettes_->setObjectName(QStringLiteral("palette"));
+    palettes_->setToolTip(tr("Choose Lookup table"));
+    label->setBuddy(palettes_);
+    auto* add = new QPushButton(tr("&Add Palette"));
+    add->setObjectName(QStringLiteral("add_palette"));
+    add->setAutoDefault(false);
+    layout->addWidget(label);
+    layout->addWidget(palettes_, 1);
+    layout->addWidget(add);
+    connect(palettes_, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &QFashionDlg::read_widgets);
+    connect(add, &QPushButton::clicked, this, &QFashionDlg::add_palette);
+    return group;
+}
+
+QGroupBox* QFashionDlg::make_vector_group() {
+    vector_group_ = new QGroupBox(tr("Vector"));
+    auto* layout = new QVBoxLayout(vector_group_);
+    vectors_ = new VectorForm;
+    layout->addWidget(vectors_);
+    connect(vectors_, &VectorForm::style_chosen, this, &QFashionDlg::read_widgets);
+    return vector_group_;
+}
+
+QWidget* QFashionDlg::make_buttons() {
+    auto* buttons = new QWidget;
+    auto* layout = new QHBoxLayout(buttons);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addStretch();
+    const auto add = [&](const char* name, const QString& text, const QString& tip, auto slot) {
+        auto* button = new QPushButton(text);
+        button->setObjectName(QLatin1String(name));
+        button->setToolTip(tip);
+        connect(button, &QPushButton::clicked, this, slot);
+        layout->addWidget(button);
+        return button;
+    };
+    add("ok", tr("&OK"), tr("Accept values"), &QFashionDlg::accept)->setDefault(true);
+    add("apply", tr("&Apply"), tr("Apply changes to the Image"), &QFashionDlg::apply_pressed);
+    add("restore", tr("&Restore"), tr("Restore viewing limits"), &QFashionDlg::restore_limits);
+    add("cancel", tr("&Cancel"), tr("Reject values"), &QFashionDlg::reject);
+    return buttons;
+}
+
+void QFashionDlg::set_limit_labels(const QString& minimum, const QString& maximum) {
+    minimum_label_->setText(minimum);
+    maximum_label_->setText(maximum);
+}
+
+void QFashionDlg::set_picture(std::shared_ptr<const image> picture) {
+    picture_ = std::move(picture);
+    Progress progress;
+    const ValueSummary summary = picture_ ? summarise(*picture_, progress) : ValueSummary{};
+    const auto general = [](double value) {
+        return QString::fromStdString(format_general(value, 6));
+    };
+    image_minimum_->setText(summary.count ? tr("min:%1").arg(general(summary.minimum)) : QString());
+    image_maximum_->setText(summary.count ? tr("max:%1").arg(general(summary.maximum)) : QString());
+    vector_group_->setEnabled(picture_ && picture_->displacement);
+}
+
+void QFashionDlg::show_fashion(const Fashion& fashion) {
+    fashion_ = fashion;
+    writing_ = true;
+    // A line that already reads as this number is being typed in.
+    const auto set = [](NumberEdit& edit, double number) {
+        if (edit.number() != number) edit.set_number(number);
+    };
+    set(*minimum_, fashion.limits.minimum);
+    set(*maximum_, fashion.limits.maximum);
+    vectors_->show_style(fashion.vectors);
+    palettes_->refresh(fashion.palette);
+    complaint_->setText(QString::fromStdString(complaint_about(fashion.limits)));
+    writing_ = false;
+}
+
+bool QFashionDlg::sound() const {
+    return minimum_->number() && maximum_->number() && complaint_->text().isEmpty() &&
+           (vectors_->sound() || !vector_group_->isEnabled());
+}
+
+void QFashionDlg::read_widgets() {
+    if (writing_) return;
+    Fashion read = fashion_;
+    read.palette = palettes_->chosen();
+    read.vectors = vectors_->style();
+    const auto minimum = minimum_->number();
+    const auto maximum = maximum_->number();
+    QString complaint;
+    if (minimum && maximum) {
+        const Limits limits{*minimum, *maximum};
+        complaint = QString::fromStdString(complaint_about(limits));
+        if (complaint.isEmpty()) read.limits = limits;
+    }
+    complaint_->setText(complaint);
+    fashion_ = read;
+    Q_EMIT fashion_chosen(fashion_);
+}
+
+void QFashionDlg::choose(const Fashion& fashion) {
+    show_fashion(fashion);
+    Q_EMIT fashion_chosen(fashion_);
+}
+
+void QFashionDlg::choose_limits(const Limits& limits) {
+    Fashion changed = fashion_;
+    changed.limits = limits;
+    choose(changed);
+}
+
+void QFashionDlg::add_palette() {
+    const QString file = QFileDialog::getOpenFileName(this, tr("Select LUT file"), QString(),
+                                                      tr("LUT file (*.lut)"));
+    if (file.isEmpty()) return;
+    try {
+        get_palette_list().push_back(read_lut(file.toStdString()));
+    } catch (const GenericError& error) {
+        get_log().write(1, error.what());
+        QMessageBox::warning(this, tr("Palette"), QString::fromStdString(error.what()));
+        return;
+    }
+    Fashion changed = fashion_;
+    changed.palette = get_palette_list().back();
+    choose(changed);
+}
+
+void QFashionDlg::apply_pressed() {
+    if (sound()) kept_ = fashion_;
+}
+
+void QFashionDlg::restore_limits() {
+    choose(at_start_);
+}
+
+void QFashionDlg::accept() {
+    if (!sound()) return;
+    kept_ = fashion_;
+    QDialog::accept();
+}
+
+void QFashionDlg::reject() {
+    choose(kept_);
+    QDialog::reject();
+}
+
+}  // namespace vyn
