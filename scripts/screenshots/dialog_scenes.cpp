@@ -1,7 +1,32 @@
+#include "align/ui/align_dialog.h"
+#include "calib/ui/camera_dialog.h"
+#include "calib/ui/convert_dialog.h"
+#include "calib/ui/paint_calibration_dialog.h"
+#include "calib/ui/paint_dialog.h"
+#include "calib/ui/test_dialog.h"
+#include "core/keys.h"
 #include "scripts/screenshots/scenes.h"
 
 namespace vyn::screenshots {
 
-void play_dialogs(Theatre&) {}
+namespace {
+
+template <class Dialog, class... Arguments>
+void show_settings(Theatre& theatre, const char* name, const Arguments&... arguments) {
+    Dialog dialog(vyn_db(), arguments...);
+    theatre.shots.take(dialog, QLatin1String(name));
+}
+
+}  // namespace
+
+void play_dialogs(Theatre& theatre) {
+    open_project(theatre, theatre.folder + QStringLiteral("/project.xml"));
+    show_settings<QVynAlign>(theatre, "align_dialog");
+    show_settings<QVynConvert>(theatre, "convert_dialog");
+    show_settings<QVynCamera>(theatre, "camera_dialog", std::string(keys::sens_camera));
+    show_settings<QVynPaint>(theatre, "paint_dialog");
+    show_settings<QVynPaintCalibration>(theatre, "paint_calibration_dialog");
+    show_settings<QVynTest>(theatre, "test_dialog");
+}
 
 }  // namespace vyn::screenshots
