@@ -2,8 +2,8 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 9>& commands() {
-    static constexpr std::array<Command, 9> table{{
+const std::array<Command, 10>& commands() {
+    static constexpr std::array<Command, 10> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
@@ -13,6 +13,7 @@ const std::array<Command, 9>& commands() {
         {"filter", "smooth an image, fill its excluded pixels", prepare_filter},
         {"markers", "convert a marker file into another format; find, refine and pair markers",
          prepare_markers},
+        {"render", "draw an image in false colour, for papers and reports", prepare_render},
         {"sample", "make a test point whose true field is known", prepare_sample},
         {"compare", "measure how far a field is from the truth", prepare_compare},
     }};

@@ -42,7 +42,7 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 9>& commands();
+const std::array<Command, 10>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
@@ -51,6 +51,7 @@ Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
 Work prepare_filter(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
+Work prepare_render(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);
 Work prepare_compare(CLI::App& app, const GlobalOptions& global);
 

@@ -30,14 +30,23 @@ struct RgbPicture {
     int width = 0;
     int height = 0;
     std::vector<std::uint8_t> rgb;
+
+    std::uint8_t* at(int x, int y) {
+        return rgb.data() +
+               3 * (std::size_t{static_cast<unsigned>(y)} * static_cast<unsigned>(width) +
+                    static_cast<unsigned>(x));
+    }
+    const std::uint8_t* at(int x, int y) const { return const_cast<RgbPicture*>(this)->at(x, y); }
 };
 
-/// Draws an image in false colour. Raises AlgoError for an image without values and mask, and when
-/// the scale is no positive number or the picture would be too large.
+/// Draws an image in false colour. Shown smaller, every pixel is the mean of its colours; larger,
+/// pixels stay crisp. With neither colour bar nor title there is nothing but the field. Raises
+/// AlgoError for an image without values and mask, and when the scale is no positive number or the
+/// picture would be too large.
 RgbPicture draw_picture(const image& picture, const PictureOptions& options);
 
-/// The largest scale, not above 1 and a power of 1/2, at which a side is at most `side` pixels: for
-/// thumbnails and default pictures.
+/// The largest scale, not above 1 and a power of 1/2, at which no side is longer than `side`
+/// pixels: for thumbnails.
 double scale_for_side(const image& picture, int side);
 
 /// Keyword and text of a PNG file's description.
