@@ -40,8 +40,9 @@ Shots::Shots(QString folder, QStringList only)
 }
 
 void Shots::take(QWidget& window, const QString& name, QSize size) {
-    if (size.isValid()) window.resize(size);
     window.show();
+    // A screen that is not there is small, and windows were cut down to it.
+    window.resize(size.isValid() ? size : window.sizeHint());
     wait(settle_ms);
     write(window, name);
 }
@@ -54,6 +55,7 @@ void Shots::take_modal(const QString& name, const std::function<void()>& open,
             std::cerr << "no dialog for " << name.toStdString() << '\n';
             return;
         }
+        window->resize(window->sizeHint().expandedTo(window->size()));
         prepare(*window);
         wait(settle_ms);
         write(*window, name);
@@ -71,6 +73,7 @@ void Shots::write(QWidget& window, const QString& name) {
     if (!window.grab().save(file))
         throw FileError("scripts/screenshots/shots", __LINE__, "Can't open file for writing!",
                         file.toStdString());
+    std::cout << file.toStdString() << std::endl;
 }
 
 }  // namespace vyn::screenshots

@@ -12,7 +12,7 @@ void wait(int ms);
 /// Runs it until something is so; raises AlgoError naming what did not come after 60 s.
 void wait_for(const std::function<bool()>& condition, const char* what);
 
-/// Writes what windows look like as PNG files of one folder.
+/// Writes what windows look like as PNG files of one folder, and their names to standard output.
 class Shots {
   public:
     /// Makes the folder. `only`: when not empty, the only pictures that are written.
