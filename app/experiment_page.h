@@ -9,7 +9,7 @@
 
 namespace vyn {
 
-/// Which pages there are; the project's settings say which one it needs (read_experiment_type).
+/// Which pages there are; the project's settings say which one it needs (experiment_type).
 enum class ExperimentPageKind { single_channel, double_channel };
 
 /// The page of the main window on which one test point is set up and computed. It shows the
@@ -33,6 +33,9 @@ class ExperimentPage : public QWidget {
   Q_SIGNALS:
     /// An image of the image list, to be shown in a viewer; `flag`: it is a camera file.
     void show_image(const std::string& name, bool flag, const QString& title);
+    /// How a result stands to the present settings and files, whenever the page looked: marks the
+    /// viewers of that image. `why` is empty when it is not out of date.
+    void result_looked_at(const std::string& name, bool out_of_date, const QString& why);
     /// The page changed settings or images.
     void project_changed();
 };
