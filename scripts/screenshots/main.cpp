@@ -1,16 +1,12 @@
-#include <QApplication>
 #include <QDir>
-#include <QFontDatabase>
-#include <QLocale>
-#include <QPalette>
-#include <QStandardPaths>
-#include <QStyleFactory>
-#include <clocale>
+#include <QFont>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
 
 #include "api/image_io.h"
+#include "app/appearance.h"
+#include "app/application.h"
 #include "core/errors.h"
 #include "core/progress.h"
 #include "core/worker.h"
@@ -27,26 +23,6 @@ struct Options {
     bool dark = false;
     std::vector<std::string> only;
 };
-
-QPalette dark_palette() {
-    const QColor window(0x2b, 0x2b, 0x2b);
-    const QColor base(0x1f, 0x1f, 0x1f);
-    const QColor text(0xe6, 0xe6, 0xe6);
-    const QColor faint(0x80, 0x80, 0x80);
-    QPalette palette(text, window);
-    palette.setColor(QPalette::Base, base);
-    palette.setColor(QPalette::AlternateBase, window);
-    palette.setColor(QPalette::Text, text);
-    palette.setColor(QPalette::WindowText, text);
-    palette.setColor(QPalette::ButtonText, text);
-    palette.setColor(QPalette::ToolTipBase, base);
-    palette.setColor(QPalette::ToolTipText, text);
-    palette.setColor(QPalette::Link, QColor(0x64, 0xb5, 0xf6));
-    palette.setColor(QPalette::Highlight, QColor(0x1e, 0x88, 0xe5));
-    for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, faint);
-    return palette;
-}
 
 /// A test point in a folder whose name looks the same on every machine and in every run.
 QString make_test_point() {
@@ -93,16 +69,14 @@ int main(int argc, char** argv) {
 
     // The same on every machine: no screen, no desktop's theme, no settings of the user.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_FONT_DPI", "96");
     qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale));
     const QString home = QDir::temp().filePath(QStringLiteral("tunnel/home"));
     for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME"})
         qputenv(variable, home.toLocal8Bit());
-    QApplication application(argc, argv);
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    vyn::Application application(argc, argv);
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
-    if (options.dark) QApplication::setPalette(dark_palette());
-    std::setlocale(LC_NUMERIC, "C");
-    QLocale::setDefault(QLocale::c());
+    vyn::apply_appearance(options.dark ? vyn::Appearance::dark : vyn::Appearance::light);
     try {
         play(options);
     } catch (const vyn::GenericError& error) {

@@ -1,4 +1,10 @@
+#include <QTabWidget>
+
 #include "api/image_list.h"
+#include "app/about.h"
+#include "app/help_window.h"
+#include "app/main_window.h"
+#include "app/type_dialog.h"
 #include "core/data_set.h"
 #include "core/errors.h"
 #include "core/keys.h"
@@ -10,6 +16,8 @@
 namespace vyn::screenshots {
 
 namespace {
+
+const QSize window_size(960, 720);
 
 void run(Theatre& theatre, const std::shared_ptr<Job>& job) {
     theatre.worker.post(job, std::make_shared<TaskContext>());
@@ -48,8 +56,25 @@ void compute(Theatre& theatre) {
 }
 
 void play_window(Theatre& theatre) {
-    open_project(theatre, theatre.folder + QStringLiteral("/project.xml"));
+    VynLiteForm window(theatre.worker);
+    theatre.shots.take(window, QStringLiteral("main_window_empty"), window_size);
+    ExperimentTypeDialog type(&window);
+    theatre.shots.take(type, QStringLiteral("type_dialog"));
+    type.hide();
+
+    window.open_files({theatre.folder + QStringLiteral("/project.xml")});
+    theatre.shots.take(window, QStringLiteral("main_window_inputs"), window_size);
+    window.calculateCalculate_AllAction_activated();
+    theatre.shots.take(window, QStringLiteral("main_window"), window_size);
+    window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(0);
+    theatre.shots.take(window, QStringLiteral("log_page"), window_size);
     show_busy_box(theatre);
+
+    QVynLiteAbout about(&window);
+    theatre.shots.take(about, QStringLiteral("about"));
+    about.hide();
+    HelpWindow help(find_help_file());
+    theatre.shots.take(help, QStringLiteral("help_window"), window_size);
 }
 
 }  // namespace vyn::screenshots
