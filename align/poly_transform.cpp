@@ -137,6 +137,18 @@ PolyFit fit_polynomial(std::span<const Point> from, std::span<const Point> to, i
     return fit;
 }
 
+/// Derivatives of one mapped coordinate.
+struct Gradient {
+    double x;
+    double y;
+};
+
+Gradient gradient(const std::array<double, 10>& a, Point p) {
+    const auto [x, y] = p;
+    return {a[1] + a[3] * y + 2 * a[4] * x + 2 * a[6] * x * y + a[7] * y * y + 3 * a[8] * x * x,
+            a[2] + a[3] * x + 2 * a[5] * y + a[6] * x * x + 2 * a[7] * x * y + 3 * a[9] * y * y};
+}
+
 }  // namespace
 
 int poly_coefficient_count(int order) {
@@ -181,6 +193,26 @@ Point apply_poly(double x, double y, int n, std::span<const double, 10> ax,
             throw AlgoError(source_unit, evaluation_line, "Algorithm error!",
                             "a mapping has no " + std::to_string(n) + " coefficients");
     }
+}
+
+Point inverse_mapped(const PolyTransform& map, Point target) {
+    Point p = target;
+    for (int i = 0; i < 20; ++i) {
+        const Point mapped = apply_poly(map, p);
+        const double ex = mapped.x - target.x;
+        const double ey = mapped.y - target.y;
+        if (map.n <= 1) return {p.x - ex, p.y - ey};
+        const Gradient gx = gradient(map.ax, p);
+        const Gradient gy = gradient(map.ay, p);
+        const double determinant = gx.x * gy.y - gx.y * gy.x;
+        const double step_x = (gy.y * ex - gx.y * ey) / determinant;
+        const double step_y = (gx.x * ey - gy.x * ex) / determinant;
+        p.x -= step_x;
+        p.y -= step_y;
+        // The curvature is below 1e-3 per pixel, so the next step would be below 1e-13.
+        if (step_x * step_x + step_y * step_y < 1e-10) break;
+    }
+    return p;
 }
 
 PolyFit fit_poly(std::span<const Point> from, std::span<const Point> to, int n) {

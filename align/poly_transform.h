@@ -27,6 +27,10 @@ inline Point apply_poly(const PolyTransform& map, Point p) {
     return apply_poly(p.x, p.y, map.n, map.ax, map.ay);
 }
 
+/// The point that `map` takes to `target`, by Newton's method, to 1e-12 px or the rounding of the
+/// coordinates. For mappings that bend little over the picture.
+Point inverse_mapped(const PolyTransform& map, Point target);
+
 /// How a fit came out.
 struct PolyFit {
     PolyTransform map;

@@ -49,6 +49,11 @@ Point distorted_position(const Distortion& lens, Point ideal) {
     return {dx * d + lens.cx, dy * d + lens.cy};
 }
 
+void distort_positions(const Distortion& lens, int n, double* x, double* y) {
+    if (lens.none()) return;
+    active_radial_kernels().positions_in_place({lens.cx, lens.cy, lens.a2, lens.a4}, n, x, y);
+}
+
 Point ideal_position(const Distortion& lens, Point camera) {
     const double dx = camera.x - lens.cx;
     const double dy = camera.y - lens.cy;

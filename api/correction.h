@@ -21,6 +21,9 @@ struct Distortion {
 /// until a step is at most 1e-6 or 100 steps, and d as the last step left it; the point itself at
 /// the centre. Not finite where the iteration diverges.
 Point distorted_position(const Distortion& lens, Point ideal);
+/// The same for n positions, in their place; equal results but for the point that is the centre,
+/// which may be off by a rounding.
+void distort_positions(const Distortion& lens, int n, double* x, double* y);
 /// The ideal point of a camera position, in closed form. Where |1 + a2 r^2 + a4 r^4| < 1e-10 the
 /// answer is the offset from the centre, without the centre added back.
 Point ideal_position(const Distortion& lens, Point camera);

@@ -1,5 +1,6 @@
 #include "api/field_conversion.h"
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -7,6 +8,7 @@
 #include "api/isa.h"
 #include "api/kernels/pixel_kernels.h"
 #include "api/parallel.h"
+#include "api/pixel_ops.h"
 
 namespace vyn {
 
@@ -96,6 +98,40 @@ image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits&
         }
     });
     return result.take();
+}
+
+image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& limits,
+                           Progress& progress) {
+    const auto& [signal_off, signal_on, reference_off, reference_on] = pictures;
+    check_all_planes(signal_off);
+    for (const image* other : {&signal_on, &reference_off, &reference_on}) {
+        other->check_planes();
+        check_same_size(signal_off, *other);
+    }
+    RowResult result(signal_off);
+    parallel_rows(signal_off.height(), rows_per_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y) {
+            const ConstPixelRow rows[] = {const_row(signal_off, y), const_row(reference_on, y),
+                                          const_row(reference_off, y), const_row(signal_on, y)};
+            const PixelRow out = result.row(y);
+            for (int x = 0; x < signal_off.width(); ++x) {
+                const double ratio = double{rows[0].value[x]} * double{rows[1].value[x]} /
+                                     (double{rows[2].value[x]} * double{rows[3].value[x]});
+                const bool excluded =
+                    (rows[0].mask[x] | rows[1].mask[x] | rows[2].mask[x] | rows[3].mask[x]) != 0 ||
+                    !std::isfinite(static_cast<float>(ratio));
+                out.value[x] = excluded ? rows[0].value[x] : static_cast<float>(ratio);
+                out.mask[x] = excluded ? 1 : 0;
+            }
+            result.copy_region(y);
+        }
+    });
+    image ratio = result.take();
+    if (limits.clamp) {
+        clamp_below(ratio, limits.lower);
+        clamp_above(ratio, limits.upper);
+    }
+    return ratio;
 }
 
 image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress) {

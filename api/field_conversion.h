@@ -44,6 +44,21 @@ struct RatioLimits {
 image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits& limits,
                  Progress& progress);
 
+/// The pictures of two channels, all of one size and in one frame.
+struct ChannelPictures {
+    const image& signal_off;
+    const image& signal_on;
+    const image& reference_off;
+    const image& reference_on;
+};
+
+/// The ratio of ratios (signal_off reference_on) / (reference_off signal_on), in 64-bit, limited as
+/// by `form_ratio`. A pixel that is excluded in one of the four is excluded, and so is one whose
+/// ratio is not finite; both keep their value of `signal_off`, as does everything but the planes.
+/// Raises IndexError when sizes differ.
+image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& limits,
+                           Progress& progress);
+
 /// The field of a ratio image, in one pass. A result that is not finite excludes the pixel, which
 /// keeps its ratio. The bits are those of the law evaluated in 64-bit for every valid pixel,
 /// rounded to 32-bit, and of exclude_below and clamp_above after it, which work inside the region

@@ -21,6 +21,8 @@ struct SampleOptions {
     std::string size;
     SyntheticOptions point;
     bool noise = false;
+    bool binary = false;
+    bool lifetime = false;
     bool force = false;
 };
 
@@ -49,10 +51,12 @@ ExitStatus make_sample(const SampleOptions& options) {
     SyntheticOptions point_options = options.point;
     if (!options.size.empty()) take_size(options.size, point_options);
     if (options.noise) point_options.noise = SyntheticOptions::Noise::camera;
+    if (options.binary) point_options.channels = SyntheticOptions::Channels::binary;
+    if (options.lifetime) point_options.channels = SyntheticOptions::Channels::lifetime;
     if (const std::string problem = problem_of(point_options); !problem.empty())
         throw UsageError(problem);
     const fs::path folder = options.folder;
-    for (const std::string& name : synthetic_file_names())
+    for (const std::string& name : synthetic_file_names(point_options.channels))
         check_target(folder / name, options.force ? Overwriting::allowed : Overwriting::refused);
 
     SampleProgress progress("Making the test point");
@@ -86,10 +90,19 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
         ->transform(CLI::CheckedTransformer(quantities))
         ->option_text("Pressure|P_Pstat|Cp|Irefe_Isens");
     app.add_flag("--noise", options->noise, "add the noise of a camera and round to whole counts");
+    CLI::Option* const binary = app.add_flag(
+        "--binary", options->binary,
+        "binary paint: a second camera shows a reference dye, and the lamp moves with the wind");
+    app.add_flag("--lifetime", options->lifetime,
+                 "two gates after each pulse; the lamp moves with the wind")
+        ->excludes(binary);
     app.add_flag("--force", options->force, "replace the files of an earlier test point");
     app.footer(
         "Writes wind_off.tif, wind_on.tif, their dark images and markers, flat.tif, ports.mrk,\n"
-        "camera.ini, paint.clb, project.xml and the true field truth.tif.");
+        "camera.ini, paint.clb, project.xml and the true field truth.tif. With --binary also the\n"
+        "reference camera's files (..._refe) and single_channel.tif, the wrong field of the "
+        "signal\n"
+        "channel alone; with --lifetime the pictures of gate 1 (..._gate1).");
     return [options] { return make_sample(*options); };
 }
 

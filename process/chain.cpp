@@ -1,6 +1,8 @@
 #include "process/chain.h"
 
+#include "process/channel_ratio_task.h"
 #include "process/correct_task.h"
+#include "process/experiment_type.h"
 #include "process/field_task.h"
 #include "process/ratio_task.h"
 #include "process/raw_images.h"
@@ -12,17 +14,23 @@ namespace names = image_names;
 std::shared_ptr<Job> calculate_ratio(dataSetInterface& data, const imagesList& images,
                                      const std::shared_ptr<RunReport>& report) {
     auto job = std::make_shared<Job>();
-    if (!images.find(names::wind_off_sens) || !images.find(names::wind_on_sens)) return job;
+    if (!missing_input(data, images).empty()) return job;
 
-    const auto& [wind_off, wind_on, wind_off_reference, wind_on_reference] = raw_images();
-    job->append(std::make_unique<CorrectTask>(
-        correction_of(data, wind_off, names::wind_off_sens_cor), report));
-    job->append(std::make_unique<CorrectTask>(correction_of(data, wind_on, names::wind_on_sens_cor),
-                                              report));
-    job->append(
-        std::make_unique<RatioTask>(RatioImages{names::wind_off_sens_cor, names::wind_on_sens_cor,
-                                                names::wind_on_sens_aligned, names::ratio},
-                                    report));
+    const bool single = experiment_type(data) == ExperimentType::single;
+    const std::array<const char*, 4> corrected{names::wind_off_sens_cor, names::wind_on_sens_cor,
+                                               names::wind_off_refe_cor, names::wind_on_refe_cor};
+    const std::size_t pictures = single ? 2 : corrected.size();
+    for (std::size_t i = 0; i < pictures; ++i)
+        if (images.find(raw_images()[i].name))
+            job->append(std::make_unique<CorrectTask>(
+                correction_of(data, raw_images()[i], corrected[i]), report));
+    if (single)
+        job->append(std::make_unique<RatioTask>(
+            RatioImages{names::wind_off_sens_cor, names::wind_on_sens_cor,
+                        names::wind_on_sens_aligned, names::ratio},
+            report));
+    else
+        job->append(std::make_unique<ChannelRatioTask>(report));
     return job;
 }
 

@@ -10,14 +10,13 @@
 
 namespace vyn {
 
-/// The part of Calculate All up to the ratio image: correct wind-off, correct wind-on, align and
-/// form the ratio. An empty job while one of the two raw images is missing; `report` is filled as
-/// the tasks run.
+/// The part of Calculate All up to the ratio image: correct every picture that the experiment type
+/// uses, align them and form the ratio. An empty job while something is missing (missing_input says
+/// what); `report` is filled as the tasks run.
 std::shared_ptr<Job> calculate_ratio(dataSetInterface& data, const imagesList& images,
                                      const std::shared_ptr<RunReport>& report);
 
-/// What Calculate All runs for a single-channel test point: the ratio, then the field. An empty
-/// job as above.
+/// What Calculate All runs: the ratio, then the field. An empty job as above.
 std::shared_ptr<Job> calculate_all(dataSetInterface& data, const imagesList& images,
                                    std::shared_ptr<RunReport> report);
 

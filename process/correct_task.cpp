@@ -2,6 +2,7 @@
 
 #include "api/correction.h"
 #include "core/log.h"
+#include "process/experiment_type.h"
 #include "process/image_sizes.h"
 #include "process/marker_frames.h"
 
@@ -11,11 +12,24 @@ Correction correction_of(dataSetInterface& data, const RawImage& raw, std::strin
     Correction correction;
     correction.source = raw.name;
     correction.dark = raw.dark_name;
-    correction.flat = raw.flat_name;
+    const RawImage& taker = camera_partner(data, raw);
+    correction.flat = taker.flat_name;
     correction.result = std::move(result);
     correction.dark_level = static_cast<float>(read(data, raw.dark_level));
-    correction.camera = raw.camera;
+    correction.camera = taker.camera;
     return correction;
+}
+
+image corrected_intensity(const Correction& correction, const image& source, TaskContext& context) {
+    const imagesList& images = get_images();
+    const auto dark = correction.use_dark ? images.find(correction.dark) : nullptr;
+    const auto flat = correction.use_flat ? images.find(correction.flat) : nullptr;
+    if (dark) require_same_size(*dark, source);
+    if (flat) require_same_size(*flat, source);
+    image corrected =
+        correct_intensity(source, correction.dark_level, dark.get(), flat.get(), context);
+    corrected.degree = read(vyn_db(), keys::spline_degree);
+    return corrected;
 }
 
 TaskOutcome CorrectTask::run(TaskContext& context) {
@@ -26,20 +40,19 @@ TaskOutcome CorrectTask::run(TaskContext& context) {
         get_log().write(2, "Image not loaded");
         return TaskOutcome::failed;
     }
-    const auto dark = correction_.use_dark ? images.find(correction_.dark) : nullptr;
-    const auto flat = correction_.use_flat ? images.find(correction_.flat) : nullptr;
-    if (dark) require_same_size(*dark, *source);
-    if (flat) require_same_size(*flat, *source);
-    if (!dark) warn(*report_, correction_.source + " is corrected without a dark image");
-    if (!flat) warn(*report_, correction_.source + " is corrected without a flat field");
-
+    const auto report_step = [&](bool used, const std::string& name, const char* step,
+                                 const char* what) {
+        if (used && images.find(name))
+            get_log().write(4, step);
+        else
+            warn(*report_, correction_.source + " is corrected without " + what);
+    };
     context.status("Calculating corrected image");
-    if (dark) get_log().write(4, "Substracting dark image");
-    if (flat) get_log().write(4, "Applying flat-field image");
-    image corrected =
-        correct_intensity(*source, correction_.dark_level, dark.get(), flat.get(), context);
+    report_step(correction_.use_dark, correction_.dark, "Substracting dark image", "a dark image");
+    report_step(correction_.use_flat, correction_.flat, "Applying flat-field image",
+                "a flat field");
+    image corrected = corrected_intensity(correction_, *source, context);
 
-    corrected.degree = read(data, keys::spline_degree);
     const Distortion lens = lens_of(data, correction_.camera);
     if (!lens.none()) {
         context.status("Correcting image distortions");

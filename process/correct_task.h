@@ -25,6 +25,11 @@ struct Correction {
 /// The correction of a raw image with the settings of the project.
 Correction correction_of(dataSetInterface& data, const RawImage& raw, std::string result);
 
+/// Dark level, dark image and flat field of an image, pixels where the camera saw them; the degree
+/// of later resampling is set. A dark or flat image that is not loaded skips its step. Raises
+/// IndexError naming the images that differ in size.
+image corrected_intensity(const Correction& correction, const image& source, TaskContext& context);
+
 /// Dark level, dark image, flat field and lens distortion of one image, published under a new name.
 /// Fails when the source is not loaded; a missing dark or flat image skips its step.
 class CorrectTask final : public Task {

@@ -47,6 +47,25 @@ std::vector<const RawImage*> required_images(ExperimentType type) {
     return {};
 }
 
+std::vector<const RawImage*> aligned_images(ExperimentType type) {
+    const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
+    if (type == ExperimentType::binary)
+        return {&off_signal, &on_signal, &off_reference, &on_reference};
+    return {&off_signal, &on_signal};
+}
+
+const RawImage& camera_partner(dataSetInterface& data, const RawImage& raw) {
+    if (experiment_type(data) != ExperimentType::lifetime) return raw;
+    const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
+    if (raw.name == off_reference.name) return off_signal;
+    return raw.name == on_reference.name ? on_signal : raw;
+}
+
+bool uses_wind_off(dataSetInterface& data, const imagesList& images) {
+    return experiment_type(data) != ExperimentType::lifetime ||
+           images.find(image_names::wind_off_sens) != nullptr;
+}
+
 std::string missing_input(dataSetInterface& data, const imagesList& images) {
     const ExperimentType type = experiment_type(data);
     if (type == ExperimentType::s3f) return not_evaluated_text;

@@ -28,13 +28,22 @@ void choose_experiment_type(dataSetInterface& data, ExperimentType type);
 /// The raw images that a computation of this type cannot do without, wind-off first.
 std::vector<const RawImage*> required_images(ExperimentType type);
 
+/// The raw images whose markers align a point of this type.
+std::vector<const RawImage*> aligned_images(ExperimentType type);
+
+/// The raw image whose camera record and flat field hold for this one: itself, but of a lifetime
+/// project, whose gates come from one camera, the one of the signal channel.
+const RawImage& camera_partner(dataSetInterface& data, const RawImage& raw);
+
+/// False where the ratio is formed without wind-off pictures: of two gates that have none.
+bool uses_wind_off(dataSetInterface& data, const imagesList& images);
+
 /// Why Calculate All cannot run, for the user: which images are missing and which settings name
 /// them, or that the type is not evaluated. Empty when nothing is missing.
 std::string missing_input(dataSetInterface& data, const imagesList& images);
 
 /// What is said of a project of the fourth type.
 inline constexpr const char* not_evaluated_text =
-    "The evaluation of this experiment type is not available. Choose another type with a new "
-    "project.";
+    "The evaluation of this experiment type is not available; choose another type in a new project";
 
 }  // namespace vyn

@@ -4,6 +4,7 @@
 #include "core/keys.h"
 #include "core/log.h"
 #include "core/numbers.h"
+#include "process/experiment_type.h"
 #include "process/field_quantity.h"
 #include "process/law_conditions.h"
 
@@ -13,6 +14,11 @@ namespace {
 
 std::string general(double value) {
     return format_general(value, 6);
+}
+
+WindOffRule rule_of(dataSetInterface& data, const imagesList& images) {
+    return uses_wind_off(data, images) ? wind_off_rule(read(data, keys::convert_wind_off_ratio))
+                                       : WindOffRule::unity;
 }
 
 PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity, WindOffRule rule) {
@@ -35,7 +41,7 @@ TaskOutcome FieldTask::run(TaskContext& context) {
     FieldConversion conversion;
     conversion.quantity = field_quantity(read(data, keys::convert_field));
     if (conversion.quantity != FieldQuantity::ratio) {
-        const WindOffRule rule = wind_off_rule(read(data, keys::convert_wind_off_ratio));
+        const WindOffRule rule = rule_of(data, images);
         const PreparedConversion prepared = prepare(data, conversion.quantity, rule);
         conversion = prepared.conversion;
         if (prepared.message) {
@@ -43,7 +49,9 @@ TaskOutcome FieldTask::run(TaskContext& context) {
             context.message(prepared.message);
         }
         get_log().write(4, "adj_flow.wind_on_t=" + general(prepared.flow_in_paint_units.wind_on_t));
-        if (rule == WindOffRule::unity)
+        if (!uses_wind_off(data, images))
+            get_log().write(4, "The ratio is of gates without wind-off pictures: fa = 1");
+        else if (rule == WindOffRule::unity)
             get_log().write(4, std::string(keys::convert_wind_off_ratio.path) +
                                    " is \"unity\": the wind-off ratio is not taken from the law");
         get_log().write(4, "fa=" + general(conversion.wind_off_ratio));

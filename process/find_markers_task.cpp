@@ -3,17 +3,16 @@
 #include <vector>
 
 #include "core/log.h"
-#include "process/raw_images.h"
+#include "process/experiment_type.h"
 
 namespace vyn {
 
 TaskOutcome FindMarkersTask::run(TaskContext& context) {
     imagesList& images = get_images();
     dataSetInterface& data = vyn_db();
-    const auto& [wind_off, wind_on, wind_off_reference, wind_on_reference] = raw_images();
     std::vector<image> found;
     bool complete = true;
-    for (const RawImage* raw : {&wind_off, &wind_on}) {
+    for (const RawImage* raw : aligned_images(experiment_type(data))) {
         const std::shared_ptr<const image> picture = images.find(raw->name);
         if (!picture || !picture->markers.markers.empty() || !read(data, raw->marker_file).empty())
             continue;

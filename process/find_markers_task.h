@@ -8,9 +8,9 @@
 
 namespace vyn {
 
-/// Finds the markers of the raw wind-off and wind-on images that have none and whose marker file
-/// the project does not name, in pixels of the camera, and lets the alignment pair them by their
-/// places. Fails, with the reason in the report, when an image shows no dots.
+/// Finds the markers of the raw images that are aligned by them, that have none and whose marker
+/// file the project does not name, in pixels of the camera, and lets the alignment pair them by
+/// their places. Fails, with the reason in the report, when an image shows no dots.
 class FindMarkersTask final : public Task {
   public:
     FindMarkersTask(DetectionOptions options, std::shared_ptr<RunReport> report)

@@ -8,6 +8,7 @@
 #include "core/errors.h"
 #include "core/log.h"
 #include "markers/marker_files.h"
+#include "process/experiment_type.h"
 #include "process/project_paths.h"
 #include "process/synthetic_geometry.h"
 
@@ -96,9 +97,10 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
     const auto [raw, corrected] = camera_origin(picture.name);
     saving.set_key = raw && (!corrected || read(data, raw->marker_file).empty());
     saving.camera_frame = corrected && (saving.set_key || is_marker_file(data, *raw, file));
-    const MarkerSet set = saving.camera_frame
-                              ? to_camera_frame(picture.markers, lens_of(data, raw->camera))
-                              : picture.markers;
+    const MarkerSet set =
+        saving.camera_frame
+            ? to_camera_frame(picture.markers, lens_of(data, camera_partner(data, *raw).camera))
+            : picture.markers;
     write_or_throw(file, set);
     if (saving.set_key && read(data, raw->marker_file) != file.string())
         write(data, raw->marker_file, file.string());
@@ -120,7 +122,7 @@ MarkerSet load_image_markers(dataSetInterface& data, const image& picture, const
     if (!result.detail.empty()) get_log().write(3, result.detail);
     const auto [raw, corrected] = camera_origin(picture.name);
     if (corrected && is_marker_file(data, *raw, file))
-        set = to_ideal_frame(std::move(set), lens_of(data, raw->camera));
+        set = to_ideal_frame(std::move(set), lens_of(data, camera_partner(data, *raw).camera));
     return set;
 }
 

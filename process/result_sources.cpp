@@ -31,11 +31,12 @@ class Settings {
     std::vector<std::string> paths_;
 };
 
-ResultSources correction_sources(const RawImage& raw) {
+ResultSources correction_sources(dataSetInterface& data, const RawImage& raw) {
+    const RawImage& taker = camera_partner(data, raw);
     Settings settings;
     settings.add(raw.dark_level, keys::spline_degree);
-    settings.add(raw.camera, {"cx", "cy", "a2", "a4"});
-    return {.images = {raw.name, raw.dark_name, raw.flat_name}, .settings = settings.take()};
+    settings.add(taker.camera, {"cx", "cy", "a2", "a4"});
+    return {.images = {raw.name, raw.dark_name, taker.flat_name}, .settings = settings.take()};
 }
 
 void add_alignment(dataSetInterface& data, Settings& settings) {
@@ -46,6 +47,7 @@ void add_alignment(dataSetInterface& data, Settings& settings) {
     if (!read(data, keys::markers_enable)) return;
     settings.add(keys::markers_order, keys::markers_box, keys::markers_geometry);
     if (!read(data, keys::markers_geometry)) settings.add(keys::markers_fix, keys::markers_link);
+    if (experiment_type(data) == ExperimentType::binary) settings.add(keys::channels_order);
 }
 
 ResultSources ratio_sources(dataSetInterface& data, std::string_view result) {
@@ -95,7 +97,7 @@ ResultSources result_sources(dataSetInterface& data, std::string_view result) {
         {names::wind_off_refe_cor, &raw_images()[2]},
         {names::wind_on_refe_cor, &raw_images()[3]}};
     if (const auto found = corrected.find(result); found != corrected.end())
-        return correction_sources(*found->second);
+        return correction_sources(data, *found->second);
     return result == names::field ? field_sources(data) : ratio_sources(data, result);
 }
 

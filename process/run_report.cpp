@@ -122,6 +122,17 @@ json alignment_json(const MarkerMatch& match) {
     return result;
 }
 
+json channels_json(const ChannelAlignment& channels) {
+    json result{{"noise", ratio_of_ratios_noise}};
+    if (channels.reference) result["reference_alignment"] = alignment_json(*channels.reference);
+    if (channels.cameras) result["camera_alignment"] = alignment_json(*channels.cameras);
+    if (channels.consistency)
+        result["consistency_px"] = {{"points", channels.consistency->points},
+                                    {"rms", channels.consistency->rms},
+                                    {"max", channels.consistency->max}};
+    return result;
+}
+
 /// The temperatures and pressures as they enter the law, and the law itself.
 json conversion_json(const PreparedConversion& prepared) {
     const flowFeatures& flow = prepared.flow_in_paint_units;
@@ -213,6 +224,7 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     if (!failure.empty()) result["failure"] = failure;
     if (report.aligned) result["aligned"] = *report.aligned;
     if (report.alignment) result["alignment"] = alignment_json(*report.alignment);
+    if (report.channels) result["channels"] = channels_json(*report.channels);
     if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
     result["warnings"] = report.warnings;
 

@@ -7,6 +7,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "align/channel_maps.h"
 #include "align/marker_alignment.h"
 #include "api/image_list.h"
 #include "calib/paint_law.h"
@@ -15,13 +16,26 @@
 
 namespace vyn {
 
+/// How the pictures of two channels were brought together, beside the signal channel's alignment.
+struct ChannelAlignment {
+    std::optional<MarkerMatch> reference;  ///< wind-on from wind-off picture, reference channel
+    std::optional<MarkerMatch> cameras;    ///< reference from signal picture, both wind-off
+    std::optional<MapConsistency> consistency;
+};
+
 /// What the tasks of one run found out beside their images; they fill it, the report shows it.
 struct RunReport {
-    std::optional<bool> aligned;           ///< nothing until an alignment was tried
-    std::optional<MarkerMatch> alignment;  ///< of the markers, when pairing was reached
+    std::optional<bool> aligned;               ///< nothing until an alignment was tried
+    std::optional<MarkerMatch> alignment;      ///< of the markers, when pairing was reached
+    std::optional<ChannelAlignment> channels;  ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
     std::vector<std::string> warnings;  ///< for the user: what may make the result wrong
 };
+
+/// What the user of two channels must know of their noise.
+inline constexpr const char* ratio_of_ratios_noise =
+    "The ratio of ratios carries the noise of four pictures: its variance is the sum of their four "
+    "relative variances, twice that of one channel with equally bright pictures.";
 
 /// Writes a warning to the log (level 3) and into the report.
 void warn(RunReport& report, const std::string& text);

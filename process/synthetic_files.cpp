@@ -6,6 +6,7 @@
 #include "core/project_file.h"
 #include "core/version.h"
 #include "markers/marker_files.h"
+#include "process/experiment_type.h"
 #include "process/field_quantity.h"
 #include "process/synthetic_point.h"
 
@@ -15,19 +16,67 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* wind_off_file = "wind_off.tif";
-constexpr const char* wind_on_file = "wind_on.tif";
-constexpr const char* wind_off_dark_file = "wind_off_dark.tif";
-constexpr const char* wind_on_dark_file = "wind_on_dark.tif";
-constexpr const char* flat_file = "flat.tif";
+using Channels = SyntheticOptions::Channels;
+
 constexpr const char* truth_file = "truth.tif";
-constexpr const char* wind_off_marker_file = "wind_off.mrk";
-constexpr const char* wind_on_marker_file = "wind_on.mrk";
+constexpr const char* single_channel_file = "single_channel.tif";
 constexpr const char* truth_marker_file = "truth.mrk";
 constexpr const char* port_file = "ports.mrk";
-constexpr const char* camera_file = "camera.ini";
 constexpr const char* paint_file = "paint.clb";
 constexpr const char* project_file = "project.xml";
+
+/// Names of the files of one camera; those that it has not are empty.
+struct CameraFiles {
+    std::string wind_off;
+    std::string wind_on;
+    std::string wind_off_dark;
+    std::string wind_on_dark;
+    std::string flat;
+    std::string wind_off_markers;
+    std::string wind_on_markers;
+    std::string camera;
+
+    std::vector<std::string> all() const {
+        std::vector<std::string> names;
+        for (const std::string& name : {wind_off, wind_on, wind_off_dark, wind_on_dark, flat,
+                                        wind_off_markers, wind_on_markers, camera})
+            if (!name.empty()) names.push_back(name);
+        return names;
+    }
+};
+
+CameraFiles signal_files() {
+    return {"wind_off.tif", "wind_on.tif",  "wind_off_dark.tif", "wind_on_dark.tif",
+            "flat.tif",     "wind_off.mrk", "wind_on.mrk",       "camera.ini"};
+}
+
+/// Gate 1 shares camera, flat field and markers with gate 2.
+CameraFiles second_files(Channels channels) {
+    if (channels == Channels::lifetime)
+        return {"wind_off_gate1.tif",
+                "wind_on_gate1.tif",
+                "wind_off_gate1_dark.tif",
+                "wind_on_gate1_dark.tif",
+                {},
+                {},
+                {},
+                {}};
+    return {"wind_off_refe.tif",     "wind_on_refe.tif", "wind_off_refe_dark.tif",
+            "wind_on_refe_dark.tif", "flat_refe.tif",    "wind_off_refe.mrk",
+            "wind_on_refe.mrk",      "camera_refe.ini"};
+}
+
+const char* channel_name(Channels channels) {
+    switch (channels) {
+        case Channels::single:
+            return "single";
+        case Channels::binary:
+            return "binary";
+        case Channels::lifetime:
+            return "lifetime";
+    }
+    return "";
+}
 
 std::string provenance_of(const SyntheticPoint& point) {
     const SyntheticOptions& options = point.options;
@@ -41,7 +90,8 @@ std::string provenance_of(const SyntheticPoint& point) {
           {"a2", point.lens.a2},
           {"a4", point.lens.a4},
           {"field", field_name(options.quantity)},
-          {"noise", options.noise == SyntheticOptions::Noise::camera}}}};
+          {"noise", options.noise == SyntheticOptions::Noise::camera},
+          {"channels", channel_name(options.channels)}}}};
     return text.dump();
 }
 
@@ -50,44 +100,72 @@ void put_markers(const fs::path& file, const MarkerSet& set) {
         throw FileError("process/synthetic_files", __LINE__, "Error writing file", result.detail);
 }
 
+cameraFeatures with_flat(cameraFeatures camera, const CameraFiles& files) {
+    camera.flat_file = files.flat;
+    return camera;
+}
+
+/// The settings of one channel's wind-off and wind-on picture.
+void name_files(dataSetInterface& data, const CameraFiles& files, const cameraFeatures& camera,
+                double dark_level, const RawImage& off, const RawImage& on) {
+    write(data, off.file, files.wind_off);
+    write(data, on.file, files.wind_on);
+    write(data, off.dark_file, files.wind_off_dark);
+    write(data, on.dark_file, files.wind_on_dark);
+    write(data, off.dark_level, dark_level);
+    write(data, on.dark_level, dark_level);
+    if (files.camera.empty()) return;
+    write(data, off.marker_file, files.wind_off_markers);
+    write(data, on.marker_file, files.wind_on_markers);
+    cameraFeatures record = with_flat(camera, files);
+    record.camera = files.camera;
+    write(data, std::string(off.camera), record);
+}
+
 void put_project(const fs::path& file, const SyntheticPoint& point) {
+    const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
+    const Channels channels = point.options.channels;
     simpleNamedDataSet data;
-    write(data, keys::test_single, 1);
+    choose_experiment_type(data, channels == Channels::single   ? ExperimentType::single
+                                 : channels == Channels::binary ? ExperimentType::binary
+                                                                : ExperimentType::lifetime);
     write(data, keys::test_id, std::string("synthetic"));
-    write(data, keys::wind_off_sens_file, std::string(wind_off_file));
-    write(data, keys::wind_on_sens_file, std::string(wind_on_file));
-    write(data, keys::wind_off_sens_dark_file, std::string(wind_off_dark_file));
-    write(data, keys::wind_on_sens_dark_file, std::string(wind_on_dark_file));
-    write(data, keys::wind_off_sens_mark_file, std::string(wind_off_marker_file));
-    write(data, keys::wind_on_sens_mark_file, std::string(wind_on_marker_file));
-    write(data, keys::wind_off_sens_dark, point.dark_level);
-    write(data, keys::wind_on_sens_dark, point.dark_level);
+    name_files(data, signal_files(), point.camera, point.dark_level, off_signal, on_signal);
+    if (point.reference)
+        name_files(data, second_files(channels), point.reference->camera, point.dark_level,
+                   off_reference, on_reference);
     write(data, keys::markers_enable, 1);
     write(data, keys::markers_order, point.options.order);
     write(data, keys::convert_field, std::string(field_name(point.options.quantity)));
-    cameraFeatures camera = point.camera;
-    camera.camera = camera_file;
-    camera.flat_file = flat_file;
-    write(data, std::string(keys::sens_camera), camera);
     write(data, std::string(keys::sens_paint), point.paint);
     write(data, std::string(keys::flow), point.flow);
     save_xml(data, file.c_str());
 }
 
-void put_records(const fs::path& folder, const SyntheticPoint& point) {
-    cameraFeatures camera = point.camera;
-    camera.flat_file = flat_file;
-    write_camera((folder / camera_file).string(), camera);
-    write_paint_calibration((folder / paint_file).string(), point.paint);
+using NamedPicture = std::pair<std::string, const image*>;
+
+void put_camera(const fs::path& folder, const CameraFiles& files, const SyntheticPictures& pictures,
+                const cameraFeatures& camera, std::vector<NamedPicture>& images) {
+    images.insert(images.end(), {{files.wind_off, &pictures.wind_off},
+                                 {files.wind_on, &pictures.wind_on},
+                                 {files.wind_off_dark, &pictures.wind_off_dark},
+                                 {files.wind_on_dark, &pictures.wind_on_dark}});
+    if (files.camera.empty()) return;
+    images.emplace_back(files.flat, &pictures.flat);
+    put_markers(folder / files.wind_off_markers, pictures.wind_off_markers);
+    put_markers(folder / files.wind_on_markers, pictures.wind_on_markers);
+    write_camera((folder / files.camera).string(), with_flat(camera, files));
 }
 
 }  // namespace
 
-const std::vector<std::string>& synthetic_file_names() {
-    static const std::vector<std::string> names{
-        wind_off_file, wind_on_file,         wind_off_dark_file,  wind_on_dark_file, flat_file,
-        truth_file,    wind_off_marker_file, wind_on_marker_file, truth_marker_file, port_file,
-        camera_file,   paint_file,           project_file};
+std::vector<std::string> synthetic_file_names(Channels channels) {
+    std::vector<std::string> names = signal_files().all();
+    names.insert(names.end(), {truth_file, truth_marker_file, port_file, paint_file, project_file});
+    if (channels == Channels::single) return names;
+    if (channels == Channels::binary) names.emplace_back(single_channel_file);
+    for (std::string& name : second_files(channels).all())
+        names.push_back(std::move(name));
     return names;
 }
 
@@ -98,26 +176,24 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
     if (failure)
         throw FileError("process/synthetic_files", __LINE__, "Can't open file for writing!",
                         folder.string() + ": " + failure.message());
+    std::vector<NamedPicture> pictures{{truth_file, &point.truth}};
+    put_camera(folder, signal_files(), point, point.camera, pictures);
+    if (point.options.channels == Channels::binary)
+        pictures.emplace_back(single_channel_file, &point.single_channel);
+    if (point.reference)
+        put_camera(folder, second_files(point.options.channels), *point.reference,
+                   point.reference->camera, pictures);
     ImageWriteOptions options;
     options.provenance = provenance_of(point);
-    const std::pair<const char*, const image*> pictures[] = {
-        {wind_off_file, &point.wind_off},
-        {wind_on_file, &point.wind_on},
-        {wind_off_dark_file, &point.wind_off_dark},
-        {wind_on_dark_file, &point.wind_on_dark},
-        {flat_file, &point.flat},
-        {truth_file, &point.truth}};
     double done = 0;
     for (const auto& [name, picture] : pictures) {
         throw_if_aborted(progress);
         write_image(*picture, folder / name, options);
-        progress.fraction(++done / static_cast<double>(std::size(pictures)));
+        progress.fraction(++done / static_cast<double>(pictures.size()));
     }
-    put_markers(folder / wind_off_marker_file, point.wind_off_markers);
-    put_markers(folder / wind_on_marker_file, point.wind_on_markers);
     put_markers(folder / truth_marker_file, point.truth_markers);
     put_markers(folder / port_file, point.ports);
-    put_records(folder, point);
+    write_paint_calibration((folder / paint_file).string(), point.paint);
     put_project(folder / project_file, point);
 }
 

@@ -15,8 +15,4 @@ Point exact_camera_position(const Distortion& lens, Point ideal);
 /// 1e-3 of rotation and stretch, bending of 1 to 2 px at the edges of a picture of this size.
 PolyTransform synthetic_motion(int order, int width, int height);
 
-/// The point that `map` takes to `target`, by Newton's method, to 1e-12 px or the rounding of the
-/// coordinates. For mappings close to the identity.
-Point inverse_mapped(const PolyTransform& map, Point target);
-
 }  // namespace vyn

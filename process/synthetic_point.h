@@ -6,19 +6,19 @@
 #include <string>
 #include <vector>
 
-#include "align/poly_transform.h"
-#include "api/correction.h"
 #include "api/field_conversion.h"
 #include "api/image.h"
 #include "calib/camera.h"
 #include "calib/flow.h"
 #include "calib/paint.h"
 #include "core/progress.h"
+#include "process/synthetic_camera.h"
 
 namespace vyn {
 
 struct SyntheticOptions {
     enum class Noise { none, camera };
+    enum class Channels { single, binary, lifetime };
 
     int width = 640;         ///< 64 to 16384 pixels
     int height = 480;        ///< 64 to 16384 pixels
@@ -31,20 +31,34 @@ struct SyntheticOptions {
     /// `camera`: shot noise of 4 electrons per count, read noise of 6 counts, whole counts
     /// 0..65535.
     Noise noise = Noise::none;
+    double noise_variance = 1;  ///< factor on the variance of that noise
+    /// Of a binary or lifetime point the lamp moves between wind-off and wind-on.
+    Channels channels = Channels::single;
 };
 
 /// What is wrong with the options, for the user; empty when they are sound.
 std::string problem_of(const SyntheticOptions& options);
 
-/// A complete single-channel test point whose right answer is known. Everything is evaluated from
-/// formulas at each pixel; nothing is resampled.
+/// The second channel of a point: the reference camera's pictures of binary paint, or gate 1 of the
+/// signal camera, whose flat field and record those of the point are.
+struct SyntheticReference : SyntheticPictures {
+    cameraFeatures camera;
+};
+
+/// A complete test point whose right answer is known. Everything is evaluated from formulas at each
+/// pixel; nothing is resampled.
 ///
 /// The truth lives in the ideal (distortion-free) wind-off picture, which is the frame of the ratio
 /// image. A camera pixel p shows the ideal position U(p) of the lens:
 ///     wind_off(p) = I(U(p)) flat(p) + wind_off_dark(p)
 ///     wind_on(p) = I(x) / R(x) flat(p) + wind_on_dark(p), x the model point that moved to U(p)
-/// with R(x) the ratio at which the paint law gives the true pressure at x.
-struct SyntheticPoint {
+/// with R(x) the ratio at which the paint law gives the true pressure at x. With two channels I is
+/// also proportional to the lamp's light at U(p), and the second channel has a light of its own
+/// without R (binary) or with a first gate that R changes as a decay does (lifetime).
+struct SyntheticPoint : SyntheticPictures {
+    /// Gate 2 over gate 1 of a lifetime point without wind, everywhere.
+    static constexpr double gate_ratio = 0.55;
+
     SyntheticOptions options;
     Distortion lens;
     PolyTransform wind_on_from_wind_off;  ///< the model's motion, ideal positions
@@ -53,17 +67,12 @@ struct SyntheticPoint {
     cameraFeatures camera;
     paintFeatures paint;
     flowFeatures flow;
+    std::optional<SyntheticReference> reference;
 
-    image wind_off;
-    image wind_on;
-    image wind_off_dark;
-    image wind_on_dark;
-    image flat;
     /// The true field in the quantity of the options; excluded off the model.
     image truth;
-
-    MarkerSet wind_off_markers;  ///< registration dots, camera pixels, same numbers in both
-    MarkerSet wind_on_markers;
+    /// Of binary paint: what the signal channel alone gives, wrong by the lamp's motion.
+    image single_channel;
     MarkerSet truth_markers;  ///< the dots in the frame of the truth
     MarkerSet ports;          ///< frame of the truth, true pressure in pascal
 };
@@ -72,8 +81,9 @@ struct SyntheticPoint {
 /// the options only.
 SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& progress);
 
-/// Names of the files that `write_synthetic_point` makes.
-const std::vector<std::string>& synthetic_file_names();
+/// Names of the files that `write_synthetic_point` makes of a point with these channels.
+std::vector<std::string> synthetic_file_names(
+    SyntheticOptions::Channels channels = SyntheticOptions::Channels::single);
 
 /// Writes images, markers, records and a project file ("project.xml", relative names) that asks for
 /// the computation of the truth ("truth.tif"); makes the folder. The files are replaced one by one.

@@ -11,6 +11,8 @@ namespace {
 constexpr double sweep = 0.15;  // columns per row
 constexpr double ground_counts = 900;
 constexpr double paint_counts = 33000;
+constexpr double reference_ground_counts = 800;
+constexpr double reference_share = 0.8;      // of the signal paint's light
 constexpr double texture_amplitude = 0.012;  // of each wave, relative
 constexpr double shortest_wave = 18;         // pixels; well resolved by the splines
 constexpr double longest_wave = 60;
@@ -122,11 +124,21 @@ double SyntheticScene::dot_factor(Point p) const {
     return factor;
 }
 
-double SyntheticScene::wind_off(Point p) const {
+double SyntheticScene::before_ground(Point p, double paint_light, double ground) const {
     const double distance = inside(p);
     const double coverage = 0.5 * std::erfc(-distance / (edge_blur * std::numbers::sqrt2));
-    if (coverage == 0) return ground_counts;
-    return ground_counts + (paint(p) - ground_counts) * coverage;
+    if (coverage == 0) return ground;
+    return ground + (paint_light - ground) * coverage;
+}
+
+double SyntheticScene::wind_off(Point p) const {
+    return before_ground(p, paint(p), ground_counts);
+}
+
+double SyntheticScene::reference(Point p) const {
+    const auto [u, v] = wing(p);
+    return before_ground(p, reference_share * (1 + 0.06 * std::sin(3 * u - 2 * v)) * paint(p),
+                         reference_ground_counts);
 }
 
 double SyntheticScene::pressure(Point p) const {

@@ -34,6 +34,8 @@ class SyntheticScene {
     double inside(Point p) const;
     /// Wind-off intensity in counts, without dark level.
     double wind_off(Point p) const;
+    /// Intensity of the reference dye likewise, another amount of it everywhere.
+    double reference(Point p) const;
     /// Pressure in pascal.
     double pressure(Point p) const;
 
@@ -56,6 +58,7 @@ class SyntheticScene {
     Point from_wing(Wing w) const;
     double paint(Point p) const;
     double dot_factor(Point p) const;
+    double before_ground(Point p, double paint_light, double ground) const;
 
     Point centre_;
     double half_chord_;

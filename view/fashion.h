@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 
 #include "api/image.h"
@@ -31,10 +32,18 @@ struct ColourChannels {
 /// How an image is shown.
 struct Fashion {
     Limits limits;
-    palette_array palette;
+    /// Never null. Shared, because assigning to a palette keeps what lies beside its ramps.
+    std::shared_ptr<const palette_array> palette = std::make_shared<const palette_array>();
     VectorStyle vectors;
     ColourChannels channels;
-    bool operator==(const Fashion&) const = default;
+
+    void set_palette(const palette_array& chosen) {
+        palette = std::make_shared<const palette_array>(chosen);
+    }
+    bool operator==(const Fashion& other) const {
+        return limits == other.limits && *palette == *other.palette && vectors == other.vectors &&
+               channels == other.channels;
+    }
 };
 
 /// The limits to a thousandth or so of their range, so that they read well.

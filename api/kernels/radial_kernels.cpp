@@ -33,15 +33,19 @@ inline void scale_group(const RadialRow& lens, const vdouble (&r2)[depth], vdoub
     }
 }
 
-void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, double* camera_y) {
-    const double dy = y - lens.cy;
+/// Camera positions of n ideal positions; `offsets(i, dx, dy)` gives the ideal offsets from the
+/// centre of the vector that begins at number i.
+template <class Offsets>
+inline void distort(const RadialRow& lens, int n, Offsets offsets, double* camera_x,
+                    double* camera_y) {
     for (int i = 0; i < n; i += group) {
         vdouble dx[depth];
+        vdouble dy[depth];
         vdouble r2[depth];
         vdouble d[depth];
         for (int k = 0; k < depth; ++k) {
-            dx[k] = counting<vdouble>() + static_cast<double>(x0 + i + k * half_lanes) - lens.cx;
-            r2[k] = dx[k] * dx[k] + dy * dy;
+            offsets(i + k * half_lanes, dx[k], dy[k]);
+            r2[k] = dx[k] * dx[k] + dy[k] * dy[k];
         }
         scale_group(lens, r2, d);
         double group_x[group];
@@ -51,7 +55,7 @@ void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, do
         double* const to_y = whole ? camera_y + i : group_y;
         for (int k = 0; k < depth; ++k) {
             store(to_x + k * half_lanes, dx[k] * d[k] + lens.cx);
-            store(to_y + k * half_lanes, dy * d[k] + lens.cy);
+            store(to_y + k * half_lanes, dy[k] * d[k] + lens.cy);
         }
         for (int k = 0; !whole && i + k < n; ++k) {
             camera_x[i + k] = group_x[k];
@@ -60,9 +64,37 @@ void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, do
     }
 }
 
+void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, double* camera_y) {
+    const vdouble row = vdouble{} + (y - lens.cy);
+    distort(
+        lens, n,
+        [&](int i, vdouble& dx, vdouble& dy) {
+            dx = counting<vdouble>() + static_cast<double>(x0 + i) - lens.cx;
+            dy = row;
+        },
+        camera_x, camera_y);
+}
+
+void positions_in_place(const RadialRow& lens, int n, double* x, double* y) {
+    const auto loaded = [n](const double* from, int i) {
+        if (i + half_lanes <= n) return load<vdouble>(from + i);
+        vdouble rest{};
+        for (int k = 0; i + k < n; ++k)
+            rest[k] = from[i + k];
+        return rest;
+    };
+    distort(
+        lens, n,
+        [&](int i, vdouble& dx, vdouble& dy) {
+            dx = loaded(x, i) - lens.cx;
+            dy = loaded(y, i) - lens.cy;
+        },
+        x, y);
+}
+
 }  // namespace
 
 extern const RadialKernels radial_kernels;
-const RadialKernels radial_kernels = {positions};
+const RadialKernels radial_kernels = {positions, positions_in_place};
 
 }  // namespace vyn::VYN_ISA

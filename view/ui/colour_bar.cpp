@@ -77,7 +77,7 @@ void ColourBar::paintEvent(QPaintEvent*) {
     painter.drawText(
         QRectF(margin, margin / 2, width() - margin, line), Qt::AlignLeft | Qt::AlignVCenter,
         fontMetrics().elidedText(label_, Qt::ElideRight, static_cast<int>(width() - margin)));
-    painter.drawImage(bar, ramp_picture(fashion_.palette, Qt::Vertical));
+    painter.drawImage(bar, ramp_picture(*fashion_.palette, Qt::Vertical));
     painter.drawRect(bar);
 
     const Limits& limits = fashion_.limits;
@@ -120,7 +120,6 @@ void ColourBar::mouseMoveEvent(QMouseEvent* event) {
     const double range = grip_limits_.maximum - grip_limits_.minimum;
     const double by = (event->localPos().y() - grip_y_) / ramp().height();
     Limits moved = grip_limits_;
-    // An end follows the pointer: the colour that was there goes along with it.
     if (grip_ == Grip::maximum) moved.maximum -= std::min(by, 0.99) * range;
     if (grip_ == Grip::minimum) moved.minimum -= std::max(by, -0.99) * range;
     if (grip_ == Grip::both) {

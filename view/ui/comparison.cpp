@@ -33,7 +33,8 @@ void Comparison::start(Kind kind, std::shared_ptr<const imagesList> list, const 
         Fashion fashion = before_;
         const Limits limits = difference_limits(*view_.levels(), *other_);
         if (limits.minimum < limits.maximum) fashion.limits = tidy(limits);
-        if (const palette_array* palette = find_palette(signed_palette)) fashion.palette = *palette;
+        if (const palette_array* palette = find_palette(signed_palette))
+            fashion.set_palette(*palette);
         view_.set_fashion(fashion);
     } else {
         others_turn_ = true;

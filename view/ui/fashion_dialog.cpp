@@ -185,7 +185,7 @@ void QFashionDlg::show_fashion(const Fashion& fashion) {
     set(*minimum_, fashion.limits.minimum);
     set(*maximum_, fashion.limits.maximum);
     vectors_->show_style(fashion.vectors);
-    palettes_->refresh(fashion.palette);
+    palettes_->refresh(*fashion.palette);
     complaint_->setText(QString::fromStdString(complaint_about(fashion.limits)));
     writing_ = false;
 }
@@ -198,7 +198,7 @@ bool QFashionDlg::sound() const {
 void QFashionDlg::read_widgets() {
     if (writing_) return;
     Fashion read = fashion_;
-    read.palette = palettes_->chosen();
+    read.set_palette(palettes_->chosen());
     read.vectors = vectors_->style();
     const auto minimum = minimum_->number();
     const auto maximum = maximum_->number();
@@ -236,7 +236,7 @@ void QFashionDlg::add_palette() {
         return;
     }
     Fashion changed = fashion_;
-    changed.palette = get_palette_list().back();
+    changed.set_palette(get_palette_list().back());
     choose(changed);
 }
 

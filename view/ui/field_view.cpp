@@ -32,7 +32,7 @@ struct VynFieldView::State {
     QString message;
 
     Fashion fashion;
-    colour_map colours;
+    std::optional<colour_map> colours{std::in_place};  // remade, never assigned: see Fashion
     VectorOverlay vectors;
     ViewTransform transform;
     bool fitted = true;
@@ -106,7 +106,7 @@ const ViewSource& VynFieldView::source() const {
 void VynFieldView::set_fashion(const Fashion& fashion) {
     if (fashion == state_->fashion) return;
     state_->fashion = fashion;
-    state_->colours = colour_map(fashion.limits.minimum, fashion.limits.maximum, fashion.palette);
+    state_->colours.emplace(fashion.limits.minimum, fashion.limits.maximum, *fashion.palette);
     state_->vectors.set_style(fashion.vectors);
     redraw();
     Q_EMIT fashion_changed();
@@ -200,7 +200,7 @@ void VynFieldView::paintEvent(QPaintEvent*) {
         return;
     }
     painter.drawImage(QPointF(0, 0),
-                      state_->frame.draw(source(), state_->colours, state_->transform,
+                      state_->frame.draw(source(), *state_->colours, state_->transform,
                                          QSizeF(size()), devicePixelRatioF()));
     painter.setRenderHint(QPainter::Antialiasing);
     // Where the image ends: its background looks like the ground around it.

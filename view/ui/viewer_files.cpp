@@ -171,7 +171,7 @@ void ViewerFiles::export_picture() {
         picture, choice->file, choice->type.kind, {}, viewer_.caption().toStdString(), false};
     if (request.kind == ExportKind::png_graphics) {
         request.options.limits = fashion.limits;
-        request.options.palette = fashion.palette;
+        request.options.palette = *fashion.palette;
         request.options.colour_bar = true;
         request.options.label = viewer_.quantity().toStdString();
         request.options.title = viewer_.caption().toStdString();

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "align/poly_transform.h"
+#include "api/correction.h"
+#include "api/image.h"
+#include "calib/camera.h"
+#include "core/progress.h"
+
+namespace vyn {
+
+struct SyntheticOptions;
+
+/// What one synthetic camera took of a test point. Markers are its registration dots, camera
+/// pixels, same numbers in all pictures of a point.
+struct SyntheticPictures {
+    image wind_off;
+    image wind_on;
+    image wind_off_dark;
+    image wind_on_dark;
+    image flat;
+    MarkerSet wind_off_markers;
+    MarkerSet wind_on_markers;
+};
+
+/// A camera of a synthetic point, or a gate of it. The laboratory's places are those of the signal
+/// camera's ideal picture.
+struct SyntheticCamera {
+    enum class Role : std::uint64_t { signal, reference, gate_1 };
+
+    Role role = Role::signal;
+    int width = 0;
+    int height = 0;
+    Distortion lens;
+    PolyTransform ideal_from_laboratory;  ///< ideal position in this camera from a place
+
+    double flat(int x, int y) const;
+    double wind_off_dark(int x) const;
+    double wind_on_dark(int y) const;
+    cameraFeatures record() const;
+};
+
+/// The signal camera of a point with these options.
+SyntheticCamera signal_camera(const SyntheticOptions& options);
+/// That of the reference channel: another lens, fewer pixels, turned a little, not quite aimed at
+/// the same place.
+SyntheticCamera reference_camera(const SyntheticOptions& options);
+
+/// Light in counts from a place of the laboratory, without and with wind.
+struct SyntheticLight {
+    std::function<double(Point place)> wind_off;
+    /// `on_model` is the point of the model, by its wind-off place, that moved to `place`.
+    std::function<double(Point place, Point on_model)> wind_on;
+};
+
+/// Evaluates every pixel of the camera's pictures; `motion` is the model's, places with wind from
+/// places without.
+void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
+                   const PolyTransform& motion, const SyntheticLight& light,
+                   SyntheticPictures& pictures, Progress& progress);
+
+}  // namespace vyn
