@@ -95,7 +95,7 @@ void apply_appearance(Appearance appearance) {
 }
 
 QMenu* make_appearance_menu(QWidget* parent) {
-    auto* menu = new QMenu(QCoreApplication::translate("Appearance", "A&ppearance"), parent);
+    auto* menu = new QMenu(QCoreApplication::translate("Appearance", "App&earance"), parent);
     auto* group = new QActionGroup(menu);
     for (const Choice& choice : choices) {
         QAction* action = menu->addAction(QCoreApplication::translate("Appearance", choice.text));

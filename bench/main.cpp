@@ -7,6 +7,7 @@
 #include "api/parallel.h"
 #include "bench/measure.h"
 #include "bench/stages.h"
+#include "bench/view_benchmarks.h"
 #ifdef VYN_BENCH_PEERS
 #include "bench/peers.h"
 #endif
@@ -52,6 +53,7 @@ void run_google_benchmark(int argc, char** argv) {
                     ->UseRealTime()
                     ->Unit(benchmark::kMillisecond);
             }
+    register_view_benchmarks();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

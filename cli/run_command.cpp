@@ -16,6 +16,7 @@
 #include "process/chain.h"
 #include "process/experiment_type.h"
 #include "process/find_markers_task.h"
+#include "process/image_origin.h"
 #include "process/project_tasks.h"
 #include "process/save_image_task.h"
 
@@ -73,7 +74,7 @@ TaskOutcome compute(const RunOptions& options, Runner& runner,
         if (outcome == TaskOutcome::failed && failure.empty()) failure = report->warnings.back();
         if (outcome != TaskOutcome::done) return outcome;
     }
-    outcome = runner.run(calculate_all(vyn_db(), get_images(), report));
+    outcome = runner.run(with_origins(calculate_all(vyn_db(), get_images(), report)));
     failure = runner.failure();
     if (outcome == TaskOutcome::done_with_errors)
         failure = "the images could not be aligned" +

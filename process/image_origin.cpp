@@ -61,10 +61,10 @@ ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std:
     for (const std::string& path : sources.settings)
         add_setting(origin, data, path);
     for (const std::string& name : sources.images) {
-        for (auto& [item, value] : origin_of(name))
-            origin[name + " > " + item] = std::move(value);
         const auto picture = images.find(name);
         if (!picture) continue;
+        for (auto& [item, value] : origin_of(name))
+            origin[name + " > " + item] = std::move(value);
         if (sources.markers) origin["markers of " + name] = marker_digest(picture->markers);
         origin["mask of " + name] = mask_digest(picture);
     }
@@ -103,10 +103,7 @@ class OriginTask final : public Task {
     /// Sources come before what is made from them in the list of results.
     static void note_origins(const Results& before) {
         imagesList& images = get_images();
-        const auto origin_of = [&](const std::string& name) {
-            const auto picture = images.find(name);
-            return picture ? picture->origin : ImageOrigin();
-        };
+        const auto origin_of = [&](const std::string& name) { return images.find(name)->origin; };
         const Results after = results();
         for (std::size_t i = 0; i < after.size(); ++i) {
             if (!after[i] || after[i] == before[i]) continue;
@@ -128,17 +125,17 @@ std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job) {
     return whole;
 }
 
-void note_files_saved(const std::string& name) {
-    const auto picture = get_images().find(name);
+void note_files_saved(dataSetInterface& data, imagesList& images, const std::string& name) {
+    const auto picture = images.find(name);
     const InputFile* input = input_of_image(name);
     if (!picture || !input || picture->origin.empty()) return;
     image noted = *picture;
-    ImageOrigin now = input_origin(vyn_db(), *input);
+    ImageOrigin now = input_origin(data, *input);
     for (const char* item : {"marker file", "mask file"}) {
         noted.origin.erase(item);
         if (auto found = now.extract(item)) noted.origin.insert(std::move(found));
     }
-    get_images().add(std::move(noted));
+    images.add(std::move(noted));
 }
 
 }  // namespace vyn

@@ -23,8 +23,8 @@ namespace vyn {
 /// there are left out.
 ImageOrigin input_origin(dataSetInterface& data, const InputFile& input);
 
-/// The origin of a result, given those of the images that it is made from: `origin_of` an image
-/// name.
+/// The origin of a result, given those of the images that it is made from: `origin_of` is asked for
+/// those in the list.
 ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std::string_view result,
                           const std::function<ImageOrigin(const std::string&)>& origin_of);
 
@@ -34,6 +34,6 @@ std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job);
 
 /// Tells that markers and masks of an image of the list agree with their files as they are now:
 /// after the window saved them. Nothing happens when the list has no such image.
-void note_files_saved(const std::string& image);
+void note_files_saved(dataSetInterface& data, imagesList& images, const std::string& image);
 
 }  // namespace vyn

@@ -152,6 +152,16 @@ std::string text_of(const json& object, const char* member) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+/// Where an image came from; empty in containers that do not tell.
+ImageOrigin origin_of(const json& entry) {
+    ImageOrigin origin;
+    const auto items = entry.find("origin");
+    if (items == entry.end() || !items->is_object()) return origin;
+    for (const auto& [item, value] : items->items())
+        if (value.is_string()) origin[item] = value.get<std::string>();
+    return origin;
+}
+
 void add_text(zip_t* archive, const char* name, const std::string& text, const fs::path& file) {
     zip_source_t* source = zip_source_buffer(archive, text.data(), text.size(), 0);
     if (!source || zip_file_add(archive, name, source, ZIP_FL_ENC_UTF_8) < 0) {
@@ -193,6 +203,7 @@ void read_ims_data(const fs::path& file, Progress& progress) {
         if (picture.name.empty()) fail(file, "holds an image without a name");
         picture.file_name = text_of(entries[i], "file");
         picture.file_sha256 = text_of(entries[i], "sha256");
+        picture.origin = origin_of(entries[i]);
         ims.images.push_back(std::make_shared<const image>(std::move(picture)));
         progress.fraction(static_cast<double>(i + 1) / static_cast<double>(entries.size()));
     }
@@ -216,7 +227,8 @@ void write_ims_strings(const fs::path& file, const imagesList& images, Progress&
         entries.push_back({{"entry", entry},
                            {"name", picture.name},
                            {"file", picture.file_name},
-                           {"sha256", picture.file_sha256}});
+                           {"sha256", picture.file_sha256},
+                           {"origin", picture.origin}});
         progress.fraction(0.5 * static_cast<double>(i + 1) / static_cast<double>(all.size()));
     }
     const std::string header = json{

@@ -1,9 +1,8 @@
 #include "process/input_remarks.h"
 
-#include "calib/paint_law.h"
+#include "calib/paint.h"
 #include "core/keys.h"
-#include "core/numbers.h"
-#include "process/field_quantity.h"
+#include "process/law_conditions.h"
 #include "process/page_rows.h"
 #include "process/per_image.h"
 #include "process/run_report.h"
@@ -36,30 +35,23 @@ void picture_remarks(dataSetInterface& data, const imagesList& images, Experimen
     }
 }
 
-std::string general(double value) {
-    return format_general(value, 6);
-}
-
-/// Nothing is said of a field that is the ratio itself: it needs no law.
+/// The numbers as they enter the law, in one sentence, and what is to be feared of them.
 void law_remarks(dataSetInterface& data, std::vector<std::string>& remarks) {
-    const FieldQuantity quantity = field_quantity(read(data, keys::convert_field));
-    if (quantity == FieldQuantity::ratio) return;
+    LawConditions conditions = law_conditions(data);
+    if (conditions.lines.empty()) return;  // the field is the ratio: it needs no law
     paintFeatures paint;
-    flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);
-    read(data, std::string(keys::flow), flow);
     if (paint.gamma == paintFeatures().gamma) {
         remarks.emplace_back("There is no paint calibration yet: the field will be wrong.");
         return;
     }
-    const WindOffRule rule = wind_off_rule(read(data, keys::convert_wind_off_ratio));
-    const PreparedConversion prepared = prepare_conversion(quantity, paint, flow, rule);
-    const flowFeatures& in = prepared.flow_in_paint_units;
-    remarks.push_back("The law gets wind-off " + general(in.wind_off_t) + ' ' + in.t_unit +
-                      " and " + general(in.wind_off_p) + ' ' + in.p_unit + ", wind-on " +
-                      general(in.wind_on_t) + ' ' + in.t_unit +
-                      "; wind-off ratio fa = " + general(prepared.conversion.wind_off_ratio) + '.');
-    if (prepared.message) remarks.emplace_back(prepared.message);
+    std::string law;
+    for (const LawConditions::Line& line : conditions.lines)
+        law += (law.empty() ? "" : ", ") + line.name + ' ' +
+               (line.in_law.empty() ? line.entered : line.in_law);
+    remarks.push_back("What enters the law: " + law + '.');
+    for (std::string& remark : conditions.remarks)
+        remarks.push_back(std::move(remark));
 }
 
 }  // namespace

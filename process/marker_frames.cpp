@@ -9,6 +9,7 @@
 #include "core/log.h"
 #include "markers/marker_files.h"
 #include "process/experiment_type.h"
+#include "process/image_origin.h"
 #include "process/project_paths.h"
 #include "process/synthetic_geometry.h"
 
@@ -104,14 +105,16 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
     write_or_throw(file, set);
     if (saving.set_key && read(data, raw->marker_file) != file.string())
         write(data, raw->marker_file, file.string());
-    if (!saving.camera_frame) return saving;
-    get_log().write(
-        3, file.string() + ": markers of " + picture.name + " in raw pixels of " + raw->name);
-    if (const auto camera_picture = images.find(raw->name)) {
-        image marked = *camera_picture;
-        marked.markers = set;
-        images.add(std::move(marked));
+    if (saving.camera_frame) {
+        get_log().write(
+            3, file.string() + ": markers of " + picture.name + " in raw pixels of " + raw->name);
+        if (const auto camera_picture = images.find(raw->name)) {
+            image marked = *camera_picture;
+            marked.markers = set;
+            images.add(std::move(marked));
+        }
     }
+    if (raw) note_files_saved(data, images, raw->name);
     return saving;
 }
 

@@ -1,6 +1,7 @@
 #include "process/mask_file_task.h"
 
 #include "api/image_io.h"
+#include "process/image_origin.h"
 
 namespace vyn {
 
@@ -19,6 +20,7 @@ TaskOutcome SaveMaskTask::run(TaskContext& context) {
     write_image(mask, file_, options);
     if (raw_ && read(vyn_db(), raw_->mask_file) != file_.string())
         write(vyn_db(), raw_->mask_file, file_.string());
+    if (raw_) note_files_saved(vyn_db(), get_images(), raw_->name);
     return TaskOutcome::done;
 }
 

@@ -65,6 +65,8 @@ ResultSources ratio_sources(dataSetInterface& data, std::string_view result) {
         sources.images.emplace_back(names::wind_off_refe_cor);
         sources.images.emplace_back(names::wind_on_refe_cor);
     }
+    if (experiment_type(data) == ExperimentType::binary && read(data, keys::markers_enable))
+        settings.add(keys::channels_order);
     sources.markers = read(data, keys::markers_enable) != 0;
     sources.settings = settings.take();
     return sources;

@@ -55,10 +55,10 @@ std::string file_change(const std::string& what, const std::string& old, const s
     const auto name_in = [](const std::string& stamp) {
         return stamp.substr(0, stamp.rfind(", ", stamp.rfind(", ") - 1));
     };
-    if (old.empty()) return what + " was added";
-    if (now.empty()) return what + " was taken out";
-    if (name_in(old) != name_in(now)) return what + " is another one now";
-    return what + ", " + name_in(now) + ", changed on disk";
+    if (old.empty()) return "the " + what + " was added";
+    if (now.empty()) return "the " + what + " was taken out";
+    if (name_in(old) == name_in(now)) return name_in(now) + " changed on disk";
+    return "the " + what + " is " + name_in(now) + " now";
 }
 
 /// The difference between two values of an item of an image's origin, for the user.
@@ -71,7 +71,7 @@ std::string describe(ExperimentType type, std::string image, std::string item,
     if (find_key(item))
         return meaning_of(item) + " changed from " + quoted(old) + " to " + quoted(now);
     if (item.ends_with("file"))
-        return file_change("the " + item + " of " + image_label(type, image), old, now);
+        return file_change(item + " of " + image_label(type, image), old, now);
     const std::size_t name = item.find(" of ") + 4;
     return "the " + item.substr(0, name) + image_label(type, item.substr(name)) + " changed";
 }

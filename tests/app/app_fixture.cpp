@@ -49,6 +49,8 @@ void AppTest::start() {
     window = std::make_unique<VynLiteForm>(worker);
     set_message_parent(window.get());
     window->show();
+    window->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
 }
 
 void AppTest::expect_dialog(const QString& caption, std::function<void(QDialog&)> answer) {
@@ -92,7 +94,10 @@ void AppTest::look_for_dialog() {
     }
     const Answer answer = answers_.front();
     answers_.erase(answers_.begin());
-    answer.give(*dialog);
+    // Not from here: a timer that waits for its own slot would answer no dialog that this one
+    // opens.
+    QMetaObject::invokeMethod(
+        dialog, [answer, dialog] { answer.give(*dialog); }, Qt::QueuedConnection);
 }
 
 }  // namespace vyn::test

@@ -1,3 +1,4 @@
+#include <QTest>
 #include <QTextBrowser>
 #include <QTreeView>
 

@@ -67,7 +67,8 @@ TEST_F(MainWindow, ANameTypedWithReturnBecomesTheProjectsFile) {
     QTest::keyClick(&edit, Qt::Key_Return);
     EXPECT_EQ(read(vyn_db(), keys::head_file), "");
     EXPECT_FALSE(action("fileSaveAction").isEnabled());
-    if (window->experiment_page()) EXPECT_FALSE(window->experiment_page()->isEnabled());
+    ASSERT_TRUE(window->experiment_page());
+    EXPECT_FALSE(window->experiment_page()->isEnabled());
 }
 
 TEST_F(MainWindow, NoOnTheCloseCheckKeepsTheWindow) {

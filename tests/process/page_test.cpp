@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
                    TaskContext context;
                    SetInputTask(*input_of_image(image_names::wind_off_dark_sens), "").run(context);
                },
-               image_names::wind_off_sens_cor, "Wind-Off background was taken out"},
+               image_names::wind_off_sens_cor, "file of Wind-Off background was taken out"},
         Change{"marker",
                [](Page&, const TemporaryFolder&) {
                    image moved = *get_images().find(image_names::wind_off_sens);
@@ -154,6 +154,20 @@ TEST_F(Page, WhatHasNoEffectLeavesResultsCurrent) {
     std::filesystem::remove(folder / "wind_off_dark.tif");                      // an unplugged disk
     for (const std::string& name : page_results(ExperimentType::single))
         EXPECT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
+}
+
+TEST_F(Page, AContainerKeepsTheOriginOfItsImages) {
+    ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
+    ASSERT_EQ(run(WriteProjectTask(folder / "point.ims")), TaskOutcome::done);
+    ASSERT_EQ(run(ReadProjectTask({.file = folder / "point.ims",
+                                   .geometry = ReadProject::Geometry::leave_out,
+                                   .settings = {}})),
+              TaskOutcome::done);
+    EXPECT_EQ(state_of(image_names::field).kind, Kind::current)
+        << state_of(image_names::field).reason;
+    vyn_db().write(std::string(keys::flow) + "wind_on_t", 301.0);
+    EXPECT_EQ(state_of(image_names::ratio).kind, Kind::current);
+    EXPECT_EQ(state_of(image_names::field).kind, Kind::out_of_date);
 }
 
 TEST_F(Page, LoadingARawImageAnewRemovesResults) {

@@ -43,6 +43,7 @@ void ColourBar::set_fashion(const Fashion& fashion) {
 
 void ColourBar::set_label(const QString& label) {
     label_ = label;
+    updateGeometry();
     update();
 }
 
@@ -51,7 +52,11 @@ QSize ColourBar::sizeHint() const {
     int widest = fontMetrics().horizontalAdvance(QStringLiteral("-00.00"));
     for (const auto& text : ticks.texts)
         widest = std::max(widest, fontMetrics().horizontalAdvance(QString::fromStdString(text)));
-    return {static_cast<int>(2 * margin + bar_width + 2 * tick_length) + widest, 200};
+    const int with_ticks = static_cast<int>(2 * margin + bar_width + 2 * tick_length) + widest;
+    const int longest_label = fontMetrics().averageCharWidth() * 20;
+    const int with_label = std::min(fontMetrics().horizontalAdvance(label_), longest_label) +
+                           static_cast<int>(2 * margin);
+    return {std::max(with_ticks, with_label), 200};
 }
 
 QSize ColourBar::minimumSizeHint() const {

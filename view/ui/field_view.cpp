@@ -2,6 +2,7 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <algorithm>
 #include <cmath>
 
@@ -189,6 +190,25 @@ void VynFieldView::probe_at(QPointF widget) {
                  pixel.u, pixel.v);
 }
 
+QRectF VynFieldView::shown_area() const {
+    const ImageSize shown = size_of(source());
+    return {state_->transform.to_widget({-0.5, -0.5}),
+            state_->transform.to_widget({shown.width - 0.5, shown.height - 0.5})};
+}
+
+void VynFieldView::draw_surround(QPainter& painter, const QRectF& area) const {
+    const QColor window = palette().color(QPalette::Window);
+    if (window.lightness() < 128) {
+        // On a dark desktop the bright ground around the image would dazzle.
+        QPainterPath around;
+        around.addRect(rect());
+        around.addRect(area);
+        painter.fillPath(around, window);
+    }
+    painter.setPen(QColor(128, 128, 128));
+    painter.drawRect(area);
+}
+
 void VynFieldView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setClipRect(rect());
@@ -202,13 +222,8 @@ void VynFieldView::paintEvent(QPaintEvent*) {
     painter.drawImage(QPointF(0, 0),
                       state_->frame.draw(source(), *state_->colours, state_->transform,
                                          QSizeF(size()), devicePixelRatioF()));
+    draw_surround(painter, shown_area());
     painter.setRenderHint(QPainter::Antialiasing);
-    // Where the image ends: its background looks like the ground around it.
-    const ImageSize size_shown = size_of(source());
-    painter.setPen(QColor(128, 128, 128));
-    painter.drawRect(
-        QRectF(state_->transform.to_widget({-0.5, -0.5}),
-               state_->transform.to_widget({size_shown.width - 0.5, size_shown.height - 0.5})));
     for (const ViewOverlay* overlay : state_->overlays) {
         painter.save();
         overlay->paint(painter, state_->transform);

@@ -88,6 +88,8 @@ class VynFieldView : public QWidget {
     void probe_at(QPointF widget);
     void show_cursor();
     const ViewSource& source() const;
+    QRectF shown_area() const;
+    void draw_surround(QPainter& painter, const QRectF& area) const;
     void redraw();
     void pan_with(const QMouseEvent& event);
 

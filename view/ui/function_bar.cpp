@@ -29,7 +29,8 @@ QLabel* value_label(const char* name) {
     label->setObjectName(QLatin1String(name));
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setMinimumWidth(
-        label->fontMetrics().horizontalAdvance(QStringLiteral("-0.0000000e+00")));
+        label->fontMetrics().horizontalAdvance(QStringLiteral("outside the region")));
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     return label;
 }
 
@@ -68,11 +69,13 @@ QGroupBox* VynFunctionBar::make_pixel_group() {
     value_name_ = new QLabel;
     value_ = value_label("pixel_value");
     place_ = value_label("pixel_place");
-    vector_ = value_label("pixel_vector");
+    u_ = value_label("pixel_u");
+    v_ = value_label("pixel_v");
     form->addRow(tr("Position:"), position_);
     form->addRow(value_name_, value_);
     form->addRow(tr("Place:"), place_);
-    form->addRow(tr("Vector:"), vector_);
+    form->addRow(tr("U:"), u_);
+    form->addRow(tr("V:"), v_);
     auto* copy = new QPushButton(tr("Copy pixel"));
     copy->setToolTip(tr("Copy these values to the clipboard"));
     connect(copy, &QPushButton::clicked, this, &VynFunctionBar::copy_pixel_wanted);
@@ -105,13 +108,13 @@ void VynFunctionBar::set_quantity(const QString& quantity) {
 void VynFunctionBar::show_pixel(const ProbedPixel& pixel) {
     pixel_ = pixel;
     position_->setText(QStringLiteral("%1, %2").arg(pixel.x).arg(pixel.y));
-    value_->setText(pixel.background ? QString(QChar(0x2013)) : number_text(double{pixel.value}));
+    const QString none(QChar(0x2013));
+    value_->setText(pixel.background ? none : number_text(double{pixel.value}));
     place_->setText(pixel.background ? tr("background")
                     : pixel.in_roi   ? tr("in the region")
                                      : tr("outside the region"));
-    vector_->setText(pixel.has_vectors ? QStringLiteral("%1, %2").arg(number_text(double{pixel.u}),
-                                                                      number_text(double{pixel.v}))
-                                       : QString(QChar(0x2013)));
+    u_->setText(pixel.has_vectors ? number_text(double{pixel.u}) : none);
+    v_->setText(pixel.has_vectors ? number_text(double{pixel.v}) : none);
 }
 
 QString VynFunctionBar::pixel_as_text() const {

@@ -53,7 +53,8 @@ class VynFunctionBar : public QWidget {
     QLabel* value_name_ = nullptr;
     QLabel* value_ = nullptr;
     QLabel* place_ = nullptr;
-    QLabel* vector_ = nullptr;
+    QLabel* u_ = nullptr;
+    QLabel* v_ = nullptr;
 };
 
 }  // namespace vyn

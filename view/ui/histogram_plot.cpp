@@ -83,8 +83,11 @@ void HistogramPlot::paintEvent(QPaintEvent*) {
     for (std::size_t i = 0; i < ticks.values.size(); ++i) {
         const double x = x_of(ticks.values[i]);
         painter.drawLine(QPointF(x, area.bottom()), QPointF(x, area.bottom() + 3));
-        painter.drawText(QRectF(x - 40, area.bottom() + 3, 80, fontMetrics().height()),
-                         Qt::AlignCenter, QString::fromStdString(ticks.texts[i]));
+        const QString text = QString::fromStdString(ticks.texts[i]);
+        const double half = fontMetrics().horizontalAdvance(text) / 2.0 + 1;
+        const double middle = std::clamp(x, half, std::max(half, width() - half));
+        painter.drawText(QRectF(middle - half, area.bottom() + 3, 2 * half, fontMetrics().height()),
+                         Qt::AlignCenter, text);
     }
     painter.setPen(QPen(QColor(0x1e, 0x88, 0xe5), 2));
     for (const double limit : {limits_.minimum, limits_.maximum})

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "app/experiment_page.h"
+#include "app/pages/page_watcher.h"
+#include "core/ui/busy_box.h"
+#include "process/run_report.h"
+
+class QLabel;
+class QPushButton;
+class QScrollArea;
+
+namespace vyn {
+
+class CardGrid;
+class ElidedLabel;
+class ImageCard;
+class InputRow;
+class ResultsList;
+
+/// What the pages of all types of experiment have in common: the files of the test point, the
+/// dialogs of its records and options, the steps of the computation and their results.
+class BasicPage : public ExperimentPage {
+    Q_OBJECT
+  public:
+    BasicPage(Worker& worker, QWidget* parent);
+    ~BasicPage() override;
+
+    void refresh() override;
+    void calculate_all() override;
+    bool take_image_file(const QString& file) override;
+
+    /// Of the last computation that ran from here; null before.
+    std::shared_ptr<const RunReport> report() const { return report_; }
+
+  private:
+    struct StepButton {
+        PageStep step;
+        QPushButton* button;
+        QString tip;
+    };
+    struct Summary {
+        ElidedLabel* label;
+        std::string (*text)();
+    };
+
+    void build(ExperimentType type);
+    QWidget* camera_group();
+    QWidget* option_group();
+    QWidget* step_group();
+    void add_record(QWidget* group, QPushButton* button, std::string (*summary)());
+    QPushButton* step_button(PageStep step, const char* object_name, const QString& text,
+                             const QString& tip, QWidget* group);
+    void connect_row(InputRow* row);
+    void show_look(const std::shared_ptr<const PageLook>& look);
+    void show_remarks(const PageState& state);
+
+    QBusyBox& busy_box();
+    TaskOutcome run(const std::shared_ptr<Job>& job);
+    void run_step(PageStep step);
+    void select_file(const PageRow& row);
+    void put_file(const InputFile& input, const std::string& file);
+    void view(const std::string& image);
+    void open_camera(std::string_view tree);
+    /// Runs a dialog over the settings; true when it was accepted.
+    bool run_dialog(QDialog& dialog);
+
+    Worker& worker_;
+    std::unique_ptr<QBusyBox> busy_box_;
+    PageWatcher* watcher_;
+    QScrollArea* scroll_;
+    std::shared_ptr<RunReport> report_;
+    QString last_run_;
+    bool last_run_failed_ = false;
+
+    /// Of the type that is shown now.
+    ExperimentType type_ = ExperimentType::single;
+    std::vector<ImageCard*> cards_;
+    std::vector<InputRow*> flats_;
+    std::vector<StepButton> steps_;
+    std::vector<Summary> summaries_;
+    ResultsList* results_ = nullptr;
+    QLabel* remarks_ = nullptr;
+    QLabel* run_state_ = nullptr;
+};
+
+}  // namespace vyn

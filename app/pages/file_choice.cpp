@@ -1,0 +1,61 @@
+#include "app/pages/file_choice.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include "api/image_io.h"
+#include "core/ui/command.h"
+#include "process/project_paths.h"
+
+namespace vyn {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("file_choice", text);
+}
+
+QString filter_of(const InputFile& input) {
+    if (input.role == InputFile::Role::markers)
+        return tr("Markers (*.mrk *.mpt *.inm);;All files (*)");
+    return image_filter();
+}
+
+/// Where the user chose a file last; for the run of the program.
+fs::path& last_folder() {
+    static fs::path folder;
+    return folder;
+}
+
+}  // namespace
+
+QString image_filter() {
+    QStringList all;
+    QStringList each;
+    for (const auto& format : get_2dio().formats()) {
+        if (!format->info().can_read) continue;
+        QStringList patterns;
+        for (const std::string& extension : format->info().extensions)
+            patterns << QStringLiteral("*.") + QString::fromStdString(extension);
+        all += patterns;
+        each << QStringLiteral("%1 (%2)").arg(QString::fromStdString(format->info().label),
+                                              patterns.join(QLatin1Char(' ')));
+    }
+    each.prepend(tr("Images (%1)").arg(all.join(QLatin1Char(' '))));
+    each << tr("All files (*)");
+    return each.join(QStringLiteral(";;"));
+}
+
+std::string choose_input(QWidget* parent, const InputFile& input, const QString& caption) {
+    fs::path folder = located_file(vyn_db(), input).parent_path();
+    if (folder.empty()) folder = last_folder();
+    if (folder.empty()) folder = output_folder(vyn_db());
+    const std::string file =
+        ask_open_file(parent, {caption, filter_of(input), {}, fs::absolute(folder).string()});
+    if (!file.empty()) last_folder() = fs::path(file).parent_path();
+    return file;
+}
+
+}  // namespace vyn

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <string>
+
+#include "process/input_files.h"
+
+class QWidget;
+
+namespace vyn {
+
+/// The name filters of a file dialog for images: all that can be read together, then each format.
+QString image_filter();
+
+/// Asks for a file of an input's kind. The dialog starts where that input's file is now, else in
+/// the folder used last, else in the project's folder. Empty when the user cancelled.
+std::string choose_input(QWidget* parent, const InputFile& input, const QString& caption);
+
+}  // namespace vyn

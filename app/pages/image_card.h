@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QGroupBox>
+#include <map>
+#include <vector>
+
+#include "app/pages/page_watcher.h"
+
+class QFormLayout;
+class QGridLayout;
+class QToolButton;
+
+namespace vyn {
+
+class InputRow;
+class NumberEdit;
+
+/// One camera picture of the test point: a preview, its files and its dark level. The dark level is
+/// written when its edit loses the focus.
+class ImageCard : public QGroupBox {
+    Q_OBJECT
+  public:
+    explicit ImageCard(const PageCard& card, QWidget* parent = nullptr);
+
+    const std::vector<InputRow*>& rows() const { return rows_; }
+    void show_look(const PageLook& look);
+
+  Q_SIGNALS:
+    void view_wanted(const std::string& image);
+    void settings_changed();
+
+  private:
+    void write_dark_level();
+
+    const RawImage* raw_;
+    QToolButton* preview_;
+    std::vector<InputRow*> rows_;
+    NumberEdit* dark_ = nullptr;
+};
+
+}  // namespace vyn

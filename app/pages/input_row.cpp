@@ -1,0 +1,78 @@
+#include "app/pages/input_row.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QMimeData>
+#include <QToolButton>
+#include <QUrl>
+
+#include "app/pages/elided_label.h"
+#include "app/pages/page_parts.h"
+
+namespace vyn {
+
+namespace {
+
+/// The one local file of a drag; empty when it carries anything else.
+QString dragged_file(const QMimeData* data) {
+    const QList<QUrl> urls = data->urls();
+    return urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
+}
+
+}  // namespace
+
+InputRow::InputRow(PageRow row, QWidget* parent)
+    : QWidget(parent), row_(std::move(row)), name_(new ElidedLabel(Qt::ElideMiddle, this)) {
+    setAcceptDrops(true);
+    const std::string& stem = row_.stem;
+    name_->setObjectName(QString::fromStdString(stem + "_file"));
+    reload_ = icon_button(stem + "_reload_btn", "refresh", tr("Load the file anew"), this);
+    reload_->setVisible(false);
+    auto* select = icon_button(stem + "_select", "fileopen", tr("Select a file"), this);
+    const bool is_image =
+        row_.input.role != InputFile::Role::markers && row_.input.role != InputFile::Role::mask;
+    if (is_image) view_ = icon_button(stem + "_view_btn", "thumbnail", tr("View the image"), this);
+    remove_ = icon_button(stem + "_remove_btn", "remove", tr("Remove the file"), this);
+
+    auto* line = new QHBoxLayout(this);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->setSpacing(2);
+    line->addWidget(name_, 1);
+    line->addWidget(reload_);
+    line->addWidget(select);
+    if (is_image) {
+        line->addWidget(view_);
+        connect(view_, &QToolButton::clicked, this, &InputRow::view_wanted);
+    } else {
+        line->addSpacing(select->sizeHint().width() + line->spacing());
+    }
+    line->addWidget(remove_);
+    connect(select, &QToolButton::clicked, this, &InputRow::select_wanted);
+    connect(remove_, &QToolButton::clicked, this, &InputRow::remove_wanted);
+    connect(reload_, &QToolButton::clicked, this, &InputRow::reload_wanted);
+}
+
+void InputRow::show_state(const RowState& state) {
+    const QString file = QString::fromStdString(state.file);
+    const QString problem = QString::fromStdString(state.problem);
+    name_->set_text(QFileInfo(file).fileName(), QString::fromStdString(state.note));
+    name_->set_alarm(!problem.isEmpty());
+    const QString path = state.path.empty() ? file : QString::fromStdString(state.path);
+    name_->setToolTip(problem.isEmpty() ? path : path + QLatin1Char('\n') + problem);
+    reload_->setVisible(!problem.isEmpty() && !state.path.empty());
+    remove_->setEnabled(!file.isEmpty() || (view_ && state.loaded));
+    if (view_) view_->setEnabled(state.loaded);
+}
+
+void InputRow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!dragged_file(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void InputRow::dropEvent(QDropEvent* event) {
+    event->acceptProposedAction();
+    Q_EMIT chosen(dragged_file(event->mimeData()));
+}
+
+}  // namespace vyn

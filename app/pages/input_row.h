@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QWidget>
+
+#include "process/page_state.h"
+
+class QToolButton;
+
+namespace vyn {
+
+class ElidedLabel;
+
+/// One input file of the test point: its name, and buttons to select, view and remove it. A file
+/// dropped on the row is taken like a selected one.
+class InputRow : public QWidget {
+    Q_OBJECT
+  public:
+    InputRow(PageRow row, QWidget* parent = nullptr);
+
+    const PageRow& row() const { return row_; }
+    void show_state(const RowState& state);
+
+  Q_SIGNALS:
+    /// A file was chosen for this place.
+    void chosen(const QString& file);
+    void select_wanted();
+    void view_wanted();
+    void remove_wanted();
+    /// The file is to be loaded again.
+    void reload_wanted();
+
+  protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+  private:
+    PageRow row_;
+    ElidedLabel* name_;
+    QToolButton* reload_;
+    QToolButton* view_ = nullptr;
+    QToolButton* remove_;
+};
+
+}  // namespace vyn

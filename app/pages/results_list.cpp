@@ -1,0 +1,76 @@
+#include "app/pages/results_list.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QToolButton>
+
+#include "app/pages/elided_label.h"
+#include "app/pages/page_parts.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr QSize preview_size{32, 24};
+
+QString words(const ImageState& state) {
+    switch (state.kind) {
+        case ImageState::Kind::absent:
+            return ResultsList::tr("not calculated");
+        case ImageState::Kind::current:
+            return ResultsList::tr("up to date");
+        case ImageState::Kind::out_of_date:
+            return ResultsList::tr("out of date: %1").arg(QString::fromStdString(state.reason));
+        case ImageState::Kind::unknown:
+            return ResultsList::tr("of unknown origin");
+    }
+    return {};
+}
+
+}  // namespace
+
+ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("Results"), parent) {
+    auto* grid = new QGridLayout(this);
+    grid->setVerticalSpacing(2);
+    for (const std::string& image : page_results(type)) {
+        const QString label = QString::fromStdString(image_label(type, image));
+        auto* view = icon_button(image + "_view_btn", "thumbnail", tr("View %1").arg(label), this);
+        Line line{image, new QLabel(this), new ElidedLabel(Qt::ElideRight, this), view};
+        line.preview->setFixedSize(preview_size);
+        line.preview->setScaledContents(false);
+        line.preview->setAlignment(Qt::AlignCenter);
+        line.state->setObjectName(QString::fromStdString(image + "_state"));
+        const int row = grid->rowCount();
+        grid->addWidget(line.preview, row, 0);
+        grid->addWidget(new QLabel(label, this), row, 1);
+        grid->addWidget(line.state, row, 2);
+        grid->addWidget(line.view, row, 3);
+        connect(view, &QToolButton::clicked, this, [this, image] { Q_EMIT view_wanted(image); });
+        lines_.push_back(line);
+    }
+    grid->setColumnStretch(2, 1);
+    grid->setRowStretch(grid->rowCount(), 1);
+}
+
+void ResultsList::show_look(const PageLook& look) {
+    for (const ResultEntry& result : look.state.results) {
+        const auto line = std::ranges::find(lines_, result.image, &Line::image);
+        if (line == lines_.end()) continue;
+        const QString text = words(result.state);
+        line->state->set_text(text);
+        line->state->set_alarm(result.state.kind == ImageState::Kind::out_of_date);
+        line->state->setToolTip(wrapped(text));
+        line->view->setEnabled(result.state.kind != ImageState::Kind::absent);
+        const auto picture = look.previews.find(result.image);
+        const double scale = devicePixelRatioF();
+        QPixmap small;
+        if (picture != look.previews.end() && !picture->second.isNull()) {
+            small = QPixmap::fromImage(picture->second.scaled(
+                preview_size * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+            small.setDevicePixelRatio(scale);
+        }
+        line->preview->setPixmap(small);
+    }
+}
+
+}  // namespace vyn

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QGroupBox>
+#include <QString>
+#include <string>
+#include <vector>
+
+#include "app/pages/page_watcher.h"
+
+class QLabel;
+class QToolButton;
+
+namespace vyn {
+
+class ElidedLabel;
+
+/// The results with what is to be said of each, and a button to view it.
+class ResultsList : public QGroupBox {
+    Q_OBJECT
+  public:
+    ResultsList(ExperimentType type, QWidget* parent = nullptr);
+    void show_look(const PageLook& look);
+
+  Q_SIGNALS:
+    void view_wanted(const std::string& image);
+
+  private:
+    struct Line {
+        std::string image;
+        QLabel* preview;
+        ElidedLabel* state;
+        QToolButton* view;
+    };
+    std::vector<Line> lines_;
+};
+
+}  // namespace vyn

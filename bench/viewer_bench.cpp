@@ -1,0 +1,133 @@
+// Redraw times of the field viewer: an image of N x N pixels in a view of 1600 x 1000, one line
+// "viewer WHAT N MS" per figure (median of 40 after a warm-up, from the call to painted pixels).
+#include <QApplication>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "api/image_io.h"
+#include "view/limits.h"
+#include "view/ui/field_view.h"
+
+namespace vyn {
+namespace {
+
+double milliseconds_of(const std::function<void()>& action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
+void measure(const char* what, int n, const std::function<void(int)>& change) {
+    constexpr int repeats = 40;
+    change(0);
+    std::vector<double> times;
+    for (int i = 1; i <= repeats; ++i)
+        times.push_back(milliseconds_of([&] { change(i); }));
+    std::ranges::sort(times);
+    std::printf("viewer %s %d %.2f ms (worst %.2f)\n", what, n, times[repeats / 2], times.back());
+}
+
+image scene(int n) {
+    image picture(n, n);
+    for (int y = 0; y < n; ++y)
+        for (int x = 0; x < n; ++x) {
+            const float u = 2 * static_cast<float>(x) / static_cast<float>(n) - 1;
+            const float v = 2 * static_cast<float>(y) / static_cast<float>(n) - 1;
+            picture.values()(x, y) =
+                1800 + 500 * std::sin(7 * u + 3 * v) + 200 * std::cos(31 * u * v);
+            picture.mask()(x, y) = 0.95F * u * u + 1.3F * v * v >= 1;
+        }
+    return picture;
+}
+
+void measure_redraw(VynFieldView& view, const char* where, int n) {
+    const auto name = [&](const char* what) { return std::string(what) + "/" + where; };
+    const auto& palettes = get_palette_list();
+    Fashion fashion = view.fashion();
+    measure(name("limits").c_str(), n, [&](int i) {
+        fashion.limits = {800.0 + i, 2600.0 - i};
+        view.set_fashion(fashion);
+        view.repaint();
+    });
+    measure(name("palette").c_str(), n, [&](int i) {
+        fashion.set_palette(palettes[static_cast<std::size_t>(i) % palettes.size()]);
+        view.set_fashion(fashion);
+        view.repaint();
+    });
+    const ViewTransform start = view.transform();
+    measure(name("pan").c_str(), n, [&](int i) {
+        view.set_transform({start.zoom, start.origin + QPointF(7, 5) * i / start.zoom});
+        view.repaint();
+    });
+    view.set_transform(start);
+    measure(name("zoom").c_str(), n, [&](int i) {
+        view.zoom_about({700, 400}, i % 2 ? 1.1 : 1 / 1.1);
+        view.repaint();
+    });
+    view.set_transform(start);
+}
+
+/// Peak resident memory in MB, as the system counts it.
+double peak_memory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("VmHWM:", 0) == 0) return std::stod(line.substr(6)) / 1024;
+    return 0;
+}
+
+void run(int n) {
+    register_plugins("*.2dio");
+    const auto file = std::filesystem::temp_directory_path() /
+                      ("vyn_viewer_bench_" + std::to_string(getpid()) + ".tif");
+    write_image(scene(n), file);
+    VynFieldView view;
+    view.resize(1600, 1000);
+    view.show();
+    QApplication::processEvents();
+    std::shared_ptr<const image> picture;
+    const double reading =
+        milliseconds_of([&] { picture = std::make_shared<const image>(read_image(file)); });
+    const double showing = milliseconds_of([&] {
+        Progress progress;
+        Fashion fashion;
+        fashion.limits = robust_limits(*picture, progress);
+        view.set_fashion(fashion);
+        view.set_picture(picture);
+        view.repaint();
+    });
+    std::filesystem::remove(file);
+    std::printf("viewer open/read %d %.1f ms\nviewer open/show %d %.1f ms\n", n, reading, n,
+                showing);
+    view.fit();
+    measure_redraw(view, "fit", n);
+    view.set_transform({1, {n / 3.0, n / 3.0}});
+    measure_redraw(view, "1:1", n);
+    view.set_transform({8, {n / 2.0, n / 2.0}});
+    measure_redraw(view, "8:1", n);
+    std::printf("viewer peak_memory %d %.0f MB (planes %.0f MB)\n", n, peak_memory(),
+                5.0 * n * n / (1 << 20));
+}
+
+}  // namespace
+}  // namespace vyn
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    try {
+        vyn::run(argc > 1 ? std::stoi(argv[1]) : 4096);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vyn_viewer_bench: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// What the settings behind a dialog say, in a few words for the button that opens it.
+std::string camera_summary(dataSetInterface& data, std::string_view tree);
+std::string paint_summary(dataSetInterface& data);
+std::string conditions_summary(dataSetInterface& data);
+std::string alignment_summary(dataSetInterface& data);
+std::string conversion_summary(dataSetInterface& data);
+
+}  // namespace vyn

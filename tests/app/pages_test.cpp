@@ -1,0 +1,253 @@
+#include <QApplication>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+
+#include "app/pages/elided_label.h"
+#include "app/pages/form_double_basic.h"
+#include "app/pages/form_single_basic.h"
+#include "core/keys.h"
+#include "core/numbers.h"
+#include "process/chain.h"
+#include "process/project_tasks.h"
+#include "process/synthetic_point.h"
+#include "tests/support/project_fixture.h"
+
+namespace vyn::test {
+namespace {
+
+/// A page in a window that is driven by mouse and keys, with a synthetic point on disk.
+class Pages : public ProjectTest {
+  protected:
+    Pages() {
+        write_synthetic_point(make_synthetic_point({.width = 160, .height = 120}, context),
+                              folder.path(), context);
+    }
+
+    void open_project() {
+        run(ReadProjectTask({.file = folder / "project.xml",
+                             .geometry = ReadProject::Geometry::leave_out,
+                             .settings = {}}));
+    }
+    template <class Form>
+    void show_page() {
+        page = std::make_unique<Form>(worker);
+        page->resize(1200, 800);
+        page->show();
+        page->refresh();
+        activate();
+    }
+    /// Gives the page the keyboard, which nobody does after a dialog on this platform.
+    void activate() { QApplication::setActiveWindow(page.get()); }
+
+    template <class Widget>
+    Widget* child(const char* name) {
+        auto* found = page->findChild<Widget*>(QLatin1String(name));
+        EXPECT_TRUE(found) << name;
+        return found;
+    }
+    /// Presses a button as soon as it can be pressed.
+    void press(const char* name) {
+        auto* button = child<QAbstractButton>(name);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return button->isEnabled(); }, 10000))
+            << name << ": " << button->toolTip().toStdString();
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+    /// Presses a select button and answers its file dialog.
+    void select(const char* button, const std::string& file) {
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog) return;
+            answer.stop();
+            if (file.empty()) {
+                dialog->reject();
+                return;
+            }
+            auto* name = dialog->findChild<QLineEdit*>();
+            name->setText(QString::fromStdString((folder / file).string()));
+            QTest::keyClick(name, Qt::Key_Return);
+        });
+        answer.start(20);
+        press(button);
+    }
+    bool wait_for_text(const char* label, const QString& words) {
+        auto* shown = child<ElidedLabel>(label);
+        const bool right = QTest::qWaitFor([&] { return shown->text().contains(words); }, 10000);
+        if (!right) ADD_FAILURE() << label << ": " << shown->text().toStdString();
+        return right;
+    }
+
+    Worker worker;
+    std::unique_ptr<BasicPage> page;
+};
+
+TEST_F(Pages, FromAnEmptyProjectToTheFieldOfTheCommandLine) {
+    open_project();
+    ASSERT_EQ(run(*calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>())),
+              TaskOutcome::done);
+    const auto expected = get_images().find(image_names::field);
+    const std::vector<std::string> records{"project/sens_cam/", "project/sens_paint/",
+                                           "project/flow/", keys::markers_order.path.data()};
+    std::vector<std::pair<std::string, any>> settings;
+    vyn_db().for_each([&](const std::string& path, const any& value) {
+        for (const std::string& record : records)
+            if (path.starts_with(record) && !path.ends_with("flat_file"))
+                settings.emplace_back(path, value);
+    });
+    const double dark_level = read(vyn_db(), keys::wind_off_sens_dark);
+    reset();
+    vyn_db().replace(settings);
+    write(vyn_db(), keys::head_file, (folder / "new.xml").string());
+
+    show_page<FormSingleBasic>();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return child<QPushButton>("calc_all_btn")->toolTip().contains("Wind-Off"); }, 5000));
+    EXPECT_FALSE(child<QPushButton>("calc_all_btn")->isEnabled());
+
+    for (const auto& [button, file] : {std::pair{"wind_off_select", "wind_off.tif"},
+                                       {"wind_off_bkgr_select", "wind_off_dark.tif"},
+                                       {"wind_off_mark_select", "wind_off.mrk"},
+                                       {"wind_on_select", "wind_on.tif"},
+                                       {"wind_on_bkgr_select", "wind_on_dark.tif"},
+                                       {"wind_on_mark_select", "wind_on.mrk"},
+                                       {"flat_sens_select", "flat.tif"}})
+        select(button, file);
+    activate();
+    for (const char* name : {"wind_off_dark_edit", "wind_on_dark_edit"}) {
+        auto* edit = child<QLineEdit>(name);
+        QTest::mouseClick(edit, Qt::LeftButton);
+        edit->selectAll();
+        QTest::keyClicks(edit, QString::fromStdString(format_double(dark_level)));
+        EXPECT_NE(read(vyn_db(), keys::wind_on_sens_dark), dark_level) << "before it is left";
+        QTest::keyClick(edit, Qt::Key_Tab);
+        EXPECT_FALSE(edit->hasFocus());
+    }
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_dark), dark_level);
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_file), (folder / "wind_on.tif").string());
+    press("calc_all_btn");
+    ASSERT_TRUE(get_images().find(image_names::field));
+    EXPECT_TRUE(same_bits(*expected, *get_images().find(image_names::field)));
+    EXPECT_TRUE(wait_for_text("field_P_state", "up to date"));
+
+    vyn_db().write(std::string(keys::flow) + "wind_on_t", 300.0);
+    EXPECT_TRUE(wait_for_text("field_P_state", "out of date: wind-on temperature changed"));
+    EXPECT_TRUE(wait_for_text("Iref_state", "up to date"));
+    press("calc_field_btn");
+    EXPECT_TRUE(wait_for_text("field_P_state", "up to date"));
+
+    press("save_field_btn");
+    EXPECT_TRUE(std::filesystem::exists(folder / "pressure.imp"));
+}
+
+TEST_F(Pages, RowsSelectViewAndRemove) {
+    open_project();
+    show_page<FormSingleBasic>();
+    press("calc_all_btn");
+    std::vector<std::string> shown;
+    QObject::connect(page.get(), &ExperimentPage::show_image,
+                     [&](const std::string& name, bool flag, const QString& title) {
+                         shown.push_back(name + (flag ? " file " : " ") + title.toStdString());
+                     });
+    press("wind_on_bkgr_view_btn");
+    press("wind_off_sens_cor_view_btn");
+    press("field_P_view_btn");
+    EXPECT_THAT(shown, testing::ElementsAre("wind_on_dark_sens file Wind-Off background",
+                                            "wind_off_sens_cor Wind-Off cerrected",
+                                            "field_P Pressure field"));
+
+    select("wind_on_select", "");  // cancelled
+    EXPECT_TRUE(get_images().find(image_names::field));
+    press("wind_on_remove_btn");
+    EXPECT_FALSE(get_images().find(image_names::wind_on_sens));
+    EXPECT_FALSE(get_images().find(image_names::field));
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_file), "");
+    EXPECT_TRUE(wait_for_text("field_P_state", "not calculated"));
+    EXPECT_FALSE(child<QPushButton>("calc_all_btn")->isEnabled());
+    EXPECT_FALSE(child<QToolButton>("wind_on_view_btn")->isEnabled());
+
+    select("wind_on_select", "wind_on.tif");
+    EXPECT_TRUE(wait_for_text("wind_on_file", "wind_on.tif"));
+    put_file(folder / "wind_on.tif", get_file(folder / "wind_off.tif"));
+    auto* reload = child<QToolButton>("wind_on_reload_btn");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return reload->isVisible(); }, 10000));
+    EXPECT_THAT(child<ElidedLabel>("wind_on_file")->toolTip().toStdString(),
+                testing::HasSubstr("changed on disk"));
+    press("wind_on_reload_btn");
+    EXPECT_TRUE(same_bits(*get_images().find(image_names::wind_on_sens),
+                          *get_images().find(image_names::wind_off_sens)));
+}
+
+TEST_F(Pages, ABrokenFileKeepsTheOldStateAndSaysWhy) {
+    open_project();
+    put_file(folder / "text.tif", "this is no picture");
+    show_page<FormSingleBasic>();
+    QTimer close_box;
+    QObject::connect(&close_box, &QTimer::timeout, [] {
+        auto* box = qobject_cast<QBusyBox*>(QApplication::activeModalWidget());
+        auto* button = box ? box->findChild<QPushButton*>(QStringLiteral("abort_btn")) : nullptr;
+        if (button && button->text() == QStringLiteral("There are errors!")) button->click();
+    });
+    close_box.start(20);
+    select("wind_off_select", "text.tif");
+    EXPECT_EQ(read(vyn_db(), keys::wind_off_sens_file), "wind_off.tif");
+    auto* said = child<QLabel>("run_state");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return said->text().contains("text.tif"); }, 5000))
+        << said->text().toStdString();
+}
+
+TEST_F(Pages, DroppedFilesFindTheirPlace) {
+    write(vyn_db(), keys::head_file, (folder / "new.xml").string());
+    show_page<FormSingleBasic>();
+    EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "wind_on.tif").string())));
+    EXPECT_TRUE(get_images().find(image_names::wind_on_sens));
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, [] {
+        if (auto* question = qobject_cast<QInputDialog*>(QApplication::activeModalWidget()))
+            question->accept();
+    });
+    answer.start(20);
+    put_file(folder / "picture.tif", get_file(folder / "wind_off.tif"));
+    EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "picture.tif").string())));
+    EXPECT_TRUE(get_images().find(image_names::wind_off_sens)) << "the first place offered";
+
+    auto* row = child<ElidedLabel>("wind_on_bkgr_file");
+    QMimeData dragged;
+    dragged.setUrls(
+        {QUrl::fromLocalFile(QString::fromStdString((folder / "wind_on_dark.tif").string()))});
+    QDragEnterEvent enter(QPoint(2, 2), Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(row->parentWidget(), &enter);
+    QDropEvent drop(QPointF(2, 2), Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(row->parentWidget(), &drop);
+    EXPECT_TRUE(get_images().find(image_names::wind_on_dark_sens));
+}
+
+TEST_F(Pages, TypesHaveTheirRowsAndTheFourthSaysSo) {
+    write(vyn_db(), keys::test_single, 0);
+    show_page<FormDoubleBasic>();
+    EXPECT_EQ(page->label(), "Double Channel Basic");
+    EXPECT_TRUE(child<QToolButton>("wind_on_refe_bkgr_select"));
+    write(vyn_db(), keys::test_lifetime, 1);
+    page->refresh();
+    EXPECT_EQ(page->label(), "Lifetime Basic");
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return child<QPushButton>("calc_all_btn")->toolTip().contains("Wind-On Gate 1"); },
+        5000));
+
+    write(vyn_db(), keys::test_s3f, 1);
+    show_page<FormSingleBasic>();
+    auto* remarks = child<QLabel>("remarks");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return remarks->text().contains("not available"); }, 5000));
+}
+
+}  // namespace
+}  // namespace vyn::test

@@ -1,0 +1,130 @@
+#include <array>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include "api/image_io.h"
+#include "core/numbers.h"
+#include "tests/cli/program.h"
+#include "tests/support/temporary_folder.h"
+#include "view/limits.h"
+
+namespace vyn::test {
+namespace {
+
+using testing::HasSubstr;
+
+struct Decoded {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> rgb;
+
+    std::array<int, 3> at(int x, int y) const {
+        const auto place = 3 * static_cast<std::size_t>(y * width + x);
+        return {rgb[place], rgb[place + 1], rgb[place + 2]};
+    }
+};
+
+Decoded decode(const std::filesystem::path& file) {
+    png_image header{};
+    header.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&header, file.c_str()))
+        throw std::runtime_error(header.message);
+    header.format = PNG_FORMAT_RGB;
+    Decoded picture{static_cast<int>(header.width), static_cast<int>(header.height), {}};
+    picture.rgb.resize(PNG_IMAGE_SIZE(header));
+    if (!png_image_finish_read(&header, nullptr, picture.rgb.data(), 0, nullptr))
+        throw std::runtime_error(header.message);
+    return picture;
+}
+
+class Render : public testing::Test {
+  protected:
+    Render() {
+        register_plugins("*.2dio");
+        const ProgramRun made = run_program({"sample", folder / "s", "--size", "80x64", "--quiet"});
+        EXPECT_EQ(made.status, 0) << made.err;
+        field = read_image(folder / "s/truth.tif");
+    }
+
+    ProgramRun render(std::vector<std::string> options) {
+        options.insert(options.begin(), {"render", folder / "s/truth.tif", folder / "out.png"});
+        return run_program(options);
+    }
+
+    TemporaryFolder folder;
+    image field;
+};
+
+TEST_F(Render, DrawsTheField) {
+    const ProgramRun run =
+        render({"--palette", "grey", "--min", "70000", "--max", "100000", "--scale", "2"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    const Decoded picture = decode(folder / "out.png");
+    ASSERT_EQ(picture.width, 160);
+    ASSERT_EQ(picture.height, 128);
+    int shown = 0;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 80; ++x) {
+            const bool background = field.mask()(x, y) != 0;
+            // 170 greys between the limits; the background is blueish.
+            const int grey = static_cast<int>((field.values()(x, y) - 70000) / 30000 * 169) * 255;
+            const std::array<int, 3> pixel = picture.at(2 * x + 1, 2 * y);
+            if (background)
+                EXPECT_GT(pixel[2], pixel[0]);
+            else
+                EXPECT_NEAR(pixel[0], grey / 169.0, 1) << x << " " << y;
+            shown += !background;
+        }
+    EXPECT_GT(shown, 1000);
+    EXPECT_THAT(get_file(folder / "out.png"), HasSubstr("truth.tif"));
+}
+
+TEST_F(Render, FindsLimitsAndDrawsEverythingAskedFor) {
+    Progress progress;
+    const Limits robust = robust_limits(field, progress);
+    ASSERT_EQ(render({}).status, 0);
+    const std::string plain = get_file(folder / "out.png");
+    const ProgramRun same = render({"--force", "--min", format_double(robust.minimum), "--max",
+                                    format_double(robust.maximum)});
+    ASSERT_EQ(same.status, 0) << same.err;
+    const Decoded field_only = decode(folder / "out.png");
+    put_file(folder / "plain.png", plain);
+    EXPECT_EQ(decode(folder / "plain.png").rgb, field_only.rgb);
+
+    put_file(folder / "my.lut", "t 1 0 0 1\n");
+    const ProgramRun full =
+        render({"--force", "--palette", folder / "my.lut", "--colour-bar", "--label", "P, Pa",
+                "--title", "Wing", "--markers", folder / "s/wind_off.mrk"});
+    ASSERT_EQ(full.status, 0) << full.err;
+    EXPECT_GT(decode(folder / "out.png").width, field_only.width + 20);
+}
+
+TEST_F(Render, RefusesWhatItCannotDo) {
+    struct Case {
+        std::vector<std::string> options;
+        int status;
+        const char* told;
+    };
+    put_file(folder / "bad.lut", "t 3 1 1 1\n");
+    for (const Case& c : {Case{{"--palette", "mauve"}, 2, "viridis"},
+                          Case{{"--palette", folder / "bad.lut"}, 1, "bad.lut"},
+                          Case{{"--min", "5", "--max", "1"}, 2, "lower limit"},
+                          Case{{"--min", "1e9"}, 2, "lower limit"},
+                          Case{{"--max", "inf"}, 2, "finite"}, Case{{"--scale", "0"}, 2, "scale"},
+                          Case{{"--markers", folder / "absent.mrk"}, 1, "absent.mrk"}}) {
+        const ProgramRun run = render(c.options);
+        EXPECT_EQ(run.status, c.status) << run.err;
+        EXPECT_THAT(run.err, HasSubstr(c.told));
+        EXPECT_FALSE(std::filesystem::exists(folder / "out.png"));
+    }
+    EXPECT_EQ(run_program({"render", folder / "s/truth.tif", folder / "out.tif"}).status, 2);
+    put_file(folder / "out.png", "mine");
+    EXPECT_EQ(render({}).status, 1);
+    EXPECT_EQ(get_file(folder / "out.png"), "mine");
+}
+
+}  // namespace
+}  // namespace vyn::test
