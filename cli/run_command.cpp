@@ -1,4 +1,3 @@
-#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -12,13 +11,14 @@
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
-#include "core/keys.h"
+#include "markers/marker_files.h"
 #include "process/chain.h"
 #include "process/experiment_type.h"
 #include "process/find_markers_task.h"
 #include "process/image_origin.h"
 #include "process/project_tasks.h"
 #include "process/save_image_task.h"
+#include "view/html_report.h"
 
 namespace vyn::cli {
 
@@ -32,6 +32,8 @@ struct RunOptions {
     std::vector<std::string> saves;  ///< NAME=FILE
     std::string save_project;
     std::string report;
+    std::string html;
+    std::string ports;
     DetectionArguments detection;
     bool auto_markers = false;
     bool save_field = false;
@@ -120,14 +122,42 @@ void check_detection(const RunOptions& options) {
         throw UsageError("--bright, --size and --expect belong to --auto-markers");
 }
 
+/// The ports that the page compares the field with; the height (pixels) is that of the field.
+MarkerSet read_ports(const RunOptions& options, int image_height) {
+    MarkerSet ports;
+    if (options.ports.empty()) return ports;
+    if (options.html.empty()) throw UsageError("--ports belongs to --html");
+    const MarkerFileResult result = read_markers(options.ports, ports, image_height);
+    if (!result) throw FileError("cli/run_command", __LINE__, "File error!", result.detail);
+    if (!ports.hasF)
+        throw FileError("cli/run_command", __LINE__, "File error!",
+                        options.ports + ": the markers have no pressures");
+    return ports;
+}
+
+/// Writes the check of the point as a page, also of a run that failed: what there is then.
+void write_html(const RunOptions& options, RunReport report, const std::string& failure,
+                Runner& runner) {
+    if (!failure.empty()) report.warnings.push_back("The run ended with: " + failure);
+    const auto field = get_images().find(image_names::field);
+    auto task =
+        std::make_unique<PointReportTask>(std::make_shared<const RunReport>(std::move(report)),
+                                          read_ports(options, field ? field->height() : 0));
+    const std::shared_ptr<const PointReport> result = task->result();
+    if (runner.run(job_of(std::move(task))) != TaskOutcome::done)
+        throw std::runtime_error("the page could not be made: " + runner.failure());
+    write_file(options.html, html_report(*result));
+}
+
 ExitStatus run(const RunOptions& options) {
     const Overwriting overwriting = options.force ? Overwriting::allowed : Overwriting::refused;
     check_detection(options);
     std::vector<SaveRequest> saves;
     for (const std::string& text : options.saves)
         saves.push_back(parse_save(text, overwriting));
-    for (const std::string& file : {options.report, options.save_project})
+    for (const std::string& file : {options.report, options.html, options.save_project})
         check_output(file, overwriting);
+    read_ports(options, /*image_height=*/0);  // a file that cannot be read is said at once
 
     Runner runner;
     const auto report = std::make_shared<RunReport>();
@@ -147,6 +177,7 @@ ExitStatus run(const RunOptions& options) {
             options.report,
             to_json(*report, vyn_db(), get_images(), outcome, failure, runner.stages()).dump(2) +
                 "\n");
+    if (!options.html.empty()) write_html(options, *report, failure, runner);
     return conclude(outcome, failure, worth_saving ? Saving::tried : Saving::left_out);
 }
 
@@ -170,6 +201,11 @@ Work prepare_run(CLI::App& app, const GlobalOptions&) {
                    "save the project; as .ims together with all images");
     app.add_option("--report", options->report,
                    "write a report (JSON): outcome, stage times, alignment, law, inputs");
+    app.add_option("--html", options->html,
+                   "write the check of the point as a page with its pictures (HTML)");
+    app.add_option("--ports", options->ports,
+                   "marker file of the pressure ports for the page: pixels of the field, pressure "
+                   "as f in the unit of the test conditions");
     app.add_flag("--auto-markers", options->auto_markers,
                  "find the markers of images whose marker files the project does not name");
     add_detection_options(app, options->detection);

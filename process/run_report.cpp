@@ -1,7 +1,6 @@
 #include "process/run_report.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <system_error>
 
@@ -12,6 +11,7 @@
 #include "core/log.h"
 #include "core/version.h"
 #include "process/digest.h"
+#include "process/image_statistics.h"
 #include "process/project_paths.h"
 #include "process/raw_images.h"
 
@@ -48,41 +48,16 @@ json marker_files(const dataSetInterface& data) {
     return files;
 }
 
-struct ValueStatistics {
-    std::int64_t valid = 0;
-    double minimum = INFINITY;
-    double maximum = -INFINITY;
-    double sum = 0;
-};
-
-ValueStatistics statistics_of(const image& picture) {
-    ValueStatistics result;
-    for (int y = 0; y < picture.height(); ++y) {
-        const float* values = picture.values().row(y);
-        const std::uint8_t* mask = picture.mask().row(y);
-        for (int x = 0; x < picture.width(); ++x) {
-            if (mask[x]) continue;
-            const double value = values[x];
-            ++result.valid;
-            result.sum += value;
-            result.minimum = std::min(result.minimum, value);
-            result.maximum = std::max(result.maximum, value);
-        }
-    }
-    return result;
-}
-
 json image_json(const image& picture) {
-    const ValueStatistics values = statistics_of(picture);
-    const double pixels = static_cast<double>(picture.values().count());
+    const ImageStatistics values = image_statistics(picture);
     json entry{{"width", picture.width()},
                {"height", picture.height()},
-               {"valid_share", pixels > 0 ? static_cast<double>(values.valid) / pixels : 0.0},
-               {"saturated_pixels", saturated_count(picture)}};
+               {"valid_share", values.valid_share()},
+               {"saturated_pixels", values.saturated}};
     if (values.valid > 0) {
         entry["minimum"] = values.minimum;
         entry["maximum"] = values.maximum;
-        entry["mean"] = values.sum / static_cast<double>(values.valid);
+        entry["mean"] = values.mean;
     }
     return entry;
 }

@@ -33,8 +33,12 @@ VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag
 }
 
 VynFieldViewer::~VynFieldViewer() {
-    // The tools go before the view does.
+    // What draws on the view goes before it does.
     parts_->view->set_tool(nullptr);
+    delete parts_->fashion_dialog;
+    delete parts_->region;
+    delete parts_->graph;
+    delete parts_->markers;
     parts_->comparison->disconnect(this);
     parts_->view->disconnect(this);
 }
