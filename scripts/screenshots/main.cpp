@@ -25,13 +25,15 @@ struct Options {
 };
 
 /// A test point in a folder whose name looks the same on every machine and in every run.
-QString make_test_point() {
-    const QString folder = QDir::temp().filePath(QStringLiteral("tunnel/wing"));
+QString make_test_point(const char* name, SyntheticOptions::Channels channels) {
+    const QString folder =
+        QDir::temp().filePath(QStringLiteral("tunnel/%1").arg(QLatin1String(name)));
     QDir(folder).removeRecursively();
     SyntheticOptions options;
     options.width = 1024;
     options.height = 768;
     options.noise = SyntheticOptions::Noise::camera;
+    options.channels = channels;
     Progress progress;
     write_synthetic_point(make_synthetic_point(options, progress), folder.toStdString(), progress);
     return folder;
@@ -45,11 +47,11 @@ void play(const Options& options) {
     register_plugins("*.2dio");
     register_plugins("*.3dio");
     Worker worker;
-    Theatre theatre{worker, shots, make_test_point()};
+    Theatre theatre{worker, shots, make_test_point("wing", SyntheticOptions::Channels::single),
+                    make_test_point("binary", SyntheticOptions::Channels::binary)};
     play_window(theatre);
     play_dialogs(theatre);
     play_viewer(theatre);
-    QDir(theatre.folder).removeRecursively();
 }
 
 }  // namespace
@@ -83,6 +85,6 @@ int main(int argc, char** argv) {
         std::cerr << error.what() << ' ' << error.where() << '\n';
         return 1;
     }
-    QDir(home).removeRecursively();
+    QDir(QDir::temp().filePath(QStringLiteral("tunnel"))).removeRecursively();
     return 0;
 }

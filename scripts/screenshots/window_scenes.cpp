@@ -51,8 +51,8 @@ void open_project(Theatre& theatre, const QString& file) {
     run(theatre, job);
 }
 
-void compute(Theatre& theatre) {
-    run(theatre, calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
+void compute(Theatre& theatre, const std::shared_ptr<RunReport>& report) {
+    run(theatre, calculate_all(vyn_db(), get_images(), report));
 }
 
 void play_window(Theatre& theatre) {
@@ -69,6 +69,10 @@ void play_window(Theatre& theatre) {
     window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(0);
     theatre.shots.take(window, QStringLiteral("log_page"), window_size);
     show_busy_box(theatre);
+
+    vyn_db().set_modified(false);
+    window.open_files({theatre.binary_folder + QStringLiteral("/project.xml")});
+    theatre.shots.take(window, QStringLiteral("double_page"), QSize(960, 900));
 
     QVynLiteAbout about(&window);
     theatre.shots.take(about, QStringLiteral("about"));
