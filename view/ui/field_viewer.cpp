@@ -5,6 +5,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
+#include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -17,6 +18,13 @@
 
 namespace vyn {
 
+namespace {
+
+const QString geometry_setting = QStringLiteral("viewer/geometry");
+const QString panels_setting = QStringLiteral("viewer/panels");
+
+}  // namespace
+
 VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag,
                                const QString& title, QWidget* parent)
     : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
@@ -26,7 +34,7 @@ VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag
     make_bars();
     make_modes();
     connect_view();
-    resize(1100, 760);
+    restore_layout();
     show_from({std::shared_ptr<void>(), &get_images()}, image_name,
               flag ? PictureOrigin::camera : PictureOrigin::computed, title);
     set_mode(MouseMode::probe);
@@ -69,6 +77,19 @@ void VynFieldViewer::make_panels() {
     statusBar()->addPermanentWidget(parts_->state_label);
 }
 
+void VynFieldViewer::restore_layout() {
+    const QSettings settings;
+    if (!restoreGeometry(settings.value(geometry_setting).toByteArray())) resize(1100, 760);
+    restoreState(settings.value(panels_setting).toByteArray());
+}
+
+void VynFieldViewer::closeEvent(QCloseEvent* event) {
+    QSettings settings;
+    settings.setValue(geometry_setting, saveGeometry());
+    settings.setValue(panels_setting, saveState());
+    QMainWindow::closeEvent(event);
+}
+
 void VynFieldViewer::make_bars() {
     const ViewerActions& a = parts_->actions;
     const auto add_bar = [this](const QString& label, const QString& name,
@@ -102,6 +123,9 @@ void VynFieldViewer::make_bars() {
     parts_->image_menu->addActions({a.link, a.blink, a.difference});
     parts_->image_menu->addSeparator();
     parts_->image_menu->addActions({a.copy_picture, a.copy_pixel});
+    parts_->image_menu->addSeparator();
+    parts_->image_menu->addAction(
+        findChild<QDockWidget*>(QStringLiteral("function bar"))->toggleViewAction());
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
 }

@@ -102,12 +102,17 @@ class VynFieldViewer : public QMainWindow {
     void refresh();
     void setModifiedChanged(bool modified);
 
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
   private:
     struct Parts;
     void make_panels();
     void make_bars();
     void make_modes();
     void connect_view();
+    /// As the last viewer that was closed left it.
+    void restore_layout();
     /// The watched image is another one, or none any more.
     void follow_image();
     void fashion_changed();
