@@ -3,7 +3,6 @@ vyn_ui_tests(view_ui
         fashion_test.cpp
         field_view_test.cpp
         field_viewer_test.cpp
-        view_frame_test.cpp
         viewer_files_test.cpp
     LINK vyn_view_ui)
 add_dependencies(test_view_ui vyn_plugin_imp vyn_plugin_tiff)
