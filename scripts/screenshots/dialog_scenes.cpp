@@ -34,7 +34,8 @@ void show_in_situ(Theatre& theatre) {
     calibration.findChild<QComboBox*>(QStringLiteral("cmb_order"))->setCurrentIndex(1);
     theatre.shots.take(calibration, QStringLiteral("in_situ_dialog"));
     theatre.shots.take_modal(
-        QStringLiteral("in_situ_results"), [&] { calibration.btn_calculate_clicked(); },
+        QStringLiteral("in_situ_results"), "vyn::VynCalResults",
+        [&] { calibration.btn_calculate_clicked(); },
         [](QWidget& results) {
             for (QCheckBox* box : results.findChildren<QCheckBox*>())
                 box->setChecked(true);
@@ -45,7 +46,7 @@ void show_check(Theatre& theatre) {
     auto report = std::make_shared<RunReport>();
     compute(theatre, report);
     QBusyBox busy_box(theatre.worker);
-    theatre.shots.take_modal(QStringLiteral("point_check"),
+    theatre.shots.take_modal(QStringLiteral("point_check"), "vyn::PointCheckDialog",
                              [&] { show_point_check(busy_box, report, nullptr); });
 }
 

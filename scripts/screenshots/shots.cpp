@@ -47,14 +47,16 @@ void Shots::take(QWidget& window, const QString& name, QSize size) {
     write(window, name);
 }
 
-void Shots::take_modal(const QString& name, const std::function<void()>& open,
+void Shots::take_modal(const QString& name, const char* dialog_class,
+                       const std::function<void()>& open,
                        const std::function<void(QWidget&)>& prepare) {
-    QTimer::singleShot(settle_ms, [&] {
+    bool taken = false;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, [&] {
         QWidget* window = QApplication::activeModalWidget();
-        if (window == nullptr) {
-            std::cerr << "no dialog for " << name.toStdString() << '\n';
-            return;
-        }
+        if (window == nullptr || !window->inherits(dialog_class)) return;
+        look.stop();
+        taken = true;
         window->resize(window->sizeHint().expandedTo(window->size()));
         prepare(*window);
         wait(settle_ms);
@@ -64,7 +66,11 @@ void Shots::take_modal(const QString& name, const std::function<void()>& open,
              wait(100))
             open_still->close();
     });
+    look.start(50);
     open();
+    if (!taken)
+        throw AlgoError("scripts/screenshots/shots", __LINE__, "Algorithm error!",
+                        std::string("there was no ") + dialog_class);
 }
 
 void Shots::write(QWidget& window, const QString& name) {

@@ -20,10 +20,11 @@ class Shots {
 
     /// Shows a window (resized when a size is given), lets it settle and writes NAME.png.
     void take(QWidget& window, const QString& name, QSize size = {});
-    /// The same for the dialog that `open` runs modally, which is then closed. `prepare` is called
-    /// before the picture is taken.
+    /// The same for the dialog of this class that `open` runs modally, maybe after others that
+    /// close by themselves; it is then closed. `prepare` is called before the picture is taken.
+    /// Raises AlgoError when there was no such dialog.
     void take_modal(
-        const QString& name, const std::function<void()>& open,
+        const QString& name, const char* dialog_class, const std::function<void()>& open,
         const std::function<void(QWidget&)>& prepare = [](QWidget&) {});
 
   private:

@@ -35,7 +35,7 @@ void show_busy_box(Theatre& theatre) {
     write(vyn_db(), keys::filter_dy, 31);
     write(vyn_db(), keys::filter_iter, 60);
     QBusyBox box(theatre.worker);
-    theatre.shots.take_modal(QStringLiteral("busy_box"), [&] {
+    theatre.shots.take_modal(QStringLiteral("busy_box"), "vyn::QBusyBox", [&] {
         box.run(calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
     });
     write(vyn_db(), keys::filter_enable, 0);
@@ -66,8 +66,9 @@ void play_window(Theatre& theatre) {
     theatre.shots.take(window, QStringLiteral("main_window_inputs"), window_size);
     window.calculateCalculate_AllAction_activated();
     theatre.shots.take(window, QStringLiteral("main_window"), window_size);
-    window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(0);
+    window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(1);
     theatre.shots.take(window, QStringLiteral("log_page"), window_size);
+    window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(0);
     show_busy_box(theatre);
 
     vyn_db().set_modified(false);
