@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QLayout>
 #include <QPixmap>
 #include <QPointer>
 #include <QTimer>
@@ -15,7 +16,14 @@ namespace vyn::screenshots {
 
 namespace {
 constexpr int settle_ms = 400;  ///< previews, timers of 100 ms, layout
+
+QSize wanted_size(const QWidget& window) {
+    QSize size = window.sizeHint();
+    if (window.layout() != nullptr && window.layout()->hasHeightForWidth())
+        size.setHeight(window.layout()->totalHeightForWidth(size.width()));
+    return size;
 }
+}  // namespace
 
 void wait(int ms) {
     QEventLoop loop;
@@ -42,7 +50,7 @@ Shots::Shots(QString folder, QStringList only)
 void Shots::take(QWidget& window, const QString& name, QSize size) {
     window.show();
     // A screen that is not there is small, and windows were cut down to it.
-    window.resize(size.isValid() ? size : window.sizeHint());
+    window.resize(size.isValid() ? size : wanted_size(window));
     wait(settle_ms);
     write(window, name);
 }
@@ -57,7 +65,7 @@ void Shots::take_modal(const QString& name, const char* dialog_class,
         if (window == nullptr || !window->inherits(dialog_class)) return;
         look.stop();
         taken = true;
-        window->resize(window->sizeHint().expandedTo(window->size()));
+        window->resize(wanted_size(*window).expandedTo(window->size()));
         prepare(*window);
         wait(settle_ms);
         write(*window, name);

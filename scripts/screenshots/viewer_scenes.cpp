@@ -1,4 +1,5 @@
 #include <QAction>
+#include <QComboBox>
 #include <QDialog>
 #include <QPushButton>
 
@@ -49,8 +50,10 @@ void show_markers(Theatre& theatre, VynFieldViewer& viewer) {
     theatre.shots.take(*finding, QStringLiteral("find_markers"));
     finding->close();
     QWidget* pairing = opened(viewer, "pair_markers", "MarkerPairing");
+    pairing->findChild<QComboBox*>(QStringLiteral("partner"))
+        ->setCurrentText(QStringLiteral("wind_on_sens"));
     pairing->findChild<QPushButton*>(QStringLiteral("pair"))->click();
-    theatre.shots.take(*pairing, QStringLiteral("pair_markers"));
+    theatre.shots.take(*pairing, QStringLiteral("pair_markers"), QSize(430, 340));
     pairing->close();
 }
 

@@ -17,7 +17,7 @@ namespace vyn::screenshots {
 
 namespace {
 
-const QSize window_size(960, 720);
+const QSize window_size(960, 790);
 
 void run(Theatre& theatre, const std::shared_ptr<Job>& job) {
     theatre.worker.post(job, std::make_shared<TaskContext>());
