@@ -9,7 +9,7 @@
 
 namespace vyn {
 
-/// Which pages there are; the project's settings say which one it needs (read_experiment_type).
+/// Which pages there are; the project's settings say which one it needs (experiment_type).
 enum class ExperimentPageKind { single_channel, double_channel };
 
 /// The page of the main window on which one test point is set up and computed. It shows the

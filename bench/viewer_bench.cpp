@@ -97,17 +97,21 @@ void run(int n) {
     std::shared_ptr<const image> picture;
     const double reading =
         milliseconds_of([&] { picture = std::make_shared<const image>(read_image(file)); });
-    const double showing = milliseconds_of([&] {
+    Fashion fashion;
+    const double limits = milliseconds_of([&] {
         Progress progress;
-        Fashion fashion;
         fashion.limits = robust_limits(*picture, progress);
+    });
+    const double showing = milliseconds_of([&] {
         view.set_fashion(fashion);
         view.set_picture(picture);
         view.repaint();
     });
     std::filesystem::remove(file);
-    std::printf("viewer open/read %d %.1f ms\nviewer open/show %d %.1f ms\n", n, reading, n,
-                showing);
+    const std::pair<const char*, double> opening[] = {
+        {"read", reading}, {"limits", limits}, {"show", showing}};
+    for (const auto& [what, time] : opening)
+        std::printf("viewer open/%s %d %.1f ms\n", what, n, time);
     view.fit();
     measure_redraw(view, "fit", n);
     view.set_transform({1, {n / 3.0, n / 3.0}});

@@ -59,7 +59,9 @@ void log_result(const InSituFit& fit, const std::vector<CalibrationPoint>& point
                                         " gamma31=" + number(fit.coefficients[2]));
 }
 
-InSituOutcome fit_samples(PortSamples samples, const InSituOptions& options) {
+}  // namespace
+
+InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& options) {
     const std::vector<CalibrationPoint>& points = samples.points;
     if (points.empty())
         return failed("No data points, can't calculate calibration!",
@@ -80,8 +82,6 @@ InSituOutcome fit_samples(PortSamples samples, const InSituOptions& options) {
     paintFeatures paint = record_of(*fit, options.pressure_unit);
     return {InSituCalibration{std::move(samples), std::move(*fit), std::move(paint)}, {}, {}};
 }
-
-}  // namespace
 
 InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio,
                                 const InSituOptions& options) {
@@ -105,7 +105,7 @@ InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio
 
     get_log().write(progress_level,
                     "Calibration pressure ports:" + std::to_string(ports.markers.size()));
-    return fit_samples(sample_ports(*ratio, ports, options.side), options);
+    return calibrate_samples(sample_ports(*ratio, ports, options.side), options);
 }
 
 }  // namespace vyn

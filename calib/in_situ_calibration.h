@@ -35,4 +35,7 @@ struct InSituOutcome {
 InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio,
                                 const InSituOptions& options);
 
+/// The same for points that were sampled before: the fit, the record and their log lines.
+InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& options);
+
 }  // namespace vyn

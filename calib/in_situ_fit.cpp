@@ -46,7 +46,8 @@ double value_at(const Vector& coefficients, std::size_t n, double x) {
     return value;
 }
 
-/// Influence of a point's own pressure on the law at its ratio.
+/// The matrix between the basis at a ratio: with the inverse normal matrix the influence of a
+/// point's own pressure on the law there, with the covariance the variance of the law.
 double leverage(const Matrix& inverse, std::size_t n, double x) {
     double h = 0;
     for (std::size_t j = 0; j < n; ++j)
@@ -138,6 +139,32 @@ std::optional<Matrix> gauss_approximation::inverse() const {
             inverse[row][column] = (*solution)[row];
     }
     return inverse;
+}
+
+double pressure_at(const Vector& coefficients, double ratio) {
+    return value_at(coefficients, coefficients.size(), ratio);
+}
+
+std::optional<double> standard_error_at(const InSituFit& fit, double ratio) {
+    if (!fit.covariance) return std::nullopt;
+    return std::sqrt(leverage(*fit.covariance, static_cast<std::size_t>(fit.terms), ratio));
+}
+
+std::optional<FittedCurve> fitted_curve(const std::vector<CalibrationPoint>& points,
+                                        const Vector& coefficients) {
+    constexpr int steps = 100;
+    if (points.empty()) return std::nullopt;
+    const auto [low, high] = std::ranges::minmax(points, {}, &CalibrationPoint::ratio);
+    const double range = high.ratio - low.ratio;
+    if (!(range > 0)) return std::nullopt;
+    FittedCurve curve;
+    for (int step = 0; step <= steps; ++step) {
+        const double ratio = low.ratio + range * step / steps;
+        curve.ratios.push_back(ratio);
+        curve.pressures.push_back(pressure_at(coefficients, ratio));
+        if (!std::isfinite(curve.pressures.back())) return std::nullopt;
+    }
+    return curve;
 }
 
 std::optional<InSituFit> fit_in_situ(const std::vector<CalibrationPoint>& points, int terms) {

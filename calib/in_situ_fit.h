@@ -56,6 +56,21 @@ struct InSituFit {
     std::optional<gauss_approximation::Matrix> covariance;
 };
 
+/// The law's pressure at a ratio.
+double pressure_at(const gauss_approximation::Vector& coefficients, double ratio);
+/// Standard error of that pressure, from the covariance of the coefficients; nothing without one.
+std::optional<double> standard_error_at(const InSituFit& fit, double ratio);
+
+/// The law from the smallest to the largest ratio of the points, in steps of one hundredth of that
+/// range.
+struct FittedCurve {
+    std::vector<double> ratios;
+    std::vector<double> pressures;
+};
+/// Nothing when the points have no range of ratios or a pressure is no finite number.
+std::optional<FittedCurve> fitted_curve(const std::vector<CalibrationPoint>& points,
+                                        const gauss_approximation::Vector& coefficients);
+
 /// Fits the pressure as a polynomial in the ratio. Nothing when the points do not determine it
 /// (fewer different ratios than terms) or hold a number that is not finite. Raises AlgoError for
 /// terms other than 1 to 3.

@@ -1,5 +1,6 @@
 #include "calib/port_sampling.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -10,13 +11,18 @@ namespace vyn {
 
 namespace {
 
+/// Column (or row) of one step of the square around a position.
+double covered_at(int step, double position, int side) {
+    const int half = side / 2;
+    return std::trunc(step + position - half);
+}
+
 /// Columns (or rows) that the square around a position covers. Truncation toward zero lets the
 /// first one stand twice where the square reaches over the edge.
 std::vector<int> covered(double position, int side, int size) {
     std::vector<int> indices;
-    const int half = side / 2;
     for (int step = 0; step < side; ++step) {
-        const double index = std::trunc(step + position - half);
+        const double index = covered_at(step, position, side);
         if (index >= 0 && index < size) indices.push_back(static_cast<int>(index));
     }
     return indices;
@@ -42,6 +48,15 @@ std::string label(const Marker& port) {
 }
 
 }  // namespace
+
+PixelBox averaged_box(const Marker& port, int side) {
+    if (side < 1) return {};
+    const auto index = [side](int step, double position) {
+        constexpr double farthest = 2e9;  // so that any number fits an int
+        return static_cast<int>(std::clamp(covered_at(step, position, side), -farthest, farthest));
+    };
+    return {index(0, port.x), index(0, port.y), index(side - 1, port.x), index(side - 1, port.y)};
+}
 
 PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side) {
     ratio.check_planes();

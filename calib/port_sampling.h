@@ -20,6 +20,17 @@ struct PortSamples {
     std::vector<std::string> left_out;     ///< for the user: active ports without a point, and why
 };
 
+/// Whole pixels, the last ones included.
+struct PixelBox {
+    int left = 0;
+    int top = 0;
+    int right = -1;
+    int bottom = -1;
+};
+/// The square that is averaged around a port; it may reach out of the image. Empty (right < left)
+/// for a side of 0.
+PixelBox averaged_box(const Marker& port, int side);
+
 /// Averages the ratio in a square of `side` pixels around each active port: pixel
 /// (trunc(q + x - side / 2), trunc(r + y - side / 2)) for q and r from 0 to side - 1, where it is
 /// inside the image and valid. A port without such a pixel, or without a finite pressure, gives no

@@ -60,6 +60,17 @@ std::optional<field_data<double>> read_geometry(dataSetInterface& data, TaskCont
     return read_field(find_input(data, mesh, keys::mesh_file.path), context);
 }
 
+void write_project(dataSetInterface& data, const imagesList& images, const fs::path& file,
+                   TaskContext& context) {
+    if (!is_container(file)) {
+        save_xml(data, file.c_str());
+        return;
+    }
+    get_ims().version = file_version;
+    ds2ims(data);
+    write_ims_strings(file, images, context);
+}
+
 }  // namespace
 
 TaskOutcome ReadProjectTask::run(TaskContext& context) {
@@ -123,6 +134,14 @@ TaskOutcome StorePaintTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
+TaskOutcome CreateProjectTask::run(TaskContext& context) {
+    context.status("Writing IMS file:" + file_.string());
+    const fs::path real = fs::absolute(file_).lexically_normal();
+    write(*settings_, keys::head_file, real.string());
+    write_project(*settings_, imagesList(), real, context);
+    return TaskOutcome::done;
+}
+
 TaskOutcome WriteProjectTask::run(TaskContext& context) {
     dataSetInterface& data = vyn_db();
     context.status("Writing IMS file:" + file_.string());
@@ -131,13 +150,7 @@ TaskOutcome WriteProjectTask::run(TaskContext& context) {
     if (!read(data, keys::head_file).empty())
         rebase_relative_names(data, project_folder(data), real.parent_path());
     write(data, keys::head_file, real.string());
-    if (is_container(file_)) {
-        get_ims().version = file_version;
-        ds2ims(data);
-        write_ims_strings(real, get_images(), context);
-    } else {
-        save_xml(data, real.c_str());
-    }
+    write_project(data, get_images(), real, context);
     settings.accept();
     data.set_modified(false);
     return TaskOutcome::done;

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "calib/paint.h"
 #include "core/any.h"
+#include "core/data_set.h"
 #include "core/task.h"
 
 namespace vyn {
@@ -30,6 +32,19 @@ class ReadProjectTask final : public Task {
 
   private:
     ReadProject request_;
+};
+
+/// Writes settings as a new project file or container without images; the program's data set and
+/// image list stay as they are.
+class CreateProjectTask final : public Task {
+  public:
+    CreateProjectTask(std::shared_ptr<simpleNamedDataSet> settings, std::filesystem::path file)
+        : settings_(std::move(settings)), file_(std::move(file)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    std::shared_ptr<simpleNamedDataSet> settings_;
+    std::filesystem::path file_;
 };
 
 /// Writes the project: a container for ".ims", else the settings as XML.

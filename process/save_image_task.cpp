@@ -33,17 +33,25 @@ TaskOutcome SaveImageTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
+std::vector<std::filesystem::path> field_files(dataSetInterface& data, const imagesList& images) {
+    const auto field = images.find(image_names::field);
+    if (!field) return {};
+    const std::filesystem::path folder = output_folder(data);
+    std::vector<std::filesystem::path> files{folder / read(data, keys::pressure_file)};
+    if (!field->markers.markers.empty())
+        files.push_back(folder / read(data, keys::pressure_mark_file));
+    return files;
+}
+
 TaskOutcome SaveFieldTask::run(TaskContext& context) {
     const auto field = get_images().find(image_names::field);
     if (!field) {
         context.message("Field is not calculated!");
         return TaskOutcome::failed;
     }
-    dataSetInterface& data = vyn_db();
-    const std::filesystem::path folder = output_folder(data);
-    write_with_provenance(*field, folder / read(data, keys::pressure_file), context);
-    if (!field->markers.markers.empty())
-        write_markers((folder / read(data, keys::pressure_mark_file)).string(), field->markers);
+    const auto files = field_files(vyn_db(), get_images());
+    write_with_provenance(*field, files.front(), context);
+    if (files.size() > 1) write_markers(files[1].string(), field->markers);
     return TaskOutcome::done;
 }
 

@@ -3,7 +3,10 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "api/image_list.h"
+#include "core/data_set.h"
 #include "core/task.h"
 
 namespace vyn {
@@ -20,6 +23,10 @@ class SaveImageTask final : public Task {
     std::string name_;
     std::filesystem::path file_;
 };
+
+/// The files that saving the field writes: its image, and its markers where it has any. None while
+/// there is no field.
+std::vector<std::filesystem::path> field_files(dataSetInterface& data, const imagesList& images);
 
 /// Writes the field image and its markers to the files that the project names for them, in the
 /// output folder. Shows "Field is not calculated!" and fails when there is none.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/errors.h"
+#include "core/numbers.h"
 #include "view/canvas.h"
 #include "view/colour_map.h"
 #include "view/render.h"
@@ -90,7 +91,8 @@ void draw_field(const image& picture, const PictureOptions& options, const Layou
     const colour_map colours(options.limits.minimum, options.limits.maximum, options.palette);
     const int fineness = options.scale < 1 ? 2 : 1;
     constexpr int strip = 64;
-    const auto fine_width = static_cast<std::size_t>(layout.field_width * fineness);
+    const auto fine_width =
+        static_cast<std::size_t>(layout.field_width) * static_cast<std::size_t>(fineness);
     std::vector<std::uint32_t> pixels(fine_width * strip * static_cast<std::size_t>(fineness));
     for (int y0 = 0; y0 < layout.field_height; y0 += strip) {
         const int rows = std::min(strip, layout.field_height - y0);
@@ -137,6 +139,14 @@ void draw_colour_bar(const PictureOptions& options, const Layout& layout, Canvas
     const double h = layout.letters;
     const double pen = std::max(0.08 * h, 1.0);
     canvas.frame(layout.bar_x, layout.bar_y, layout.bar_width, layout.bar_height, pen, black);
+
+    const double middle = layout.bar_x + (layout.bar_width - 1) / 2.0;
+    const auto end = [&](double value, double base_line) {
+        canvas.text(format_general(value, 5), middle, base_line, 0.75 * h, grey,
+                    Canvas::Align::centre);
+    };
+    end(limits.maximum, layout.bar_y - 0.45 * h);
+    end(limits.minimum, layout.bar_y + layout.bar_height + 1.15 * h);
 
     double texts = 0;
     const double right = layout.bar_x + layout.bar_width - 0.5 + pen / 2;

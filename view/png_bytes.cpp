@@ -106,7 +106,7 @@ std::string encoded(const RgbPicture& picture, const PngTexts& texts) {
     std::string file = "\x89PNG\r\n\x1a\n";
     append_chunk(file, "IHDR", header(picture));
     for (const auto& [keyword, text] : texts)
-        append_chunk(file, "tEXt", keyword + '\0' + text);
+        append_chunk(file, "tEXt", std::string(keyword).append(1, '\0').append(text));
     append_chunk(file, "IDAT", compressed(rows));
     append_chunk(file, "IEND", {});
     return file;

@@ -152,8 +152,9 @@ class DifferencePainter {
 class ColourPainter {
   public:
     ColourPainter(const ColourSource& source, const colour_map&, const ViewRectangle& rectangle) {
+        unsigned shift = 24;
         for (const auto& channel : source.channels)
-            channels_.emplace_back(channel.get(), rectangle);
+            channels_.push_back({Sampler(channel.get(), rectangle), shift -= 8});
     }
 
     struct Scratch {
@@ -162,11 +163,10 @@ class ColourPainter {
     };
     void paint(int j, Scratch& scratch, std::uint32_t* out) const {
         std::fill_n(out, scratch.row.value.size(), 0xFF000000U);
-        for (std::size_t c = 0; c < channels_.size(); ++c) {
-            channels_[c].sample(j, scratch.row);
-            const auto shift = static_cast<unsigned>(16 - 8 * c);
+        for (const Channel& channel : channels_) {
+            channel.sampler.sample(j, scratch.row);
             for (std::size_t i = 0; i < scratch.row.value.size(); ++i)
-                out[i] |= byte_of(scratch.row.value[i]) << shift;
+                out[i] |= byte_of(scratch.row.value[i]) << channel.shift;
         }
     }
 
@@ -175,7 +175,11 @@ class ColourPainter {
     static std::uint32_t byte_of(float value) {
         return value > 0 ? static_cast<std::uint32_t>(std::min(value, 255.0F)) : 0;
     }
-    std::vector<Sampler> channels_;
+    struct Channel {
+        Sampler sampler;
+        unsigned shift;  ///< of its byte in the pixel
+    };
+    std::vector<Channel> channels_;
 };
 
 template <class Painter, class Source>

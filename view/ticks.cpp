@@ -33,9 +33,12 @@ Ticks make_ticks(double low, double high, int most) {
     if (!std::isfinite(range) || !(range > 0) || most < 2) return ticks;
     const double largest = std::max(std::abs(low), std::abs(high));
     if (range < 1e-12 * largest) return ticks;
-    ticks.step = round_step(range / (most - 1));
-    const double slack = 1e-9 * ticks.step;
-    for (double n = std::ceil((low - slack) / ticks.step); n * ticks.step <= high + slack; ++n) {
+    ticks.step = round_step(range / most);
+    const auto first = [&] { return std::ceil(low / ticks.step - 1e-9); };
+    const auto last = [&] { return std::floor(high / ticks.step + 1e-9); };
+    while (last() - first() >= most)
+        ticks.step = round_step(1.5 * ticks.step);
+    for (double n = first(); n <= last(); ++n) {
         const double value = n == 0 ? 0 : n * ticks.step;
         ticks.values.push_back(value);
         ticks.texts.push_back(tick_text(value, ticks.step, largest));

@@ -53,6 +53,12 @@ QGroupBox* QVynAlign::marker_group() {
     rows->add_row(tr("&Refine by:"),
                   form().choice(keys::markers_refine.path, {{tr("Extremum of a surface"), "0"},
                                                             {tr("Fit of a round dot"), "1"}}));
+    rows->add_row(tr("Between cameras:"),
+                  form().choice(keys::channels_order.path, {{tr("Best order"), "-1"},
+                                                            {tr("0 (shift)"), "0"},
+                                                            {tr("1 (affine)"), "1"},
+                                                            {tr("2"), "2"},
+                                                            {tr("3"), "3"}}));
     connect(by_place, &QCheckBox::toggled, link, &QWidget::setDisabled);
     connect(by_place, &QCheckBox::toggled, fix, &QWidget::setDisabled);
     return group;

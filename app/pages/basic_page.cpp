@@ -4,18 +4,20 @@
 #include <QGroupBox>
 #include <QInputDialog>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
 #include "align/ui/align_dialog.h"
 #include "app/pages/card_grid.h"
-#include "app/pages/elided_label.h"
 #include "app/pages/file_choice.h"
 #include "app/pages/image_card.h"
 #include "app/pages/input_row.h"
-#include "app/pages/page_parts.h"
+#include "app/pages/record_group.h"
 #include "app/pages/results_list.h"
+#include "app/pages/saturation_row.h"
+#include "app/pages/step_group.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/convert_dialog.h"
 #include "calib/ui/paint_dialog.h"
@@ -23,6 +25,7 @@
 #include "process/likely_places.h"
 #include "process/option_summary.h"
 #include "process/page_steps.h"
+#include "process/save_image_task.h"
 #include "process/set_input_task.h"
 
 namespace vyn {
@@ -48,8 +51,7 @@ void BasicPage::build(ExperimentType type) {
     type_ = type;
     cards_.clear();
     flats_.clear();
-    steps_.clear();
-    summaries_.clear();
+    records_.clear();
 
     auto* content = new QWidget(scroll_);
     auto* grid = new CardGrid(content);
@@ -63,7 +65,9 @@ void BasicPage::build(ExperimentType type) {
     }
     grid->add(camera_group());
     grid->add(option_group());
-    grid->add(step_group());
+    steps_ = new StepGroup(flat_rows(type).size() > 1, grid);
+    grid->add(steps_);
+    connect(steps_, &StepGroup::wanted, this, &BasicPage::run_step);
     results_ = new ResultsList(type, grid);
     grid->add(results_);
     connect(results_, &ResultsList::view_wanted, this, &BasicPage::view);
@@ -80,116 +84,49 @@ void BasicPage::build(ExperimentType type) {
     scroll_->setWidget(content);
 }
 
-void BasicPage::add_record(QWidget* group, QPushButton* button, std::string (*summary)()) {
-    auto* grid = static_cast<QGridLayout*>(group->layout());
-    auto* label = new ElidedLabel(Qt::ElideRight, group);
-    summaries_.push_back({label, summary});
-    const int line = grid->rowCount();
-    grid->addWidget(button, line, 0);
-    grid->addWidget(label, line, 1);
-}
-
 QWidget* BasicPage::camera_group() {
-    auto* group = new QGroupBox(tr("Camera and paint"), this);
-    auto* grid = new QGridLayout(group);
-    grid->setColumnStretch(1, 1);
+    auto* group = new RecordGroup(tr("Camera and paint"), this);
     const std::vector<PageRow> flats = flat_rows(type_);
     for (std::size_t i = 0; i < flats.size(); ++i) {
         const bool signal = i == 0;
-        auto* camera = text_button(signal ? "cam_sens_btn" : "cam_refe_btn",
-                                   signal ? tr("Ca&mera...") : tr("&Reference camera..."), group);
-        const std::string_view tree = flats[i].input.raw->camera;
-        connect(camera, &QPushButton::clicked, this, [this, tree] { open_camera(tree); });
-        add_record(
-            group, camera,
+        auto* camera = group->add_button(
+            signal ? "cam_sens_btn" : "cam_refe_btn",
+            signal ? tr("Ca&mera...") : tr("&Reference camera..."),
             signal ? +[] { return camera_summary(vyn_db(), keys::sens_camera); }
                    : +[] { return camera_summary(vyn_db(), keys::refe_camera); });
+        const std::string_view tree = flats[i].input.raw->camera;
+        connect(camera, &QPushButton::clicked, this, [this, tree] { open_camera(tree); });
         auto* row = new InputRow(flats[i], group);
         flats_.push_back(row);
         connect_row(row);
         connect(row, &InputRow::view_wanted, this,
                 [this, image = flats[i].input.image] { view(image); });
-        const int line = grid->rowCount();
-        grid->addWidget(new QLabel(tr("%1:").arg(QString::fromStdString(flats[i].label)), group),
-                        line, 0);
-        grid->addWidget(row, line, 1);
+        group->add_row(tr("%1:").arg(QString::fromStdString(flats[i].label)), row);
     }
-    auto* paint = text_button("sens_paint_btn", tr("&Paint..."), group);
-    connect(paint, &QPushButton::clicked, this, [this] {
-        QVynPaint dialog(vyn_db(), this);
-        run_dialog(dialog);
-    });
-    add_record(group, paint, [] { return paint_summary(vyn_db()); });
-    grid->setRowStretch(grid->rowCount(), 1);
+    auto* paint = group->add_button("sens_paint_btn", tr("&Paint..."),
+                                    [] { return paint_summary(vyn_db()); });
+    connect(paint, &QPushButton::clicked, this, [this] { open_dialog<QVynPaint>(); });
+    group->fill_up();
+    records_.push_back(group);
     return group;
 }
 
 QWidget* BasicPage::option_group() {
-    auto* group = new QGroupBox(tr("Conditions and options"), this);
-    auto* grid = new QGridLayout(group);
-    grid->setColumnStretch(1, 1);
-    auto* test = text_button("test_btn", tr("&Test conditions..."), group);
-    connect(test, &QPushButton::clicked, this, [this] {
-        QVynTest dialog(vyn_db(), this);
-        run_dialog(dialog);
-    });
-    add_record(group, test, [] { return conditions_summary(vyn_db()); });
-    auto* align = text_button("align_btn", tr("Ali&gnment and filters..."), group);
-    connect(align, &QPushButton::clicked, this, [this] {
-        QVynAlign dialog(vyn_db(), this);
-        run_dialog(dialog);
-    });
-    add_record(group, align, [] { return alignment_summary(vyn_db()); });
-    auto* convert = text_button("convert_btn", tr("Con&vert..."), group);
-    connect(convert, &QPushButton::clicked, this, [this] {
-        QVynConvert dialog(vyn_db(), this);
-        run_dialog(dialog);
-    });
-    add_record(group, convert, [] { return conversion_summary(vyn_db()); });
-    grid->setRowStretch(grid->rowCount(), 1);
-    return group;
-}
-
-QPushButton* BasicPage::step_button(PageStep step, const char* object_name, const QString& text,
-                                    const QString& tip, QWidget* group) {
-    auto* button = text_button(object_name, text, group);
-    connect(button, &QPushButton::clicked, this, [this, step] { run_step(step); });
-    steps_.push_back({step, button, tip});
-    return button;
-}
-
-QWidget* BasicPage::step_group() {
-    auto* group = new QGroupBox(tr("Calculate"), this);
-    auto* column = new QVBoxLayout(group);
-    column->addWidget(step_button(
-        PageStep::correct_wind_off, "calc_wind_off_btn", tr("Calculate corrected Wind-&off image"),
-        tr("Dark level, dark image, flat field and lens distortion"), group));
-    column->addWidget(step_button(
-        PageStep::correct_wind_on, "calc_wind_on_btn", tr("Calculate corrected Wind-o&n image"),
-        tr("Dark level, dark image, flat field and lens distortion"), group));
-    column->addWidget(step_button(PageStep::ratio, "calc_ratio_btn",
-                                  tr("Align and calculate &I/Iref"),
-                                  tr("Moves wind-on to wind-off and divides the images"), group));
-    column->addWidget(step_button(PageStep::field, "calc_field_btn", tr("Calculate fi&eld"),
-                                  tr("Converts I/Iref by the paint's law"), group));
-    auto* last = new QHBoxLayout;
-    auto* all = step_button(PageStep::all, "calc_all_btn", tr("Calculate &All"),
-                            tr("All steps one after another; results are not saved"), group);
-    QFont bold = all->font();
-    bold.setBold(true);
-    all->setFont(bold);
-    last->addWidget(all, 1);
-    last->addWidget(
-        step_button(PageStep::save_field, "save_field_btn", tr("&Save field"),
-                    tr("Writes the field and its markers into the project directory"), group),
-        1);
-    column->addLayout(last);
-    run_state_ = new QLabel(group);
-    run_state_->setObjectName(QStringLiteral("run_state"));
-    run_state_->setWordWrap(true);
-    run_state_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    column->addWidget(run_state_);
-    column->addStretch(1);
+    auto* group = new RecordGroup(tr("Conditions and options"), this);
+    auto* test = group->add_button("test_btn", tr("&Test conditions..."),
+                                   [] { return conditions_summary(vyn_db()); });
+    connect(test, &QPushButton::clicked, this, [this] { open_dialog<QVynTest>(); });
+    auto* align = group->add_button("align_btn", tr("Ali&gnment and filters..."),
+                                    [] { return alignment_summary(vyn_db()); });
+    connect(align, &QPushButton::clicked, this, [this] { open_dialog<QVynAlign>(); });
+    auto* convert = group->add_button("convert_btn", tr("Con&vert..."),
+                                      [] { return conversion_summary(vyn_db()); });
+    connect(convert, &QPushButton::clicked, this, [this] { open_dialog<QVynConvert>(); });
+    saturation_ = new SaturationRow(group);
+    group->add_wide(saturation_);
+    connect(saturation_, &SaturationRow::changed, this, &BasicPage::load_pictures_anew);
+    group->fill_up();
+    records_.push_back(group);
     return group;
 }
 
@@ -216,13 +153,11 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
     for (InputRow* row : flats_)
         row->show_state(look->state.rows.at(row->row().stem));
     results_->show_look(*look);
-    for (const StepButton& step : steps_)
-        set_need(*step.button, look->state.needs[static_cast<std::size_t>(step.step)], step.tip);
-    for (const Summary& summary : summaries_) {
-        const QString text = QString::fromStdString(summary.text());
-        summary.label->set_text(text);
-        summary.label->setToolTip(wrapped(text));
-    }
+    steps_->show_needs(look->state.needs);
+    steps_->show_run(last_run_, last_run_failed_);
+    for (RecordGroup* group : records_)
+        group->show_summaries();
+    saturation_->show_settings();
     show_remarks(look->state);
     for (const ResultEntry& result : look->state.results)
         Q_EMIT result_looked_at(result.image, result.state.kind == ImageState::Kind::out_of_date,
@@ -239,11 +174,9 @@ void BasicPage::show_remarks(const PageState& state) {
     if (report_)
         for (const std::string& warning : report_->warnings)
             add(tr("Last run: %1").arg(QString::fromStdString(warning)).toStdString());
-    remarks_->setText(text.isEmpty() ? text : QStringLiteral("<ul>%1</ul>").arg(text));
-    run_state_->setText(last_run_);
-    QPalette colours = palette();
-    if (last_run_failed_) colours.setColor(QPalette::WindowText, warning_colour(colours));
-    run_state_->setPalette(colours);
+    if (!text.isEmpty()) text = QStringLiteral("<ul>%1</ul>").arg(text);
+    // Setting the same text again would undo the user's selection.
+    if (text != remarks_->text()) remarks_->setText(text);
 }
 
 QBusyBox& BasicPage::busy_box() {
@@ -287,8 +220,32 @@ void BasicPage::run_step(PageStep step) {
         watcher_->look();
         return;
     }
-    if (step != PageStep::save_field) report_ = report;
+    if (step == PageStep::save_field) {
+        if (!may_replace_field()) return;
+    } else {
+        report_ = report;
+    }
     run(job);
+}
+
+bool BasicPage::may_replace_field() {
+    QStringList present;
+    for (const std::filesystem::path& file : field_files(vyn_db(), get_images()))
+        if (std::error_code ignored; std::filesystem::exists(file, ignored))
+            present << QString::fromStdString(file.string());
+    if (present.isEmpty()) return true;
+    return QMessageBox::question(this, tr("Save field"),
+                                 tr("Replace the old file?") + QStringLiteral("\n") +
+                                     present.join(QLatin1Char('\n'))) == QMessageBox::Yes;
+}
+
+void BasicPage::load_pictures_anew() {
+    auto job = std::make_shared<Job>();
+    for (const PageCard& card : page_cards(type_))
+        if (get_images().find(card.raw->name))
+            job->append(std::make_unique<SetInputTask>(*input_of_image(card.raw->name),
+                                                       read(vyn_db(), card.raw->file)));
+    if (!job->empty()) run(job);
 }
 
 void BasicPage::calculate_all() {

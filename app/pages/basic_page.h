@@ -9,16 +9,17 @@
 #include "process/run_report.h"
 
 class QLabel;
-class QPushButton;
 class QScrollArea;
 
 namespace vyn {
 
 class CardGrid;
-class ElidedLabel;
 class ImageCard;
 class InputRow;
+class RecordGroup;
 class ResultsList;
+class SaturationRow;
+class StepGroup;
 
 /// What the pages of all types of experiment have in common: the files of the test point, the
 /// dialogs of its records and options, the steps of the computation and their results.
@@ -36,23 +37,9 @@ class BasicPage : public ExperimentPage {
     std::shared_ptr<const RunReport> report() const { return report_; }
 
   private:
-    struct StepButton {
-        PageStep step;
-        QPushButton* button;
-        QString tip;
-    };
-    struct Summary {
-        ElidedLabel* label;
-        std::string (*text)();
-    };
-
     void build(ExperimentType type);
     QWidget* camera_group();
     QWidget* option_group();
-    QWidget* step_group();
-    void add_record(QWidget* group, QPushButton* button, std::string (*summary)());
-    QPushButton* step_button(PageStep step, const char* object_name, const QString& text,
-                             const QString& tip, QWidget* group);
     void connect_row(InputRow* row);
     void show_look(const std::shared_ptr<const PageLook>& look);
     void show_remarks(const PageState& state);
@@ -64,8 +51,17 @@ class BasicPage : public ExperimentPage {
     void put_file(const InputFile& input, const std::string& file);
     void view(const std::string& image);
     void open_camera(std::string_view tree);
+    /// Asks where old files would be lost.
+    bool may_replace_field();
+    /// After a change of what is done to camera pictures when they are loaded.
+    void load_pictures_anew();
     /// Runs a dialog over the settings; true when it was accepted.
     bool run_dialog(QDialog& dialog);
+    template <class Dialog>
+    void open_dialog() {
+        Dialog dialog(vyn_db(), this);
+        run_dialog(dialog);
+    }
 
     Worker& worker_;
     std::unique_ptr<QBusyBox> busy_box_;
@@ -79,11 +75,11 @@ class BasicPage : public ExperimentPage {
     ExperimentType type_ = ExperimentType::single;
     std::vector<ImageCard*> cards_;
     std::vector<InputRow*> flats_;
-    std::vector<StepButton> steps_;
-    std::vector<Summary> summaries_;
+    std::vector<RecordGroup*> records_;
+    SaturationRow* saturation_ = nullptr;
+    StepGroup* steps_ = nullptr;
     ResultsList* results_ = nullptr;
     QLabel* remarks_ = nullptr;
-    QLabel* run_state_ = nullptr;
 };
 
 }  // namespace vyn

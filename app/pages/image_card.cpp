@@ -5,8 +5,8 @@
 #include <QToolButton>
 
 #include "app/pages/input_row.h"
+#include "app/pages/setting_edit.h"
 #include "core/ui/icons.h"
-#include "core/ui/number_edit.h"
 
 namespace vyn {
 
@@ -41,10 +41,9 @@ ImageCard::ImageCard(const PageCard& card, QWidget* parent)
         connect(widget, &InputRow::view_wanted, this,
                 [this, image = row.input.image] { Q_EMIT view_wanted(image); });
     }
-    dark_ = new NumberEdit(this);
+    dark_ = new SettingEdit(raw_->dark_level, this);
     dark_->setObjectName(QString::fromStdString(card.stem + "_dark_edit"));
     dark_->setToolTip(tr("Dark level in counts; pixels below it are excluded. 0: off"));
-    dark_->setMaximumWidth(dark_->fontMetrics().averageCharWidth() * 14);
     auto* dark_label = new QLabel(tr("Dark level:"), this);
     dark_label->setBuddy(dark_);
     auto* dark_line = new QHBoxLayout;
@@ -57,31 +56,21 @@ ImageCard::ImageCard(const PageCard& card, QWidget* parent)
     grid->addLayout(dark_line, line, 2);
     grid->addWidget(preview_, 0, 0, line + 1, 1, Qt::AlignCenter);
     grid->setColumnStretch(2, 1);
-    connect(dark_, &QLineEdit::editingFinished, this, &ImageCard::write_dark_level);
+    connect(dark_, &SettingEdit::written, this, &ImageCard::settings_changed);
 }
 
 void ImageCard::show_look(const PageLook& look) {
     for (InputRow* row : rows_)
         row->show_state(look.state.rows.at(row->row().stem));
-    // What was typed and is no number yet stays.
-    if (!dark_->isModified()) {
-        const double level = read(vyn_db(), raw_->dark_level);
-        if (dark_->number() != level) dark_->set_number(level);
-    }
+    dark_->show_setting();
     const auto picture = look.previews.find(raw_->name);
     const bool present = picture != look.previews.end();
     preview_->setEnabled(present);
+    const qint64 key = present ? picture->second.cacheKey() : 0;
+    if (key == shown_ && !preview_->icon().isNull()) return;
+    shown_ = key;
     preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second))
                               : vyn_icon(QStringLiteral("thumbnail.png")));
-}
-
-void ImageCard::write_dark_level() {
-    const std::optional<double> level = dark_->number();
-    if (!level) return;
-    dark_->setModified(false);
-    if (*level == read(vyn_db(), raw_->dark_level)) return;
-    write(vyn_db(), raw_->dark_level, *level);
-    Q_EMIT settings_changed();
 }
 
 }  // namespace vyn

@@ -13,7 +13,7 @@ class QToolButton;
 namespace vyn {
 
 class InputRow;
-class NumberEdit;
+class SettingEdit;
 
 /// One camera picture of the test point: a preview, its files and its dark level. The dark level is
 /// written when its edit loses the focus.
@@ -30,12 +30,11 @@ class ImageCard : public QGroupBox {
     void settings_changed();
 
   private:
-    void write_dark_level();
-
     const RawImage* raw_;
     QToolButton* preview_;
+    qint64 shown_ = 0;  ///< which picture the preview shows
     std::vector<InputRow*> rows_;
-    NumberEdit* dark_ = nullptr;
+    SettingEdit* dark_ = nullptr;
 };
 
 }  // namespace vyn

@@ -32,11 +32,6 @@ QPushButton* text_button(const char* object_name, const QString& text, QWidget* 
     return button;
 }
 
-void set_need(QPushButton& button, const std::string& missing, const QString& tip) {
-    button.setEnabled(missing.empty());
-    button.setToolTip(wrapped(missing.empty() ? tip : QString::fromStdString(missing)));
-}
-
 QString wrapped(const QString& text) {
     return text.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
 }

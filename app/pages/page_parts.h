@@ -21,9 +21,6 @@ QToolButton* icon_button(const std::string& object_name, const char* icon, const
 /// A push button with a text; the object name is that of the stated style.
 QPushButton* text_button(const char* object_name, const QString& text, QWidget* parent);
 
-/// Enables a button, or disables it and says why in its tool tip.
-void set_need(QPushButton& button, const std::string& missing, const QString& tip);
-
 /// Text as a tool tip that wraps.
 QString wrapped(const QString& text);
 

@@ -35,7 +35,7 @@ ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("R
     for (const std::string& image : page_results(type)) {
         const QString label = QString::fromStdString(image_label(type, image));
         auto* view = icon_button(image + "_view_btn", "thumbnail", tr("View %1").arg(label), this);
-        Line line{image, new QLabel(this), new ElidedLabel(Qt::ElideRight, this), view};
+        Line line{image, new QLabel(this), new ElidedLabel(Qt::ElideRight, this), view, 0};
         line.preview->setFixedSize(preview_size);
         line.preview->setScaledContents(false);
         line.preview->setAlignment(Qt::AlignCenter);
@@ -62,6 +62,9 @@ void ResultsList::show_look(const PageLook& look) {
         line->state->setToolTip(wrapped(text));
         line->view->setEnabled(result.state.kind != ImageState::Kind::absent);
         const auto picture = look.previews.find(result.image);
+        const qint64 key = picture == look.previews.end() ? 0 : picture->second.cacheKey();
+        if (key == line->shown) continue;
+        line->shown = key;
         const double scale = devicePixelRatioF();
         QPixmap small;
         if (picture != look.previews.end() && !picture->second.isNull()) {

@@ -30,6 +30,7 @@ class ResultsList : public QGroupBox {
         QLabel* preview;
         ElidedLabel* state;
         QToolButton* view;
+        qint64 shown;  ///< which picture the preview shows
     };
     std::vector<Line> lines_;
 };

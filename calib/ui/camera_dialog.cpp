@@ -62,7 +62,6 @@ QVynCamera::QVynCamera(dataSetInterface& settings, std::string tree, QWidget* pa
     const Buttons buttons = add_buttons(*layout);
     buttons.ok->setObjectName(QStringLiteral("ok_btn"));
     buttons.cancel->setObjectName(QStringLiteral("cancel_btn"));
-    buttons.cancel->setText(tr("Cancel"));
 
     cameraFeatures record;
     read(settings, tree_, record);

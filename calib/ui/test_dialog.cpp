@@ -70,6 +70,7 @@ QVynTest::QVynTest(dataSetInterface& settings, QWidget* parent) : SettingDialog(
     buttons.ok->setObjectName(QStringLiteral("buttonOk"));
     buttons.ok->setToolTip(tr("Accept values."));
     buttons.cancel->setObjectName(QStringLiteral("buttonCancel"));
+    buttons.cancel->setText(tr("&Cancel"));
     buttons.cancel->setToolTip(tr("Reject values."));
     form().show(settings);
 }

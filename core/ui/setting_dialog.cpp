@@ -18,8 +18,8 @@ void SettingDialog::accept() {
 SettingDialog::Buttons SettingDialog::add_buttons(QBoxLayout& layout) {
     auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     Buttons buttons{box->button(QDialogButtonBox::Ok), box->button(QDialogButtonBox::Cancel)};
-    buttons.ok->setText(tr("&OK"));
-    buttons.cancel->setText(tr("&Cancel"));
+    buttons.ok->setText(tr("OK"));
+    buttons.cancel->setText(tr("Cancel"));
     connect(box, &QDialogButtonBox::accepted, this, &SettingDialog::accept);
     connect(box, &QDialogButtonBox::rejected, this, &SettingDialog::reject);
     layout.addWidget(box);

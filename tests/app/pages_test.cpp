@@ -1,9 +1,11 @@
 #include <QApplication>
+#include <QCheckBox>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTest>
@@ -62,22 +64,30 @@ class Pages : public ProjectTest {
             << name << ": " << button->toolTip().toStdString();
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    /// Presses a select button and answers its file dialog.
-    void select(const char* button, const std::string& file) {
-        QTimer answer;
-        QObject::connect(&answer, &QTimer::timeout, [&] {
-            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+    /// Does something with the next modal dialog of that kind.
+    template <class Dialog>
+    void answer(std::function<void(Dialog&)> act) {
+        auto* watch = new QTimer(page.get());
+        QObject::connect(watch, &QTimer::timeout, [watch, act] {
+            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
             if (!dialog) return;
-            answer.stop();
+            watch->stop();
+            watch->deleteLater();
+            act(*dialog);
+        });
+        watch->start(20);
+    }
+    /// Presses a select button and answers its file dialog; cancels it without a file.
+    void select(const char* button, const std::string& file) {
+        answer<QFileDialog>([this, file](QFileDialog& dialog) {
             if (file.empty()) {
-                dialog->reject();
+                dialog.reject();
                 return;
             }
-            auto* name = dialog->findChild<QLineEdit*>();
+            auto* name = dialog.findChild<QLineEdit*>();
             name->setText(QString::fromStdString((folder / file).string()));
             QTest::keyClick(name, Qt::Key_Return);
         });
-        answer.start(20);
         press(button);
     }
     bool wait_for_text(const char* label, const QString& words) {
@@ -147,6 +157,51 @@ TEST_F(Pages, FromAnEmptyProjectToTheFieldOfTheCommandLine) {
 
     press("save_field_btn");
     EXPECT_TRUE(std::filesystem::exists(folder / "pressure.imp"));
+    put_file(folder / "pressure.imp", "old");
+    answer<QMessageBox>([](QMessageBox& box) { box.button(QMessageBox::No)->click(); });
+    press("save_field_btn");
+    EXPECT_EQ(get_file(folder / "pressure.imp"), "old");
+}
+
+TEST_F(Pages, NumbersThatAreNoneAreMarkedAndNotWritten) {
+    open_project();
+    show_page<FormSingleBasic>();
+    auto* edit = child<QLineEdit>("wind_on_dark_edit");
+    QTest::mouseClick(edit, Qt::LeftButton);
+    QTest::keyClicks(edit, QStringLiteral("x"));
+    QTest::keyClick(edit, Qt::Key_Tab);
+    page->refresh();
+    QTest::qWait(500);
+    EXPECT_EQ(edit->text(), "2400x");
+    EXPECT_TRUE(edit->toolTip().startsWith(QStringLiteral("Please enter")));
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_dark), 2400);
+}
+
+TEST_F(Pages, SaturatedPixelsAreCountedAndExcludedWhenAskedFor) {
+    open_project();
+    const auto& values = get_images().find(image_names::wind_on_sens)->values();
+    float highest = 0;
+    for (int y = 0; y < values.height(); ++y)
+        highest =
+            std::max(highest, *std::max_element(values.row(y), values.row(y) + values.width()));
+    write(vyn_db(), keys::saturation_level, static_cast<double>(highest));
+    show_page<FormSingleBasic>();
+    QTest::mouseClick(child<QCheckBox>("saturation_exclude"), Qt::LeftButton, {}, QPoint(8, 8));
+    const auto loaded = get_images().find(image_names::wind_on_sens);
+    int excluded = 0;
+    for (int y = 0; y < loaded->height(); ++y)
+        for (int x = 0; x < loaded->width(); ++x)
+            excluded += loaded->mask()(x, y) != 0;
+    EXPECT_GE(excluded, 1);
+    auto* remarks = child<QLabel>("remarks");
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            return remarks->text().contains(QStringLiteral("Wind-On: %1 pixel%2")
+                                                .arg(excluded)
+                                                .arg(excluded == 1 ? " is" : "s are"));
+        },
+        5000))
+        << remarks->text().toStdString();
 }
 
 TEST_F(Pages, RowsSelectViewAndRemove) {
@@ -210,12 +265,7 @@ TEST_F(Pages, DroppedFilesFindTheirPlace) {
     show_page<FormSingleBasic>();
     EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "wind_on.tif").string())));
     EXPECT_TRUE(get_images().find(image_names::wind_on_sens));
-    QTimer answer;
-    QObject::connect(&answer, &QTimer::timeout, [] {
-        if (auto* question = qobject_cast<QInputDialog*>(QApplication::activeModalWidget()))
-            question->accept();
-    });
-    answer.start(20);
+    answer<QInputDialog>([](QInputDialog& question) { question.accept(); });
     put_file(folder / "picture.tif", get_file(folder / "wind_off.tif"));
     EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "picture.tif").string())));
     EXPECT_TRUE(get_images().find(image_names::wind_off_sens)) << "the first place offered";

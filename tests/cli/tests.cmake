@@ -1,7 +1,11 @@
-vyn_tests(cli
-    SOURCES calibrate_test.cpp commands_test.cpp program.cpp render_test.cpp usage_test.cpp
-    LINK vyn_process vyn_view nlohmann_json::nlohmann_json PNG::PNG)
-target_compile_definitions(test_cli PRIVATE
+# Runs vynlite-batch, for the window's tests too.
+add_library(vyn_test_program STATIC cli/program.cpp)
+target_link_libraries(vyn_test_program PUBLIC vyn_flags)
+target_compile_definitions(vyn_test_program PRIVATE
     VYN_BATCH_PROGRAM="$<TARGET_FILE:vynlite-batch>")
-add_dependencies(test_cli
-    vynlite-batch vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
+add_dependencies(vyn_test_program vynlite-batch)
+
+vyn_tests(cli
+    SOURCES calibrate_test.cpp commands_test.cpp render_test.cpp usage_test.cpp
+    LINK vyn_test_program vyn_process vyn_view nlohmann_json::nlohmann_json PNG::PNG)
+add_dependencies(test_cli vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

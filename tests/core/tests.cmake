@@ -3,8 +3,10 @@ vyn_tests(core
         atomic_file_test.cpp
         data_set_test.cpp
         errors_test.cpp
+        file_lock_test.cpp
         ini_file_test.cpp
         keys_test.cpp
+        log_file_test.cpp
         numbers_test.cpp
         project_file_test.cpp
         threads_test.cpp

@@ -77,6 +77,9 @@ TEST(Limits, HistogramCountsEveryValueOnce) {
     EXPECT_EQ(histogram.counts, expected);
     EXPECT_EQ(histogram.below, below);
     EXPECT_EQ(histogram.above, above);
+    const Histogram whole = make_histogram(picture, {valid.front(), valid.back()}, 7, progress);
+    EXPECT_EQ(whole.below + whole.above, 0);
+    EXPECT_GE(whole.counts.back(), 1);
 }
 
 TEST(Limits, ThreadsDoNotShowInTheBits) {

@@ -10,4 +10,5 @@ vyn_tests(view
         palette_test.cpp
         region_edit_test.cpp
         render_test.cpp
+        viewer_rules_test.cpp
     LINK vyn_view PNG::PNG)

@@ -8,6 +8,7 @@
 
 #include "tests/view_ui/viewer_fixture.h"
 #include "view/colour_map.h"
+#include "view/ui/view_frame.h"
 
 namespace vyn {
 namespace {
@@ -116,6 +117,22 @@ TEST_F(FieldView, MagnifiedPixelsAreCrispAndHaveTheColoursOfTheMap) {
             for (const int in : {2, 16, 29})
                 EXPECT_EQ(seen.pixel(32 * x + in, 32 * y + in), expected) << x << ' ' << y;
         }
+}
+
+TEST(ViewFrame, FineScreensShowTheSamePartWithMorePixels) {
+    const auto levels = std::make_shared<const ImageLevels>(
+        std::make_shared<const image>(test::ramp_image("a", 50, 40)));
+    const colour_map colours(100, 40000, palette_array());
+    const ViewTransform shown{3, {4, 5}};
+    ViewFrame frame;
+    const QImage& fine = frame.draw(FieldSource{levels}, colours, shown, {60, 45}, 2);
+    EXPECT_EQ(fine.size(), QSize(120, 90));
+    EXPECT_EQ(fine.devicePixelRatio(), 2);
+    for (const QPointF at : {QPointF(0.2, 0.2), {30.7, 21.2}, {59.7, 44.7}}) {
+        const QPoint pixel = shown.to_image(at).toPoint();
+        EXPECT_EQ(fine.pixel(static_cast<int>(at.x() * 2), static_cast<int>(at.y() * 2)),
+                  colours.colour(levels->picture().values()(pixel.x(), pixel.y()), false, true));
+    }
 }
 
 TEST_F(FieldView, ProbesThePixelUnderThePointerAndNothingOutside) {

@@ -5,17 +5,26 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
+#include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
 
 #include "api/pixel_ops.h"
 #include "core/data_set.h"
+#include "core/errors.h"
 #include "view/probe_text.h"
 #include "view/ui/advanced_fashion_dialog.h"
 #include "view/ui/field_viewer_parts.h"
 #include "view/ui/key_arbiter.h"
 
 namespace vyn {
+
+namespace {
+
+const QString geometry_setting = QStringLiteral("viewer/geometry");
+const QString panels_setting = QStringLiteral("viewer/panels");
+
+}  // namespace
 
 VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag,
                                const QString& title, QWidget* parent)
@@ -26,15 +35,19 @@ VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag
     make_bars();
     make_modes();
     connect_view();
-    resize(1100, 760);
+    restore_layout();
     show_from({std::shared_ptr<void>(), &get_images()}, image_name,
               flag ? PictureOrigin::camera : PictureOrigin::computed, title);
     set_mode(MouseMode::probe);
 }
 
 VynFieldViewer::~VynFieldViewer() {
-    // The tools go before the view does.
+    // What draws on the view goes before it does.
     parts_->view->set_tool(nullptr);
+    delete parts_->fashion_dialog;
+    delete parts_->region;
+    delete parts_->graph;
+    delete parts_->markers;
     parts_->comparison->disconnect(this);
     parts_->view->disconnect(this);
 }
@@ -63,6 +76,19 @@ void VynFieldViewer::make_panels() {
     parts_->state_label = new QLabel;
     parts_->state_label->setObjectName(QStringLiteral("state"));
     statusBar()->addPermanentWidget(parts_->state_label);
+}
+
+void VynFieldViewer::restore_layout() {
+    const QSettings settings;
+    if (!restoreGeometry(settings.value(geometry_setting).toByteArray())) resize(1100, 760);
+    restoreState(settings.value(panels_setting).toByteArray());
+}
+
+void VynFieldViewer::closeEvent(QCloseEvent* event) {
+    QSettings settings;
+    settings.setValue(geometry_setting, saveGeometry());
+    settings.setValue(panels_setting, saveState());
+    QMainWindow::closeEvent(event);
 }
 
 void VynFieldViewer::make_bars() {
@@ -98,6 +124,9 @@ void VynFieldViewer::make_bars() {
     parts_->image_menu->addActions({a.link, a.blink, a.difference});
     parts_->image_menu->addSeparator();
     parts_->image_menu->addActions({a.copy_picture, a.copy_pixel});
+    parts_->image_menu->addSeparator();
+    parts_->image_menu->addAction(
+        findChild<QDockWidget*>(QStringLiteral("function bar"))->toggleViewAction());
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
 }
@@ -164,31 +193,39 @@ void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::stri
 
 void VynFieldViewer::follow_image() {
     const auto picture = parts_->watcher.current();
-    if (picture && !parts_->fashion_suggested) {
-        parts_->fashion_suggested = true;
-        Fashion fashion = parts_->view->fashion();
-        Progress progress;
-        fashion.limits = tidy(robust_limits(*picture, progress));
-        fashion.channels = {};
-        if (picture->displacement) {
-            fashion.vectors = suggested_vectors(*picture->displacement);
-            fashion.vectors.shown = true;
-        }
-        parts_->view->set_fashion(fashion);
-    }
     parts_->view->set_message(
         tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
             .arg(QString::fromStdString(parts_->image_name)));
-    parts_->view->set_picture(picture);
+    try {
+        if (picture && !parts_->fashion_suggested) suggest_fashion(*picture);
+        parts_->view->set_picture(picture);
+    } catch (const GenericError& error) {
+        parts_->view->set_picture(nullptr);
+        parts_->view->set_message(tr("The image \"%1\" cannot be shown: %2")
+                                      .arg(QString::fromStdString(parts_->image_name),
+                                           QString::fromStdString(error.what())));
+    }
+}
+
+void VynFieldViewer::suggest_fashion(const image& picture) {
+    Fashion fashion = parts_->view->fashion();
+    Progress progress;
+    fashion.limits = tidy(robust_limits(picture, progress));
+    fashion.channels = {};
+    if (picture.displacement) {
+        fashion.vectors = suggested_vectors(*picture.displacement);
+        fashion.vectors.shown = true;
+    }
+    parts_->fashion_suggested = true;
+    parts_->view->set_fashion(fashion);
 }
 
 void VynFieldViewer::refresh() {
-    const auto picture = parts_->view->picture();
     parts_->comparison->picture_changed();
     apply_channels();
     parts_->colour_bar->set_label(quantity());
     parts_->function_bar->set_quantity(quantity());
-    if (parts_->fashion_dialog) parts_->fashion_dialog->set_picture(picture);
+    if (parts_->fashion_dialog) parts_->fashion_dialog->set_picture(shown_picture());
     enable_actions();
     show_title();
     parts_->markers->picture_changed();
@@ -339,12 +376,13 @@ void VynFieldViewer::show_dialog(bool advanced) {
 void VynFieldViewer::compare(Comparison::Kind wanted, bool on) {
     parts_->comparison->stop();
     QStringList names;
-    for (const auto& name : parts_->list->names())
-        if (name != parts_->image_name) names << QString::fromStdString(name);
+    for (const auto& other : parts_->list->all())
+        if (other->name != parts_->image_name && Comparison::comparable(wanted, picture(), other))
+            names << QString::fromStdString(other->name);
     bool chosen = false;
     QString name;
     if (on && names.isEmpty())
-        statusBar()->showMessage(tr("There is no other image to compare with."));
+        statusBar()->showMessage(tr("There is no other image of this size to compare with."));
     else if (on)
         name = QInputDialog::getItem(this, tr("Compare"), tr("Compare with:"), names, 0, false,
                                      &chosen);

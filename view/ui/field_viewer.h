@@ -102,14 +102,21 @@ class VynFieldViewer : public QMainWindow {
     void refresh();
     void setModifiedChanged(bool modified);
 
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
   private:
     struct Parts;
     void make_panels();
     void make_bars();
     void make_modes();
     void connect_view();
+    /// As the last viewer that was closed left it.
+    void restore_layout();
     /// The watched image is another one, or none any more.
     void follow_image();
+    /// Limits and vectors that suit an image shown for the first time.
+    void suggest_fashion(const image& picture);
     void fashion_changed();
     void apply_channels();
     void show_dialog(bool advanced);

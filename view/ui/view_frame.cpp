@@ -15,7 +15,7 @@ const QImage& ViewFrame::draw(const ViewSource& source, const colour_map& colour
     picture_.setDevicePixelRatio(pixel_ratio);
     if (valid_) return picture_;
     const ViewRectangle rectangle{transform.origin.x(), transform.origin.y(),
-                                  transform.zoom / pixel_ratio, pixels.width(), pixels.height()};
+                                  transform.zoom * pixel_ratio, pixels.width(), pixels.height()};
     render(source, colours, rectangle,
            {reinterpret_cast<std::uint32_t*>(picture_.bits()), picture_.bytesPerLine() / 4});
     valid_ = true;

@@ -1,0 +1,73 @@
+#include "app/application.h"
+
+#include <QLocale>
+#include <QSettings>
+#include <QSocketNotifier>
+#include <array>
+#include <clocale>
+#include <csignal>
+
+#include <unistd.h>
+
+#include "core/ui/icons.h"
+#include "core/version.h"
+
+namespace vyn {
+
+namespace {
+
+/// Written by the signal handler, read by the event loop.
+int signal_pipe[2] = {-1, -1};
+
+void tell_event_loop(int) {
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = write(signal_pipe[1], &byte, 1);
+}
+
+/// Attributes that must stand before the application object exists.
+int& with_high_dpi(int& argc) {
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    return argc;
+}
+
+}  // namespace
+
+Application::Application(int& argc, char** argv) : QApplication(with_high_dpi(argc), argv) {
+    setOrganizationName(QStringLiteral("vynlite"));
+    setApplicationName(QStringLiteral("vynlite"));
+    setApplicationDisplayName(QStringLiteral("VynLite"));
+    setApplicationVersion(QLatin1String(program_version));
+    setDesktopFileName(QStringLiteral("vynlite"));
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    setWindowIcon(vyn_icon(QStringLiteral("vynlite.png")));
+    // The application object took over the user's locale.
+    std::setlocale(LC_NUMERIC, "C");
+    QLocale::setDefault(QLocale::c());
+}
+
+int Application::run() {
+    if (pipe(signal_pipe) == 0) {
+        auto* notifier = new QSocketNotifier(signal_pipe[0], QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this, [] { QCoreApplication::exit(); });
+        for (const int number : {SIGTERM, SIGINT, SIGHUP})
+            std::signal(number, tell_event_loop);
+    }
+    const int status = exec();
+    if (error_) std::rethrow_exception(error_);
+    return status;
+}
+
+bool Application::notify(QObject* receiver, QEvent* event) {
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (...) {
+        if (!error_) error_ = std::current_exception();
+        exit();
+        return false;
+    }
+}
+
+}  // namespace vyn

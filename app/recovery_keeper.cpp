@@ -1,0 +1,56 @@
+#include "app/recovery_keeper.h"
+
+#include <QTimer>
+
+#include "core/errors.h"
+#include "core/project_file.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int period_ms = 3000;
+
+}  // namespace
+
+RecoveryKeeper::RecoveryKeeper(std::filesystem::path folder, QObject* parent)
+    : QObject(parent), copy_(std::move(folder)) {
+    auto* timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, &RecoveryKeeper::look);
+    timer->start(period_ms);
+}
+
+RecoveryKeeper::~RecoveryKeeper() {
+    if (writing_.valid()) writing_.wait();
+    if (!vyn_db().modified()) copy_.drop();
+}
+
+void RecoveryKeeper::look() {
+    using namespace std::chrono_literals;
+    if (stopped_) return;
+    if (writing_.valid() && writing_.wait_for(0s) != std::future_status::ready) return;
+    const std::uint64_t revision = vyn_db().revision();
+    if (!vyn_db().modified()) {
+        if (kept_) copy_.drop();
+        kept_ = false;
+        return;
+    }
+    if (kept_ && revision == kept_revision_) return;
+    kept_ = true;
+    kept_revision_ = revision;
+    writing_ = std::async(std::launch::async, [this, project = to_xml(vyn_db())] {
+        try {
+            copy_.keep(project);
+        } catch (const GenericError&) {
+            // Its error stands in the log; the next change tries again.
+        }
+    });
+}
+
+void RecoveryKeeper::stop() {
+    stopped_ = true;
+    if (writing_.valid()) writing_.wait();
+    copy_.drop();
+}
+
+}  // namespace vyn

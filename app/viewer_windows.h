@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <string>
+#include <vector>
+
+#include "core/worker.h"
+
+namespace vyn {
+
+class VynFieldViewer;
+
+/// The viewers that are open: one for each image.
+class ViewerWindows : public QObject {
+    Q_OBJECT
+  public:
+    explicit ViewerWindows(Worker& worker, QObject* parent = nullptr);
+    ~ViewerWindows() override;
+
+    /// Opens a viewer of an image of the list, or raises the one that there is.
+    void show(const std::string& name, bool flag, const QString& title);
+    void mark(const std::string& name, bool out_of_date, const QString& why);
+    void close_all();
+
+  private:
+    VynFieldViewer* find(const std::string& name) const;
+
+    Worker& worker_;
+    std::vector<QPointer<VynFieldViewer>> viewers_;
+};
+
+}  // namespace vyn

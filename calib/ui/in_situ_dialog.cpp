@@ -1,0 +1,207 @@
+#include "calib/ui/in_situ_dialog.h"
+
+#include <QBoxLayout>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QToolButton>
+#include <filesystem>
+
+#include "api/image_list.h"
+#include "calib/ui/calibration_results.h"
+#include "calib/ui/unit_lists.h"
+#include "core/keys.h"
+#include "core/log.h"
+#include "core/ui/busy_box.h"
+#include "core/ui/command.h"
+#include "core/ui/form_grid.h"
+#include "core/ui/icons.h"
+#include "markers/marker_files.h"
+#include "process/calibrate_task.h"
+#include "process/project_paths.h"
+#include "view/ui/field_view.h"
+#include "view/ui/field_viewer.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int first_column_chars = 40;
+
+QString caption() {
+    return QObject::tr("Calibration");
+}
+
+QToolButton* choose_button(const char* name, const QString& tip) {
+    auto* button = new QToolButton;
+    button->setObjectName(QLatin1String(name));
+    button->setIcon(vyn_icon(QStringLiteral("fileopen.png")));
+    button->setToolTip(tip);
+    return button;
+}
+
+template <class Edit>
+Edit* named(Edit* edit, const char* name) {
+    edit->setObjectName(QLatin1String(name));
+    return edit;
+}
+
+}  // namespace
+
+form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
+    : QDialog(parent),
+      worker_(worker),
+      edt_mrk_file(named(new QLineEdit, "edt_mrk_file")),
+      edt_cal_file(named(new QLineEdit, "edt_cal_file")),
+      cmb_order(named(new QComboBox, "cmb_order")),
+      edt_p_units(named(new QLineEdit, "edt_p_units")),
+      spn_approx(named(new QSpinBox, "spn_approx")) {
+    setWindowTitle(tr("In-situ calibration"));
+    const InSituOptions defaults;
+    cmb_order->addItems({tr("1 term: constant"), tr("2 terms: linear"), tr("3 terms: quadratic")});
+    cmb_order->setCurrentIndex(defaults.terms - 1);
+    edt_p_units->setText(QString::fromStdString(defaults.pressure_unit));
+    offer_names(*edt_p_units, unit_list(pressure_unit_names()));
+    spn_approx->setRange(0, max_bitmap_side);
+    spn_approx->setValue(defaults.side);
+    edt_mrk_file->setMinimumWidth(first_column_chars * fontMetrics().averageCharWidth());
+    edt_cal_file->setPlaceholderText(tr("none: the law is stored in the project only"));
+
+    QToolButton* markers =
+        choose_button("btn_select_markers", tr("Choose the marker file with the ports"));
+    QToolButton* calibration =
+        choose_button("btn_select_cal", tr("Choose the file to save the law to"));
+    auto* rows = new FormGrid;
+    rows->add_row(tr("Pressure Ports:"), edt_mrk_file, markers);
+    rows->add_row(tr("Calibration file:"), edt_cal_file, calibration);
+    rows->add_row(tr("Approximation order:"), cmb_order);
+    rows->add_row(tr("Pressure Unit:"), edt_p_units);
+    rows->add_row(tr("Approximation area:"), spn_approx, tr("px"));
+
+    auto* show = named(new QPushButton(tr("&Show ports")), "btn_show_ports");
+    show->setToolTip(tr("Shows the ports on the ratio image with the squares that are averaged"));
+    auto* calculate = named(new QPushButton(tr("Calculate")), "btn_calculate");
+    auto* cancel = named(new QPushButton(tr("Cancel")), "btn_cancel");
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(show);
+    buttons->addStretch();
+    buttons->addWidget(calculate);
+    buttons->addWidget(cancel);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(rows);
+    layout->addStretch();
+    layout->addLayout(buttons);
+    calculate->setDefault(true);
+
+    connect(markers, &QToolButton::clicked, this, &form_calibr_single::select_markers);
+    connect(calibration, &QToolButton::clicked, this, &form_calibr_single::select_calibration);
+    connect(show, &QPushButton::clicked, this, &form_calibr_single::show_ports);
+    connect(calculate, &QPushButton::clicked, this, &form_calibr_single::btn_calculate_clicked);
+    connect(cancel, &QPushButton::clicked, this, &form_calibr_single::reject);
+    connect(edt_mrk_file, &QLineEdit::editingFinished, this, &form_calibr_single::refresh_ports);
+    connect(spn_approx, qOverload<int>(&QSpinBox::valueChanged), this,
+            &form_calibr_single::refresh_ports);
+}
+
+form_calibr_single::~form_calibr_single() {
+    edt_mrk_file->disconnect(this);  // it loses the focus when the window goes
+    delete viewer_;                  // before the ports that it draws
+}
+
+InSituOptions form_calibr_single::options() const {
+    return {.terms = cmb_order->currentIndex() + 1,
+            .side = spn_approx->value(),
+            .pressure_unit = edt_p_units->text().toStdString()};
+}
+
+void form_calibr_single::select_markers() {
+    const std::string file =
+        ask_open_file(this, {tr("Pressure Ports"),
+                             tr("Markers (*.mrk *.xml *.txt *.dat);;All files (*)"),
+                             {},
+                             output_folder(vyn_db()).string()});
+    if (file.empty()) return;
+    edt_mrk_file->setText(QString::fromStdString(file));
+    refresh_ports();
+}
+
+void form_calibr_single::select_calibration() {
+    const std::string file =
+        ask_save_file(this, {tr("Vyn Paint Calibration"), tr("Paint calibration (*.clb)"),
+                             QStringLiteral("clb"), output_folder(vyn_db()).string()});
+    if (file.empty()) return;
+    agreed_file_ = file;
+    edt_cal_file->setText(QString::fromStdString(file));
+}
+
+void form_calibr_single::show_ports() {
+    if (!get_images().find(image_names::ratio)) {
+        report_failure(this, caption(), tr("I/Iref image doesn't exists"));
+        return;
+    }
+    if (!viewer_) {
+        viewer_ =
+            new VynFieldViewer(worker_, image_names::ratio, /*flag=*/false, tr("I/Iref"), this);
+        viewer_->view().add_overlay(&ports_);
+    }
+    refresh_ports();
+    viewer_->show();
+    viewer_->raise();
+}
+
+void form_calibr_single::refresh_ports() {
+    if (!viewer_) return;
+    MarkerSet ports;
+    const auto ratio = get_images().find(image_names::ratio);
+    const std::string file = edt_mrk_file->text().toStdString();
+    attempt(this, caption(), [&] {
+        if (!file.empty()) read_markers(file, ports, ratio ? ratio->height() : 0);
+    });
+    ports_.set_ports(std::move(ports), spn_approx->value());
+    viewer_->view().update();
+}
+
+void form_calibr_single::btn_calculate_clicked() {
+    const std::string port_file = edt_mrk_file->text().toStdString();
+    const auto outcome = std::make_shared<InSituOutcome>();
+    const auto job = std::make_shared<Job>();
+    job->append(std::make_unique<CalibrateTask>(port_file, options(), outcome));
+    if (!busy_box_) busy_box_ = new QBusyBox(worker_, this);
+    if (busy_box_->run(job) != TaskOutcome::done) return;
+    if (!outcome->calibration) {
+        QMessageBox::warning(this, caption(), QString::fromStdString(outcome->warning));
+        return;
+    }
+    VynCalResults results(vyn_db(), this);
+    results.show_calibration(port_file, PortSelection(std::move(*outcome->calibration), options()));
+    if (results.exec() != QDialog::Accepted) {
+        reject();
+        return;
+    }
+    if (store(results.paint(), results.wind_off_ratio())) accept();
+}
+
+bool form_calibr_single::may_replace(const std::string& file) {
+    std::error_code ignored;
+    if (file.empty() || file == agreed_file_ || !std::filesystem::exists(file, ignored))
+        return true;
+    return QMessageBox::question(this, caption(),
+                                 tr("%1 exists. Replace it?").arg(QString::fromStdString(file))) ==
+           QMessageBox::Yes;
+}
+
+bool form_calibr_single::store(const paintFeatures& paint, const std::string& wind_off_ratio) {
+    const std::string file = edt_cal_file->text().toStdString();
+    if (!may_replace(file)) return false;
+    if (!attempt(this, caption(), [&] { write_paint_calibration(file, paint); })) return false;
+    write(vyn_db(), std::string(keys::sens_paint), paint);
+    write(vyn_db(), keys::convert_wind_off_ratio, wind_off_ratio);
+    get_log().write(4, "Calibration stored in the project" +
+                           (file.empty() ? std::string() : " and in " + file));
+    return true;
+}
+
+}  // namespace vyn

@@ -1,0 +1,16 @@
+#include "core/user_folders.h"
+
+#include <cstdlib>
+
+namespace vyn {
+
+std::filesystem::path state_folder() {
+    // A relative path in the variable is to be ignored (XDG base directory specification).
+    if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state == '/')
+        return std::filesystem::path(state) / "vynlite";
+    if (const char* home = std::getenv("HOME"); home && *home)
+        return std::filesystem::path(home) / ".local/state/vynlite";
+    return {};
+}
+
+}  // namespace vyn

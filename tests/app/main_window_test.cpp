@@ -1,0 +1,164 @@
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QSettings>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextBrowser>
+#include <QToolBar>
+#include <thread>
+
+#include "api/image_list.h"
+#include "app/appearance.h"
+#include "app/experiment_page.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/log.h"
+#include "core/messages.h"
+#include "core/project_file.h"
+#include "process/ims.h"
+#include "tests/app/app_fixture.h"
+
+namespace vyn::test {
+namespace {
+
+class MainWindow : public AppTest {
+  protected:
+    /// A project without images, opened.
+    void open_project() {
+        simpleNamedDataSet data;
+        write(data, keys::test_single, 1);
+        save_xml(data, (folder / "point.xml").c_str());
+        window->open_files({QString::fromStdString((folder / "point.xml").string())});
+    }
+};
+
+TEST_F(MainWindow, StartsWithTheLogAloneAndNothingToSave) {
+    EXPECT_EQ(window->objectName(), QStringLiteral("VynLite"));
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Vyn Lite[*]"));
+    const auto& tasks = child<QTabWidget>("vyn_tasks");
+    ASSERT_EQ(tasks.count(), 1);
+    EXPECT_EQ(tasks.tabText(0), QStringLiteral("Log"));
+    EXPECT_EQ(tasks.widget(0)->objectName(), QStringLiteral("VYN log!"));
+    EXPECT_EQ(get_ims().version, "2.51");
+    EXPECT_FALSE(action("fileSaveAction").isEnabled());
+    EXPECT_FALSE(action("fileSaveAsAction").isEnabled());
+    EXPECT_FALSE(action("calculateCalculate_AllAction").isEnabled());
+    EXPECT_TRUE(action("fileOpenAction").isEnabled());
+    EXPECT_EQ(action("helpManualAction").shortcut(), QKeySequence(Qt::Key_F1));
+    EXPECT_EQ(action("fileSaveAsAction").shortcut(), QKeySequence());
+    EXPECT_EQ(action("fileExitAction").toolTip(), QStringLiteral("Exit the programm"));
+    EXPECT_EQ(action("fileNewAction").text(), QStringLiteral("&New"));
+    EXPECT_TRUE(window->close());
+}
+
+TEST_F(MainWindow, ANameTypedWithReturnBecomesTheProjectsFile) {
+    auto& edit = child<QLineEdit>("dir_edit");
+    edit.setFocus();
+    QTest::keyClicks(&edit, QString::fromStdString((folder / "typed.xml").string()));
+    EXPECT_FALSE(action("fileSaveAction").isEnabled());
+    QTest::keyClick(&edit, Qt::Key_Return);
+    EXPECT_EQ(read(vyn_db(), keys::head_file), (folder / "typed.xml").string());
+    EXPECT_TRUE(action("fileSaveAction").isEnabled());
+    EXPECT_TRUE(window->isWindowModified());
+    EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("typed.xml[*]")));
+    QTest::keyClick(&edit, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&edit, Qt::Key_Delete);
+    QTest::keyClick(&edit, Qt::Key_Return);
+    EXPECT_EQ(read(vyn_db(), keys::head_file), "");
+    EXPECT_FALSE(action("fileSaveAction").isEnabled());
+    ASSERT_TRUE(window->experiment_page());
+    EXPECT_FALSE(window->experiment_page()->isEnabled());
+}
+
+TEST_F(MainWindow, NoOnTheCloseCheckKeepsTheWindow) {
+    open_project();
+    ASSERT_TRUE(window->experiment_page());
+    EXPECT_EQ(child<QTabWidget>("vyn_tasks").currentWidget(), window->experiment_page());
+    press(QStringLiteral("Warning!"), QStringLiteral("No"));
+    EXPECT_FALSE(window->close());
+    EXPECT_TRUE(window->isVisible());
+    expect_dialog(QStringLiteral("Warning!"),
+                  [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(shown.substr(0, 51), "All unsaved data will be lost!\nOk to continue?All u");
+    press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
+    EXPECT_TRUE(window->close());
+    EXPECT_TRUE(all_answered());
+}
+
+TEST_F(MainWindow, QuestionsAreYesOnlyWhenYesIsPressed) {
+    press(QStringLiteral("VynLite"), QStringLiteral("Yes"));
+    EXPECT_TRUE(vyn::question("Are <b>these</b> pairs right?"));
+    press(QStringLiteral("VynLite"), QStringLiteral("No"));
+    EXPECT_FALSE(vyn::question("?"));
+    expect_dialog(QStringLiteral("VynLite"),
+                  [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    EXPECT_FALSE(vyn::question("?"));
+    press(QStringLiteral("VynLite"), QStringLiteral("OK"));
+    vyn::message("Told.");
+    EXPECT_TRUE(all_answered());
+}
+
+TEST_F(MainWindow, ErrorsShowInRedOnTheLogPage) {
+    const FileError error("unit", 1, "File error!", "lost.tif");
+    auto& log = child<QTextBrowser>("VYN log!");
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return log.toPlainText().contains(QStringLiteral("lost.tif")); }, 2000));
+    QTextCursor cursor = log.document()->find(QStringLiteral("lost.tif"));
+    EXPECT_EQ(cursor.charFormat().foreground().color(), QColor(Qt::red));
+}
+
+TEST_F(MainWindow, RemovingImsDataEmptiesTheImagesAfterAQuestion) {
+    open_project();
+    image picture(4, 4);
+    picture.name = "field_P";
+    get_images().add(std::move(picture));
+    get_ims().version = "2.51";
+    get_ims().project = "text";
+    press(QStringLiteral("Remove all IMS data"), QStringLiteral("No"));
+    action("removeImsDataAction").trigger();
+    EXPECT_TRUE(get_images().find("field_P"));
+    press(QStringLiteral("Remove all IMS data"), QStringLiteral("Yes"));
+    action("removeImsDataAction").trigger();
+    EXPECT_TRUE(get_images().names().empty());
+    EXPECT_TRUE(empty_ims());
+    EXPECT_EQ(get_ims().version, "2.51");
+    vyn_db().set_modified(false);
+}
+
+TEST_F(MainWindow, RemembersGeometryAndPalette) {
+    window->resize(777, 555);
+    window->close();
+    start();
+    EXPECT_EQ(window->size(), QSize(777, 555));
+    choose_appearance(Appearance::dark);
+    EXPECT_EQ(chosen_appearance(), Appearance::dark);
+    EXPECT_LT(window->palette().color(QPalette::Window).lightness(), 100);
+    EXPECT_GT(window->palette().color(QPalette::Text).lightness(), 150);
+    choose_appearance(Appearance::system);
+}
+
+TEST_F(MainWindow, EveryMenuEntryIsReachableByKeyboardAndNamed) {
+    int entries = 0;
+    std::function<void(const QMenu&)> check = [&](const QMenu& menu) {
+        QStringList mnemonics;
+        for (QAction* entry : menu.actions()) {
+            if (entry->isSeparator()) continue;
+            ++entries;
+            const QString text = entry->text();
+            const auto at = text.indexOf(QLatin1Char('&'));
+            ASSERT_GE(at, 0) << text.toStdString();
+            const QString letter = text.mid(at + 1, 1).toLower();
+            EXPECT_FALSE(mnemonics.contains(letter)) << text.toStdString();
+            mnemonics.append(letter);
+            if (entry->menu()) check(*entry->menu());
+        }
+    };
+    for (QAction* entry : window->menuBar()->actions())
+        check(*entry->menu());
+    EXPECT_GE(entries, 14);
+}
+
+}  // namespace
+}  // namespace vyn::test

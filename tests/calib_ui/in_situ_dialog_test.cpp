@@ -1,0 +1,302 @@
+#include "calib/ui/in_situ_dialog.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTest>
+#include <QTextEdit>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <qwt_plot_curve.h>
+
+#include "calib/ui/calibration_plot.h"
+#include "calib/ui/calibration_results.h"
+#include "calib/ui/port_table.h"
+#include "core/keys.h"
+#include "markers/marker_files.h"
+#include "process/chain.h"
+#include "process/project_tasks.h"
+#include "process/synthetic_point.h"
+#include "tests/cli/program.h"
+#include "tests/support/dialog_checks.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/modal_driver.h"
+#include "tests/support/project_fixture.h"
+#include "view/ui/field_view.h"
+#include "view/ui/field_viewer.h"
+
+namespace vyn::test {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+const std::string tree(keys::sens_paint);
+
+/// The dialog over an open synthetic point whose ratio image is computed.
+class InSitu : public ProjectTest {
+  protected:
+    static void SetUpTestSuite() {
+        sample = new TemporaryFolder;
+        register_plugins("*.2dio");
+        Progress no_progress;
+        write_synthetic_point(make_synthetic_point({.width = 320, .height = 240}, no_progress),
+                              sample->path(), no_progress);
+    }
+    static void TearDownTestSuite() {
+        delete sample;
+        sample = nullptr;
+    }
+
+    InSitu() {
+        EXPECT_EQ(
+            run(ReadProjectTask(
+                {.file = project(), .geometry = ReadProject::Geometry::leave_out, .settings = {}})),
+            TaskOutcome::done);
+        EXPECT_EQ(run(*calculate_ratio(vyn_db(), get_images(), std::make_shared<RunReport>())),
+                  TaskOutcome::done);
+        vyn_db().set_modified(false);
+        set_ports(port_file());
+        child<QLineEdit>(dialog, "edt_cal_file").setText(QString::fromStdString(law_file));
+        child<QLineEdit>(dialog, "edt_p_units").setText(QStringLiteral("Pa"));
+    }
+
+    static std::filesystem::path project() { return *sample / "project.xml"; }
+    static std::string port_file() { return *sample / "ports.mrk"; }
+    void set_ports(const std::string& file) {
+        child<QLineEdit>(dialog, "edt_mrk_file").setText(QString::fromStdString(file));
+    }
+    void calculate() { child<QPushButton>(dialog, "btn_calculate").click(); }
+
+    static paintFeatures stored() {
+        paintFeatures paint;
+        read(vyn_db(), tree, paint);
+        return paint;
+    }
+    /// What the command line fits to the same ports.
+    nlohmann::json by_command_line(const std::string& ports) {
+        const ProgramRun done =
+            run_program({"calibrate", project(), "--ports", ports, "--terms", "3", "--area", "5",
+                         "--unit", "Pa", "--report", folder / "report.json", "--quiet", "--force"});
+        EXPECT_EQ(done.status, 0) << done.err;
+        return nlohmann::json::parse(get_file(folder / "report.json"))["calibration"];
+    }
+    static void expect_law(const paintFeatures& paint, const nlohmann::json& calibration) {
+        EXPECT_EQ(paint.gamma[0][0], calibration["coefficients"]["gamma11"].get<double>());
+        EXPECT_EQ(paint.gamma[1][0], calibration["coefficients"]["gamma21"].get<double>());
+        EXPECT_EQ(paint.gamma[2][0], calibration["coefficients"]["gamma31"].get<double>());
+    }
+    static QPoint place_of(const CalibrationPlot& plot, double ratio, double pressure) {
+        return {static_cast<int>(std::lround(plot.transform(QwtPlot::xBottom, ratio))),
+                static_cast<int>(std::lround(plot.transform(QwtPlot::yLeft, pressure)))};
+    }
+
+    inline static TemporaryFolder* sample = nullptr;
+    const std::string law_file = folder / "law.clb";
+    Worker worker;
+    form_calibr_single dialog{worker};
+    ModalDriver driver;
+};
+
+TEST_F(InSitu, AcceptStoresTheLawOfTheCommandLine) {
+    EXPECT_EQ(dialog.windowTitle(), QStringLiteral("In-situ calibration"));
+    EXPECT_EQ(child<QComboBox>(dialog, "cmb_order").count(), 3);
+    driver.expect<VynCalResults>([](VynCalResults& results) {
+        const QString summary = child<QLabel>(results, "summary").text();
+        EXPECT_TRUE(summary.startsWith(QStringLiteral("<center>gamma11=<b>")));
+        EXPECT_TRUE(summary.endsWith(QStringLiteral("<br> Save results?</center>")));
+        const QString meaning = child<QTextEdit>(results, "meaning").toPlainText();
+        EXPECT_TRUE(meaning.contains(QStringLiteral("fa = "))) << meaning.toStdString();
+        EXPECT_TRUE(meaning.contains(QStringLiteral("enters the law as Pa")));
+        QTest::mouseClick(&child<QPushButton>(results, "accept_btn"), Qt::LeftButton);
+    });
+    calculate();
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    const nlohmann::json calibration = by_command_line(port_file());
+    expect_law(stored(), calibration);
+    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "law");
+    paintFeatures in_file;
+    ASSERT_EQ(read_paint_calibration(law_file, in_file), RecordOutcome::done);
+    EXPECT_EQ(in_file.pressure_unit, "Pa");
+    EXPECT_NEAR(in_file.gamma[0][0], stored().gamma[0][0], 1e-9 * std::abs(in_file.gamma[0][0]));
+}
+
+TEST_F(InSitu, RejectStoresNothing) {
+    const auto before = vyn_db().revision();
+    driver.expect<VynCalResults>([](VynCalResults& results) {
+        child<QCheckBox>(results, "unity").setChecked(true);
+        EXPECT_TRUE(child<QTextEdit>(results, "meaning")
+                        .toPlainText()
+                        .contains(QStringLiteral("fa = 1 (unity)")));
+        child<QPushButton>(results, "reject_btn").click();
+    });
+    calculate();
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_EQ(vyn_db().revision(), before);
+    EXPECT_FALSE(std::filesystem::exists(law_file));
+}
+
+TEST_F(InSitu, AClickTakesAPortOutAndPutsItBack) {
+    const nlohmann::json all = by_command_line(port_file());
+    MarkerSet ports;
+    ASSERT_TRUE(read_markers(port_file(), ports, 240));
+    const int out = 2;
+    for (Marker& port : ports.markers)
+        if (port.id == all["ports"][out]["number"]) port.active = false;
+    const std::string fewer = folder / "fewer.mrk";
+    ASSERT_TRUE(write_markers(fewer, ports));
+    const nlohmann::json without = by_command_line(fewer);
+    ASSERT_NE(all["coefficients"], without["coefficients"]);
+
+    driver.expect<VynCalResults>([&](VynCalResults& results) {
+        auto& plot = child<CalibrationPlot>(results, "calibration_plot");
+        const auto click = [&] {
+            QTest::mouseClick(
+                plot.canvas(), Qt::LeftButton, {},
+                place_of(plot, all["ports"][out]["ratio"], all["ports"][out]["pressure"]));
+        };
+        const QString summary = child<QLabel>(results, "summary").text();
+        click();
+        expect_law(results.paint(), without);
+        EXPECT_NE(child<QLabel>(results, "summary").text(), summary);
+        click();
+        expect_law(results.paint(), all);
+        EXPECT_EQ(child<QLabel>(results, "summary").text(), summary);
+        // The same from the table, then stored with fa = 1.
+        child<PortTable>(results, "port_table").item(out, 0)->setCheckState(Qt::Unchecked);
+        child<QCheckBox>(results, "unity").setChecked(true);
+        child<QPushButton>(results, "accept_btn").click();
+    });
+    calculate();
+    expect_law(stored(), without);
+    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "unity");
+}
+
+TEST_F(InSitu, SaveWritesThePortsAndTheCurveHasAHundredSteps) {
+    const std::string csv = folder / "ports.csv";
+    driver.expect<VynCalResults>([&](VynCalResults& results) {
+        driver.expect([&](QDialog& files) { choose_file(files, csv); });
+        QPushButton& save = child<QPushButton>(results, "save_btn");
+        EXPECT_EQ(save.toolTip(), QStringLiteral("Save Calibration information into CVS file"));
+        save.click();
+        for (QwtPlotItem* item : child<CalibrationPlot>(results, "calibration_plot").itemList())
+            if (item->title().text() == QLatin1String("Fitting")) {
+                EXPECT_EQ(dynamic_cast<QwtPlotCurve&>(*item).dataSize(), 101U);
+            }
+        results.reject();
+    });
+    calculate();
+    const std::string text = get_file(csv);
+    EXPECT_TRUE(text.starts_with("Number,I0/I,P\n"));
+    const auto lines = std::count(text.begin(), text.end(), '\n');
+    EXPECT_EQ(static_cast<std::size_t>(lines), by_command_line(port_file())["ports"].size() + 1);
+}
+
+TEST_F(InSitu, AFileThatCannotBeWrittenKeepsEverything) {
+    child<QLineEdit>(dialog, "edt_cal_file").setText(QStringLiteral("/nowhere/law.clb"));
+    const auto before = vyn_db().revision();
+    driver.expect<VynCalResults>([](VynCalResults& results) { results.accept(); });
+    dialog.show();
+    calculate();
+    EXPECT_TRUE(dialog.isVisible());
+    ASSERT_EQ(driver.boxes.size(), 1U);
+    EXPECT_EQ(driver.boxes[0].caption, "Calibration");
+    EXPECT_EQ(vyn_db().revision(), before);
+}
+
+TEST_F(InSitu, PortsAreDrawnOnTheRatioImage) {
+    dialog.show();
+    child<QPushButton>(dialog, "btn_show_ports").click();
+    auto* viewer = dialog.findChild<VynFieldViewer*>();
+    ASSERT_NE(viewer, nullptr);
+    EXPECT_EQ(viewer->image_name(), "Iref");
+    MarkerSet ports;
+    ASSERT_TRUE(read_markers(port_file(), ports, 240));
+    VynFieldView& view = viewer->view();
+    view.set_transform({.zoom = 8,
+                        .origin = QPointF(ports.markers[0].x, ports.markers[0].y) -
+                                  QPointF(view.width(), view.height()) / 16});
+    const auto seen_with = [&](int side) {
+        child<QSpinBox>(dialog, "spn_approx").setValue(side);
+        return view.grab().toImage();
+    };
+    const QImage wide = seen_with(9);
+    const QImage narrow = seen_with(1);
+    // The upper edge of the first port's square, where the narrow one has nothing.
+    const Marker& port = ports.markers[0];
+    const QPointF corner =
+        view.transform().to_widget({std::trunc(port.x - 4) - 0.5, std::trunc(port.y - 4) - 0.5});
+    const int y = static_cast<int>(std::lround(corner.y()));
+    int drawn = 0;
+    for (int x = 0; x < 9 * 8; ++x) {
+        const int column = static_cast<int>(std::lround(corner.x())) + x;
+        drawn += wide.pixel(column, y) != narrow.pixel(column, y);
+    }
+    EXPECT_EQ(drawn, 9 * 8);
+}
+
+struct BadPorts {
+    const char* name;
+    const char* file;
+    const char* text;
+    const char* warning;
+    const char* line;
+};
+
+class InSituFailure : public InSitu, public testing::WithParamInterface<BadPorts> {};
+
+TEST_P(InSituFailure, IsSaidInABoxAndInTheLog) {
+    const BadPorts& c = GetParam();
+    const std::string file = folder / c.file;
+    if (c.text) put_file(file, c.text);
+    set_ports(file);
+    const auto before = vyn_db().revision();
+    const LogCapture log;
+    calculate();
+    ASSERT_EQ(driver.boxes.size(), 1U);
+    EXPECT_EQ(driver.boxes[0].caption, "Calibration");
+    EXPECT_EQ(driver.boxes[0].text, c.warning);
+    EXPECT_THAT(log.lines(), Contains(HasSubstr(c.line)));
+    EXPECT_EQ(vyn_db().revision(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ports, InSituFailure,
+    testing::Values(
+        BadPorts{"missing", "none.mrk", nullptr, "Error Reading Markers",
+                 "Calibration file doesn't exists:"},
+        BadPorts{"empty", "empty.mrk",
+                 "<?xml version=\"1.0\"?><ObjectMarkers><NodesNumber>0</NodesNumber>"
+                 "<Function id=\"x\"></Function><Function id=\"y\"></Function></ObjectMarkers>",
+                 "Markers file empty", "Calibration file doesn't have any markers:"},
+        BadPorts{"no_pressures", "bare.mrk",
+                 "<?xml version=\"1.0\"?><ObjectMarkers><NodesNumber>2</NodesNumber>"
+                 "<Function id=\"x\">90 91</Function><Function id=\"y\">90 91</Function>"
+                 "</ObjectMarkers>",
+                 "Markers file doesn't have pressure information",
+                 "Calibration file doesn't have Pressure information:"}),
+    [](const auto& instance) { return std::string(instance.param.name); });
+
+TEST_F(InSitu, WithoutARatioImageNothingIsFitted) {
+    get_images().clear();
+    calculate();
+    ASSERT_EQ(driver.boxes.size(), 1U);
+    EXPECT_EQ(driver.boxes[0].text, "I/Iref image doesn't exists");
+}
+
+TEST(CalibrationResults, VectorsOfDifferentLengthAreReported) {
+    simpleNamedDataSet settings;
+    VynCalResults results(settings);
+    const LogCapture log;
+    EXPECT_FALSE(results.set_data({1, 2}, {1, 2}, {1}, {}));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("VynCalResult:different pts and data sizes!")));
+    EXPECT_TRUE(results.set_data({1, 1}, {1, 2}, {1, 2}, {1, 0, 0}));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("VynCalResult:curve fitting incomplete!")));
+}
+
+}  // namespace
+}  // namespace vyn::test
