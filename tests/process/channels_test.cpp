@@ -205,6 +205,7 @@ TEST_F(ChannelsTest, LifetimeNeedsNoWindOffPictures) {
 
     // The frame is that of wind-on: the truth moved along.
     const auto ratio = get_images().find(image_names::ratio);
+    EXPECT_EQ(ratio->markers.markers.size(), point.wind_on_markers.markers.size());
     const PaintCurve curve(point.paint, point.flow);
     const SyntheticScene scene(640, 480, point.options.seed);
     for (const Marker& port : point.ports.markers) {
