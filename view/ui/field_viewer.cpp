@@ -14,6 +14,7 @@
 #include "core/errors.h"
 #include "view/probe_text.h"
 #include "view/ui/advanced_fashion_dialog.h"
+#include "view/ui/edit_actions.h"
 #include "view/ui/field_viewer_parts.h"
 #include "view/ui/key_arbiter.h"
 
@@ -143,6 +144,7 @@ void VynFieldViewer::make_modes() {
     parts_->markers = new MarkerController(*this);
     parts_->graph = new GraphController(*this);
     parts_->region = new RegionController(*this);
+    new EditActions(*this, {parts_->markers, parts_->region});
 }
 
 void VynFieldViewer::connect_view() {

@@ -38,6 +38,8 @@ class VynFieldViewer : public QMainWindow {
     QMenu& marker_menu() const;
 
     const std::string& image_name() const;
+    /// The image of that name of the program's list, not one of a file.
+    bool shows_project_image(const std::string& name) const;
     PictureOrigin origin() const;
     bool is_camera_image() const { return origin() == PictureOrigin::camera; }
     /// The image shown; null when there is none.
