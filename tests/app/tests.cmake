@@ -1,9 +1,11 @@
 vyn_ui_tests(app
     SOURCES
         app_fixture.cpp
+        appearance_test.cpp
         help_test.cpp
         main_window_test.cpp
         pages_test.cpp
+        point_check_test.cpp
         program_test.cpp
         project_commands_test.cpp
         whole_point_test.cpp
