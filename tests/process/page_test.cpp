@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "markers/marker_files.h"
+#include "process/likely_places.h"
 #include "process/page_state.h"
 #include "process/page_steps.h"
 #include "process/project_tasks.h"
@@ -260,6 +261,25 @@ TEST_F(Page, RemarksCountSaturatedPixels) {
     get_images().add(std::move(bright));
     EXPECT_THAT(page_state(vyn_db(), get_images()).remarks,
                 Contains("Wind-Off: 2 pixels are saturated."));
+}
+
+TEST(LikelyPlaces, GoByTheWordsOfTheName) {
+    const auto places = [](ExperimentType type, const char* file) {
+        std::vector<std::string> stems;
+        for (const PageRow& row : likely_places(type, file))
+            stems.push_back(row.stem);
+        return stems;
+    };
+    using testing::ElementsAre;
+    constexpr auto single = ExperimentType::single;
+    constexpr auto binary = ExperimentType::binary;
+    EXPECT_THAT(places(single, "/a/off/run_17_wind-on.TIF"), ElementsAre("wind_on"));
+    EXPECT_THAT(places(single, "WindOff_dark.fits"), ElementsAre("wind_off_bkgr"));
+    EXPECT_THAT(places(single, "wind_off.mrk"), ElementsAre("wind_off_mark"));
+    EXPECT_THAT(places(single, "camera7.tif"), ElementsAre("wind_off", "wind_on"));
+    EXPECT_THAT(places(binary, "flat_ref.tif"), ElementsAre("flat_refe"));
+    EXPECT_THAT(places(binary, "off.tif"), ElementsAre("wind_off_sens", "wind_off_refe"));
+    EXPECT_THAT(places(binary, "ref on mask.png"), ElementsAre("wind_on_refe_mask"));
 }
 
 TEST(PageRows, TypesHaveTheirRowsAndLabels) {
