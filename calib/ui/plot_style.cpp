@@ -1,22 +1,14 @@
 #include "calib/ui/plot_style.h"
 
 #include <qwt_legend.h>
-#include <qwt_painter.h>
 #include <qwt_plot.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
-#include <qwt_scale_draw.h>
 #include <qwt_text.h>
 
 namespace vyn {
 
 void style_plot(QwtPlot& plot) {
-    // Points between pixels stay there: a smooth curve must not look like stairs.
-    QwtPainter::setRoundingAlignment(false);
-    // Plots above each other have their axes in line, however wide the labels are.
-    QwtScaleDraw* left = plot.axisScaleDraw(QwtPlot::yLeft);
-    left->setMinimumExtent(QFontMetrics(plot.font()).horizontalAdvance(QStringLiteral("-000000")) +
-                           left->maxTickLength() + left->spacing());
     const QPalette palette = plot.palette();
     plot.setCanvasBackground(palette.brush(QPalette::Base));
     if (auto* canvas = qobject_cast<QwtPlotCanvas*>(plot.canvas())) {

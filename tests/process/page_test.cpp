@@ -241,6 +241,7 @@ TEST(PageRows, TypesHaveTheirRowsAndLabels) {
     EXPECT_EQ(image_label(ExperimentType::binary, "wind_on_dark_sens"),
               "Wind-Off Sensitive background");
     EXPECT_EQ(image_label(ExperimentType::single, "wind_off_sens_cor"), "Wind-Off cerrected");
+    EXPECT_EQ(flat_rows(ExperimentType::lifetime).size(), 1u) << "one camera takes both gates";
     EXPECT_EQ(flat_rows(ExperimentType::binary)[1].input.file.path, "project/refe_cam/flat_file");
 }
 
