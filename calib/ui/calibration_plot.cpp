@@ -1,6 +1,7 @@
 #include "calib/ui/calibration_plot.h"
 
 #include <QMouseEvent>
+#include <QPolygonF>
 #include <QToolTip>
 
 #include <qwt_legend.h>
