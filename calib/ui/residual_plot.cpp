@@ -30,6 +30,7 @@ ResidualPlot::ResidualPlot(QWidget* parent) : QwtPlot(parent) {
     setObjectName(QStringLiteral("residual_plot"));
     style_plot(*this);
     set_plot_titles(*this, {}, tr("Io/I"), tr("Residual of P"));
+    setAxisMaxMajor(QwtPlot::yLeft, 4);
     insertLegend(new QwtLegend, QwtPlot::BottomLegend);
     auto* zero = new QwtPlotMarker;
     zero->setLineStyle(QwtPlotMarker::HLine);

@@ -2,6 +2,7 @@ vyn_tests(process
     SOURCES
         chain_test.cpp
         field_comparison_test.cpp
+        law_conditions_test.cpp
         new_point_test.cpp
         page_test.cpp
         project_test.cpp
