@@ -38,7 +38,7 @@ int& with_high_dpi(int& argc) {
 Application::Application(int& argc, char** argv) : QApplication(with_high_dpi(argc), argv) {
     setOrganizationName(QStringLiteral("vynlite"));
     setApplicationName(QStringLiteral("vynlite"));
-    setApplicationDisplayName(QStringLiteral("VynLite"));
+    setApplicationDisplayName(QStringLiteral("Vyn Lite"));
     setApplicationVersion(QLatin1String(program_version));
     setDesktopFileName(QStringLiteral("vynlite"));
     QSettings::setDefaultFormat(QSettings::IniFormat);

@@ -9,6 +9,7 @@
 #include "app/main_window.h"
 #include "app/messages.h"
 #include "core/errors.h"
+#include "core/log.h"
 #include "core/log_file.h"
 #include "core/messages.h"
 #include "core/user_folders.h"
@@ -53,6 +54,7 @@ void report(const GenericError& error) {
 
 void open_at_start(VynLiteForm& window, const QStringList& files) {
     QTimer::singleShot(0, &window, [&window, files] {
+        get_log().write(4, "The window is open");
         window.offer_lost_work();
         if (!files.isEmpty()) window.open_files(files);
     });

@@ -56,8 +56,6 @@ class VynLiteForm : public QMainWindow {
 
   private:
     struct Parts;
-    void make_center();
-    void make_bars();
     void connect_actions();
     void start_pages();
 

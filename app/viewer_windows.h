@@ -20,11 +20,14 @@ class ViewerWindows : public QObject {
 
     /// Opens a viewer of an image of the list, or raises the one that there is.
     void show(const std::string& name, bool flag, const QString& title);
+    /// Opens a viewer of an image file that belongs to no project.
+    void show_file(const QString& file);
     void mark(const std::string& name, bool out_of_date, const QString& why);
     void close_all();
 
   private:
     VynFieldViewer* find(const std::string& name) const;
+    VynFieldViewer* open(const std::string& name, bool flag, const QString& title);
 
     Worker& worker_;
     std::vector<QPointer<VynFieldViewer>> viewers_;

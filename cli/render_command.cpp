@@ -30,6 +30,7 @@ struct RenderOptions {
     std::string label;
     std::string title;
     std::string markers;
+    bool image_markers = false;
     bool force = false;
 };
 
@@ -84,10 +85,11 @@ ExitStatus render_file(const RenderOptions& options) {
     PictureOptions drawing;
     drawing.palette = chosen_palette(options.palette);
     image picture = read_image(options.source, progress);
-    if (!options.markers.empty()) {
+    if (!options.markers.empty())
         picture.markers = read_marker_file(options.markers, picture.height());
-        drawing.markers = true;
-    }
+    else if (options.image_markers && picture.markers.markers.empty())
+        throw UsageError("--image-markers: " + options.source + " carries no markers");
+    drawing.markers = options.image_markers || !options.markers.empty();
     drawing.limits = chosen_limits(options, picture, progress);
     drawing.scale = options.scale;
     drawing.colour_bar = options.colour_bar;
@@ -119,6 +121,8 @@ Work prepare_render(CLI::App& app, const GlobalOptions&) {
                    "text along the colour bar: quantity and unit, such as \"Pressure, Pa\"");
     app.add_option("--title", options->title, "text above the picture");
     app.add_option("--markers", options->markers, "draw the markers of this file, with numbers");
+    app.add_flag("--image-markers", options->image_markers,
+                 "draw the markers that the image itself carries, as field files do");
     app.add_flag("--force", options->force, "replace an existing file");
     return [options] { return render_file(*options); };
 }

@@ -62,6 +62,7 @@ std::shared_ptr<Job> plain_job(PageStep step, dataSetInterface& data, const imag
         case PageStep::save_field:
             return job_of(std::make_unique<SaveFieldTask>());
         case PageStep::in_situ:
+        case PageStep::check:
         case PageStep::count:
             break;
     }

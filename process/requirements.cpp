@@ -38,6 +38,8 @@ class Needs {
                 return pictures(all_pictures());
             case PageStep::save_field:
                 return images_.find(names::field) ? "" : "Field is not calculated!";
+            case PageStep::check:
+                return result(names::field);
             case PageStep::count:
                 break;
         }

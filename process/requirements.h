@@ -16,7 +16,8 @@ enum class PageStep {
     field,
     all,
     save_field,
-    in_situ,
+    in_situ,  ///< the dialog of the calibration at ports
+    check,    ///< the dialog on the finished point
     count
 };
 

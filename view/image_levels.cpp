@@ -1,11 +1,14 @@
 #include "view/image_levels.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "api/isa.h"
 #include "api/parallel.h"
+#include "view/kernels/level_kernels.h"
 
 namespace vyn {
+
+VYN_CHOOSE_KERNELS(LevelKernels, level_kernels)
 
 namespace {
 
@@ -13,20 +16,23 @@ namespace {
 template <class T>
 struct RowPair {
     RowPair(const Bitmap<T>& plane, int y)
-        : upper(plane.row(2 * y)), lower(plane.row(std::min(2 * y + 1, plane.height() - 1))) {}
-    const T* upper;
-    const T* lower;
+        : rows{plane.row(2 * y), plane.row(std::min(2 * y + 1, plane.height() - 1))} {}
+    const T* rows[2];
 };
 
-struct Cell {
-    float sum = 0;
-    int valid = 0;
+/// Sums and counts over the columns of two rows; the last column of an odd width stands for two.
+struct Columns {
+    explicit Columns(int width)
+        : n(width), sum(static_cast<std::size_t>(n) + 1), count(static_cast<std::size_t>(n) + 1) {}
 
-    void add(float value, std::uint8_t mask) {
-        const bool counts = (mask == 0) & (value - value == 0);  // false for NaN and infinity
-        sum += counts ? value : 0;
-        valid += counts;
+    void repeat_last() {
+        sum[static_cast<std::size_t>(n)] = sum[static_cast<std::size_t>(n) - 1];
+        count[static_cast<std::size_t>(n)] = count[static_cast<std::size_t>(n) - 1];
     }
+
+    int n;
+    std::vector<float> sum;
+    std::vector<float> count;
 };
 
 }  // namespace
@@ -71,34 +77,22 @@ ImageLevels::Reduced ImageLevels::halved(const Level& level, Progress& progress)
     Reduced half{Bitmap<float>(width, height), Bitmap<std::uint8_t>(width, height), {}};
     if (level.region) half.region = Bitmap<std::uint8_t>(width, height);
 
+    const LevelKernels& kernels = active_level_kernels();
     parallel_rows(height, 32, progress, [&](int y0, int y1) {
+        Columns columns(source_width);
+        float* const sum = columns.sum.data();
+        float* const count = columns.count.data();
         for (int y = y0; y < y1; ++y) {
             const RowPair<float> values(*level.values, y);
             const RowPair<std::uint8_t> mask(*level.mask, y);
-            float* const out = half.values.row(y);
-            std::uint8_t* const out_mask = half.mask.row(y);
-            const auto reduce = [&](int x, int left, int right) {
-                Cell cell;
-                cell.add(values.upper[left], mask.upper[left]);
-                cell.add(values.upper[right], mask.upper[right]);
-                cell.add(values.lower[left], mask.lower[left]);
-                cell.add(values.lower[right], mask.lower[right]);
-                out[x] = cell.sum / static_cast<float>(std::max(cell.valid, 1));
-                out_mask[x] = cell.valid < 2;
-            };
-            for (int x = 0; x < source_width / 2; ++x)
-                reduce(x, 2 * x, 2 * x + 1);
-            if (source_width % 2 != 0) reduce(width - 1, source_width - 1, source_width - 1);
+            kernels.sum_columns(values.rows, mask.rows, source_width, sum, count);
+            columns.repeat_last();
+            kernels.means(sum, count, width, half.values.row(y), half.mask.row(y));
             if (!level.region) continue;
             const RowPair<std::uint8_t> region(*level.region, y);
-            for (int x = 0; x < width; ++x) {
-                const int left = 2 * x;
-                const int right = std::min(left + 1, source_width - 1);
-                half.region.row(y)[x] = (region.upper[left] != 0) + (region.upper[right] != 0) +
-                                            (region.lower[left] != 0) +
-                                            (region.lower[right] != 0) >=
-                                        2;
-            }
+            kernels.count_columns(region.rows, source_width, count);
+            columns.repeat_last();
+            kernels.majority(count, width, half.region.row(y));
         }
     });
     return half;

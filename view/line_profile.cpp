@@ -1,5 +1,6 @@
 #include "view/line_profile.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -72,6 +73,32 @@ LineProfile sample_profile(const image& picture, Point from, Point to, int width
             {part * profile.length, place, band_mean(picture, place, across, width)});
     }
     return profile;
+}
+
+std::vector<std::span<const ProfileSample>> unbroken_parts(const LineProfile& profile) {
+    std::vector<std::span<const ProfileSample>> parts;
+    const std::span<const ProfileSample> all(profile.samples);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const std::size_t first = i;
+        while (i < all.size() && std::isfinite(all[i].value))
+            ++i;
+        if (i > first) parts.push_back(all.subspan(first, i - first));
+    }
+    return parts;
+}
+
+std::optional<double> value_at(const LineProfile& profile, double distance) {
+    if (!(distance >= 0 && distance <= profile.length)) return std::nullopt;
+    const std::size_t last = profile.samples.size() - 1;
+    const double at = last > 0 ? distance / profile.length * static_cast<double>(last) : 0;
+    const std::size_t i = std::min(static_cast<std::size_t>(at), last);
+    const std::size_t next = std::min(i + 1, last);
+    const double part = at - static_cast<double>(i);
+    const double value =
+        part > 0 ? (1 - part) * profile.samples[i].value + part * profile.samples[next].value
+                 : profile.samples[i].value;
+    if (!std::isfinite(value)) return std::nullopt;
+    return value;
 }
 
 std::string profile_csv(std::span<const LineProfile> profiles) {

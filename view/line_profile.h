@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -34,6 +35,13 @@ inline constexpr int widest_profile = 1001;
 /// outside. Raises AlgoError for positions that are not finite, a line too long or a width out of
 /// range.
 LineProfile sample_profile(const image& picture, Point from, Point to, int width);
+
+/// The stretches of a profile between its gaps; they live as long as the profile.
+std::vector<std::span<const ProfileSample>> unbroken_parts(const LineProfile& profile);
+
+/// The value at a distance from the line's start, linear between two samples; nothing in a gap or
+/// beyond the line.
+std::optional<double> value_at(const LineProfile& profile, double distance);
 
 /// The profiles below each other as comma-separated values with one head line: line, distance, x,
 /// y, value; a gap has an empty value. Numbers read back to the same bits.

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <set>
 
 #include "core/errors.h"
+#include "view/marker_numbers.h"
 
 namespace vyn {
 
@@ -36,7 +35,7 @@ void MarkerEdit::add(Point place) {
     Marker marker;
     marker.x = place.x;
     marker.y = place.y;
-    marker.id = free_number();
+    marker.id = next_free_number(set_);
     MarkerSet header = header_of(set_);
     header.hasX = header.hasY = true;
     change(count(), 0, {marker}, std::move(header));
@@ -177,19 +176,6 @@ void MarkerEdit::put(std::size_t first, std::size_t count, const std::vector<Mar
 
 void MarkerEdit::change_one(std::size_t index, const Marker& marker) {
     if (marker != at(index)) change(index, 1, {marker}, header_of(set_));
-}
-
-/// One more than the largest number, or the first gap where that is the largest integer.
-std::int32_t MarkerEdit::free_number() const {
-    std::set<std::int32_t> numbers;
-    for (const Marker& marker : set_.markers)
-        if (marker.id > 0) numbers.insert(marker.id);
-    if (numbers.empty()) return 1;
-    if (*numbers.rbegin() < std::numeric_limits<std::int32_t>::max()) return *numbers.rbegin() + 1;
-    std::int32_t number = 1;
-    while (numbers.contains(number))
-        ++number;
-    return number;
 }
 
 std::string lost_in_text_format(const MarkerSet& set) {

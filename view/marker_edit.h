@@ -73,7 +73,6 @@ class MarkerEdit {
     void put(std::size_t first, std::size_t count, const std::vector<Marker>& markers,
              const MarkerSet& header);
     void change_one(std::size_t index, const Marker& marker);
-    std::int32_t free_number() const;
 
     MarkerSet set_;
     History<Step> history_;

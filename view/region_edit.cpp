@@ -63,6 +63,7 @@ PixelRuns RegionEdit::changes(const Step& step, RegionAction action, const Pixel
     const std::vector<std::uint8_t> made(drawn.size(), step.filled);
     auto run = runs.begin();
     for (int y = 0; y < picture_.height(); ++y) {
+        if (action != RegionAction::only && (run == runs.end() || run->y != y)) continue;
         std::fill(drawn.begin(), drawn.end(), std::uint8_t{0});
         for (; run != runs.end() && run->y == y; ++run)
             std::fill(drawn.begin() + run->first, drawn.begin() + run->last, std::uint8_t{1});

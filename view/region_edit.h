@@ -45,6 +45,8 @@ class RegionEdit {
     bool can_redo() const { return history_.can_redo(); }
     void undo();
     void redo();
+    /// Names the present planes; undo and redo come back to it.
+    std::uint64_t state() const { return history_.state(); }
 
   private:
     /// The pixels that changed sides.

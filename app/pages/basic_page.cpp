@@ -18,8 +18,10 @@
 #include "app/pages/results_list.h"
 #include "app/pages/saturation_row.h"
 #include "app/pages/step_group.h"
+#include "app/point_check_dialog.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/convert_dialog.h"
+#include "calib/ui/in_situ_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/test_dialog.h"
 #include "process/likely_places.h"
@@ -211,8 +213,32 @@ TaskOutcome BasicPage::run(const std::shared_ptr<Job>& job) {
     return outcome;
 }
 
-void BasicPage::run_step(PageStep step) {
+/// A single step adds to what the steps before it reported.
+std::shared_ptr<RunReport> BasicPage::report_for(PageStep step) const {
     auto report = std::make_shared<RunReport>();
+    if (!report_ || (step != PageStep::ratio && step != PageStep::field)) return report;
+    *report = *report_;
+    report->warnings.clear();
+    if (step == PageStep::ratio) {
+        report->aligned.reset();
+        report->alignment.reset();
+        report->channels.reset();
+    }
+    return report;
+}
+
+void BasicPage::open_in_situ() {
+    form_calibr_single(worker_, this).exec();
+    watcher_->look();
+    Q_EMIT project_changed();
+}
+
+void BasicPage::run_step(PageStep step) {
+    if (step == PageStep::in_situ) return open_in_situ();
+    if (step == PageStep::check)
+        return show_point_check(busy_box(), report_ ? report_ : std::make_shared<RunReport>(),
+                                this);
+    const auto report = report_for(step);
     const auto job = page_job(step, vyn_db(), get_images(), report);
     if (job->empty()) {
         last_run_ = QString::fromStdString(missing_for(step, vyn_db(), get_images()));
@@ -293,6 +319,10 @@ bool BasicPage::run_dialog(QDialog& dialog) {
     watcher_->look();
     Q_EMIT project_changed();
     return true;
+}
+
+void BasicPage::edit_camera() {
+    open_camera(keys::sens_camera);
 }
 
 void BasicPage::open_camera(std::string_view tree) {

@@ -31,6 +31,7 @@ class BasicPage : public ExperimentPage {
 
     void refresh() override;
     void calculate_all() override;
+    void edit_camera() override;
     bool take_image_file(const QString& file) override;
 
     /// Of the last computation that ran from here; null before.
@@ -46,7 +47,9 @@ class BasicPage : public ExperimentPage {
 
     QBusyBox& busy_box();
     TaskOutcome run(const std::shared_ptr<Job>& job);
+    std::shared_ptr<RunReport> report_for(PageStep step) const;
     void run_step(PageStep step);
+    void open_in_situ();
     void select_file(const PageRow& row);
     void put_file(const InputFile& input, const std::string& file);
     void view(const std::string& image);

@@ -33,6 +33,12 @@ StepGroup::StepGroup(bool two_channels, QWidget* parent)
     add(*last, PageStep::save_field, "save_field_btn", tr("&Save field"),
         tr("Writes the field and its markers into the project directory"));
     column->addLayout(last);
+    auto* dialogs = new QHBoxLayout;
+    add(*dialogs, PageStep::in_situ, "in_situ_btn", tr("In-situ cali&bration..."),
+        tr("Fits the paint's law to the pressures at the ports"));
+    add(*dialogs, PageStep::check, "check_btn", tr("Chec&k of the point..."),
+        tr("Alignment, valid pixels, pressures at the ports, and a report"));
+    column->addLayout(dialogs);
     run_state_->setObjectName(QStringLiteral("run_state"));
     run_state_->setWordWrap(true);
     run_state_->setTextInteractionFlags(Qt::TextSelectableByMouse);

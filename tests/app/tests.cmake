@@ -4,6 +4,10 @@ vyn_ui_tests(app
         help_test.cpp
         main_window_test.cpp
         pages_test.cpp
+        program_test.cpp
         project_commands_test.cpp
+        whole_point_test.cpp
     LINK vyn_app)
-add_dependencies(test_app vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
+target_compile_definitions(test_app PRIVATE VYN_PROGRAM="$<TARGET_FILE:vynlite>")
+add_dependencies(test_app
+    vynlite vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

@@ -109,12 +109,13 @@ TEST_F(Render, RefusesWhatItCannotDo) {
         const char* told;
     };
     put_file(folder / "bad.lut", "t 3 1 1 1\n");
-    for (const Case& c : {Case{{"--palette", "mauve"}, 2, "viridis"},
-                          Case{{"--palette", folder / "bad.lut"}, 1, "bad.lut"},
-                          Case{{"--min", "5", "--max", "1"}, 2, "lower limit"},
-                          Case{{"--min", "1e9"}, 2, "lower limit"},
-                          Case{{"--max", "inf"}, 2, "finite"}, Case{{"--scale", "0"}, 2, "scale"},
-                          Case{{"--markers", folder / "absent.mrk"}, 1, "absent.mrk"}}) {
+    for (const Case& c :
+         {Case{{"--palette", "mauve"}, 2, "viridis"},
+          Case{{"--palette", folder / "bad.lut"}, 1, "bad.lut"},
+          Case{{"--min", "5", "--max", "1"}, 2, "lower limit"},
+          Case{{"--min", "1e9"}, 2, "lower limit"}, Case{{"--max", "inf"}, 2, "finite"},
+          Case{{"--scale", "0"}, 2, "scale"}, Case{{"--image-markers"}, 2, "no markers"},
+          Case{{"--markers", folder / "absent.mrk"}, 1, "absent.mrk"}}) {
         const ProgramRun run = render(c.options);
         EXPECT_EQ(run.status, c.status) << run.err;
         EXPECT_THAT(run.err, HasSubstr(c.told));

@@ -44,7 +44,14 @@ TEST(LineProfile, ExcludedAndOutsidePixelsAreGaps) {
             text += std::isnan(sample.value) ? '.' : '#';
         return text;
     };
-    EXPECT_EQ(valid(sample_profile(picture, {4, 5}, {9, 5}, 1)), "##.###");
+    const LineProfile broken = sample_profile(picture, {4, 5}, {9, 5}, 1);
+    EXPECT_EQ(valid(broken), "##.###");
+    ASSERT_EQ(unbroken_parts(broken).size(), 2U);
+    EXPECT_EQ(unbroken_parts(broken)[1].size(), 3U);
+    EXPECT_EQ(value_at(broken, 0.25), 10 + 2 * 4.25 + 3 * 5);
+    EXPECT_EQ(value_at(broken, 5), 10 + 2 * 9 + 3 * 5);
+    for (const double nowhere : {1.5, 2.5, -0.1, 5.1, std::nan("")})
+        EXPECT_EQ(value_at(broken, nowhere), std::nullopt);
     EXPECT_EQ(valid(sample_profile(picture, {4.5, 5}, {9.5, 5}, 1)), "#..###")
         << "both neighbours of the excluded pixel take part of it";
     EXPECT_EQ(valid(sample_profile(picture, {4, 5.5}, {9, 5.5}, 1)), "##.###");

@@ -7,6 +7,7 @@
 
 #include "core/errors.h"
 #include "tests/support/error_of.h"
+#include "view/marker_numbers.h"
 
 namespace vyn {
 namespace {
@@ -148,6 +149,24 @@ TEST(History, ForgetsTheOldestStepsWhenTheyCostTooMuch) {
     history.push(9, 1000);
     EXPECT_EQ(history.undo(), 9) << "the latest step can always be taken back";
     EXPECT_FALSE(history.can_undo());
+}
+
+TEST(MarkerNumbers, PairedMarkersTakeTheirPartnersNumbersAndOthersFreeOnes) {
+    MarkerSet moved = three_markers();  // numbers 1, 7, 3
+    const std::vector<MarkerPair> pairs{{{0, 0}, {20, 10}, 1}, {{0, 0}, {55, 40}, 12}};
+    const MarkerSet numbered = numbered_like_partners(moved, pairs);
+    EXPECT_EQ(numbered.markers[1].id, 1);
+    EXPECT_EQ(numbered.markers[2].id, 12);
+    EXPECT_EQ(numbered.markers[0].id, 13) << "its own number 1 is taken now";
+    EXPECT_EQ(numbered.markers[0].x, 10);
+}
+
+TEST(MarkerNumbers, FoundDotsBesidePresentMarkersAreAddedBehindThem) {
+    MarkerSet found;
+    found.markers = {marker(21, 11, 1), marker(40, 40, 2)};
+    const MarkerSet all = joined(three_markers(), found, 2);
+    ASSERT_EQ(all.markers.size(), 4U);
+    EXPECT_EQ(all.markers[3], marker(40, 40, 8));
 }
 
 TEST(MarkerEdit, NamesWhatTheTextFormatWouldLose) {

@@ -170,17 +170,23 @@ INSTANTIATE_TEST_SUITE_P(Sizes, OddSizes,
                          testing::Values(std::pair{1, 1}, std::pair{30000, 2}, std::pair{2, 999},
                                          std::pair{129, 65}));
 
-TEST(Render, ThreadsDoNotShowInThePixels) {
+TEST(Render, ThreadsAndInstructionSetsDoNotShowInThePixels) {
     image picture(700, 500);
     for (int y = 0; y < 500; ++y)
         for (int x = 0; x < 700; ++x)
             picture.values()(x, y) = static_cast<float>(std::sin(0.1 * x) * y);
-    const auto draw = [&](int threads) {
+    picture.values()(30, 40) = nan;
+    picture.mask()(31, 50) = 1;
+    const auto draw = [&](int threads, const char* isa) {
+        setenv("VYNLITE_ISA", isa, 1);
         const ThreadLimit limit(threads);
         return rendered(FieldSource{levels_of(picture)}, {3.3, -7, 0.37, 300, 200},
                         colour_map(-400, 400, palette_array()));
     };
-    EXPECT_EQ(draw(1), draw(4));
+    const Pixels pixels = draw(1, "base");
+    for (const char* isa : {"base", "avx2", "avx512"})
+        EXPECT_EQ(draw(4, isa), pixels) << isa;
+    unsetenv("VYNLITE_ISA");
 }
 
 TEST(Probe, GivesPixelsVectorsAndDefaultsOutside) {

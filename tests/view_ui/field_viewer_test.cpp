@@ -191,7 +191,7 @@ TEST_F(FieldViewer, BlinkAndDifferenceShowTheOtherImage) {
     for (int y = 0; y < other.height(); ++y)
         for (int x = 0; x < other.width(); ++x)
             other.values()(x, y) -= static_cast<float>(x);
-    get_images().add(std::move(other));
+    get_images().add(image(other));
     VynFieldViewer& viewer = show("field_P");
     QSignalSpy probes(&viewer.view(), &VynFieldView::probe);
     const auto probed = [&](int x, int y) {
@@ -210,6 +210,10 @@ TEST_F(FieldViewer, BlinkAndDifferenceShowTheOtherImage) {
     EXPECT_EQ(viewer.view().fashion().limits.minimum, -viewer.view().fashion().limits.maximum);
     EXPECT_EQ(viewer.shown_picture()->values()(20, 20), 20);
 
+    get_images().add(ramp_image("wind_on_sens_aligned", 7, 7));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !viewer.actions().difference->isChecked(); }, 2000))
+        << "another size has no difference";
+    get_images().add(std::move(other));
     choose_other();
     viewer.actions().blink->trigger();
     EXPECT_FALSE(viewer.actions().difference->isChecked());

@@ -101,6 +101,7 @@ TEST_F(ViewerFiles, OpensImagesContainersAndRefusesWhatIsNone) {
     });
     viewer.open_file(path(folder / "two.ims"));
     EXPECT_EQ(viewer.picture()->width(), 6);
+    EXPECT_FALSE(viewer.shows_project_image("b"));
     EXPECT_EQ(get_ims().version, "kept");
     EXPECT_EQ(get_images().names(), std::vector<std::string>{"field_P"}) << "the project's";
 

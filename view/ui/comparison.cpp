@@ -21,10 +21,17 @@ Comparison::Comparison(VynFieldView& view) : QObject(&view), view_(view) {
     connect(&watcher_, &ImageWatcher::changed, this, &Comparison::follow_other);
 }
 
+bool Comparison::comparable(Kind kind, const std::shared_ptr<const image>& own,
+                            const std::shared_ptr<const image>& other) {
+    if (kind == Kind::none || !own || !other) return false;
+    return kind == Kind::blink ||
+           (own->width() == other->width() && own->height() == other->height());
+}
+
 void Comparison::start(Kind kind, std::shared_ptr<const imagesList> list, const std::string& name) {
     stop();
     watcher_.watch(std::move(list), name);
-    if (kind == Kind::none || !watcher_.current() || !view_.levels()) return;
+    if (!comparable(kind, view_.picture(), watcher_.current())) return;
     kind_ = kind;
     name_ = name;
     other_ = std::make_shared<const ImageLevels>(watcher_.current());
@@ -57,14 +64,14 @@ void Comparison::stop() {
 
 void Comparison::follow_other() {
     if (kind_ == Kind::none) return;
-    if (!watcher_.current()) return stop();
+    if (!comparable(kind_, view_.picture(), watcher_.current())) return stop();
     other_ = std::make_shared<const ImageLevels>(watcher_.current());
     show_turn();
 }
 
 void Comparison::picture_changed() {
     if (kind_ == Kind::none) return;
-    if (!view_.levels()) return stop();
+    if (!comparable(kind_, view_.picture(), watcher_.current())) return stop();
     show_turn();
 }
 

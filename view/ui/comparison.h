@@ -23,6 +23,9 @@ class Comparison : public QObject {
 
     explicit Comparison(VynFieldView& view);
 
+    /// Only images of one size have a difference.
+    static bool comparable(Kind kind, const std::shared_ptr<const image>& own,
+                           const std::shared_ptr<const image>& other);
     /// Starts, in the place of what runs. The other image is followed like the view's own. While
     /// the difference is shown, the view has limits and palette of its own for it.
     void start(Kind kind, std::shared_ptr<const imagesList> list, const std::string& name);

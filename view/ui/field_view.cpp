@@ -41,6 +41,7 @@ struct VynFieldView::State {
 
     std::vector<const ViewOverlay*> overlays;
     ViewTool* tool = nullptr;
+    std::optional<QPointF> pointer;  ///< where the mouse is in the view
     bool space_down = false;
     bool panning = false;
     QPointF pan_start;
@@ -80,6 +81,7 @@ void VynFieldView::set_picture(std::shared_ptr<const image> picture) {
     show_cursor();
     Q_EMIT grid_present(state_->picture && state_->picture->displacement);
     Q_EMIT updated();
+    probe_again();
 }
 
 const std::shared_ptr<const image>& VynFieldView::picture() const {
@@ -98,6 +100,7 @@ void VynFieldView::set_message(const QString& text) {
 void VynFieldView::show_instead(std::optional<ViewSource> source) {
     state_->instead = std::move(source);
     redraw();
+    probe_again();
 }
 
 const ViewSource& VynFieldView::source() const {
@@ -179,7 +182,12 @@ void VynFieldView::show_cursor() {
         unsetCursor();
 }
 
+void VynFieldView::probe_again() {
+    if (state_->pointer) probe_at(*state_->pointer);
+}
+
 void VynFieldView::probe_at(QPointF widget) {
+    state_->pointer = widget;
     if (!state_->picture) return;
     const QPointF at = state_->transform.to_image(widget);
     const auto whole = [](double position) {
@@ -325,6 +333,11 @@ void VynFieldView::keyReleaseEvent(QKeyEvent* event) {
         return QWidget::keyReleaseEvent(event);
     state_->space_down = false;
     show_cursor();
+}
+
+void VynFieldView::leaveEvent(QEvent* event) {
+    state_->pointer.reset();
+    QWidget::leaveEvent(event);
 }
 
 void VynFieldView::focusOutEvent(QFocusEvent* event) {

@@ -80,12 +80,15 @@ class VynFieldView : public QWidget {
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void leaveEvent(QEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
     struct State;
     void move_to(const ViewTransform& transform);
     void probe_at(QPointF widget);
+    /// What lies under the pointer changed.
+    void probe_again();
     void show_cursor();
     const ViewSource& source() const;
     QRectF shown_area() const;

@@ -11,8 +11,10 @@
 
 #include "api/pixel_ops.h"
 #include "core/data_set.h"
+#include "core/errors.h"
 #include "view/probe_text.h"
 #include "view/ui/advanced_fashion_dialog.h"
+#include "view/ui/edit_actions.h"
 #include "view/ui/field_viewer_parts.h"
 #include "view/ui/key_arbiter.h"
 
@@ -142,6 +144,7 @@ void VynFieldViewer::make_modes() {
     parts_->markers = new MarkerController(*this);
     parts_->graph = new GraphController(*this);
     parts_->region = new RegionController(*this);
+    new EditActions(*this, {parts_->markers, parts_->region});
 }
 
 void VynFieldViewer::connect_view() {
@@ -192,31 +195,39 @@ void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::stri
 
 void VynFieldViewer::follow_image() {
     const auto picture = parts_->watcher.current();
-    if (picture && !parts_->fashion_suggested) {
-        parts_->fashion_suggested = true;
-        Fashion fashion = parts_->view->fashion();
-        Progress progress;
-        fashion.limits = tidy(robust_limits(*picture, progress));
-        fashion.channels = {};
-        if (picture->displacement) {
-            fashion.vectors = suggested_vectors(*picture->displacement);
-            fashion.vectors.shown = true;
-        }
-        parts_->view->set_fashion(fashion);
-    }
     parts_->view->set_message(
         tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
             .arg(QString::fromStdString(parts_->image_name)));
-    parts_->view->set_picture(picture);
+    try {
+        if (picture && !parts_->fashion_suggested) suggest_fashion(*picture);
+        parts_->view->set_picture(picture);
+    } catch (const GenericError& error) {
+        parts_->view->set_picture(nullptr);
+        parts_->view->set_message(tr("The image \"%1\" cannot be shown: %2")
+                                      .arg(QString::fromStdString(parts_->image_name),
+                                           QString::fromStdString(error.what())));
+    }
+}
+
+void VynFieldViewer::suggest_fashion(const image& picture) {
+    Fashion fashion = parts_->view->fashion();
+    Progress progress;
+    fashion.limits = tidy(robust_limits(picture, progress));
+    fashion.channels = {};
+    if (picture.displacement) {
+        fashion.vectors = suggested_vectors(*picture.displacement);
+        fashion.vectors.shown = true;
+    }
+    parts_->fashion_suggested = true;
+    parts_->view->set_fashion(fashion);
 }
 
 void VynFieldViewer::refresh() {
-    const auto picture = parts_->view->picture();
     parts_->comparison->picture_changed();
     apply_channels();
     parts_->colour_bar->set_label(quantity());
     parts_->function_bar->set_quantity(quantity());
-    if (parts_->fashion_dialog) parts_->fashion_dialog->set_picture(picture);
+    if (parts_->fashion_dialog) parts_->fashion_dialog->set_picture(shown_picture());
     enable_actions();
     show_title();
     parts_->markers->picture_changed();
@@ -367,12 +378,13 @@ void VynFieldViewer::show_dialog(bool advanced) {
 void VynFieldViewer::compare(Comparison::Kind wanted, bool on) {
     parts_->comparison->stop();
     QStringList names;
-    for (const auto& name : parts_->list->names())
-        if (name != parts_->image_name) names << QString::fromStdString(name);
+    for (const auto& other : parts_->list->all())
+        if (other->name != parts_->image_name && Comparison::comparable(wanted, picture(), other))
+            names << QString::fromStdString(other->name);
     bool chosen = false;
     QString name;
     if (on && names.isEmpty())
-        statusBar()->showMessage(tr("There is no other image to compare with."));
+        statusBar()->showMessage(tr("There is no other image of this size to compare with."));
     else if (on)
         name = QInputDialog::getItem(this, tr("Compare"), tr("Compare with:"), names, 0, false,
                                      &chosen);

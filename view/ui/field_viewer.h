@@ -38,6 +38,8 @@ class VynFieldViewer : public QMainWindow {
     QMenu& marker_menu() const;
 
     const std::string& image_name() const;
+    /// The image of that name of the program's list, not one of a file.
+    bool shows_project_image(const std::string& name) const;
     PictureOrigin origin() const;
     bool is_camera_image() const { return origin() == PictureOrigin::camera; }
     /// The image shown; null when there is none.
@@ -115,6 +117,8 @@ class VynFieldViewer : public QMainWindow {
     void restore_layout();
     /// The watched image is another one, or none any more.
     void follow_image();
+    /// Limits and vectors that suit an image shown for the first time.
+    void suggest_fashion(const image& picture);
     void fashion_changed();
     void apply_channels();
     void show_dialog(bool advanced);

@@ -26,6 +26,9 @@ QMenu& VynFieldViewer::marker_menu() const {
 const std::string& VynFieldViewer::image_name() const {
     return parts_->image_name;
 }
+bool VynFieldViewer::shows_project_image(const std::string& name) const {
+    return parts_->list.get() == &get_images() && parts_->image_name == name;
+}
 PictureOrigin VynFieldViewer::origin() const {
     return parts_->origin;
 }

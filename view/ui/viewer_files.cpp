@@ -22,14 +22,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// "VYN Projects (...);;Images (...);;All files (*.*)"
+/// "VYN Projects (...);;Images (...);;All files (*.* *)"
 QString open_filter() {
     QStringList patterns;
     for (const auto& format : get_2dio().formats())
         for (const auto& extension : format->info().extensions)
             if (format->info().can_read)
                 patterns << QStringLiteral("*.") + QString::fromStdString(extension);
-    return QStringLiteral("VYN Projects (*.ims *.xml);;Images (%1);;All files (*.*)")
+    return QStringLiteral("VYN Projects (*.ims *.xml);;Images (%1);;All files (*.* *)")
         .arg(patterns.join(QLatin1Char(' ')));
 }
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+
+#include "app/experiment_page.h"
+#include "app/help_window.h"
+#include "app/main_widgets.h"
+#include "app/main_window.h"
+#include "app/project_commands.h"
+#include "app/recovery_keeper.h"
+#include "app/viewer_windows.h"
+#include "core/ui/log_page.h"
+#include "core/user_folders.h"
+#include "process/experiment_type.h"
+
+namespace vyn {
+
+/// Where the recovery copies of all running programs lie.
+inline std::filesystem::path recovery_folder() {
+    return state_folder() / "recovery";
+}
+
+/// What the main window owns. The page goes first, then what it talks to.
+struct VynLiteForm::Parts {
+    Parts(Worker& used_worker, VynLiteForm& window)
+        : worker(used_worker),
+          widgets(window),
+          commands(new ProjectCommands(used_worker, &window)),
+          recovery(new RecoveryKeeper(recovery_folder(), &window)),
+          viewers(used_worker) {}
+
+    Worker& worker;
+    MainWidgets widgets;
+    ProjectCommands* commands;
+    RecoveryKeeper* recovery;
+    ViewerWindows viewers;
+    std::unique_ptr<HelpWindow> help;
+    QVynLog* log = nullptr;
+    std::unique_ptr<ExperimentPage> page;
+    ExperimentType page_type = ExperimentType::single;
+};
+
+}  // namespace vyn

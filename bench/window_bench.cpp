@@ -1,0 +1,134 @@
+// How fast the window is there, and how it answers while it computes:
+//     vyn_window_bench [SIDE]
+// Starts the program ten times, from the new process to the window on the screen. Then opens a
+// synthetic point of SIDE x SIDE pixels (4096) and runs Calculate All in the busy box, while
+// another thread asks the GUI thread for an answer every 5 ms; a late answer is what a user would
+// wait for.
+#include <QProcess>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+#include "api/image_io.h"
+#include "api/image_list.h"
+#include "app/application.h"
+#include "app/experiment_page.h"
+#include "app/main_window.h"
+#include "core/task.h"
+#include "process/synthetic_point.h"
+
+using namespace vyn;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+double quantile(std::vector<double>& values, double part) {
+    std::ranges::sort(values);
+    return values.empty() ? 0 : values[static_cast<std::size_t>(part * double(values.size() - 1))];
+}
+
+/// From the start of the process to the line that the window is open in its log.
+double start_time(const QString& program, const QString& folder) {
+    const QString log = folder + QStringLiteral("/vynlite/vynlite.log");
+    QFile::remove(log);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_STATE_HOME"), folder);
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder);
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    const Clock::time_point begin = Clock::now();
+    process.start(program, QStringList());
+    while (true) {
+        QFile file(log);
+        if (file.open(QIODevice::ReadOnly) && file.readAll().contains("The window is open")) break;
+        if (Clock::now() - begin > std::chrono::seconds(20)) return -1;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    const double time = milliseconds(Clock::now() - begin);
+    process.terminate();
+    process.waitForFinished();
+    return time;
+}
+
+/// Asks the GUI thread every 5 ms and keeps how long each answer took.
+class Pings {
+  public:
+    Pings() : thread_([this] { ask(); }) {}
+    std::vector<double> stop() {
+        stop_ = true;
+        thread_.join();
+        QCoreApplication::processEvents();
+        const std::lock_guard lock(mutex_);
+        return times_;
+    }
+
+  private:
+    void ask() {
+        auto next = Clock::now();
+        while (!stop_) {
+            const Clock::time_point asked = Clock::now();
+            QMetaObject::invokeMethod(
+                qApp,
+                [this, asked] {
+                    const std::lock_guard lock(mutex_);
+                    times_.push_back(milliseconds(Clock::now() - asked));
+                },
+                Qt::QueuedConnection);
+            std::this_thread::sleep_until(next += std::chrono::milliseconds(5));
+        }
+    }
+    std::atomic<bool> stop_{false};
+    std::mutex mutex_;
+    std::vector<double> times_;
+    std::thread thread_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Application application(argc, argv);
+    const int side = argc > 1 ? std::atoi(argv[1]) : 4096;
+    const QTemporaryDir folder;
+    qputenv("XDG_STATE_HOME", folder.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+
+    std::vector<double> starts;
+    for (int i = 0; i < 10; ++i)
+        starts.push_back(start_time(Application::applicationDirPath() + QStringLiteral("/vynlite"),
+                                    folder.path()));
+    std::printf("start of the program: median %.0f ms, slowest %.0f ms of %zu\n",
+                quantile(starts, 0.5), quantile(starts, 1), starts.size());
+
+    register_plugins("*.2dio");
+    TaskContext context;
+    write_synthetic_point(make_synthetic_point({.width = side, .height = side}, context),
+                          folder.path().toStdString(), context);
+    Worker worker;
+    VynLiteForm window(worker);
+    window.show();
+    window.open_files({folder.filePath(QStringLiteral("project.xml"))});
+    if (!window.experiment_page()) return 1;
+
+    Pings pings;
+    const Clock::time_point begin = Clock::now();
+    window.experiment_page()->calculate_all();
+    const double run = milliseconds(Clock::now() - begin) / 1000;
+    std::vector<double> times = pings.stop();
+    const bool computed = get_images().find(image_names::field) != nullptr;
+    std::printf("Calculate All of %d x %d: %.1f s%s\n", side, side, run,
+                computed ? "" : ", NO FIELD");
+    std::printf(
+        "answers of the window meanwhile: median %.1f ms, 99th percentile %.1f ms, slowest "
+        "%.1f ms of %zu\n",
+        quantile(times, 0.5), quantile(times, 0.99), quantile(times, 1), times.size());
+    return computed ? 0 : 1;
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+#include "api/image.h"
+
+class QWidget;
+
+namespace vyn {
+
+/// Asks which marker file to load for an image. Empty when cancelled.
+QString ask_marker_file_to_load(QWidget* parent, const image& picture, bool is_project_image);
+
+/// Asks where to save the markers of an image. The text format is proposed; the one that keeps
+/// everything where numbers or function values would be lost, and choosing the text format then
+/// takes a question that names the loss. Empty when cancelled.
+QString ask_marker_file_to_save(QWidget* parent, const image& picture, bool is_project_image);
+
+}  // namespace vyn
