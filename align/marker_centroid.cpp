@@ -54,4 +54,24 @@ bool refine_marker(const image& picture, Point& point, int size, DotPolarity pol
     return true;
 }
 
+std::vector<std::int32_t> refine_markers(const image& picture, MarkerSet& set, int size,
+                                         DotPolarity polarity, MarkerRefinement refinement,
+                                         Progress& progress) {
+    std::vector<std::int32_t> stayed;
+    double done = 0;
+    for (Marker& marker : set.markers) {
+        throw_if_aborted(progress);
+        progress.fraction(done++ / static_cast<double>(set.markers.size()));
+        if (!marker.active) continue;
+        Point point{marker.x, marker.y};
+        if (refine_marker(picture, point, size, polarity, refinement)) {
+            marker.x = point.x;
+            marker.y = point.y;
+        } else {
+            stayed.push_back(marker.id);
+        }
+    }
+    return stayed;
+}
+
 }  // namespace vyn

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "align/dot_fit.h"
 #include "api/image.h"
+#include "core/progress.h"
 
 namespace vyn {
 
@@ -20,5 +24,11 @@ enum class MarkerRefinement {
 /// when that fails.
 bool refine_marker(const image& picture, Point& point, int size, DotPolarity polarity,
                    MarkerRefinement refinement);
+
+/// The same for every active marker; gives the numbers of those that stayed where they were. Raises
+/// Aborted when told to stop.
+std::vector<std::int32_t> refine_markers(const image& picture, MarkerSet& set, int size,
+                                         DotPolarity polarity, MarkerRefinement refinement,
+                                         Progress& progress);
 
 }  // namespace vyn

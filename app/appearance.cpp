@@ -29,7 +29,7 @@ constexpr Choice choices[] = {
 /// The roles that the two palettes of our own set; the rest follows from them.
 QPalette palette_of(const QColor& window, const QColor& base, const QColor& text,
                     const QColor& faint, const QColor& link) {
-    QPalette palette(text, window);
+    QPalette palette(window, window);
     palette.setColor(QPalette::Base, base);
     palette.setColor(QPalette::AlternateBase, window);
     palette.setColor(QPalette::Text, text);

@@ -65,22 +65,16 @@ ExitStatus refine(const RefineOptions& options) {
     MarkerSet set = read_marker_file(options.source, picture.height());
     const MarkerRefinement method = refinement_of(options);
     const DotPolarity polarity = options.bright ? DotPolarity::bright : DotPolarity::dark;
-    std::size_t active = 0;
+    const auto active = std::count_if(set.markers.begin(), set.markers.end(),
+                                      [](const Marker& marker) { return marker.active; });
+    Progress progress;
+    const auto stayed = refine_markers(picture, set, options.size, polarity, method, progress);
     std::string kept;
-    for (Marker& marker : set.markers) {
-        if (!marker.active) continue;
-        ++active;
-        Point point{marker.x, marker.y};
-        if (!refine_marker(picture, point, options.size, polarity, method)) {
-            kept += "marker " + std::to_string(marker.id) + " stays where it was\n";
-            continue;
-        }
-        marker.x = point.x;
-        marker.y = point.y;
-    }
+    for (const std::int32_t number : stayed)
+        kept += "marker " + std::to_string(number) + " stays where it was\n";
     write_marker_file(options.target, set);
-    const auto failures = static_cast<std::size_t>(std::count(kept.begin(), kept.end(), '\n'));
-    print(kept + "refined " + std::to_string(active - failures) + " of " + std::to_string(active) +
+    const auto refined = active - static_cast<std::ptrdiff_t>(stayed.size());
+    print(kept + "refined " + std::to_string(refined) + " of " + std::to_string(active) +
           " active markers\n");
     return ExitStatus::done;
 }

@@ -95,24 +95,6 @@ bool MarkerEdit::revise(std::size_t index, const image& picture,
     return true;
 }
 
-std::vector<std::int32_t> MarkerEdit::revise_all(const image& picture,
-                                                 const ExtremeSearchOptions& options) {
-    std::vector<std::int32_t> stayed;
-    std::vector<Marker> revised = set_.markers;
-    for (Marker& marker : revised) {
-        if (!marker.active) continue;
-        Point place{marker.x, marker.y};
-        if (!refine_marker(picture, place, options.size, options.polarity, options.refinement)) {
-            stayed.push_back(marker.id);
-            continue;
-        }
-        marker.x = place.x;
-        marker.y = place.y;
-    }
-    if (revised != set_.markers) change(0, count(), std::move(revised), header_of(set_));
-    return stayed;
-}
-
 std::optional<std::size_t> MarkerEdit::nearest(Point place, double reach) const {
     std::optional<std::size_t> found;
     double best = reach;

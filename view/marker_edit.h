@@ -36,8 +36,6 @@ class MarkerEdit {
 
     /// Moves a marker to the middle of its dot. False when there is no dot: the marker stays.
     bool revise(std::size_t index, const image& picture, const ExtremeSearchOptions& options);
-    /// The same for every active marker as one step; gives the numbers of those that stayed.
-    std::vector<std::int32_t> revise_all(const image& picture, const ExtremeSearchOptions& options);
 
     /// The nearest marker within `reach` pixels; of equally near ones the later, which is drawn on
     /// top.

@@ -1,6 +1,7 @@
 vyn_ui_tests(app
     SOURCES
         app_fixture.cpp
+        appearance_test.cpp
         help_test.cpp
         main_window_test.cpp
         pages_test.cpp

@@ -58,7 +58,6 @@ TEST(MarkerEdit, EveryOperationIsOneStepThatUndoAndRedoRepeat) {
             edit.replace({{marker(1, 2, 3)}, "P", 0, true, true, false, true});
         },
         [&](MarkerEdit& edit) { EXPECT_TRUE(edit.revise(0, picture, options)); },
-        [&](MarkerEdit& edit) { edit.revise_all(picture, options); },
     };
     for (const auto& operation : operations) {
         MarkerEdit edit(three_markers());
@@ -96,14 +95,15 @@ TEST(MarkerEdit, NewNumbersAreFreeAndNumbersStayUnique) {
 TEST(MarkerEdit, RevisionFindsTheDotsAndNamesTheMarkersThatStayed) {
     const Point first{10.3, 10.4};
     const Point second{20.2, 9.7};
-    MarkerEdit edit(three_markers());
-    edit.toggle(1);
-    const auto stayed = edit.revise_all(dotted({first, second}),
-                                        {.size = 5, .refinement = MarkerRefinement::surface});
+    MarkerSet set = three_markers();
+    set.markers[1].active = false;
+    Progress progress;
+    const auto stayed = refine_markers(dotted({first, second}), set, 5, DotPolarity::dark,
+                                       MarkerRefinement::surface, progress);
     // A quadratic surface is this far off the middle of a round dot.
-    EXPECT_NEAR(edit.at(0).x, first.x, 0.05);
-    EXPECT_NEAR(edit.at(0).y, first.y, 0.05);
-    EXPECT_EQ(edit.at(1).x, 20) << "an inactive marker is left alone";
+    EXPECT_NEAR(set.markers[0].x, first.x, 0.05);
+    EXPECT_NEAR(set.markers[0].y, first.y, 0.05);
+    EXPECT_EQ(set.markers[1].x, 20) << "an inactive marker is left alone";
     EXPECT_EQ(stayed, std::vector<std::int32_t>{3}) << "there is no dot at marker 3";
 }
 

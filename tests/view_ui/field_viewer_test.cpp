@@ -58,6 +58,19 @@ TEST_F(FieldViewer, KeysThatStandTwiceDoOneThingEach) {
     EXPECT_EQ(a.image_export->shortcut(), a.marker_edit_mode->shortcut()) << "menus show both";
 }
 
+TEST_F(FieldViewer, NoOtherKeyStandsTwice) {
+    VynFieldViewer& viewer = show("field_P");
+    std::map<QString, QString> owners;
+    for (const QAction* action : viewer.findChildren<QAction*>()) {
+        const QString key = action->shortcut().toString();
+        if (key.isEmpty() || action->shortcutContext() == Qt::WidgetShortcut) continue;
+        const auto [owner, alone] = owners.emplace(key, action->text());
+        EXPECT_TRUE(alone) << key.toStdString() << ": " << owner->second.toStdString() << " and "
+                           << action->text().toStdString();
+    }
+    EXPECT_GT(owners.size(), 20U);
+}
+
 TEST_F(FieldViewer, ModesAreExclusiveAndEscapeProbes) {
     VynFieldViewer& viewer = show("field_P");
     QTest::keyClick(&viewer, Qt::Key_G, Qt::ControlModifier);
@@ -223,6 +236,25 @@ TEST_F(FieldViewer, BlinkAndDifferenceShowTheOtherImage) {
     get_images().remove("wind_on_sens_aligned");
     EXPECT_TRUE(QTest::qWaitFor([&] { return !viewer.actions().blink->isChecked(); }, 2000));
     EXPECT_EQ(probed(17, 5), 5117);
+}
+
+TEST_F(FieldViewer, ClosesWithEverythingOn) {
+    get_images().add(ramp_image("other"));
+    auto* viewer = new VynFieldViewer(worker, "field_P", false, {});
+    const QPointer<VynFieldViewer> gone(viewer);
+    viewer->show();
+    VynFieldViewer& stays = show("other");
+    viewer->actions().link->trigger();
+    stays.actions().link->trigger();
+    test::when_shown<QInputDialog>([](QInputDialog& dialog) { dialog.accept(); });
+    viewer->actions().blink->trigger();
+    viewer->actions().advanced_fashion->trigger();
+    viewer->actions().show_graph_mode->trigger();
+    QTest::mousePress(&viewer->view(), Qt::LeftButton, {}, {50, 50});
+    viewer->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !gone; }, 2000));
+    stays.view().zoom_about({10, 10}, 2);
+    EXPECT_TRUE(stays.picture());
 }
 
 }  // namespace

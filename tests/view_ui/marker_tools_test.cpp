@@ -185,11 +185,17 @@ TEST_F(MarkerTools, ThePanelShowsAndChangesTheCurrentMarker) {
     };
     EXPECT_EQ(field("number")->number(), 1);
     EXPECT_NEAR(*field("x")->number(), first.x, tolerance);
+    const double exact = markers()[0].x;
     field("number")->setText(QStringLiteral("17"));
     field("function")->setText(QStringLiteral("101325,5"));
     QTest::keyClick(field("function"), Qt::Key_Return);
     EXPECT_EQ(markers()[0].id, 17);
     EXPECT_EQ(markers()[0].f, 101325.5);
+    EXPECT_EQ(markers()[0].x, exact) << "digits that are not shown stay";
+    field("x")->selectAll();
+    QTest::keyClicks(field("x"), QStringLiteral("22.5"));
+    QTest::keyClick(field("x"), Qt::Key_Return);
+    EXPECT_EQ(markers()[0].x, 22.5);
     EXPECT_TRUE(published()->markers.hasF);
 
     QTest::mouseClick(panel->findChild<QPushButton*>(QStringLiteral("next")), Qt::LeftButton);

@@ -3,6 +3,8 @@
 #include <QStatusBar>
 
 #include "api/image_io.h"
+#include "core/keys.h"
+#include "core/project_file.h"
 #include "core/ui/busy_box.h"
 #include "process/ims.h"
 #include "tests/support/error_of.h"
@@ -105,13 +107,23 @@ TEST_F(ViewerFiles, OpensImagesContainersAndRefusesWhatIsNone) {
     EXPECT_EQ(get_ims().version, "kept");
     EXPECT_EQ(get_images().names(), std::vector<std::string>{"field_P"}) << "the project's";
 
+    write_image(ramp_image("raw", 8, 8), folder / "off.tif");
+    simpleNamedDataSet project;
+    write(project, keys::wind_off_sens_file, std::string("off.tif"));
+    save_xml(project, (folder / "project.xml").c_str());
+    viewer.open_file(path(folder / "project.xml"));
+    EXPECT_EQ(viewer.image_name(), "wind_off_sens");
+    EXPECT_TRUE(viewer.is_camera_image());
+    EXPECT_EQ(viewer.picture()->width(), 8);
+    EXPECT_FALSE(vyn_db().exists(keys::wind_off_sens_file.path)) << "the project stays";
+
     test::put_file(folder / "broken.tif", "II*\0 no picture");
     for (const char* wrong : {"broken.tif", "missing.imp", "."}) {
         QString text;
         expect_failure(text);
         viewer.open_file(path(folder / wrong));
         EXPECT_FALSE(text.isEmpty()) << wrong;
-        EXPECT_EQ(viewer.picture()->width(), 6) << "the old image stays";
+        EXPECT_EQ(viewer.picture()->width(), 8) << "the old image stays";
     }
 }
 

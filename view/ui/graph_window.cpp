@@ -22,6 +22,7 @@
 #include <qwt_plot_zoomer.h>
 #include <qwt_scale_div.h>
 #include <qwt_symbol.h>
+#include <qwt_text.h>
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
@@ -52,6 +53,13 @@ std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part,
     return curve;
 }
 
+/// In the window's own font; the library's is bold.
+QwtText axis_title(const QString& words, const QFont& font) {
+    QwtText text(words, QwtText::PlainText);
+    text.setFont(font);
+    return text;
+}
+
 }  // namespace
 
 GraphWindow::GraphWindow(QWidget* parent)
@@ -64,7 +72,7 @@ GraphWindow::GraphWindow(QWidget* parent)
       list_(new QListWidget(this)) {
     setObjectName(QStringLiteral("GraphWindow"));
     setCentralWidget(plot_);
-    resize(760, 440);
+    resize(900, 460);
     make_plot();
     make_form();
     make_actions();
@@ -76,7 +84,7 @@ GraphWindow::~GraphWindow() = default;
 void GraphWindow::make_plot() {
     plot_->setObjectName(QStringLiteral("plot"));
     plot_->setCanvasBackground(palette().color(QPalette::Base));
-    plot_->setAxisTitle(QwtPlot::xBottom, tr("Distance, pix"));
+    plot_->setAxisTitle(QwtPlot::xBottom, axis_title(tr("Distance, pix"), font()));
     plot_->insertLegend(new QwtLegend, QwtPlot::BottomLegend);
     auto* grid = new QwtPlotGrid;
     QColor faint = palette().color(QPalette::Text);
@@ -164,13 +172,13 @@ void GraphWindow::show_curves(std::vector<GraphCurve> curves, const QString& tit
                               const QString& quantity) {
     curves_ = std::move(curves);
     setWindowTitle(tr("Graph: %1").arg(title));
-    plot_->setAxisTitle(QwtPlot::yLeft, quantity);
+    plot_->setAxisTitle(QwtPlot::yLeft, axis_title(quantity, font()));
     list_->clear();
     for (std::size_t i = 0; i < curves_.size(); ++i) {
         const LineProfile& line = curves_[i].profile;
         QPixmap sample(12, 12);
         sample.fill(curves_[i].colour);
-        list_->addItem(new QListWidgetItem(QIcon(sample), tr("line %1: (%2, %3) - (%4, %5), %6 pix")
+        list_->addItem(new QListWidgetItem(QIcon(sample), tr("%1: (%2, %3) - (%4, %5), %6 pix")
                                                               .arg(i + 1)
                                                               .arg(line.from.x, 0, 'f', 1)
                                                               .arg(line.from.y, 0, 'f', 1)

@@ -10,7 +10,9 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
+#include "core/ui/busy_box.h"
 #include "process/marker_frames.h"
+#include "process/revise_markers_task.h"
 #include "view/ui/field_view.h"
 #include "view/ui/field_viewer.h"
 #include "view/ui/marker_file_dialogs.h"
@@ -45,6 +47,8 @@ MarkerController::MarkerController(VynFieldViewer& viewer)
     dock_->setObjectName(QStringLiteral("Marker info"));
     dock_->setWidget(info_);
     viewer.addDockWidget(Qt::RightDockWidgetArea, dock_);
+    if (auto* bar = viewer.findChild<QDockWidget*>(QStringLiteral("function bar")))
+        viewer.tabifyDockWidget(bar, dock_);
     dock_->hide();
     make_actions();
 }
@@ -188,6 +192,7 @@ void MarkerController::click(MouseMode mode, Point place) {
         default:
             set_current(picked);
             dock_->show();
+            dock_->raise();
             info_->setFocus();
     }
 }
@@ -243,10 +248,13 @@ void MarkerController::put_back() {
 }
 
 void MarkerController::revise_all() {
-    std::vector<std::int32_t> stayed;
-    const bool done = change(
-        [&](MarkerEdit& edit) { stayed = edit.revise_all(*viewer_.picture(), search_options()); });
-    if (!done) return;
+    if (!viewer_.picture() || edit_.count() == 0) return;
+    const auto revised = std::make_shared<RevisedMarkers>();
+    auto job = std::make_shared<Job>();
+    job->append(std::make_unique<ReviseMarkersTask>(viewer_.picture(), search_options(), revised));
+    if (QBusyBox(viewer_.worker(), &viewer_).run(job) != TaskOutcome::done) return;
+    change([&](MarkerEdit& edit) { edit.replace(revised->set); });
+    const std::vector<std::int32_t>& stayed = revised->stayed;
     QString text = tr("All active markers are revised");
     if (!stayed.empty()) {
         QStringList numbers;

@@ -61,13 +61,12 @@ MarkerFindingDialog::MarkerFindingDialog(VynFieldViewer& viewer, MarkerControlle
     keep_->setObjectName(QStringLiteral("keep"));
     keep_->setToolTip(tr("Dots beside the present markers are added; otherwise they replace them"));
     result_->setObjectName(QStringLiteral("result"));
-    result_->setWordWrap(true);
 
     auto* form = new QFormLayout;
     form->addRow(tr("&Dots"), polarity_);
     form->addRow(tr("&Smallest diameter, pix"), min_size_);
     form->addRow(tr("&Largest diameter, pix"), max_size_);
-    form->addRow(tr("&Number"), expect_);
+    form->addRow(tr("At &most"), expect_);
     form->addRow(keep_);
     form->addRow(result_);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
@@ -111,9 +110,9 @@ void MarkerFindingDialog::find() {
 void MarkerFindingDialog::show_found() {
     overlay_.set_markers(*found_, {});
     viewer_.view().update();
-    const auto count = static_cast<int>(found_->markers.size());
+    const std::size_t count = found_->markers.size();
     result_->setText(count == 0 ? tr("No dots of these sizes are found.")
-                                : tr("%n dots are found. Look at them on the image.", "", count));
+                                : tr("%1 dots are found.").arg(count));
     ok_->setEnabled(count > 0);
 }
 

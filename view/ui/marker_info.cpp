@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <limits>
 
+#include "core/numbers.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
 #include "view/ui/marker_controller.h"
@@ -25,6 +26,11 @@ NumberEdit* number_edit(const char* name, QWidget* parent) {
     auto* edit = new NumberEdit(parent);
     edit->setObjectName(QLatin1String(name));
     return edit;
+}
+
+void show_position(NumberEdit& edit, double pixels) {
+    constexpr int decimals = 3;
+    edit.setText(QString::fromStdString(format_fixed(pixels, decimals)));
 }
 
 }  // namespace
@@ -105,8 +111,8 @@ void VynMarkerInfo::read() {
     const Marker& marker = edit.at(*current);
     position_->setText(tr("Marker %1 of %2").arg(*current + 1).arg(edit.count()));
     number_->set_number(marker.id);
-    x_->set_number(marker.x);
-    y_->set_number(marker.y);
+    show_position(*x_, marker.x);
+    show_position(*y_, marker.y);
     f_->set_number(marker.f);
     active_->setChecked(marker.active);
     for (NumberEdit* field : {number_, x_, y_, f_})
@@ -122,8 +128,9 @@ void VynMarkerInfo::accept() {
     if (!sound) return;
     Marker marker = markers_.markers().at(*current);
     marker.id = static_cast<std::int32_t>(*number_->number());
-    marker.x = *x_->number();
-    marker.y = *y_->number();
+    // A position that was not typed keeps the digits that are not shown.
+    if (x_->isModified()) marker.x = *x_->number();
+    if (y_->isModified()) marker.y = *y_->number();
     marker.f = *f_->number();
     marker.active = active_->isChecked();
     markers_.change([&](MarkerEdit& edit) { edit.edit(*current, marker); });

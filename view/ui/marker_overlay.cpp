@@ -8,15 +8,18 @@ namespace vyn {
 
 namespace {
 
-constexpr double ring = 6;  // radii in widget pixels
-constexpr double current_ring = 9.5;
-constexpr double cross = 2.5;
+constexpr double ring = 7;  // radii in widget pixels
+constexpr double tick = 11;
+constexpr double current_ring = 13;
+constexpr double reach = 16;  ///< of the whole sign
 constexpr double line_width = 1.6;
-constexpr double halo_width = 4;
-const QColor halo(0, 0, 0, 190);
-const QColor inactive_colour(200, 200, 200);
+constexpr double halo_width = 3.6;
+constexpr std::size_t most_labels = 20000;
+const QColor dark_halo(0, 0, 0, 200);
+const QColor pale_halo(255, 255, 255, 200);
+const QColor inactive_colour(205, 205, 205);
 
-/// The ring and what is in it.
+/// The ring and what belongs to it.
 QPainterPath marker_sign(QPointF at, bool active) {
     QPainterPath sign;
     sign.addEllipse(at, ring, ring);
@@ -25,8 +28,8 @@ QPainterPath marker_sign(QPointF at, bool active) {
         sign.lineTo(to);
     };
     if (active) {
-        line(at - QPointF(cross, 0), at + QPointF(cross, 0));
-        line(at - QPointF(0, cross), at + QPointF(0, cross));
+        for (const QPointF& way : {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)})
+            line(at + ring * way, at + tick * way);
     } else {
         const QPointF corner(ring / std::sqrt(2.0), -ring / std::sqrt(2.0));
         line(at - corner, at + corner);
@@ -34,14 +37,21 @@ QPainterPath marker_sign(QPointF at, bool active) {
     return sign;
 }
 
+QPixmap empty_picture(QSizeF size, double ratio) {
+    QPixmap picture((size * ratio).toSize());
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    return picture;
+}
+
 }  // namespace
 
-void draw_haloed(QPainter& painter, const QPainterPath& sign, const QColor& colour,
-                 Qt::PenStyle style) {
+void draw_haloed(QPainter& painter, const QPainterPath& sign, const QColor& colour) {
+    const QColor& halo = colour.lightnessF() < 0.45 ? pale_halo : dark_halo;
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(halo, halo_width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(sign);
-    painter.setPen(QPen(colour, line_width, style, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(colour, line_width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(sign);
 }
 
@@ -57,6 +67,12 @@ void MarkerOverlay::set_dragged(std::optional<std::size_t> index, Point place) {
 }
 
 void MarkerOverlay::paint(QPainter& painter, const ViewTransform& transform) const {
+    const double ratio = painter.device()->devicePixelRatioF();
+    if (ratio != ratio_ || labels_.size() > most_labels) {
+        signs_.clear();
+        labels_.clear();
+        ratio_ = ratio;
+    }
     constexpr double margin = 60;  // a number's reach
     const QRectF visible = QRectF(painter.viewport()).adjusted(-margin, -margin, margin, margin);
     for (std::size_t i = 0; i < set_.markers.size(); ++i) {
@@ -64,47 +80,49 @@ void MarkerOverlay::paint(QPainter& painter, const ViewTransform& transform) con
         const QPointF place =
             dragged_ == i ? QPointF(dragged_to_.x, dragged_to_.y) : QPointF(marker.x, marker.y);
         const QPointF at = transform.to_widget(place);
-        if (visible.contains(at)) paint_marker(painter, marker, at, current_ == i);
+        if (!visible.contains(at)) continue;
+        const bool current = current_ == i;
+        painter.drawPixmap(at - QPointF(reach, reach), sign(ratio, marker.active, current));
+        const QPixmap& number = label(painter.font(), ratio, marker.id, marker.active);
+        const double height = number.height() / ratio;
+        painter.drawPixmap(at + QPointF(current ? current_ring : ring, -ring - height / 2), number);
     }
 }
 
-void MarkerOverlay::paint_marker(QPainter& painter, const Marker& marker, QPointF at,
-                                 bool current) const {
+const QPixmap& MarkerOverlay::sign(double ratio, bool active, bool current) const {
+    QPixmap& picture = signs_[{active, current}];
+    if (!picture.isNull()) return picture;
+    picture = empty_picture(QSizeF(2 * reach, 2 * reach), ratio);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QPointF middle(reach, reach);
     if (current) {
         QPainterPath outer;
-        outer.addEllipse(at, current_ring, current_ring);
+        outer.addEllipse(middle, current_ring, current_ring);
         draw_haloed(painter, outer, Qt::white);
     }
-    draw_haloed(painter, marker_sign(at, marker.active), marker.active ? colour_ : inactive_colour,
-                marker.active ? Qt::SolidLine : Qt::DotLine);
-    const QPixmap& number = label(painter, marker.id, marker.active);
-    const double reach = current ? current_ring : ring;
-    painter.drawPixmap(
-        at + QPointF(reach, -reach - number.height() / number.devicePixelRatio() / 2), number);
+    draw_haloed(painter, marker_sign(middle, active), active ? colour_ : inactive_colour);
+    return picture;
 }
 
-const QPixmap& MarkerOverlay::label(QPainter& painter, std::int32_t number, bool active) const {
-    const double ratio = painter.device()->devicePixelRatioF();
-    const qint64 key =
-        (qint64{number} * 64 + static_cast<qint64>(ratio * 8) % 32) * 2 + (active ? 1 : 0);
-    QPixmap& picture = labels_[key];
+const QPixmap& MarkerOverlay::label(const QFont& font, double ratio, std::int32_t number,
+                                    bool active) const {
+    QPixmap& picture = labels_[{number, active}];
     if (!picture.isNull()) return picture;
-    QFont font = painter.font();
-    font.setBold(true);
+    QFont bold = font;
+    bold.setBold(true);
     const QString text = QString::number(number);
-    const QFontMetricsF metrics(font);
-    const QSizeF size(metrics.horizontalAdvance(text) + 2 * halo_width,
-                      metrics.height() + 2 * halo_width);
-    picture = QPixmap((size * ratio).toSize());
-    picture.setDevicePixelRatio(ratio);
-    picture.fill(Qt::transparent);
+    const QFontMetricsF metrics(bold);
+    picture = empty_picture(
+        QSizeF(metrics.horizontalAdvance(text) + 2 * halo_width, metrics.height() + 2 * halo_width),
+        ratio);
     QPainterPath outline;
-    outline.addText(halo_width, halo_width + metrics.ascent(), font, text);
-    QPainter label_painter(&picture);
-    label_painter.setRenderHint(QPainter::Antialiasing);
-    label_painter.setPen(QPen(halo, halo_width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    label_painter.drawPath(outline);
-    label_painter.fillPath(outline, active ? colour_ : inactive_colour);
+    outline.addText(halo_width, halo_width + metrics.ascent(), bold, text);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(dark_halo, halo_width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPath(outline);
+    painter.fillPath(outline, active ? colour_ : inactive_colour);
     return picture;
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QColor>
-#include <QHash>
 #include <QPixmap>
+#include <map>
 #include <optional>
+#include <utility>
 
 #include "api/point.h"
 #include "markers/marker.h"
@@ -11,11 +12,10 @@
 
 namespace vyn {
 
-/// Draws a sign with a halo, so that it is seen on every colour.
-void draw_haloed(QPainter& painter, const QPainterPath& sign, const QColor& colour,
-                 Qt::PenStyle style = Qt::SolidLine);
+/// Draws a sign with a halo of the other lightness, so that it is seen on every colour.
+void draw_haloed(QPainter& painter, const QPainterPath& sign, const QColor& colour);
 
-/// Draws markers: a ring with a cross and the number beside it; an inactive marker is a pale dashed
+/// Draws markers: a ring with four ticks and the number beside it; an inactive marker is a grey
 /// ring that is struck through; the current marker has a second ring.
 class MarkerOverlay final : public ViewOverlay {
   public:
@@ -28,16 +28,19 @@ class MarkerOverlay final : public ViewOverlay {
     void paint(QPainter& painter, const ViewTransform& transform) const override;
 
   private:
-    void paint_marker(QPainter& painter, const Marker& marker, QPointF at, bool current) const;
-    const QPixmap& label(QPainter& painter, std::int32_t number, bool active) const;
+    const QPixmap& sign(double ratio, bool active, bool current) const;
+    const QPixmap& label(const QFont& font, double ratio, std::int32_t number, bool active) const;
 
     QColor colour_;
     MarkerSet set_;
     std::optional<std::size_t> current_;
     std::optional<std::size_t> dragged_;
     Point dragged_to_;
-    /// Numbers as pictures: outlining text is too slow for a thousand markers.
-    mutable QHash<qint64, QPixmap> labels_;
+    /// Signs and numbers as pictures, for one ratio of device pixels: outlining them anew is too
+    /// slow for a thousand markers.
+    mutable std::map<std::pair<bool, bool>, QPixmap> signs_;
+    mutable std::map<std::pair<std::int32_t, bool>, QPixmap> labels_;
+    mutable double ratio_ = 0;
 };
 
 }  // namespace vyn

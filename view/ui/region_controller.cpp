@@ -65,6 +65,7 @@ void RegionController::make_bar() {
         viewer_.view().update();
     });
 
+    viewer_.addToolBarBreak();
     QToolBar* bar = viewer_.addToolBar(tr("Region Operations"));
     bar->setObjectName(QStringLiteral("region tools"));
     QMenu* menu = viewer_.menuBar()->addMenu(tr("&Region"));

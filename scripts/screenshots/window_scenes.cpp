@@ -1,0 +1,85 @@
+#include <QTabWidget>
+
+#include "api/image_list.h"
+#include "app/about.h"
+#include "app/help_window.h"
+#include "app/main_window.h"
+#include "app/type_dialog.h"
+#include "core/data_set.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/ui/busy_box.h"
+#include "process/chain.h"
+#include "process/project_tasks.h"
+#include "scripts/screenshots/scenes.h"
+
+namespace vyn::screenshots {
+
+namespace {
+
+const QSize window_size(960, 790);
+
+void run(Theatre& theatre, const std::shared_ptr<Job>& job) {
+    theatre.worker.post(job, std::make_shared<TaskContext>());
+    wait_for([&] { return theatre.worker.wait_done(0); }, "a job");
+    if (!job->failure().empty())
+        throw AlgoError("scripts/screenshots/window_scenes", __LINE__, "Algorithm error!",
+                        job->failure());
+}
+
+/// A computation that is long enough to be seen: many passes of a wide median.
+void show_busy_box(Theatre& theatre) {
+    write(vyn_db(), keys::filter_enable, 1);
+    write(vyn_db(), keys::filter_type, 4);
+    write(vyn_db(), keys::filter_dx, 31);
+    write(vyn_db(), keys::filter_dy, 31);
+    write(vyn_db(), keys::filter_iter, 60);
+    QBusyBox box(theatre.worker);
+    theatre.shots.take_modal(QStringLiteral("busy_box"), "vyn::QBusyBox", [&] {
+        box.run(calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
+    });
+    write(vyn_db(), keys::filter_enable, 0);
+}
+
+}  // namespace
+
+void open_project(Theatre& theatre, const QString& file) {
+    auto job = std::make_shared<Job>();
+    ReadProject request;
+    request.file = file.toStdString();
+    job->append(std::make_unique<ReadProjectTask>(std::move(request)));
+    run(theatre, job);
+}
+
+void compute(Theatre& theatre, const std::shared_ptr<RunReport>& report) {
+    run(theatre, calculate_all(vyn_db(), get_images(), report));
+}
+
+void play_window(Theatre& theatre) {
+    VynLiteForm window(theatre.worker);
+    theatre.shots.take(window, QStringLiteral("main_window_empty"), window_size);
+    ExperimentTypeDialog type(&window);
+    theatre.shots.take(type, QStringLiteral("type_dialog"));
+    type.hide();
+
+    window.open_files({theatre.folder + QStringLiteral("/project.xml")});
+    theatre.shots.take(window, QStringLiteral("main_window_inputs"), window_size);
+    window.calculateCalculate_AllAction_activated();
+    theatre.shots.take(window, QStringLiteral("main_window"), window_size);
+    window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(1);
+    theatre.shots.take(window, QStringLiteral("log_page"), window_size);
+    window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(0);
+    show_busy_box(theatre);
+
+    vyn_db().set_modified(false);
+    window.open_files({theatre.binary_folder + QStringLiteral("/project.xml")});
+    theatre.shots.take(window, QStringLiteral("double_page"), QSize(960, 900));
+
+    QVynLiteAbout about(&window);
+    theatre.shots.take(about, QStringLiteral("about"));
+    about.hide();
+    HelpWindow help(find_help_file());
+    theatre.shots.take(help, QStringLiteral("help_window"), window_size);
+}
+
+}  // namespace vyn::screenshots
