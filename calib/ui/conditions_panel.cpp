@@ -50,7 +50,8 @@ QSize ConditionsPanel::sizeHint() const {
 }
 
 QSize ConditionsPanel::minimumSizeHint() const {
-    return sizeHint() / 2;
+    const int line = fontMetrics().lineSpacing();
+    return {22 * line, 8 * line};
 }
 
 void ConditionsPanel::show_conditions(dataSetInterface& settings) {
