@@ -14,6 +14,7 @@
 #include "app/main_window_parts.h"
 #include "app/recent_files.h"
 #include "core/keys.h"
+#include "core/ui/icons.h"
 #include "core/version.h"
 #include "process/ims.h"
 
@@ -101,7 +102,9 @@ void VynLiteForm::start_pages() {
     parts_->widgets.tasks->addTab(parts_->log, tr("Log"));
     clear_ims();
     get_ims().version = file_version;
-    parts_->widgets.tool_bar->addAction(QWhatsThis::createAction(this));
+    QAction* whats_this = QWhatsThis::createAction(this);
+    whats_this->setIcon(vyn_icon(QStringLiteral("whats_this.png")));
+    parts_->widgets.tool_bar->addAction(whats_this);
     update_state();
 }
 

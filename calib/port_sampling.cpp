@@ -69,9 +69,9 @@ PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side) {
         if (!port.active) continue;
         const std::optional<double> mean = mean_around(ratio, port, side);
         if (!mean)
-            samples.left_out.push_back(label(port) + ": no valid pixel of the ratio image there");
+            samples.left_out.push_back(label(port) + ": no valid pixel there");
         else if (!std::isfinite(*mean))
-            samples.left_out.push_back(label(port) + ": the ratio there is no finite number");
+            samples.left_out.push_back(label(port) + ": the value there is no finite number");
         else if (!std::isfinite(port.f))
             samples.left_out.push_back(label(port) + ": its pressure is no finite number");
         else

@@ -107,7 +107,9 @@ image ChannelRatioTask::ratio_of_gates(const Corrected& pictures, TaskContext& c
         filter_all({&gate_1, &gate_2}, *filter, context);
     }
     context.status("Calculating I/Iref lifetime");
-    return form_ratio(*gate_1, *gate_2, ratio_limits(vyn_db()), context);
+    image ratio = form_ratio(*gate_1, *gate_2, ratio_limits(vyn_db()), context);
+    ratio.markers = gate_2->markers;
+    return ratio;
 }
 
 image ChannelRatioTask::ratio_of_ratios(const Corrected& pictures, TaskContext& context) {

@@ -29,7 +29,7 @@ void picture_remarks(dataSetInterface& data, const imagesList& images, Experimen
         if (!picture) continue;
         if (!images.find(card.raw->dark_name))
             remarks.push_back(card.title + ": no dark image is used.");
-        if (!images.find(card.raw->flat_name))
+        if (!images.find(camera_partner(data, *card.raw).flat_name))
             remarks.push_back(card.title + ": no flat field is used.");
         saturation_remark(data, picture, card.title, remarks);
     }

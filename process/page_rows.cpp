@@ -65,7 +65,6 @@ const Labels& lifetime_labels() {
                                {names::wind_on_sens_aligned, "Wind-On Gate 2 aligned"},
                                {names::wind_on_refe_aligned, "Wind-On Gate 1 aligned"},
                                {names::flat_sens, "Flat Field"},
-                               {names::flat_refe, "Flat Field Gate 1"},
                                {names::ratio, "I/Iref"},
                                {names::field, "Pressure field"}};
     return labels;
@@ -128,7 +127,8 @@ std::vector<PageCard> page_cards(ExperimentType type) {
 std::vector<PageRow> flat_rows(ExperimentType type) {
     std::vector<PageRow> rows;
     for (const char* name : {names::flat_sens, names::flat_refe}) {
-        if (name == names::flat_refe && one_channel(type)) break;
+        // One camera takes both gates.
+        if (name == names::flat_refe && type != ExperimentType::binary) break;
         rows.push_back({*input_of_image(name), name, image_label(type, name)});
     }
     return rows;

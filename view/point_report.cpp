@@ -44,7 +44,8 @@ PointReport make_point_report(const RunReport& report, dataSetInterface& data,
         result.histogram = png_bytes(
             draw_histogram(histogram, result.check.quantity, histogram_width, histogram_height));
     }
-    for (const auto& input : provenance(data, images)["inputs"])
+    const nlohmann::json source = provenance(data, images);
+    for (const auto& input : source.at("inputs"))
         result.inputs.emplace_back(input["file"].get<std::string>(),
                                    input["sha256"].get<std::string>());
     result.program = std::string("VynLite ") + program_version;
@@ -53,8 +54,8 @@ PointReport make_point_report(const RunReport& report, dataSetInterface& data,
 
 TaskOutcome PointReportTask::run(TaskContext& context) {
     context.status("Checking the point");
-    *result_ =
-        make_point_report(*report_, vyn_db(), get_images(), ports_of_point(get_images()), context);
+    const MarkerSet ports = ports_.markers.empty() ? ports_of_point(get_images()) : ports_;
+    *result_ = make_point_report(*report_, vyn_db(), get_images(), ports, context);
     return TaskOutcome::done;
 }
 

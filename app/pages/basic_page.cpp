@@ -67,7 +67,7 @@ void BasicPage::build(ExperimentType type) {
     }
     grid->add(camera_group());
     grid->add(option_group());
-    steps_ = new StepGroup(flat_rows(type).size() > 1, grid);
+    steps_ = new StepGroup(page_cards(type).size() > 2, grid);
     grid->add(steps_);
     connect(steps_, &StepGroup::wanted, this, &BasicPage::run_step);
     results_ = new ResultsList(type, grid);

@@ -1,5 +1,6 @@
 vyn_tests(align
     SOURCES
+        channel_maps_test.cpp
         displacement_map_test.cpp
         dot_scene.cpp
         marker_alignment_test.cpp

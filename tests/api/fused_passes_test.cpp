@@ -1,10 +1,13 @@
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "api/correction.h"
 #include "api/field_conversion.h"
 #include "api/pixel_ops.h"
+#include "core/errors.h"
 #include "tests/api/pictures.h"
 
 namespace vyn {
@@ -162,6 +165,67 @@ TEST(ConvertField, GivesHandValuesAndExcludesWhatIsNotFinite) {
     conversion.unit_factor = 1e37;
     const image pressure = convert_field(ratio, conversion, progress);
     EXPECT_EQ(pressure.mask()(0, 0), 1);
+}
+
+/// Hand-worked pixels: each picture's mask counts, a zero divisor excludes, limits clamp.
+TEST(RatioOfRatios, TakesTheAndOfFourMasks) {
+    constexpr int n = 8;
+    const auto plane = [](std::initializer_list<float> values, int excluded) {
+        image picture(n, 1);
+        std::copy(values.begin(), values.end(), picture.values().row(0));
+        if (excluded >= 0) picture.mask()(excluded, 0) = 7;
+        return picture;
+    };
+    const image signal_off = plane({2, 2, 2, 2, 3e30F, 6, -1, NAN}, 0);
+    const image signal_on = plane({1, 1, 1, 1, 1e-30F, 2, 1, 1}, 1);
+    const image reference_off = plane({1, 1, 1, 1, 1e-30F, 3, 1, 1}, 2);
+    const image reference_on = plane({1, 1, 1, 0.5F, 1, 4, 1, 1}, -1);
+    Progress progress;
+    const ChannelPictures pictures{signal_off, signal_on, reference_off, reference_on};
+    const image ratio = form_ratio_of_ratios(pictures, {}, progress);
+    const std::vector<int> excluded{1, 1, 1, 0, 1, 0, 0, 1};
+    for (int x = 0; x < n; ++x) {
+        EXPECT_EQ(ratio.mask()(x, 0), excluded[static_cast<std::size_t>(x)]) << x;
+        if (excluded[static_cast<std::size_t>(x)] && !std::isnan(signal_off.values()(x, 0))) {
+            EXPECT_EQ(ratio.values()(x, 0), signal_off.values()(x, 0)) << x;
+        }
+    }
+    EXPECT_EQ(ratio.values()(3, 0), 1);
+    EXPECT_EQ(ratio.values()(5, 0), 4);
+    const image clamped =
+        form_ratio_of_ratios(pictures, {.clamp = true, .lower = 0, .upper = 3}, progress);
+    EXPECT_EQ(clamped.values()(5, 0), 3);
+    EXPECT_EQ(clamped.values()(6, 0), 0);
+    EXPECT_EQ(clamped.mask()(6, 0), 0);
+    EXPECT_THROW(
+        form_ratio_of_ratios({signal_off, signal_on, reference_off, image(n, 2)}, {}, progress),
+        IndexError);
+}
+
+/// Every instruction set, whole and partial groups of lanes.
+TEST(DistortPositions, EqualsThePointFunction) {
+    const Distortion lens{40.25, 31.5, 3e-6, -2e-11};
+    for (const char* isa : test::isa_names) {
+        const test::UsingIsa using_isa(isa);
+        for (const int n : {0, 1, 2, 15, 16, 17, 64, 67}) {
+            std::vector<double> x;
+            std::vector<double> y;
+            for (int i = 0; i < n; ++i) {
+                x.push_back(-20 + 2.3 * i);
+                y.push_back(80 - 1.7 * i);
+            }
+            std::vector<double> camera_x = x;
+            std::vector<double> camera_y = y;
+            camera_x.push_back(-1);  // behind the end
+            distort_positions(lens, n, camera_x.data(), camera_y.data());
+            for (std::size_t i = 0; i < x.size(); ++i) {
+                const Point expected = distorted_position(lens, {x[i], y[i]});
+                EXPECT_EQ(camera_x[i], expected.x) << isa << ' ' << i;
+                EXPECT_EQ(camera_y[i], expected.y) << isa << ' ' << i;
+            }
+            EXPECT_EQ(camera_x.back(), -1);
+        }
+    }
 }
 
 }  // namespace

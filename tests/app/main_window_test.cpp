@@ -135,7 +135,11 @@ TEST_F(MainWindow, RemembersGeometryAndPalette) {
     choose_appearance(Appearance::dark);
     EXPECT_EQ(chosen_appearance(), Appearance::dark);
     EXPECT_LT(window->palette().color(QPalette::Window).lightness(), 100);
-    EXPECT_GT(window->palette().color(QPalette::Text).lightness(), 150);
+    for (const auto& [text, ground] : {std::pair(QPalette::Text, QPalette::Base),
+                                       std::pair(QPalette::WindowText, QPalette::Window),
+                                       std::pair(QPalette::ButtonText, QPalette::Button)})
+        EXPECT_GT(window->palette().color(text).lightness(),
+                  window->palette().color(ground).lightness() + 100);
     choose_appearance(Appearance::system);
 }
 

@@ -5,6 +5,7 @@ vyn_ui_tests(app
         help_test.cpp
         main_window_test.cpp
         pages_test.cpp
+        point_check_test.cpp
         program_test.cpp
         project_commands_test.cpp
         whole_point_test.cpp

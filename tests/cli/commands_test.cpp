@@ -212,6 +212,42 @@ TEST(Sample, RepeatsItselfBySeed) {
     sample("a", {"--force"});
 }
 
+/// From nothing to a field and its page, with the two channels of one command line.
+class TwoChannels : public testing::TestWithParam<const char*> {};
+
+TEST_P(TwoChannels, SampleRunAndPage) {
+    const TemporaryFolder folder;
+    output_of({"sample", folder / "s", "--size", "240x180", GetParam()});
+    const std::string project = folder / "s/project.xml";
+    const ProgramRun run =
+        run_program({"run", project, "--save", "field_P=" + (folder / "field.tif").string(),
+                     "--html", folder / "page.html", "--ports", folder / "s/ports.mrk"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto difference = nlohmann::json::parse(
+        output_of({"compare", folder / "field.tif", folder / "s/truth.tif", "--edge", "12",
+                   "--markers", folder / "s/truth.mrk", "--json"}));
+    EXPECT_LT(difference.at("rms_error").get<double>(), 30);  // of 22000
+    const std::string page = get_file(folder / "page.html");
+    EXPECT_THAT(page, HasSubstr("Differences: root mean square"));
+    EXPECT_THAT(page, HasSubstr("The pictures are aligned."));
+    EXPECT_THAT(page, HasSubstr("<th>port</th>"));
+
+    const ProgramRun again = run_program({"run", project, "--html", folder / "page.html"});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_THAT(again.err, HasSubstr("page.html"));
+    EXPECT_EQ(get_file(folder / "page.html"), page);
+    EXPECT_EQ(run_program({"run", project, "--ports", folder / "s/ports.mrk"}).status, 2);
+    const ProgramRun dots = run_program(
+        {"run", project, "--html", folder / "new.html", "--ports", folder / "s/truth.mrk"});
+    EXPECT_EQ(dots.status, 1);
+    EXPECT_THAT(dots.err, HasSubstr("have no pressures"));
+    const ProgramRun fourth = run_program({"run", project, "--set", "project/test/s3f=1"});
+    EXPECT_EQ(fourth.status, 1);
+    EXPECT_THAT(fourth.err, HasSubstr("not available"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Types, TwoChannels, testing::Values("--binary", "--lifetime"));
+
 /// A target that cannot be written leaves the old file and no half-written one.
 TEST(Convert, KeepsTheOldFileWhenWritingFails) {
     const TemporaryFolder folder;

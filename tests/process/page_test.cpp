@@ -143,6 +143,37 @@ INSTANTIATE_TEST_SUITE_P(
                image_names::wind_off_sens_cor, "the mask of Wind-Off changed"}),
     [](const auto& test) { return std::string(test.param.name); });
 
+class TwoChannels : public Page, public testing::WithParamInterface<SyntheticOptions::Channels> {};
+
+TEST_P(TwoChannels, EveryResultKnowsBothChannels) {
+    write_synthetic_point(
+        make_synthetic_point({.width = 160, .height = 120, .channels = GetParam()}, context),
+        folder.path(), context);
+    ASSERT_EQ(run(ReadProjectTask({.file = folder / "project.xml",
+                                   .geometry = ReadProject::Geometry::leave_out,
+                                   .settings = {}})),
+              TaskOutcome::done);
+    ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
+    const auto whole = get_images().find(image_names::field);
+    const std::vector<std::string> results = page_results(experiment_type(vyn_db()));
+    ASSERT_EQ(results.size(), 8u);
+    for (const std::string& name : results)
+        EXPECT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
+    for (const PageStep each :
+         {PageStep::correct_wind_off, PageStep::correct_wind_on, PageStep::ratio, PageStep::field})
+        ASSERT_EQ(step(each), TaskOutcome::done);
+    EXPECT_TRUE(same_bits(*whole, *get_images().find(image_names::field)));
+
+    write(vyn_db(), keys::wind_on_refe_dark, 9.0);
+    for (const char* name : {image_names::wind_on_refe_cor, image_names::ratio, image_names::field})
+        EXPECT_EQ(state_of(name).kind, Kind::out_of_date) << name;
+    EXPECT_EQ(state_of(image_names::wind_on_sens_cor).kind, Kind::current);
+}
+
+INSTANTIATE_TEST_SUITE_P(BinaryAndLifetime, TwoChannels,
+                         testing::Values(SyntheticOptions::Channels::binary,
+                                         SyntheticOptions::Channels::lifetime));
+
 TEST_F(Page, WhatHasNoEffectLeavesResultsCurrent) {
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
     write(vyn_db(), keys::filter_dx, 9);        // filter is off
@@ -241,6 +272,7 @@ TEST(PageRows, TypesHaveTheirRowsAndLabels) {
     EXPECT_EQ(image_label(ExperimentType::binary, "wind_on_dark_sens"),
               "Wind-Off Sensitive background");
     EXPECT_EQ(image_label(ExperimentType::single, "wind_off_sens_cor"), "Wind-Off cerrected");
+    EXPECT_EQ(flat_rows(ExperimentType::lifetime).size(), 1u) << "one camera takes both gates";
     EXPECT_EQ(flat_rows(ExperimentType::binary)[1].input.file.path, "project/refe_cam/flat_file");
 }
 

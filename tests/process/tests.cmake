@@ -1,9 +1,12 @@
 vyn_tests(process
     SOURCES
         chain_test.cpp
+        channels_test.cpp
         field_comparison_test.cpp
+        law_conditions_test.cpp
         new_point_test.cpp
         page_test.cpp
+        point_check_test.cpp
         project_test.cpp
         synthetic_point_test.cpp
     LINK vyn_process)

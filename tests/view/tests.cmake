@@ -2,6 +2,7 @@ vyn_tests(view
     SOURCES
         colour_map_test.cpp
         export_test.cpp
+        html_report_test.cpp
         limits_test.cpp
         line_profile_test.cpp
         marker_edit_test.cpp
