@@ -1,4 +1,4 @@
-#include "calib/ui/plot_style.h"
+#include "view/ui/plot_style.h"
 
 #include <qwt_painter.h>
 #include <qwt_plot.h>
