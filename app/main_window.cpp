@@ -35,8 +35,9 @@ bool is_project(const QString& file) {
 
 /// The page that a type of experiment is set up on.
 ExperimentPageKind page_of(ExperimentType type) {
-    return type == ExperimentType::single ? ExperimentPageKind::single_channel
-                                          : ExperimentPageKind::double_channel;
+    return type == ExperimentType::binary || type == ExperimentType::lifetime
+               ? ExperimentPageKind::double_channel
+               : ExperimentPageKind::single_channel;
 }
 
 }  // namespace
@@ -57,6 +58,7 @@ VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
 VynLiteForm::~VynLiteForm() {
     // The page and the viewers are told nothing any more.
     disconnect(parts_->commands, nullptr, this, nullptr);
+    parts_->widgets.dir_edit->disconnect(this);  // it loses the focus when the window goes
     remove_page();
 }
 
@@ -146,10 +148,8 @@ void VynLiteForm::make_page() {
     const ExperimentType type = experiment_type(vyn_db());
     if (parts_->page && parts_->page_type == type) return;
     remove_page();
-    if (type == ExperimentType::s3f) {
+    if (type == ExperimentType::s3f)
         statusBar()->showMessage(QString::fromLatin1(not_evaluated_text));
-        return;
-    }
     parts_->page = make_experiment_page(page_of(type), parts_->worker, parts_->widgets.tasks);
     if (!parts_->page) return;
     parts_->page_type = type;

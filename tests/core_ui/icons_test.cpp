@@ -1,11 +1,10 @@
 #include "core/ui/icons.h"
 
+#include <QFile>
 #include <QPixmap>
+#include <QRegularExpression>
 #include <filesystem>
-#include <fstream>
-#include <regex>
 #include <set>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -14,29 +13,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string text_of(const fs::path& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
-
 /// Names of drawings in the sources of the window: what vyn_icon() and vyn_cursor() are given, and
 /// the "….png" entries of tables in files that use either.
 std::set<std::string> names_in_the_sources() {
-    const std::regex use(R"#((?:vyn_icon|vyn_cursor)\(\s*(?:\w+\(\s*)?"([^"]+)")#");
-    const std::regex entry(R"#("([a-z0-9_+-]+)\.png")#");
+    const QRegularExpression use(
+        QStringLiteral(R"#((?:vyn_icon|vyn_cursor)\(\s*(?:\w+\(\s*)?"([^"]+)")#"));
+    const QRegularExpression entry(QStringLiteral(R"#("([a-z0-9_+-]+)\.png")#"));
     std::set<std::string> names;
     for (const char* folder : {"core/ui", "view/ui", "calib/ui", "align/ui", "app"})
         for (const auto& item :
              fs::recursive_directory_iterator(fs::path(VYN_SOURCE_DIR) / folder)) {
             if (item.path().extension() != ".cpp") continue;
-            const std::string text = text_of(item.path());
-            if (text.find("vyn_icon") == text.npos && text.find("vyn_cursor") == text.npos)
+            QFile source(QString::fromStdString(item.path().string()));
+            if (!source.open(QIODevice::ReadOnly)) continue;
+            const QString text = QString::fromUtf8(source.readAll());
+            if (!text.contains(QLatin1String("vyn_icon")) &&
+                !text.contains(QLatin1String("vyn_cursor")))
                 continue;
-            for (const std::regex& pattern : {use, entry})
-                for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end;
-                     ++it)
-                    names.insert((*it)[1]);
+            for (const QRegularExpression& pattern : {use, entry})
+                for (auto found = pattern.globalMatch(text); found.hasNext();)
+                    names.insert(found.next().captured(1).toStdString());
         }
     return names;
 }

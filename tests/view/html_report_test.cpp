@@ -1,6 +1,5 @@
 #include "view/html_report.h"
 
-#include <regex>
 
 #include <gmock/gmock.h>
 
@@ -94,7 +93,8 @@ TEST(HtmlReport, TextsCannotBecomeMarkup) {
     EXPECT_THAT(html, Not(HasSubstr("<script")));
     EXPECT_EQ(count_of(html, "&lt;script&gt;alert(&quot;1&quot;)&lt;/script&gt; &amp; more"), 13u);
     EXPECT_THAT(html, Not(HasSubstr("http")));
-    EXPECT_FALSE(std::regex_search(html, std::regex("(src|href)=\"(?!data:)")));
+    EXPECT_EQ(count_of(html, "src=\""), count_of(html, "src=\"data:"));
+    EXPECT_EQ(count_of(html, "href="), 0u);
     for (const char* tag : {"table", "tr", "td", "th", "p", "h2", "ul", "li"})
         EXPECT_EQ(count_of(html, "<" + std::string(tag) + ">") +
                       count_of(html, "<" + std::string(tag) + " "),

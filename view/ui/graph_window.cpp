@@ -71,7 +71,10 @@ GraphWindow::GraphWindow(QWidget* parent)
     statusBar()->showMessage(tr("Draw lines on the image; zoom here with the left button"));
 }
 
-GraphWindow::~GraphWindow() = default;
+GraphWindow::~GraphWindow() {
+    for (NumberEdit* edit : ranges_)
+        edit->disconnect(this);  // it loses the focus when the window goes
+}
 
 void GraphWindow::make_plot() {
     plot_->setObjectName(QStringLiteral("plot"));
