@@ -1,4 +1,5 @@
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -54,6 +55,15 @@ TEST_F(WholePoint, IsOpenedComputedViewedSavedAndOpenedAgain) {
     const auto again = get_images().find(image_names::field);
     ASSERT_TRUE(again);
     EXPECT_EQ(again->values()(80, 60), field->values()(80, 60));
+
+    // A viewer that is open keeps the program no longer than its window.
+    window->show_image(image_names::field, false, "Pressure field");
+    first = viewer();
+    QSignalSpy last_closed(qApp, &QApplication::lastWindowClosed);
+    press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
+    EXPECT_TRUE(window->close());
+    EXPECT_FALSE(first);
+    EXPECT_EQ(last_closed.count(), 1);
     EXPECT_TRUE(all_answered());
 }
 
