@@ -2,12 +2,14 @@
 
 #include <QDialogButtonBox>
 #include <QPushButton>
-#include <QTextBrowser>
 #include <QVBoxLayout>
 
+#include "api/image_list.h"
 #include "core/atomic_file.h"
 #include "core/data_set.h"
+#include "core/errors.h"
 #include "core/ui/command.h"
+#include "markers/marker_files.h"
 #include "process/project_paths.h"
 #include "view/html_report.h"
 
@@ -17,28 +19,70 @@ namespace {
 
 constexpr QSize first_size{900, 700};
 
+/// Ports in pixels of the field. Raises FileError naming the file and what is wrong.
+MarkerSet read_ports(const std::string& file) {
+    const auto field = get_images().find(image_names::field);
+    MarkerSet ports;
+    const MarkerFileResult result = read_markers(file, ports, field ? field->height() : 0);
+    if (!result) throw FileError("app/point_check_dialog", __LINE__, "File error!", result.detail);
+    if (!ports.hasF)
+        throw FileError("app/point_check_dialog", __LINE__, "File error!",
+                        file + ": the markers have no pressures");
+    return ports;
+}
+
 }  // namespace
 
-PointCheckDialog::PointCheckDialog(std::shared_ptr<const PointReport> report, QWidget* parent)
-    : QDialog(parent), html_(html_report(*report)) {
+PointCheckDialog::PointCheckDialog(QBusyBox& busy_box, std::shared_ptr<const RunReport> report,
+                                   QWidget* parent)
+    : QDialog(parent),
+      busy_box_(busy_box),
+      report_(std::move(report)),
+      page_(new QTextBrowser(this)) {
     setObjectName(QStringLiteral("PointCheckDialog"));
     setWindowTitle(tr("Check of the point"));
-    auto* const page = new QTextBrowser(this);
-    page->setObjectName(QStringLiteral("txt_check"));
-    page->setOpenLinks(false);
-    page->setHtml(QString::fromStdString(html_));
+    page_->setObjectName(QStringLiteral("txt_check"));
+    page_->setOpenLinks(false);
 
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-    QPushButton* const save = buttons->addButton(tr("&Export..."), QDialogButtonBox::ActionRole);
-    save->setObjectName(QStringLiteral("btn_export"));
-    save->setToolTip(tr("Write this page as one HTML file with its pictures"));
-    connect(save, &QPushButton::clicked, this, &PointCheckDialog::export_page);
+    const auto add_button = [&](const QString& text, const char* name, const QString& tip) {
+        QPushButton* const button = buttons->addButton(text, QDialogButtonBox::ActionRole);
+        button->setObjectName(QLatin1String(name));
+        button->setToolTip(tip);
+        return button;
+    };
+    connect(add_button(tr("&Ports..."), "btn_ports",
+                       tr("Compare the field with the pressures of a marker file, in the unit of "
+                          "the test conditions")),
+            &QPushButton::clicked, this, &PointCheckDialog::select_ports);
+    connect(add_button(tr("&Export..."), "btn_export",
+                       tr("Write this page as one HTML file with its pictures")),
+            &QPushButton::clicked, this, &PointCheckDialog::export_page);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* const layout = new QVBoxLayout(this);
-    layout->addWidget(page);
+    layout->addWidget(page_);
     layout->addWidget(buttons);
     resize(first_size);
+}
+
+bool PointCheckDialog::look(const MarkerSet& ports) {
+    auto task = std::make_unique<PointReportTask>(report_, ports);
+    const std::shared_ptr<const PointReport> result = task->result();
+    auto job = std::make_shared<Job>();
+    job->append(std::move(task));
+    if (busy_box_.run(job) != TaskOutcome::done) return false;
+    html_ = html_report(*result);
+    page_->setHtml(QString::fromStdString(html_));
+    return true;
+}
+
+void PointCheckDialog::select_ports() {
+    const std::string file =
+        ask_open_file(this, {tr("Pressure ports"), tr("Markers (*.mrk *.mpt *.inm);;All files (*)"),
+                             QStringLiteral("mrk"), project_folder(vyn_db()).string()});
+    if (file.empty()) return;
+    attempt(this, windowTitle(), [&] { look(read_ports(file)); });
 }
 
 void PointCheckDialog::export_page() {
@@ -51,12 +95,8 @@ void PointCheckDialog::export_page() {
 
 void show_point_check(QBusyBox& busy_box, std::shared_ptr<const RunReport> report,
                       QWidget* parent) {
-    auto task = std::make_unique<PointReportTask>(std::move(report));
-    const std::shared_ptr<const PointReport> result = task->result();
-    auto job = std::make_shared<Job>();
-    job->append(std::move(task));
-    if (busy_box.run(job) != TaskOutcome::done) return;
-    PointCheckDialog(result, parent).exec();
+    PointCheckDialog dialog(busy_box, std::move(report), parent);
+    if (dialog.look()) dialog.exec();
 }
 
 }  // namespace vyn

@@ -27,6 +27,12 @@ html_of() { # PAGE.md: the name of its page in the help file
 }
 
 cd "$work"
+# The help window does not fit pictures to its width.
+for picture in pictures/*.png; do
+    width=$((0x$(od -An -j16 -N4 -tx1 "$picture" | tr -d ' \n'))) # of the file's head
+    [ "$width" -le 700 ] || echo "s|<img src=\"$picture\"|& width=\"700\"|"
+done >wide_pictures.sed
+
 awk -f "$here/heads.awk" "$@" >heads.tsv
 
 for page in "$@"; do
@@ -37,7 +43,7 @@ for page in "$@"; do
         cmark-gfm --extension table "$page" |
             sed -E -e 's/<table>/<table border="1" cellspacing="0" cellpadding="4">/' \
                 -e 's/(href="[^":]*)README\.md/\1index.html/g' \
-                -e 's/(href="[^":]*)\.md(#|")/\1.html\2/g' |
+                -e 's/(href="[^":]*)\.md(#|")/\1.html\2/g' -f wide_pictures.sed |
             awk -F '\t' -v page="$page" '
                 # Anchors in the order of the heads.
                 NR == FNR { if ($1 == page) anchor[++heads] = $3; next }

@@ -27,7 +27,7 @@ struct LineProfile {
 
 /// The longest line that is sampled and the widest band that is averaged, pixels.
 inline constexpr double longest_profile = 1e5;
-inline constexpr int widest_profile = 1001;
+inline constexpr int widest_profile = 201;
 
 /// Values at equal distances of at most one pixel, both ends included: bilinear between the four
 /// pixels about a place, or the mean of `width` such values side by side across the line, one pixel

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/parallel.h"
+
 namespace vyn {
 
 namespace {
@@ -159,20 +161,34 @@ PixelRuns brush_runs(PictureSize size, std::span<const Point> places, double rad
     return runs;
 }
 
+PixelRuns search_rows(int height, const std::function<void(int y, PixelRuns& runs)>& search) {
+    constexpr int block = 64;
+    std::vector<PixelRuns> blocks(static_cast<std::size_t>((height + block - 1) / block));
+    Progress progress;
+    parallel_rows(height, block, progress, [&](int y0, int y1) {
+        PixelRuns& runs = blocks[static_cast<std::size_t>(y0 / block)];
+        for (int y = y0; y < y1; ++y)
+            search(y, runs);
+    });
+    PixelRuns all;
+    for (const PixelRuns& runs : blocks)
+        all.insert(all.end(), runs.begin(), runs.end());
+    return all;
+}
+
 PixelRuns threshold_runs(const image& picture, double low, double high) {
-    PixelRuns runs;
-    for (int y = 0; y < picture.height(); ++y) {
+    const int width = picture.width();
+    return search_rows(picture.height(), [&](int y, PixelRuns& runs) {
         const float* values = picture.values().row(y);
         const auto inside = [&](int x) { return values[x] >= low && values[x] <= high; };
-        for (int x = 0; x < picture.width(); ++x) {
+        for (int x = 0; x < width; ++x) {
             if (!inside(x)) continue;
             const int first = x;
-            while (x < picture.width() && inside(x))
+            while (x < width && inside(x))
                 ++x;
             runs.push_back({y, first, x});
         }
-    }
-    return runs;
+    });
 }
 
 }  // namespace vyn

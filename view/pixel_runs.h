@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -35,6 +36,9 @@ PixelRuns ellipse_runs(PictureSize size, Point corner, Point opposite);
 PixelRuns polygon_runs(PictureSize size, std::span<const Point> corners);
 /// Everything within `radius` of a line through the places; one place gives a disc.
 PixelRuns brush_runs(PictureSize size, std::span<const Point> places, double radius);
+
+/// The runs that `search(y, runs)` appends for each row, rows searched by several threads.
+PixelRuns search_rows(int height, const std::function<void(int y, PixelRuns& runs)>& search);
 
 /// Every pixel whose value lies from low to high, both included; NaN is in no range.
 PixelRuns threshold_runs(const image& picture, double low, double high);

@@ -57,20 +57,21 @@ bool RegionEdit::draw(RegionPlane plane, RegionAction action, const PixelRuns& r
 }
 
 PixelRuns RegionEdit::changes(const Step& step, RegionAction action, const PixelRuns& runs) const {
-    PixelRuns flipped;
-    const int width = picture_.width();
-    std::vector<std::uint8_t> drawn(static_cast<std::size_t>(width));
-    const std::vector<std::uint8_t> made(drawn.size(), step.filled);
-    auto run = runs.begin();
-    for (int y = 0; y < picture_.height(); ++y) {
-        if (action != RegionAction::only && (run == runs.end() || run->y != y)) continue;
-        std::fill(drawn.begin(), drawn.end(), std::uint8_t{0});
+    const image& picture = picture_;
+    const auto width = static_cast<std::size_t>(picture.width());
+    const std::vector<std::uint8_t> made(width, step.filled);
+    return search_rows(picture.height(), [&](int y, PixelRuns& flipped) {
+        auto run = std::lower_bound(runs.begin(), runs.end(), y,
+                                    [](const PixelRun& r, int row) { return r.y < row; });
+        const bool untouched = run == runs.end() || run->y != y;
+        if (untouched && action != RegionAction::only) return;
+        std::vector<std::uint8_t> drawn(width, 0);
         for (; run != runs.end() && run->y == y; ++run)
             std::fill(drawn.begin() + run->first, drawn.begin() + run->last, std::uint8_t{1});
-        const float* values = picture_.values().row(y);
+        const float* values = picture.values().row(y);
         const std::uint8_t* now =
-            step.made_region ? made.data() : plane_of(picture_, step.plane).row(y);
-        for (int x = 0; x < width; ++x) {
+            step.made_region ? made.data() : plane_of(picture, step.plane).row(y);
+        for (int x = 0; x < picture.width(); ++x) {
             const bool locked = step.plane == RegionPlane::excluded && !std::isfinite(values[x]);
             if (locked || !flips(action, drawn[static_cast<std::size_t>(x)] != 0, now[x] != 0))
                 continue;
@@ -78,8 +79,7 @@ PixelRuns RegionEdit::changes(const Step& step, RegionAction action, const Pixel
                 flipped.push_back({y, x, x});
             ++flipped.back().last;
         }
-    }
-    return flipped;
+    });
 }
 
 void RegionEdit::undo() {

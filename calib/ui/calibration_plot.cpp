@@ -1,6 +1,7 @@
 #include "calib/ui/calibration_plot.h"
 
 #include <QMouseEvent>
+#include <QPolygonF>
 #include <QToolTip>
 
 #include <qwt_legend.h>
@@ -9,7 +10,7 @@
 #include <qwt_plot_marker.h>
 #include <qwt_symbol.h>
 
-#include "calib/ui/plot_style.h"
+#include "view/ui/plot_style.h"
 
 namespace vyn {
 
@@ -91,6 +92,7 @@ void CalibrationPlot::show_points(const std::vector<CalibrationPoint>& points,
         add_number(*this, points[i]);
     }
     add_symbols(*this, data_title(), in, QwtSymbol::Ellipse, QColor(data_colour));
+    give_margins(*this, QPolygonF(in + out).boundingRect());
     if (!out.isEmpty()) add_symbols(*this, out_title(), out, QwtSymbol::XCross, QColor(Qt::gray));
     replot();
 }

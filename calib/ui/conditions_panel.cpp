@@ -22,15 +22,13 @@ QString row_of(const LawConditions::Line& line) {
 
 QString html_of(const LawConditions& conditions) {
     QString html;
-    if (!conditions.lines.empty()) {
-        html = QObject::tr("As it will enter the law:") + QStringLiteral("<table>");
-        for (const LawConditions::Line& line : conditions.lines)
-            html += row_of(line);
-        html += QStringLiteral("</table>");
-    }
     for (const std::string& remark : conditions.remarks)
         html += QStringLiteral("<p>&#9888; %1.</p>").arg(escaped(remark));
-    return html;
+    if (conditions.lines.empty()) return html;
+    html += QObject::tr("As it will enter the law:") + QStringLiteral("<table>");
+    for (const LawConditions::Line& line : conditions.lines)
+        html += row_of(line);
+    return html + QStringLiteral("</table>");
 }
 
 }  // namespace
@@ -50,7 +48,8 @@ QSize ConditionsPanel::sizeHint() const {
 }
 
 QSize ConditionsPanel::minimumSizeHint() const {
-    return sizeHint() / 2;
+    const int line = fontMetrics().lineSpacing();
+    return {22 * line, 8 * line};
 }
 
 void ConditionsPanel::show_conditions(dataSetInterface& settings) {

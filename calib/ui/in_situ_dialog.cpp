@@ -29,7 +29,7 @@ namespace vyn {
 
 namespace {
 
-constexpr int first_column_chars = 40;
+constexpr int file_chars = 40;
 
 QString caption() {
     return QObject::tr("Calibration");
@@ -54,20 +54,18 @@ Edit* named(Edit* edit, const char* name) {
 form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     : QDialog(parent),
       worker_(worker),
-      edt_mrk_file(named(new QLineEdit, "edt_mrk_file")),
+      edt_mrk_file(form_.text(keys::port_file.path, "edt_mrk_file")),
       edt_cal_file(named(new QLineEdit, "edt_cal_file")),
-      cmb_order(named(new QComboBox, "cmb_order")),
-      edt_p_units(named(new QLineEdit, "edt_p_units")),
-      spn_approx(named(new QSpinBox, "spn_approx")) {
+      cmb_order(form_.choice(keys::in_situ_terms.path,
+                             {{tr("1 term: constant"), "1"},
+                              {tr("2 terms: linear"), "2"},
+                              {tr("3 terms: quadratic"), "3"}},
+                             {}, "cmb_order")),
+      edt_p_units(form_.text(keys::in_situ_pressure_unit.path, "edt_p_units")),
+      spn_approx(form_.spin(keys::in_situ_area.path, "spn_approx")) {
     setWindowTitle(tr("In-situ calibration"));
-    const InSituOptions defaults;
-    cmb_order->addItems({tr("1 term: constant"), tr("2 terms: linear"), tr("3 terms: quadratic")});
-    cmb_order->setCurrentIndex(defaults.terms - 1);
-    edt_p_units->setText(QString::fromStdString(defaults.pressure_unit));
     offer_names(*edt_p_units, unit_list(pressure_unit_names()));
-    spn_approx->setRange(0, max_bitmap_side);
-    spn_approx->setValue(defaults.side);
-    edt_mrk_file->setMinimumWidth(first_column_chars * fontMetrics().averageCharWidth());
+    edt_mrk_file->setMinimumWidth(file_chars * fontMetrics().averageCharWidth());
     edt_cal_file->setPlaceholderText(tr("none: the law is stored in the project only"));
 
     QToolButton* markers =
@@ -80,30 +78,36 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     rows->add_row(tr("Approximation order:"), cmb_order);
     rows->add_row(tr("Pressure Unit:"), edt_p_units);
     rows->add_row(tr("Approximation area:"), spn_approx, tr("px"));
-
-    auto* show = named(new QPushButton(tr("&Show ports")), "btn_show_ports");
-    show->setToolTip(tr("Shows the ports on the ratio image with the squares that are averaged"));
-    auto* calculate = named(new QPushButton(tr("Calculate")), "btn_calculate");
-    auto* cancel = named(new QPushButton(tr("Cancel")), "btn_cancel");
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(show);
-    buttons->addStretch();
-    buttons->addWidget(calculate);
-    buttons->addWidget(cancel);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(rows);
     layout->addStretch();
-    layout->addLayout(buttons);
-    calculate->setDefault(true);
+    layout->addLayout(buttons());
+    form_.show(vyn_db());
 
     connect(markers, &QToolButton::clicked, this, &form_calibr_single::select_markers);
     connect(calibration, &QToolButton::clicked, this, &form_calibr_single::select_calibration);
-    connect(show, &QPushButton::clicked, this, &form_calibr_single::show_ports);
-    connect(calculate, &QPushButton::clicked, this, &form_calibr_single::btn_calculate_clicked);
-    connect(cancel, &QPushButton::clicked, this, &form_calibr_single::reject);
     connect(edt_mrk_file, &QLineEdit::editingFinished, this, &form_calibr_single::refresh_ports);
     connect(spn_approx, qOverload<int>(&QSpinBox::valueChanged), this,
             &form_calibr_single::refresh_ports);
+}
+
+QLayout* form_calibr_single::buttons() {
+    auto* show = named(new QPushButton(tr("&Show ports")), "btn_show_ports");
+    show->setToolTip(tr("Shows the ports on the ratio image with the squares that are averaged"));
+    show->setAutoDefault(false);
+    auto* calculate = named(new QPushButton(tr("Calculate")), "btn_calculate");
+    calculate->setDefault(true);
+    auto* cancel = named(new QPushButton(tr("Cancel")), "btn_cancel");
+    cancel->setAutoDefault(false);
+    connect(show, &QPushButton::clicked, this, &form_calibr_single::show_ports);
+    connect(calculate, &QPushButton::clicked, this, &form_calibr_single::btn_calculate_clicked);
+    connect(cancel, &QPushButton::clicked, this, &form_calibr_single::reject);
+    auto* row = new QHBoxLayout;
+    row->addWidget(show);
+    row->addStretch();
+    row->addWidget(calculate);
+    row->addWidget(cancel);
+    return row;
 }
 
 form_calibr_single::~form_calibr_single() {
@@ -112,9 +116,15 @@ form_calibr_single::~form_calibr_single() {
 }
 
 InSituOptions form_calibr_single::options() const {
-    return {.terms = cmb_order->currentIndex() + 1,
+    return {.terms = std::min(cmb_order->currentIndex() + 1, gauss_approximation::most_terms),
             .side = spn_approx->value(),
             .pressure_unit = edt_p_units->text().toStdString()};
+}
+
+std::string form_calibr_single::port_file() const {
+    const std::string name = edt_mrk_file->text().toStdString();
+    const std::filesystem::path found = locate(name, project_folder(vyn_db()));
+    return found.empty() ? name : found.string();
 }
 
 void form_calibr_single::select_markers() {
@@ -156,7 +166,7 @@ void form_calibr_single::refresh_ports() {
     if (!viewer_) return;
     MarkerSet ports;
     const auto ratio = get_images().find(image_names::ratio);
-    const std::string file = edt_mrk_file->text().toStdString();
+    const std::string file = edt_mrk_file->text().isEmpty() ? std::string() : port_file();
     attempt(this, caption(), [&] {
         if (!file.empty()) read_markers(file, ports, ratio ? ratio->height() : 0);
     });
@@ -165,10 +175,10 @@ void form_calibr_single::refresh_ports() {
 }
 
 void form_calibr_single::btn_calculate_clicked() {
-    const std::string port_file = edt_mrk_file->text().toStdString();
+    const std::string ports = port_file();
     const auto outcome = std::make_shared<InSituOutcome>();
     const auto job = std::make_shared<Job>();
-    job->append(std::make_unique<CalibrateTask>(port_file, options(), outcome));
+    job->append(std::make_unique<CalibrateTask>(ports, options(), outcome));
     if (!busy_box_) busy_box_ = new QBusyBox(worker_, this);
     if (busy_box_->run(job) != TaskOutcome::done) return;
     if (!outcome->calibration) {
@@ -176,7 +186,7 @@ void form_calibr_single::btn_calculate_clicked() {
         return;
     }
     VynCalResults results(vyn_db(), this);
-    results.show_calibration(port_file, PortSelection(std::move(*outcome->calibration), options()));
+    results.show_calibration(ports, PortSelection(std::move(*outcome->calibration), options()));
     if (results.exec() != QDialog::Accepted) {
         reject();
         return;
@@ -197,6 +207,7 @@ bool form_calibr_single::store(const paintFeatures& paint, const std::string& wi
     const std::string file = edt_cal_file->text().toStdString();
     if (!may_replace(file)) return false;
     if (!attempt(this, caption(), [&] { write_paint_calibration(file, paint); })) return false;
+    form_.write(vyn_db());
     write(vyn_db(), std::string(keys::sens_paint), paint);
     write(vyn_db(), keys::convert_wind_off_ratio, wind_off_ratio);
     get_log().write(4, "Calibration stored in the project" +

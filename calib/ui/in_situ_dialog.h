@@ -5,6 +5,7 @@
 #include <string>
 
 #include "calib/in_situ_calibration.h"
+#include "core/ui/setting_form.h"
 #include "core/worker.h"
 #include "view/ui/port_overlay.h"
 
@@ -28,7 +29,10 @@ class form_calibr_single : public QDialog {
     void btn_calculate_clicked();
 
   private:
+    QLayout* buttons();
     InSituOptions options() const;
+    /// The port file: a relative name belongs to the project's folder.
+    std::string port_file() const;
     void select_markers();
     void select_calibration();
     void show_ports();
@@ -39,6 +43,8 @@ class form_calibr_single : public QDialog {
     bool store(const paintFeatures& paint, const std::string& wind_off_ratio);
 
     Worker& worker_;
+    /// Settings of the project, stored with the law.
+    SettingForm form_;
     QLineEdit* edt_mrk_file;
     QLineEdit* edt_cal_file;
     QComboBox* cmb_order;

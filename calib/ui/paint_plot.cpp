@@ -4,9 +4,9 @@
 #include <qwt_plot_curve.h>
 
 #include "calib/paint_curves.h"
-#include "calib/ui/plot_style.h"
 #include "calib/units.h"
 #include "core/numbers.h"
+#include "view/ui/plot_style.h"
 
 namespace vyn {
 

@@ -1,5 +1,6 @@
 #include "calib/ui/residual_plot.h"
 
+#include <QPolygonF>
 #include <cmath>
 
 #include <qwt_legend.h>
@@ -7,7 +8,7 @@
 #include <qwt_plot_marker.h>
 #include <qwt_symbol.h>
 
-#include "calib/ui/plot_style.h"
+#include "view/ui/plot_style.h"
 
 namespace vyn {
 
@@ -29,6 +30,7 @@ ResidualPlot::ResidualPlot(QWidget* parent) : QwtPlot(parent) {
     setObjectName(QStringLiteral("residual_plot"));
     style_plot(*this);
     set_plot_titles(*this, {}, tr("Io/I"), tr("Residual of P"));
+    setAxisMaxMajor(QwtPlot::yLeft, 4);
     insertLegend(new QwtLegend, QwtPlot::BottomLegend);
     auto* zero = new QwtPlotMarker;
     zero->setLineStyle(QwtPlotMarker::HLine);
@@ -46,6 +48,7 @@ void ResidualPlot::show_residuals(const PortSelection& selection) {
         if (const double error = selection.leave_one_out(i); std::isfinite(error))
             left_out.append({ratio, error});
     }
+    give_margins(*this, QPolygonF(fitted + left_out).boundingRect());
     const QColor colour(0xff1e88e5);
     const QColor other(0xfffb8c00);
     add_symbols(*this, tr("Fitting"), fitted,

@@ -5,6 +5,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QSignalBlocker>
+#include <QSpinBox>
 
 #include "core/errors.h"
 #include "core/keys.h"
@@ -87,6 +88,18 @@ NumberEdit* SettingForm::number(std::string_view path, const char* name) {
     return edit;
 }
 
+QSpinBox* SettingForm::spin(std::string_view path, const char* name) {
+    const Allowed& allowed = info_of(path).allowed;
+    auto* edit = new QSpinBox;
+    edit->setRange(static_cast<int>(allowed.low), static_cast<int>(allowed.high));
+    add({std::string(path), edit,
+         [edit](const std::string& value) { edit->setValue(parse_int(value).value_or(0)); },
+         [edit] { return std::optional(std::to_string(edit->value())); }},
+        name);
+    connect(edit, qOverload<int>(&QSpinBox::valueChanged), this, &SettingForm::changed);
+    return edit;
+}
+
 QLineEdit* SettingForm::text(std::string_view path, const char* name) {
     auto* edit = new QLineEdit;
     add({std::string(path), edit,
@@ -120,7 +133,7 @@ QGroupBox* SettingForm::group(std::string_view path, const QString& title) {
 }
 
 QComboBox* SettingForm::choice(std::string_view path, const std::vector<Choice>& offered,
-                               const std::vector<Choice>& known) {
+                               const std::vector<Choice>& known, const char* name) {
     auto* box = new QComboBox;
     for (const Choice& choice : offered)
         box->addItem(choice.shown, QString::fromStdString(choice.value));
@@ -129,7 +142,7 @@ QComboBox* SettingForm::choice(std::string_view path, const std::vector<Choice>&
              select_value(*box, count, known, value);
          },
          [box] { return std::optional(box->currentData().toString().toStdString()); }},
-        nullptr);
+        name);
     connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &SettingForm::changed);
     return box;
 }

@@ -13,6 +13,7 @@ class QCheckBox;
 class QComboBox;
 class QGroupBox;
 class QLineEdit;
+class QSpinBox;
 class QString;
 class QWidget;
 
@@ -33,6 +34,8 @@ class SettingForm : public QObject {
     };
 
     NumberEdit* number(std::string_view path, const char* name = nullptr);
+    /// A whole number with arrows, for a setting whose range the table gives.
+    QSpinBox* spin(std::string_view path, const char* name = nullptr);
     QLineEdit* text(std::string_view path, const char* name = nullptr);
     QCheckBox* flag(std::string_view path, const QString& label);
     /// A group that is switched on and off by its title's box.
@@ -40,7 +43,7 @@ class SettingForm : public QObject {
     /// A value that is not offered is kept: it has an item of its own while it is held, with the
     /// name that `known` has for it.
     QComboBox* choice(std::string_view path, const std::vector<Choice>& offered,
-                      const std::vector<Choice>& known = {});
+                      const std::vector<Choice>& known = {}, const char* name = nullptr);
 
     /// Fills every edit; settings that do not exist are made with their defaults.
     void show(dataSetInterface& data);

@@ -1,6 +1,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPushButton>
 
 #include "align/ui/align_dialog.h"
 #include "app/point_check_dialog.h"
@@ -12,7 +13,9 @@
 #include "calib/ui/test_dialog.h"
 #include "core/keys.h"
 #include "core/ui/busy_box.h"
+#include "markers/marker_files.h"
 #include "scripts/screenshots/scenes.h"
+#include "view/ui/field_viewer.h"
 
 namespace vyn::screenshots {
 
@@ -33,6 +36,9 @@ void show_in_situ(Theatre& theatre) {
     calibration.findChild<QLineEdit*>(QStringLiteral("edt_p_units"))->setText(QStringLiteral("Pa"));
     calibration.findChild<QComboBox*>(QStringLiteral("cmb_order"))->setCurrentIndex(1);
     theatre.shots.take(calibration, QStringLiteral("in_situ_dialog"));
+    calibration.findChild<QPushButton*>(QStringLiteral("btn_show_ports"))->click();
+    theatre.shots.take(*calibration.findChild<VynFieldViewer*>(), QStringLiteral("in_situ_ports"),
+                       QSize(1000, 640));
     theatre.shots.take_modal(
         QStringLiteral("in_situ_results"), "vyn::VynCalResults",
         [&] { calibration.btn_calculate_clicked(); },
@@ -45,6 +51,11 @@ void show_in_situ(Theatre& theatre) {
 void show_check(Theatre& theatre) {
     auto report = std::make_shared<RunReport>();
     compute(theatre, report);
+    // The measured pressures, as loading the ports in a viewer of the ratio image puts them there.
+    image ratio = *get_images().find(image_names::ratio);
+    read_markers((theatre.folder + QStringLiteral("/ports.mrk")).toStdString(), ratio.markers,
+                 ratio.height());
+    get_images().add(std::move(ratio));
     QBusyBox busy_box(theatre.worker);
     theatre.shots.take_modal(QStringLiteral("point_check"), "vyn::PointCheckDialog",
                              [&] { show_point_check(busy_box, report, nullptr); });

@@ -8,6 +8,7 @@
 #include "core/data_set.h"
 #include "core/errors.h"
 #include "core/keys.h"
+#include "core/project_file.h"
 #include "core/ui/busy_box.h"
 #include "process/chain.h"
 #include "process/project_tasks.h"
@@ -61,6 +62,14 @@ void play_window(Theatre& theatre) {
     ExperimentTypeDialog type(&window);
     theatre.shots.take(type, QStringLiteral("type_dialog"));
     type.hide();
+
+    const QString fresh = theatre.folder + QStringLiteral("/point.xml");
+    simpleNamedDataSet single_channel;
+    write(single_channel, keys::test_single, 1);
+    save_xml(single_channel, fresh.toLocal8Bit().constData());
+    window.open_files({fresh});
+    theatre.shots.take(window, QStringLiteral("main_window_new"), window_size);
+    vyn_db().set_modified(false);
 
     window.open_files({theatre.folder + QStringLiteral("/project.xml")});
     theatre.shots.take(window, QStringLiteral("main_window_inputs"), window_size);

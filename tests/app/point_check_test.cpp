@@ -31,13 +31,21 @@ class PointCheckWindow : public ProjectTest {
         ASSERT_EQ(run(*calculate_all(vyn_db(), get_images(), report)), TaskOutcome::done);
     }
 
-    /// Answers the save dialog that is open, if there is one.
-    static void choose_file(const std::string& file) {
-        auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        ASSERT_TRUE(chooser);
-        chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
-            ->setText(QString::fromStdString(file));
-        static_cast<QDialog*>(chooser)->accept();
+    /// Presses a button of the dialog that asks for a file, and answers.
+    static void press_and_choose(QDialog& dialog, const char* button, const std::string& file) {
+        QTimer::singleShot(100, [file] {
+            auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(chooser);
+            chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+                ->setText(QString::fromStdString(file));
+            static_cast<QDialog*>(chooser)->accept();
+        });
+        QTest::mouseClick(dialog.findChild<QPushButton*>(QLatin1String(button)), Qt::LeftButton);
+    }
+    static std::string text_of(const QDialog& dialog) {
+        return dialog.findChild<QTextBrowser*>(QStringLiteral("txt_check"))
+            ->toPlainText()
+            .toStdString();
     }
 
     std::shared_ptr<RunReport> report = std::make_shared<RunReport>();
@@ -49,27 +57,31 @@ TEST_F(PointCheckWindow, ShowsAndExportsThePage) {
     compute_point();
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QBusyBox box(worker);
-    QString shown;
+    std::string first;
+    std::string with_ports;
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, [&] {
         auto* dialog = qobject_cast<PointCheckDialog*>(QApplication::activeModalWidget());
         if (!dialog) return;
         look.stop();
-        shown = dialog->findChild<QTextBrowser*>(QStringLiteral("txt_check"))->toPlainText();
-        QTimer::singleShot(100, [&] { choose_file(folder / "check"); });
-        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("btn_export")),
-                          Qt::LeftButton);
+        first = text_of(*dialog);
+        press_and_choose(*dialog, "btn_ports", folder / "ports.mrk");
+        with_ports = text_of(*dialog);
+        press_and_choose(*dialog, "btn_export", folder / "check");
         QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close),
                           Qt::LeftButton);
     });
     look.start(20);
     show_point_check(box, report, nullptr);
     EXPECT_FALSE(look.isActive());
-    EXPECT_THAT(shown.toStdString(), testing::HasSubstr("The pictures are aligned."));
-    EXPECT_THAT(shown.toStdString(), testing::HasSubstr("Wind-On Reference to Wind-Off Reference"));
+    EXPECT_THAT(first, testing::HasSubstr("The pictures are aligned."));
+    EXPECT_THAT(first, testing::HasSubstr("Wind-On Reference to Wind-Off Reference"));
+    EXPECT_THAT(first, testing::HasSubstr("No ports with pressures were given."));
+    EXPECT_THAT(with_ports, testing::HasSubstr("Differences: root mean square"));
     const std::string page = get_file(folder / "check.html");
     EXPECT_THAT(page, testing::StartsWith("<!DOCTYPE html>"));
     EXPECT_THAT(page, testing::HasSubstr("Consistency of the channels"));
+    EXPECT_THAT(page, testing::HasSubstr("Differences: root mean square"));
 }
 
 }  // namespace

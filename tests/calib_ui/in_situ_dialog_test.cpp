@@ -8,6 +8,7 @@
 #include <QSpinBox>
 #include <QTest>
 #include <QTextEdit>
+#include <QToolTip>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -160,6 +161,10 @@ TEST_F(InSitu, AClickTakesAPortOutAndPutsItBack) {
                 place_of(plot, all["ports"][out]["ratio"], all["ports"][out]["pressure"]));
         };
         const QString summary = child<QLabel>(results, "summary").text();
+        QTest::mouseMove(plot.canvas(),
+                         place_of(plot, all["ports"][out]["ratio"], all["ports"][out]["pressure"]));
+        QApplication::processEvents();
+        EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("Residual")));
         click();
         expect_law(results.paint(), without);
         EXPECT_NE(child<QLabel>(results, "summary").text(), summary);

@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "markers/marker_files.h"
+#include "process/likely_places.h"
 #include "process/page_state.h"
 #include "process/page_steps.h"
 #include "process/project_tasks.h"
@@ -143,6 +144,37 @@ INSTANTIATE_TEST_SUITE_P(
                image_names::wind_off_sens_cor, "the mask of Wind-Off changed"}),
     [](const auto& test) { return std::string(test.param.name); });
 
+class TwoChannels : public Page, public testing::WithParamInterface<SyntheticOptions::Channels> {};
+
+TEST_P(TwoChannels, EveryResultKnowsBothChannels) {
+    write_synthetic_point(
+        make_synthetic_point({.width = 160, .height = 120, .channels = GetParam()}, context),
+        folder.path(), context);
+    ASSERT_EQ(run(ReadProjectTask({.file = folder / "project.xml",
+                                   .geometry = ReadProject::Geometry::leave_out,
+                                   .settings = {}})),
+              TaskOutcome::done);
+    ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
+    const auto whole = get_images().find(image_names::field);
+    const std::vector<std::string> results = page_results(experiment_type(vyn_db()));
+    ASSERT_EQ(results.size(), 8u);
+    for (const std::string& name : results)
+        EXPECT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
+    for (const PageStep each :
+         {PageStep::correct_wind_off, PageStep::correct_wind_on, PageStep::ratio, PageStep::field})
+        ASSERT_EQ(step(each), TaskOutcome::done);
+    EXPECT_TRUE(same_bits(*whole, *get_images().find(image_names::field)));
+
+    write(vyn_db(), keys::wind_on_refe_dark, 9.0);
+    for (const char* name : {image_names::wind_on_refe_cor, image_names::ratio, image_names::field})
+        EXPECT_EQ(state_of(name).kind, Kind::out_of_date) << name;
+    EXPECT_EQ(state_of(image_names::wind_on_sens_cor).kind, Kind::current);
+}
+
+INSTANTIATE_TEST_SUITE_P(BinaryAndLifetime, TwoChannels,
+                         testing::Values(SyntheticOptions::Channels::binary,
+                                         SyntheticOptions::Channels::lifetime));
+
 TEST_F(Page, WhatHasNoEffectLeavesResultsCurrent) {
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
     write(vyn_db(), keys::filter_dx, 9);        // filter is off
@@ -229,6 +261,25 @@ TEST_F(Page, RemarksCountSaturatedPixels) {
     get_images().add(std::move(bright));
     EXPECT_THAT(page_state(vyn_db(), get_images()).remarks,
                 Contains("Wind-Off: 2 pixels are saturated."));
+}
+
+TEST(LikelyPlaces, GoByTheWordsOfTheName) {
+    const auto places = [](ExperimentType type, const char* file) {
+        std::vector<std::string> stems;
+        for (const PageRow& row : likely_places(type, file))
+            stems.push_back(row.stem);
+        return stems;
+    };
+    using testing::ElementsAre;
+    constexpr auto single = ExperimentType::single;
+    constexpr auto binary = ExperimentType::binary;
+    EXPECT_THAT(places(single, "/a/off/run_17_wind-on.TIF"), ElementsAre("wind_on"));
+    EXPECT_THAT(places(single, "WindOff_dark.fits"), ElementsAre("wind_off_bkgr"));
+    EXPECT_THAT(places(single, "wind_off.mrk"), ElementsAre("wind_off_mark"));
+    EXPECT_THAT(places(single, "camera7.tif"), ElementsAre("wind_off", "wind_on"));
+    EXPECT_THAT(places(binary, "flat_ref.tif"), ElementsAre("flat_refe"));
+    EXPECT_THAT(places(binary, "off.tif"), ElementsAre("wind_off_sens", "wind_off_refe"));
+    EXPECT_THAT(places(binary, "ref on mask.png"), ElementsAre("wind_on_refe_mask"));
 }
 
 TEST(PageRows, TypesHaveTheirRowsAndLabels) {

@@ -3,6 +3,7 @@ vyn_tests(process
         chain_test.cpp
         channels_test.cpp
         field_comparison_test.cpp
+        law_conditions_test.cpp
         new_point_test.cpp
         page_test.cpp
         point_check_test.cpp

@@ -66,7 +66,7 @@ TEST(LineProfile, RefusesWhatIsNoLine) {
     for (const double wrong : {std::nan(""), 1e300, 2e5})
         test::error_of<AlgoError>([&] { sample_profile(ramp(), {0, 0}, {wrong, 0}, 1); });
     test::error_of<AlgoError>([&] { sample_profile(ramp(), {0, 0}, {1, 0}, 0); });
-    test::error_of<AlgoError>([&] { sample_profile(ramp(), {0, 0}, {1, 0}, 1002); });
+    test::error_of<AlgoError>([&] { sample_profile(ramp(), {0, 0}, {1, 0}, widest_profile + 1); });
 }
 
 TEST(LineProfile, WritesOneRowPerSampleWithEmptyGaps) {

@@ -66,9 +66,13 @@ void VynFieldView::redraw() {
 }
 
 void VynFieldView::set_picture(std::shared_ptr<const image> picture) {
-    std::shared_ptr<const ImageLevels> levels;
-    if (picture) levels = std::make_shared<const ImageLevels>(picture);
     const auto& old = state_->picture;
+    // With other markers alone an image looks the same below them.
+    std::shared_ptr<const ImageLevels> levels;
+    if (picture && old && old->shares_planes_with(*picture))
+        levels = state_->levels;
+    else if (picture)
+        levels = std::make_shared<const ImageLevels>(picture);
     const bool same_size =
         picture && old && picture->width() == old->width() && picture->height() == old->height();
     if (!same_size && state_->tool) state_->tool->cancel();

@@ -18,11 +18,9 @@
 #include <qwt_plot.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
-#include <qwt_plot_grid.h>
 #include <qwt_plot_zoomer.h>
 #include <qwt_scale_div.h>
 #include <qwt_symbol.h>
-#include <qwt_text.h>
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
@@ -31,6 +29,7 @@
 #include "core/ui/number_edit.h"
 #include "view/ui/graph_export.h"
 #include "view/ui/graph_zoomer.h"
+#include "view/ui/plot_style.h"
 
 namespace vyn {
 
@@ -51,13 +50,6 @@ std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part,
     if (part.size() == 1)
         curve->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, colour, QPen(colour), QSize(4, 4)));
     return curve;
-}
-
-/// In the window's own font; the library's is bold.
-QwtText axis_title(const QString& words, const QFont& font) {
-    QwtText text(words, QwtText::PlainText);
-    text.setFont(font);
-    return text;
 }
 
 }  // namespace
@@ -83,14 +75,8 @@ GraphWindow::~GraphWindow() = default;
 
 void GraphWindow::make_plot() {
     plot_->setObjectName(QStringLiteral("plot"));
-    plot_->setCanvasBackground(palette().color(QPalette::Base));
-    plot_->setAxisTitle(QwtPlot::xBottom, axis_title(tr("Distance, pix"), font()));
+    style_plot(*plot_);
     plot_->insertLegend(new QwtLegend, QwtPlot::BottomLegend);
-    auto* grid = new QwtPlotGrid;
-    QColor faint = palette().color(QPalette::Text);
-    faint.setAlphaF(0.2);
-    grid->setPen(faint, 0, Qt::DotLine);
-    grid->attach(plot_);
     zoomer_ = new GraphZoomer(plot_->canvas());
     connect(zoomer_, &QwtPlotZoomer::zoomed, this, &GraphWindow::show_ranges);
     connect(zoomer_, &QwtPlotPicker::moved, this, [this](const QPointF& place) {
@@ -172,7 +158,7 @@ void GraphWindow::show_curves(std::vector<GraphCurve> curves, const QString& tit
                               const QString& quantity) {
     curves_ = std::move(curves);
     setWindowTitle(tr("Graph: %1").arg(title));
-    plot_->setAxisTitle(QwtPlot::yLeft, axis_title(quantity, font()));
+    set_plot_titles(*plot_, {}, tr("Distance, pix"), quantity);
     list_->clear();
     for (std::size_t i = 0; i < curves_.size(); ++i) {
         const LineProfile& line = curves_[i].profile;

@@ -74,7 +74,7 @@ void HistogramPlot::paintEvent(QPaintEvent*) {
         painter.fillRect(
             QRectF(area.left() + static_cast<double>(i) * bar,
                    area.bottom() - share * area.height(), bar + 0.5, share * area.height()),
-            palette().color(QPalette::Mid));
+            palette().color(QPalette::PlaceholderText));
     }
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawRect(area);

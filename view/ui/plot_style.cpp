@@ -1,14 +1,25 @@
-#include "calib/ui/plot_style.h"
+#include "view/ui/plot_style.h"
 
-#include <qwt_legend.h>
+#include <qwt_painter.h>
 #include <qwt_plot.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
+#include <qwt_scale_draw.h>
+#include <qwt_scale_engine.h>
 #include <qwt_text.h>
 
 namespace vyn {
 
+namespace {
+
+/// The same for all plots, so that those above each other share their left edge.
+constexpr double label_room = 70;
+
+}  // namespace
+
 void style_plot(QwtPlot& plot) {
+    QwtPainter::setRoundingAlignment(false);  // whole pixels would make smooth curves wobble
+    plot.axisScaleDraw(QwtPlot::yLeft)->setMinimumExtent(label_room);
     const QPalette palette = plot.palette();
     plot.setCanvasBackground(palette.brush(QPalette::Base));
     if (auto* canvas = qobject_cast<QwtPlotCanvas*>(plot.canvas())) {
@@ -21,6 +32,12 @@ void style_plot(QwtPlot& plot) {
     line.setAlphaF(0.2);
     grid->setPen(line, 0, Qt::DotLine);
     grid->attach(&plot);
+}
+
+void give_margins(QwtPlot& plot, const QRectF& data) {
+    constexpr double share = 0.06;
+    plot.axisScaleEngine(QwtPlot::xBottom)->setMargins(share * data.width(), share * data.width());
+    plot.axisScaleEngine(QwtPlot::yLeft)->setMargins(share * data.height(), share * data.height());
 }
 
 void set_plot_titles(QwtPlot& plot, const QString& title, const QString& x, const QString& y) {
