@@ -1,6 +1,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -61,7 +62,11 @@ TEST_F(WholePoint, IsOpenedComputedViewedSavedAndOpenedAgain) {
     first = viewer();
     QSignalSpy last_closed(qApp, &QApplication::lastWindowClosed);
     press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
-    EXPECT_TRUE(window->close());
+    QTimer::singleShot(0, window.get(), [this] { EXPECT_TRUE(window->close()); });
+    QTimer too_late;
+    QObject::connect(&too_late, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    too_late.start(10000);
+    EXPECT_EQ(QApplication::exec(), 0);
     EXPECT_FALSE(first);
     EXPECT_EQ(last_closed.count(), 1);
     EXPECT_TRUE(all_answered());
