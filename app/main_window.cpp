@@ -133,7 +133,7 @@ void VynLiteForm::update_state() {
 }
 
 void VynLiteForm::update_title() {
-    const QString file = parts_->widgets.dir_edit->text();
+    const QString file = QString::fromStdString(read(vyn_db(), keys::head_file));
     setWindowTitle(file.isEmpty()
                        ? tr("Vyn Lite") + QStringLiteral("[*]")
                        : QFileInfo(file).fileName() + QStringLiteral("[*] - ") + tr("Vyn Lite"));

@@ -1,6 +1,10 @@
 #include "core/user_folders.h"
 
 #include <cstdlib>
+#include <string>
+#include <system_error>
+
+#include <unistd.h>
 
 namespace vyn {
 
@@ -10,7 +14,8 @@ std::filesystem::path state_folder() {
         return std::filesystem::path(state) / "vynlite";
     if (const char* home = std::getenv("HOME"); home && *home)
         return std::filesystem::path(home) / ".local/state/vynlite";
-    return {};
+    std::error_code ignored;
+    return std::filesystem::temp_directory_path(ignored) / ("vynlite-" + std::to_string(getuid()));
 }
 
 }  // namespace vyn

@@ -34,7 +34,10 @@ RecoveryCopy::RecoveryCopy(fs::path folder) {
     std::error_code ignored;
     fs::create_directories(folder, ignored);
     // A process number that was used before may have left its copy: that one is not ours.
-    for (int i = 0; !lock_ || fs::exists(file_, ignored); ++i) {
+    const auto taken = [&] {
+        return lock_->state() == FileLock::State::taken || fs::exists(file_, ignored);
+    };
+    for (int i = 0; !lock_ || taken(); ++i) {
         file_ = folder / ("unsaved-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".xml");
         lock_ = std::make_unique<FileLock>(lock_of(file_));
     }

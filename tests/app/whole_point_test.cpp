@@ -1,5 +1,7 @@
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -54,6 +56,19 @@ TEST_F(WholePoint, IsOpenedComputedViewedSavedAndOpenedAgain) {
     const auto again = get_images().find(image_names::field);
     ASSERT_TRUE(again);
     EXPECT_EQ(again->values()(80, 60), field->values()(80, 60));
+
+    // A viewer that is open keeps the program no longer than its window.
+    window->show_image(image_names::field, false, "Pressure field");
+    first = viewer();
+    QSignalSpy last_closed(qApp, &QApplication::lastWindowClosed);
+    press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
+    QTimer::singleShot(0, window.get(), [this] { EXPECT_TRUE(window->close()); });
+    QTimer too_late;
+    QObject::connect(&too_late, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    too_late.start(10000);
+    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_FALSE(first);
+    EXPECT_EQ(last_closed.count(), 1);
     EXPECT_TRUE(all_answered());
 }
 

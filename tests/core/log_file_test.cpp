@@ -55,6 +55,10 @@ TEST(UserFolders, StateFollowsTheEnvironment) {
     EXPECT_EQ(state_folder(), "/somewhere/state/vynlite");
     setenv("XDG_STATE_HOME", "relative", 1);
     EXPECT_EQ(state_folder(), std::string(std::getenv("HOME")) + "/.local/state/vynlite");
+    const std::string home = std::getenv("HOME");
+    unsetenv("HOME");
+    EXPECT_TRUE(state_folder().is_absolute());
+    setenv("HOME", home.c_str(), 1);
     if (set)
         setenv("XDG_STATE_HOME", old.c_str(), 1);
     else

@@ -99,7 +99,9 @@ TEST(RecoveryCopy, IsFoundOnlyWhenItsProgramIsGone) {
     write<std::string>(data, keys::head_file, "/data/point.xml");
     auto running = std::make_unique<RecoveryCopy>(folder.path());
     EXPECT_TRUE(find_lost_work(folder.path()).empty());
+    RecoveryCopy beside(folder.path());  // has a copy of its own
     running->keep(to_xml(data));
+    beside.drop();
     EXPECT_TRUE(find_lost_work(folder.path()).empty());
     running.reset();  // as after a crash: the copy stays, the lock goes
     put_file(folder / "unsaved-0-0.xml", "broken");
