@@ -1,6 +1,5 @@
 #include "view/html_report.h"
 
-
 #include <gmock/gmock.h>
 
 #include "core/errors.h"
