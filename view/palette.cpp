@@ -16,7 +16,7 @@ struct RedGreenBlue {
     std::uint8_t red, green, blue;
 };
 constexpr std::array<RedGreenBlue, rainbow_count> rainbow{{
-#include "view/rainbow.inc"
+#include "view/rainbow.def"
 }};
 
 }  // namespace

@@ -16,7 +16,7 @@ struct Glyph {
 constexpr char first_character = ' ';
 constexpr char last_character = '~';
 constexpr std::array<Glyph, last_character - first_character + 1> glyphs{{
-#include "view/stroke_font.inc"
+#include "view/stroke_font.def"
 }};
 
 constexpr double capital_height = 14;  // of the grid that the glyphs are drawn on
