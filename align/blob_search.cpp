@@ -215,8 +215,8 @@ std::vector<Blob> find_blobs(const image& picture, DotPolarity polarity, double 
     std::optional<Layer> below;
     std::optional<Layer> here;
     const double last_radius = max_radius * scale_step;
-    for (double radius = min_radius / scale_step; radius <= last_radius * 1.001;
-         radius *= scale_step) {
+    double radius = min_radius / scale_step;
+    while (radius <= last_radius * 1.001) {
         Means wide = narrow;
         blur(wide, sigma * std::sqrt(scale_step * scale_step - 1), scratch, progress);
         sigma *= scale_step;
@@ -227,6 +227,7 @@ std::vector<Blob> find_blobs(const image& picture, DotPolarity polarity, double 
                           progress);
         below = std::move(here);
         here = std::move(above);
+        radius *= scale_step;
     }
     if (here)
         collect_peaks(below ? &*below : nullptr, *here, nullptr, min_significance, blobs, progress);

@@ -27,7 +27,7 @@ bool failed(const char* text) {
 bool Precise_centroid(const image& picture, Point& point, int size) {
     if (!std::isfinite(point.x) || !std::isfinite(point.y))
         return failed("Approx_surface:Can't find LSQ fit");
-    const double half = size / 2;
+    const int half = size / 2;
     SurfaceCoefficients c{};
     if (!Approx_surface(picture, {to_corner(point.x - half), to_corner(point.y - half)},
                         {to_corner(point.x + half), to_corner(point.y + half)}, c))

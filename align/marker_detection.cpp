@@ -185,6 +185,7 @@ std::vector<DetectedDot> find_dots(const image& picture, const DetectionOptions&
 
 MarkerSet number_dots(const std::vector<DetectedDot>& dots) {
     std::vector<Point> centres;
+    centres.reserve(dots.size());
     for (const DetectedDot& dot : dots)
         centres.push_back(dot.fit.centre);
     MarkerSet set;

@@ -38,6 +38,7 @@ constexpr std::size_t min_pairs = 3;
 
 std::vector<Point> positions(const std::vector<Marker>& markers) {
     std::vector<Point> points;
+    points.reserve(markers.size());
     for (const Marker& marker : markers)
         points.push_back({marker.x, marker.y});
     return points;

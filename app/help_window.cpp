@@ -63,7 +63,7 @@ QString collection_file() {
 QString find_help_file() {
     const QDir program(QCoreApplication::applicationDirPath());
     for (const char* place : {"help/HELPVYNLITE.qch", "../share/vynlite/help/HELPVYNLITE.qch"}) {
-        const QString file = QDir::cleanPath(program.filePath(QLatin1String(place)));
+        QString file = QDir::cleanPath(program.filePath(QLatin1String(place)));
         if (QFileInfo(file).isFile()) return file;
     }
     return {};

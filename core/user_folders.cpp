@@ -9,7 +9,7 @@
 namespace vyn {
 
 std::filesystem::path state_folder() {
-    // A relative path in the variable is to be ignored (XDG base directory specification).
+    // A relative path in the variable is to be ignored (XDG base directories).
     if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state == '/')
         return std::filesystem::path(state) / "vynlite";
     if (const char* home = std::getenv("HOME"); home && *home)

@@ -5,10 +5,12 @@
 #include <filesystem>
 
 #include "calib/port_sampling.h"
+#include "core/errors.h"
 #include "core/keys.h"
 #include "process/experiment_type.h"
 #include "process/field_quantity.h"
 #include "process/page_rows.h"
+#include "process/raw_images.h"
 
 namespace vyn {
 
@@ -123,11 +125,17 @@ PortComparison compare_ports(const image& field, const MarkerSet& ports, FieldQu
 
 }  // namespace
 
-MarkerSet ports_of_point(const imagesList& images) {
+MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images) {
     for (const char* name : {names::field, names::ratio})
         if (const auto picture = images.find(name); picture && picture->markers.hasF)
             return picture->markers;
-    return {};
+    const auto ratio = images.find(names::ratio);
+    if (!ratio || read(data, keys::port_file).empty()) return {};
+    try {
+        return load_markers(data, keys::port_file, ratio->height());
+    } catch (const FileError&) {
+        return {};  // logged when it was raised; the point can be checked without
+    }
 }
 
 PointCheck check_point(const RunReport& report, dataSetInterface& data, const imagesList& images,

@@ -58,9 +58,9 @@ struct PointCheck {
     std::vector<std::string> warnings;
 };
 
-/// The pressure ports that the field or the ratio image carries: markers with pressures. Empty when
-/// neither has any.
-MarkerSet ports_of_point(const imagesList& images);
+/// The pressure ports that the field or the ratio image carries (markers with pressures), else
+/// those of the project's port file. Empty when there are none.
+MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images);
 
 /// Looks at the results in the list. `ports` in pixels of the field, pressures in the unit of the
 /// test conditions; the field is averaged over 5 x 5 pixels around each.

@@ -14,8 +14,7 @@ namespace vyn {
 /// and images stay as they were when anything fails.
 class SetInputTask final : public Task {
   public:
-    SetInputTask(InputFile input, std::string file)
-        : input_(std::move(input)), file_(std::move(file)) {}
+    SetInputTask(InputFile input, std::string file) : input_(input), file_(std::move(file)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:

@@ -54,7 +54,8 @@ PointReport make_point_report(const RunReport& report, dataSetInterface& data,
 
 TaskOutcome PointReportTask::run(TaskContext& context) {
     context.status("Checking the point");
-    const MarkerSet ports = ports_.markers.empty() ? ports_of_point(get_images()) : ports_;
+    const MarkerSet ports =
+        ports_.markers.empty() ? ports_of_point(vyn_db(), get_images()) : ports_;
     *result_ = make_point_report(*report_, vyn_db(), get_images(), ports, context);
     return TaskOutcome::done;
 }

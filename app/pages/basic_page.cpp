@@ -1,6 +1,7 @@
 #include "app/pages/basic_page.h"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QInputDialog>
 #include <QLabel>

@@ -52,7 +52,7 @@ std::string choose_input(QWidget* parent, const InputFile& input, const QString&
     fs::path folder = located_file(vyn_db(), input).parent_path();
     if (folder.empty()) folder = last_folder();
     if (folder.empty()) folder = output_folder(vyn_db());
-    const std::string file =
+    std::string file =
         ask_open_file(parent, {caption, filter_of(input), {}, fs::absolute(folder).string()});
     if (!file.empty()) last_folder() = fs::path(file).parent_path();
     return file;

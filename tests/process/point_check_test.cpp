@@ -98,13 +98,18 @@ TEST_F(PointCheckTest, GathersWhatTheRunLeft) {
     EXPECT_LT(share, 0.7);
 }
 
-TEST_F(PointCheckTest, PortsAreThoseOfTheField) {
+TEST_F(PointCheckTest, PortsAreThoseOfTheFieldElseOfThePortFile) {
     compute({.width = 100, .height = 80});
-    EXPECT_TRUE(ports_of_point(get_images()).markers.empty());  // dots without pressures
+    EXPECT_TRUE(ports_of_point(vyn_db(), get_images()).markers.empty());  // dots without pressures
+    write(vyn_db(), keys::port_file, std::string("none.mrk"));
+    EXPECT_TRUE(ports_of_point(vyn_db(), get_images()).markers.empty());  // no such file
+    write(vyn_db(), keys::port_file, std::string("ports.mrk"));
+    EXPECT_EQ(ports_of_point(vyn_db(), get_images()).markers.size(), point.ports.markers.size());
+    write(vyn_db(), keys::port_file, std::string());
     image ratio = *get_images().find(image_names::ratio);
     ratio.markers = point.ports;
     get_images().add(std::move(ratio));
-    EXPECT_EQ(ports_of_point(get_images()).markers.size(), point.ports.markers.size());
+    EXPECT_EQ(ports_of_point(vyn_db(), get_images()).markers.size(), point.ports.markers.size());
 }
 
 }  // namespace
