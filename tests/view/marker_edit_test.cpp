@@ -1,11 +1,11 @@
 #include "view/marker_edit.h"
 
-#include <cmath>
 #include <functional>
 
 #include <gtest/gtest.h>
 
 #include "core/errors.h"
+#include "tests/support/dotted_image.h"
 #include "tests/support/error_of.h"
 #include "view/marker_numbers.h"
 
@@ -27,17 +27,8 @@ MarkerSet three_markers() {
     return set;
 }
 
-/// Dark round dots of radius 3 on a bright ground.
 image dotted(const std::vector<Point>& dots) {
-    image picture(64, 48);
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            double value = 1000;
-            for (const Point& dot : dots)
-                value -= 600 * std::exp(-(std::pow(x - dot.x, 2) + std::pow(y - dot.y, 2)) / 9);
-            picture.values()(x, y) = static_cast<float>(value);
-        }
-    return picture;
+    return test::dotted_image(64, 48, dots);
 }
 
 TEST(MarkerEdit, EveryOperationIsOneStepThatUndoAndRedoRepeat) {

@@ -8,23 +8,15 @@
 
 #include "core/keys.h"
 #include "core/ui/number_edit.h"
+#include "tests/support/dotted_image.h"
 #include "tests/view_ui/edit_fixture.h"
 #include "view/ui/marker_info.h"
 
 namespace vyn {
 namespace {
 
-/// Dark dots on bright paint.
 image dotted(const std::vector<Point>& dots) {
-    image picture(96, 72);
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            double value = 1000;
-            for (const Point& dot : dots)
-                value -= 600 * std::exp(-(std::pow(x - dot.x, 2) + std::pow(y - dot.y, 2)) / 9);
-            picture.values()(x, y) = static_cast<float>(value);
-        }
-    return picture;
+    return test::dotted_image(96, 72, dots);
 }
 
 image one_bright_pixel(int x, int y) {
