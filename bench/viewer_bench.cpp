@@ -138,14 +138,14 @@ void measure_viewer(const std::shared_ptr<const image>& picture, int n) {
             viewer->replace_picture(edit.picture());
         },
         edited);
-    PixelRuns runs;
-    std::printf("viewer threshold/find %d %.1f ms\n", n,
-                milliseconds_of([&] { runs = threshold_runs(edit.picture(), 1800, 2000); }));
-    std::printf("viewer threshold/draw %d %.1f ms\n", n, milliseconds_of([&] {
-                    edit.draw(RegionPlane::excluded, RegionAction::add, runs);
-                }));
     measure_blocked(
-        "threshold/publish", n, [&] { viewer->replace_picture(edit.picture()); }, edited);
+        "threshold_excluded", n,
+        [&] {
+            edit.draw(RegionPlane::excluded, RegionAction::add,
+                      threshold_flags(edit.picture(), 1800, 2000));
+            viewer->replace_picture(edit.picture());
+        },
+        edited);
 }
 
 /// Peak resident memory in MB, as the system counts it.

@@ -21,8 +21,7 @@ class image;
 class Preparation : public QObject {
   public:
     enum class When { at_once, behind };
-    /// Small images are prepared at once, in less time than the screen needs to show it, so that
-    /// nothing flickers.
+    /// Up to a megapixel (some 5 ms) at once, so that nothing flickers.
     static When when_for(const image& picture);
 
     explicit Preparation(QObject* parent = nullptr);
