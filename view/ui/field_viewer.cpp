@@ -1,5 +1,6 @@
 #include "view/ui/field_viewer.h"
 
+#include <QAction>
 #include <QInputDialog>
 #include <QLabel>
 #include <QStatusBar>
@@ -13,7 +14,7 @@
 
 namespace vyn {
 
-VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag,
+VynFieldViewer::VynFieldViewer(Worker& worker, const std::string& image_name, bool flag,
                                const QString& title, QWidget* parent)
     : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
     setObjectName(QStringLiteral("VynFieldViewer"));
@@ -191,7 +192,7 @@ void VynFieldViewer::set_out_of_date(bool out_of_date, const QString& why) {
 }
 
 std::shared_ptr<const image> VynFieldViewer::shown_picture() const {
-    const auto own = picture();
+    auto own = picture();
     const auto other = parts_->comparison->other();
     switch (parts_->comparison->kind()) {
         case Comparison::Kind::none:
