@@ -50,6 +50,7 @@ void play(const Options& options) {
                     make_test_point("binary", SyntheticOptions::Channels::binary)};
     play_window(theatre);
     play_dialogs(theatre);
+    play_in_situ(theatre);
     play_viewer(theatre);
 }
 
