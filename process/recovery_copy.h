@@ -13,7 +13,7 @@ namespace vyn {
 /// Each running program has its own in the folder, and holds a lock beside it.
 class RecoveryCopy {
   public:
-    explicit RecoveryCopy(const std::filesystem::path& folder);
+    explicit RecoveryCopy(std::filesystem::path folder);
     RecoveryCopy(const RecoveryCopy&) = delete;
     RecoveryCopy& operator=(const RecoveryCopy&) = delete;
 
