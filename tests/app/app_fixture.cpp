@@ -85,7 +85,8 @@ void AppTest::look_for_dialog() {
                              QStringLiteral("Abort!");
     if (running) return;
     answered_.emplace_back(dialog);
-    if (const auto* box = qobject_cast<QMessageBox*>(dialog)) shown += box->text().toStdString();
+    if (const auto* box = qobject_cast<QMessageBox*>(dialog))
+        shown += (box->text() + box->informativeText()).toStdString();
     if (answers_.empty() || answers_.front().caption != dialog->windowTitle()) {
         ADD_FAILURE() << "unexpected dialog: " << dialog->windowTitle().toStdString() << " "
                       << shown;

@@ -120,6 +120,16 @@ TEST_F(Pages, ResultsTellWhenTheyAreOutOfDateAndAreSaved) {
     press("calc_field_btn");
     EXPECT_TRUE(wait_for_text("field_P_state", "up to date"));
 
+    image drawn = *get_images().find(image_names::ratio);
+    drawn.markers.markers.clear();
+    get_images().add(std::move(drawn));
+    answer<QMessageBox>([](QMessageBox& box) {
+        EXPECT_TRUE(box.text().contains(QStringLiteral("I/Iref")));
+        box.button(QMessageBox::No)->click();
+    });
+    press("calc_ratio_btn");
+    EXPECT_TRUE(get_images().find(image_names::ratio)->markers.markers.empty());
+
     press("save_field_btn");
     EXPECT_TRUE(std::filesystem::exists(folder / "pressure.imp"));
     put_file(folder / "pressure.imp", "old");
