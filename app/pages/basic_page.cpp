@@ -30,6 +30,7 @@
 #include "process/page_steps.h"
 #include "process/save_image_task.h"
 #include "process/set_input_task.h"
+#include "process/unsaved_work.h"
 
 namespace vyn {
 
@@ -247,11 +248,8 @@ void BasicPage::run_step(PageStep step) {
         watcher_->look();
         return;
     }
-    if (step == PageStep::save_field) {
-        if (!may_replace_field()) return;
-    } else {
-        report_ = report;
-    }
+    if (step == PageStep::save_field ? !may_replace_field() : !may_replace_results(step)) return;
+    if (step != PageStep::save_field) report_ = report;
     run(job);
 }
 
@@ -264,6 +262,20 @@ bool BasicPage::may_replace_field() {
     return QMessageBox::question(this, tr("Save field"),
                                  tr("Replace the old file?") + QStringLiteral("\n") +
                                      present.join(QLatin1Char('\n'))) == QMessageBox::Yes;
+}
+
+bool BasicPage::may_replace_results(PageStep step) {
+    QStringList drawn;
+    for (const auto& picture : unsaved_pictures(get_images()))
+        if (step == PageStep::field ? picture->name == image_names::field
+                                    : std::ranges::count(image_names::results, picture->name) > 0)
+            drawn << QString::fromStdString(image_label(type_, picture->name));
+    return drawn.isEmpty() ||
+           QMessageBox::question(
+               this, tr("Calculate"),
+               tr("Markers or masks drawn on these results are in no file and will be lost:\n%1\n"
+                  "Calculate all the same?")
+                   .arg(drawn.join(QStringLiteral(", ")))) == QMessageBox::Yes;
 }
 
 void BasicPage::load_pictures_anew() {

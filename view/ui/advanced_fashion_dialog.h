@@ -9,7 +9,7 @@ namespace vyn {
 class HistogramPlot;
 
 /// The same with a histogram and with further images, shown one by one or as colours.
-class QAdvFashionDlg : public QFashionDlg {
+class QAdvFashionDlg final : public QFashionDlg {
     Q_OBJECT
   public:
     /// `names` are the images that can be channels.

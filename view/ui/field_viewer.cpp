@@ -1,5 +1,6 @@
 #include "view/ui/field_viewer.h"
 
+#include <QAction>
 #include <QInputDialog>
 #include <QLabel>
 #include <QStatusBar>
@@ -14,7 +15,7 @@
 
 namespace vyn {
 
-VynFieldViewer::VynFieldViewer(Worker& worker, std::string image_name, bool flag,
+VynFieldViewer::VynFieldViewer(Worker& worker, const std::string& image_name, bool flag,
                                const QString& title, QWidget* parent)
     : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
     setObjectName(QStringLiteral("VynFieldViewer"));
@@ -226,7 +227,7 @@ void VynFieldViewer::set_out_of_date(bool out_of_date, const QString& why) {
 }
 
 std::shared_ptr<const image> VynFieldViewer::shown_picture() const {
-    const auto own = picture();
+    auto own = picture();
     const auto other = parts_->comparison->other();
     if (!own || !other) return own;
     if (parts_->comparison->kind() == Comparison::Kind::difference)

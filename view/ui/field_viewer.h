@@ -30,7 +30,7 @@ class VynFieldViewer : public QMainWindow {
   public:
     /// Shows the image of the program's list of that name. `flag`: the image is a camera picture,
     /// whose file is never overwritten. Without a title the image's name stands in its place.
-    VynFieldViewer(Worker& worker, std::string image_name, bool flag, const QString& title,
+    VynFieldViewer(Worker& worker, const std::string& image_name, bool flag, const QString& title,
                    QWidget* parent = nullptr);
     ~VynFieldViewer() override;
 
