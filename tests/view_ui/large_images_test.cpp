@@ -1,7 +1,11 @@
 #include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSignalSpy>
 
 #include "tests/view_ui/viewer_fixture.h"
+#include "view/ui/fashion_dialog.h"
 
 namespace vyn {
 namespace {
@@ -73,10 +77,39 @@ TEST_F(LargeImages, HaveADifferenceWhenTheOtherOneIsReady) {
     EXPECT_TRUE(viewer.actions().difference->isChecked());
     ASSERT_TRUE(QTest::qWaitFor([&] { return !(viewer.view().fashion() == before); }, 5000));
     QSignalSpy probes(&viewer.view(), &VynFieldView::probe);
+    QTest::mouseMove(&viewer.view(), at(viewer, 0, 0));
     QTest::mouseMove(&viewer.view(), at(viewer, 17, 5));
+    ASSERT_FALSE(probes.isEmpty());
     EXPECT_EQ(probes.last()[2].toFloat(), 5017);
     viewer.actions().difference->trigger();
     EXPECT_EQ(viewer.view().fashion(), before);
+}
+
+TEST_F(LargeImages, AreCountedAndMixedWhenTheyAreReady) {
+    get_images().add(large_image("field_P"));
+    image green = large_image("green");
+    green.values().fill(60);
+    get_images().add(std::move(green));
+    VynFieldViewer& viewer = show("field_P");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return viewer.picture() != nullptr; }, 5000));
+    viewer.advanced_fashion();
+    auto* dialog = viewer.findChild<QFashionDlg*>();
+    ASSERT_TRUE(dialog);
+    const auto* maximum = dialog->findChild<QLabel*>(QStringLiteral("image_maximum"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !maximum->text().isEmpty(); }, 5000));
+    EXPECT_EQ(maximum->text(), QStringLiteral("max:1.0003e+06"));
+    dialog->findChild<QLineEdit*>(QStringLiteral("low_percent"))->setText(QStringLiteral("50"));
+    dialog->findChild<QPushButton*>(QStringLiteral("percentiles"))->click();
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return viewer.view().fashion().limits.minimum > 400e3; }, 5000));
+
+    Fashion fashion = viewer.view().fashion();
+    fashion.channels = {ColourChannels::colour, {"", "green", "", ""}};
+    viewer.view().set_transform({8, QPointF(-0.5, -0.5)});
+    viewer.view().set_fashion(fashion);
+    const QPoint pixel = at(viewer, 20, 0);
+    const auto seen = [&] { return viewer.view().grab().toImage().pixel(pixel); };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return seen() == qRgb(120, 60, 0); }, 5000));
 }
 
 }  // namespace
