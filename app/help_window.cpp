@@ -18,6 +18,7 @@
 
 #include "core/errors.h"
 #include "core/ui/icons.h"
+#include "core/ui/window_size.h"
 #include "core/user_folders.h"
 
 namespace vyn {
@@ -78,7 +79,7 @@ HelpWindow::HelpWindow(const QString& help_file)
     open_manual(help_file);
     make_panels();
     make_tool_bar();
-    resize(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 48);
+    resize(on_screen({fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 48}));
     const QList<QUrl> pages = engine_->files(name_space_, QString(), QStringLiteral("html"));
     for (const QUrl& page : pages)
         if (page.fileName() == QLatin1String("README.html") ||

@@ -2,10 +2,8 @@
 
 #include <QCloseEvent>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTimer>
@@ -13,9 +11,12 @@
 
 #include "api/image_list.h"
 #include "app/main_window_parts.h"
+#include "app/pages/file_choice.h"
 #include "app/recent_files.h"
 #include "core/keys.h"
+#include "core/ui/command.h"
 #include "core/ui/icons.h"
+#include "core/ui/window_size.h"
 #include "core/version.h"
 #include "process/ims.h"
 
@@ -27,11 +28,6 @@ constexpr int title_period_ms = 250;
 
 QString geometry_setting() {
     return QStringLiteral("main_window/geometry");
-}
-
-bool is_project(const QString& file) {
-    return file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive) ||
-           file.endsWith(QLatin1String(".ims"), Qt::CaseInsensitive);
 }
 
 /// The page that a type of experiment is set up on.
@@ -49,8 +45,7 @@ VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
     connect_actions();
     languageChange();
     setAcceptDrops(true);
-    resize(QSize(fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 54)
-               .boundedTo(QGuiApplication::primaryScreen()->availableSize() * 0.95));
+    resize(on_screen({fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 54}));
     restoreGeometry(QSettings().value(geometry_setting()).toByteArray());
     start_pages();
     startTimer(title_period_ms);
@@ -65,6 +60,8 @@ VynLiteForm::~VynLiteForm() {
 
 void VynLiteForm::connect_actions() {
     const MainActions& actions = parts_->widgets.actions;
+    for (const QAction* action : findChildren<QAction*>(QString(), Qt::FindDirectChildrenOnly))
+        connect(action, &QAction::triggered, this, [this] { finish_editing(*this); });
     const auto bind = [this](QAction* action, void (VynLiteForm::*slot)()) {
         connect(action, &QAction::triggered, this, slot);
     };
@@ -87,7 +84,7 @@ void VynLiteForm::connect_actions() {
     connect(commands, &ProjectCommands::opened, parts_->widgets.recent, &RecentFilesMenu::add);
     connect(commands, &ProjectCommands::changed, this, &VynLiteForm::update_state);
     connect(commands, &ProjectCommands::replaced, this, [this] {
-        parts_->viewers.close_all();
+        parts_->viewers.close_project_images();
         remove_page();
         update_state();
     });
@@ -184,12 +181,12 @@ void VynLiteForm::changeEvent(QEvent* event) {
 }
 
 void VynLiteForm::closeEvent(QCloseEvent* event) {
-    const bool go_on = !parts_->page || parts_->commands->agrees_to_discard();
+    const bool go_on = (!parts_->page || parts_->commands->agrees_to_discard()) &&
+                       parts_->viewers.close_all();
     event->setAccepted(go_on);
     if (!go_on) return;
     QSettings().setValue(geometry_setting(), saveGeometry());
     parts_->recovery->stop();
-    parts_->viewers.close_all();
     parts_->help.reset();
 }
 
@@ -210,7 +207,7 @@ void VynLiteForm::open_files(const QStringList& files) {
     QStringList images;
     QString project;
     for (const QString& file : files) {
-        if (!is_project(file))
+        if (!is_project_file(file))
             images.append(file);
         else if (project.isEmpty())
             project = file;

@@ -9,6 +9,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "core/ui/window_size.h"
+
 namespace vyn {
 
 namespace {
@@ -65,7 +67,7 @@ NewPointDialog::NewPointDialog(std::vector<NextPoint> ways, QWidget* parent)
     connect(way_, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &NewPointDialog::show_way);
     show_way();
-    resize(fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 24);
+    resize(on_screen({fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 24}));
 }
 
 void NewPointDialog::show_way() {

@@ -9,6 +9,7 @@
 #include "core/data_set.h"
 #include "core/errors.h"
 #include "core/ui/command.h"
+#include "core/ui/window_size.h"
 #include "markers/marker_files.h"
 #include "process/project_paths.h"
 #include "view/html_report.h"
@@ -63,7 +64,7 @@ PointCheckDialog::PointCheckDialog(QBusyBox& busy_box, std::shared_ptr<const Run
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(page_);
     layout->addWidget(buttons);
-    resize(first_size);
+    resize(on_screen(first_size));
 }
 
 bool PointCheckDialog::look(const MarkerSet& ports) {

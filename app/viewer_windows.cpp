@@ -7,7 +7,8 @@ namespace vyn {
 ViewerWindows::ViewerWindows(Worker& worker, QObject* parent) : QObject(parent), worker_(worker) {}
 
 ViewerWindows::~ViewerWindows() {
-    close_all();
+    for (const QPointer<VynFieldViewer>& viewer : viewers_)
+        delete viewer;
 }
 
 VynFieldViewer* ViewerWindows::find(const std::string& name) const {
@@ -34,21 +35,31 @@ void ViewerWindows::show(const std::string& name, bool flag, const QString& titl
 }
 
 void ViewerWindows::show_file(const QString& file) {
-    VynFieldViewer* viewer = open({}, /*flag=*/false, file);
+    const QPointer<VynFieldViewer> viewer = open({}, /*flag=*/false, file);
     viewer->show();
     viewer->open_file(file);
+    if (viewer && viewer->image_name().empty()) viewer->close();  // nothing was opened
 }
 
 void ViewerWindows::mark(const std::string& name, bool out_of_date, const QString& why) {
     if (VynFieldViewer* viewer = find(name)) viewer->set_out_of_date(out_of_date, why);
 }
 
-void ViewerWindows::close_all() {
-    for (const QPointer<VynFieldViewer>& viewer : viewers_) {
-        if (viewer) viewer->close();  // remembers its layout
-        delete viewer;
-    }
-    viewers_.clear();
+bool ViewerWindows::close(const QPointer<VynFieldViewer>& viewer) {
+    if (viewer && !viewer->close()) return false;
+    delete viewer;  // now, not when the event loop runs again
+    return true;
+}
+
+void ViewerWindows::close_project_images() {
+    std::erase_if(viewers_, [](const auto& viewer) {
+        return !viewer || (viewer->shows_project_image(viewer->image_name()) && close(viewer));
+    });
+}
+
+bool ViewerWindows::close_all() {
+    std::erase_if(viewers_, close);
+    return viewers_.empty();
 }
 
 }  // namespace vyn

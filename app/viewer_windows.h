@@ -23,10 +23,14 @@ class ViewerWindows : public QObject {
     /// Opens a viewer of an image file that belongs to no project.
     void show_file(const QString& file);
     void mark(const std::string& name, bool out_of_date, const QString& why);
-    void close_all();
+    /// Closes the viewers of the project's images; those of files of their own stay.
+    void close_project_images();
+    /// False when the user keeps one open for what is drawn in it.
+    bool close_all();
 
   private:
     VynFieldViewer* find(const std::string& name) const;
+    static bool close(const QPointer<VynFieldViewer>& viewer);
     VynFieldViewer* open(const std::string& name, bool flag, const QString& title);
 
     Worker& worker_;

@@ -122,6 +122,12 @@ std::string complaint_about(const Limits& limits) {
     return {};
 }
 
+Limits with_room(const Limits& limits) {
+    if (limits.minimum < limits.maximum) return limits;
+    const double margin = std::max(std::abs(limits.minimum) * 0.01, 0.5);
+    return {limits.minimum - margin, limits.maximum + margin};
+}
+
 Limits ValueSummary::three_sigma() const {
     return {std::max(mean - 3 * sigma, minimum), std::min(mean + 3 * sigma, maximum)};
 }
@@ -194,12 +200,9 @@ Limits percentiles(const image& picture, double low, double high, Progress& prog
 
 Limits robust_limits(const image& picture, Progress& progress) {
     constexpr double spared = 0.5;
-    Limits limits = percentiles(picture, spared, 100 - spared, progress);
+    const Limits limits = percentiles(picture, spared, 100 - spared, progress);
     if (limits.minimum < limits.maximum) return limits;
-    limits = summarise(picture, progress).extremes();
-    if (limits.minimum < limits.maximum) return limits;
-    const double margin = std::max(std::abs(limits.minimum) * 0.01, 0.5);
-    return {limits.minimum - margin, limits.maximum + margin};
+    return with_room(summarise(picture, progress).extremes());
 }
 
 Histogram make_histogram(const image& picture, const Limits& range, int bins, Progress& progress) {

@@ -19,6 +19,9 @@ struct Limits {
 /// What is wrong with limits that a user gave, in words; empty when nothing is.
 std::string complaint_about(const Limits& limits);
 
+/// The limits, or some room about the one value that both are: no colours span nothing.
+Limits with_room(const Limits& limits);
+
 /// All of the following look at the valid pixels with finite values only, take planes of 16
 /// megapixels in well below 0.1 s, and give the same bits on any number of threads.
 

@@ -19,6 +19,7 @@
 #include "app/point_check_dialog.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/in_situ_dialog.h"
+#include "core/ui/command.h"
 #include "process/likely_places.h"
 #include "process/page_steps.h"
 #include "process/save_image_task.h"
@@ -136,6 +137,7 @@ void BasicPage::open_in_situ() {
 }
 
 void BasicPage::run_step(PageStep step) {
+    finish_editing(*this);
     if (step == PageStep::in_situ) return open_in_situ();
     if (step == PageStep::check)
         return show_point_check(busy_box(), report_ ? report_ : std::make_shared<RunReport>(),

@@ -31,6 +31,11 @@ fs::path& last_folder() {
 
 }  // namespace
 
+bool is_project_file(const QString& file) {
+    return file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive) ||
+           file.endsWith(QLatin1String(".ims"), Qt::CaseInsensitive);
+}
+
 QString image_filter() {
     QStringList all;
     QStringList each;

@@ -9,6 +9,9 @@ class QWidget;
 
 namespace vyn {
 
+/// A project file or container, by its name.
+bool is_project_file(const QString& file);
+
 /// The name filters of a file dialog for images: all that can be read together, then each format.
 QString image_filter();
 

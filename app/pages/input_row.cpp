@@ -5,20 +5,24 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QMimeData>
+#include <QTimer>
 #include <QToolButton>
 #include <QUrl>
 
 #include "app/pages/elided_label.h"
+#include "app/pages/file_choice.h"
 #include "app/pages/page_parts.h"
 
 namespace vyn {
 
 namespace {
 
-/// The one local file of a drag; empty when it carries anything else.
+/// The one local file of a drag; empty when it carries anything else, or a project, which the window
+/// opens wherever it is dropped.
 QString dragged_file(const QMimeData* data) {
     const QList<QUrl> urls = data->urls();
-    return urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
+    const QString file = urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
+    return is_project_file(file) ? QString() : file;
 }
 
 }  // namespace
@@ -72,7 +76,10 @@ void InputRow::dragEnterEvent(QDragEnterEvent* event) {
 
 void InputRow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
-    Q_EMIT chosen(dragged_file(event->mimeData()));
+    // A job and dialogs follow: not before the other program's drag has ended.
+    QTimer::singleShot(0, this, [this, file = dragged_file(event->mimeData())] {
+        Q_EMIT chosen(file);
+    });
 }
 
 }  // namespace vyn

@@ -86,7 +86,12 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
 
     connect(markers, &QToolButton::clicked, this, &form_calibr_single::select_markers);
     connect(calibration, &QToolButton::clicked, this, &form_calibr_single::select_calibration);
-    connect(edt_mrk_file, &QLineEdit::editingFinished, this, &form_calibr_single::refresh_ports);
+    connect(edt_mrk_file, &QLineEdit::editingFinished, this, [this] {
+        // A warning takes the keyboard from the line, which ends its editing once more.
+        if (!edt_mrk_file->isModified()) return;
+        edt_mrk_file->setModified(false);
+        refresh_ports();
+    });
     connect(spn_approx, qOverload<int>(&QSpinBox::valueChanged), this,
             &form_calibr_single::refresh_ports);
 }

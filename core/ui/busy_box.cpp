@@ -91,6 +91,10 @@ TaskOutcome QBusyBox::run(std::shared_ptr<Job> job) {
     if (job->empty()) return TaskOutcome::idle;
     parts_->abort_btn->setText(tr("Abort!"));
     parts_->abort_btn->setEnabled(true);
+    // The key that started the job, pressed once more, must not end it.
+    parts_->abort_btn->setAutoDefault(false);
+    parts_->abort_btn->setDefault(false);
+    parts_->text->setFocus();
     parts_->text->clear();
     parts_->progress->setRange(0, 0);
     parts_->progress->setVisible(true);

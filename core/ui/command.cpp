@@ -1,6 +1,7 @@
 #include "core/ui/command.h"
 
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 
 #include "core/errors.h"
@@ -39,6 +40,13 @@ bool attempt(QWidget* parent, const QString& caption, const std::function<void()
 void report_failure(QWidget* parent, const QString& caption, const QString& text) {
     get_log().write(2, text.toStdString());
     QMessageBox::warning(parent, caption, text);
+}
+
+void finish_editing(const QWidget& window) {
+    auto* line = qobject_cast<QLineEdit*>(window.focusWidget());
+    if (!line || !line->hasFocus()) return;
+    line->clearFocus();
+    line->setFocus();
 }
 
 std::string ask_open_file(QWidget* parent, const FileQuestion& question) {

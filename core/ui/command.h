@@ -15,6 +15,10 @@ bool attempt(QWidget* parent, const QString& caption, const std::function<void()
 /// A failure that no error stands for: a log line and a warning box.
 void report_failure(QWidget* parent, const QString& caption, const QString& text);
 
+/// What is typed in a line of the window counts from now on, as if the line had lost the keyboard:
+/// neither a key nor a tool button that starts a command takes it from the line.
+void finish_editing(const QWidget& window);
+
 /// What the user is asked for when choosing a file.
 struct FileQuestion {
     QString caption;

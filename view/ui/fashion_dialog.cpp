@@ -240,7 +240,7 @@ void QFashionDlg::choose(const Fashion& fashion) {
 
 void QFashionDlg::choose_limits(const Limits& limits) {
     Fashion changed = fashion_;
-    changed.limits = limits;
+    changed.limits = with_room(limits);
     choose(changed);
 }
 

@@ -44,6 +44,7 @@ VynFieldViewer::~VynFieldViewer() {
 void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::string& name,
                                PictureOrigin origin, const QString& title) {
     parts_->comparison->stop();
+    delete parts_->fashion_dialog;  // its Cancel would bring back the limits of the image before
     parts_->list = std::move(list);
     parts_->image_name = name;
     parts_->origin = origin;

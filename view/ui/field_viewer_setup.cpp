@@ -1,3 +1,4 @@
+#include <QCloseEvent>
 #include <QDockWidget>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -6,6 +7,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include "core/ui/window_size.h"
 #include "view/ui/edit_actions.h"
 #include "view/ui/field_viewer_parts.h"
 #include "view/ui/key_arbiter.h"
@@ -47,11 +49,13 @@ void VynFieldViewer::make_panels() {
 
 void VynFieldViewer::restore_layout() {
     const QSettings settings;
-    if (!restoreGeometry(settings.value(geometry_setting).toByteArray())) resize(1100, 760);
+    if (!restoreGeometry(settings.value(geometry_setting).toByteArray()))
+        resize(on_screen({1100, 760}));
     restoreState(settings.value(panels_setting).toByteArray());
 }
 
 void VynFieldViewer::closeEvent(QCloseEvent* event) {
+    if (!may_discard()) return event->ignore();
     QSettings settings;
     settings.setValue(geometry_setting, saveGeometry());
     settings.setValue(panels_setting, saveState());

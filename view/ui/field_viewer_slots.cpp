@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QClipboard>
+#include <QMessageBox>
 #include <QStatusBar>
 
 #include "core/data_set.h"
@@ -37,6 +38,16 @@ std::shared_ptr<const image> VynFieldViewer::picture() const {
 }
 MouseMode VynFieldViewer::mode() const {
     return parts_->mode;
+}
+
+bool VynFieldViewer::may_discard() {
+    if (!isWindowModified() || parts_->list.get() == &get_images()) return true;
+    return QMessageBox::warning(this, tr("Warning!"),
+                                tr("Markers or masks drawn on %1 are in no file and will be "
+                                   "lost!\nOk to continue?")
+                                    .arg(caption()),
+                                QMessageBox::Yes | QMessageBox::No,
+                                QMessageBox::No) == QMessageBox::Yes;
 }
 
 void VynFieldViewer::open() {

@@ -47,6 +47,7 @@ VynFunctionBar::VynFunctionBar(QWidget* parent) : QWidget(parent) {
     layout->addStretch();
     grid_present(false);
     show_pixel({});
+    show_fashion({});
 }
 
 void VynFunctionBar::set_modes(const QList<QAction*>& actions) {

@@ -28,6 +28,7 @@
 #include "core/numbers.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
+#include "core/ui/window_size.h"
 #include "view/ui/graph_export.h"
 #include "view/ui/graph_zoomer.h"
 #include "view/ui/plot_style.h"
@@ -65,7 +66,7 @@ GraphWindow::GraphWindow(QWidget* parent)
       list_(new QListWidget(this)) {
     setObjectName(QStringLiteral("GraphWindow"));
     setCentralWidget(plot_);
-    resize(900, 460);
+    resize(on_screen({900, 460}));
     make_plot();
     make_form();
     make_actions();

@@ -124,6 +124,7 @@ void MarkerFindingDialog::forget_found() {
 }
 
 void MarkerFindingDialog::accept() {
+    if (!min_size_->check()) return;
     const MarkerSet found = *found_;
     const double distance = *min_size_->number() / 2;
     const bool keep = keep_->isChecked();

@@ -64,6 +64,7 @@ void ViewerFiles::open() {
 }
 
 void ViewerFiles::open_file(const QString& file) {
+    if (!viewer_.may_discard()) return;
     folder_ = QFileInfo(file).path();
     viewer_.statusBar()->showMessage(tr("Wait..."));
     const auto list = std::make_shared<imagesList>();
