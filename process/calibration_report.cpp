@@ -96,6 +96,13 @@ std::vector<std::string> remarks_of(const CalibrationReport& report) {
         remarks.emplace_back(
             "There are as many terms as ports: the law runs through every port, and nothing can be "
             "said of its error");
+    for (const CalibrationPoint& port : calibration.samples.points) {
+        if (port.pressure > 0) continue;
+        remarks.push_back("The pressure of port " + std::to_string(port.number) + " is " +
+                          number(port.pressure) +
+                          ": the law needs absolute pressures, not differences from a reference");
+        break;
+    }
     if (terms == 1)
         remarks.emplace_back("A law of one term is a constant: the field has one pressure only");
     if (const std::string remark = unit_remark(report); !remark.empty()) remarks.push_back(remark);

@@ -114,7 +114,7 @@ VynCalResults::VynCalResults(dataSetInterface& settings, QWidget* parent)
     connect(parts_->table, &PortTable::port_toggled, this, &VynCalResults::toggle);
     parts_->unity_box->setObjectName(QStringLiteral("unity"));
     parts_->unity_box->setToolTip(tr("Right for a law that is fitted to the ratio of this image"));
-    parts_->unity_box->setChecked(read(settings, keys::convert_wind_off_ratio) == unity);
+    parts_->unity_box->setChecked(true);
     connect(parts_->unity_box, &QCheckBox::toggled, this, &VynCalResults::show_meaning);
 }
 
