@@ -33,7 +33,7 @@ MarkerFileResult read_ports(const std::string& file, MarkerSet& ports, int image
 }
 
 std::string list_of(const std::vector<std::string>& left_out) {
-    constexpr std::size_t most_told = 5;
+    constexpr std::size_t most_told = 3;
     std::string text;
     for (std::size_t i = 0; i < std::min(left_out.size(), most_told); ++i)
         text += (i > 0 ? "; " : "") + left_out[i];

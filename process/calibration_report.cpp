@@ -11,6 +11,7 @@
 #include "core/numbers.h"
 #include "process/digest.h"
 #include "process/field_quantity.h"
+#include "process/law_conditions.h"
 
 namespace vyn {
 
@@ -163,13 +164,14 @@ json covariance_json(const InSituFit& fit) {
 
 }  // namespace
 
-CalibrationReport report_calibration(dataSetInterface& data, std::string port_file,
-                                     const InSituOptions& options, InSituCalibration calibration) {
+CalibrationReport report_calibration(dataSetInterface& data, const imagesList& images,
+                                     std::string port_file, const InSituOptions& options,
+                                     InSituCalibration calibration) {
     CalibrationReport report;
     report.port_file = std::move(port_file);
     report.options = options;
     report.calibration = std::move(calibration);
-    report.rule = wind_off_rule(read(data, keys::convert_wind_off_ratio));
+    report.rule = wind_off_rule(data, images);
     flowFeatures flow;
     read(data, std::string(keys::flow), flow);
     report.conversion = prepare_conversion(FieldQuantity::pressure, report.calibration.paint, flow);

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "api/image_list.h"
 #include "calib/in_situ_calibration.h"
 #include "calib/paint_law.h"
 #include "core/data_set.h"
@@ -22,8 +23,9 @@ struct CalibrationReport {
 };
 
 /// Puts the new law to the test conditions of the project, as the field computation would.
-CalibrationReport report_calibration(dataSetInterface& data, std::string port_file,
-                                     const InSituOptions& options, InSituCalibration calibration);
+CalibrationReport report_calibration(dataSetInterface& data, const imagesList& images,
+                                     std::string port_file, const InSituOptions& options,
+                                     InSituCalibration calibration);
 
 /// As a table for reading.
 std::string to_text(const CalibrationReport& report);
