@@ -133,6 +133,13 @@ void state_remark(dataSetInterface& data, const imagesList& images,
         remarks.push_back("The field is out of date: " + state.reason + ". Calculate it again");
 }
 
+void saturation_remarks(const std::vector<StageCheck>& stages, std::vector<std::string>& remarks) {
+    for (const StageCheck& stage : stages)
+        if (const std::int64_t count = stage.values.saturated; count > 0)
+            remarks.push_back(stage.label + ": " + std::to_string(count) +
+                              (count == 1 ? " pixel is" : " pixels are") + " saturated");
+}
+
 /// The field beside the pressures that the paint's calibration holds for.
 void range_remark(const image& field, const PreparedConversion& prepared,
                   std::vector<std::string>& remarks) {
@@ -211,6 +218,7 @@ PointCheck check_point(const RunReport& report, dataSetInterface& data, const im
     check.conversion = report.conversion;
     check.computed = report.field || !field;
     state_remark(data, images, check.warnings);
+    saturation_remarks(check.stages, check.warnings);
     if (field && report.conversion) range_remark(*field, *report.conversion, check.warnings);
     check.warnings.insert(check.warnings.end(), report.warnings.begin(), report.warnings.end());
     return check;
