@@ -102,17 +102,19 @@ image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits&
 
 image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& limits,
                            Progress& progress) {
-    const auto& [signal_off, signal_on, reference_off, reference_on] = pictures;
+    const image& signal_off = pictures.signal_off;
     check_all_planes(signal_off);
-    for (const image* other : {&signal_on, &reference_off, &reference_on}) {
+    for (const image* other :
+         {&pictures.signal_on, &pictures.reference_off, &pictures.reference_on}) {
         other->check_planes();
         check_same_size(signal_off, *other);
     }
     RowResult result(signal_off);
     parallel_rows(signal_off.height(), rows_per_block, progress, [&](int y0, int y1) {
         for (int y = y0; y < y1; ++y) {
-            const ConstPixelRow rows[] = {const_row(signal_off, y), const_row(reference_on, y),
-                                          const_row(reference_off, y), const_row(signal_on, y)};
+            const ConstPixelRow rows[] = {
+                const_row(signal_off, y), const_row(pictures.reference_on, y),
+                const_row(pictures.reference_off, y), const_row(pictures.signal_on, y)};
             const PixelRow out = result.row(y);
             for (int x = 0; x < signal_off.width(); ++x) {
                 const double ratio = double{rows[0].value[x]} * double{rows[1].value[x]} /

@@ -42,9 +42,13 @@ void median_pixel(const MedianWindow& window, int size, const FilterRow& row, in
     for (int j = 0; j < size; ++j)
         for (int i = x - half; i <= x + half; ++i)
             if (window.weights[j][i] > 0) values[count++] = window.values[j][i];
-    float* const middle = values + count / 2;
-    if (count > 0) std::nth_element(values, middle, values + count, ranks_before);
-    finish_pixel(row, x, window.weights[half][x] > 0, count, *middle);
+    float median = 0;
+    if (count > 0) {
+        float* const middle = values + count / 2;
+        std::nth_element(values, middle, values + count, ranks_before);
+        median = *middle;
+    }
+    finish_pixel(row, x, window.weights[half][x] > 0, count, median);
 }
 
 /// Windows of 3 x 3 and 5 x 5 pixels.

@@ -35,12 +35,12 @@ float least_count(double area, double fill) {
 
 FilterRule rule_of(const FilterOptions& options) {
     const double fill = options.fill_percent * percent;
-    const auto side = [](int request) { return 2.0 * (request / 2) + 1; };
+    const auto side = [](int request) { return 2 * (request / 2) + 1; };
     FilterRule rule{};
     rule.visit_valid = options.target == FilterTarget::all ? -1 : 0;
     rule.least_count = std::numeric_limits<float>::infinity();
     if (fill > least_fill_fraction) rule.visit_excluded = -1;
-    if (fill > 0) rule.least_count = least_count(side(options.dx) * side(options.dy), fill);
+    if (fill > 0) rule.least_count = least_count(double(side(options.dx)) * side(options.dy), fill);
     return rule;
 }
 

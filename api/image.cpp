@@ -1,5 +1,7 @@
 #include "api/image.h"
 
+#include <algorithm>
+
 #include "core/errors.h"
 
 namespace vyn {
@@ -71,6 +73,16 @@ bool image::shares_values_with(const image& other) const {
 bool image::shares_planes_with(const image& other) const {
     return values_.shares_with(other.values_) && mask_.shares_with(other.mask_) &&
            region_.shares_with(other.region_);
+}
+
+bool image::has_unsaved_mask() const {
+    if (!saved_mask_ || saved_mask_->shares_with(mask_)) return false;
+    const Bitmap<std::uint8_t>& saved = saved_mask_->get();
+    const Bitmap<std::uint8_t>& now = mask_.get();
+    if (!saved.same_size(now)) return true;
+    for (int y = 0; y < now.height(); ++y)
+        if (!std::equal(now.row(y), now.row(y) + now.width(), saved.row(y))) return true;
+    return false;
 }
 
 void image::drop_values() {

@@ -11,8 +11,10 @@ namespace {
 
 struct Entry {
     std::uint32_t key;
-    std::uint32_t pixel;
+    std::uint16_t x;
+    std::uint16_t y;
 };
+static_assert(max_bitmap_side <= 65536);
 
 /// Numbers in the order of the values, NaN the largest.
 std::uint32_t key_of(float value) {
@@ -43,16 +45,13 @@ void sort_by_digit(const std::vector<Entry>& from, int shift, std::vector<Entry>
 }  // namespace
 
 ValueRanks::ValueRanks(const image& picture) : ranks(picture.width(), picture.height(), no_rank) {
-    const int width = picture.width();
     std::vector<Entry> entries;
     entries.reserve(picture.values().count());
     for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < width; ++x)
+        for (int x = 0; x < picture.width(); ++x)
             if (picture.mask()(x, y) == 0)
-                entries.push_back(
-                    {key_of(picture.values()(x, y)),
-                     static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(width) +
-                         static_cast<std::uint32_t>(x)});
+                entries.push_back({key_of(picture.values()(x, y)), static_cast<std::uint16_t>(x),
+                                   static_cast<std::uint16_t>(y)});
     std::vector<Entry> other(entries.size());
     for (const int shift : {0, 11, 22}) {
         sort_by_digit(entries, shift, other);
@@ -61,10 +60,8 @@ ValueRanks::ValueRanks(const image& picture) : ranks(picture.width(), picture.he
     values.resize(entries.size());
     std::uint32_t rank = 0;
     for (const Entry& entry : entries) {
-        const int x = static_cast<int>(entry.pixel % static_cast<std::uint32_t>(width));
-        const int y = static_cast<int>(entry.pixel / static_cast<std::uint32_t>(width));
-        ranks(x, y) = rank;
-        values[rank++] = picture.values()(x, y);
+        ranks(entry.x, entry.y) = rank;
+        values[rank++] = picture.values()(entry.x, entry.y);
     }
 }
 

@@ -184,11 +184,7 @@ void VynLiteForm::changeEvent(QEvent* event) {
 }
 
 void VynLiteForm::closeEvent(QCloseEvent* event) {
-    const bool go_on =
-        !parts_->page || QMessageBox::warning(this, tr("Warning!"),
-                                              tr("All unsaved data will be lost!\nOk to continue?"),
-                                              QMessageBox::Yes | QMessageBox::No,
-                                              QMessageBox::No) == QMessageBox::Yes;
+    const bool go_on = !parts_->page || parts_->commands->agrees_to_discard();
     event->setAccepted(go_on);
     if (!go_on) return;
     QSettings().setValue(geometry_setting(), saveGeometry());
@@ -242,12 +238,17 @@ void VynLiteForm::offer_lost_work() {
                 .arg(project),
             QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes);
         if (answer == QMessageBox::Cancel) continue;
-        if (answer == QMessageBox::Yes) {
-            if (!parts_->commands->recover(work)) continue;
-            parts_->recovery->look();
+        if (answer == QMessageBox::No) {
+            work.discard();
+            continue;
         }
-        work.discard();
-        if (answer == QMessageBox::Yes) return;
+        const auto recovered = parts_->commands->recover(work);
+        if (recovered == ProjectCommands::Recovered::nothing) continue;
+        parts_->recovery->look();
+        // Markers and masks wait for their pictures.
+        if (recovered == ProjectCommands::Recovered::everything || !work.has_pictures())
+            work.discard();
+        return;
     }
 }
 

@@ -14,9 +14,11 @@
 #include "core/ui/busy_box.h"
 #include "process/ims.h"
 #include "process/new_point.h"
+#include "process/page_rows.h"
 #include "process/project_paths.h"
 #include "process/project_tasks.h"
 #include "process/raw_images.h"
+#include "process/unsaved_work.h"
 
 namespace vyn {
 
@@ -124,11 +126,12 @@ bool ProjectCommands::open_file(const fs::path& name) {
     return true;
 }
 
-bool ProjectCommands::recover(const LostWork& work) {
+ProjectCommands::Recovered ProjectCommands::recover(const LostWork& work) {
     Lock held = work.project.empty() ? nullptr : lock(work.project);
-    if (!work.project.empty() && !held) return false;
+    if (!work.project.empty() && !held) return Recovered::nothing;
     const bool read_all = carry_out(
-        job_of(reading(work.copy, {{std::string(keys::head_file.path), any(work.project)}})),
+        job_of(reading(work.copy, {{std::string(keys::head_file.path), any(work.project)}}),
+               std::make_unique<RestorePicturesTask>(work.copy)),
         tr("The images of the recovered project were not read."));
     if (!read_all) {
         // The settings are what cannot be had again.
@@ -139,7 +142,7 @@ bool ProjectCommands::recover(const LostWork& work) {
     lock_ = std::move(held);
     file_ = work.project;
     Q_EMIT replaced();
-    return true;
+    return read_all ? Recovered::everything : Recovered::settings;
 }
 
 bool ProjectCommands::save() {
@@ -224,10 +227,22 @@ void ProjectCommands::choose_directory() {
 }
 
 bool ProjectCommands::may_discard() {
-    if (!vyn_db().modified()) return true;
-    return QMessageBox::warning(
-               window_, tr("Warning!"), tr("All unsaved data will be lost!\nOk to continue?"),
-               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+    return !has_unsaved_work() || agrees_to_discard();
+}
+
+bool ProjectCommands::agrees_to_discard() {
+    QMessageBox box(QMessageBox::Warning, tr("Warning!"),
+                    tr("All unsaved data will be lost!\nOk to continue?"),
+                    QMessageBox::Yes | QMessageBox::No, window_);
+    box.setDefaultButton(QMessageBox::No);
+    QStringList drawn;
+    for (const auto& picture : unsaved_pictures(get_images()))
+        drawn << QString::fromStdString(image_label(experiment_type(vyn_db()), picture->name));
+    if (!drawn.isEmpty())
+        box.setInformativeText(tr("Markers or masks are in no file yet: %1. Save them in the "
+                                  "viewer of the picture.")
+                                   .arg(drawn.join(QStringLiteral(", "))));
+    return box.exec() == QMessageBox::Yes;
 }
 
 bool ProjectCommands::carry_out(const std::shared_ptr<Job>& job, const QString& what_failed) {

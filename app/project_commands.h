@@ -37,11 +37,14 @@ class ProjectCommands : public QObject {
     /// Forgets all images and the container's data, after a question.
     bool remove_ims_data();
     void choose_directory();
+    enum class Recovered { nothing, settings, everything };
     /// Opens what a crash left, as unsaved work.
-    bool recover(const LostWork& work);
+    Recovered recover(const LostWork& work);
 
     /// True when nothing is unsaved or the user does not mind.
     bool may_discard();
+    /// Asks, unsaved or not.
+    bool agrees_to_discard();
     /// Clears the project; not `totally_new`: keeps the settings that are not of one test point.
     void reset(bool totally_new);
 

@@ -4,6 +4,7 @@
 
 #include "core/errors.h"
 #include "core/project_file.h"
+#include "process/unsaved_work.h"
 
 namespace vyn {
 
@@ -22,15 +23,15 @@ RecoveryKeeper::RecoveryKeeper(std::filesystem::path folder, QObject* parent)
 
 RecoveryKeeper::~RecoveryKeeper() {
     if (writing_.valid()) writing_.wait();
-    if (!vyn_db().modified()) copy_.drop();
+    if (!has_unsaved_work()) copy_.drop();
 }
 
 void RecoveryKeeper::look() {
     using namespace std::chrono_literals;
     if (stopped_) return;
     if (writing_.valid() && writing_.wait_for(0s) != std::future_status::ready) return;
-    const std::uint64_t revision = vyn_db().revision();
-    if (!vyn_db().modified()) {
+    const std::pair revision{vyn_db().revision(), get_images().revision()};
+    if (!has_unsaved_work()) {
         if (kept_) copy_.drop();
         kept_ = false;
         return;
@@ -38,9 +39,10 @@ void RecoveryKeeper::look() {
     if (kept_ && revision == kept_revision_) return;
     kept_ = true;
     kept_revision_ = revision;
-    writing_ = std::async(std::launch::async, [this, project = to_xml(vyn_db())] {
+    writing_ = std::async(std::launch::async, [this, project = to_xml(vyn_db()),
+                                               pictures = unsaved_pictures(get_images())] {
         try {
-            copy_.keep(project);
+            copy_.keep(project, pictures);
         } catch (const GenericError&) {
             // Its error stands in the log; the next change tries again.
         }

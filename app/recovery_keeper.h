@@ -3,6 +3,7 @@
 #include <QObject>
 #include <cstdint>
 #include <future>
+#include <utility>
 
 #include "process/recovery_copy.h"
 
@@ -23,7 +24,7 @@ class RecoveryKeeper : public QObject {
 
   private:
     RecoveryCopy copy_;
-    std::uint64_t kept_revision_ = 0;
+    std::pair<std::uint64_t, std::uint64_t> kept_revision_;  ///< of settings and images
     bool kept_ = false;
     bool stopped_ = false;
     std::future<void> writing_;

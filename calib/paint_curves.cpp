@@ -1,6 +1,5 @@
 #include "calib/paint_curves.h"
 
-#include <array>
 #include <cmath>
 #include <optional>
 
@@ -47,21 +46,21 @@ Span ratios_of(const paintFeatures& paint, const PaintLaw& law) {
 
 }  // namespace
 
-std::vector<PaintCurve> paint_curves(const paintFeatures& paint) {
+std::array<PaintCurve, 3> paint_curves(const paintFeatures& paint) {
     const paintFeatures in_law =
         prepare_conversion(FieldQuantity::ratio, paint, flowFeatures{}).paint;
     const std::array<double, 3> temperatures = temperatures_of(in_law);
     const Span span = ratios_of(in_law, law_at(in_law, temperatures[1]));
-    std::vector<PaintCurve> curves;
-    for (const double temperature : temperatures) {
-        const PaintLaw law = law_at(in_law, temperature);
-        PaintCurve curve{temperature, {}, {}};
+    std::array<PaintCurve, 3> curves;
+    for (std::size_t i = 0; i < curves.size(); ++i) {
+        PaintCurve& curve = curves[i];
+        curve.temperature = temperatures[i];
+        const PaintLaw law = law_at(in_law, curve.temperature);
         for (int step = 0; step <= steps; ++step) {
             const double ratio = span.low + (span.high - span.low) * step / steps;
             curve.ratios.push_back(ratio);
             curve.pressures.push_back(pressure_of(law, ratio));
         }
-        curves.push_back(std::move(curve));
     }
     return curves;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "calib/paint.h"
@@ -16,7 +17,7 @@ struct PaintCurve {
 /// The law at three temperatures as they enter it: the bounds of the paint's range with the
 /// normalizing temperature between them (their middle when it lies elsewhere), or 10 degrees to
 /// either side of the normalizing one without a range. The ratios are those at which the middle
-/// curve gives the paint's pressures, or 0 to 2 when it does not give them.
-std::vector<PaintCurve> paint_curves(const paintFeatures& paint);
+/// curve gives the paint's pressures, or 0 to 2 when it does not give them. Coldest curve first.
+std::array<PaintCurve, 3> paint_curves(const paintFeatures& paint);
 
 }  // namespace vyn

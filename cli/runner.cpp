@@ -6,7 +6,7 @@
 
 namespace vyn::cli {
 
-TaskOutcome Runner::run(std::shared_ptr<Job> job) {
+TaskOutcome Runner::run(const std::shared_ptr<Job>& job) {
     worker_.post(job, context_);
     while (!worker_.wait_done(poll_ms)) {
         if (InterruptGuard::requested()) context_->abort();

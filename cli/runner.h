@@ -16,7 +16,7 @@ namespace vyn::cli {
 class Runner {
   public:
     /// Errors of the job come back as the text of `failure`.
-    TaskOutcome run(std::shared_ptr<Job> job);
+    TaskOutcome run(const std::shared_ptr<Job>& job);
 
     const std::string& failure() const { return failure_; }
     std::vector<StageTime> stages() { return context_->finish_stages(); }

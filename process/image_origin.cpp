@@ -109,6 +109,8 @@ class OriginTask final : public Task {
             if (!after[i] || after[i] == before[i]) continue;
             image noted = *after[i];
             noted.origin = result_origin(vyn_db(), images, noted.name, origin_of);
+            noted.note_markers_saved();
+            noted.note_mask_saved();
             images.add(std::move(noted));
         }
     }
@@ -125,15 +127,21 @@ std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job) {
     return whole;
 }
 
-void note_files_saved(dataSetInterface& data, imagesList& images, const std::string& name) {
+void note_file_saved(dataSetInterface& data, imagesList& images, const std::string& name,
+                     InputFile::Role role) {
     const auto picture = images.find(name);
-    const InputFile* input = input_of_image(name);
-    if (!picture || !input || picture->origin.empty()) return;
+    if (!picture) return;
+    const bool markers = role == InputFile::Role::markers;
     image noted = *picture;
-    ImageOrigin now = input_origin(data, *input);
-    for (const char* item : {"marker file", "mask file"}) {
+    if (markers)
+        noted.note_markers_saved();
+    else
+        noted.note_mask_saved();
+    if (const InputFile* input = input_of_image(name); input && !noted.origin.empty()) {
+        const char* item = markers ? "marker file" : "mask file";
         noted.origin.erase(item);
-        if (auto found = now.extract(item)) noted.origin.insert(std::move(found));
+        if (auto found = input_origin(data, *input).extract(item))
+            noted.origin.insert(std::move(found));
     }
     images.add(std::move(noted));
 }

@@ -28,12 +28,13 @@ ImageOrigin input_origin(dataSetInterface& data, const InputFile& input);
 ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std::string_view result,
                           const std::function<ImageOrigin(const std::string&)>& origin_of);
 
-/// The same job; at its end, however it ends, every result that it published knows its origin. An
-/// empty job stays empty.
+/// The same job; at its end, however it ends, every result that it published knows its origin, and
+/// its markers and mask count as saved. An empty job stays empty.
 std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job);
 
-/// Tells that markers and masks of an image of the list agree with their files as they are now:
-/// after the window saved them. Nothing happens when the list has no such image.
-void note_files_saved(dataSetInterface& data, imagesList& images, const std::string& image);
+/// Tells that markers or mask (`role`) of an image of the list agree with their file as it is now:
+/// after the window read or saved it. Nothing happens when the list has no such image.
+void note_file_saved(dataSetInterface& data, imagesList& images, const std::string& image,
+                     InputFile::Role role);
 
 }  // namespace vyn

@@ -44,6 +44,7 @@ void fixMarkersDs(dataSetInterface& data, imagesList& images) {
                                    ": markers removed, the project names no marker file (" +
                                    std::string(raw.marker_file.path) + ")");
         }
+        changed.note_markers_saved();
         images.add(std::move(changed));
     }
 }

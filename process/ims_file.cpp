@@ -204,6 +204,8 @@ void read_ims_data(const fs::path& file, Progress& progress) {
         picture.file_name = text_of(entries[i], "file");
         picture.file_sha256 = text_of(entries[i], "sha256");
         picture.origin = origin_of(entries[i]);
+        picture.note_markers_saved();
+        picture.note_mask_saved();
         ims.images.push_back(std::make_shared<const image>(std::move(picture)));
         progress.fraction(static_cast<double>(i + 1) / static_cast<double>(entries.size()));
     }

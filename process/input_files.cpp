@@ -63,7 +63,7 @@ std::filesystem::path located_file(dataSetInterface& data, const InputFile& inpu
     const std::filesystem::path name = read(data, input.file);
     if (name.empty()) return {};
     const std::filesystem::path folder = project_folder(data);
-    const std::filesystem::path found = locate(name, folder);
+    std::filesystem::path found = locate(name, folder);
     if (!found.empty() || input.role != InputFile::Role::flat) return found;
     // Asked often, so without the log lines of the search that loading makes.
     cameraFeatures record;

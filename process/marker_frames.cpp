@@ -7,9 +7,9 @@
 #include "calib/camera.h"
 #include "core/errors.h"
 #include "core/log.h"
-#include "markers/marker_files.h"
 #include "process/experiment_type.h"
 #include "process/image_origin.h"
+#include "process/marker_io.h"
 #include "process/project_paths.h"
 #include "process/synthetic_geometry.h"
 
@@ -53,17 +53,6 @@ bool is_marker_file(dataSetInterface& data, const RawImage& raw, const fs::path&
            fs::weakly_canonical(fs::absolute(file), ignored);
 }
 
-void write_or_throw(const fs::path& file, const MarkerSet& set) {
-    constexpr const char* text = "Error writing Markers";
-    MarkerFileResult result;
-    try {
-        result = write_markers(file.string(), set);
-    } catch (const FileError& error) {
-        throw FileError(unit, __LINE__, text, error.detail);
-    }
-    if (!result) throw FileError(unit, __LINE__, text, result.detail);
-}
-
 }  // namespace
 
 CameraOrigin camera_origin(std::string_view image_name) {
@@ -102,7 +91,7 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
         saving.camera_frame
             ? to_camera_frame(picture.markers, lens_of(data, camera_partner(data, *raw).camera))
             : picture.markers;
-    write_or_throw(file, set);
+    write_marker_file(file, set);
     if (saving.set_key && read(data, raw->marker_file) != file.string())
         write(data, raw->marker_file, file.string());
     if (saving.camera_frame) {
@@ -114,15 +103,13 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
             images.add(std::move(marked));
         }
     }
-    if (raw) note_files_saved(data, images, raw->name);
+    note_file_saved(data, images, picture.name, InputFile::Role::markers);
+    if (saving.camera_frame) note_file_saved(data, images, raw->name, InputFile::Role::markers);
     return saving;
 }
 
 MarkerSet load_image_markers(dataSetInterface& data, const image& picture, const fs::path& file) {
-    MarkerSet set;
-    const MarkerFileResult result = read_markers(file.string(), set, picture.height());
-    if (!result) throw FileError(unit, __LINE__, "File error!", result.detail);
-    if (!result.detail.empty()) get_log().write(3, result.detail);
+    MarkerSet set = read_marker_file(file, picture.height());
     const auto [raw, corrected] = camera_origin(picture.name);
     if (corrected && is_marker_file(data, *raw, file))
         set = to_ideal_frame(std::move(set), lens_of(data, camera_partner(data, *raw).camera));

@@ -21,7 +21,7 @@ fs::path output_folder(dataSetInterface& data) {
 
 fs::path locate(const fs::path& name, const fs::path& folder) {
     std::error_code ignored;
-    const fs::path first = name.is_relative() ? folder / name : name;
+    fs::path first = name.is_relative() ? folder / name : name;
     if (fs::exists(first, ignored)) return first;
     const fs::path beside = folder / name.filename();
     return name.is_absolute() && fs::exists(beside, ignored) ? beside : fs::path();
@@ -30,7 +30,7 @@ fs::path locate(const fs::path& name, const fs::path& folder) {
 fs::path find_input(dataSetInterface& data, const std::string& file_name, std::string_view key) {
     const fs::path named = file_name;
     const fs::path folder = project_folder(data);
-    const fs::path found = locate(named, folder);
+    fs::path found = locate(named, folder);
     if (named.is_absolute() && !found.empty() && found != named)
         get_log().write(
             3, file_name + " is not there; taken from beside the project file: " + found.string());

@@ -10,6 +10,7 @@
 #include "process/ims.h"
 #include "process/project_paths.h"
 #include "process/raw_images.h"
+#include "process/unsaved_work.h"
 
 namespace vyn {
 
@@ -151,6 +152,7 @@ TaskOutcome WriteProjectTask::run(TaskContext& context) {
         rebase_relative_names(data, project_folder(data), real.parent_path());
     write(data, keys::head_file, real.string());
     write_project(data, get_images(), real, context);
+    if (is_container(real)) note_contained(data, get_images());
     settings.accept();
     data.set_modified(false);
     return TaskOutcome::done;

@@ -52,9 +52,8 @@ TaskOutcome RatioTask::run(TaskContext& context) {
     return report_->aligned.value_or(true) ? TaskOutcome::done : TaskOutcome::done_with_errors;
 }
 
-std::shared_ptr<const image> RatioTask::align_by_markers(const image& wind_off,
-                                                         std::shared_ptr<const image> wind_on,
-                                                         TaskContext& context) {
+std::shared_ptr<const image> RatioTask::align_by_markers(
+    const image& wind_off, const std::shared_ptr<const image>& wind_on, TaskContext& context) {
     context.status("Aligning Images using markers");
     report_->alignment = match_images(wind_off, *wind_on, match_options(vyn_db()), *report_);
     if (!report_->alignment || !report_->alignment->ok) return nullptr;

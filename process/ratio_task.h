@@ -28,7 +28,7 @@ class RatioTask final : public Task {
 
   private:
     std::shared_ptr<const image> align_by_markers(const image& wind_off,
-                                                  std::shared_ptr<const image> wind_on,
+                                                  const std::shared_ptr<const image>& wind_on,
                                                   TaskContext& context);
     bool accept_copy(const MarkerMatch& match, TaskContext& context) const;
 

@@ -118,6 +118,8 @@ std::optional<image> load_image(dataSetInterface& data, std::string_view name,
                         ? load_raw(data, *input.raw, file, context)
                         : load_named(data, file, input.file.path, input.image, context);
     picture.origin = std::move(origin);
+    picture.note_markers_saved();
+    picture.note_mask_saved();
     return picture;
 }
 

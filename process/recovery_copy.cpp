@@ -5,11 +5,16 @@
 
 #include <unistd.h>
 
+#include "api/image_io.h"
+#include "api/image_list.h"
 #include "core/atomic_file.h"
 #include "core/data_set.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
+#include "process/image_sizes.h"
+#include "process/marker_io.h"
+#include "process/mask_file_task.h"
 
 namespace vyn {
 
@@ -19,6 +24,17 @@ namespace {
 
 fs::path lock_of(fs::path copy) {
     return copy.replace_extension(".lock");
+}
+
+/// Where the markers ("NAME.mrk") and masks ("NAME.png") of a copy lie.
+fs::path pictures_of(fs::path copy) {
+    return copy.replace_extension();
+}
+
+void remove_copy(const fs::path& copy) {
+    std::error_code ignored;
+    fs::remove(copy, ignored);
+    fs::remove_all(pictures_of(copy), ignored);
 }
 
 /// The project file named in a copy.
@@ -43,18 +59,31 @@ RecoveryCopy::RecoveryCopy(fs::path folder) {
     }
 }
 
-void RecoveryCopy::keep(const std::string& project) {
+void RecoveryCopy::keep(const std::string& project,
+                        const std::vector<std::shared_ptr<const image>>& pictures) {
+    const fs::path folder = pictures_of(file_);
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
+    if (!pictures.empty()) fs::create_directories(folder, ignored);
+    for (const auto& picture : pictures) {
+        if (picture->has_unsaved_markers() && !picture->markers.markers.empty())
+            write_marker_file(folder / (picture->name + ".mrk"), picture->markers);
+        if (picture->has_unsaved_mask()) write_mask(*picture, folder / (picture->name + ".png"));
+    }
     write_file(file_, project);
 }
 
 void RecoveryCopy::drop() {
+    remove_copy(file_);
+}
+
+bool LostWork::has_pictures() const {
     std::error_code ignored;
-    fs::remove(file_, ignored);
+    return fs::exists(pictures_of(copy), ignored);
 }
 
 void LostWork::discard() const {
-    std::error_code ignored;
-    fs::remove(copy, ignored);
+    remove_copy(copy);
 }
 
 std::vector<LostWork> find_lost_work(const fs::path& folder) {
@@ -74,6 +103,40 @@ std::vector<LostWork> find_lost_work(const fs::path& folder) {
         return fs::last_write_time(work.copy, ignored);
     });
     return found;
+}
+
+namespace {
+
+void restore_markers(image& picture, const fs::path& file) {
+    if (std::error_code ignored; !fs::exists(file, ignored)) return;
+    picture.markers = read_marker_file(file, picture.height());
+}
+
+void restore_mask(image& picture, const fs::path& file, Progress& progress) {
+    if (std::error_code ignored; !fs::exists(file, ignored)) return;
+    const image mask = read_image(file, progress);
+    require_same_size(mask, picture);
+    for (int y = 0; y < picture.height(); ++y)
+        std::transform(mask.values().row(y), mask.values().row(y) + picture.width(),
+                       picture.mask().row(y), [](float value) { return value != 0 ? 1 : 0; });
+}
+
+}  // namespace
+
+TaskOutcome RestorePicturesTask::run(TaskContext& context) {
+    const fs::path folder = pictures_of(copy_);
+    TaskOutcome outcome = TaskOutcome::done;
+    for (const auto& picture : get_images().all()) {
+        try {
+            image restored = *picture;
+            restore_markers(restored, folder / (restored.name + ".mrk"));
+            restore_mask(restored, folder / (restored.name + ".png"), context);
+            get_images().add(std::move(restored));
+        } catch (const GenericError&) {
+            outcome = TaskOutcome::done_with_errors;
+        }
+    }
+    return outcome;
 }
 
 }  // namespace vyn

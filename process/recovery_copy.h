@@ -5,21 +5,25 @@
 #include <string>
 #include <vector>
 
+#include "api/image.h"
 #include "core/file_lock.h"
+#include "core/task.h"
 
 namespace vyn {
 
-/// A copy of the settings of a project with unsaved changes, which outlives a crash of the program.
-/// Each running program has its own in the folder, and holds a lock beside it.
+/// A copy of the settings of a project with unsaved changes, and of the markers and masks drawn on
+/// its camera pictures, which outlives a crash of the program. Each running program has its own in
+/// the folder, and holds a lock beside it.
 class RecoveryCopy {
   public:
     explicit RecoveryCopy(std::filesystem::path folder);
     RecoveryCopy(const RecoveryCopy&) = delete;
     RecoveryCopy& operator=(const RecoveryCopy&) = delete;
 
-    /// Replaces the copy by this project file's text. Raises FileError. May be called from another
-    /// thread than `drop`, not at the same time.
-    void keep(const std::string& project);
+    /// Replaces the copy by this project file's text and what is unsaved of these pictures. Raises
+    /// FileError. May be called from another thread than `drop`, not at the same time.
+    void keep(const std::string& project,
+              const std::vector<std::shared_ptr<const image>>& pictures);
     /// Removes the copy: nothing is unsaved any more, or the user gave it up.
     void drop();
 
@@ -33,6 +37,8 @@ struct LostWork {
     std::filesystem::path copy;
     std::string project;  ///< the project file that it belongs to; may be empty
     std::shared_ptr<FileLock> lock;
+    /// True when there are markers or masks among it.
+    bool has_pictures() const;
     /// Removes the copy.
     void discard() const;
 };
@@ -40,5 +46,16 @@ struct LostWork {
 /// The copies in the folder that no running program holds, the newest first. One that cannot be
 /// read is left alone.
 std::vector<LostWork> find_lost_work(const std::filesystem::path& folder);
+
+/// Puts lost markers and masks on the images that the list holds, as unsaved ones. What
+/// cannot be read, or is of another size, is left out, its error in the log.
+class RestorePicturesTask final : public Task {
+  public:
+    explicit RestorePicturesTask(std::filesystem::path copy) : copy_(std::move(copy)) {}
+    TaskOutcome run(TaskContext& context) override;
+
+  private:
+    std::filesystem::path copy_;
+};
 
 }  // namespace vyn

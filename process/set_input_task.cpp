@@ -55,7 +55,7 @@ void SetInputTask::change_markers() const {
     marked.markers =
         file_.empty() ? MarkerSet() : load_markers(vyn_db(), input_.file, picture->height());
     get_images().add(std::move(marked));
-    note_files_saved(vyn_db(), get_images(), input_.image);
+    note_file_saved(vyn_db(), get_images(), input_.image, input_.role);
 }
 
 }  // namespace vyn

@@ -127,18 +127,16 @@ SyntheticCamera reference_camera(const SyntheticOptions& options) {
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
                    const PolyTransform& motion, const SyntheticLight& light,
                    SyntheticPictures& pictures, Progress& progress) {
-    const std::pair<image*, const char*> empty[] = {{&pictures.wind_off, "wind_off"},
-                                                    {&pictures.wind_on, "wind_on"},
-                                                    {&pictures.wind_off_dark, "wind_off_dark"},
-                                                    {&pictures.wind_on_dark, "wind_on_dark"},
-                                                    {&pictures.flat, "flat"}};
-    std::array<Bitmap<float>*, std::size(empty)> planes{};
-    for (std::size_t i = 0; i < planes.size(); ++i) {
-        *empty[i].first = image(camera.width, camera.height);
-        empty[i].first->name = empty[i].second;
-        planes[i] = &empty[i].first->values();
-    }
-    const auto& [off, on, off_dark_plane, on_dark_plane, flat_plane] = planes;
+    const auto empty_plane = [&camera](image& picture, const char* name) -> Bitmap<float>& {
+        picture = image(camera.width, camera.height);
+        picture.name = name;
+        return picture.values();
+    };
+    Bitmap<float>& off = empty_plane(pictures.wind_off, "wind_off");
+    Bitmap<float>& on = empty_plane(pictures.wind_on, "wind_on");
+    Bitmap<float>& off_dark_plane = empty_plane(pictures.wind_off_dark, "wind_off_dark");
+    Bitmap<float>& on_dark_plane = empty_plane(pictures.wind_on_dark, "wind_on_dark");
+    Bitmap<float>& flat_plane = empty_plane(pictures.flat, "flat");
     const Recorder recorded(camera, options);
     parallel_rows(camera.height, row_block, progress, [&](int y0, int y1) {
         for (int y = y0; y < y1; ++y)
@@ -151,11 +149,11 @@ void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& option
                 const Point on_model = inverse_mapped(motion, place);
                 const double off_light = light.wind_off(place) * flat;
                 const double on_light = light.wind_on(place, on_model) * flat;
-                (*flat_plane)(x, y) = static_cast<float>(flat);
-                (*off_dark_plane)(x, y) = recorded(off_dark_picture, 0, off_dark, x, y);
-                (*on_dark_plane)(x, y) = recorded(on_dark_picture, 0, on_dark, x, y);
-                (*off)(x, y) = recorded(off_picture, off_light, off_dark, x, y);
-                (*on)(x, y) = recorded(on_picture, on_light, on_dark, x, y);
+                flat_plane(x, y) = static_cast<float>(flat);
+                off_dark_plane(x, y) = recorded(off_dark_picture, 0, off_dark, x, y);
+                on_dark_plane(x, y) = recorded(on_dark_picture, 0, on_dark, x, y);
+                off(x, y) = recorded(off_picture, off_light, off_dark, x, y);
+                on(x, y) = recorded(on_picture, on_light, on_dark, x, y);
             }
     });
 }

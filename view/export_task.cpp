@@ -40,8 +40,9 @@ std::vector<ExportType> image_file_types() {
         if (info.can_write && !info.extensions.empty())
             types.push_back({ExportKind::image_file, info.label, info.extensions});
     }
-    std::ranges::stable_partition(
-        types, [](const ExportType& type) { return type.extensions.front() == field_extension; });
+    std::stable_partition(types.begin(), types.end(), [](const ExportType& type) {
+        return type.extensions.front() == field_extension;
+    });
     return types;
 }
 

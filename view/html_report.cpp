@@ -57,9 +57,11 @@ class Table {
 
   private:
     void row(const std::vector<std::string>& cells, const std::string& tag) {
+        const std::string opening = "<" + tag + ">";
+        const std::string closing = "</" + tag + ">";
         rows_ += "<tr>";
         for (const std::string& cell : cells)
-            rows_ += "<" + tag + ">" + html_escaped(cell) + "</" + tag + ">";
+            rows_.append(opening).append(html_escaped(cell)).append(closing);
         rows_ += "</tr>\n";
     }
     std::string rows_;

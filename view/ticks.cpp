@@ -38,7 +38,9 @@ Ticks make_ticks(double low, double high, int most) {
     const auto last = [&] { return std::floor(high / ticks.step + 1e-9); };
     while (last() - first() >= most)
         ticks.step = round_step(1.5 * ticks.step);
-    for (double n = first(); n <= last(); ++n) {
+    const auto steps = static_cast<int>(last() - first());
+    for (int i = 0; i <= steps; ++i) {
+        const double n = first() + i;
         const double value = n == 0 ? 0 : n * ticks.step;
         ticks.values.push_back(value);
         ticks.texts.push_back(tick_text(value, ticks.step, largest));

@@ -54,8 +54,9 @@ class BasicPage : public ExperimentPage {
     void put_file(const InputFile& input, const std::string& file);
     void view(const std::string& image);
     void open_camera(std::string_view tree);
-    /// Asks where old files would be lost.
+    /// Ask where old files, or what was drawn on old results, would be lost.
     bool may_replace_field();
+    bool may_replace_results(PageStep step);
     /// After a change of what is done to camera pictures when they are loaded.
     void load_pictures_anew();
     /// Runs a dialog over the settings; true when it was accepted.

@@ -12,15 +12,6 @@ constexpr std::chrono::seconds file_interval{2};
 /// Sharp in the page's previews up to a scale of 200 %.
 constexpr QSize preview_size{256, 192};
 
-class Look final : public QRunnable {
-  public:
-    explicit Look(std::function<void()> body) : body_(std::move(body)) {}
-    void run() override { body_(); }
-
-  private:
-    std::function<void()> body_;
-};
-
 palette_array palette_named(const char* name) {
     const palette_array* found = find_palette(name);
     return found ? *found : palette_array();
@@ -61,7 +52,7 @@ void PageWatcher::look() {
     last_look_ = std::chrono::steady_clock::now();
     seen_settings_ = vyn_db().revision();
     seen_images_ = get_images().revision();
-    pool_.start(new Look([this] {
+    pool_.start([this] {
         const std::shared_ptr<const PageLook> found = make_look();
         QMetaObject::invokeMethod(
             this,
@@ -71,7 +62,7 @@ void PageWatcher::look() {
                 if (again_) look();
             },
             Qt::QueuedConnection);
-    }));
+    });
 }
 
 std::shared_ptr<const PageLook> PageWatcher::make_look() {

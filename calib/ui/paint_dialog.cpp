@@ -37,8 +37,9 @@ QString matrix_html(const paintFeatures& paint) {
         "<table><tr><td></td><td align=right>1</td>"
         "<td align=right>&nbsp;&nbsp;&nbsp;T</td>"
         "<td align=right>&nbsp;&nbsp;&nbsp;T²</td></tr>");
-    const char* const powers[] = {"1", "R", "R²"};
-    for (std::size_t row = 0; row < paint.gamma.size(); ++row) {
+    constexpr const char* powers[] = {"1", "R", "R²"};
+    static_assert(std::size(powers) == std::tuple_size_v<decltype(paint.gamma)>);
+    for (std::size_t row = 0; row < std::size(powers); ++row) {
         html += QStringLiteral("<tr><td>%1</td>").arg(QString::fromUtf8(powers[row]));
         for (const double coefficient : paint.gamma[row])
             html += QStringLiteral("<td align=right>&nbsp;&nbsp;&nbsp;<b>%1</b></td>")

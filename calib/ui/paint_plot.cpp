@@ -32,12 +32,14 @@ PaintPlot::PaintPlot(QWidget* parent) : QwtPlot(parent) {
 void PaintPlot::show_paint(const paintFeatures& paint) {
     const UnitMessagesOff preview;
     detachItems(QwtPlotItem::Rtti_PlotCurve);
-    std::size_t colour = 0;
-    for (const PaintCurve& curve : paint_curves(paint)) {
+    const auto curves = paint_curves(paint);
+    static_assert(std::tuple_size_v<decltype(paint_curves(paint))> == std::size(curve_colours));
+    for (std::size_t i = 0; i < std::size(curve_colours); ++i) {
+        const PaintCurve& curve = curves[i];
         const std::string title = "T = " + format_general(curve.temperature, 5);
         auto* item = new QwtPlotCurve(QString::fromStdString(title));
         item->setSamples(samples(curve.ratios), samples(curve.pressures));
-        item->setPen(QColor(curve_colours[colour++]), 2);
+        item->setPen(QColor(curve_colours[i]), 2);
         item->setRenderHint(QwtPlotItem::RenderAntialiased);
         item->attach(this);
     }

@@ -157,6 +157,7 @@ void read_tiles(const TiffFile& file, const TiffPage& page, Progress& progress,
     TIFF* const handle = file.handle();
     const auto tile_width = tag<std::uint32_t>(file, TIFFTAG_TILEWIDTH, 0);
     const auto tile_height = tag<std::uint32_t>(file, TIFFTAG_TILELENGTH, 0);
+    if (tile_width == 0 || tile_height == 0) refuse_page(file, __LINE__, "its tiles have no size");
     if (std::uint64_t{tile_width} * static_cast<std::uint64_t>(page.samples.bits) % 8 != 0)
         refuse_page(file, __LINE__, "the rows of its tiles do not end at whole bytes");
     const auto width = static_cast<std::uint32_t>(page.width);

@@ -26,8 +26,7 @@ struct Options {
 
 /// A test point in a folder whose name looks the same on every machine and in every run.
 QString make_test_point(const char* name, SyntheticOptions::Channels channels) {
-    const QString folder =
-        QDir::temp().filePath(QStringLiteral("tunnel/%1").arg(QLatin1String(name)));
+    QString folder = QDir::temp().filePath(QStringLiteral("tunnel/%1").arg(QLatin1String(name)));
     QDir(folder).removeRecursively();
     SyntheticOptions options;
     options.width = 1024;
@@ -51,6 +50,7 @@ void play(const Options& options) {
                     make_test_point("binary", SyntheticOptions::Channels::binary)};
     play_window(theatre);
     play_dialogs(theatre);
+    play_in_situ(theatre);
     play_viewer(theatre);
 }
 

@@ -1,10 +1,9 @@
 #pragma once
 
+#include <QSize>
 #include <QString>
-#include <memory>
 
 #include "core/worker.h"
-#include "process/run_report.h"
 #include "scripts/screenshots/shots.h"
 
 namespace vyn::screenshots {
@@ -20,13 +19,17 @@ struct Theatre {
 /// Reads a project into the data set and the image list.
 void open_project(Theatre& theatre, const QString& file);
 /// Runs Calculate All of the project on the worker, without a window.
-void compute(Theatre& theatre,
-             const std::shared_ptr<RunReport>& report = std::make_shared<RunReport>());
+void compute(Theatre& theatre);
+
+constexpr QSize viewer_size(1000, 640);
+constexpr QSize window_size(960, 790);
 
 /// The main window with its pages, busy box, log, about box and help.
 void play_window(Theatre& theatre);
-/// The dialogs of settings, the in-situ calibration and the check of the point.
+/// The dialogs of settings.
 void play_dialogs(Theatre& theatre);
+/// From the ports to the field of the law fitted to them, and the check of that point.
+void play_in_situ(Theatre& theatre);
 /// Viewers, fashion dialogs, markers, graphs.
 void play_viewer(Theatre& theatre);
 

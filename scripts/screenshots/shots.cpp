@@ -56,8 +56,8 @@ void Shots::take(QWidget& window, const QString& name, QSize size) {
 }
 
 void Shots::take_modal(const QString& name, const char* dialog_class,
-                       const std::function<void()>& open,
-                       const std::function<void(QWidget&)>& prepare) {
+                       const std::function<void()>& open, const Handling& prepare,
+                       const Handling& finish) {
     bool taken = false;
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, [&] {
@@ -72,7 +72,7 @@ void Shots::take_modal(const QString& name, const char* dialog_class,
         // A busy box closes in two steps: the first one aborts.
         for (QPointer<QWidget> open_still = window; open_still && open_still->isVisible();
              wait(100))
-            open_still->close();
+            finish(*open_still);
     });
     look.start(50);
     open();

@@ -20,12 +20,14 @@ class Shots {
 
     /// Shows a window (resized when a size is given), lets it settle and writes NAME.png.
     void take(QWidget& window, const QString& name, QSize size = {});
+    using Handling = std::function<void(QWidget&)>;
     /// The same for the dialog of this class that `open` runs modally, maybe after others that
-    /// close by themselves; it is then closed. `prepare` is called before the picture is taken.
-    /// Raises AlgoError when there was no such dialog.
+    /// close by themselves. `prepare` is called before the picture is taken, `finish` afterwards
+    /// until the dialog is gone. Raises AlgoError when there was no such dialog.
     void take_modal(
         const QString& name, const char* dialog_class, const std::function<void()>& open,
-        const std::function<void(QWidget&)>& prepare = [](QWidget&) {});
+        const Handling& prepare = [](QWidget&) {},
+        const Handling& finish = [](QWidget& dialog) { dialog.close(); });
 
   private:
     void write(QWidget& window, const QString& name);

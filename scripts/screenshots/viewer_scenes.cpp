@@ -13,8 +13,6 @@ namespace vyn::screenshots {
 
 namespace {
 
-const QSize viewer_size(1000, 640);
-
 QDialog* dialog_of(VynFieldViewer& viewer) {
     for (QDialog* dialog : viewer.findChildren<QDialog*>())
         if (dialog->isVisible()) return dialog;

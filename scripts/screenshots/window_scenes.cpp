@@ -18,8 +18,6 @@ namespace vyn::screenshots {
 
 namespace {
 
-const QSize window_size(960, 790);
-
 void run(Theatre& theatre, const std::shared_ptr<Job>& job) {
     theatre.worker.post(job, std::make_shared<TaskContext>());
     wait_for([&] { return theatre.worker.wait_done(0); }, "a job");
@@ -52,8 +50,8 @@ void open_project(Theatre& theatre, const QString& file) {
     run(theatre, job);
 }
 
-void compute(Theatre& theatre, const std::shared_ptr<RunReport>& report) {
-    run(theatre, calculate_all(vyn_db(), get_images(), report));
+void compute(Theatre& theatre) {
+    run(theatre, calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
 }
 
 void play_window(Theatre& theatre) {

@@ -78,14 +78,15 @@ QAction& AppTest::action(const char* name) {
 
 void AppTest::look_for_dialog() {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (!dialog || dialog == answered_) return;
+    if (!dialog || std::count(answered_.begin(), answered_.end(), dialog) > 0) return;
     // A busy box that runs is no question.
     const bool running = qobject_cast<QBusyBox*>(dialog) &&
                          dialog->findChild<QAbstractButton*>(QStringLiteral("abort_btn"))->text() ==
                              QStringLiteral("Abort!");
     if (running) return;
-    answered_ = dialog;
-    if (const auto* box = qobject_cast<QMessageBox*>(dialog)) shown += box->text().toStdString();
+    answered_.emplace_back(dialog);
+    if (const auto* box = qobject_cast<QMessageBox*>(dialog))
+        shown += (box->text() + box->informativeText()).toStdString();
     if (answers_.empty() || answers_.front().caption != dialog->windowTitle()) {
         ADD_FAILURE() << "unexpected dialog: " << dialog->windowTitle().toStdString() << " "
                       << shown;

@@ -53,7 +53,7 @@ class AppTest : public testing::Test {
     void look_for_dialog();
 
     std::vector<Answer> answers_;
-    QPointer<QWidget> answered_;
+    std::vector<QPointer<QWidget>> answered_;  ///< an answer may open the next dialog
     QTimer user_;
 };
 

@@ -18,6 +18,8 @@
 #include "core/project_file.h"
 #include "core/user_folders.h"
 #include "process/experiment_type.h"
+#include "process/marker_frames.h"
+#include "process/mask_file_task.h"
 #include "tests/app/app_fixture.h"
 
 namespace vyn::test {
@@ -52,6 +54,22 @@ class Projects : public AppTest {
     void expect_failure() {
         press(busy_caption, QStringLiteral("There are errors!"));
         press(warning_caption, QStringLiteral("OK"));
+    }
+    /// As the tools of a viewer do.
+    static void draw_on_wind_on() {
+        image drawn = *get_images().find("wind_on_sens");
+        drawn.markers.markers.push_back({.x = 10, .y = 20, .id = 7});
+        drawn.markers.hasX = drawn.markers.hasY = true;
+        drawn.mask()(3, 4) = 1;
+        get_images().add(std::move(drawn));
+    }
+    static void expect_drawing_on_wind_on() {
+        const auto picture = get_images().find("wind_on_sens");
+        ASSERT_TRUE(picture);
+        ASSERT_EQ(picture->markers.markers.size(), 1u);
+        EXPECT_EQ(picture->markers.markers[0].id, 7);
+        EXPECT_EQ(picture->mask()(3, 4), 1);
+        EXPECT_EQ(picture->mask()(4, 3), 0);
     }
     /// A project with one wind-on image in each of the folder's points 1 and 2, the first one open.
     void open_point_1() {
@@ -263,6 +281,7 @@ TEST_F(Projects, AProjectThatIsOpenElsewhereIsNoticed) {
 TEST_F(Projects, WorkThatACrashLeftIsOfferedAndRecovered) {
     open_point_1();
     write(vyn_db(), keys::markers_order, 1);
+    draw_on_wind_on();
     window->findChild<RecoveryKeeper*>()->look();
     start();  // the window did not close: as after a crash
     press(warning_caption, QStringLiteral("Yes"));
@@ -270,7 +289,7 @@ TEST_F(Projects, WorkThatACrashLeftIsOfferedAndRecovered) {
     EXPECT_THAT(shown, HasSubstr("pt001.xml"));
     EXPECT_EQ(read(vyn_db(), keys::markers_order), 1);
     EXPECT_EQ(read(vyn_db(), keys::head_file), (folder / "pt001.xml").string());
-    EXPECT_TRUE(get_images().find("wind_on_sens"));
+    expect_drawing_on_wind_on();
     EXPECT_TRUE(vyn_db().modified());
     // Closing for good leaves nothing to offer.
     press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
@@ -278,6 +297,25 @@ TEST_F(Projects, WorkThatACrashLeftIsOfferedAndRecovered) {
     start();
     window->offer_lost_work();
     EXPECT_TRUE(all_answered());
+}
+
+TEST_F(Projects, MarkersAndMasksInNoFileAreNotLostWithoutAWord) {
+    open_point_1();
+    draw_on_wind_on();
+    EXPECT_FALSE(vyn_db().modified());
+    press(QStringLiteral("Warning!"), QStringLiteral("No"));
+    action("fileCloseAction").trigger();
+    EXPECT_TRUE(all_answered());
+    EXPECT_THAT(shown, HasSubstr("in no file yet: Wind-On."));
+    expect_drawing_on_wind_on();
+
+    TaskContext context;
+    const auto picture = get_images().find("wind_on_sens");
+    SaveMaskTask(picture, folder / "mask.png", &raw_images()[1]).run(context);
+    save_image_markers(vyn_db(), get_images(), *picture, folder / "on.mrk");
+    vyn_db().set_modified(false);
+    action("fileCloseAction").trigger();
+    EXPECT_FALSE(get_images().find("wind_on_sens"));
 }
 
 TEST_F(Projects, ADroppedProjectIsOpened) {

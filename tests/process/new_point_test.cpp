@@ -100,7 +100,7 @@ TEST(RecoveryCopy, IsFoundOnlyWhenItsProgramIsGone) {
     auto running = std::make_unique<RecoveryCopy>(folder.path());
     EXPECT_TRUE(find_lost_work(folder.path()).empty());
     RecoveryCopy beside(folder.path());  // has a copy of its own
-    running->keep(to_xml(data));
+    running->keep(to_xml(data), {});
     beside.drop();
     EXPECT_TRUE(find_lost_work(folder.path()).empty());
     running.reset();  // as after a crash: the copy stays, the lock goes
@@ -112,7 +112,7 @@ TEST(RecoveryCopy, IsFoundOnlyWhenItsProgramIsGone) {
         // Another start of the program does not offer it again meanwhile, nor write over it.
         EXPECT_TRUE(find_lost_work(folder.path()).empty());
         RecoveryCopy other(folder.path());
-        other.keep("");
+        other.keep("", {});
         other.drop();
         EXPECT_TRUE(std::filesystem::exists(lost[0].copy));
     }

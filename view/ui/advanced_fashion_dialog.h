@@ -9,16 +9,16 @@ namespace vyn {
 class HistogramPlot;
 
 /// The same with a histogram and with further images, shown one by one or as colours.
-class QAdvFashionDlg : public QFashionDlg {
+class QAdvFashionDlg final : public QFashionDlg {
     Q_OBJECT
   public:
     /// `names` are the images that can be channels.
     QAdvFashionDlg(const Fashion& fashion, const QStringList& names, QWidget* parent = nullptr);
 
-    void set_picture(std::shared_ptr<const image> picture) override;
     void show_fashion(const Fashion& fashion) override;
 
   private:
+    void show_values(const PictureValues& values) override;
     QGroupBox* make_channel_group(const QStringList& names);
     void channels_changed();
 

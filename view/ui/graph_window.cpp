@@ -6,6 +6,7 @@
 #include <QDockWidget>
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>

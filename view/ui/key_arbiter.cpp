@@ -5,8 +5,8 @@
 
 namespace vyn {
 
-KeyArbiter::KeyArbiter(QWidget& window, std::function<MouseMode()> mode,
-                       std::map<SharedKeyCommand, QAction*> actions)
+KeyArbiter::KeyArbiter(QWidget& window, const std::function<MouseMode()>& mode,
+                       const std::map<SharedKeyCommand, QAction*>& actions)
     : QObject(&window) {
     // An action listens within the widgets that hold it while one of them has the focus; menus and
     // tool bars never have.

@@ -15,8 +15,8 @@ namespace vyn {
 /// with one key. The actions show their key in the menus but do not listen to it themselves.
 class KeyArbiter : public QObject {
   public:
-    KeyArbiter(QWidget& window, std::function<MouseMode()> mode,
-               std::map<SharedKeyCommand, QAction*> actions);
+    KeyArbiter(QWidget& window, const std::function<MouseMode()>& mode,
+               const std::map<SharedKeyCommand, QAction*>& actions);
 };
 
 }  // namespace vyn

@@ -75,7 +75,7 @@ QString ask_marker_file_to_save(QWidget* parent, const image& picture, bool is_p
                                                       : QStringLiteral("mrk"));
     });
     dialog.selectFile(usual.completeBaseName() + QLatin1Char('.') + dialog.defaultSuffix());
-    const QString file = chosen(dialog);
+    QString file = chosen(dialog);
     const bool as_text = file.endsWith(QLatin1String(".mpt"), Qt::CaseInsensitive);
     if (file.isEmpty() || !as_text || lost.isEmpty()) return file;
     const QString question =

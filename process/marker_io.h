@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+#include "markers/marker.h"
+
+namespace vyn {
+
+/// Reads markers of an image of this height (pixels), in the file's own frame; what was left out of
+/// them goes to the log. Raises FileError naming the file and what is wrong.
+MarkerSet read_marker_file(const std::filesystem::path& file, int image_height);
+
+/// Writes markers; the extension picks the format. Raises FileError "Error writing Markers" naming
+/// the file and what is wrong.
+void write_marker_file(const std::filesystem::path& file, const MarkerSet& set);
+
+}  // namespace vyn

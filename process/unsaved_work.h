@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "api/image_list.h"
+#include "core/data_set.h"
+
+namespace vyn {
+
+/// The images of the list with markers or a mask that were drawn and that no file holds.
+std::vector<std::shared_ptr<const image>> unsaved_pictures(const imagesList& images);
+
+/// True when settings of the program's project, or markers or masks drawn on its images, would be
+/// lost with it.
+bool has_unsaved_work();
+
+/// After the project with these images was written as a container, which keeps masks, and markers
+/// where the project names a file for them.
+void note_contained(dataSetInterface& data, imagesList& images);
+
+}  // namespace vyn
