@@ -10,6 +10,7 @@
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "process/digest.h"
+#include "process/experiment_type.h"
 #include "process/field_quantity.h"
 #include "process/law_conditions.h"
 
@@ -51,6 +52,9 @@ double largest_shift(const CalibrationReport& report) {
 /// What the wind-off ratio of a law with these terms means for the field.
 std::string wind_off_remark(const CalibrationReport& report) {
     const std::string key(keys::convert_wind_off_ratio.path);
+    if (!report.wind_off)
+        return "There are no wind-off pictures: the field is computed with fa = 1, which is right "
+               "for a law fitted to the ratio itself";
     if (report.rule == WindOffRule::unity)
         return key +
                " is \"unity\": the field is computed with fa = 1, which is right for a law "
@@ -171,6 +175,7 @@ CalibrationReport report_calibration(dataSetInterface& data, const imagesList& i
     report.port_file = std::move(port_file);
     report.options = options;
     report.calibration = std::move(calibration);
+    report.wind_off = uses_wind_off(data, images);
     report.rule = wind_off_rule(data, images);
     flowFeatures flow;
     read(data, std::string(keys::flow), flow);

@@ -17,7 +17,8 @@ struct CalibrationReport {
     std::string port_file;
     InSituOptions options;  ///< as asked for
     InSituCalibration calibration;
-    WindOffRule rule = WindOffRule::law;  ///< of the project
+    bool wind_off = true;                 ///< the ratio has wind-off pictures
+    WindOffRule rule = WindOffRule::law;  ///< of the point
     PreparedConversion conversion;        ///< of pressure by the new law, fa found by the law
     std::vector<std::string> remarks;     ///< for the user, one sentence each
 };
