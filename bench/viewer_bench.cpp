@@ -1,5 +1,7 @@
 // Redraw times of the field viewer: an image of N x N pixels in a view of 1600 x 1000, one line
 // "viewer WHAT N MS" per figure (median of 40 after a warm-up, from the call to painted pixels).
+// Then what the window waits for while a viewer gets such an image: how long the GUI thread did not
+// answer at most, and how long until the image was there.
 #include <QApplication>
 #include <algorithm>
 #include <chrono>
@@ -14,8 +16,12 @@
 #include <unistd.h>
 
 #include "api/image_io.h"
+#include "bench/pings.h"
 #include "view/limits.h"
+#include "view/pixel_runs.h"
+#include "view/region_edit.h"
 #include "view/ui/field_view.h"
+#include "view/ui/field_viewer.h"
 
 namespace vyn {
 namespace {
@@ -39,12 +45,19 @@ void measure(const char* what, int n, const std::function<void(int)>& change) {
 
 image scene(int n) {
     image picture(n, n);
+    picture.name = "scene";
+    std::uint32_t state = 1;
+    // Even from -100 to 100.
+    const auto noise = [&state] {
+        state = state * 1664525U + 1013904223U;
+        return static_cast<float>(state >> 8) / static_cast<float>(1 << 24) * 200 - 100;
+    };
     for (int y = 0; y < n; ++y)
         for (int x = 0; x < n; ++x) {
             const float u = 2 * static_cast<float>(x) / static_cast<float>(n) - 1;
             const float v = 2 * static_cast<float>(y) / static_cast<float>(n) - 1;
             picture.values()(x, y) =
-                1800 + 500 * std::sin(7 * u + 3 * v) + 200 * std::cos(31 * u * v);
+                1800 + 500 * std::sin(7 * u + 3 * v) + 200 * std::cos(31 * u * v) + noise();
             picture.mask()(x, y) = 0.95F * u * u + 1.3F * v * v >= 1;
         }
     return picture;
@@ -77,6 +90,64 @@ void measure_redraw(VynFieldView& view, const char* where, int n) {
     view.set_transform(start);
 }
 
+/// Runs an action on the GUI thread, and its event loop until the outcome is seen.
+void measure_blocked(const char* what, int n, const std::function<void()>& action,
+                     const std::function<bool()>& seen) {
+    QApplication::processEvents();
+    bench::Pings pings(std::chrono::milliseconds(1));
+    const double whole = milliseconds_of([&] {
+        action();
+        while (!seen())
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QApplication::processEvents();
+    });
+    const std::vector<double> times = pings.stop();
+    std::printf("viewer %s %d blocked %.1f ms, there after %.1f ms\n", what, n,
+                *std::ranges::max_element(times), whole);
+}
+
+void measure_viewer(const std::shared_ptr<const image>& picture, int n) {
+    get_images().add(std::make_shared<const image>(*picture));
+    Worker worker;
+    auto viewer = std::make_unique<VynFieldViewer>(worker, "none", false, QString());
+    viewer->resize(1600, 1000);
+    viewer->show();
+    const auto shows = [&](const std::shared_ptr<const image>& wanted) {
+        return [&viewer, wanted] { return viewer->picture() == wanted; };
+    };
+    const std::shared_ptr<imagesList> program_list(std::shared_ptr<void>(), &get_images());
+    measure_blocked(
+        "first_shown", n,
+        [&] { viewer->show_from(program_list, picture->name, PictureOrigin::computed, QString()); },
+        shows(get_images().find(picture->name)));
+
+    image other = *picture;
+    other.values()(0, 0) = 1;
+    const auto computed = std::make_shared<const image>(std::move(other));
+    measure_blocked(
+        "replaced", n, [&] { get_images().add(computed); }, shows(computed));
+
+    RegionEdit edit(*computed);
+    const auto edited = [&] { return viewer->picture()->shares_planes_with(edit.picture()); };
+    const Point corner{n / 2.0, n / 2.0};
+    measure_blocked(
+        "rectangle_excluded", n,
+        [&] {
+            edit.draw(RegionPlane::excluded, RegionAction::add,
+                      rectangle_runs(edit.size(), corner, {corner.x + 100, corner.y + 50}));
+            viewer->replace_picture(edit.picture());
+        },
+        edited);
+    measure_blocked(
+        "threshold_excluded", n,
+        [&] {
+            edit.draw(RegionPlane::excluded, RegionAction::add,
+                      threshold_flags(edit.picture(), 1800, 2000));
+            viewer->replace_picture(edit.picture());
+        },
+        edited);
+}
+
 /// Peak resident memory in MB, as the system counts it.
 double peak_memory() {
     std::ifstream status("/proc/self/status");
@@ -104,7 +175,7 @@ void run(int n) {
     });
     const double showing = milliseconds_of([&] {
         view.set_fashion(fashion);
-        view.set_picture(picture);
+        view.set_picture(std::make_shared<const ImageLevels>(picture));
         view.repaint();
     });
     std::filesystem::remove(file);
@@ -118,6 +189,8 @@ void run(int n) {
     measure_redraw(view, "1:1", n);
     view.set_transform({8, {n / 2.0, n / 2.0}});
     measure_redraw(view, "8:1", n);
+    view.hide();
+    measure_viewer(picture, n);
     std::printf("viewer peak_memory %d %.0f MB (planes %.0f MB)\n", n, peak_memory(),
                 5.0 * n * n / (1 << 20));
 }

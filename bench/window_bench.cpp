@@ -7,10 +7,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <mutex>
 #include <thread>
 
 #include "api/image_io.h"
@@ -18,6 +16,7 @@
 #include "app/application.h"
 #include "app/experiment_page.h"
 #include "app/main_window.h"
+#include "bench/pings.h"
 #include "core/task.h"
 #include "process/synthetic_point.h"
 
@@ -59,39 +58,6 @@ double start_time(const QString& program, const QString& folder) {
     return time;
 }
 
-/// Asks the GUI thread every 5 ms and keeps how long each answer took.
-class Pings {
-  public:
-    Pings() : thread_([this] { ask(); }) {}
-    std::vector<double> stop() {
-        stop_ = true;
-        thread_.join();
-        QCoreApplication::processEvents();
-        const std::lock_guard lock(mutex_);
-        return times_;
-    }
-
-  private:
-    void ask() {
-        auto next = Clock::now();
-        while (!stop_) {
-            const Clock::time_point asked = Clock::now();
-            QMetaObject::invokeMethod(
-                qApp,
-                [this, asked] {
-                    const std::lock_guard lock(mutex_);
-                    times_.push_back(milliseconds(Clock::now() - asked));
-                },
-                Qt::QueuedConnection);
-            std::this_thread::sleep_until(next += std::chrono::milliseconds(5));
-        }
-    }
-    std::atomic<bool> stop_{false};
-    std::mutex mutex_;
-    std::vector<double> times_;
-    std::thread thread_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -118,7 +84,7 @@ int main(int argc, char** argv) {
     window.open_files({folder.filePath(QStringLiteral("project.xml"))});
     if (!window.experiment_page()) return 1;
 
-    Pings pings;
+    bench::Pings pings;
     const Clock::time_point begin = Clock::now();
     window.experiment_page()->calculate_all();
     const double run = milliseconds(Clock::now() - begin) / 1000;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/pixel_ops.h"
+
 namespace vyn {
 
 Limits difference_limits(const ImageLevels& a, const ImageLevels& b) {
@@ -27,6 +29,13 @@ Limits difference_limits(const ImageLevels& a, const ImageLevels& b) {
     std::nth_element(sizes.begin(), sizes.begin() + rank, sizes.end());
     const double widest = static_cast<double>(sizes[static_cast<std::size_t>(rank)]);
     return {-widest, widest};
+}
+
+std::shared_ptr<const image> difference_of(const image& a, const image& b) {
+    auto difference = std::make_shared<image>(a);
+    difference->drop_region();
+    subtract(*difference, b);
+    return difference;
 }
 
 }  // namespace vyn

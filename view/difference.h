@@ -10,4 +10,8 @@ namespace vyn {
 /// pixel is valid in both.
 Limits difference_limits(const ImageLevels& a, const ImageLevels& b);
 
+/// The image `a` - `b` itself, without region; background in either is background. Raises DimError
+/// for images of two sizes.
+std::shared_ptr<const image> difference_of(const image& a, const image& b);
+
 }  // namespace vyn

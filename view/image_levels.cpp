@@ -39,27 +39,34 @@ struct Columns {
 
 ImageLevels::ImageLevels(std::shared_ptr<const image> picture) : picture_(std::move(picture)) {
     Progress progress;
-    build(progress);
+    take_planes(nullptr, progress);
 }
 
-ImageLevels::ImageLevels(std::shared_ptr<const image> picture, Progress& progress)
+ImageLevels::ImageLevels(std::shared_ptr<const image> picture, const ImageLevels* earlier,
+                         Progress& progress)
     : picture_(std::move(picture)) {
-    build(progress);
+    take_planes(earlier, progress);
 }
 
-void ImageLevels::build(Progress& progress) {
+void ImageLevels::take_planes(const ImageLevels* earlier, Progress& progress) {
     picture_->check_planes();
     has_region_ = picture_->has_region() && picture_->region().same_size(picture_->values());
+    if (earlier && earlier->picture_->shares_planes_with(*picture_)) {
+        reduced_ = earlier->reduced_;
+        return;
+    }
+    const auto reduced = std::make_shared<std::vector<Reduced>>();
+    reduced_ = reduced;
     for (Level last = level(0); std::max(last.values->width(), last.values->height()) > 1;
          last = level(count() - 1))
-        reduced_.push_back(halved(last, progress));
+        reduced->push_back(halved(last, progress));
 }
 
 ImageLevels::Level ImageLevels::level(int k) const {
     if (k == 0)
         return {&picture_->values(), &picture_->mask(),
                 has_region_ ? &picture_->region() : nullptr};
-    const Reduced& reduced = reduced_[static_cast<std::size_t>(k) - 1];
+    const Reduced& reduced = (*reduced_)[static_cast<std::size_t>(k) - 1];
     return {&reduced.values, &reduced.mask, has_region_ ? &reduced.region : nullptr};
 }
 

@@ -18,7 +18,10 @@ class ImageLevels {
     /// Raises AlgoError or DimError for an image without matching values and mask. An image of
     /// other size in its region plane counts as one without region.
     explicit ImageLevels(std::shared_ptr<const image> picture);
-    ImageLevels(std::shared_ptr<const image> picture, Progress& progress);
+    /// Takes the copies of an earlier image (or null) where this one has the same planes, as after
+    /// a change of its markers.
+    ImageLevels(std::shared_ptr<const image> picture, const ImageLevels* earlier,
+                Progress& progress);
 
     const image& picture() const { return *picture_; }
     const std::shared_ptr<const image>& shared_picture() const { return picture_; }
@@ -28,7 +31,7 @@ class ImageLevels {
         const Bitmap<std::uint8_t>* mask;    ///< not 0 = background
         const Bitmap<std::uint8_t>* region;  ///< 0 = outside; null: inside everywhere
     };
-    int count() const { return static_cast<int>(reduced_.size()) + 1; }
+    int count() const { return static_cast<int>(reduced_->size()) + 1; }
     /// Level k has pixels of 2^k image pixels; 0 is the image itself.
     Level level(int k) const;
     /// The smallest level that has at least one pixel per screen pixel at this zoom (screen pixels
@@ -41,12 +44,12 @@ class ImageLevels {
         Bitmap<std::uint8_t> mask;
         Bitmap<std::uint8_t> region;
     };
-    void build(Progress& progress);
+    void take_planes(const ImageLevels* earlier, Progress& progress);
     static Reduced halved(const Level& level, Progress& progress);
 
     std::shared_ptr<const image> picture_;
     bool has_region_ = false;
-    std::vector<Reduced> reduced_;
+    std::shared_ptr<const std::vector<Reduced>> reduced_;
 };
 
 }  // namespace vyn

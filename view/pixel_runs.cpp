@@ -170,25 +170,52 @@ PixelRuns search_rows(int height, const std::function<void(int y, PixelRuns& run
         for (int y = y0; y < y1; ++y)
             search(y, runs);
     });
+    std::size_t count = 0;
+    for (const PixelRuns& runs : blocks)
+        count += runs.size();
     PixelRuns all;
+    all.reserve(count);
     for (const PixelRuns& runs : blocks)
         all.insert(all.end(), runs.begin(), runs.end());
     return all;
 }
 
-PixelRuns threshold_runs(const image& picture, double low, double high) {
-    const int width = picture.width();
-    return search_rows(picture.height(), [&](int y, PixelRuns& runs) {
-        const float* values = picture.values().row(y);
-        const auto inside = [&](int x) { return values[x] >= low && values[x] <= high; };
-        for (int x = 0; x < width; ++x) {
-            if (!inside(x)) continue;
-            const int first = x;
-            while (x < width && inside(x))
-                ++x;
-            runs.push_back({y, first, x});
-        }
-    });
+void add_runs(int y, std::span<const std::uint8_t> flags, PixelRuns& runs) {
+    // Where the flags change; no branches, each of which noise would make a wrong guess.
+    const int width = static_cast<int>(flags.size());
+    std::vector<int> edges(flags.size() + 2);
+    std::size_t count = 0;
+    std::uint8_t before = 0;
+    for (int x = 0; x < width; ++x) {
+        const std::uint8_t flag = flags[static_cast<std::size_t>(x)];
+        edges[count] = x;
+        count += flag ^ before;
+        before = flag;
+    }
+    edges[count] = width;
+    count += before;
+    for (std::size_t i = 0; i < count; i += 2)
+        runs.push_back({y, edges[i], edges[i + 1]});
+}
+
+RowFlags flags_of(PixelRuns runs) {
+    return [runs = std::move(runs)](int y, std::span<std::uint8_t> flags) {
+        const auto first = std::lower_bound(
+            runs.begin(), runs.end(), y, [](const PixelRun& run, int row) { return run.y < row; });
+        auto run = first;
+        for (; run != runs.end() && run->y == y; ++run)
+            std::fill(flags.begin() + run->first, flags.begin() + run->last, std::uint8_t{1});
+        return run != first;
+    };
+}
+
+RowFlags threshold_flags(const image& picture, double low, double high) {
+    return [&picture, low, high](int y, std::span<std::uint8_t> flags) {
+        const float* const values = picture.values().row(y);
+        for (std::size_t x = 0; x < flags.size(); ++x)
+            flags[x] = static_cast<int>(values[x] >= low) & static_cast<int>(values[x] <= high);
+        return true;
+    };
 }
 
 }  // namespace vyn

@@ -40,7 +40,16 @@ PixelRuns brush_runs(PictureSize size, std::span<const Point> places, double rad
 /// The runs that `search(y, runs)` appends for each row, rows searched by several threads.
 PixelRuns search_rows(int height, const std::function<void(int y, PixelRuns& runs)>& search);
 
-/// Every pixel whose value lies from low to high, both included; NaN is in no range.
-PixelRuns threshold_runs(const image& picture, double low, double high);
+/// Appends the runs of the pixels of a row whose flag is 1, the others' being 0.
+void add_runs(int y, std::span<const std::uint8_t> flags, PixelRuns& runs);
+
+/// A set of pixels by its rows: sets the flags of the pixels of row y that belong to it to 1, all
+/// being 0 before; false when there is none. Called by several threads.
+using RowFlags = std::function<bool(int y, std::span<std::uint8_t> flags)>;
+
+RowFlags flags_of(PixelRuns runs);
+/// Every pixel whose value lies from low to high, both included; NaN is in no range. The image must
+/// outlive it.
+RowFlags threshold_flags(const image& picture, double low, double high);
 
 }  // namespace vyn

@@ -1,8 +1,10 @@
 #include "view/region_edit.h"
 
 #include <algorithm>
-#include <cmath>
+#include <span>
 #include <vector>
+
+#include "api/parallel.h"
 
 namespace vyn {
 
@@ -14,18 +16,28 @@ const Bitmap<std::uint8_t>& plane_of(const image& picture, RegionPlane plane) {
     return plane == RegionPlane::excluded ? picture.mask() : picture.region();
 }
 
-bool flips(RegionAction action, bool drawn, bool now) {
+/// Where pixels change sides: 1 in `flags`, which hold what is drawn until then.
+void find_flips(RegionAction action, std::span<const std::uint8_t> now,
+                std::span<std::uint8_t> flags) {
+    const auto each = [&](auto flips) {
+        for (std::size_t x = 0; x < flags.size(); ++x)
+            flags[x] = static_cast<std::uint8_t>(flips(flags[x], now[x] != 0 ? 1 : 0));
+    };
     switch (action) {
         case RegionAction::add:
-            return drawn && !now;
+            return each([](int drawn, int set) { return drawn & ~set; });
         case RegionAction::remove:
-            return drawn && now;
+            return each([](int drawn, int set) { return drawn & set; });
         case RegionAction::only:
-            return drawn != now;
+            return each([](int drawn, int set) { return drawn ^ set; });
         case RegionAction::invert:
-            return drawn;
+            return;
     }
-    return false;
+}
+
+void keep_finite(std::span<const float> values, std::span<std::uint8_t> flags) {
+    for (std::size_t x = 0; x < flags.size(); ++x)
+        if (!(values[x] - values[x] == 0)) flags[x] = 0;
 }
 
 }  // namespace
@@ -40,15 +52,14 @@ bool RegionEdit::take(const image& picture) {
     return true;
 }
 
-bool RegionEdit::draw(RegionPlane plane, RegionAction action, const PixelRuns& runs) {
+bool RegionEdit::draw(RegionPlane plane, RegionAction action, const RowFlags& shape) {
     const bool from_nothing = action == RegionAction::add || action == RegionAction::only;
     Step step{plane,
               plane == RegionPlane::region && !picture_.has_region(),
               static_cast<std::uint8_t>(from_nothing ? 0 : 1),
               {}};
-    step.flipped = changes(step, action, runs);
+    step.flipped = changes(step, action, shape);
     if (step.flipped.empty()) return false;
-    step.flipped.shrink_to_fit();
     if (step.made_region) picture_.fill_region(step.filled);
     flip(step);
     const std::size_t bytes = sizeof(Step) + step.flipped.size() * sizeof(PixelRun);
@@ -56,29 +67,19 @@ bool RegionEdit::draw(RegionPlane plane, RegionAction action, const PixelRuns& r
     return true;
 }
 
-PixelRuns RegionEdit::changes(const Step& step, RegionAction action, const PixelRuns& runs) const {
+PixelRuns RegionEdit::changes(const Step& step, RegionAction action, const RowFlags& shape) const {
     const image& picture = picture_;
     const auto width = static_cast<std::size_t>(picture.width());
     const std::vector<std::uint8_t> made(width, step.filled);
     return search_rows(picture.height(), [&](int y, PixelRuns& flipped) {
-        auto run = std::lower_bound(runs.begin(), runs.end(), y,
-                                    [](const PixelRun& r, int row) { return r.y < row; });
-        const bool untouched = run == runs.end() || run->y != y;
-        if (untouched && action != RegionAction::only) return;
-        std::vector<std::uint8_t> drawn(width, 0);
-        for (; run != runs.end() && run->y == y; ++run)
-            std::fill(drawn.begin() + run->first, drawn.begin() + run->last, std::uint8_t{1});
-        const float* values = picture.values().row(y);
+        std::vector<std::uint8_t> flags(width, 0);
+        if (!shape(y, flags) && action != RegionAction::only) return;
         const std::uint8_t* now =
             step.made_region ? made.data() : plane_of(picture, step.plane).row(y);
-        for (int x = 0; x < picture.width(); ++x) {
-            const bool locked = step.plane == RegionPlane::excluded && !std::isfinite(values[x]);
-            if (locked || !flips(action, drawn[static_cast<std::size_t>(x)] != 0, now[x] != 0))
-                continue;
-            if (flipped.empty() || flipped.back().y != y || flipped.back().last != x)
-                flipped.push_back({y, x, x});
-            ++flipped.back().last;
-        }
+        find_flips(action, {now, width}, flags);
+        if (step.plane == RegionPlane::excluded)
+            keep_finite({picture.values().row(y), width}, flags);
+        add_runs(y, flags, flipped);
     });
 }
 
@@ -99,11 +100,17 @@ void RegionEdit::redo() {
 void RegionEdit::flip(const Step& step) {
     Bitmap<std::uint8_t>& bytes =
         step.plane == RegionPlane::excluded ? picture_.mask() : picture_.region();
-    for (const PixelRun& run : step.flipped) {
-        std::uint8_t* row = bytes.row(run.y);
-        for (int x = run.first; x < run.last; ++x)
-            row[x] = row[x] == 0 ? 1 : 0;
-    }
+    constexpr int block = 1 << 14;
+    Progress progress;
+    const auto flip_some = [&](int first, int last) {
+        for (auto i = static_cast<std::size_t>(first); i < static_cast<std::size_t>(last); ++i) {
+            const PixelRun& run = step.flipped[i];
+            std::uint8_t* row = bytes.row(run.y);
+            for (int x = run.first; x < run.last; ++x)
+                row[x] = row[x] == 0 ? 1 : 0;
+        }
+    };
+    parallel_rows(static_cast<int>(step.flipped.size()), block, progress, flip_some);
 }
 
 }  // namespace vyn

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "view/history.h"
 #include "view/pixel_runs.h"
@@ -39,7 +40,10 @@ class RegionEdit {
     bool take(const image& picture);
 
     /// True when a pixel changed.
-    bool draw(RegionPlane plane, RegionAction action, const PixelRuns& runs);
+    bool draw(RegionPlane plane, RegionAction action, const RowFlags& shape);
+    bool draw(RegionPlane plane, RegionAction action, PixelRuns runs) {
+        return draw(plane, action, flags_of(std::move(runs)));
+    }
 
     bool can_undo() const { return history_.can_undo(); }
     bool can_redo() const { return history_.can_redo(); }
@@ -56,7 +60,7 @@ class RegionEdit {
         std::uint8_t filled;  ///< and was filled with this
         PixelRuns flipped;
     };
-    PixelRuns changes(const Step& step, RegionAction action, const PixelRuns& runs) const;
+    PixelRuns changes(const Step& step, RegionAction action, const RowFlags& shape) const;
     void flip(const Step& step);
 
     image picture_;

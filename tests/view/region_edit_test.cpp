@@ -113,7 +113,7 @@ TEST(RegionEdit, AddsTakesAwayReplacesAndInverts) {
                           rectangle_runs(small, {2, 2}, {7, 7})));
     EXPECT_EQ(drawing(edit.picture().mask()), rows + ".###....\n.#......\n" + rows + rows + rows);
     EXPECT_TRUE(
-        edit.draw(RegionPlane::excluded, RegionAction::only, threshold_runs(ramp(), 6, 1e9)));
+        edit.draw(RegionPlane::excluded, RegionAction::only, threshold_flags(ramp(), 6, 1e9)));
     const std::string right = "......##\n";
     EXPECT_EQ(drawing(edit.picture().mask()), right + right + right + right + right + right);
     EXPECT_TRUE(edit.draw(RegionPlane::excluded, RegionAction::invert,

@@ -19,7 +19,11 @@ class FieldView : public testing::Test {
         view.resize(400, 300);
         view.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&view));
-        view.set_picture(std::make_shared<const image>(test::ramp_image("a", 200, 100)));
+        show(test::ramp_image("a", 200, 100));
+    }
+    void show(image picture) {
+        view.set_picture(
+            std::make_shared<const ImageLevels>(std::make_shared<const image>(std::move(picture))));
     }
     void turn_wheel(QPointF at, int steps) {
         QWheelEvent event(at, view.mapToGlobal(at.toPoint()), {}, {0, 120 * steps}, Qt::NoButton,
@@ -106,7 +110,7 @@ TEST_F(FieldView, MagnifiedPixelsAreCrispAndHaveTheColoursOfTheMap) {
     view.set_fashion(fashion);
     image picture = test::ramp_image("a", 5, 4);
     picture.mask()(2, 1) = 1;
-    view.set_picture(std::make_shared<const image>(picture));
+    show(picture);
     view.set_transform({32, {-0.5, -0.5}});
     const QImage seen = view.grab().toImage();
     const colour_map colours(100, 3000, *fashion.palette);
@@ -149,7 +153,7 @@ TEST_F(FieldView, ProbesThePixelUnderThePointerAndNothingOutside) {
 
 TEST_F(FieldView, OddImagesAndNoneAreShown) {
     for (const auto& [width, height] : {std::pair{1, 1}, {30000, 2}, {2, 30000}}) {
-        view.set_picture(std::make_shared<const image>(test::ramp_image("a", width, height)));
+        show(test::ramp_image("a", width, height));
         const QPointF corner =
             view.transform().to_widget({width - 0.5, height - 0.5}) - QPointF(0.01, 0.01);
         EXPECT_TRUE(QRectF(view.rect()).contains(corner)) << width;
@@ -168,7 +172,7 @@ TEST_F(FieldView, VectorsAreDrawnWhereTheImageHasThem) {
     picture.values().fill(1);
     picture.displacement = Displacement{Bitmap<float>(8, 8, 1.F), Bitmap<float>(8, 8, 0.F), 8};
     picture.mask()(16, 16) = 1;
-    view.set_picture(std::make_shared<const image>(picture));
+    show(picture);
     view.set_transform({4, {-0.5, -0.5}});
     Fashion fashion;
     fashion.vectors = {false, 6, 2, 1};

@@ -4,8 +4,10 @@ vyn_ui_tests(view_ui
         field_view_test.cpp
         field_viewer_test.cpp
         graph_window_test.cpp
+        large_images_test.cpp
         marker_files_test.cpp
         marker_tools_test.cpp
+        preparation_test.cpp
         region_tools_test.cpp
         viewer_files_test.cpp
     LINK vyn_view_ui)

@@ -63,9 +63,9 @@ QGroupBox* QAdvFashionDlg::make_channel_group(const QStringList& names) {
     return group;
 }
 
-void QAdvFashionDlg::set_picture(std::shared_ptr<const image> picture) {
-    QFashionDlg::set_picture(picture);
-    histogram_->set_picture(picture);
+void QAdvFashionDlg::show_values(const PictureValues& values) {
+    QFashionDlg::show_values(values);
+    histogram_->set_histogram(values.histogram);
 }
 
 void QAdvFashionDlg::show_fashion(const Fashion& fashion) {

@@ -15,10 +15,10 @@ class QAdvFashionDlg final : public QFashionDlg {
     /// `names` are the images that can be channels.
     QAdvFashionDlg(const Fashion& fashion, const QStringList& names, QWidget* parent = nullptr);
 
-    void set_picture(std::shared_ptr<const image> picture) override;
     void show_fashion(const Fashion& fashion) override;
 
   private:
+    void show_values(const PictureValues& values) override;
     QGroupBox* make_channel_group(const QStringList& names);
     void channels_changed();
 

@@ -2,16 +2,20 @@
 
 namespace vyn {
 
-std::shared_ptr<const ImageLevels> ChannelSource::channel(std::size_t index,
-                                                          const std::string& name,
-                                                          const imagesList& list) {
-    auto& kept = kept_[index];
+ChannelSource::ChannelSource() {
+    for (const OtherPicture& other : others_)
+        connect(&other, &OtherPicture::prepared, this, &ChannelSource::changed);
+}
+
+const std::shared_ptr<const ImageLevels>& ChannelSource::channel(std::size_t index,
+                                                                 const std::string& name,
+                                                                 const imagesList& list) {
+    OtherPicture& other = others_[index];
     const auto picture = list.find(name);
-    if (!picture)
-        kept.reset();
-    else if (!kept || kept->shared_picture() != picture)
-        kept = std::make_shared<const ImageLevels>(picture);
-    return kept;
+    const bool another = !other.wanted() || other.wanted()->name != name;
+    if (another) other.want(nullptr);
+    if (picture != other.wanted()) other.want(picture);
+    return other.levels();
 }
 
 std::optional<ViewSource> ChannelSource::source(const ColourChannels& channels,

@@ -19,6 +19,7 @@ Comparison::Comparison(VynFieldView& view) : QObject(&view), view_(view) {
         show_turn();
     });
     connect(&watcher_, &ImageWatcher::changed, this, &Comparison::follow_other);
+    connect(&other_, &OtherPicture::prepared, this, &Comparison::show_other);
 }
 
 bool Comparison::comparable(Kind kind, const std::shared_ptr<const image>& own,
@@ -34,11 +35,24 @@ void Comparison::start(Kind kind, std::shared_ptr<const imagesList> list, const 
     if (!comparable(kind, view_.picture(), watcher_.current())) return;
     kind_ = kind;
     name_ = name;
-    other_ = std::make_shared<const ImageLevels>(watcher_.current());
-    if (kind == Kind::difference) {
+    other_.want(watcher_.current());
+    Q_EMIT changed();
+    show_other();
+}
+
+void Comparison::show_other() {
+    if (kind_ == Kind::none || other_.preparing()) return;
+    if (!comparable(kind_, view_.picture(), other())) return stop();
+    if (!begun_) begin();
+    show_turn();
+}
+
+void Comparison::begin() {
+    begun_ = true;
+    if (kind_ == Kind::difference) {
         before_ = view_.fashion();
         Fashion fashion = before_;
-        const Limits limits = difference_limits(*view_.levels(), *other_);
+        const Limits limits = difference_limits(*view_.levels(), *other_.levels());
         if (limits.minimum < limits.maximum) fashion.limits = tidy(limits);
         if (const palette_array* palette = find_palette(signed_palette))
             fashion.set_palette(*palette);
@@ -47,16 +61,16 @@ void Comparison::start(Kind kind, std::shared_ptr<const imagesList> list, const 
         others_turn_ = true;
         timer_.start();
     }
-    show_turn();
 }
 
 void Comparison::stop() {
     if (kind_ == Kind::none) return;
-    const bool restore = kind_ == Kind::difference;
+    const bool restore = begun_ && kind_ == Kind::difference;
     kind_ = Kind::none;
+    begun_ = false;
     timer_.stop();
     others_turn_ = false;
-    other_.reset();
+    other_.want(nullptr);
     view_.show_instead(std::nullopt);
     if (restore) view_.set_fashion(before_);
     Q_EMIT changed();
@@ -65,8 +79,8 @@ void Comparison::stop() {
 void Comparison::follow_other() {
     if (kind_ == Kind::none) return;
     if (!comparable(kind_, view_.picture(), watcher_.current())) return stop();
-    other_ = std::make_shared<const ImageLevels>(watcher_.current());
-    show_turn();
+    other_.want(watcher_.current());
+    show_other();
 }
 
 void Comparison::picture_changed() {
@@ -76,10 +90,10 @@ void Comparison::picture_changed() {
 }
 
 void Comparison::show_turn() {
-    if (kind_ == Kind::difference)
-        view_.show_instead(DifferenceSource{view_.levels(), other_});
+    if (begun_ && kind_ == Kind::difference)
+        view_.show_instead(DifferenceSource{view_.levels(), other_.levels()});
     else if (others_turn_)
-        view_.show_instead(FieldSource{other_});
+        view_.show_instead(FieldSource{other_.levels()});
     else
         view_.show_instead(std::nullopt);
     Q_EMIT changed();

@@ -7,8 +7,8 @@
 
 #include "api/image_list.h"
 #include "view/fashion.h"
-#include "view/image_levels.h"
 #include "view/ui/image_watcher.h"
+#include "view/ui/other_picture.h"
 
 namespace vyn {
 
@@ -26,14 +26,15 @@ class Comparison : public QObject {
     /// Only images of one size have a difference.
     static bool comparable(Kind kind, const std::shared_ptr<const image>& own,
                            const std::shared_ptr<const image>& other);
-    /// Starts, in the place of what runs. The other image is followed like the view's own. While
-    /// the difference is shown, the view has limits and palette of its own for it.
+    /// Starts, in the place of what runs; seen as soon as the other image is prepared. That is
+    /// followed like the view's own. While the difference is shown, the view has limits and palette
+    /// of its own for it.
     void start(Kind kind, std::shared_ptr<const imagesList> list, const std::string& name);
     void stop();
     Kind kind() const { return kind_; }
-    /// The other image; null without a comparison.
+    /// The other image; null without a comparison, or before it is prepared.
     std::shared_ptr<const image> other() const {
-        return other_ ? other_->shared_picture() : nullptr;
+        return other_.levels() ? other_.levels()->shared_picture() : nullptr;
     }
     /// While they blink: the other image is seen.
     bool others_turn() const { return others_turn_; }
@@ -48,13 +49,17 @@ class Comparison : public QObject {
 
   private:
     void follow_other();
+    /// As soon as it is prepared.
+    void show_other();
+    void begin();
     void show_turn();
 
     VynFieldView& view_;
     Kind kind_ = Kind::none;
     std::string name_;
     ImageWatcher watcher_;
-    std::shared_ptr<const ImageLevels> other_;
+    OtherPicture other_;
+    bool begun_ = false;  ///< the other image was there, and is seen
     QTimer timer_;
     bool others_turn_ = false;
     Fashion before_;

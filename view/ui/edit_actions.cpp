@@ -41,7 +41,7 @@ EditActions::EditActions(VynFieldViewer& viewer, QList<EditController*> controll
 }
 
 void EditActions::undo() {
-    if (done_.isEmpty()) return;
+    if (done_.isEmpty() || !viewer_.may_edit()) return;
     EditController* last = done_.takeLast();
     undone_.append(last);
     last->undo();
@@ -49,7 +49,7 @@ void EditActions::undo() {
 }
 
 void EditActions::redo() {
-    if (undone_.isEmpty()) return;
+    if (undone_.isEmpty() || !viewer_.may_edit()) return;
     EditController* last = undone_.takeLast();
     done_.append(last);
     last->redo();

@@ -29,7 +29,7 @@ QFashionDlg::QFashionDlg(const Fashion& fashion, QWidget* parent)
     layout->addWidget(make_buttons());
     set_limit_labels(tr("Paint min:"), tr("Paint max:"));
     QFashionDlg::show_fashion(fashion);
-    QFashionDlg::set_picture(nullptr);
+    set_picture(nullptr, nullptr);
 }
 
 QFashionDlg::~QFashionDlg() = default;
@@ -65,33 +65,23 @@ QGroupBox* QFashionDlg::make_paint_group() {
 
     auto* ways = new QHBoxLayout;
     const auto add_way = [&](const char* name, const QString& text, const QString& tip,
-                             Limits (*limits)(const QFashionDlg&)) {
+                             const std::function<void()>& choose_them) {
         auto* button = new QPushButton(text);
         button->setObjectName(QLatin1String(name));
         button->setToolTip(tip);
         button->setAutoDefault(false);
         ways->addWidget(button);
-        connect(button, &QPushButton::clicked, this, [this, limits] {
-            if (picture_) choose_limits(limits(*this));
+        connect(button, &QPushButton::clicked, this, [this, choose_them] {
+            if (values_.picture) choose_them();
         });
     };
     add_way("extremes", tr("&Extremes"), tr("From the smallest to the largest value"),
-            [](const QFashionDlg& dialog) {
-                Progress progress;
-                return summarise(*dialog.picture_, progress).extremes();
-            });
+            [this] { choose_limits(values_.summary.extremes()); });
     add_way("three_sigma", tr("&Mean %1 3%2").arg(QChar(0xB1)).arg(QChar(0x3C3)),
-            tr("Three standard deviations about the mean"), [](const QFashionDlg& dialog) {
-                Progress progress;
-                return tidy(summarise(*dialog.picture_, progress).three_sigma());
-            });
+            tr("Three standard deviations about the mean"),
+            [this] { choose_limits(tidy(values_.summary.three_sigma())); });
     add_way("percentiles", tr("Pe&rcentiles"), tr("Without this share of the values at each end"),
-            [](const QFashionDlg& dialog) {
-                Progress progress;
-                const double low = dialog.low_percent_->number().value_or(0);
-                const double high = dialog.high_percent_->number().value_or(100);
-                return tidy(percentiles(*dialog.picture_, low, std::max(low, high), progress));
-            });
+            [this] { choose_percentiles(); });
     const auto percent = [&](const char* name, double number) {
         auto* edit = new NumberEdit;
         edit->setObjectName(QLatin1String(name));
@@ -163,16 +153,46 @@ void QFashionDlg::set_limit_labels(const QString& minimum, const QString& maximu
     maximum_label_->setText(maximum);
 }
 
-void QFashionDlg::set_picture(std::shared_ptr<const image> picture) {
-    picture_ = std::move(picture);
-    Progress progress;
-    const ValueSummary summary = picture_ ? summarise(*picture_, progress) : ValueSummary{};
+void QFashionDlg::set_picture(const std::shared_ptr<const image>& picture,
+                              const std::shared_ptr<const image>& subtracted) {
+    vector_group_->setEnabled(picture && picture->displacement);
+    preparation_.cancel();
+    if (!picture) return show_values({});
+    preparation_.start(
+        Preparation::when_for(*picture),
+        [picture, subtracted](Progress& progress) {
+            return values_of(picture, subtracted, progress);
+        },
+        [this](std::future<PictureValues> values) {
+            try {
+                show_values(values.get());
+            } catch (const std::exception& error) {
+                get_log().write(1, error.what());
+                show_values({});
+            }
+        });
+}
+
+void QFashionDlg::show_values(const PictureValues& values) {
+    values_ = values;
+    percentiles_.cancel();
+    const ValueSummary& summary = values.summary;
     const auto general = [](double value) {
         return QString::fromStdString(format_general(value, 6));
     };
     image_minimum_->setText(summary.count ? tr("min:%1").arg(general(summary.minimum)) : QString());
     image_maximum_->setText(summary.count ? tr("max:%1").arg(general(summary.maximum)) : QString());
-    vector_group_->setEnabled(picture_ && picture_->displacement);
+}
+
+void QFashionDlg::choose_percentiles() {
+    const double low = low_percent_->number().value_or(0);
+    const double high = std::max(low, high_percent_->number().value_or(100));
+    percentiles_.start(
+        Preparation::when_for(*values_.picture),
+        [picture = values_.picture, low, high](Progress& progress) {
+            return tidy(percentiles(*picture, low, high, progress));
+        },
+        [this](std::future<Limits> limits) { choose_limits(limits.get()); });
 }
 
 void QFashionDlg::show_fashion(const Fashion& fashion) {

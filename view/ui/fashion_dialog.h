@@ -4,6 +4,8 @@
 #include <memory>
 
 #include "view/fashion.h"
+#include "view/picture_values.h"
+#include "view/ui/preparation.h"
 
 class QComboBox;
 class QGridLayout;
@@ -25,8 +27,10 @@ class QFashionDlg : public QDialog {
     explicit QFashionDlg(const Fashion& fashion, QWidget* parent = nullptr);
     ~QFashionDlg() override;
 
-    /// The image that extremes, percentiles and so on are taken from; null for none.
-    virtual void set_picture(std::shared_ptr<const image> picture);
+    /// The image, less `subtracted` unless that is null, that extremes, percentiles and so on are
+    /// taken from, as soon as its values are counted.
+    void set_picture(const std::shared_ptr<const image>& picture,
+                     const std::shared_ptr<const image>& subtracted);
     /// The viewer's fashion changed by other means.
     virtual void show_fashion(const Fashion& fashion);
 
@@ -44,7 +48,7 @@ class QFashionDlg : public QDialog {
     /// What is shown and sent; sound at any time.
     Fashion fashion() const { return fashion_; }
     void choose(const Fashion& fashion);
-    std::shared_ptr<const image> picture() const { return picture_; }
+    virtual void show_values(const PictureValues& values);
     QGridLayout& paint_grid() const { return *paint_grid_; }
     QVBoxLayout& groups() const { return *groups_; }
     void set_limit_labels(const QString& minimum, const QString& maximum);
@@ -57,12 +61,15 @@ class QFashionDlg : public QDialog {
     void read_widgets();
     void add_palette();
     void choose_limits(const Limits& limits);
+    void choose_percentiles();
     bool sound() const;
 
     Fashion fashion_;
     Fashion kept_;
     const Fashion at_start_;
-    std::shared_ptr<const image> picture_;
+    PictureValues values_;
+    Preparation preparation_;  ///< of the values
+    Preparation percentiles_;
     bool writing_ = false;  ///< widgets are being set; their changes are not the user's
 
     QVBoxLayout* groups_ = nullptr;

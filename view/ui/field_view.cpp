@@ -28,6 +28,7 @@ ViewMouse mouse_at(const QMouseEvent& event, const ViewTransform& transform) {
 struct VynFieldView::State {
     std::shared_ptr<const ImageLevels> levels;
     std::shared_ptr<const image> picture;
+    QSize size;                         ///< of the image shown last
     ViewSource field;                   ///< the image
     std::optional<ViewSource> instead;  ///< drawn in its place
     QString message;
@@ -65,23 +66,17 @@ void VynFieldView::redraw() {
     update();
 }
 
-void VynFieldView::set_picture(std::shared_ptr<const image> picture) {
-    const auto& old = state_->picture;
-    // With other markers alone an image looks the same below them.
-    std::shared_ptr<const ImageLevels> levels;
-    if (picture && old && old->shares_planes_with(*picture))
-        levels = state_->levels;
-    else if (picture)
-        levels = std::make_shared<const ImageLevels>(picture);
-    const bool same_size =
-        picture && old && picture->width() == old->width() && picture->height() == old->height();
-    if (!same_size && state_->tool) state_->tool->cancel();
-    state_->picture = std::move(picture);
+void VynFieldView::set_picture(std::shared_ptr<const ImageLevels> levels) {
+    const auto picture = levels ? levels->shared_picture() : nullptr;
+    const bool other_size = picture && state_->size != QSize(picture->width(), picture->height());
+    if ((!picture || other_size) && state_->tool) state_->tool->cancel();
+    if (picture) state_->size = QSize(picture->width(), picture->height());
+    state_->picture = picture;
     state_->levels = std::move(levels);
     state_->field = FieldSource{state_->levels};
     state_->vectors.set_picture(state_->picture);
     redraw();
-    if (!same_size) fit();
+    if (other_size || state_->fitted) fit();
     show_cursor();
     Q_EMIT grid_present(state_->picture && state_->picture->displacement);
     Q_EMIT updated();

@@ -22,9 +22,9 @@ class VynFieldView : public QWidget {
     explicit VynFieldView(QWidget* parent = nullptr);
     ~VynFieldView() override;
 
-    /// Shows another image, or nothing (null). Zoom and position stay when the size is the same;
-    /// otherwise the image is fitted.
-    void set_picture(std::shared_ptr<const image> picture);
+    /// Shows another image, or nothing (null). Zoom and position stay when its size is that of the
+    /// image shown last; otherwise the image is fitted.
+    void set_picture(std::shared_ptr<const ImageLevels> levels);
     const std::shared_ptr<const image>& picture() const;
     /// The image with its reduced copies; null when none is shown.
     const std::shared_ptr<const ImageLevels>& levels() const;

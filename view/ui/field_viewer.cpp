@@ -5,9 +5,10 @@
 #include <QLabel>
 #include <QStatusBar>
 
-#include "api/pixel_ops.h"
 #include "core/data_set.h"
 #include "core/errors.h"
+#include "view/difference.h"
+#include "view/prepared_picture.h"
 #include "view/probe_text.h"
 #include "view/ui/advanced_fashion_dialog.h"
 #include "view/ui/field_viewer_parts.h"
@@ -52,29 +53,54 @@ void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::stri
     parts_->files->forget();
     setWindowModified(false);
     parts_->watcher.watch(parts_->list, name);
+    // What is shown must never pass for the image of that name.
+    show_nothing(tr("Preparing the image..."));
     follow_image();
 }
 
 void VynFieldViewer::follow_image() {
     const auto picture = parts_->watcher.current();
-    parts_->view->set_message(
-        tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
-            .arg(QString::fromStdString(parts_->image_name)));
-    try {
-        if (picture && !parts_->fashion_suggested) suggest_fashion(*picture);
-        parts_->view->set_picture(picture);
-    } catch (const GenericError& error) {
-        parts_->view->set_picture(nullptr);
-        parts_->view->set_message(tr("The image \"%1\" cannot be shown: %2")
-                                      .arg(QString::fromStdString(parts_->image_name),
-                                           QString::fromStdString(error.what())));
-    }
+    if (picture) return prepare(Preparation::when_for(*picture));
+    parts_->preparation.cancel();
+    show_nothing(tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
+                     .arg(QString::fromStdString(parts_->image_name)));
 }
 
-void VynFieldViewer::suggest_fashion(const image& picture) {
+void VynFieldViewer::prepare(Preparation::When when) {
+    const auto picture = parts_->watcher.current();
+    const auto earlier = parts_->view->levels();
+    const bool with_limits = !parts_->fashion_suggested;
+    if (earlier && earlier->picture().shares_planes_with(*picture))
+        when = Preparation::When::at_once;
+    parts_->preparation.start(
+        when,
+        [picture, earlier, with_limits](Progress& progress) {
+            return prepare_picture(picture, earlier.get(), with_limits, progress);
+        },
+        [this](std::future<PreparedPicture> prepared) {
+            try {
+                show_prepared(prepared.get());
+            } catch (const std::exception& error) {
+                show_nothing(tr("The image \"%1\" cannot be shown: %2")
+                                 .arg(QString::fromStdString(parts_->image_name),
+                                      QString::fromStdString(error.what())));
+            }
+        });
+}
+
+void VynFieldViewer::show_prepared(const PreparedPicture& prepared) {
+    if (prepared.limits) suggest_fashion(prepared.levels->picture(), *prepared.limits);
+    parts_->view->set_picture(prepared.levels);
+}
+
+void VynFieldViewer::show_nothing(const QString& why) {
+    parts_->view->set_message(why);
+    parts_->view->set_picture(nullptr);
+}
+
+void VynFieldViewer::suggest_fashion(const image& picture, const Limits& limits) {
     Fashion fashion = parts_->view->fashion();
-    Progress progress;
-    fashion.limits = tidy(robust_limits(picture, progress));
+    fashion.limits = tidy(limits);
     fashion.channels = {};
     if (picture.displacement) {
         fashion.vectors = suggested_vectors(*picture.displacement);
@@ -89,7 +115,7 @@ void VynFieldViewer::refresh() {
     apply_channels();
     parts_->colour_bar->set_label(quantity());
     parts_->function_bar->set_quantity(quantity());
-    if (parts_->fashion_dialog) parts_->fashion_dialog->set_picture(shown_picture());
+    tell_dialog();
     enable_actions();
     show_title();
     parts_->markers->picture_changed();
@@ -180,10 +206,19 @@ void VynFieldViewer::set_mode(MouseMode mode) {
     if (action) action->setChecked(true);
 }
 
+bool VynFieldViewer::may_edit() {
+    const auto shown = picture();
+    if (shown && parts_->list->find(parts_->image_name) == shown) return true;
+    if (shown) statusBar()->showMessage(tr("A newer image is about to be shown"));
+    return false;
+}
+
 void VynFieldViewer::replace_picture(image changed) {
     changed.name = parts_->image_name;
     parts_->list->add(std::move(changed));
-    parts_->watcher.look();
+    parts_->watcher.watch(parts_->list, parts_->image_name);
+    // The user's next change builds upon this one.
+    prepare(Preparation::When::at_once);
 }
 
 void VynFieldViewer::set_out_of_date(bool out_of_date, const QString& why) {
@@ -194,19 +229,19 @@ void VynFieldViewer::set_out_of_date(bool out_of_date, const QString& why) {
 std::shared_ptr<const image> VynFieldViewer::shown_picture() const {
     auto own = picture();
     const auto other = parts_->comparison->other();
-    switch (parts_->comparison->kind()) {
-        case Comparison::Kind::none:
-            break;
-        case Comparison::Kind::blink:
-            return parts_->comparison->others_turn() ? other : own;
-        case Comparison::Kind::difference: {
-            auto difference = std::make_shared<image>(*own);
-            difference->drop_region();
-            subtract(*difference, *other);
-            return difference;
-        }
-    }
-    return own;
+    if (!own || !other) return own;
+    if (parts_->comparison->kind() == Comparison::Kind::difference)
+        return difference_of(*own, *other);
+    return parts_->comparison->others_turn() ? other : own;
+}
+
+void VynFieldViewer::tell_dialog() {
+    if (!parts_->fashion_dialog) return;
+    const bool difference = parts_->comparison->kind() == Comparison::Kind::difference;
+    if (difference)
+        parts_->fashion_dialog->set_picture(picture(), parts_->comparison->other());
+    else
+        parts_->fashion_dialog->set_picture(shown_picture(), nullptr);
 }
 
 QString VynFieldViewer::caption() const {
@@ -231,9 +266,9 @@ void VynFieldViewer::show_dialog(bool advanced) {
     QFashionDlg* dialog =
         advanced ? new QAdvFashionDlg(fashion, names, this) : new QFashionDlg(fashion, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->set_picture(shown_picture());
     connect(dialog, &QFashionDlg::fashion_chosen, parts_->view, &VynFieldView::set_fashion);
     parts_->fashion_dialog = dialog;
+    tell_dialog();
     dialog->show();
 }
 

@@ -10,6 +10,7 @@
 #include "view/mouse_mode.h"
 #include "view/save_rules.h"
 #include "view/ui/comparison.h"
+#include "view/ui/preparation.h"
 
 namespace vyn {
 
@@ -17,11 +18,13 @@ class GraphController;
 class MarkerController;
 class RegionController;
 class VynFieldView;
+struct PreparedPicture;
 struct ViewerActions;
 
 /// The window in which an image is shown in false colour, probed, zoomed, marked and exported.
 ///
-/// It shows an image of a list by its name and follows when that image is replaced.
+/// It shows an image of a list by its name and follows when that image is replaced; a large one is
+/// seen as soon as it is prepared, the old one until then.
 class VynFieldViewer : public QMainWindow {
     Q_OBJECT
   public:
@@ -55,7 +58,11 @@ class VynFieldViewer : public QMainWindow {
                    const QString& title);
     /// Reads a file and shows what is in it.
     void open_file(const QString& file);
-    /// Publishes a changed copy of the image shown, under its name in the list it came from.
+    /// True when the image shown is the one of the list. False while there is a newer one, which a
+    /// change of the older one would overwrite: to be asked before a change, tells the user.
+    bool may_edit();
+    /// Publishes a changed copy of the image shown, under its name in the list it came from, and
+    /// shows it at once.
     void replace_picture(image changed);
 
     MouseMode mode() const;
@@ -117,11 +124,16 @@ class VynFieldViewer : public QMainWindow {
     void restore_layout();
     /// The watched image is another one, or none any more.
     void follow_image();
+    void prepare(Preparation::When when);
+    void show_prepared(const PreparedPicture& prepared);
+    void show_nothing(const QString& why);
     /// Limits and vectors that suit an image shown for the first time.
-    void suggest_fashion(const image& picture);
+    void suggest_fashion(const image& picture, const Limits& limits);
     void fashion_changed();
     void apply_channels();
     void show_dialog(bool advanced);
+    /// Gives the fashion dialog what is seen.
+    void tell_dialog();
     void compare(Comparison::Kind kind, bool on);
     void show_title();
     void enable_actions();

@@ -12,6 +12,7 @@
 #include "view/ui/graph_controller.h"
 #include "view/ui/image_watcher.h"
 #include "view/ui/marker_controller.h"
+#include "view/ui/preparation.h"
 #include "view/ui/region_controller.h"
 #include "view/ui/view_link.h"
 #include "view/ui/viewer_actions.h"
@@ -40,6 +41,7 @@ struct VynFieldViewer::Parts {
     QString out_of_date;             ///< why; empty when the image is up to date
     bool fashion_suggested = false;  ///< limits and vectors were taken from the image once
     ImageWatcher watcher;
+    Preparation preparation;  ///< of the watched image, until it is shown
 
     VynFieldView* view;
     ColourBar* colour_bar = nullptr;

@@ -122,6 +122,7 @@ void VynFieldViewer::connect_view() {
     connect(view, &VynFieldView::grid_present, parts_->function_bar, &VynFunctionBar::grid_present);
     connect(view, &VynFieldView::fashion_changed, this, &VynFieldViewer::fashion_changed);
     connect(&parts_->watcher, &ImageWatcher::changed, this, &VynFieldViewer::follow_image);
+    connect(&parts_->channels, &ChannelSource::changed, this, &VynFieldViewer::apply_channels);
     connect(parts_->comparison, &Comparison::changed, this, [this] {
         const Comparison::Kind kind = parts_->comparison->kind();
         parts_->actions.blink->setChecked(kind == Comparison::Kind::blink);

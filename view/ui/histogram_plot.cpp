@@ -11,7 +11,6 @@ namespace vyn {
 
 namespace {
 
-constexpr int bins = 256;
 constexpr double reach = 8;  // of a line, widget pixels
 constexpr double margin = 10;
 
@@ -24,18 +23,8 @@ HistogramPlot::HistogramPlot(QWidget* parent) : QWidget(parent) {
     setToolTip(tr("Drag the lines to change the limits"));
 }
 
-void HistogramPlot::set_picture(const std::shared_ptr<const image>& picture) {
-    histogram_ = {};
-    Progress progress;
-    if (picture) {
-        // Far outliers would squeeze everything else into one bar.
-        const Limits all = summarise(*picture, progress).extremes();
-        const Limits most = percentiles(*picture, 0.1, 99.9, progress);
-        const double room = 0.25 * (most.maximum - most.minimum);
-        const Limits range{std::max(all.minimum, most.minimum - room),
-                           std::min(all.maximum, most.maximum + room)};
-        histogram_ = make_histogram(*picture, range, bins, progress);
-    }
+void HistogramPlot::set_histogram(const Histogram& histogram) {
+    histogram_ = histogram;
     update();
 }
 

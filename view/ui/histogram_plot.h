@@ -1,9 +1,7 @@
 #pragma once
 
 #include <QWidget>
-#include <memory>
 
-#include "api/image.h"
 #include "view/limits.h"
 
 namespace vyn {
@@ -15,7 +13,7 @@ class HistogramPlot : public QWidget {
   public:
     explicit HistogramPlot(QWidget* parent = nullptr);
 
-    void set_picture(const std::shared_ptr<const image>& picture);
+    void set_histogram(const Histogram& histogram);
     void set_limits(const Limits& limits);
     QSize sizeHint() const override { return {320, 120}; }
     QSize minimumSizeHint() const override { return {160, 80}; }

@@ -115,7 +115,7 @@ void MarkerController::publish() {
 }
 
 bool MarkerController::change(const std::function<void(MarkerEdit&)>& operation) {
-    if (!viewer_.picture()) return false;
+    if (!viewer_.may_edit()) return false;
     const MarkerSet before = edit_.set();
     try {
         operation(edit_);

@@ -33,8 +33,9 @@ RegionController::RegionController(VynFieldViewer& viewer)
       viewer_(viewer),
       tool_(
           [this](RegionShape shape, const std::vector<Point>& places) {
-              draw(static_cast<RegionAction>(action_->currentData().toInt()),
-                   runs_of(shape, places));
+              if (viewer_.picture())
+                  draw(static_cast<RegionAction>(action_->currentData().toInt()),
+                       flags_of(runs_of(shape, places)));
           },
           [this] { viewer_.view().update(); }),
       plane_(new QComboBox),
@@ -146,12 +147,11 @@ PixelRuns RegionController::runs_of(RegionShape shape, const std::vector<Point>&
     return {};
 }
 
-void RegionController::draw(RegionAction action, const PixelRuns& runs) {
-    const auto picture = viewer_.picture();
-    if (!picture) return;
-    if (!edit_) edit_ = std::make_unique<RegionEdit>(*picture);
+void RegionController::draw(RegionAction action, const RowFlags& shape) {
+    if (!viewer_.may_edit()) return;
+    if (!edit_) edit_ = std::make_unique<RegionEdit>(*viewer_.picture());
     const auto plane = static_cast<RegionPlane>(plane_->currentData().toInt());
-    if (!edit_->draw(plane, action, runs))
+    if (!edit_->draw(plane, action, shape))
         return viewer_.statusBar()->showMessage(tr("No pixel changes"));
     publish();
     Q_EMIT stepped();
@@ -179,16 +179,18 @@ void RegionController::invert() {
     if (!picture) return;
     const PictureSize size{picture->width(), picture->height()};
     draw(RegionAction::invert,
-         rectangle_runs(size, {0, 0}, {double(size.width), double(size.height)}));
+         flags_of(rectangle_runs(size, {0, 0}, {double(size.width), double(size.height)})));
 }
 
 void RegionController::threshold() {
-    const auto picture = viewer_.picture();
-    if (!picture) return;
+    if (!viewer_.picture()) return;
     ThresholdDialog dialog(viewer_.view().fashion().limits, &viewer_);
     if (dialog.exec() != QDialog::Accepted) return;
+    // Another one may be shown by now.
+    const auto picture = viewer_.picture();
+    if (!picture) return;
     draw(static_cast<RegionAction>(action_->currentData().toInt()),
-         threshold_runs(*picture, dialog.low(), dialog.high()));
+         threshold_flags(*picture, dialog.low(), dialog.high()));
 }
 
 void RegionController::save_mask() {

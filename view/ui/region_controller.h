@@ -44,7 +44,7 @@ class RegionController : public EditController {
   private:
     void make_bar();
     PixelRuns runs_of(RegionShape shape, const std::vector<Point>& places) const;
-    void draw(RegionAction action, const PixelRuns& runs);
+    void draw(RegionAction action, const RowFlags& shape);
     void publish();
 
     VynFieldViewer& viewer_;
