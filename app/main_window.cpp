@@ -181,8 +181,8 @@ void VynLiteForm::changeEvent(QEvent* event) {
 }
 
 void VynLiteForm::closeEvent(QCloseEvent* event) {
-    const bool go_on = (!parts_->page || parts_->commands->agrees_to_discard()) &&
-                       parts_->viewers.close_all();
+    const bool go_on =
+        (!parts_->page || parts_->commands->agrees_to_discard()) && parts_->viewers.close_all();
     event->setAccepted(go_on);
     if (!go_on) return;
     QSettings().setValue(geometry_setting(), saveGeometry());

@@ -18,11 +18,11 @@ QVynAlign::QVynAlign(dataSetInterface& settings, QWidget* parent)
     auto* left = new QVBoxLayout;
     left->addWidget(marker_group());
     left->addWidget(correlation_group());
+    left->addWidget(resampling_group());
     left->addStretch();
     auto* right = new QVBoxLayout;
     right->addWidget(filter_group());
     right->addWidget(limit_group());
-    right->addWidget(resampling_group());
     right->addStretch();
     auto* columns = new QHBoxLayout;
     columns->addLayout(left);

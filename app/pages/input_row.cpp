@@ -17,8 +17,8 @@ namespace vyn {
 
 namespace {
 
-/// The one local file of a drag; empty when it carries anything else, or a project, which the window
-/// opens wherever it is dropped.
+/// The one local file of a drag; empty when it carries anything else, or a project, which the
+/// window opens wherever it is dropped.
 QString dragged_file(const QMimeData* data) {
     const QList<QUrl> urls = data->urls();
     const QString file = urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
@@ -77,9 +77,8 @@ void InputRow::dragEnterEvent(QDragEnterEvent* event) {
 void InputRow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
     // A job and dialogs follow: not before the other program's drag has ended.
-    QTimer::singleShot(0, this, [this, file = dragged_file(event->mimeData())] {
-        Q_EMIT chosen(file);
-    });
+    QTimer::singleShot(0, this,
+                       [this, file = dragged_file(event->mimeData())] { Q_EMIT chosen(file); });
 }
 
 }  // namespace vyn

@@ -47,9 +47,10 @@ QVynPaintCalibration::QVynPaintCalibration(dataSetInterface& settings, QWidget* 
     groups->addWidget(plot, 0, 1);
     groups->addWidget(pressure_group(), 1, 0);
     groups->addWidget(temperature_group(), 1, 1);
-    groups->addWidget(test_group(), 2, 0);
-    groups->addWidget(panel, 2, 1);
+    groups->addWidget(test_group(), 0, 2);
+    groups->addWidget(panel, 1, 2);
     groups->setColumnStretch(1, 1);
+    panel->setMinimumWidth(panel->minimumSizeHint().width() * 3 / 4);  // beside two more columns
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(groups, 1);
     add_buttons(*layout);

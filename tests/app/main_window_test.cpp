@@ -1,3 +1,4 @@
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -69,6 +70,39 @@ TEST_F(MainWindow, ANameTypedWithReturnBecomesTheProjectsFile) {
     EXPECT_FALSE(action("fileSaveAction").isEnabled());
     ASSERT_TRUE(window->experiment_page());
     EXPECT_FALSE(window->experiment_page()->isEnabled());
+}
+
+TEST_F(MainWindow, WhatIsBeingTypedCountsBeforeACommand) {
+    open_project();
+    auto& level = child<QLineEdit>("wind_on_dark_edit");
+    level.setFocus();
+    level.selectAll();
+    QTest::keyClicks(&level, QStringLiteral("123"));
+    // A tool button does not take the keyboard from the line.
+    QTest::mouseClick(child<QToolBar>("Tools").widgetForAction(&action("fileSaveAction")),
+                      Qt::LeftButton);
+    simpleNamedDataSet saved;
+    load_xml(saved, (folder / "point.xml").c_str());
+    EXPECT_EQ(read(saved, keys::wind_on_sens_dark), 123);
+
+    auto& file = child<QLineEdit>("dir_edit");
+    file.setFocus();
+    file.selectAll();
+    QTest::keyClicks(&file, QString::fromStdString((folder / "second.xml").string()));
+    QTest::keyClick(&file, Qt::Key_S, Qt::ControlModifier);
+    EXPECT_TRUE(std::filesystem::exists(folder / "second.xml"));
+    EXPECT_TRUE(file.hasFocus());
+    EXPECT_FALSE(window->isWindowModified());
+}
+
+TEST_F(MainWindow, AFileThatIsNoImageLeavesNoViewer) {
+    put_file(folder / "notes.txt", "no image");
+    press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
+    press(QStringLiteral("Open"), QStringLiteral("OK"));
+    window->open_files({QString::fromStdString((folder / "notes.txt").string())});
+    EXPECT_TRUE(all_answered());
+    for (const QWidget* left : QApplication::topLevelWidgets())
+        EXPECT_TRUE(!left->inherits("vyn::VynFieldViewer") || !left->isVisible());
 }
 
 TEST_F(MainWindow, NoOnTheCloseCheckKeepsTheWindow) {

@@ -253,7 +253,8 @@ TEST_F(Pages, DroppedFilesFindTheirPlace) {
     QCoreApplication::sendEvent(row->parentWidget(), &enter);
     QDropEvent drop(QPointF(2, 2), Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(row->parentWidget(), &drop);
-    EXPECT_TRUE(get_images().find(image_names::wind_on_dark_sens));
+    EXPECT_TRUE(QTest::qWaitFor(
+        [] { return get_images().find(image_names::wind_on_dark_sens) != nullptr; }, 5000));
 }
 
 TEST_F(Pages, TypesHaveTheirRowsAndTheFourthSaysSo) {

@@ -105,6 +105,19 @@ INSTANTIATE_TEST_SUITE_P(
                            TaskOutcome::done_with_errors, "the log says more"}),
     [](const auto& row) { return row.param.name; });
 
+TEST_F(BusyBox, ReturnPressedOnceMoreDoesNotAbort) {
+    when_button_says(QStringLiteral("There are errors!"),
+                     [this] { QTest::keyClick(&box, Qt::Key_Return); });
+    box.run(job_of([](TaskContext&) { return TaskOutcome::done_with_errors; }));
+    QTimer::singleShot(150, &box, [this] { QTest::keyClick(&box, Qt::Key_Return); });
+    EXPECT_EQ(box.run(job_of([](TaskContext& context) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        throw_if_aborted(context);
+        return TaskOutcome::done;
+    })),
+              TaskOutcome::done);
+}
+
 struct Way {
     const char* name;
     std::function<void(QBusyBox&, QPushButton&)> act;

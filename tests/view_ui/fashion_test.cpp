@@ -103,6 +103,18 @@ TEST_F(FashionDialog, LimitsAreTakenFromTheValues) {
     EXPECT_EQ(limits(), (Limits{100, 139}));
 }
 
+TEST_F(FashionDialog, AConstantImageHasLimitsThatDiffer) {
+    image flat = *viewer_->picture();
+    for (int y = 0; y < flat.height(); ++y)
+        std::fill_n(flat.values().row(y), flat.width(), 3.0F);
+    viewer_->replace_picture(std::move(flat));
+    open();
+    for (const char* way : {"extremes", "three_sigma", "percentiles"}) {
+        click(way);
+        EXPECT_EQ(limits(), (Limits{2.5, 3.5})) << way;
+    }
+}
+
 TEST_F(FashionDialog, DraggingOnTheHistogramMovesALimit) {
     open(Qt::ControlModifier | Qt::ShiftModifier);
     click("extremes");

@@ -127,6 +127,29 @@ TEST_F(ViewerFiles, OpensImagesContainersAndRefusesWhatIsNone) {
     }
 }
 
+TEST_F(ViewerFiles, AsksBeforeWhatIsDrawnOnAFilesImageIsLost) {
+    write_image(ramp_image("other", 9, 7), folder / "other.imp");
+    get_images().add(ramp_image("field_P"));
+    VynFieldViewer& viewer = show("field_P");
+    const auto draw = [&viewer] {
+        viewer.findChild<QAction*>(QStringLiteral("region_invert"))->trigger();
+        EXPECT_TRUE(viewer.isWindowModified());
+    };
+    draw();
+    viewer.open_file(path(folder / "other.imp"));  // the list keeps the project's image
+    ASSERT_EQ(viewer.picture()->width(), 9);
+    draw();
+    QString text;
+    test::answer_box(QMessageBox::No, &text);
+    EXPECT_FALSE(viewer.close());
+    EXPECT_TRUE(text.contains(QStringLiteral("other.imp")));
+    test::answer_box(QMessageBox::No);
+    viewer.open_file(path(folder / "other.imp"));
+    EXPECT_TRUE(viewer.isWindowModified());
+    test::answer_box(QMessageBox::Yes);
+    EXPECT_TRUE(viewer.close());
+}
+
 TEST_F(ViewerFiles, ExportsWhatIsSeen) {
     get_images().add(ramp_image("field_P"));
     VynFieldViewer& viewer = show("field_P", false, QStringLiteral("Pressure Field"));

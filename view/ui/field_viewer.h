@@ -68,8 +68,8 @@ class VynFieldViewer : public QMainWindow {
     MouseMode mode() const;
     void set_mode(MouseMode mode);
 
-    /// Asks when markers or a mask drawn on an image of a file would be lost; those of the program's
-    /// list stay there. True when nothing is lost or the user does not mind.
+    /// Asks when markers or a mask drawn on an image of a file would be lost; those of the
+    /// program's list stay there. True when nothing is lost or the user does not mind.
     bool may_discard();
     /// Marks the title: the image does not stand for the present settings and inputs any more.
     void set_out_of_date(bool out_of_date, const QString& why);
