@@ -135,7 +135,7 @@ image read_stored_image(zip_t* archive, const std::string& name, const fs::path&
 }
 
 json read_header(zip_t* archive, const fs::path& file) {
-    const json header = json::parse(read_text(archive, "ims.json", file), nullptr, false);
+    json header = json::parse(read_text(archive, "ims.json", file), nullptr, false);
     if (!header.is_object() || !header.contains("format") ||
         !header["format"].is_number_integer() || !header.contains("images") ||
         !header["images"].is_array())

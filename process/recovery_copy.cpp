@@ -46,7 +46,7 @@ std::string project_of(const fs::path& copy) {
 
 }  // namespace
 
-RecoveryCopy::RecoveryCopy(fs::path folder) {
+RecoveryCopy::RecoveryCopy(const fs::path& folder) {
     std::error_code ignored;
     fs::create_directories(folder, ignored);
     // A process number that was used before may have left its copy: that one is not ours.
