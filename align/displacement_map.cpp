@@ -12,8 +12,8 @@
 #include "api/image_io.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
-#include "core/progress.h"
 #include "core/numbers.h"
+#include "core/progress.h"
 
 namespace vyn {
 
