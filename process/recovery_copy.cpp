@@ -46,7 +46,7 @@ std::string project_of(const fs::path& copy) {
 
 }  // namespace
 
-RecoveryCopy::RecoveryCopy(fs::path folder) {
+RecoveryCopy::RecoveryCopy(const fs::path& folder) {
     std::error_code ignored;
     fs::create_directories(folder, ignored);
     // A process number that was used before may have left its copy: that one is not ours.
@@ -65,10 +65,12 @@ void RecoveryCopy::keep(const std::string& project,
     std::error_code ignored;
     fs::remove_all(folder, ignored);
     if (!pictures.empty()) fs::create_directories(folder, ignored);
+    Progress silent;
     for (const auto& picture : pictures) {
         if (picture->has_unsaved_markers() && !picture->markers.markers.empty())
             write_marker_file(folder / (picture->name + ".mrk"), picture->markers);
-        if (picture->has_unsaved_mask()) write_mask(*picture, folder / (picture->name + ".png"));
+        if (picture->has_unsaved_mask())
+            write_mask(*picture, folder / (picture->name + ".png"), silent);
     }
     write_file(file_, project);
 }

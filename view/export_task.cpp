@@ -72,7 +72,7 @@ TaskOutcome ExportTask::run(TaskContext& context) {
         case ExportKind::image_file: {
             ImageWriteOptions options;
             options.provenance = settings;
-            write_image(*request_.picture, request_.file, options);
+            write_image(*request_.picture, request_.file, options, context);
             break;
         }
     }
