@@ -43,10 +43,7 @@ void report_failure(QWidget* parent, const QString& caption, const QString& text
 }
 
 void finish_editing(const QWidget& window) {
-    auto* line = qobject_cast<QLineEdit*>(window.focusWidget());
-    if (!line || !line->hasFocus()) return;
-    line->clearFocus();
-    line->setFocus();
+    if (auto* line = qobject_cast<QLineEdit*>(window.focusWidget())) Q_EMIT line->editingFinished();
 }
 
 std::string ask_open_file(QWidget* parent, const FileQuestion& question) {
