@@ -15,6 +15,7 @@
 #include "core/progress.h"
 #include "process/calibration_report.h"
 #include "process/chain.h"
+#include "process/experiment_type.h"
 #include "process/project_tasks.h"
 #include "process/run_report.h"
 
@@ -41,7 +42,7 @@ void require_done(TaskOutcome outcome, const std::string& failure) {
         throw std::runtime_error(failure.empty() ? "the computation failed" : failure);
 }
 
-/// Loads the project and computes its ratio image; null when the project has no raw images.
+/// Loads the project and computes its ratio image; takes that of a container without raw images.
 std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Runner& runner,
                                            const std::shared_ptr<RunReport>& report) {
     require_done(runner.run(job_of(std::make_unique<ReadProjectTask>(
@@ -53,7 +54,9 @@ std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Runn
         throw std::runtime_error(
             "the images could not be aligned" +
             std::string(report->warnings.empty() ? "" : ": " + report->warnings.back()));
-    return get_images().find(image_names::ratio);
+    auto ratio = get_images().find(image_names::ratio);
+    if (!ratio) throw std::runtime_error(missing_input(vyn_db(), get_images()));
+    return ratio;
 }
 
 InSituCalibration fit_ports(const CalibrateOptions& options, const image* ratio) {
@@ -75,7 +78,7 @@ void save_all(const CalibrateOptions& options, const CalibrationReport& calibrat
     nlohmann::json report =
         to_json(run, vyn_db(), get_images(), TaskOutcome::done, {}, runner.stages());
     report["calibration"] = to_json(calibration);
-    write_file(options.report, report.dump(2) + "\n");
+    write_file(options.report, json_text(report, 2) + "\n");
 }
 
 ExitStatus calibrate(const CalibrateOptions& options) {

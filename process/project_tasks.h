@@ -13,11 +13,17 @@
 
 namespace vyn {
 
+/// True for the name of a container (.ims), false for that of a project file (.xml).
+bool is_container(const std::filesystem::path& file);
+
 /// How a project is opened.
 struct ReadProject {
     enum class Geometry { leave_out, read };
     std::filesystem::path file;  ///< .xml or .ims
     Geometry geometry = Geometry::leave_out;
+    /// A container whose camera pictures, dark images and flat fields are taken where the settings
+    /// name the same files, since it may hold masks and markers that no file has; may be empty.
+    std::filesystem::path inputs{};
     /// Settings that replace those of the file before anything that they name is read.
     std::vector<std::pair<std::string, any>> settings;
 };
