@@ -26,6 +26,8 @@ class SharedPlane {
         return *this;
     }
     ~SharedPlane() {
+        // The analyser lets a std::optional destroy its content twice.
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
         if (block_ && block_->users.fetch_sub(1, std::memory_order_acq_rel) == 1) delete block_;
     }
 

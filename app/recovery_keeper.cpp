@@ -14,8 +14,8 @@ constexpr int period_ms = 3000;
 
 }  // namespace
 
-RecoveryKeeper::RecoveryKeeper(std::filesystem::path folder, QObject* parent)
-    : QObject(parent), copy_(std::move(folder)) {
+RecoveryKeeper::RecoveryKeeper(const std::filesystem::path& folder, QObject* parent)
+    : QObject(parent), copy_(folder) {
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &RecoveryKeeper::look);
     timer->start(period_ms);

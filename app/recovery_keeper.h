@@ -14,7 +14,7 @@ namespace vyn {
 class RecoveryKeeper : public QObject {
     Q_OBJECT
   public:
-    explicit RecoveryKeeper(std::filesystem::path folder, QObject* parent = nullptr);
+    explicit RecoveryKeeper(const std::filesystem::path& folder, QObject* parent = nullptr);
     ~RecoveryKeeper() override;
 
     /// Writes or removes the copy where that is due. Called by a timer.

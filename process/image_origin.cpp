@@ -67,7 +67,7 @@ ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std:
         const auto picture = images.find(name);
         if (!picture) continue;
         for (auto& [item, value] : origin_of(name))
-            origin[name + " > " + item] = std::move(value);
+            origin[std::string(name).append(" > ").append(item)] = std::move(value);
         if (sources.markers) origin["markers of " + name] = marker_digest(picture->markers);
         origin["mask of " + name] = mask_digest(picture);
     }

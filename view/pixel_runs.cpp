@@ -213,7 +213,8 @@ RowFlags threshold_flags(const image& picture, double low, double high) {
     return [&picture, low, high](int y, std::span<std::uint8_t> flags) {
         const float* const values = picture.values().row(y);
         for (std::size_t x = 0; x < flags.size(); ++x)
-            flags[x] = static_cast<int>(values[x] >= low) & static_cast<int>(values[x] <= high);
+            flags[x] = static_cast<std::uint8_t>(static_cast<int>(values[x] >= low) &
+                                                 static_cast<int>(values[x] <= high));
         return true;
     };
 }

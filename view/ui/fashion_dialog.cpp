@@ -29,7 +29,8 @@ QFashionDlg::QFashionDlg(const Fashion& fashion, QWidget* parent)
     layout->addWidget(make_buttons());
     set_limit_labels(tr("Paint min:"), tr("Paint max:"));
     QFashionDlg::show_fashion(fashion);
-    set_picture(nullptr, nullptr);
+    vector_group_->setEnabled(false);
+    QFashionDlg::show_values({});
 }
 
 QFashionDlg::~QFashionDlg() = default;
