@@ -13,6 +13,7 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/numbers.h"
+#include "core/progress.h"
 
 namespace vyn {
 
@@ -188,7 +189,8 @@ void DisplacementMap::write_field_file(const std::string& file_name) const {
         }
     picture.displacement = std::move(displacement);
     AtomicFile target(file_name, {source_unit, write_line});
-    format->write(picture, target.temporary(), {});
+    Progress silent;
+    format->write(picture, target.temporary(), {}, silent);
     target.commit();
 }
 

@@ -185,11 +185,19 @@ image read_image(const fs::path& file) {
     return read_image(file, silent);
 }
 
-void write_image(const image& picture, const fs::path& file, const ImageWriteOptions& options) {
+void write_image(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+                 Progress& progress) {
     picture.check_planes();
     const auto& format = format_of_extension(get_2dio(), file, &FormatInfo::can_write, unwritable);
     if (picture.values().empty()) fail(__LINE__, unwritable, file, "the image has no pixels");
-    writing(file, [&](const fs::path& temporary) { format.write(picture, temporary, options); });
+    writing(file, [&](const fs::path& temporary) {
+        format.write(picture, temporary, options, progress);
+    });
+}
+
+void write_image(const image& picture, const fs::path& file, const ImageWriteOptions& options) {
+    Progress silent;
+    write_image(picture, file, options, silent);
 }
 
 field_data<double> read_field(const fs::path& file, Progress& progress) {

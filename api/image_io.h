@@ -52,7 +52,7 @@ class ImageFormat {
     virtual image read(const std::filesystem::path& file, Progress& progress) const = 0;
     /// Writes to exactly this path; the caller makes the replacement atomic.
     virtual void write(const image& picture, const std::filesystem::path& file,
-                       const ImageWriteOptions& options) const = 0;
+                       const ImageWriteOptions& options, Progress& progress) const = 0;
 };
 
 /// A 3-D file format.
@@ -98,7 +98,7 @@ int register_plugins(const char* pattern);
 std::vector<std::filesystem::path> plugin_folders();
 
 /// What a plug-in exports under the name `vyn_plugin_2dio` or `vyn_plugin_3dio`.
-inline constexpr int plugin_interface_version = 1;
+inline constexpr int plugin_interface_version = 2;
 template <class Format>
 struct PluginEntry {
     int interface_version;
@@ -120,7 +120,9 @@ image read_image(const std::filesystem::path& file);
 
 /// Writes an image in the format that the file's extension names, in any letter case, replacing an
 /// old file atomically. Raises AlgoError or DimError for an image without matching values and mask,
-/// FileError otherwise.
+/// FileError otherwise; Aborted when told to stop, the old file being as it was.
+void write_image(const image& picture, const std::filesystem::path& file,
+                 const ImageWriteOptions& options, Progress& progress);
 void write_image(const image& picture, const std::filesystem::path& file,
                  const ImageWriteOptions& options = {});
 

@@ -16,10 +16,11 @@ constexpr int error_level = 2;
 constexpr int progress_level = 4;
 constexpr int digits = 9;
 
-/// Logs the line and makes the outcome of it.
-InSituOutcome failed(const char* warning, const std::string& line, const std::string& why = {}) {
+/// Logs the line and makes the outcome of it. `why` says more than the line, where that is known.
+InSituOutcome failed(const char* warning, const std::string& line, const std::string& why,
+                     const std::string& advice) {
     get_log().write(error_level, line);
-    return {std::nullopt, warning, why.empty() ? line : line + " (" + why + ")"};
+    return {std::nullopt, warning, (why.empty() ? line : why) + ". " + advice + "."};
 }
 
 /// The result of reading, a file that cannot be opened included.
@@ -32,7 +33,7 @@ MarkerFileResult read_ports(const std::string& file, MarkerSet& ports, int image
 }
 
 std::string list_of(const std::vector<std::string>& left_out) {
-    constexpr std::size_t most_told = 5;
+    constexpr std::size_t most_told = 3;
     std::string text;
     for (std::size_t i = 0; i < std::min(left_out.size(), most_told); ++i)
         text += (i > 0 ? "; " : "") + left_out[i];
@@ -64,9 +65,12 @@ void log_result(const InSituFit& fit, const std::vector<CalibrationPoint>& point
 InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& options) {
     const std::vector<CalibrationPoint>& points = samples.points;
     if (points.empty())
-        return failed("No data points, can't calculate calibration!",
-                      "Calibration:No data points, can't calculate calibration!",
-                      list_of(samples.left_out));
+        return failed(
+            "No data points, can't calculate calibration!",
+            "Calibration:No data points, can't calculate calibration!", list_of(samples.left_out),
+            options.side < 1 ? "Average over an area of 1 pixel at least"
+                             : "Look at the ports on the ratio image: each must be active, have a "
+                               "pressure and lie on valid pixels");
     const int terms =
         static_cast<int>(std::min(static_cast<std::size_t>(options.terms), points.size()));
     get_log().write(progress_level, "Calibration using:" + std::to_string(points.size()) +
@@ -76,8 +80,9 @@ InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& option
     if (!fit)
         return failed("Can't calculate calibration!",
                       "Calibration: can't find solution Gauss approximation!",
-                      "the ports have fewer different ratios than the law has terms, " +
-                          std::to_string(terms));
+                      "The ports have fewer different ratios than the law has terms, " +
+                          std::to_string(terms),
+                      "Take fewer terms, or ports at other pressures");
     log_result(*fit, points);
     paintFeatures paint = record_of(*fit, options.pressure_unit);
     return {InSituCalibration{std::move(samples), std::move(*fit), std::move(paint)}, {}, {}};
@@ -88,20 +93,24 @@ InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio
     const gauss_approximation refuses_other_terms(options.terms);
     std::error_code ignored;
     if (!std::filesystem::exists(port_file, ignored))
-        return failed("Error Reading Markers", "Calibration file doesn't exists:" + port_file);
+        return failed("Error Reading Markers", "Calibration file doesn't exists:" + port_file, {},
+                      "Choose the marker file of the pressure ports");
     MarkerSet ports;
     const MarkerFileResult read = read_ports(port_file, ports, ratio ? ratio->height() : 0);
     if (!read && read.outcome != MarkerFileOutcome::no_markers)
         return failed("Error Reading Markers", "Calibration file can't be read:" + port_file,
-                      read.detail);
+                      read.detail, "Save the ports anew as a marker file (mrk)");
     if (ports.markers.empty())
         return failed("Markers file empty",
-                      "Calibration file doesn't have any markers:" + port_file);
+                      "Calibration file doesn't have any markers:" + port_file, {},
+                      "Mark the ports on the ratio image and save them with their pressures");
     if (!ports.hasF)
         return failed("Markers file doesn't have pressure information",
                       "Calibration file doesn't have Pressure information:" + port_file,
-                      read.detail);
-    if (!ratio) return failed("I/Iref image doesn't exists", "Calibration I/Iref doesn't exists");
+                      read.detail, "Give each port its pressure as function value and save as mrk");
+    if (!ratio)
+        return failed("I/Iref image doesn't exists", "Calibration I/Iref doesn't exists", {},
+                      "Calculate I/Iref first");
 
     get_log().write(progress_level,
                     "Calibration pressure ports:" + std::to_string(ports.markers.size()));

@@ -25,7 +25,7 @@ struct InSituCalibration {
 struct InSituOutcome {
     std::optional<InSituCalibration> calibration;
     std::string warning;  ///< for the user, when there is no calibration
-    std::string reason;   ///< what it refers to: the line that the log got, and more where known
+    std::string reason;   ///< why not and what to do about it, for the user
 };
 
 /// Fits the paint's law to the pressures measured at ports on the model: reads the port file,

@@ -42,6 +42,15 @@ std::optional<double> mean_around(const image& ratio, const Marker& port, int si
     return sum / static_cast<double>(count);
 }
 
+/// Why the port has no mean.
+std::string no_mean(const image& ratio, const Marker& port, int side) {
+    const bool inside = !covered(port.x, side, ratio.width()).empty() &&
+                        !covered(port.y, side, ratio.height()).empty();
+    if (inside || side == 0) return ": no valid pixel there";
+    return ": outside the image of " + std::to_string(ratio.width()) + " x " +
+           std::to_string(ratio.height()) + " pixels";
+}
+
 std::string label(const Marker& port) {
     return "port " + std::to_string(port.id) + " at (" + format_general(port.x, 6) + ", " +
            format_general(port.y, 6) + ")";
@@ -69,7 +78,7 @@ PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side) {
         if (!port.active) continue;
         const std::optional<double> mean = mean_around(ratio, port, side);
         if (!mean)
-            samples.left_out.push_back(label(port) + ": no valid pixel there");
+            samples.left_out.push_back(label(port) + no_mean(ratio, port, side));
         else if (!std::isfinite(*mean))
             samples.left_out.push_back(label(port) + ": the value there is no finite number");
         else if (!std::isfinite(port.f))

@@ -92,8 +92,8 @@ ExitStatus calibrate(const CalibrateOptions& options) {
     Runner runner;
     const auto run = std::make_shared<RunReport>();
     const auto ratio = compute_ratio(options, runner, run);
-    const CalibrationReport calibration =
-        report_calibration(vyn_db(), options.ports, options.law, fit_ports(options, ratio.get()));
+    const CalibrationReport calibration = report_calibration(
+        vyn_db(), get_images(), options.ports, options.law, fit_ports(options, ratio.get()));
     save_all(options, calibration, *run, runner);
     print(to_text(calibration));
     return ExitStatus::done;

@@ -32,8 +32,7 @@ ExitStatus convert(const ConvertOptions& options) {
     if (options.scale) write_options.scale = ImageWriteOptions::Scale::stretch;
     write_options.provenance =
         provenance.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    throw_if_aborted(progress);
-    write_image(picture, options.target, write_options);
+    write_image(picture, options.target, write_options, progress);
     return ExitStatus::done;
 }
 

@@ -49,8 +49,7 @@ ExitStatus filter_file(FilterCommand command) {
     const image result = filtered(read_image(command.source, progress), command.filter, progress);
     ImageWriteOptions write_options;
     write_options.provenance = provenance_of(command);
-    throw_if_aborted(progress);
-    write_image(result, command.target, write_options);
+    write_image(result, command.target, write_options, progress);
     return ExitStatus::done;
 }
 

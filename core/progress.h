@@ -20,6 +20,15 @@ inline void throw_if_aborted(const Progress& progress) {
     if (progress.aborted()) throw Aborted{};
 }
 
+/// For loops over the rows of a file: tells and asks now and then, at the start of row `row` of
+/// `rows`. Throws Aborted.
+inline void report_row(Progress& progress, int row, int rows) {
+    constexpr int rows_per_report = 64;
+    if (row % rows_per_report != 0) return;
+    throw_if_aborted(progress);
+    progress.fraction(static_cast<double>(row) / rows);
+}
+
 /// A part of a larger progress: its 0..1 becomes begin..end of the whole.
 class SubProgress final : public Progress {
   public:

@@ -10,7 +10,9 @@
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "process/digest.h"
+#include "process/experiment_type.h"
 #include "process/field_quantity.h"
+#include "process/law_conditions.h"
 
 namespace vyn {
 
@@ -50,6 +52,9 @@ double largest_shift(const CalibrationReport& report) {
 /// What the wind-off ratio of a law with these terms means for the field.
 std::string wind_off_remark(const CalibrationReport& report) {
     const std::string key(keys::convert_wind_off_ratio.path);
+    if (!report.wind_off)
+        return "There are no wind-off pictures: the field is computed with fa = 1, which is right "
+               "for a law fitted to the ratio itself";
     if (report.rule == WindOffRule::unity)
         return key +
                " is \"unity\": the field is computed with fa = 1, which is right for a law "
@@ -96,6 +101,13 @@ std::vector<std::string> remarks_of(const CalibrationReport& report) {
         remarks.emplace_back(
             "There are as many terms as ports: the law runs through every port, and nothing can be "
             "said of its error");
+    for (const CalibrationPoint& port : calibration.samples.points) {
+        if (port.pressure > 0) continue;
+        remarks.push_back("The pressure of port " + std::to_string(port.number) + " is " +
+                          number(port.pressure) +
+                          ": the law needs absolute pressures, not differences from a reference");
+        break;
+    }
     if (terms == 1)
         remarks.emplace_back("A law of one term is a constant: the field has one pressure only");
     if (const std::string remark = unit_remark(report); !remark.empty()) remarks.push_back(remark);
@@ -156,13 +168,15 @@ json covariance_json(const InSituFit& fit) {
 
 }  // namespace
 
-CalibrationReport report_calibration(dataSetInterface& data, std::string port_file,
-                                     const InSituOptions& options, InSituCalibration calibration) {
+CalibrationReport report_calibration(dataSetInterface& data, const imagesList& images,
+                                     std::string port_file, const InSituOptions& options,
+                                     InSituCalibration calibration) {
     CalibrationReport report;
     report.port_file = std::move(port_file);
     report.options = options;
     report.calibration = std::move(calibration);
-    report.rule = wind_off_rule(read(data, keys::convert_wind_off_ratio));
+    report.wind_off = uses_wind_off(data, images);
+    report.rule = wind_off_rule(data, images);
     flowFeatures flow;
     read(data, std::string(keys::flow), flow);
     report.conversion = prepare_conversion(FieldQuantity::pressure, report.calibration.paint, flow);

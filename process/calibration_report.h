@@ -5,6 +5,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "api/image_list.h"
 #include "calib/in_situ_calibration.h"
 #include "calib/paint_law.h"
 #include "core/data_set.h"
@@ -16,14 +17,16 @@ struct CalibrationReport {
     std::string port_file;
     InSituOptions options;  ///< as asked for
     InSituCalibration calibration;
-    WindOffRule rule = WindOffRule::law;  ///< of the project
+    bool wind_off = true;                 ///< the ratio has wind-off pictures
+    WindOffRule rule = WindOffRule::law;  ///< of the point
     PreparedConversion conversion;        ///< of pressure by the new law, fa found by the law
     std::vector<std::string> remarks;     ///< for the user, one sentence each
 };
 
 /// Puts the new law to the test conditions of the project, as the field computation would.
-CalibrationReport report_calibration(dataSetInterface& data, std::string port_file,
-                                     const InSituOptions& options, InSituCalibration calibration);
+CalibrationReport report_calibration(dataSetInterface& data, const imagesList& images,
+                                     std::string port_file, const InSituOptions& options,
+                                     InSituCalibration calibration);
 
 /// As a table for reading.
 std::string to_text(const CalibrationReport& report);

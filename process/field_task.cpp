@@ -16,11 +16,6 @@ std::string general(double value) {
     return format_general(value, 6);
 }
 
-WindOffRule rule_of(dataSetInterface& data, const imagesList& images) {
-    return uses_wind_off(data, images) ? wind_off_rule(read(data, keys::convert_wind_off_ratio))
-                                       : WindOffRule::unity;
-}
-
 PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity, WindOffRule rule) {
     paintFeatures paint;
     flowFeatures flow;
@@ -41,7 +36,7 @@ TaskOutcome FieldTask::run(TaskContext& context) {
     FieldConversion conversion;
     conversion.quantity = field_quantity(read(data, keys::convert_field));
     if (conversion.quantity != FieldQuantity::ratio) {
-        const WindOffRule rule = rule_of(data, images);
+        const WindOffRule rule = wind_off_rule(data, images);
         const PreparedConversion prepared = prepare(data, conversion.quantity, rule);
         conversion = prepared.conversion;
         if (prepared.message) {
@@ -68,6 +63,7 @@ TaskOutcome FieldTask::run(TaskContext& context) {
     image field = convert_field(*ratio, conversion, context);
     field.name = field_;
     warn_if_empty(*report_, field);
+    report_->field = true;
     field.file_name = read(data, keys::pressure_file);
     images.add(std::move(field));
     return TaskOutcome::done;

@@ -136,7 +136,7 @@ image read_stored_image(zip_t* archive, const std::string& name, const fs::path&
 }
 
 json read_header(zip_t* archive, const fs::path& file) {
-    const json header = json::parse(read_text(archive, "ims.json", file), nullptr, false);
+    json header = json::parse(read_text(archive, "ims.json", file), nullptr, false);
     if (!header.is_object() || !header.contains("format") ||
         !header["format"].is_number_integer() || !header.contains("images") ||
         !header["images"].is_array())
@@ -221,18 +221,19 @@ void write_ims_strings(const fs::path& file, const imagesList& images, Progress&
 
     const ScratchFolder scratch;
     const auto all = images.all();
+    const auto count = static_cast<double>(all.size());
     json entries = json::array();
     for (std::size_t i = 0; i < all.size(); ++i) {
-        throw_if_aborted(progress);
         const image& picture = *all[i];
         const std::string entry = "images/" + std::to_string(i) + ".imp";
-        write_image(picture, scratch / (std::to_string(i) + ".imp"));
+        const auto images_done = static_cast<double>(i);
+        SubProgress part(progress, 0.5 * images_done / count, 0.5 * (images_done + 1) / count);
+        write_image(picture, scratch / (std::to_string(i) + ".imp"), {}, part);
         entries.push_back({{"entry", entry},
                            {"name", picture.name},
                            {"file", picture.file_name},
                            {"sha256", picture.file_sha256},
                            {"origin", picture.origin}});
-        progress.fraction(0.5 * static_cast<double>(i + 1) / static_cast<double>(all.size()));
     }
     const std::string header = json_text({{"format", container_format},
                                           {"version", get_ims().version},

@@ -1,5 +1,7 @@
 #include "process/input_remarks.h"
 
+#include <algorithm>
+
 #include "calib/paint.h"
 #include "core/keys.h"
 #include "process/law_conditions.h"
@@ -36,8 +38,15 @@ void picture_remarks(dataSetInterface& data, const imagesList& images, Experimen
 }
 
 /// The numbers as they enter the law, in one sentence, and what is to be feared of them.
-void law_remarks(dataSetInterface& data, std::vector<std::string>& remarks) {
-    LawConditions conditions = law_conditions(data);
+/// Laws fitted to ports know one temperature only.
+bool depends_on_temperature(const paintFeatures& paint) {
+    return std::ranges::any_of(paint.gamma,
+                               [](const auto& row) { return row[1] != 0 || row[2] != 0; });
+}
+
+void law_remarks(dataSetInterface& data, const imagesList& images,
+                 std::vector<std::string>& remarks) {
+    LawConditions conditions = law_conditions(data, images);
     if (conditions.lines.empty()) return;  // the field is the ratio: it needs no law
     paintFeatures paint;
     read(data, std::string(keys::sens_paint), paint);
@@ -50,6 +59,12 @@ void law_remarks(dataSetInterface& data, std::vector<std::string>& remarks) {
         law += (law.empty() ? "" : ", ") + line.name + ' ' +
                (line.in_law.empty() ? line.entered : line.in_law);
     remarks.push_back("What enters the law: " + law + '.');
+    if (uses_wind_off(data, images) && wind_off_rule(data, images) == WindOffRule::unity &&
+        depends_on_temperature(paint))
+        remarks.push_back(std::string(keys::convert_wind_off_ratio.path) +
+                          " is \"unity\", as for a law fitted to pressure ports, but the paint's "
+                          "law depends on temperature, as those of a laboratory do: for such a one "
+                          "set it to \"law\".");
     for (std::string& remark : conditions.remarks)
         remarks.push_back(std::move(remark));
 }
@@ -61,7 +76,7 @@ std::vector<std::string> input_remarks(dataSetInterface& data, const imagesList&
     const ExperimentType type = experiment_type(data);
     if (type == ExperimentType::s3f) return {not_evaluated_text};
     picture_remarks(data, images, type, remarks);
-    law_remarks(data, remarks);
+    law_remarks(data, images, remarks);
     return remarks;
 }
 

@@ -7,6 +7,7 @@
 #include "calib/units.h"
 #include "core/keys.h"
 #include "core/numbers.h"
+#include "process/experiment_type.h"
 #include "process/field_quantity.h"
 
 namespace vyn {
@@ -115,6 +116,11 @@ std::vector<LawConditions::Line> lines_of(const flowFeatures& entered,
 
 }  // namespace
 
+WindOffRule wind_off_rule(dataSetInterface& data, const imagesList& images) {
+    return uses_wind_off(data, images) ? wind_off_rule(read(data, keys::convert_wind_off_ratio))
+                                       : WindOffRule::unity;
+}
+
 std::vector<std::string> condition_warnings(const PreparedConversion& prepared, WindOffRule rule) {
     std::vector<std::string> warnings;
     const flowFeatures& flow = prepared.flow_in_paint_units;
@@ -135,12 +141,12 @@ std::vector<std::string> condition_warnings(const PreparedConversion& prepared, 
     return warnings;
 }
 
-LawConditions law_conditions(dataSetInterface& data) {
+LawConditions law_conditions(dataSetInterface& data, const imagesList& images) {
     const UnitMessagesOff preview;
     const FieldQuantity quantity = field_quantity(read(data, keys::convert_field));
     if (quantity == FieldQuantity::ratio)
         return {{}, {"The field is the ratio itself: paint and test conditions have no effect"}};
-    const WindOffRule rule = wind_off_rule(read(data, keys::convert_wind_off_ratio));
+    const WindOffRule rule = wind_off_rule(data, images);
     paintFeatures paint;
     flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);

@@ -3,10 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "api/image_list.h"
 #include "calib/paint_law.h"
 #include "core/data_set.h"
 
 namespace vyn {
+
+/// How the point finds fa: as the project says, but 1 where there are no wind-off pictures.
+WindOffRule wind_off_rule(dataSetInterface& data, const imagesList& images);
 
 /// Conditions under which the law's answer cannot be trusted: no wind-off pressure, temperatures
 /// outside the paint's range.
@@ -25,6 +29,6 @@ struct LawConditions {
 };
 
 /// Of the settings as they are in the data set; reports nothing to the log.
-LawConditions law_conditions(dataSetInterface& data);
+LawConditions law_conditions(dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

@@ -5,7 +5,7 @@
 
 namespace vyn {
 
-void write_mask(const image& picture, const std::filesystem::path& file) {
+void write_mask(const image& picture, const std::filesystem::path& file, Progress& progress) {
     image mask(picture.width(), picture.height());
     mask.name = "mask of " + picture.name;
     for (int y = 0; y < mask.height(); ++y) {
@@ -16,12 +16,12 @@ void write_mask(const image& picture, const std::filesystem::path& file) {
     }
     ImageWriteOptions options;
     options.depth = ImageWriteOptions::Depth::eight_bit;
-    write_image(mask, file, options);
+    write_image(mask, file, options, progress);
 }
 
 TaskOutcome SaveMaskTask::run(TaskContext& context) {
     context.status("Writing " + file_.string());
-    write_mask(*picture_, file_);
+    write_mask(*picture_, file_, context);
     if (raw_ && read(vyn_db(), raw_->mask_file) != file_.string())
         write(vyn_db(), raw_->mask_file, file_.string());
     note_file_saved(vyn_db(), get_images(), picture_->name, InputFile::Role::mask);

@@ -7,10 +7,12 @@
 #include "calib/port_sampling.h"
 #include "core/errors.h"
 #include "core/keys.h"
+#include "core/numbers.h"
 #include "process/experiment_type.h"
 #include "process/field_quantity.h"
 #include "process/page_rows.h"
 #include "process/raw_images.h"
+#include "process/result_state.h"
 
 namespace vyn {
 
@@ -123,6 +125,60 @@ PortComparison compare_ports(const image& field, const MarkerSet& ports, FieldQu
     return result;
 }
 
+/// What the field's age says of it.
+void state_remark(dataSetInterface& data, const imagesList& images,
+                  std::vector<std::string>& remarks) {
+    const ImageState state = ImageStates(data, images).of(names::field);
+    if (state.kind == ImageState::Kind::out_of_date)
+        remarks.push_back("The field is out of date: " + state.reason + ". Calculate it again");
+}
+
+void saturation_remarks(const std::vector<StageCheck>& stages, std::vector<std::string>& remarks) {
+    for (const StageCheck& stage : stages)
+        if (const std::int64_t count = stage.values.saturated; count > 0)
+            remarks.push_back(stage.label + ": " + std::to_string(count) +
+                              (count == 1 ? " pixel is" : " pixels are") + " saturated");
+}
+
+/// The field beside the pressures that the paint's calibration holds for.
+void range_remark(const image& field, const PreparedConversion& prepared,
+                  std::vector<std::string>& remarks) {
+    constexpr double told_share = 0.01;  // less comes from edges and dots
+    const paintFeatures& paint = prepared.paint;
+    if (!(paint.minimal_pressure < paint.maximal_pressure)) return;
+    const auto in_field = [&](double pressure) {
+        const FieldConversion& conversion = prepared.conversion;
+        switch (conversion.quantity) {
+            case FieldQuantity::p_over_static:
+                return pressure / conversion.static_pressure;
+            case FieldQuantity::cp:
+                return (pressure - conversion.static_pressure) / conversion.dynamic_pressure;
+            case FieldQuantity::pressure:
+            case FieldQuantity::ratio:
+                break;
+        }
+        return pressure * conversion.unit_factor;
+    };
+    const double low = in_field(paint.minimal_pressure);
+    const double high = in_field(paint.maximal_pressure);
+    std::int64_t valid = 0;
+    std::int64_t outside = 0;
+    for (int y = 0; y < field.height(); ++y)
+        for (int x = 0; x < field.width(); ++x) {
+            if (field.mask()(x, y) != 0) continue;
+            ++valid;
+            const auto value = static_cast<double>(field.values()(x, y));
+            outside += value < low || value > high;
+        }
+    const double share =
+        static_cast<double>(outside) / static_cast<double>(std::max<std::int64_t>(valid, 1));
+    if (share > told_share)
+        remarks.push_back(format_general(100 * share, 3) + " % of the field lies outside " +
+                          format_general(low, 6) + " to " + format_general(high, 6) +
+                          ", for which the paint is calibrated: look for exchanged pictures, wrong "
+                          "test conditions or a wrong paint");
+}
+
 }  // namespace
 
 MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images) {
@@ -160,7 +216,11 @@ PointCheck check_point(const RunReport& report, dataSetInterface& data, const im
     if (field && ports.hasF && quantity != FieldQuantity::ratio)
         check.ports = compare_ports(*field, ports, quantity, flow);
     check.conversion = report.conversion;
-    check.warnings = report.warnings;
+    check.computed = report.field || !field;
+    state_remark(data, images, check.warnings);
+    saturation_remarks(check.stages, check.warnings);
+    if (field && report.conversion) range_remark(*field, *report.conversion, check.warnings);
+    check.warnings.insert(check.warnings.end(), report.warnings.begin(), report.warnings.end());
     return check;
 }
 

@@ -48,6 +48,7 @@ struct PointCheck {
     std::string title;       ///< project, test and point as far as the project names them
     std::string experiment;  ///< type of experiment, in words
     std::string quantity;    ///< of the field, with its unit
+    bool computed = true;    ///< the field comes from the run that the report is of
     std::optional<bool> aligned;
     std::vector<AlignmentCheck> alignments;
     std::optional<MapConsistency> consistency;

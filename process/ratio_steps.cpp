@@ -1,5 +1,7 @@
 #include "process/ratio_steps.h"
 
+#include <algorithm>
+
 #include "api/thinning.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -43,6 +45,25 @@ void warn_of_correlation(dataSetInterface& data, RunReport& report) {
         warn(report, "Alignment by cross-correlation: not available, left out");
 }
 
+namespace {
+
+/// As with the marker file of another camera's picture.
+void warn_of_markers_outside(const image& picture, RunReport& report) {
+    const std::vector<Marker>& markers = picture.markers.markers;
+    const auto outside = std::ranges::count_if(markers, [&](const Marker& marker) {
+        return marker.active && !(marker.x >= 0 && marker.x < picture.width() && marker.y >= 0 &&
+                                  marker.y < picture.height());
+    });
+    if (outside == 0) return;
+    const std::string text = picture.name + ": " + std::to_string(outside) + " of " +
+                             std::to_string(markers.size()) +
+                             " markers lie outside the image; look at its marker file";
+    // Wind-off pictures take part in two alignments.
+    if (std::ranges::find(report.warnings, text) == report.warnings.end()) warn(report, text);
+}
+
+}  // namespace
+
 std::optional<MarkerMatch> match_images(const image& reference, const image& moved,
                                         const MarkerMatchOptions& options, RunReport& report) {
     for (const image* picture : {&reference, &moved}) {
@@ -51,6 +72,8 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
                          std::string(keys::markers_enable.path));
         return std::nullopt;
     }
+    for (const image* picture : {&reference, &moved})
+        warn_of_markers_outside(*picture, report);
     MarkerMatch match = match_markers(reference.markers, moved.markers, options);
     for (const std::string& note : match.notes)
         warn(report, note);

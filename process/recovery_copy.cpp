@@ -53,7 +53,7 @@ std::string project_of(const fs::path& copy) {
 
 }  // namespace
 
-RecoveryCopy::RecoveryCopy(fs::path folder) {
+RecoveryCopy::RecoveryCopy(const fs::path& folder) {
     std::error_code ignored;
     fs::create_directories(folder, ignored);
     // A process number that was used before may have left its copy: that one is not ours.
@@ -72,12 +72,14 @@ void RecoveryCopy::keep(const std::string& project,
     const fs::path fresh = new_pictures_of(file_);
     std::error_code ignored;
     fs::remove_all(fresh, ignored);
+    Progress silent;
     for (const auto& picture : pictures) {
         if (!input_of_image(picture->name)) continue;
         fs::create_directories(fresh, ignored);
         if (picture->has_unsaved_markers() && !picture->markers.markers.empty())
             write_marker_file(fresh / (picture->name + ".mrk"), picture->markers);
-        if (picture->has_unsaved_mask()) write_mask(*picture, fresh / (picture->name + ".png"));
+        if (picture->has_unsaved_mask())
+            write_mask(*picture, fresh / (picture->name + ".png"), silent);
     }
     fs::remove_all(pictures_of(file_), ignored);
     if (fs::exists(fresh, ignored)) fs::rename(fresh, pictures_of(file_), ignored);

@@ -16,7 +16,7 @@ namespace vyn {
 /// the folder, and holds a lock beside it.
 class RecoveryCopy {
   public:
-    explicit RecoveryCopy(std::filesystem::path folder);
+    explicit RecoveryCopy(const std::filesystem::path& folder);
     RecoveryCopy(const RecoveryCopy&) = delete;
     RecoveryCopy& operator=(const RecoveryCopy&) = delete;
 

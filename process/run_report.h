@@ -29,6 +29,7 @@ struct RunReport {
     std::optional<MarkerMatch> alignment;      ///< of the markers, when pairing was reached
     std::optional<ChannelAlignment> channels;  ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
+    bool field = false;                 ///< the present field was computed
     std::vector<std::string> warnings;  ///< for the user: what may make the result wrong
 };
 

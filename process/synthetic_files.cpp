@@ -187,9 +187,10 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
     options.provenance = provenance_of(point);
     double done = 0;
     for (const auto& [name, picture] : pictures) {
-        throw_if_aborted(progress);
-        write_image(*picture, folder / name, options);
-        progress.fraction(++done / static_cast<double>(pictures.size()));
+        const auto count = static_cast<double>(pictures.size());
+        SubProgress part(progress, done / count, (done + 1) / count);
+        write_image(*picture, folder / name, options, part);
+        ++done;
     }
     put_markers(folder / truth_marker_file, point.truth_markers);
     put_markers(folder / port_file, point.ports);

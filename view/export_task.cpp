@@ -73,7 +73,7 @@ TaskOutcome ExportTask::run(TaskContext& context) {
         case ExportKind::image_file: {
             ImageWriteOptions options;
             options.provenance = settings;
-            write_image(*request_.picture, request_.file, options);
+            write_image(*request_.picture, request_.file, options, context);
             if (lower_extension(request_.file) == field_extension)
                 note_written(get_images(), request_.picture);
             break;

@@ -83,6 +83,9 @@ std::string list(const std::vector<std::string>& items) {
 }
 
 std::string verdict(const PointCheck& check) {
+    if (!check.aligned && !check.computed)
+        return "How the pictures were aligned is not known: the field does not come from a run of "
+               "this session.";
     if (!check.aligned) return "The pictures were not aligned.";
     return *check.aligned ? "The pictures are aligned."
                           : "The pictures could not be aligned; the result is not to be trusted.";

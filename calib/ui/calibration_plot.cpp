@@ -1,15 +1,17 @@
 #include "calib/ui/calibration_plot.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QPolygonF>
 #include <QToolTip>
 
 #include <qwt_legend.h>
 #include <qwt_plot_curve.h>
 #include <qwt_plot_intervalcurve.h>
-#include <qwt_plot_marker.h>
+#include <qwt_scale_map.h>
 #include <qwt_symbol.h>
 
+#include "calib/ui/label_places.h"
 #include "view/ui/plot_style.h"
 
 namespace vyn {
@@ -18,6 +20,7 @@ namespace {
 
 constexpr double reach = 9;  // of the pointer, pixels
 constexpr int symbol_side = 9;
+constexpr std::size_t most_numbers = 250;  // more would only blacken the plot
 constexpr QRgb data_colour = 0xff1e88e5;
 constexpr QRgb fit_colour = 0xffe53935;
 constexpr double band_errors = 2;
@@ -55,17 +58,55 @@ void add_symbols(QwtPlot& plot, const QString& title, const QVector<QPointF>& po
     curve->attach(&plot);
 }
 
-void add_number(QwtPlot& plot, const CalibrationPoint& point) {
-    auto* label = new QwtPlotMarker;
-    QwtText text(QString::number(point.number));
-    text.setColor(plot.palette().color(QPalette::Text));
-    label->setLabel(text);
-    label->setLabelAlignment(Qt::AlignRight | Qt::AlignTop);
-    label->setSpacing(4);
-    label->setValue(point.ratio, point.pressure);
-    label->setZ(40);
-    label->attach(&plot);
-}
+/// The ports' numbers, placed anew whenever the plot is drawn.
+class PortNumbers : public QwtPlotItem {
+  public:
+    explicit PortNumbers(const std::vector<CalibrationPoint>& points) : points_(points) {
+        setZ(40);
+    }
+    int rtti() const override { return Rtti_PlotUserItem; }
+
+    void draw(QPainter* painter, const QwtScaleMap& x, const QwtScaleMap& y,
+              const QRectF& canvas) const override {
+        if (points_.size() > most_numbers) return;
+        const QFontMetricsF metrics(painter->font());
+        QVector<QPointF> places;
+        QStringList texts;
+        QVector<QSizeF> sizes;
+        for (const CalibrationPoint& point : points_) {
+            places.append({x.transform(point.ratio), y.transform(point.pressure)});
+            texts.append(QString::number(point.number));
+            sizes.append({metrics.horizontalAdvance(texts.last()), metrics.height()});
+        }
+        const QVector<QRectF> labels =
+            place_labels(places, sizes, {canvas, symbol_side + 2, curve_places(x, y)});
+        const QColor colour = plot()->palette().color(QPalette::Text);
+        QColor faint = colour;
+        faint.setAlphaF(0.4);
+        painter->setRenderHint(QPainter::Antialiasing);
+        for (int i = 0; i < labels.size(); ++i) {
+            painter->setPen(faint);
+            painter->drawLine(label_link(labels[i], places[i], symbol_side));
+            painter->setPen(colour);
+            painter->drawText(labels[i], Qt::AlignCenter, texts[i]);
+        }
+    }
+
+  private:
+    QVector<QPointF> curve_places(const QwtScaleMap& x, const QwtScaleMap& y) const {
+        QVector<QPointF> places;
+        for (const QwtPlotItem* item : plot()->itemList(Rtti_PlotCurve)) {
+            if (item->title().text() != fit_title()) continue;
+            const auto& curve = static_cast<const QwtPlotCurve&>(*item);
+            for (std::size_t i = 0; i < curve.dataSize(); ++i)
+                places.append({x.transform(curve.sample(static_cast<int>(i)).x()),
+                               y.transform(curve.sample(static_cast<int>(i)).y())});
+        }
+        return places;
+    }
+
+    const std::vector<CalibrationPoint>& points_;
+};
 
 }  // namespace
 
@@ -76,20 +117,19 @@ CalibrationPlot::CalibrationPlot(QWidget* parent) : QwtPlot(parent) {
     insertLegend(new QwtLegend, QwtPlot::BottomLegend);
     canvas()->setMouseTracking(true);
     canvas()->installEventFilter(this);
+    (new PortNumbers(points_))->attach(this);
 }
 
 void CalibrationPlot::show_points(const std::vector<CalibrationPoint>& points,
                                   const std::vector<bool>& used, const QStringList& hints) {
     points_ = points;
     hints_ = hints;
-    detachItems(QwtPlotItem::Rtti_PlotMarker);
     remove_item(*this, data_title());
     remove_item(*this, out_title());
     QVector<QPointF> in;
     QVector<QPointF> out;
     for (std::size_t i = 0; i < points.size(); ++i) {
         (used[i] ? in : out).append({points[i].ratio, points[i].pressure});
-        add_number(*this, points[i]);
     }
     add_symbols(*this, data_title(), in, QwtSymbol::Ellipse, QColor(data_colour));
     give_margins(*this, QPolygonF(in + out).boundingRect());

@@ -8,6 +8,7 @@
 #include <QTextEdit>
 #include <cmath>
 
+#include "api/image_list.h"
 #include "calib/ui/calibration_plot.h"
 #include "calib/ui/port_table.h"
 #include "calib/ui/residual_plot.h"
@@ -114,7 +115,7 @@ VynCalResults::VynCalResults(dataSetInterface& settings, QWidget* parent)
     connect(parts_->table, &PortTable::port_toggled, this, &VynCalResults::toggle);
     parts_->unity_box->setObjectName(QStringLiteral("unity"));
     parts_->unity_box->setToolTip(tr("Right for a law that is fitted to the ratio of this image"));
-    parts_->unity_box->setChecked(read(settings, keys::convert_wind_off_ratio) == unity);
+    parts_->unity_box->setChecked(true);
     connect(parts_->unity_box, &QCheckBox::toggled, this, &VynCalResults::show_meaning);
 }
 
@@ -224,8 +225,9 @@ void VynCalResults::show_meaning() {
     simpleNamedDataSet wanted;
     copy_content(parts_->settings, wanted);
     write(wanted, keys::convert_wind_off_ratio, wind_off_ratio());
-    const CalibrationReport report = report_calibration(
-        wanted, parts_->port_file, parts_->selection->options(), parts_->selection->calibration());
+    const CalibrationReport report =
+        report_calibration(wanted, get_images(), parts_->port_file, parts_->selection->options(),
+                           parts_->selection->calibration());
     const auto escaped = [](const std::string& text) {
         return QString::fromStdString(text).toHtmlEscaped();
     };

@@ -53,7 +53,7 @@ QSize ConditionsPanel::minimumSizeHint() const {
 }
 
 void ConditionsPanel::show_conditions(dataSetInterface& settings) {
-    setHtml(html_of(law_conditions(settings)));
+    setHtml(html_of(law_conditions(settings, get_images())));
 }
 
 void ConditionsPanel::follow(dataSetInterface& settings, const SettingForm& form) {

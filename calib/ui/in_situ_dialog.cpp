@@ -2,6 +2,7 @@
 
 #include <QBoxLayout>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -43,6 +44,17 @@ QToolButton* choose_button(const char* name, const QString& tip) {
     return button;
 }
 
+/// What the user had entered when he left the dialog without a result: nothing goes to the project,
+/// but opened again for the same project the dialog has it all.
+struct RejectedInputs {
+    std::string project;
+    simpleNamedDataSet inputs;
+};
+RejectedInputs& rejected_inputs() {
+    static RejectedInputs kept;
+    return kept;
+}
+
 template <class Edit>
 Edit* named(Edit* edit, const char* name) {
     edit->setObjectName(QLatin1String(name));
@@ -55,7 +67,7 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     : QDialog(parent),
       worker_(worker),
       edt_mrk_file(form_.text(keys::port_file.path, "edt_mrk_file")),
-      edt_cal_file(named(new QLineEdit, "edt_cal_file")),
+      edt_cal_file(form_.text(keys::in_situ_calibration_file.path, "edt_cal_file")),
       cmb_order(form_.choice(keys::in_situ_terms.path,
                              {{tr("1 term: constant"), "1"},
                               {tr("2 terms: linear"), "2"},
@@ -66,7 +78,7 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     setWindowTitle(tr("In-situ calibration"));
     offer_names(*edt_p_units, unit_list(pressure_unit_names()));
     edt_mrk_file->setMinimumWidth(file_chars * fontMetrics().averageCharWidth());
-    edt_cal_file->setPlaceholderText(tr("none: the law is stored in the project only"));
+    edt_cal_file->setPlaceholderText(tr("none: stored in the project only"));
 
     QToolButton* markers =
         choose_button("btn_select_markers", tr("Choose the marker file with the ports"));
@@ -83,6 +95,9 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     layout->addStretch();
     layout->addLayout(buttons());
     form_.show(vyn_db());
+    RejectedInputs& before = rejected_inputs();
+    if (!before.project.empty() && before.project == read(vyn_db(), keys::head_file))
+        form_.show(before.inputs);
 
     connect(markers, &QToolButton::clicked, this, &form_calibr_single::select_markers);
     connect(calibration, &QToolButton::clicked, this, &form_calibr_single::select_calibration);
@@ -138,13 +153,14 @@ void form_calibr_single::select_markers() {
     refresh_ports();
 }
 
-void form_calibr_single::select_calibration() {
+bool form_calibr_single::select_calibration() {
     const std::string file =
         ask_save_file(this, {tr("Vyn Paint Calibration"), tr("Paint calibration (*.clb)"),
                              QStringLiteral("clb"), output_folder(vyn_db()).string()});
-    if (file.empty()) return;
+    if (file.empty()) return false;
     agreed_file_ = file;
     edt_cal_file->setText(QString::fromStdString(file));
+    return true;
 }
 
 void form_calibr_single::show_ports() {
@@ -182,30 +198,76 @@ void form_calibr_single::btn_calculate_clicked() {
     if (!busy_box_) busy_box_ = new QBusyBox(worker_, this);
     if (busy_box_->run(job) != TaskOutcome::done) return;
     if (!outcome->calibration) {
-        QMessageBox::warning(this, caption(), QString::fromStdString(outcome->warning));
+        QMessageBox box(QMessageBox::Warning, caption(), QString::fromStdString(outcome->warning),
+                        QMessageBox::Ok, this);
+        box.setInformativeText(QString::fromStdString(outcome->reason));
+        box.exec();
         return;
     }
+    if (!can_write_calibration()) return;
     VynCalResults results(vyn_db(), this);
     results.show_calibration(ports, PortSelection(std::move(*outcome->calibration), options()));
-    if (results.exec() != QDialog::Accepted) {
-        reject();
-        return;
-    }
-    if (store(results.paint(), results.wind_off_ratio())) accept();
+    // What was taken out of the fit outlives a file that cannot be written.
+    while (results.exec() == QDialog::Accepted)
+        if (store(results.paint(), results.wind_off_ratio())) return accept();
+    reject();
 }
 
-bool form_calibr_single::may_replace(const std::string& file) {
+void form_calibr_single::done(int result) {
+    RejectedInputs& kept = rejected_inputs();
+    kept.project.clear();
+    if (result == QDialog::Rejected) {
+        form_.write(kept.inputs);
+        kept.project = read(vyn_db(), keys::head_file);
+    }
+    QDialog::done(result);
+}
+
+std::string form_calibr_single::calibration_file() const {
+    const std::filesystem::path file = edt_cal_file->text().toStdString();
+    return file.empty() || file.is_absolute() ? file.string()
+                                              : (project_folder(vyn_db()) / file).string();
+}
+
+bool form_calibr_single::can_write_calibration() {
+    if (edt_cal_file->text().isEmpty()) return true;
+    const QFileInfo file(QString::fromStdString(calibration_file()));
+    const QFileInfo folder(file.path());
+    QString problem;
+    if (file.isDir())
+        problem = tr("%1 is a folder. Name a calibration file in it.").arg(file.filePath());
+    else if (!folder.isDir())
+        problem = tr("There is no folder %1. Make it, or choose another calibration file.")
+                      .arg(folder.filePath());
+    else if (!folder.isWritable() || (file.exists() && !file.isWritable()))
+        problem = tr("%1 cannot be written. Choose another calibration file.").arg(file.filePath());
+    if (!problem.isEmpty()) report_failure(this, caption(), problem);
+    return problem.isEmpty();
+}
+
+bool form_calibr_single::settle_calibration_file() {
+    const std::string file = calibration_file();
     std::error_code ignored;
     if (file.empty() || file == agreed_file_ || !std::filesystem::exists(file, ignored))
         return true;
-    return QMessageBox::question(this, caption(),
-                                 tr("%1 exists. Replace it?").arg(QString::fromStdString(file))) ==
-           QMessageBox::Yes;
+    QMessageBox box(QMessageBox::Question, caption(),
+                    tr("%1 exists. Replace it?").arg(QString::fromStdString(file)),
+                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, this);
+    box.button(QMessageBox::Yes)->setText(tr("&Replace"));
+    box.button(QMessageBox::No)->setText(tr("&Other file..."));
+    switch (box.exec()) {
+        case QMessageBox::Yes:
+            return true;
+        case QMessageBox::No:
+            return select_calibration();
+        default:
+            return false;
+    }
 }
 
 bool form_calibr_single::store(const paintFeatures& paint, const std::string& wind_off_ratio) {
-    const std::string file = edt_cal_file->text().toStdString();
-    if (!may_replace(file)) return false;
+    if (!settle_calibration_file()) return false;
+    const std::string file = calibration_file();
     if (!attempt(this, caption(), [&] { write_paint_calibration(file, paint); })) return false;
     form_.write(vyn_db());
     write(vyn_db(), std::string(keys::sens_paint), paint);

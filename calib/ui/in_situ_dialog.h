@@ -27,6 +27,7 @@ class form_calibr_single : public QDialog {
 
   public Q_SLOTS:
     void btn_calculate_clicked();
+    void done(int result) override;
 
   private:
     QLayout* buttons();
@@ -34,12 +35,17 @@ class form_calibr_single : public QDialog {
     /// The port file: a relative name belongs to the project's folder.
     std::string port_file() const;
     void select_markers();
-    void select_calibration();
+    /// False when the user chose none.
+    bool select_calibration();
     void show_ports();
     void refresh_ports();
-    /// Whether the calibration file may be written.
-    bool may_replace(const std::string& file);
-    /// False when something could not be written: then nothing was stored.
+    /// The file to save the law to, relative names in the project's folder; empty when none.
+    std::string calibration_file() const;
+    /// Tells the user when the calibration file cannot be written.
+    bool can_write_calibration();
+    /// Lets the user decide about an existing file: replace it, or name another.
+    bool settle_calibration_file();
+    /// False when the user has to decide again: then nothing was stored.
     bool store(const paintFeatures& paint, const std::string& wind_off_ratio);
 
     Worker& worker_;

@@ -1,6 +1,7 @@
 #include "calib/ui/port_table.h"
 
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <cmath>
 
@@ -54,6 +55,8 @@ void PortTable::show_ports(const PortSelection& selection) {
         setItem(row, 4, cell(number(selection.leave_one_out(i), 4)));
     }
     resizeColumnsToContents();
+    setMinimumWidth(horizontalHeader()->length() + verticalScrollBar()->sizeHint().width() +
+                    2 * frameWidth());
 }
 
 QSize PortTable::sizeHint() const {

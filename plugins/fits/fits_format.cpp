@@ -33,8 +33,8 @@ class FitsFormat final : public ImageFormat {
                std::memcmp(head.data(), start.data(), start.size()) == 0;
     }
     image read(const fs::path& file, Progress& progress) const override;
-    void write(const image& picture, const fs::path& file,
-               const ImageWriteOptions& options) const override;
+    void write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+               Progress& progress) const override;
 
   private:
     FormatInfo info_{"fits", "FITS image", {"fits", "fit", "fts"}, true, true};
@@ -157,12 +157,13 @@ void write_header(FitsFile& file, const image& picture, const ImageWriteOptions&
         fits_write_history(file.handle(), ascii_json(options.provenance).c_str(), file.status());
 }
 
-void FitsFormat::write(const image& picture, const fs::path& path,
-                       const ImageWriteOptions& options) const {
+void FitsFormat::write(const image& picture, const fs::path& path, const ImageWriteOptions& options,
+                       Progress& progress) const {
     FitsFile file(path, FitsFile::Mode::create);
     if (file.good()) write_header(file, picture, options);
     std::vector<float> row(static_cast<std::size_t>(picture.width()));
     for (int y = 0; y < picture.height() && file.good(); ++y) {
+        report_row(progress, y, picture.height());
         const float* values = picture.values().row(y);
         std::transform(values, values + picture.width(), picture.mask().row(y), row.begin(),
                        [](float value, std::uint8_t mask) {

@@ -30,8 +30,8 @@ class ImpFormat final : public ImageFormat {
         return is_imp_description(examine_tiff(file).description) ? Claim::certain : Claim::none;
     }
     image read(const fs::path& file, Progress& progress) const override;
-    void write(const image& picture, const fs::path& file,
-               const ImageWriteOptions& options) const override;
+    void write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+               Progress& progress) const override;
 
   private:
     FormatInfo info_{"imp", "VynLite field", {"imp"}, true, true};
@@ -151,8 +151,8 @@ void for_each_plane(const image& picture, const Write& write) {
     if (picture.saturated) write("saturated", *picture.saturated);
 }
 
-void ImpFormat::write(const image& picture, const fs::path& file,
-                      const ImageWriteOptions& options) const {
+void ImpFormat::write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+                      Progress& progress) const {
     if (const auto reason = misfit(picture); !reason.empty())
         fail_writing(unit, __LINE__, file, reason);
     ImpDescription content{{},
@@ -170,9 +170,13 @@ void ImpFormat::write(const image& picture, const fs::path& file,
     });
     TiffWriter writer(file, pixel_bytes, static_cast<int>(content.pages.size()));
     std::string text = write_description(content, options.provenance);
+    double done = 0;
+    const auto count = static_cast<double>(content.pages.size());
     for_each_plane(picture, [&](const char* page, const auto& plane) {
+        SubProgress part(progress, done / count, (done + 1) / count);
         writer.add_page(plane.width(), plane.height(), {std::exchange(text, {}), page},
-                        rows_of(plane));
+                        rows_of(plane), part);
+        ++done;
     });
     writer.finish();
 }

@@ -19,8 +19,8 @@ class PngFormat final : public ImageFormat {
         return read_png(file, progress);
     }
     void write(const image& picture, const std::filesystem::path& file,
-               const ImageWriteOptions& options) const override {
-        write_png(picture, file, options);
+               const ImageWriteOptions& options, Progress& progress) const override {
+        write_png(picture, file, options, progress);
     }
 
   private:

@@ -146,7 +146,8 @@ void report(const image& picture, const ImageWriteOptions& options, const Mappin
 
 }  // namespace
 
-void write_png(const image& picture, const fs::path& file, const ImageWriteOptions& options) {
+void write_png(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+               Progress& progress) {
     const double highest = full_scale(options);
     const Mapping mapping = options.scale == ImageWriteOptions::Scale::stretch
                                 ? stretch(picture, highest)
@@ -160,6 +161,7 @@ void write_png(const image& picture, const fs::path& file, const ImageWriteOptio
     const png_bytep bytes = row.data();
     std::int64_t clipped = 0;
     for (int y = 0; y < picture.height(); ++y) {
+        report_row(progress, y, picture.height());
         clipped += encode_row(picture, y, mapping, bytes);
         if (!session.guarded([png, bytes] { png_write_row(png, bytes); })) fail(file, session);
     }

@@ -26,8 +26,8 @@ class TiffFormat final : public ImageFormat {
     const FormatInfo& info() const override { return info_; }
     bool recognises(std::span<const std::byte> head) const override { return is_tiff_head(head); }
     image read(const fs::path& file, Progress& progress) const override;
-    void write(const image& picture, const fs::path& file,
-               const ImageWriteOptions& options) const override;
+    void write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+               Progress& progress) const override;
 
   private:
     FormatInfo info_{"tiff", "TIFF image", {"tif", "tiff"}, true, true};
@@ -86,8 +86,8 @@ image TiffFormat::read(const fs::path& path, Progress& progress) const {
     return burst.take(path);
 }
 
-void TiffFormat::write(const image& picture, const fs::path& file,
-                       const ImageWriteOptions& options) const {
+void TiffFormat::write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
+                       Progress& progress) const {
     const auto& values = picture.values();
     const auto& mask = picture.mask();
     TiffPageText text;
@@ -100,7 +100,7 @@ void TiffFormat::write(const image& picture, const fs::path& file,
                 mask(x, y) ? std::numeric_limits<float>::quiet_NaN() : values(x, y);
         return row.data();
     };
-    writer.add_page(values.width(), values.height(), text, masked);
+    writer.add_page(values.width(), values.height(), text, masked, progress);
     writer.finish();
 }
 

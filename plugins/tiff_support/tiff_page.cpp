@@ -16,8 +16,6 @@ constexpr const char* unit = "plugins/tiff_support/tiff_page";
 /// Beside the ratio: what a decoder may fill up with when a block is tiny.
 constexpr std::uint64_t decoded_slack = 65536;
 
-constexpr int rows_per_progress = 64;
-
 [[noreturn]] void refuse_page(const TiffFile& file, int line, const std::string& reason) {
     const std::string page =
         file.pages() > 1 ? "page " + std::to_string(TIFFCurrentDirectory(file.handle()) + 1) + ": "
@@ -134,17 +132,11 @@ void examine_blocks(const TiffFile& file, int height) {
     refuse_page(file, __LINE__, "the pixels cannot be decoded: " + file.complaint());
 }
 
-void report_rows(int y, const TiffPage& page, Progress& progress) {
-    if (y % rows_per_progress != 0) return;
-    throw_if_aborted(progress);
-    progress.fraction(static_cast<double>(y) / page.height);
-}
-
 void read_strips(const TiffFile& file, const TiffPage& page, Progress& progress,
                  const TiffRowSink& sink) {
     std::vector<std::byte> row(static_cast<std::size_t>(TIFFScanlineSize(file.handle())));
     for (int y = 0; y < page.height; ++y) {
-        report_rows(y, page, progress);
+        report_row(progress, y, page.height);
         if (TIFFReadScanline(file.handle(), row.data(), static_cast<std::uint32_t>(y)) != 1)
             refuse_data(file);
         sink(y, row.data());
@@ -176,7 +168,7 @@ void read_tiles(const TiffFile& file, const TiffPage& page, Progress& progress,
         }
         const auto rows = std::min(tile_height, height - y0);
         for (std::uint32_t y = 0; y < rows; ++y) {
-            report_rows(static_cast<int>(y0 + y), page, progress);
+            report_row(progress, static_cast<int>(y0 + y), page.height);
             sink(static_cast<int>(y0 + y), &band[std::size_t{y} * across * tile_row]);
         }
     }

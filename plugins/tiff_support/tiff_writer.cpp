@@ -48,8 +48,10 @@ void TiffWriter::begin_page(int width, int height, TiffSamples samples, const Ti
 }
 
 template <class T>
-void TiffWriter::write_rows(int height, const std::function<const T*(int y)>& row) {
+void TiffWriter::write_rows(int height, const std::function<const T*(int y)>& row,
+                            Progress& progress) {
     for (int y = 0; y < height; ++y) {
+        report_row(progress, y, height);
         // The library takes no constant pointer; it leaves the bytes alone when it need not swap.
         auto* bytes = const_cast<T*>(row(y));
         if (TIFFWriteScanline(file_.handle(), bytes, static_cast<std::uint32_t>(y)) != 1)
@@ -59,15 +61,16 @@ void TiffWriter::write_rows(int height, const std::function<const T*(int y)>& ro
 }
 
 void TiffWriter::add_page(int width, int height, const TiffPageText& text,
-                          const std::function<const float*(int y)>& row) {
+                          const std::function<const float*(int y)>& row, Progress& progress) {
     begin_page(width, height, {TiffSamples::Kind::floating, 32}, text);
-    write_rows(height, row);
+    write_rows(height, row, progress);
 }
 
 void TiffWriter::add_page(int width, int height, const TiffPageText& text,
-                          const std::function<const std::uint8_t*(int y)>& row) {
+                          const std::function<const std::uint8_t*(int y)>& row,
+                          Progress& progress) {
     begin_page(width, height, {TiffSamples::Kind::unsigned_integer, 8}, text);
-    write_rows(height, row);
+    write_rows(height, row, progress);
 }
 
 void TiffWriter::finish() {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "core/progress.h"
 #include "plugins/tiff_support/tiff_file.h"
 #include "plugins/tiff_support/tiff_samples.h"
 
@@ -17,7 +18,7 @@ struct TiffPageText {
 };
 
 /// Writes the pages of a TIFF file one after the other. Raises FileError naming the file when the
-/// disk is full or fails.
+/// disk is full or fails, Aborted when told to stop.
 class TiffWriter {
   public:
     /// `pixel_bytes`: of all pages together.
@@ -25,10 +26,10 @@ class TiffWriter {
 
     /// 32-bit float, not compressed. `row(y)` gives `width` values.
     void add_page(int width, int height, const TiffPageText& text,
-                  const std::function<const float*(int y)>& row);
+                  const std::function<const float*(int y)>& row, Progress& progress);
     /// Bytes, run-length compressed.
     void add_page(int width, int height, const TiffPageText& text,
-                  const std::function<const std::uint8_t*(int y)>& row);
+                  const std::function<const std::uint8_t*(int y)>& row, Progress& progress);
 
     /// Ends the file. Without it the file is incomplete.
     void finish();
@@ -36,7 +37,7 @@ class TiffWriter {
   private:
     void begin_page(int width, int height, TiffSamples samples, const TiffPageText& text);
     template <class T>
-    void write_rows(int height, const std::function<const T*(int y)>& row);
+    void write_rows(int height, const std::function<const T*(int y)>& row, Progress& progress);
     [[noreturn]] void fail(int line) const;
 
     TiffFile file_;

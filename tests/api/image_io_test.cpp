@@ -37,8 +37,8 @@ class SampleFormat final : public ImageFormat {
         if (text.find("named") != std::string::npos) picture.name = "from file";
         return picture;
     }
-    void write(const image& picture, const fs::path& file,
-               const ImageWriteOptions&) const override {
+    void write(const image& picture, const fs::path& file, const ImageWriteOptions&,
+               Progress&) const override {
         put_file(file, "SAMPLE " + picture.name);
         if (picture.name == "bad") throw FileError("test", 1, "Text", file.string() + ": no space");
     }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QDialog>
+#include <QTimer>
 #include <functional>
 #include <memory>
 

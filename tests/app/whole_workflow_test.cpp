@@ -145,7 +145,7 @@ void WholeWorkflow::calibrate_at_ports() {
         retype(vyn::test::child<QLineEdit>(dialog, "edt_p_units"), "Pa");
         vyn::test::child<QComboBox>(dialog, "cmb_order").setCurrentIndex(2);
         expect_dialog(QStringLiteral("In-Situ Calibration results"), [](QDialog& results) {
-            QTest::mouseClick(&vyn::test::child<QAbstractButton>(results, "unity"), Qt::LeftButton);
+            EXPECT_TRUE(vyn::test::child<QAbstractButton>(results, "unity").isChecked());
             QTest::mouseClick(&vyn::test::child<QAbstractButton>(results, "accept_btn"),
                               Qt::LeftButton);
         });

@@ -111,7 +111,7 @@ TEST_F(InSitu, AcceptStoresTheLawOfTheCommandLine) {
         EXPECT_TRUE(summary.startsWith(QStringLiteral("<center>gamma11=<b>")));
         EXPECT_TRUE(summary.endsWith(QStringLiteral("<br> Save results?</center>")));
         const QString meaning = child<QTextEdit>(results, "meaning").toPlainText();
-        EXPECT_TRUE(meaning.contains(QStringLiteral("fa = "))) << meaning.toStdString();
+        EXPECT_TRUE(meaning.contains(QStringLiteral("fa = 1 (unity)"))) << meaning.toStdString();
         EXPECT_TRUE(meaning.contains(QStringLiteral("enters the law as Pa")));
         QTest::mouseClick(&child<QPushButton>(results, "accept_btn"), Qt::LeftButton);
     });
@@ -119,7 +119,8 @@ TEST_F(InSitu, AcceptStoresTheLawOfTheCommandLine) {
     EXPECT_EQ(dialog.result(), QDialog::Accepted);
     const nlohmann::json calibration = by_command_line(port_file());
     expect_law(stored(), calibration);
-    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "law");
+    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "unity");
+    EXPECT_EQ(read(vyn_db(), keys::in_situ_calibration_file), law_file);
     paintFeatures in_file;
     ASSERT_EQ(read_paint_calibration(law_file, in_file), RecordOutcome::done);
     EXPECT_EQ(in_file.pressure_unit, "Pa");
@@ -129,16 +130,19 @@ TEST_F(InSitu, AcceptStoresTheLawOfTheCommandLine) {
 TEST_F(InSitu, RejectStoresNothing) {
     const auto before = vyn_db().revision();
     driver.expect<VynCalResults>([](VynCalResults& results) {
-        child<QCheckBox>(results, "unity").setChecked(true);
+        child<QCheckBox>(results, "unity").setChecked(false);
         EXPECT_TRUE(child<QTextEdit>(results, "meaning")
                         .toPlainText()
-                        .contains(QStringLiteral("fa = 1 (unity)")));
+                        .contains(QStringLiteral("(by the law)")));
         child<QPushButton>(results, "reject_btn").click();
     });
     calculate();
     EXPECT_EQ(dialog.result(), QDialog::Rejected);
     EXPECT_EQ(vyn_db().revision(), before);
     EXPECT_FALSE(std::filesystem::exists(law_file));
+    const form_calibr_single again(worker);
+    EXPECT_EQ(child<QLineEdit>(again, "edt_cal_file").text().toStdString(), law_file);
+    EXPECT_EQ(child<QLineEdit>(again, "edt_mrk_file").text().toStdString(), port_file());
 }
 
 TEST_F(InSitu, AClickTakesAPortOutAndPutsItBack) {
@@ -171,14 +175,14 @@ TEST_F(InSitu, AClickTakesAPortOutAndPutsItBack) {
         click();
         expect_law(results.paint(), all);
         EXPECT_EQ(child<QLabel>(results, "summary").text(), summary);
-        // The same from the table, then stored with fa = 1.
+        // The same from the table, then stored with fa by the law.
         child<PortTable>(results, "port_table").item(out, 0)->setCheckState(Qt::Unchecked);
-        child<QCheckBox>(results, "unity").setChecked(true);
+        child<QCheckBox>(results, "unity").setChecked(false);
         child<QPushButton>(results, "accept_btn").click();
     });
     calculate();
     expect_law(stored(), without);
-    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "unity");
+    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "law");
 }
 
 TEST_F(InSitu, SaveWritesThePortsAndTheCurveHasAHundredSteps) {
@@ -201,15 +205,38 @@ TEST_F(InSitu, SaveWritesThePortsAndTheCurveHasAHundredSteps) {
     EXPECT_EQ(static_cast<std::size_t>(lines), by_command_line(port_file())["ports"].size() + 1);
 }
 
-TEST_F(InSitu, AFileThatCannotBeWrittenKeepsEverything) {
-    child<QLineEdit>(dialog, "edt_cal_file").setText(QStringLiteral("/nowhere/law.clb"));
-    const auto before = vyn_db().revision();
-    driver.expect<VynCalResults>([](VynCalResults& results) { results.accept(); });
+TEST_F(InSitu, AFileThatCannotBeWrittenIsSaidBeforeAnythingIsChosen) {
     dialog.show();
-    calculate();
+    for (const char* file : {"/nowhere/law.clb", "/"}) {
+        child<QLineEdit>(dialog, "edt_cal_file").setText(QLatin1String(file));
+        calculate();
+    }
     EXPECT_TRUE(dialog.isVisible());
+    ASSERT_EQ(driver.boxes.size(), 2U);
+    EXPECT_THAT(driver.boxes[0].text, HasSubstr("no folder /nowhere"));
+    EXPECT_THAT(driver.boxes[1].text, HasSubstr("is a folder"));
+}
+
+/// The results come back as they were until the law has a file, or is given up.
+TEST_F(InSitu, AFileThatMustStayKeepsTheChosenPorts) {
+    const std::string kept = get_file(*sample / "paint.clb");
+    child<QLineEdit>(dialog, "edt_cal_file").setText(QStringLiteral("paint.clb"));
+    const auto before = vyn_db().revision();
+    paintFeatures chosen;
+    driver.answer = QMessageBox::Cancel;
+    driver.expect<VynCalResults>([&](VynCalResults& results) {
+        child<PortTable>(results, "port_table").item(2, 0)->setCheckState(Qt::Unchecked);
+        chosen = results.paint();
+        results.accept();
+    });
+    driver.expect<VynCalResults>([&](VynCalResults& results) {
+        EXPECT_EQ(results.paint(), chosen);
+        results.reject();
+    });
+    calculate();
     ASSERT_EQ(driver.boxes.size(), 1U);
-    EXPECT_EQ(driver.boxes[0].caption, "Calibration");
+    EXPECT_THAT(driver.boxes[0].text, HasSubstr("paint.clb exists"));
+    EXPECT_EQ(get_file(*sample / "paint.clb"), kept);
     EXPECT_EQ(vyn_db().revision(), before);
 }
 

@@ -1,6 +1,8 @@
 #include "core/ui/icons.h"
 
 #include <QFile>
+#include <QGuiApplication>
+#include <QPalette>
 #include <QPixmap>
 #include <QRegularExpression>
 #include <filesystem>

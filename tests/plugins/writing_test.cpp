@@ -26,9 +26,9 @@ TEST_P(FloatFormats, KeepTheMaskAsNaN) {
 
 INSTANTIATE_TEST_SUITE_P(Extensions, FloatFormats, testing::Values("tif", "TIFF", "fits"));
 
-class OnAFullDisk : public testing::TestWithParam<const char*> {};
+class WritingThatFails : public testing::TestWithParam<const char*> {};
 
-TEST_P(OnAFullDisk, LeavesTheOldFileAndSaysWhy) {
+TEST_P(WritingThatFails, LeavesTheOldFileOnAFullDiskAndSaysWhy) {
     TemporaryFolder folder;
     const auto file = folder / (std::string("kept.") + GetParam());
     put_file(file, "old");
@@ -46,7 +46,25 @@ TEST_P(OnAFullDisk, LeavesTheOldFileAndSaysWhy) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Extensions, OnAFullDisk, testing::Values("tif", "png", "fits", "imp"));
+TEST_P(WritingThatFails, LeavesTheOldFileWhenItIsStoppedMidway) {
+    class Impatient : public Progress {
+      public:
+        void fraction(double done) override { done_ = done; }
+        bool aborted() const override { return done_ > 0.2; }
+
+      private:
+        double done_ = 0;
+    } impatient;
+    TemporaryFolder folder;
+    const auto file = folder / (std::string("kept.") + GetParam());
+    put_file(file, "old");
+    EXPECT_THROW(write_image(image(16, 1000), file, {}, impatient), Aborted);
+    EXPECT_EQ(get_file(file), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Extensions, WritingThatFails,
+                         testing::Values("tif", "png", "fits", "imp"));
 
 }  // namespace
 }  // namespace vyn::test

@@ -6,6 +6,7 @@
 #include "calib/flow.h"
 #include "calib/paint.h"
 #include "core/keys.h"
+#include "process/experiment_type.h"
 #include "tests/support/log_capture.h"
 
 namespace vyn::test {
@@ -56,7 +57,7 @@ TEST_P(LawUnits, ShowWhatEntersTheLaw) {
     const UnitCase& c = GetParam();
     simpleNamedDataSet settings;
     const LogCapture log;
-    const LawConditions conditions = law_conditions(fill(settings, c.p_unit, c.t_unit));
+    const LawConditions conditions = law_conditions(fill(settings, c.p_unit, c.t_unit), {});
     EXPECT_EQ(in_law(conditions, "Wind-off P"), c.pressure);
     EXPECT_EQ(in_law(conditions, "Wind-on T"), c.temperature);
     if (c.remark)
@@ -80,15 +81,19 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(LawConditions, RatioAndUnityAndPaintUnits) {
     simpleNamedDataSet settings;
     fill(settings, "bar", "C");
+    EXPECT_NE(in_law(law_conditions(settings, {}), "Wind-off ratio fa"), "1");
+    choose_experiment_type(settings, ExperimentType::lifetime);  // without wind-off pictures
+    EXPECT_EQ(in_law(law_conditions(settings, {}), "Wind-off ratio fa"), "1");
+    choose_experiment_type(settings, ExperimentType::single);
     write(settings, keys::convert_wind_off_ratio, std::string("unity"));
     settings.write(std::string(keys::sens_paint) + "default_pressure_unit", "bar");
-    const LawConditions conditions = law_conditions(settings);
+    const LawConditions conditions = law_conditions(settings, {});
     EXPECT_EQ(in_law(conditions, "Wind-off ratio fa"), "1");
     EXPECT_THAT(conditions.remarks,
                 Contains(HasSubstr("coefficients are taken as they stand for a law in Pa")));
     write(settings, keys::convert_field, std::string("Irefe_Isens"));
-    EXPECT_THAT(law_conditions(settings).lines, IsEmpty());
-    EXPECT_THAT(law_conditions(settings).remarks, SizeIs(1));
+    EXPECT_THAT(law_conditions(settings, {}).lines, IsEmpty());
+    EXPECT_THAT(law_conditions(settings, {}).remarks, SizeIs(1));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "core/keys.h"
 #include "process/chain.h"
+#include "process/image_origin.h"
 #include "process/project_tasks.h"
 #include "process/synthetic_point.h"
 #include "tests/support/project_fixture.h"
@@ -13,6 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 class PointCheckTest : public ProjectTest {
   protected:
@@ -23,7 +25,8 @@ class PointCheckTest : public ProjectTest {
                                        .geometry = ReadProject::Geometry::leave_out,
                                        .settings = {}})),
                   TaskOutcome::done);
-        ASSERT_EQ(run(*calculate_all(vyn_db(), get_images(), report)), TaskOutcome::done);
+        ASSERT_EQ(run(*with_origins(calculate_all(vyn_db(), get_images(), report))),
+                  TaskOutcome::done);
     }
     PointCheck check(const MarkerSet& ports) {
         return check_point(*report, vyn_db(), get_images(), ports);
@@ -58,6 +61,8 @@ TEST_P(PortCheckTest, TapsAgreeWithTheFieldAndShowItsError) {
     ASSERT_EQ(good.ports.ports.size(), point.ports.markers.size());
     EXPECT_LT(good.ports.rms * pascal, 100);
     EXPECT_GT(good.ports.rms, 0);
+    EXPECT_TRUE(good.computed);
+    EXPECT_THAT(good.warnings, IsEmpty());
 
     disturb_field(static_cast<float>(500 / pascal));
     MarkerSet some = point.ports;
@@ -68,6 +73,10 @@ TEST_P(PortCheckTest, TapsAgreeWithTheFieldAndShowItsError) {
     EXPECT_THAT(bad.left_out, ElementsAre(HasSubstr(std::to_string(some.markers[3].id))));
     EXPECT_NEAR(bad.rms * pascal, 500, 20);
     EXPECT_GE(bad.max, bad.rms);
+
+    // The sample's paint is calibrated up to 130 kPa, and its field ends below 95 kPa.
+    disturb_field(static_cast<float>(70000 / pascal));
+    EXPECT_THAT(check({}).warnings, ElementsAre(HasSubstr("for which the paint is calibrated")));
 }
 
 INSTANTIATE_TEST_SUITE_P(Quantities, PortCheckTest,
@@ -96,6 +105,19 @@ TEST_F(PointCheckTest, GathersWhatTheRunLeft) {
     const double share = result.stages.back().values.valid_share();
     EXPECT_GT(share, 0.3);
     EXPECT_LT(share, 0.7);
+}
+
+TEST_F(PointCheckTest, AFieldOfAnotherTimeIsNoted) {
+    compute({.width = 100, .height = 80});
+    flowFeatures flow;
+    read(vyn_db(), std::string(keys::flow), flow);
+    flow.wind_on_t += 1;
+    write(vyn_db(), std::string(keys::flow), flow);
+    EXPECT_THAT(check({}).warnings, ElementsAre(HasSubstr("field is out of date: ")));
+    *report = {};  // as after a run that was aborted early
+    const PointCheck old = check({});
+    EXPECT_FALSE(old.computed);
+    EXPECT_THAT(old.warnings, ElementsAre(HasSubstr("field is out of date: ")));
 }
 
 TEST_F(PointCheckTest, PortsAreThoseOfTheFieldElseOfThePortFile) {

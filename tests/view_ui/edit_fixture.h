@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAction>
 #include <functional>
 
 #include "api/point.h"
