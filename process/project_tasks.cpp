@@ -129,19 +129,24 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
-TaskOutcome StorePaintTask::run(TaskContext& context) {
+void StoreLawTask::store(dataSetInterface& data) const {
+    write(data, std::string(keys::sens_paint), record_);
+    write(data, keys::convert_wind_off_ratio, wind_off_ratio_);
+}
+
+TaskOutcome StoreLawTask::run(TaskContext& context) {
     const std::string name = file_.string();
     context.status("Storing the paint calibration:" + name);
     simpleNamedDataSet data;
     if (!is_container(file_)) {
         load_xml(data, name.c_str());
-        write(data, std::string(keys::sens_paint), record_);
+        store(data);
         save_xml(data, name.c_str());
         return TaskOutcome::done;
     }
     read_ims_data(file_, context);
     from_xml(data, get_ims().project, name);
-    write(data, std::string(keys::sens_paint), record_);
+    store(data);
     imagesList images;
     for (auto& picture : get_ims().images)
         images.add(std::move(picture));

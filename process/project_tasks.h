@@ -63,16 +63,22 @@ class WriteProjectTask final : public Task {
     std::filesystem::path file_;
 };
 
-/// Puts a paint record into a project file or container; everything else in it stays as it is.
-class StorePaintTask final : public Task {
+/// Puts a law fitted to ports into a project file or container: the paint record, and whether the
+/// field is computed with fa = 1 ("unity") or by the law ("law"). Everything else stays as it is.
+class StoreLawTask final : public Task {
   public:
-    StorePaintTask(std::filesystem::path file, paintFeatures record)
-        : file_(std::move(file)), record_(std::move(record)) {}
+    StoreLawTask(std::filesystem::path file, paintFeatures record, std::string wind_off_ratio)
+        : file_(std::move(file)),
+          record_(std::move(record)),
+          wind_off_ratio_(std::move(wind_off_ratio)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    void store(dataSetInterface& data) const;
+
     std::filesystem::path file_;
     paintFeatures record_;
+    std::string wind_off_ratio_;
 };
 
 }  // namespace vyn
