@@ -158,7 +158,7 @@ TEST_F(Calibrate, RefusalsChangeNothing) {
          "could not be aligned"},
         {{"--ports", ports, "--terms", "3", "--set", "project/test_point/wind_on_sens_file="},
          1,
-         "I/Iref"},
+         "wind_on_sens_file names no image"},
     };
     const std::string before = get_file(project);
     for (const Case& c : cases) {
