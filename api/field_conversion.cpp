@@ -130,8 +130,8 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
     });
     image ratio = result.take();
     if (limits.clamp) {
-        clamp_below(ratio, limits.lower);
         clamp_above(ratio, limits.upper);
+        clamp_below(ratio, limits.lower);
     }
     return ratio;
 }

@@ -20,7 +20,7 @@ struct Displacement {
     int step = 1;
 };
 
-/// What an image came from, item by item: files with size and time, settings with their values.
+/// What an image came from, item by item: files with their digests, settings with their values.
 using ImageOrigin = std::map<std::string, std::string>;
 
 /// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole

@@ -42,10 +42,12 @@ std::shared_ptr<Job> job_of(std::unique_ptr<Tasks>... tasks) {
 }
 
 std::unique_ptr<ReadProjectTask> reading(const fs::path& file,
-                                         std::vector<std::pair<std::string, any>> settings = {}) {
+                                         std::vector<std::pair<std::string, any>> settings = {},
+                                         fs::path inputs = {}) {
     ReadProject request;
     request.file = file;
     request.settings = std::move(settings);
+    request.inputs = std::move(inputs);
     return std::make_unique<ReadProjectTask>(std::move(request));
 }
 
@@ -129,10 +131,13 @@ bool ProjectCommands::open_file(const fs::path& name) {
 ProjectCommands::Recovered ProjectCommands::recover(const LostWork& work) {
     Lock held = work.project.empty() ? nullptr : lock(work.project);
     if (!work.project.empty() && !held) return Recovered::nothing;
-    const bool read_all = carry_out(
-        job_of(reading(work.copy, {{std::string(keys::head_file.path), any(work.project)}}),
-               std::make_unique<RestorePicturesTask>(work.copy)),
-        tr("The images of the recovered project were not read."));
+    std::error_code ignored;
+    const bool contained = is_container(work.project) && fs::exists(work.project, ignored);
+    const auto job =
+        job_of(reading(work.copy, {{std::string(keys::head_file.path), any(work.project)}},
+                       contained ? fs::path(work.project) : fs::path()),
+               std::make_unique<RestorePicturesTask>(work.copy));
+    const bool read_all = carry_out(job, tr("The images of the recovered project were not read."));
     if (!read_all) {
         // The settings are what cannot be had again.
         get_images().clear();
@@ -142,7 +147,10 @@ ProjectCommands::Recovered ProjectCommands::recover(const LostWork& work) {
     lock_ = std::move(held);
     file_ = work.project;
     Q_EMIT replaced();
-    return read_all ? Recovered::everything : Recovered::settings;
+    if (read_all && job->outcome() != TaskOutcome::done)
+        report_failure(window_, tr("Not all drawn markers and masks were put back: see the log. "
+                                   "The recovery copy stays."));
+    return job->outcome() == TaskOutcome::done ? Recovered::everything : Recovered::settings;
 }
 
 bool ProjectCommands::save() {

@@ -12,9 +12,11 @@
 #include "cli/runner.h"
 #include "cli/settings.h"
 #include "core/atomic_file.h"
+#include "core/keys.h"
 #include "core/progress.h"
 #include "process/calibration_report.h"
 #include "process/chain.h"
+#include "process/experiment_type.h"
 #include "process/project_tasks.h"
 #include "process/run_report.h"
 
@@ -27,6 +29,7 @@ struct CalibrateOptions {
     std::vector<std::string> settings;
     std::string ports;
     InSituOptions law;
+    std::string wind_off_ratio = "unity";
     std::string calibration_file;
     std::string report;
     std::string results;
@@ -41,7 +44,7 @@ void require_done(TaskOutcome outcome, const std::string& failure) {
         throw std::runtime_error(failure.empty() ? "the computation failed" : failure);
 }
 
-/// Loads the project and computes its ratio image; null when the project has no raw images.
+/// Loads the project and computes its ratio image; takes that of a container without raw images.
 std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Runner& runner,
                                            const std::shared_ptr<RunReport>& report) {
     require_done(runner.run(job_of(std::make_unique<ReadProjectTask>(
@@ -53,7 +56,9 @@ std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Runn
         throw std::runtime_error(
             "the images could not be aligned" +
             std::string(report->warnings.empty() ? "" : ": " + report->warnings.back()));
-    return get_images().find(image_names::ratio);
+    auto ratio = get_images().find(image_names::ratio);
+    if (!ratio) throw std::runtime_error(missing_input(vyn_db(), get_images()));
+    return ratio;
 }
 
 InSituCalibration fit_ports(const CalibrateOptions& options, const image* ratio) {
@@ -69,13 +74,14 @@ void save_all(const CalibrateOptions& options, const CalibrationReport& calibrat
         write_file(options.results, results_file(calibration.calibration.samples.points));
     if (!options.calibration_file.empty()) write_paint_calibration(options.calibration_file, paint);
     if (options.accept)
-        require_done(runner.run(job_of(std::make_unique<StorePaintTask>(options.project, paint))),
+        require_done(runner.run(job_of(std::make_unique<StoreLawTask>(options.project, paint,
+                                                                      options.wind_off_ratio))),
                      runner.failure());
     if (options.report.empty()) return;
     nlohmann::json report =
         to_json(run, vyn_db(), get_images(), TaskOutcome::done, {}, runner.stages());
     report["calibration"] = to_json(calibration);
-    write_file(options.report, report.dump(2) + "\n");
+    write_file(options.report, json_text(report, 2) + "\n");
 }
 
 ExitStatus calibrate(const CalibrateOptions& options) {
@@ -89,6 +95,7 @@ ExitStatus calibrate(const CalibrateOptions& options) {
     Runner runner;
     const auto run = std::make_shared<RunReport>();
     const auto ratio = compute_ratio(options, runner, run);
+    write(vyn_db(), keys::convert_wind_off_ratio, options.wind_off_ratio);
     const CalibrationReport calibration = report_calibration(
         vyn_db(), get_images(), options.ports, options.law, fit_ports(options, ratio.get()));
     save_all(options, calibration, *run, runner);
@@ -124,7 +131,12 @@ Work prepare_calibrate(CLI::App& app, const GlobalOptions&) {
                    "write number, ratio and pressure of the ports (CSV)");
     app.add_option("--report", options->report,
                    "write a report (JSON): law, covariance, residuals, what it came from");
-    app.add_flag("--accept", options->accept, "store the law in the project file");
+    app.add_option("--wind-off-ratio", options->wind_off_ratio,
+                   "fa of the field: 1 (unity), right for a law fitted to the ratio, or by the law")
+        ->check(CLI::IsMember({"unity", "law"}))
+        ->capture_default_str();
+    app.add_flag("--accept", options->accept,
+                 "store the law and its wind-off ratio in the project file");
     app.add_flag("--force", options->force, "replace existing files");
     return [options] { return calibrate(*options); };
 }

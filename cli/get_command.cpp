@@ -8,6 +8,7 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "process/ims.h"
+#include "process/project_tasks.h"
 
 namespace vyn::cli {
 
@@ -48,7 +49,7 @@ std::string table_text() {
 /// Every setting of the project, and those of the table that it leaves at their defaults.
 std::map<std::string, std::string> settings_of(const std::string& project) {
     simpleNamedDataSet data;
-    if (std::filesystem::path(project).extension() == ".ims") {
+    if (is_container(project)) {
         InterruptProgress progress;
         read_ims_data(project, progress);
         from_xml(data, get_ims().project, project);

@@ -173,10 +173,10 @@ ExitStatus run(const RunOptions& options) {
         }
     }
     if (!options.report.empty())
-        write_file(
-            options.report,
-            to_json(*report, vyn_db(), get_images(), outcome, failure, runner.stages()).dump(2) +
-                "\n");
+        write_file(options.report, json_text(to_json(*report, vyn_db(), get_images(), outcome,
+                                                     failure, runner.stages()),
+                                             2) +
+                                       "\n");
     if (!options.html.empty()) write_html(options, *report, failure, runner);
     return conclude(outcome, failure, worth_saving ? Saving::tried : Saving::left_out);
 }

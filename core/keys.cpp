@@ -166,6 +166,25 @@ any parse_setting(std::string_view path, std::string_view text) {
     return value;
 }
 
+std::vector<std::string> check_settings(dataSetInterface& data) {
+    std::vector<std::string> complaints;
+    data.for_each([&](const std::string& path, const any& value) {
+        const KeyInfo* key = find_key(path);
+        if (!key) return;
+        const std::string text = format_setting(value);
+        const bool right_type = value.type() == key->fallback.type();
+        const any allowed = convert(*key, text);
+        if (!allowed.empty() && value.holds<int>() && key->fallback.holds<double>())
+            data.set_value(path, allowed, /*is_default=*/true);
+        else if (allowed.empty() || !right_type)
+            complaints.push_back(
+                key->path + ": \"" + text + "\" is not what it takes, " + describe(*key) +
+                (right_type ? ""
+                            : "; its default \"" + format_setting(key->fallback) + "\" is used"));
+    });
+    return complaints;
+}
+
 std::string format_setting(const any& value) {
     if (value.holds<int>()) return std::to_string(value.get<int>());
     if (value.holds<double>()) return format_double(value.get<double>());

@@ -72,4 +72,8 @@ any parse_setting(std::string_view path, std::string_view text);
 /// A value as text that `parse_setting` reads back.
 std::string format_setting(const any& value);
 
+/// For settings of a file that others may have written: makes whole numbers doubles where a setting
+/// is one, and says of each other value that its setting does not take, naming the key.
+std::vector<std::string> check_settings(dataSetInterface& data);
+
 }  // namespace vyn

@@ -89,11 +89,15 @@ TaskOutcome ChannelRatioTask::run(TaskContext& context) {
         return TaskOutcome::failed;
     }
     warn_of_correlation(vyn_db(), *report_);
-    images.remove(names::wind_on_sens_aligned);
-    images.remove(names::wind_on_refe_aligned);
-    image ratio = wind_off ? ratio_of_ratios(pictures, context) : ratio_of_gates(pictures, context);
+    std::vector<image> aligned;
+    image ratio =
+        wind_off ? ratio_of_ratios(pictures, aligned, context) : ratio_of_gates(pictures, context);
     thin_if_asked(ratio, vyn_db(), context);
     ratio.name = names::ratio;
+    images.remove(names::wind_on_sens_aligned);
+    images.remove(names::wind_on_refe_aligned);
+    for (image& picture : aligned)
+        images.add(std::move(picture));
     images.add(std::move(ratio));
     return report_->aligned.value_or(true) ? TaskOutcome::done : TaskOutcome::done_with_errors;
 }
@@ -112,7 +116,9 @@ image ChannelRatioTask::ratio_of_gates(const Corrected& pictures, TaskContext& c
     return ratio;
 }
 
-image ChannelRatioTask::ratio_of_ratios(const Corrected& pictures, TaskContext& context) {
+/// `aligned` gets the aligned wind-on pictures, when all alignments succeeded.
+image ChannelRatioTask::ratio_of_ratios(const Corrected& pictures, std::vector<image>& aligned,
+                                        TaskContext& context) {
     const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
     require_same_size(*pictures.signal_off, *pictures.signal_on);
     require_same_size(*pictures.reference_off, *pictures.reference_on);
@@ -128,14 +134,10 @@ image ChannelRatioTask::ratio_of_ratios(const Corrected& pictures, TaskContext& 
     Picture reference_on =
         in_signal_frame(on_reference, pictures.reference_on, frame,
                         moving({maps.reference_from_signal, maps.reference_on_from_off}), context);
-    const auto publish = [&](const Picture& picture, const char* name) {
-        image named = *picture;
-        named.name = name;
-        get_images().add(std::move(named));
-    };
     if (report_->aligned == true) {
-        publish(signal_on, names::wind_on_sens_aligned);
-        publish(reference_on, names::wind_on_refe_aligned);
+        aligned = {*signal_on, *reference_on};
+        aligned.front().name = names::wind_on_sens_aligned;
+        aligned.back().name = names::wind_on_refe_aligned;
     }
     if (const auto filter = filter_options(vyn_db())) {
         context.status("Filtering Wind Off");
@@ -157,16 +159,16 @@ ChannelMaps ChannelRatioTask::align(const Corrected& pictures, TaskContext& cont
     report_->aligned = true;
     MarkerMatchOptions options = match_options(vyn_db());
     maps.signal_on_from_off =
-        aligned(*pictures.signal_off, *pictures.signal_on, options, report_->alignment);
+        mapping(*pictures.signal_off, *pictures.signal_on, options, report_->alignment);
     if (two_gates()) {
         maps.reference_on_from_off = maps.signal_on_from_off;
         return maps;
     }
     maps.reference_on_from_off =
-        aligned(*pictures.reference_off, *pictures.reference_on, options, channels.reference);
+        mapping(*pictures.reference_off, *pictures.reference_on, options, channels.reference);
     options.order = channels_order(*pictures.signal_off, *pictures.reference_off, options);
     maps.reference_from_signal =
-        aligned(*pictures.signal_off, *pictures.reference_off, options, channels.cameras);
+        mapping(*pictures.signal_off, *pictures.reference_off, options, channels.cameras);
     if (report_->aligned == true) {
         channels.consistency = consistency_of(maps, places(pictures.signal_on->markers));
         report_consistency(*channels.consistency);
@@ -175,7 +177,7 @@ ChannelMaps ChannelRatioTask::align(const Corrected& pictures, TaskContext& cont
 }
 
 /// The mapping moved from reference; the identity, with the report's mark, when there is none.
-PolyTransform ChannelRatioTask::aligned(const image& reference, const image& moved,
+PolyTransform ChannelRatioTask::mapping(const image& reference, const image& moved,
                                         MarkerMatchOptions options,
                                         std::optional<MarkerMatch>& match) {
     match = match_images(reference, moved, options, *report_);

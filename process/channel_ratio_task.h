@@ -37,9 +37,10 @@ class ChannelRatioTask final : public Task {
     };
 
     image ratio_of_gates(const Corrected& pictures, TaskContext& context) const;
-    image ratio_of_ratios(const Corrected& pictures, TaskContext& context);
+    image ratio_of_ratios(const Corrected& pictures, std::vector<image>& aligned,
+                          TaskContext& context);
     ChannelMaps align(const Corrected& pictures, TaskContext& context);
-    PolyTransform aligned(const image& reference, const image& moved, MarkerMatchOptions options,
+    PolyTransform mapping(const image& reference, const image& moved, MarkerMatchOptions options,
                           std::optional<MarkerMatch>& match);
     Picture in_signal_frame(const RawImage& raw, const Picture& corrected, const image& frame,
                             std::vector<PolyTransform> maps, TaskContext& context) const;

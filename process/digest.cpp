@@ -2,7 +2,9 @@
 
 #include <array>
 #include <fstream>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include <openssl/evp.h>
@@ -11,7 +13,9 @@
 
 namespace vyn {
 
-std::string file_sha256(const std::filesystem::path& file) {
+namespace fs = std::filesystem;
+
+std::string file_sha256(const fs::path& file) {
     const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> state(EVP_MD_CTX_new(),
                                                                    EVP_MD_CTX_free);
     std::ifstream stream(file, std::ios::binary);
@@ -36,6 +40,30 @@ std::string file_sha256(const std::filesystem::path& file) {
         text += digits[digest[i] & 15];
     }
     return text;
+}
+
+std::string known_file_sha256(const fs::path& file) {
+    struct Known {
+        std::uintmax_t size = 0;
+        fs::file_time_type time;
+        std::string digest;
+    };
+    static std::mutex mutex;
+    static std::map<fs::path, Known> files;
+
+    std::error_code none;
+    Known now{fs::file_size(file, none), fs::last_write_time(file, none), {}};
+    {
+        const std::lock_guard lock(mutex);
+        const auto found = files.find(file);
+        if (!none && found != files.end() && found->second.size == now.size &&
+            found->second.time == now.time)
+            return found->second.digest;
+    }
+    now.digest = file_sha256(file);
+    const std::lock_guard lock(mutex);
+    files[file] = now;
+    return now.digest;
 }
 
 }  // namespace vyn

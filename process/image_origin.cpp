@@ -1,10 +1,12 @@
 #include "process/image_origin.h"
 
 #include <array>
-#include <chrono>
+#include <fstream>
 #include <system_error>
 
+#include "core/errors.h"
 #include "core/keys.h"
+#include "process/digest.h"
 #include "process/image_digest.h"
 #include "process/project_paths.h"
 #include "process/result_sources.h"
@@ -15,16 +17,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Name, bytes and time of change; empty when there is no such file. The folder stays out, so that
-/// a project can be moved with its files.
+/// Name and SHA-256; empty when there is no such file or it cannot be read. Folder and time stay
+/// out, so that a project can be moved and copied with its files.
 std::string file_stamp(const fs::path& file) {
-    std::error_code failure;
-    const auto size = fs::file_size(file, failure);
-    if (failure) return {};
-    const auto time = fs::last_write_time(file, failure).time_since_epoch();
-    if (failure) return {};
-    return file.filename().string() + ", " + std::to_string(size) + " bytes, " +
-           std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(time).count());
+    std::error_code ignored;
+    // Asked often: a file that cannot be read is no error that the log has to hold each time.
+    if (!fs::is_regular_file(file, ignored) || !std::ifstream(file)) return {};
+    try {
+        return file.filename().string() + ", " + known_file_sha256(file);
+    } catch (const FileError&) {
+        return {};
+    }
 }
 
 void add_stamp(ImageOrigin& origin, const std::string& item, const fs::path& file) {

@@ -14,7 +14,7 @@
 namespace vyn {
 
 /// Origins are compared item by item. The items of an image:
-///   "file", "marker file", "mask file"   name, bytes and time of change of a file that was read
+///   "file", "marker file", "mask file"   name and SHA-256 of a file that was read
 ///   a path of the key table              value of a setting
 ///   "markers of NAME", "mask of NAME"    content of an image that went in, as digest
 ///   "NAME > item"                        an item of that image's own origin

@@ -14,6 +14,7 @@
 #include "core/project_file.h"
 #include "core/version.h"
 #include "process/ims.h"
+#include "process/run_report.h"
 
 namespace vyn {
 
@@ -140,7 +141,7 @@ json read_header(zip_t* archive, const fs::path& file) {
         !header["format"].is_number_integer() || !header.contains("images") ||
         !header["images"].is_array())
         fail(file, "is no IMS container: its ims.json is malformed");
-    if (header["format"].get<int>() > container_format)
+    if (header["format"].get<std::int64_t>() > container_format)
         fail(file, "was written by a newer version of the program");
     if (header["images"].size() > max_images) fail(file, "lists too many images");
     return header;
@@ -234,11 +235,11 @@ void write_ims_strings(const fs::path& file, const imagesList& images, Progress&
                            {"sha256", picture.file_sha256},
                            {"origin", picture.origin}});
     }
-    const std::string header = json{
-        {"format", container_format},
-        {"version", get_ims().version},
-        {"program", std::string("VynLite ") + program_version},
-        {"images", entries}}.dump(1);
+    const std::string header = json_text({{"format", container_format},
+                                          {"version", get_ims().version},
+                                          {"program", std::string("VynLite ") + program_version},
+                                          {"images", entries}},
+                                         1);
 
     Archive archive = open_archive(target.temporary(), ZIP_CREATE | ZIP_EXCL, file);
     add_text(archive.get(), "ims.json", header, file);

@@ -8,6 +8,7 @@
 #include "core/project_file.h"
 #include "core/version.h"
 #include "process/ims.h"
+#include "process/input_files.h"
 #include "process/project_paths.h"
 #include "process/raw_images.h"
 #include "process/unsaved_work.h"
@@ -16,14 +17,14 @@ namespace vyn {
 
 namespace fs = std::filesystem;
 
-namespace {
-
 bool is_container(const fs::path& file) {
     std::string extension = file.extension().string();
     std::ranges::transform(extension, extension.begin(),
                            [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
     return extension == ".ims";
 }
+
+namespace {
 
 /// Puts the old settings back unless the task got to its end.
 class KeepSettings {
@@ -45,6 +46,18 @@ class KeepSettings {
     bool modified_;
     bool accepted_ = false;
 };
+
+/// The inputs in a container that the settings name as those in it do.
+void take_stored_inputs(dataSetInterface& data, const fs::path& container, imagesList& images,
+                        TaskContext& context) {
+    read_ims_data(container, context);
+    simpleNamedDataSet stored;
+    from_xml(stored, get_ims().project, container.string());
+    for (const auto& picture : std::exchange(get_ims().images, {})) {
+        const InputFile* input = input_of_image(picture->name);
+        if (input && read(stored, input->file) == read(data, input->file)) images.add(picture);
+    }
+}
 
 /// The mesh that the project names, where that was asked for.
 std::optional<field_data<double>> read_geometry(dataSetInterface& data, TaskContext& context) {
@@ -90,6 +103,9 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     } else {
         load_xml(data, name.c_str());
     }
+    for (const std::string& complaint : check_settings(data))
+        get_log().write(3, name + ": " + complaint);
+    if (!request_.inputs.empty()) take_stored_inputs(data, request_.inputs, read_images, context);
     write(data, keys::head_file, fs::absolute(request_.file).lexically_normal().string());
     for (const auto& [path, value] : request_.settings)
         data.set_value(path, value, /*is_default=*/false);
@@ -113,19 +129,24 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
-TaskOutcome StorePaintTask::run(TaskContext& context) {
+void StoreLawTask::store(dataSetInterface& data) const {
+    write(data, std::string(keys::sens_paint), record_);
+    write(data, keys::convert_wind_off_ratio, wind_off_ratio_);
+}
+
+TaskOutcome StoreLawTask::run(TaskContext& context) {
     const std::string name = file_.string();
     context.status("Storing the paint calibration:" + name);
     simpleNamedDataSet data;
     if (!is_container(file_)) {
         load_xml(data, name.c_str());
-        write(data, std::string(keys::sens_paint), record_);
+        store(data);
         save_xml(data, name.c_str());
         return TaskOutcome::done;
     }
     read_ims_data(file_, context);
     from_xml(data, get_ims().project, name);
-    write(data, std::string(keys::sens_paint), record_);
+    store(data);
     imagesList images;
     for (auto& picture : get_ims().images)
         images.add(std::move(picture));

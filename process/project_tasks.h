@@ -13,11 +13,17 @@
 
 namespace vyn {
 
+/// True for the name of a container (.ims), false for that of a project file (.xml).
+bool is_container(const std::filesystem::path& file);
+
 /// How a project is opened.
 struct ReadProject {
     enum class Geometry { leave_out, read };
     std::filesystem::path file;  ///< .xml or .ims
     Geometry geometry = Geometry::leave_out;
+    /// A container whose camera pictures, dark images and flat fields are taken where the settings
+    /// name the same files, since it may hold masks and markers that no file has; may be empty.
+    std::filesystem::path inputs{};
     /// Settings that replace those of the file before anything that they name is read.
     std::vector<std::pair<std::string, any>> settings;
 };
@@ -57,16 +63,22 @@ class WriteProjectTask final : public Task {
     std::filesystem::path file_;
 };
 
-/// Puts a paint record into a project file or container; everything else in it stays as it is.
-class StorePaintTask final : public Task {
+/// Puts a law fitted to ports into a project file or container: the paint record, and whether the
+/// field is computed with fa = 1 ("unity") or by the law ("law"). Everything else stays as it is.
+class StoreLawTask final : public Task {
   public:
-    StorePaintTask(std::filesystem::path file, paintFeatures record)
-        : file_(std::move(file)), record_(std::move(record)) {}
+    StoreLawTask(std::filesystem::path file, paintFeatures record, std::string wind_off_ratio)
+        : file_(std::move(file)),
+          record_(std::move(record)),
+          wind_off_ratio_(std::move(wind_off_ratio)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    void store(dataSetInterface& data) const;
+
     std::filesystem::path file_;
     paintFeatures record_;
+    std::string wind_off_ratio_;
 };
 
 }  // namespace vyn

@@ -13,6 +13,7 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "process/image_sizes.h"
+#include "process/input_files.h"
 #include "process/marker_io.h"
 #include "process/mask_file_task.h"
 
@@ -31,10 +32,16 @@ fs::path pictures_of(fs::path copy) {
     return copy.replace_extension();
 }
 
+/// Where they are written before they take the place of the older ones.
+fs::path new_pictures_of(fs::path copy) {
+    return copy.replace_extension(".new");
+}
+
 void remove_copy(const fs::path& copy) {
     std::error_code ignored;
     fs::remove(copy, ignored);
     fs::remove_all(pictures_of(copy), ignored);
+    fs::remove_all(new_pictures_of(copy), ignored);
 }
 
 /// The project file named in a copy.
@@ -61,18 +68,21 @@ RecoveryCopy::RecoveryCopy(const fs::path& folder) {
 
 void RecoveryCopy::keep(const std::string& project,
                         const std::vector<std::shared_ptr<const image>>& pictures) {
-    const fs::path folder = pictures_of(file_);
+    write_file(file_, project);
+    const fs::path fresh = new_pictures_of(file_);
     std::error_code ignored;
-    fs::remove_all(folder, ignored);
-    if (!pictures.empty()) fs::create_directories(folder, ignored);
+    fs::remove_all(fresh, ignored);
     Progress silent;
     for (const auto& picture : pictures) {
+        if (!input_of_image(picture->name)) continue;
+        fs::create_directories(fresh, ignored);
         if (picture->has_unsaved_markers() && !picture->markers.markers.empty())
-            write_marker_file(folder / (picture->name + ".mrk"), picture->markers);
+            write_marker_file(fresh / (picture->name + ".mrk"), picture->markers);
         if (picture->has_unsaved_mask())
-            write_mask(*picture, folder / (picture->name + ".png"), silent);
+            write_mask(*picture, fresh / (picture->name + ".png"), silent);
     }
-    write_file(file_, project);
+    fs::remove_all(pictures_of(file_), ignored);
+    if (fs::exists(fresh, ignored)) fs::rename(fresh, pictures_of(file_), ignored);
 }
 
 void RecoveryCopy::drop() {
@@ -110,12 +120,10 @@ std::vector<LostWork> find_lost_work(const fs::path& folder) {
 namespace {
 
 void restore_markers(image& picture, const fs::path& file) {
-    if (std::error_code ignored; !fs::exists(file, ignored)) return;
     picture.markers = read_marker_file(file, picture.height());
 }
 
 void restore_mask(image& picture, const fs::path& file, Progress& progress) {
-    if (std::error_code ignored; !fs::exists(file, ignored)) return;
     const image mask = read_image(file, progress);
     require_same_size(mask, picture);
     for (int y = 0; y < picture.height(); ++y)
@@ -126,16 +134,24 @@ void restore_mask(image& picture, const fs::path& file, Progress& progress) {
 }  // namespace
 
 TaskOutcome RestorePicturesTask::run(TaskContext& context) {
-    const fs::path folder = pictures_of(copy_);
+    imagesList& images = get_images();
     TaskOutcome outcome = TaskOutcome::done;
-    for (const auto& picture : get_images().all()) {
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(pictures_of(copy_), ignored)) {
+        const fs::path& file = entry.path();
         try {
+            const auto picture = images.find(file.stem().string());
+            if (!picture)
+                throw StateError("process/recovery_copy", __LINE__, "State error!",
+                                 file.string() + ": its image is not loaded");
             image restored = *picture;
-            restore_markers(restored, folder / (restored.name + ".mrk"));
-            restore_mask(restored, folder / (restored.name + ".png"), context);
-            get_images().add(std::move(restored));
+            if (file.extension() == ".mrk")
+                restore_markers(restored, file);
+            else
+                restore_mask(restored, file, context);
+            images.add(std::move(restored));
         } catch (const GenericError&) {
-            outcome = TaskOutcome::done_with_errors;
+            outcome = TaskOutcome::done_with_errors;  // the error stands in the log
         }
     }
     return outcome;

@@ -20,8 +20,9 @@ class RecoveryCopy {
     RecoveryCopy(const RecoveryCopy&) = delete;
     RecoveryCopy& operator=(const RecoveryCopy&) = delete;
 
-    /// Replaces the copy by this project file's text and what is unsaved of these pictures. Raises
-    /// FileError. May be called from another thread than `drop`, not at the same time.
+    /// Replaces the copy by this project file's text and what is unsaved of those of these pictures
+    /// that the project reads: results are computed anew. Raises FileError. May be called from
+    /// another thread than `drop`, not at the same time.
     void keep(const std::string& project,
               const std::vector<std::shared_ptr<const image>>& pictures);
     /// Removes the copy: nothing is unsaved any more, or the user gave it up.
@@ -47,8 +48,9 @@ struct LostWork {
 /// read is left alone.
 std::vector<LostWork> find_lost_work(const std::filesystem::path& folder);
 
-/// Puts lost markers and masks on the images that the list holds, as unsaved ones. What
-/// cannot be read, or is of another size, is left out, its error in the log.
+/// Puts lost markers and masks on the images that the list holds, as unsaved ones. What cannot be
+/// read, is of another size or has no image in the list is left out, with a line in the log and the
+/// outcome done_with_errors.
 class RestorePicturesTask final : public Task {
   public:
     explicit RestorePicturesTask(std::filesystem::path copy) : copy_(std::move(copy)) {}

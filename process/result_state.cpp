@@ -1,11 +1,7 @@
 #include "process/result_state.h"
 
-#include <mutex>
-
-#include "core/errors.h"
 #include "core/keys.h"
 #include "core/numbers.h"
-#include "process/digest.h"
 #include "process/image_origin.h"
 #include "process/input_files.h"
 #include "process/page_rows.h"
@@ -15,31 +11,6 @@ namespace vyn {
 namespace {
 
 constexpr std::string_view nesting = " > ";
-
-/// SHA-256 of a file that has this stamp; computed once per stamp. Empty when it cannot be read.
-std::string sha256_of(const std::filesystem::path& file, const std::string& stamp) {
-    static std::mutex mutex;
-    static std::map<std::string, std::pair<std::string, std::string>> known;
-    {
-        const std::lock_guard lock(mutex);
-        const auto found = known.find(file.string());
-        if (found != known.end() && found->second.first == stamp) return found->second.second;
-    }
-    std::string digest;
-    try {
-        digest = file_sha256(file);
-    } catch (const FileError&) {
-        // Logged where it was raised; a file that cannot be read says nothing.
-    }
-    const std::lock_guard lock(mutex);
-    known[file.string()] = {stamp, digest};
-    return digest;
-}
-
-/// The bytes in a stamp "name, N bytes, time".
-std::string_view size_in(std::string_view stamp) {
-    return stamp.substr(0, stamp.rfind(", "));
-}
 
 /// The meaning of a setting without its explanations.
 std::string meaning_of(const std::string& path) {
@@ -53,7 +24,7 @@ std::string quoted(const std::string& value) {
 
 std::string file_change(const std::string& what, const std::string& old, const std::string& now) {
     const auto name_in = [](const std::string& stamp) {
-        return stamp.substr(0, stamp.rfind(", ", stamp.rfind(", ") - 1));
+        return stamp.substr(0, stamp.rfind(", "));
     };
     if (old.empty()) return "the " + what + " was added";
     if (now.empty()) return "the " + what + " was taken out";
@@ -123,16 +94,7 @@ ImageOrigin ImageStates::compute_origin(const std::string& name) {
     if (!picture || picture->origin.empty()) return {};
     ImageOrigin now = input_origin(data_, *input);
     const ImageOrigin& loaded = picture->origin;
-    if (const auto old = loaded.find("file"); old != loaded.end()) {
-        const auto found = now.find("file");
-        if (found == now.end()) {
-            now.insert(*old);
-        } else if (found->second != old->second && size_in(found->second) == size_in(old->second) &&
-                   !picture->file_sha256.empty() &&
-                   sha256_of(located_file(data_, *input), found->second) == picture->file_sha256) {
-            found->second = old->second;
-        }
-    }
+    if (const auto old = loaded.find("file"); old != loaded.end()) now.insert(*old);
     for (const auto& [item, key] : {std::pair{"marker file", input->raw->marker_file},
                                     std::pair{"mask file", input->raw->mask_file}}) {
         const auto old = loaded.find(item);

@@ -28,7 +28,7 @@ class ImageStates {
     ImageStates(dataSetInterface& data, const imagesList& images) : data_(data), images_(images) {}
 
     /// Of an input (camera picture, dark image, flat field) or a result. A file that is not there
-    /// counts as unchanged; so does one of another time whose bytes have the same SHA-256.
+    /// counts as unchanged.
     ImageState of(const std::string& name);
 
   private:

@@ -175,6 +175,10 @@ json provenance(const dataSetInterface& data, const imagesList& images) {
             {"inputs", std::move(inputs)}};
 }
 
+std::string json_text(const json& value, int indent) {
+    return value.dump(indent, ' ', /*ensure_ascii=*/false, json::error_handler_t::replace);
+}
+
 const char* outcome_name(TaskOutcome outcome) {
     switch (outcome) {
         case TaskOutcome::idle:

@@ -55,6 +55,10 @@ nlohmann::json to_json(const RunReport& report, const dataSetInterface& data,
                        const imagesList& images, TaskOutcome outcome, const std::string& failure,
                        const std::vector<StageTime>& stages);
 
+/// A JSON value as text, in one line unless an indent is given. Bytes that are no UTF-8, as names
+/// of files may hold, become U+FFFD.
+std::string json_text(const nlohmann::json& value, int indent = -1);
+
 /// "done", "done with errors", ...
 const char* outcome_name(TaskOutcome outcome);
 

@@ -6,9 +6,10 @@
 #include "api/image_list.h"
 #include "core/errors.h"
 #include "core/keys.h"
-#include "markers/marker_files.h"
+#include "process/marker_io.h"
 #include "process/project_paths.h"
 #include "process/run_report.h"
+#include "process/unsaved_work.h"
 
 namespace vyn {
 
@@ -18,7 +19,7 @@ void write_with_provenance(const image& picture, const std::filesystem::path& fi
                            TaskContext& context) {
     context.status("Writing " + file.string());
     ImageWriteOptions options;
-    options.provenance = provenance(vyn_db(), get_images()).dump();
+    options.provenance = json_text(provenance(vyn_db(), get_images()));
     write_image(picture, file, options, context);
 }
 
@@ -51,7 +52,8 @@ TaskOutcome SaveFieldTask::run(TaskContext& context) {
     }
     const auto files = field_files(vyn_db(), get_images());
     write_with_provenance(*field, files.front(), context);
-    if (files.size() > 1) write_markers(files[1].string(), field->markers);
+    if (files.size() > 1) write_marker_file(files[1], field->markers);
+    note_written(get_images(), field);
     return TaskOutcome::done;
 }
 

@@ -1,6 +1,6 @@
 #include "process/unsaved_work.h"
 
-#include "process/raw_images.h"
+#include "process/input_files.h"
 
 namespace vyn {
 
@@ -17,14 +17,22 @@ bool has_unsaved_work() {
 }
 
 void note_contained(dataSetInterface& data, imagesList& images) {
-    for (const RawImage& raw : raw_images()) {
-        const auto picture = images.find(raw.name);
-        if (!picture) continue;
+    for (const auto& picture : unsaved_pictures(images)) {
         image noted = *picture;
-        if (!read(data, raw.marker_file).empty()) noted.note_markers_saved();
+        const InputFile* input = input_of_image(picture->name);
+        const bool camera = input && input->role == InputFile::Role::picture;
+        if (!camera || !read(data, input->raw->marker_file).empty()) noted.note_markers_saved();
         noted.note_mask_saved();
         images.add(std::move(noted));
     }
+}
+
+void note_written(imagesList& images, const std::shared_ptr<const image>& written) {
+    if (input_of_image(written->name) || images.find(written->name) != written) return;
+    image noted = *written;
+    noted.note_markers_saved();
+    noted.note_mask_saved();
+    images.add(std::move(noted));
 }
 
 }  // namespace vyn

@@ -15,8 +15,12 @@ std::vector<std::shared_ptr<const image>> unsaved_pictures(const imagesList& ima
 /// lost with it.
 bool has_unsaved_work();
 
-/// After the project with these images was written as a container, which keeps masks, and markers
-/// where the project names a file for them.
+/// After the project with these images was written as a container, which keeps masks and markers;
+/// of a camera picture's markers only where the project names a file for them.
 void note_contained(dataSetInterface& data, imagesList& images);
+
+/// After an image of the list was written with its markers and mask. A camera picture is not what
+/// was written: the project reads its own files.
+void note_written(imagesList& images, const std::shared_ptr<const image>& written);
 
 }  // namespace vyn

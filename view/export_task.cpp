@@ -7,6 +7,7 @@
 #include "api/image_io.h"
 #include "core/version.h"
 #include "process/run_report.h"
+#include "process/unsaved_work.h"
 #include "view/save_rules.h"
 #include "view/tecplot.h"
 
@@ -57,7 +58,7 @@ std::vector<ExportType> export_types() {
 TaskOutcome ExportTask::run(TaskContext& context) {
     context.status("Writing " + request_.file.string());
     const std::string settings =
-        request_.project_results ? provenance(vyn_db(), get_images()).dump() : std::string();
+        request_.project_results ? json_text(provenance(vyn_db(), get_images())) : std::string();
     switch (request_.kind) {
         case ExportKind::png_graphics: {
             PngTexts texts{{"Software", std::string("VynLite ") + program_version},
@@ -73,6 +74,8 @@ TaskOutcome ExportTask::run(TaskContext& context) {
             ImageWriteOptions options;
             options.provenance = settings;
             write_image(*request_.picture, request_.file, options, context);
+            if (lower_extension(request_.file) == field_extension)
+                note_written(get_images(), request_.picture);
             break;
         }
     }

@@ -6,6 +6,7 @@
 #include "core/project_file.h"
 #include "process/ims.h"
 #include "process/raw_images.h"
+#include "view/save_rules.h"
 
 namespace vyn {
 
@@ -35,12 +36,12 @@ std::vector<image> project_images(const fs::path& file, TaskContext& context) {
 
 TaskOutcome OpenImagesTask::run(TaskContext& context) {
     context.status("Reading " + file_.string());
-    const std::string extension = file_.extension().string();
+    const std::string extension = lower_extension(file_);
     imagesList found;
-    if (extension == ".ims") {
+    if (extension == "ims") {
         for (auto& picture : container_images(file_, context))
             found.add(std::move(picture));
-    } else if (extension == ".xml") {
+    } else if (extension == "xml") {
         for (image& picture : project_images(file_, context))
             found.add(std::move(picture));
     } else {

@@ -39,12 +39,14 @@ fs::path file_to_save(PictureOrigin origin, const image& picture, const fs::path
 std::string objection_to_saving(PictureOrigin origin, const image& picture, const fs::path& file,
                                 const imagesList& project) {
     const std::string reason = " holds raw data, which is never overwritten.";
-    if (!is_opened_field(origin, picture) && same_file(picture.file_name, file))
-        return file.string() + reason;
-    // Computed images carry the name of the camera file behind them, so that every image of the
-    // project names an input.
+    // Other computed images carry the name of the camera file behind them; the field that of the
+    // file that it is saved to.
+    const auto comes_from = [&](const image& source) {
+        return source.name != image_names::field && same_file(source.file_name, file);
+    };
+    if (!is_opened_field(origin, picture) && comes_from(picture)) return file.string() + reason;
     for (const auto& other : project.all())
-        if (same_file(other->file_name, file)) return file.string() + reason;
+        if (comes_from(*other)) return file.string() + reason;
     return {};
 }
 

@@ -38,6 +38,26 @@ TEST(Keys, ReadGivesTheDefaultsOfTheTableAndParseTakesWhatItAllows) {
     EXPECT_EQ(parse_setting("project/processing/convert/field", "Cp").get<std::string>(), "Cp");
 }
 
+TEST(Keys, SettingsOfOthersAreCheckedAndWholeNumbersAreNumbers) {
+    simpleNamedDataSet data;
+    const std::string pressure = std::string(keys::flow) + "wind_off_p";
+    data.write(pressure, 100000);
+    data.write(keys::convert_field.path, "Presure");
+    data.write(keys::spline_degree.path, 9);
+    data.write(keys::markers_order.path, "2");
+    data.write("project/not/ours", 1);
+    data.set_modified(false);
+    const std::vector<std::string> complaints = check_settings(data);
+    ASSERT_EQ(complaints.size(), 3u);
+    EXPECT_THAT(complaints[0],
+                HasSubstr("markers_order: \"2\" is not what it takes, a whole number;"
+                          " its default \"1\" is used"));
+    EXPECT_THAT(complaints[1], HasSubstr("spline_degree: \"9\""));
+    EXPECT_THAT(complaints[2], HasSubstr("\"Presure\" is not what it takes, one of \"Pressure\""));
+    EXPECT_EQ(data.read(pressure, 0.0), 100000.0);
+    EXPECT_FALSE(data.modified());
+}
+
 TEST(Keys, ARefusedSettingIsAnErrorThatNamesItAndHelps) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"project/flow/mech", "1", "did you mean \"project/flow/mach\"?"},

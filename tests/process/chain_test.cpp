@@ -18,6 +18,7 @@
 #include "process/raw_images.h"
 #include "process/save_image_task.h"
 #include "process/synthetic_point.h"
+#include "tests/support/error_of.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {
@@ -318,6 +319,10 @@ TEST_F(Chain, FieldIsSavedWhereTheProjectSaysWithItsMarkers) {
     EXPECT_TRUE(same_bits(saved, *get_images().find(image_names::field)));
     EXPECT_FALSE(saved.markers.markers.empty());
     EXPECT_TRUE(std::filesystem::exists(folder / "pressure.mrk"));
+
+    write<std::string>(vyn_db(), keys::pressure_mark_file, "pressure.txt");
+    EXPECT_THAT(error_of<FileError>([&] { run(SaveFieldTask()); }).detail,
+                HasSubstr("pressure.txt: not the extension of a marker format"));
 }
 
 TEST_F(Chain, DarkLevelAboveEveryPixelIsSaid) {

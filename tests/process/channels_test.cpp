@@ -5,6 +5,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "process/chain.h"
+#include "process/channel_ratio_task.h"
 #include "process/experiment_type.h"
 #include "process/field_comparison.h"
 #include "process/find_markers_task.h"
@@ -137,6 +138,18 @@ TEST_F(ChannelsTest, ResultsAreThereUnderTheirNamesAndGoTogether) {
     remove_results(get_images());
     for (const char* name : image_names::results)
         EXPECT_FALSE(get_images().find(name)) << name;
+}
+
+TEST_F(ChannelsTest, AnAbortedRatioLeavesTheAlignedPicturesOfTheOldOne) {
+    struct StoppedWhileFiltering : TaskContext {
+        bool aborted() const override { return snapshot().status == "Filtering Wind On"; }
+    } stopped;
+    open_point({.width = 200, .height = 150, .channels = Channels::binary});
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    const auto aligned = get_images().find(image_names::wind_on_refe_aligned);
+    write(vyn_db(), keys::filter_enable, 1);
+    EXPECT_THROW(ChannelRatioTask(report).run(stopped), Aborted);
+    EXPECT_EQ(get_images().find(image_names::wind_on_refe_aligned), aligned);
 }
 
 /// The two ways round the pictures differ when one mapping is wrong, and the report shows it.

@@ -180,10 +180,12 @@ TEST_F(Page, WhatHasNoEffectLeavesResultsCurrent) {
     write(vyn_db(), keys::filter_dx, 9);        // filter is off
     write(vyn_db(), keys::threshold_max, 2.0);  // thresholds are off
     vyn_db().write(std::string(keys::flow) + "alpha", 12.0);
-    const auto file = folder / "wind_on.tif";
-    std::filesystem::last_write_time(
-        file, std::filesystem::last_write_time(file) + std::chrono::hours(1));  // same bytes
-    std::filesystem::remove(folder / "wind_off_dark.tif");                      // an unplugged disk
+    for (const char* copied : {"wind_on.tif", "wind_on.mrk"}) {
+        const auto file = folder / copied;
+        std::filesystem::last_write_time(
+            file, std::filesystem::last_write_time(file) + std::chrono::hours(1));
+    }
+    std::filesystem::remove(folder / "wind_off_dark.tif");  // an unplugged disk
     for (const std::string& name : page_results(ExperimentType::single))
         EXPECT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
 }

@@ -7,6 +7,8 @@
 #include "markers/marker_files.h"
 #include "process/project_tasks.h"
 #include "process/raw_images.h"
+#include "process/save_image_task.h"
+#include "process/unsaved_work.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {
@@ -135,6 +137,55 @@ TEST_F(ProjectTasks, ContainerHoldsSettingsAndImagesExactly) {
     ASSERT_TRUE(get_images().find("field_P"));
     EXPECT_EQ(get_images().find("field_P")->width(), 5);
     EXPECT_EQ(get_ims().version, "2.51");
+}
+
+TEST_F(ProjectTasks, AContainerSavesWhatWasDrawnAndServesARecoveredProject) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    for (const char* name : {"wind_off_sens", "wind_on_sens", "Iref"}) {
+        image picture = sample_image(name);
+        picture.note_markers_saved();
+        picture.note_mask_saved();
+        picture.markers.markers[0].x = 3;
+        picture.mask()(4, 4) = 1;
+        get_images().add(std::move(picture));
+    }
+    write<std::string>(vyn_db(), keys::wind_on_sens_mark_file, "on.mrk");
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    const auto unsaved = unsaved_pictures(get_images());
+    ASSERT_EQ(unsaved.size(), 1u) << "markers that no marker file is named for do not come back";
+    EXPECT_EQ(unsaved[0]->name, "wind_off_sens");
+    EXPECT_FALSE(unsaved[0]->has_unsaved_mask());
+
+    // The settings changed after that, and only a copy of them is left.
+    write<std::string>(vyn_db(), keys::wind_off_sens_file, "images/on.tif");
+    save_xml(vyn_db(), (folder / "copy.xml").c_str());
+    reset();
+    ReadProject request{.file = folder / "copy.xml", .inputs = container, .settings = {}};
+    request.settings.emplace_back(keys::head_file.path, any(container.string()));
+    ASSERT_EQ(run(ReadProjectTask(request)), TaskOutcome::done);
+    EXPECT_EQ(get_images().find("wind_on_sens")->mask()(4, 4), 1);
+    EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers[0].x, 3);
+    EXPECT_EQ(get_images().find("wind_off_sens")->mask()(4, 4), 0) << "another file is named now";
+    EXPECT_FALSE(get_images().find("Iref"));
+}
+
+TEST_F(ProjectTasks, NamesThatAreNoUtf8AreNoHindrance) {
+    write_project();
+    const std::string name = "images/m\xE9lange.tif";
+    fs::copy_file(folder / "images/on.tif", folder / name);
+    ASSERT_EQ(run(ReadProjectTask(
+                  {.file = project,
+                   .settings = {{std::string(keys::wind_on_sens_file.path), any(name)}}})),
+              TaskOutcome::done);
+    EXPECT_EQ(run(SaveImageTask("wind_on_sens", folder / "out.imp")), TaskOutcome::done);
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    fs::remove_all(folder / "images");
+    ASSERT_EQ(read(container), TaskOutcome::done);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::wind_on_sens_file), name);
+    EXPECT_TRUE(get_images().find("wind_on_sens"));
 }
 
 TEST_F(ProjectTasks, DamagedContainersAreRefused) {

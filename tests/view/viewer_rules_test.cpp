@@ -125,6 +125,10 @@ TEST_F(SaveRules, RawDataIsNeverTheTarget) {
     EXPECT_FALSE(allowed(file, field, "flat.tif"));
     EXPECT_TRUE(allowed(file, field, "field.imp"));
     EXPECT_TRUE(allowed(camera, raw, "new.imp"));
+    image computed_field = picture_of("pressure.imp");  // saved before
+    computed_field.name = image_names::field;
+    project.add(image(computed_field));
+    EXPECT_TRUE(allowed(computed, computed_field, "pressure.imp"));
 }
 
 }  // namespace
