@@ -50,7 +50,6 @@ QVynPaintCalibration::QVynPaintCalibration(dataSetInterface& settings, QWidget* 
     groups->addWidget(test_group(), 0, 2);
     groups->addWidget(panel, 1, 2);
     groups->setColumnStretch(1, 1);
-    panel->setMinimumWidth(panel->minimumSizeHint().width() * 3 / 4);  // beside two more columns
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(groups, 1);
     add_buttons(*layout);
