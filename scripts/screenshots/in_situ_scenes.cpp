@@ -74,8 +74,10 @@ void play_in_situ(Theatre& theatre) {
     field.setAttribute(Qt::WA_DeleteOnClose, false);
     theatre.shots.take(field, QStringLiteral("viewer_calibrated"), viewer_size);
     field.hide();
-    theatre.shots.take_modal(QStringLiteral("point_check"), "vyn::PointCheckDialog",
-                             [&] { child<QPushButton>(window, "check_btn").click(); });
+    theatre.shots.take_modal(
+        QStringLiteral("point_check"), "vyn::PointCheckDialog",
+        [&] { child<QPushButton>(window, "check_btn").click(); },
+        [](QWidget& check) { check.resize(900, 700); });
     vyn_db().set_modified(false);
 }
 
