@@ -1,5 +1,6 @@
 #include "view/tecplot.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fstream>
@@ -22,7 +23,8 @@ void append(std::string& line, Number number) {
     line.append(digits, end).push_back(' ');
 }
 
-std::string header(const image& picture, const std::string& caption) {
+std::string header(const image& picture, std::string caption) {
+    std::ranges::replace(caption, '"', '\'');  // quotes end a text, and cannot be masked
     const bool vectors = picture.displacement.has_value();
     std::string text = "TITLE=\"" + caption + "\"\n";
     text += "VARIABLES =\"x\" \"y\" \"i\" ";

@@ -48,11 +48,11 @@ TEST(Tecplot, HoldsHeaderAndOneLinePerPixel) {
     picture.displacement->v = Bitmap<float>(2, 1, 1e-7F);
     picture.values()(1, 0) = -4e20F;
     picture.mask()(1, 0) = 3;
-    write_tecplot(picture, "v", folder / "f.dat", progress);
+    write_tecplot(picture, "a \"v\"", folder / "f.dat", progress);
     EXPECT_EQ(get_file(folder / "f.dat"),
-              "TITLE=\"v\"\n"
+              "TITLE=\"a 'v'\"\n"
               "VARIABLES =\"x\" \"y\" \"i\" \"u\" \"v\"\"b\"\n"
-              "ZONE T=\"v\" I=2,J=1,K=1,F=POINT\n"
+              "ZONE T=\"a 'v'\" I=2,J=1,K=1,F=POINT\n"
               "DT=(DOUBLE DOUBLE DOUBLE DOUBLE DOUBLE DOUBLE \n"
               "0 0 0.1 -1.5 1e-07 0\n"
               "1 0 -4e+20 -1.5 1e-07 1\n");

@@ -143,13 +143,19 @@ bool ViewerFiles::write(ExportRequest request) {
     return true;
 }
 
+bool ViewerFiles::write_image_file(const fs::path& file) {
+    if (!write({viewer_.picture(), file, ExportKind::image_file, {}, {}, false})) return false;
+    // Other formats do not hold what was drawn.
+    if (lower_extension(file.string()) == "imp") viewer_.setModifiedChanged(false);
+    return true;
+}
+
 void ViewerFiles::save() {
     const auto picture = viewer_.picture();
     if (!picture) return;
     const fs::path file = file_to_save(viewer_.origin(), *picture, saved_as_);
     if (file.empty()) return save_as();
-    if (write({picture, file, ExportKind::image_file, {}, {}, false}))
-        viewer_.setModifiedChanged(false);
+    write_image_file(file);
 }
 
 void ViewerFiles::save_as() {
@@ -157,9 +163,7 @@ void ViewerFiles::save_as() {
     if (!picture) return;
     const auto choice = choose(tr("Save as"), image_file_types(), *picture);
     if (!choice) return;
-    if (!write({picture, choice->file, ExportKind::image_file, {}, {}, false})) return;
-    saved_as_ = choice->file;
-    viewer_.setModifiedChanged(false);
+    if (write_image_file(choice->file)) saved_as_ = choice->file;
 }
 
 void ViewerFiles::export_picture() {

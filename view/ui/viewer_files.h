@@ -41,6 +41,7 @@ class ViewerFiles : public QObject {
                                  const image& picture);
     bool may_write(const std::filesystem::path& typed, const std::filesystem::path& file,
                    const image& picture);
+    bool write_image_file(const std::filesystem::path& file);
     bool write(ExportRequest request);
     bool run(std::unique_ptr<Task> task, const QString& what);
 
