@@ -45,7 +45,7 @@ VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
     connect_actions();
     languageChange();
     setAcceptDrops(true);
-    resize(on_screen({fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 54}));
+    resize(on_screen({fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 58}));
     restoreGeometry(QSettings().value(geometry_setting()).toByteArray());
     start_pages();
     startTimer(title_period_ms);
