@@ -104,7 +104,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
         load_xml(data, name.c_str());
     }
     for (const std::string& complaint : check_settings(data))
-        get_log().write(3, name + ": " + complaint);
+        get_log().write(3, std::string(name).append(": ").append(complaint));
     if (!request_.inputs.empty()) take_stored_inputs(data, request_.inputs, read_images, context);
     write(data, keys::head_file, fs::absolute(request_.file).lexically_normal().string());
     for (const auto& [path, value] : request_.settings)
