@@ -10,7 +10,7 @@
 #include "core/errors.h"
 #include "core/ui/command.h"
 #include "core/ui/window_size.h"
-#include "markers/marker_files.h"
+#include "process/marker_io.h"
 #include "process/project_paths.h"
 #include "view/html_report.h"
 
@@ -23,13 +23,7 @@ constexpr QSize first_size{900, 700};
 /// Ports in pixels of the field. Raises FileError naming the file and what is wrong.
 MarkerSet read_ports(const std::string& file) {
     const auto field = get_images().find(image_names::field);
-    MarkerSet ports;
-    const MarkerFileResult result = read_markers(file, ports, field ? field->height() : 0);
-    if (!result) throw FileError("app/point_check_dialog", __LINE__, "File error!", result.detail);
-    if (!ports.hasF)
-        throw FileError("app/point_check_dialog", __LINE__, "File error!",
-                        file + ": the markers have no pressures");
-    return ports;
+    return read_port_file(file, field ? field->height() : 0);
 }
 
 }  // namespace

@@ -92,6 +92,11 @@ ExitStatus calibrate(const CalibrateOptions& options) {
     if (unit != "Pa" && !is_pressure_unit(unit))
         throw UsageError("--unit " + unit + ": there is no such pressure unit");
 
+    const std::string rule(keys::convert_wind_off_ratio.path);
+    for (const std::string& setting : options.settings)
+        if (setting.starts_with(rule + "="))
+            throw UsageError("--set " + setting + ": here --wind-off-ratio says it");
+
     Runner runner;
     const auto run = std::make_shared<RunReport>();
     const auto ratio = compute_ratio(options, runner, run);

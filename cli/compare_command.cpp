@@ -9,8 +9,8 @@
 #include "cli/interrupt.h"
 #include "core/errors.h"
 #include "core/numbers.h"
-#include "markers/marker_files.h"
 #include "process/field_comparison.h"
+#include "process/marker_io.h"
 
 namespace vyn::cli {
 
@@ -65,10 +65,7 @@ std::string as_json(const FieldComparison& result) {
 
 /// The markers of a file, or those that the field carries.
 std::vector<Point> dots_of(const std::string& file, const image& field) {
-    MarkerSet set = field.markers;
-    if (!file.empty())
-        if (const MarkerFileResult result = read_markers(file, set, field.height()); !result)
-            throw FileError("cli/compare_command", __LINE__, "File error!", result.detail);
+    const MarkerSet set = file.empty() ? field.markers : read_marker_file(file, field.height());
     std::vector<Point> dots;
     for (const Marker& marker : set.markers)
         dots.push_back({marker.x, marker.y});

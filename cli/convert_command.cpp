@@ -9,6 +9,7 @@
 #include "cli/settings.h"
 #include "core/version.h"
 #include "process/digest.h"
+#include "process/run_report.h"
 
 namespace vyn::cli {
 
@@ -25,13 +26,12 @@ ExitStatus convert(const ConvertOptions& options) {
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     InterruptProgress progress;
     const image picture = read_image(options.source, progress);
-    const nlohmann::ordered_json provenance = {
+    const nlohmann::json provenance = {
         {"program", std::string("VynLite ") + program_version},
         {"converted_from", {{"file", options.source}, {"sha256", file_sha256(options.source)}}}};
     ImageWriteOptions write_options;
     if (options.scale) write_options.scale = ImageWriteOptions::Scale::stretch;
-    write_options.provenance =
-        provenance.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    write_options.provenance = json_text(provenance);
     write_image(picture, options.target, write_options, progress);
     return ExitStatus::done;
 }

@@ -9,6 +9,7 @@
 #include "cli/settings.h"
 #include "core/version.h"
 #include "process/digest.h"
+#include "process/run_report.h"
 
 namespace vyn::cli {
 
@@ -25,7 +26,7 @@ struct FilterCommand {
 
 std::string provenance_of(const FilterCommand& command) {
     const FilterOptions& filter = command.filter;
-    const nlohmann::ordered_json provenance = {
+    const nlohmann::json provenance = {
         {"program", std::string("VynLite ") + program_version},
         {"filtered_from", {{"file", command.source}, {"sha256", file_sha256(command.source)}}},
         {"filter",
@@ -38,7 +39,7 @@ std::string provenance_of(const FilterCommand& command) {
           {"range", filter.range_percent},
           {"iterations", filter.iterations},
           {"holes_only", command.holes_only}}}};
-    return provenance.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return json_text(provenance);
 }
 
 ExitStatus filter_file(FilterCommand command) {

@@ -5,8 +5,7 @@
 #include <optional>
 
 #include "cli/settings.h"
-#include "core/errors.h"
-#include "markers/marker_files.h"
+#include "process/marker_io.h"
 
 namespace vyn::cli {
 
@@ -19,10 +18,6 @@ struct MarkersOptions {
     bool force = false;
     Work sub_command;
 };
-
-void check(const MarkerFileResult& result) {
-    if (!result) throw FileError("cli/markers_command", __LINE__, "File error!", result.detail);
-}
 
 ExitStatus convert_markers(const MarkersOptions& options) {
     if (options.source.empty() || options.target.empty())
@@ -44,16 +39,6 @@ ExitStatus work(const MarkersOptions& options) {
 }
 
 }  // namespace
-
-MarkerSet read_marker_file(const std::string& file, int image_height) {
-    MarkerSet set;
-    check(read_markers(file, set, image_height));
-    return set;
-}
-
-void write_marker_file(const std::string& file, const MarkerSet& set) {
-    check(write_markers(file, set));
-}
 
 Work prepare_markers(CLI::App& app, const GlobalOptions&) {
     const auto options = std::make_shared<MarkersOptions>();

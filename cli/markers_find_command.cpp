@@ -11,6 +11,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
+#include "process/marker_io.h"
 
 namespace vyn::cli {
 

@@ -5,6 +5,7 @@
 #include "cli/markers_command.h"
 #include "core/errors.h"
 #include "core/numbers.h"
+#include "process/marker_io.h"
 
 namespace vyn::cli {
 

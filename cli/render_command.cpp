@@ -7,12 +7,12 @@
 #include "api/image_io.h"
 #include "cli/commands.h"
 #include "cli/interrupt.h"
-#include "cli/markers_command.h"
 #include "cli/settings.h"
 #include "core/errors.h"
 #include "core/numbers.h"
 #include "core/version.h"
 #include "process/digest.h"
+#include "process/marker_io.h"
 #include "view/picture.h"
 
 namespace vyn::cli {

@@ -11,11 +11,11 @@
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
-#include "markers/marker_files.h"
 #include "process/chain.h"
 #include "process/experiment_type.h"
 #include "process/find_markers_task.h"
 #include "process/image_origin.h"
+#include "process/marker_io.h"
 #include "process/project_tasks.h"
 #include "process/save_image_task.h"
 #include "view/html_report.h"
@@ -124,15 +124,9 @@ void check_detection(const RunOptions& options) {
 
 /// The ports that the page compares the field with; the height (pixels) is that of the field.
 MarkerSet read_ports(const RunOptions& options, int image_height) {
-    MarkerSet ports;
-    if (options.ports.empty()) return ports;
+    if (options.ports.empty()) return {};
     if (options.html.empty()) throw UsageError("--ports belongs to --html");
-    const MarkerFileResult result = read_markers(options.ports, ports, image_height);
-    if (!result) throw FileError("cli/run_command", __LINE__, "File error!", result.detail);
-    if (!ports.hasF)
-        throw FileError("cli/run_command", __LINE__, "File error!",
-                        options.ports + ": the markers have no pressures");
-    return ports;
+    return read_port_file(options.ports, image_height);
 }
 
 /// Writes the check of the point as a page, also of a run that failed: what there is then.

@@ -37,13 +37,13 @@ void picture_remarks(dataSetInterface& data, const imagesList& images, Experimen
     }
 }
 
-/// The numbers as they enter the law, in one sentence, and what is to be feared of them.
 /// Laws fitted to ports know one temperature only.
 bool depends_on_temperature(const paintFeatures& paint) {
     return std::ranges::any_of(paint.gamma,
                                [](const auto& row) { return row[1] != 0 || row[2] != 0; });
 }
 
+/// The numbers as they enter the law, in one sentence, and what is to be feared of them.
 void law_remarks(dataSetInterface& data, const imagesList& images,
                  std::vector<std::string>& remarks) {
     LawConditions conditions = law_conditions(data, images);

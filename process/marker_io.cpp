@@ -20,6 +20,14 @@ MarkerSet read_marker_file(const std::filesystem::path& file, int image_height) 
     return set;
 }
 
+MarkerSet read_port_file(const std::filesystem::path& file, int image_height) {
+    MarkerSet ports = read_marker_file(file, image_height);
+    if (!ports.hasF)
+        throw FileError(unit, __LINE__, "File error!",
+                        file.string() + ": the markers have no pressures");
+    return ports;
+}
+
 void write_marker_file(const std::filesystem::path& file, const MarkerSet& set) {
     constexpr const char* text = "Error writing Markers";
     MarkerFileResult result;

@@ -10,6 +10,9 @@ namespace vyn {
 /// them goes to the log. Raises FileError naming the file and what is wrong.
 MarkerSet read_marker_file(const std::filesystem::path& file, int image_height);
 
+/// The same for pressure ports; raises FileError, too, when the markers have no pressures.
+MarkerSet read_port_file(const std::filesystem::path& file, int image_height);
+
 /// Writes markers; the extension picks the format. Raises FileError "Error writing Markers" naming
 /// the file and what is wrong.
 void write_marker_file(const std::filesystem::path& file, const MarkerSet& set);

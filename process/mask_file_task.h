@@ -11,8 +11,8 @@ namespace vyn {
 /// Writes the exclusion mask of an image as an 8-bit PNG (255 = excluded). Raises FileError.
 void write_mask(const image& picture, const std::filesystem::path& file, Progress& progress);
 
-/// Writes such a mask and, for a camera picture
-/// of the project (else null), makes it the mask file that the project names for it.
+/// Writes such a mask and, for a camera picture of the project (else null), makes it the mask file
+/// that the project names for it.
 class SaveMaskTask final : public Task {
   public:
     SaveMaskTask(std::shared_ptr<const image> picture, std::filesystem::path file,

@@ -77,4 +77,27 @@ std::shared_ptr<Job> page_job(PageStep step, dataSetInterface& data, const image
     return with_origins(plain_job(step, data, images, report));
 }
 
+bool replaces(PageStep step, ExperimentType type, std::string_view result) {
+    switch (step) {
+        case PageStep::correct_wind_off:
+            return result == names::wind_off_sens_cor || result == names::wind_off_refe_cor;
+        case PageStep::correct_wind_on:
+            return result == names::wind_on_sens_cor || result == names::wind_on_refe_cor;
+        case PageStep::ratio:
+            return type == ExperimentType::single
+                       ? result == names::wind_on_sens_aligned || result == names::ratio
+                       : result != names::field;
+        case PageStep::field:
+            return result == names::field;
+        case PageStep::all:
+            return true;
+        case PageStep::save_field:
+        case PageStep::in_situ:
+        case PageStep::check:
+        case PageStep::count:
+            break;
+    }
+    return false;
+}
+
 }  // namespace vyn

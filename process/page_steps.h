@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "core/task.h"
+#include "process/experiment_type.h"
 #include "process/requirements.h"
 #include "process/run_report.h"
 
@@ -12,5 +14,8 @@ namespace vyn {
 /// something is missing for it, and for the steps that are dialogs.
 std::shared_ptr<Job> page_job(PageStep step, dataSetInterface& data, const imagesList& images,
                               const std::shared_ptr<RunReport>& report);
+
+/// True when the step publishes this result anew, so that what was drawn on it goes.
+bool replaces(PageStep step, ExperimentType type, std::string_view result);
 
 }  // namespace vyn

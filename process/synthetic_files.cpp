@@ -5,9 +5,9 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "core/version.h"
-#include "markers/marker_files.h"
 #include "process/experiment_type.h"
 #include "process/field_quantity.h"
+#include "process/marker_io.h"
 #include "process/synthetic_point.h"
 
 namespace vyn {
@@ -95,11 +95,6 @@ std::string provenance_of(const SyntheticPoint& point) {
     return text.dump();
 }
 
-void put_markers(const fs::path& file, const MarkerSet& set) {
-    if (const MarkerFileResult result = write_markers(file.string(), set); !result)
-        throw FileError("process/synthetic_files", __LINE__, "Error writing file", result.detail);
-}
-
 cameraFeatures with_flat(cameraFeatures camera, const CameraFiles& files) {
     camera.flat_file = files.flat;
     return camera;
@@ -152,8 +147,8 @@ void put_camera(const fs::path& folder, const CameraFiles& files, const Syntheti
                                  {files.wind_on_dark, &pictures.wind_on_dark}});
     if (files.camera.empty()) return;
     images.emplace_back(files.flat, &pictures.flat);
-    put_markers(folder / files.wind_off_markers, pictures.wind_off_markers);
-    put_markers(folder / files.wind_on_markers, pictures.wind_on_markers);
+    write_marker_file(folder / files.wind_off_markers, pictures.wind_off_markers);
+    write_marker_file(folder / files.wind_on_markers, pictures.wind_on_markers);
     write_camera((folder / files.camera).string(), with_flat(camera, files));
 }
 
@@ -192,8 +187,8 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
         write_image(*picture, folder / name, options, part);
         ++done;
     }
-    put_markers(folder / truth_marker_file, point.truth_markers);
-    put_markers(folder / port_file, point.ports);
+    write_marker_file(folder / truth_marker_file, point.truth_markers);
+    write_marker_file(folder / port_file, point.ports);
     write_paint_calibration((folder / paint_file).string(), point.paint);
     put_project(folder / project_file, point);
 }

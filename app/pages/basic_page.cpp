@@ -169,8 +169,7 @@ bool BasicPage::may_replace_field() {
 bool BasicPage::may_replace_results(PageStep step) {
     QStringList drawn;
     for (const auto& picture : unsaved_pictures(get_images()))
-        if (step == PageStep::field ? picture->name == image_names::field
-                                    : std::ranges::count(image_names::results, picture->name) > 0)
+        if (!input_of_image(picture->name) && replaces(step, type_, picture->name))
             drawn << QString::fromStdString(image_label(type_, picture->name));
     return drawn.isEmpty() ||
            QMessageBox::question(

@@ -1,7 +1,5 @@
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
 #include <QTextBrowser>
@@ -11,9 +9,6 @@
 #include "api/image_io.h"
 #include "api/image_list.h"
 #include "app/pages/elided_label.h"
-#include "app/point_check_dialog.h"
-#include "calib/ui/calibration_results.h"
-#include "calib/ui/in_situ_dialog.h"
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "core/task.h"

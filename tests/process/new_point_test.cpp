@@ -11,6 +11,8 @@
 namespace vyn::test {
 namespace {
 
+namespace fs = std::filesystem;
+
 class NewPoint : public ProjectTest {
   protected:
     /// Files in the project's folder, and settings that name some of them.
@@ -91,6 +93,34 @@ TEST_F(NewPoint, ACreatedProjectIsReadBack) {
         EXPECT_EQ(read(vyn_db(), keys::markers_order), 2) << name;
         EXPECT_EQ(read(vyn_db(), keys::head_file), (folder / name).string());
     }
+}
+
+class Recovery : public ProjectTest {};
+
+TEST_F(Recovery, ABrokenMaskDoesNotLoseTheMarkers) {
+    image picture(16, 8);
+    picture.name = image_names::wind_off_sens;
+    picture.note_markers_saved();
+    picture.note_mask_saved();
+    get_images().add(image(picture));
+    picture.markers.markers.push_back({.x = 3, .y = 4, .id = 5});
+    picture.markers.hasX = picture.markers.hasY = true;
+    picture.mask()(1, 2) = 1;
+    const fs::path states = folder / "states";
+    auto running = std::make_unique<RecoveryCopy>(states);
+    running->keep(to_xml(vyn_db()), {std::make_shared<const image>(std::move(picture))});
+    running.reset();
+    const auto lost = find_lost_work(states);
+    ASSERT_EQ(lost.size(), 1u);
+    ASSERT_TRUE(lost[0].has_pictures());
+    for (const auto& entry : fs::recursive_directory_iterator(states))
+        if (entry.path().extension() == ".png") put_file(entry.path(), "cut off");
+    EXPECT_EQ(run(RestorePicturesTask(lost[0].copy)), TaskOutcome::done_with_errors);
+    const auto found = get_images().find(image_names::wind_off_sens);
+    ASSERT_EQ(found->markers.markers.size(), 1u);
+    EXPECT_EQ(found->markers.markers[0].id, 5);
+    EXPECT_EQ(found->mask()(1, 2), 0);
+    EXPECT_TRUE(found->has_unsaved_markers());
 }
 
 TEST(RecoveryCopy, IsFoundOnlyWhenItsProgramIsGone) {
