@@ -1,15 +1,14 @@
 #include "align/displacement_map.h"
 
 #include <cmath>
-#include <csignal>
 #include <filesystem>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include "api/image_io.h"
 #include "core/errors.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
@@ -186,26 +185,6 @@ TEST(DisplacementMap, FilesThatCannotBeOpened) {
     }
 }
 
-/// Files of at most so many bytes while it lives, as on a full disk.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit limit{bytes, old_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &old_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    void (*handler_)(int);
-    rlimit old_{};
-};
-
 TEST(DisplacementMap, KeepsTheOldContentWhenTheDiskIsFull) {
     const TemporaryFolder folder;
     DisplacementMap map = small_map(8);
@@ -215,7 +194,7 @@ TEST(DisplacementMap, KeepsTheOldContentWhenTheDiskIsFull) {
     const std::string missing = folder / "new.dat";
     put_file(old, "kept");
     {
-        const FileSizeLimit full(10000);
+        const FullDisk full(10000);
         expect_file_error(old, 132, [&] { map.write_map(old, MapIntensity::none); });
         expect_file_error(old, 44, [&] { map.append_map(old, MapIntensity::none); });
         expect_file_error(missing, 44, [&] { map.append_map(missing, MapIntensity::none); });
