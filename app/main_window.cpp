@@ -18,7 +18,7 @@
 #include "core/ui/icons.h"
 #include "core/ui/window_size.h"
 #include "core/version.h"
-#include "process/ims.h"
+#include "process/project/ims.h"
 
 namespace vyn {
 

@@ -11,7 +11,7 @@
 #include "app/viewer_windows.h"
 #include "core/ui/log_page.h"
 #include "core/user_folders.h"
-#include "process/experiment_type.h"
+#include "process/point/experiment_type.h"
 
 namespace vyn {
 

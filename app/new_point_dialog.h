@@ -3,7 +3,7 @@
 #include <QDialog>
 #include <vector>
 
-#include "process/new_point.h"
+#include "process/project/new_point.h"
 
 class QComboBox;
 class QTableWidget;

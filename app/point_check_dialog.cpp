@@ -10,9 +10,9 @@
 #include "core/errors.h"
 #include "core/ui/command.h"
 #include "core/ui/window_size.h"
-#include "process/marker_io.h"
-#include "process/project_paths.h"
-#include "view/html_report.h"
+#include "process/point/marker_io.h"
+#include "process/point/project_paths.h"
+#include "process/report/html_report.h"
 
 namespace vyn {
 

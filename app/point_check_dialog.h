@@ -7,7 +7,7 @@
 
 #include "core/ui/busy_box.h"
 #include "markers/marker.h"
-#include "process/run_report.h"
+#include "process/report/run_report.h"
 
 namespace vyn {
 

@@ -12,13 +12,13 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "core/ui/busy_box.h"
-#include "process/ims.h"
-#include "process/new_point.h"
-#include "process/page_rows.h"
-#include "process/project_paths.h"
-#include "process/project_tasks.h"
-#include "process/raw_images.h"
-#include "process/unsaved_work.h"
+#include "process/page/page_rows.h"
+#include "process/point/project_paths.h"
+#include "process/point/raw_images.h"
+#include "process/point/unsaved_work.h"
+#include "process/project/ims.h"
+#include "process/project/new_point.h"
+#include "process/project/project_tasks.h"
 
 namespace vyn {
 

@@ -9,7 +9,7 @@
 #include "core/file_lock.h"
 #include "core/task.h"
 #include "core/worker.h"
-#include "process/recovery_copy.h"
+#include "process/project/recovery_copy.h"
 
 namespace vyn {
 

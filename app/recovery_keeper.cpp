@@ -4,7 +4,7 @@
 
 #include "core/errors.h"
 #include "core/project_file.h"
-#include "process/unsaved_work.h"
+#include "process/point/unsaved_work.h"
 
 namespace vyn {
 

@@ -5,7 +5,7 @@
 #include <future>
 #include <utility>
 
-#include "process/recovery_copy.h"
+#include "process/project/recovery_copy.h"
 
 namespace vyn {
 

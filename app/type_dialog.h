@@ -3,7 +3,7 @@
 #include <QDialog>
 #include <optional>
 
-#include "process/experiment_type.h"
+#include "process/point/experiment_type.h"
 
 class QRadioButton;
 

@@ -1,6 +1,6 @@
 #include "app/viewer_windows.h"
 
-#include "view/ui/field_viewer.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "align/marker_centroid.h"
-#include "align/marker_detection.h"
+#include "align/dots/marker_centroid.h"
+#include "align/dots/marker_detection.h"
 #include "api/filters.h"
 #include "api/parallel.h"
 #include "api/pixel_ops.h"

@@ -11,8 +11,8 @@
 #include "api/parallel.h"
 #include "bench/measure.h"
 #include "bench/scene.h"
-#include "view/limits.h"
-#include "view/render.h"
+#include "render/limits.h"
+#include "render/render.h"
 
 namespace vyn::bench {
 

@@ -17,11 +17,11 @@
 
 #include "api/image_io.h"
 #include "bench/pings.h"
-#include "view/limits.h"
-#include "view/pixel_runs.h"
-#include "view/region_edit.h"
-#include "view/ui/field_view.h"
-#include "view/ui/field_viewer.h"
+#include "render/limits.h"
+#include "view/edit/pixel_runs.h"
+#include "view/edit/region_edit.h"
+#include "view/ui/canvas/field_view.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 namespace {

@@ -18,7 +18,7 @@
 #include "app/main_window.h"
 #include "bench/pings.h"
 #include "core/task.h"
-#include "process/synthetic_point.h"
+#include "sample/synthetic_point.h"
 
 using namespace vyn;
 

@@ -14,11 +14,11 @@
 #include "core/atomic_file.h"
 #include "core/keys.h"
 #include "core/progress.h"
-#include "process/calibration_report.h"
-#include "process/chain.h"
-#include "process/experiment_type.h"
-#include "process/project_tasks.h"
-#include "process/run_report.h"
+#include "process/point/experiment_type.h"
+#include "process/project/project_tasks.h"
+#include "process/report/calibration_report.h"
+#include "process/report/run_report.h"
+#include "process/steps/chain.h"
 
 namespace vyn::cli {
 

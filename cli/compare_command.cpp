@@ -9,8 +9,8 @@
 #include "cli/interrupt.h"
 #include "core/errors.h"
 #include "core/numbers.h"
-#include "process/field_comparison.h"
-#include "process/marker_io.h"
+#include "process/point/marker_io.h"
+#include "process/report/field_comparison.h"
 
 namespace vyn::cli {
 

@@ -8,8 +8,8 @@
 #include "cli/interrupt.h"
 #include "cli/settings.h"
 #include "core/version.h"
-#include "process/digest.h"
-#include "process/run_report.h"
+#include "process/point/digest.h"
+#include "process/report/run_report.h"
 
 namespace vyn::cli {
 

@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "align/marker_detection.h"
+#include "align/dots/marker_detection.h"
 
 namespace vyn::cli {
 

@@ -7,8 +7,8 @@
 #include "cli/interrupt.h"
 #include "core/keys.h"
 #include "core/project_file.h"
-#include "process/ims.h"
-#include "process/project_tasks.h"
+#include "process/project/ims.h"
+#include "process/project/project_tasks.h"
 
 namespace vyn::cli {
 

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "cli/settings.h"
-#include "process/marker_io.h"
+#include "process/point/marker_io.h"
 
 namespace vyn::cli {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "align/marker_centroid.h"
-#include "align/marker_detection.h"
+#include "align/dots/marker_centroid.h"
+#include "align/dots/marker_detection.h"
 #include "api/image_io.h"
 #include "cli/console.h"
 #include "cli/detection_options.h"
@@ -11,7 +11,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
-#include "process/marker_io.h"
+#include "process/point/marker_io.h"
 
 namespace vyn::cli {
 

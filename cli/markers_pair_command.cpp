@@ -5,7 +5,7 @@
 #include "cli/markers_command.h"
 #include "core/errors.h"
 #include "core/numbers.h"
-#include "process/marker_io.h"
+#include "process/point/marker_io.h"
 
 namespace vyn::cli {
 

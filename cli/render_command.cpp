@@ -11,9 +11,9 @@
 #include "core/errors.h"
 #include "core/numbers.h"
 #include "core/version.h"
-#include "process/digest.h"
-#include "process/marker_io.h"
-#include "view/picture.h"
+#include "process/point/digest.h"
+#include "process/point/marker_io.h"
+#include "render/picture.h"
 
 namespace vyn::cli {
 

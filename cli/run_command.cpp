@@ -11,14 +11,14 @@
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
-#include "process/chain.h"
-#include "process/experiment_type.h"
-#include "process/find_markers_task.h"
-#include "process/image_origin.h"
-#include "process/marker_io.h"
-#include "process/project_tasks.h"
-#include "process/save_image_task.h"
-#include "view/html_report.h"
+#include "process/point/experiment_type.h"
+#include "process/point/find_markers_task.h"
+#include "process/point/marker_io.h"
+#include "process/point/save_image_task.h"
+#include "process/project/project_tasks.h"
+#include "process/report/html_report.h"
+#include "process/steps/chain.h"
+#include "process/steps/image_origin.h"
 
 namespace vyn::cli {
 

@@ -8,7 +8,7 @@
 #include "cli/interrupt.h"
 #include "core/task.h"
 #include "core/worker.h"
-#include "process/project_tasks.h"
+#include "process/project/project_tasks.h"
 
 namespace vyn::cli {
 

@@ -7,8 +7,8 @@
 #include "cli/interrupt.h"
 #include "cli/settings.h"
 #include "core/numbers.h"
-#include "process/field_quantity.h"
-#include "process/synthetic_point.h"
+#include "process/steps/field_quantity.h"
+#include "sample/synthetic_point.h"
 
 namespace vyn::cli {
 

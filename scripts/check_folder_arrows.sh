@@ -1,31 +1,20 @@
 #!/usr/bin/env bash
-# The folders' includes run one way. Reads the include lines of each folder against what it may see.
-# A folder's widgets live in its sub-folder ui, which is a place of its own.
+# The folders' includes run one way, as scripts/folder_arrows.txt says; the libraries link in the same
+# direction, the README names every folder, and nothing headless touches a window toolkit.
 set -eu
 cd "${1:-.}"
 
-headless="core markers api calib align process"
-declare -A may_see=(
-    [core]="core"
-    [markers]="core markers"
-    [api]="core markers api"
-    [calib]="core markers api calib"
-    [align]="core markers api align"
-    [process]="$headless"
-    [view]="$headless view"
-    [cli]="$headless view cli"
-    [plugins]="core markers api plugins"
-    [core/ui]="core core/ui"
-    [view/ui]="$headless view core/ui view/ui"
-    [calib/ui]="$headless view core/ui view/ui calib/ui"
-    [align/ui]="$headless core/ui align/ui"
-    [app]="$headless view core/ui view/ui calib/ui align/ui app"
-)
-folders=(core markers api calib align process view cli plugins app)
+table=$(grep -v '^#' scripts/folder_arrows.txt)
+mapfile -t folders < <(cut -d: -f1 <<<"$table" | cut -d/ -f1 | sort -u)
 failures=0
 
-table=$(for place in "${!may_see[@]}"; do echo "$place ${may_see[$place]}"; done)
-wrong=$(grep -rnE '^\s*#\s*include\s*"' --include='*.h' --include='*.cpp' --include='*.inc' "${folders[@]}" |
+complain() {
+    [ -z "$1" ] && return
+    echo "$1"
+    failures=1
+}
+
+complain "$(grep -rnE '^\s*#\s*include\s*"' --include='*.h' --include='*.cpp' --include='*.inc' "${folders[@]}" |
     awk -F: -v table="$table" '
         function place_of(path, parts) {
             split(path, parts, "/")
@@ -34,23 +23,38 @@ wrong=$(grep -rnE '^\s*#\s*include\s*"' --include='*.h' --include='*.cpp' --incl
         BEGIN {
             rows = split(table, row, "\n")
             for (i = 1; i <= rows; ++i) {
-                n = split(row[i], name, " ")
-                for (j = 2; j <= n; ++j) allowed[name[1], name[j]] = 1
+                split(row[i], side, ":")
+                allowed[side[1], side[1]] = 1
+                n = split(side[2], name, " ")
+                for (j = 1; j <= n; ++j) allowed[side[1], name[j]] = 1
             }
         }
         {
             split($3, quoted, "\"")
             if (!((place_of($1), place_of(quoted[2])) in allowed))
                 print $1 ":" $2 ": " place_of($1) " may not include from " place_of(quoted[2])
-        }')
-if [ -n "$wrong" ]; then
-    echo "$wrong"
-    failures=1
-fi
-# Nothing headless touches a window toolkit.
-while IFS= read -r hit; do
-    echo "$hit: a headless folder may not include Qt"
-    failures=1
-done < <(grep -rnE '^\s*#\s*include\s*<(Q[A-Za-z]+|qwt)' --exclude-dir=ui \
-    "${folders[@]:0:9}" || true)
+        }')"
+
+# The library of a place is vyn_ and its name; what it links must be a place that it may include.
+while IFS=: read -r place seen; do
+    file=$place/CMakeLists.txt
+    [ -f "$file" ] || continue
+    for linked in $(grep -oE '\bvyn_[a-z]+(_ui)?\b' "$file" | sort -u); do
+        other=${linked#vyn_}
+        other=${other/_ui//ui}
+        [ "$other" = "$place" ] && continue
+        grep -q "^$other:" <<<"$table" || continue
+        [[ " $seen " == *" $other "* ]] || complain "$file: $place may not link $linked"
+    done
+done <<<"$table"
+
+for folder in "${folders[@]}"; do
+    grep -qF "\`$folder/\`" README.md || complain "README.md does not say what is in $folder/"
+done
+
+for folder in "${folders[@]}"; do
+    [ "$folder" = app ] && continue
+    complain "$(grep -rnE '^\s*#\s*include\s*<(Q[A-Za-z]+|qwt)' --exclude-dir=ui "$folder" |
+        sed 's/$/: a headless folder may not include Qt/')"
+done
 [ "$failures" -eq 0 ]

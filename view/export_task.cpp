@@ -6,10 +6,10 @@
 
 #include "api/image_io.h"
 #include "core/version.h"
-#include "process/run_report.h"
-#include "process/unsaved_work.h"
+#include "process/point/unsaved_work.h"
+#include "process/report/run_report.h"
+#include "render/tecplot.h"
 #include "view/save_rules.h"
-#include "view/tecplot.h"
 
 namespace vyn {
 

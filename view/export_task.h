@@ -8,7 +8,7 @@
 
 #include "api/image.h"
 #include "core/task.h"
-#include "view/picture.h"
+#include "render/picture.h"
 
 namespace vyn {
 

@@ -4,8 +4,8 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
-#include "process/ims.h"
-#include "process/raw_images.h"
+#include "process/point/raw_images.h"
+#include "process/project/ims.h"
 #include "view/save_rules.h"
 
 namespace vyn {

@@ -3,7 +3,7 @@
 #include "api/image_list.h"
 #include "core/keys.h"
 #include "core/numbers.h"
-#include "process/field_quantity.h"
+#include "process/steps/field_quantity.h"
 
 namespace vyn {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "core/data_set.h"
-#include "view/view_source.h"
+#include "render/view_source.h"
 
 namespace vyn {
 

@@ -20,11 +20,11 @@
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/in_situ_dialog.h"
 #include "core/ui/command.h"
-#include "process/likely_places.h"
-#include "process/page_steps.h"
-#include "process/save_image_task.h"
-#include "process/set_input_task.h"
-#include "process/unsaved_work.h"
+#include "process/page/likely_places.h"
+#include "process/page/page_steps.h"
+#include "process/point/save_image_task.h"
+#include "process/point/set_input_task.h"
+#include "process/point/unsaved_work.h"
 
 namespace vyn {
 

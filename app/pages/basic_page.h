@@ -6,7 +6,7 @@
 #include "app/experiment_page.h"
 #include "app/pages/page_watcher.h"
 #include "core/ui/busy_box.h"
-#include "process/run_report.h"
+#include "process/report/run_report.h"
 
 class QLabel;
 class QScrollArea;

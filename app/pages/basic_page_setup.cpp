@@ -15,8 +15,8 @@
 #include "calib/ui/convert_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/test_dialog.h"
-#include "process/option_summary.h"
-#include "process/page_rows.h"
+#include "process/page/option_summary.h"
+#include "process/page/page_rows.h"
 
 namespace vyn {
 

@@ -5,7 +5,7 @@
 
 #include "api/image_io.h"
 #include "core/ui/command.h"
-#include "process/project_paths.h"
+#include "process/point/project_paths.h"
 
 namespace vyn {
 

@@ -3,7 +3,7 @@
 #include <QString>
 #include <string>
 
-#include "process/input_files.h"
+#include "process/point/input_files.h"
 
 class QWidget;
 

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "process/page_state.h"
+#include "process/page/page_state.h"
 
 class QToolButton;
 

@@ -9,9 +9,9 @@
 #include <memory>
 #include <string>
 
-#include "process/page_state.h"
-#include "process/per_image.h"
-#include "view/palette.h"
+#include "process/page/page_state.h"
+#include "process/point/per_image.h"
+#include "render/palette.h"
 
 namespace vyn {
 

@@ -3,7 +3,7 @@
 #include <QGroupBox>
 #include <vector>
 
-#include "process/requirements.h"
+#include "process/page/requirements.h"
 
 class QBoxLayout;
 class QLabel;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "view/colour_map.h"
+#include "render/colour_map.h"
 
 namespace vyn {
 

@@ -4,7 +4,7 @@
 #include <QSize>
 
 #include "api/image.h"
-#include "view/palette.h"
+#include "render/palette.h"
 
 namespace vyn {
 

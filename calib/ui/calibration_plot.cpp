@@ -12,7 +12,7 @@
 #include <qwt_symbol.h>
 
 #include "calib/ui/label_places.h"
-#include "view/ui/plot_style.h"
+#include "view/ui/graph/plot_style.h"
 
 namespace vyn {
 

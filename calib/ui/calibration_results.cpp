@@ -19,8 +19,8 @@
 #include "core/numbers.h"
 #include "core/ui/command.h"
 #include "core/ui/icons.h"
-#include "process/calibration_report.h"
-#include "process/project_paths.h"
+#include "process/point/project_paths.h"
+#include "process/report/calibration_report.h"
 
 namespace vyn {
 

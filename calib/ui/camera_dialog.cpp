@@ -11,7 +11,7 @@
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
-#include "process/project_paths.h"
+#include "process/point/project_paths.h"
 
 namespace vyn {
 

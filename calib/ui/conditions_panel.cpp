@@ -3,7 +3,7 @@
 #include <QPalette>
 
 #include "core/ui/setting_form.h"
-#include "process/law_conditions.h"
+#include "process/steps/law_conditions.h"
 
 namespace vyn {
 

@@ -21,10 +21,10 @@
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
 #include "markers/marker_files.h"
-#include "process/calibrate_task.h"
-#include "process/project_paths.h"
-#include "view/ui/field_view.h"
-#include "view/ui/field_viewer.h"
+#include "process/point/project_paths.h"
+#include "process/steps/calibrate_task.h"
+#include "view/ui/canvas/field_view.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 

@@ -7,7 +7,7 @@
 #include "calib/in_situ_calibration.h"
 #include "core/ui/setting_form.h"
 #include "core/worker.h"
-#include "view/ui/port_overlay.h"
+#include "view/ui/markers/port_overlay.h"
 
 class QComboBox;
 class QLineEdit;

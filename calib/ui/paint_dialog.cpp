@@ -12,7 +12,7 @@
 #include "core/numbers.h"
 #include "core/ui/command.h"
 #include "core/ui/icons.h"
-#include "process/project_paths.h"
+#include "process/point/project_paths.h"
 
 namespace vyn {
 

@@ -6,7 +6,7 @@
 #include "calib/paint_curves.h"
 #include "calib/units.h"
 #include "core/numbers.h"
-#include "view/ui/plot_style.h"
+#include "view/ui/graph/plot_style.h"
 
 namespace vyn {
 

@@ -8,7 +8,7 @@
 #include <qwt_plot_marker.h>
 #include <qwt_symbol.h>
 
-#include "view/ui/plot_style.h"
+#include "view/ui/graph/plot_style.h"
 
 namespace vyn {
 

@@ -9,7 +9,7 @@
 #include "app/pages/elided_label.h"
 #include "calib/ui/in_situ_dialog.h"
 #include "scripts/screenshots/scenes.h"
-#include "view/ui/field_viewer.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn::screenshots {
 

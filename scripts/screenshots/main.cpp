@@ -10,7 +10,7 @@
 #include "core/errors.h"
 #include "core/progress.h"
 #include "core/worker.h"
-#include "process/synthetic_point.h"
+#include "sample/synthetic_point.h"
 #include "scripts/screenshots/scenes.h"
 
 namespace vyn::screenshots {

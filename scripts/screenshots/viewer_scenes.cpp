@@ -6,8 +6,8 @@
 #include <QtTest/QTest>
 
 #include "scripts/screenshots/scenes.h"
-#include "view/ui/field_view.h"
-#include "view/ui/field_viewer.h"
+#include "view/ui/canvas/field_view.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn::screenshots {
 

@@ -10,8 +10,8 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "core/ui/busy_box.h"
-#include "process/chain.h"
-#include "process/project_tasks.h"
+#include "process/project/project_tasks.h"
+#include "process/steps/chain.h"
 #include "scripts/screenshots/scenes.h"
 
 namespace vyn::screenshots {

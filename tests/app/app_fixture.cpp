@@ -13,7 +13,7 @@
 #include "core/data_set.h"
 #include "core/messages.h"
 #include "core/ui/busy_box.h"
-#include "process/ims.h"
+#include "process/project/ims.h"
 
 namespace vyn::test {
 

@@ -17,7 +17,7 @@
 #include "core/log.h"
 #include "core/messages.h"
 #include "core/project_file.h"
-#include "process/ims.h"
+#include "process/project/ims.h"
 #include "tests/app/app_fixture.h"
 
 namespace vyn::test {

@@ -18,8 +18,8 @@
 #include "app/pages/form_double_basic.h"
 #include "app/pages/form_single_basic.h"
 #include "core/keys.h"
-#include "process/project_tasks.h"
-#include "process/synthetic_point.h"
+#include "process/project/project_tasks.h"
+#include "sample/synthetic_point.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {

@@ -10,9 +10,9 @@
 #include <gmock/gmock.h>
 
 #include "app/point_check_dialog.h"
-#include "process/chain.h"
-#include "process/project_tasks.h"
-#include "process/synthetic_point.h"
+#include "process/project/project_tasks.h"
+#include "process/steps/chain.h"
+#include "sample/synthetic_point.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {

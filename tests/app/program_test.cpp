@@ -6,7 +6,7 @@
 
 #include "core/keys.h"
 #include "core/project_file.h"
-#include "process/recovery_copy.h"
+#include "process/project/recovery_copy.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn::test {

@@ -17,9 +17,9 @@
 #include "core/progress.h"
 #include "core/project_file.h"
 #include "core/user_folders.h"
-#include "process/experiment_type.h"
-#include "process/marker_frames.h"
-#include "process/mask_file_task.h"
+#include "process/point/experiment_type.h"
+#include "process/point/marker_frames.h"
+#include "process/point/mask_file_task.h"
 #include "tests/app/app_fixture.h"
 
 namespace vyn::test {

@@ -10,7 +10,7 @@ vyn_ui_tests(app
         project_commands_test.cpp
         whole_point_test.cpp
         whole_workflow_test.cpp
-    LINK vyn_app vyn_test_program)
+    LINK vyn_app vyn_sample vyn_test_program)
 target_compile_definitions(test_app PRIVATE VYN_PROGRAM="$<TARGET_FILE:vynlite>")
 add_dependencies(test_app
     vynlite vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

@@ -9,9 +9,9 @@
 #include "app/experiment_page.h"
 #include "core/keys.h"
 #include "core/task.h"
-#include "process/synthetic_point.h"
+#include "sample/synthetic_point.h"
 #include "tests/app/app_fixture.h"
-#include "view/ui/field_viewer.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn::test {
 namespace {

@@ -19,16 +19,16 @@
 #include "calib/ui/port_table.h"
 #include "core/keys.h"
 #include "markers/marker_files.h"
-#include "process/chain.h"
-#include "process/project_tasks.h"
-#include "process/synthetic_point.h"
+#include "process/project/project_tasks.h"
+#include "process/steps/chain.h"
+#include "sample/synthetic_point.h"
 #include "tests/cli/program.h"
 #include "tests/support/dialog_checks.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/modal_driver.h"
 #include "tests/support/project_fixture.h"
-#include "view/ui/field_view.h"
-#include "view/ui/field_viewer.h"
+#include "view/ui/canvas/field_view.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn::test {
 namespace {

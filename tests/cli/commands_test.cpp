@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "process/synthetic_point.h"
+#include "sample/synthetic_point.h"
 #include "tests/cli/program.h"
 #include "tests/support/temporary_folder.h"
 

@@ -6,9 +6,9 @@
 
 #include "api/image_io.h"
 #include "core/numbers.h"
+#include "render/limits.h"
 #include "tests/cli/program.h"
 #include "tests/support/temporary_folder.h"
-#include "view/limits.h"
 
 namespace vyn::test {
 namespace {

@@ -1,13 +1,13 @@
 vyn_tests(process
     SOURCES
-        chain_test.cpp
-        channels_test.cpp
-        field_comparison_test.cpp
-        law_conditions_test.cpp
-        new_point_test.cpp
-        page_test.cpp
-        point_check_test.cpp
-        project_test.cpp
-        synthetic_point_test.cpp
-    LINK vyn_process)
+        page/page_test.cpp
+        project/new_point_test.cpp
+        project/project_test.cpp
+        report/field_comparison_test.cpp
+        report/html_report_test.cpp
+        report/point_check_test.cpp
+        steps/chain_test.cpp
+        steps/channels_test.cpp
+        steps/law_conditions_test.cpp
+    LINK vyn_process vyn_sample)
 add_dependencies(test_process vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

@@ -6,7 +6,7 @@
 #include "api/image_list.h"
 #include "core/data_set.h"
 #include "core/task.h"
-#include "process/ims.h"
+#include "process/project/ims.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn::test {

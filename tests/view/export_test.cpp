@@ -8,12 +8,12 @@
 
 #include "core/errors.h"
 #include "core/keys.h"
+#include "render/picture.h"
+#include "render/tecplot.h"
 #include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_folder.h"
-#include "view/picture.h"
 #include "view/probe_text.h"
-#include "view/tecplot.h"
 
 namespace vyn {
 namespace {

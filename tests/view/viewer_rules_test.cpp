@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "api/image_io.h"
+#include "render/difference.h"
+#include "render/fashion.h"
+#include "render/ticks.h"
 #include "tests/support/temporary_folder.h"
-#include "view/difference.h"
-#include "view/double_keys.h"
-#include "view/fashion.h"
+#include "view/edit/double_keys.h"
 #include "view/save_rules.h"
-#include "view/ticks.h"
 
 namespace vyn {
 namespace {

@@ -7,9 +7,9 @@
 #include "core/worker.h"
 #include "tests/support/project_fixture.h"
 #include "tests/view_ui/dialog_answers.h"
-#include "view/ui/field_view.h"
-#include "view/ui/field_viewer.h"
-#include "view/ui/viewer_actions.h"
+#include "view/ui/canvas/field_view.h"
+#include "view/ui/window/field_viewer.h"
+#include "view/ui/window/viewer_actions.h"
 
 namespace vyn::test {
 

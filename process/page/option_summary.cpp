@@ -1,0 +1,84 @@
+#include "process/page/option_summary.h"
+
+#include "calib/camera.h"
+#include "calib/flow.h"
+#include "calib/paint.h"
+#include "core/keys.h"
+#include "core/numbers.h"
+
+namespace vyn {
+
+namespace {
+
+std::string general(double value) {
+    return format_general(value, 6);
+}
+
+/// Adds a part to a list with commas.
+void add(std::string& text, const std::string& part) {
+    if (!part.empty()) text += (text.empty() ? "" : ", ") + part;
+}
+
+const char* filter_name(int type) {
+    constexpr const char* names[] = {"limits", "flat", "Gauss", "Gauss by value", "median"};
+    return type >= 0 && type < static_cast<int>(std::size(names)) ? names[type] : "unknown";
+}
+
+}  // namespace
+
+std::string camera_summary(dataSetInterface& data, std::string_view tree) {
+    cameraFeatures camera;
+    read(data, std::string(tree), camera);
+    std::string text;
+    add(text, camera.camera_name);
+    add(text, camera.camera_ID);
+    add(text, camera.a2 == 0 && camera.a4 == 0 ? "no distortion" : "distortion corrected");
+    return text;
+}
+
+std::string paint_summary(dataSetInterface& data) {
+    paintFeatures paint;
+    read(data, std::string(keys::sens_paint), paint);
+    if (paint.gamma == paintFeatures().gamma) return "no calibration";
+    std::string text = "calibration in " + paint.pressure_unit + " and " + paint.temperature_unit;
+    if (paint.minimal_temperature < paint.maximal_temperature)
+        add(text, general(paint.minimal_temperature) + " to " + general(paint.maximal_temperature) +
+                      ' ' + paint.temperature_unit);
+    return text;
+}
+
+std::string conditions_summary(dataSetInterface& data) {
+    flowFeatures flow;
+    read(data, std::string(keys::flow), flow);
+    std::string text = read(data, keys::test_id);
+    add(text, read(data, keys::test_point_id));
+    add(text, "Mach " + general(flow.mach));
+    add(text, "alpha " + general(flow.alpha));
+    add(text, "wind-off " + general(flow.wind_off_p) + ' ' + flow.p_unit);
+    return text;
+}
+
+std::string alignment_summary(dataSetInterface& data) {
+    std::string text;
+    if (read(data, keys::filter_enable))
+        add(text, std::string("filter ") + filter_name(read(data, keys::filter_type)));
+    if (read(data, keys::markers_enable))
+        add(text, "markers, order " + std::to_string(read(data, keys::markers_order)));
+    else
+        add(text, "no alignment");
+    if (read(data, keys::filter_threshold)) add(text, "limits of the ratio");
+    if (read(data, keys::filter_thinning))
+        add(text, "thinning " + std::to_string(read(data, keys::filter_thinning_depth)) + " px");
+    return text;
+}
+
+std::string conversion_summary(dataSetInterface& data) {
+    std::string text = read(data, keys::convert_field);
+    if (read(data, keys::convert_threshold))
+        add(text, general(read(data, keys::convert_min)) + " to " +
+                      general(read(data, keys::convert_max)));
+    if (read(data, keys::convert_wind_off_ratio) == "unity") add(text, "fa = 1");
+    return text;
+}
+
+}  // namespace vyn

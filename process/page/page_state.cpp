@@ -1,0 +1,67 @@
+#include "process/page/page_state.h"
+
+#include "core/keys.h"
+#include "process/page/input_remarks.h"
+#include "process/point/project_paths.h"
+
+namespace vyn {
+
+namespace {
+
+using Role = InputFile::Role;
+
+std::string counted(std::size_t count, const char* what) {
+    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+std::string note_of(const InputFile& input, const image& picture) {
+    if (input.role == Role::mask) return {};
+    if (input.role == Role::markers) {
+        if (picture.markers.markers.empty()) return {};
+        return counted(picture.markers.markers.size(), "marker");
+    }
+    return std::to_string(picture.width()) + " x " + std::to_string(picture.height());
+}
+
+RowState row_state(dataSetInterface& data, const imagesList& images, ImageStates& states,
+                   const PageRow& row) {
+    RowState shown;
+    const auto picture = images.find(row.input.image);
+    shown.file = read(data, row.input.file);
+    shown.path = located_file(data, row.input).string();
+    shown.loaded = picture != nullptr;
+    if (picture) shown.note = note_of(row.input, *picture);
+    if (!shown.file.empty() && shown.path.empty())
+        shown.problem = "The file is not there: " + shown.file;
+    else if (row.input.role == Role::markers || row.input.role == Role::mask)
+        return shown;
+    else if (const ImageState state = states.of(row.input.image);
+             state.kind == ImageState::Kind::out_of_date)
+        shown.problem = "Load it anew: " + state.reason + '.';
+    else if (!shown.file.empty() && !picture)
+        shown.problem = "The file is not loaded.";
+    return shown;
+}
+
+}  // namespace
+
+PageState page_state(dataSetInterface& data, const imagesList& images) {
+    PageState state;
+    state.type = experiment_type(data);
+    ImageStates states(data, images);
+    const auto add_row = [&](const PageRow& row) {
+        state.rows[row.stem] = row_state(data, images, states, row);
+    };
+    for (const PageCard& card : page_cards(state.type))
+        for (const PageRow& row : card.rows)
+            add_row(row);
+    for (const PageRow& row : flat_rows(state.type))
+        add_row(row);
+    for (const std::string& name : page_results(state.type))
+        state.results.push_back({name, image_label(state.type, name), states.of(name)});
+    state.needs = step_needs(data, images);
+    state.remarks = input_remarks(data, images);
+    return state;
+}
+
+}  // namespace vyn

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "process/page/page_rows.h"
+#include "process/page/requirements.h"
+#include "process/steps/result_state.h"
+
+namespace vyn {
+
+/// What a page shows in the row of an input file.
+struct RowState {
+    std::string file;     ///< as the setting names it; empty: none
+    std::string path;     ///< where it is; empty: nowhere
+    std::string note;     ///< what was read from it: "640 x 480", "25 markers"
+    std::string problem;  ///< why it needs attention; may be empty
+    bool loaded = false;  ///< its image, or the image that it belongs to, is in the list
+};
+
+struct ResultEntry {
+    std::string image;
+    std::string label;
+    ImageState state;
+};
+
+/// Everything that an experiment page shows beside pictures.
+struct PageState {
+    ExperimentType type = ExperimentType::single;
+    std::map<std::string, RowState> rows;  ///< by the rows' stems
+    std::vector<ResultEntry> results;
+    StepNeeds needs;
+    std::vector<std::string> remarks;
+};
+
+/// Looks at settings, images and files on disk, which may take its time where those are far away.
+PageState page_state(dataSetInterface& data, const imagesList& images);
+
+}  // namespace vyn

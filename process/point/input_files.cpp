@@ -1,0 +1,74 @@
+#include "process/point/input_files.h"
+
+#include "calib/camera.h"
+#include "process/point/project_paths.h"
+
+namespace vyn {
+
+namespace {
+
+/// The flat field of a camera: as its record names it, in the project's folder, or where else
+/// `find_flat_file` looks. Empty when the record names none.
+std::string flat_file_of(dataSetInterface& data, std::string_view camera) {
+    cameraFeatures record;
+    read(data, std::string(camera), record);
+    const std::filesystem::path folder = std::filesystem::absolute(project_folder(data));
+    std::error_code ignored;
+    if (record.flat_file.empty() || std::filesystem::exists(folder / record.flat_file, ignored))
+        return record.flat_file;
+    if (!record.camera.empty()) record.camera = (folder / record.camera).string();
+    const std::filesystem::path found = find_flat_file(record, folder);
+    return found.empty() ? record.flat_file : std::filesystem::absolute(found).string();
+}
+
+/// The setting of a camera's flat field, by the table of all settings.
+Key<std::string> flat_key(std::string_view camera) {
+    return {find_key(std::string(camera) + "flat_file")->path};
+}
+
+}  // namespace
+
+const std::vector<InputFile>& input_files() {
+    using Role = InputFile::Role;
+    static const std::vector<InputFile> table = [] {
+        std::vector<InputFile> files;
+        for (const RawImage& raw : raw_images()) {
+            files.push_back({Role::picture, raw.name, raw.file, &raw});
+            files.push_back({Role::dark, raw.dark_name, raw.dark_file, &raw});
+            files.push_back({Role::markers, raw.name, raw.marker_file, &raw});
+            files.push_back({Role::mask, raw.name, raw.mask_file, &raw});
+        }
+        for (const RawImage* raw : {&raw_images()[0], &raw_images()[2]})
+            files.push_back({Role::flat, raw->flat_name, flat_key(raw->camera), raw});
+        return files;
+    }();
+    return table;
+}
+
+const InputFile* input_of_image(std::string_view image) {
+    for (const InputFile& input : input_files()) {
+        const bool becomes_image =
+            input.role != InputFile::Role::markers && input.role != InputFile::Role::mask;
+        if (becomes_image && input.image == image) return &input;
+    }
+    return nullptr;
+}
+
+std::string named_file(dataSetInterface& data, const InputFile& input) {
+    if (input.role == InputFile::Role::flat) return flat_file_of(data, input.raw->camera);
+    return read(data, input.file);
+}
+
+std::filesystem::path located_file(dataSetInterface& data, const InputFile& input) {
+    const std::filesystem::path name = read(data, input.file);
+    if (name.empty()) return {};
+    const std::filesystem::path folder = project_folder(data);
+    std::filesystem::path found = locate(name, folder);
+    if (!found.empty() || input.role != InputFile::Role::flat) return found;
+    // Asked often, so without the log lines of the search that loading makes.
+    cameraFeatures record;
+    read(data, std::string(input.raw->camera), record);
+    return locate(name.filename(), (folder / record.camera).parent_path());
+}
+
+}  // namespace vyn

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "process/point/raw_images.h"
+
+namespace vyn {
+
+/// A file that a project names for its test point, and what it is there.
+struct InputFile {
+    enum class Role { picture, dark, flat, markers, mask };
+    Role role;
+    const char* image;  ///< the image that it becomes or (markers, mask) belongs to
+    Key<std::string> file;
+    const RawImage* raw;  ///< the camera picture that it serves; of a flat field, the first one
+};
+
+/// Every place for an input file: those of the four camera pictures, then the two flat fields.
+const std::vector<InputFile>& input_files();
+
+/// The place whose file becomes the image of that name; null when the image is no input.
+const InputFile* input_of_image(std::string_view image);
+
+/// The file that the project names there, as it is found and loaded; empty when none. A flat field
+/// may lie beside its camera's file.
+std::string named_file(dataSetInterface& data, const InputFile& input);
+
+/// Where that file is now; empty when nowhere.
+std::filesystem::path located_file(dataSetInterface& data, const InputFile& input);
+
+}  // namespace vyn

@@ -1,0 +1,152 @@
+#include "process/point/raw_images.h"
+
+#include "api/image_io.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/numbers.h"
+#include "markers/marker_files.h"
+#include "process/point/digest.h"
+#include "process/point/image_sizes.h"
+#include "process/point/input_files.h"
+#include "process/point/project_paths.h"
+#include "process/steps/image_origin.h"
+
+namespace vyn {
+
+namespace names = image_names;
+
+const std::array<RawImage, 4>& raw_images() {
+    static const std::array<RawImage, 4> table{{
+        {names::wind_off_sens, names::wind_off_dark_sens, names::flat_sens,
+         keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file,
+         keys::wind_off_sens_dark_file, keys::wind_off_sens_dark, keys::sens_camera},
+        {names::wind_on_sens, names::wind_on_dark_sens, names::flat_sens, keys::wind_on_sens_file,
+         keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_dark_file,
+         keys::wind_on_sens_dark, keys::sens_camera},
+        {names::wind_off_refe, names::wind_off_dark_refe, names::flat_refe,
+         keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file,
+         keys::wind_off_refe_dark_file, keys::wind_off_refe_dark, keys::refe_camera},
+        {names::wind_on_refe, names::wind_on_dark_refe, names::flat_refe, keys::wind_on_refe_file,
+         keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_dark_file,
+         keys::wind_on_refe_dark, keys::refe_camera},
+    }};
+    return table;
+}
+
+namespace {
+
+image load_named(dataSetInterface& data, const std::string& file_name, std::string_view key,
+                 const char* name, TaskContext& context) {
+    throw_if_aborted(context);
+    const std::filesystem::path file = find_input(data, file_name, key);
+    image picture = read_image(file, context);
+    picture.name = name;
+    picture.file_sha256 = known_file_sha256(file);
+    return picture;
+}
+
+/// Excludes the pixels that are not 0 in the image's mask file.
+void apply_mask_file(image& picture, const image& mask) {
+    require_same_size(mask, picture);
+    for (int y = 0; y < picture.height(); ++y) {
+        const float* excluded = mask.values().row(y);
+        std::uint8_t* bytes = picture.mask().row(y);
+        for (int x = 0; x < picture.width(); ++x)
+            if (excluded[x] != 0) bytes[x] = 1;
+    }
+}
+
+/// Counts the pixels at the sensor's maximum and excludes them when the project says so.
+void treat_saturated(dataSetInterface& data, image& picture) {
+    const auto level = static_cast<float>(read(data, keys::saturation_level));
+    const bool exclude = read(data, keys::saturation_exclude) != 0;
+    if (level > 0) {
+        Bitmap<std::uint8_t> plane(picture.width(), picture.height(), 0);
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                plane(x, y) = picture.values()(x, y) >= level ? 1 : 0;
+        picture.saturated = std::make_shared<Bitmap<std::uint8_t>>(std::move(plane));
+    }
+    if (!picture.saturated) return;
+    std::int64_t count = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        const std::uint8_t* saturated = picture.saturated->row(y);
+        std::uint8_t* mask = picture.mask().row(y);
+        for (int x = 0; x < picture.width(); ++x) {
+            if (!saturated[x]) continue;
+            ++count;
+            if (exclude) mask[x] = 1;
+        }
+    }
+    if (count > 0)
+        get_log().write(3, picture.file_name + ": " + std::to_string(count) +
+                               " pixels at the sensor's maximum" + (exclude ? ", excluded" : ""));
+}
+
+image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& file,
+               TaskContext& context) {
+    image picture = load_named(data, file, raw.file.path, raw.name, context);
+    treat_saturated(data, picture);
+    const std::string mask_file = read(data, raw.mask_file);
+    if (!mask_file.empty())
+        apply_mask_file(picture, load_named(data, mask_file, raw.mask_file.path, "mask", context));
+    if (!read(data, raw.marker_file).empty())
+        picture.markers = load_markers(data, raw.marker_file, picture.height());
+    return picture;
+}
+
+}  // namespace
+
+MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_height) {
+    const std::filesystem::path file = find_input(data, read(data, key), key.path);
+    MarkerSet set;
+    const MarkerFileResult result = read_markers(file.string(), set, image_height);
+    if (!result)
+        throw FileError("process/raw_images", __LINE__, "File error!",
+                        result.detail + " (named by " + std::string(key.path) + ")");
+    if (!result.detail.empty()) get_log().write(3, result.detail);
+    return set;
+}
+
+std::optional<image> load_image(dataSetInterface& data, std::string_view name,
+                                TaskContext& context) {
+    const InputFile& input = *input_of_image(name);
+    const std::string file = named_file(data, input);
+    if (file.empty()) return std::nullopt;
+    ImageOrigin origin = input_origin(data, input);
+    image picture = input.role == InputFile::Role::picture
+                        ? load_raw(data, *input.raw, file, context)
+                        : load_named(data, file, input.file.path, input.image, context);
+    picture.origin = std::move(origin);
+    picture.note_markers_saved();
+    picture.note_mask_saved();
+    return picture;
+}
+
+std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
+                               TaskContext& context) {
+    std::vector<image> loaded;
+    const auto wanted = [&](const char* name) {
+        if (present.find(name)) return false;
+        for (const image& picture : loaded)
+            if (picture.name == name) return false;
+        return true;
+    };
+    for (const RawImage& raw : raw_images()) {
+        if (read(data, raw.file).empty()) continue;
+        for (const char* name : {raw.name, raw.dark_name, raw.flat_name})
+            if (wanted(name))
+                if (auto picture = load_image(data, name, context))
+                    loaded.push_back(std::move(*picture));
+    }
+    return loaded;
+}
+
+void remove_results(imagesList& images) {
+    bool removed = false;
+    for (const char* name : names::results)
+        removed |= images.remove(name);
+    if (removed) get_log().write(4, "Removing Unneeded Images!");
+}
+
+}  // namespace vyn

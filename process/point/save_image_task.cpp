@@ -1,0 +1,60 @@
+#include "process/point/save_image_task.h"
+
+#include <nlohmann/json.hpp>
+
+#include "api/image_io.h"
+#include "api/image_list.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "process/point/marker_io.h"
+#include "process/point/project_paths.h"
+#include "process/point/unsaved_work.h"
+#include "process/report/run_report.h"
+
+namespace vyn {
+
+namespace {
+
+void write_with_provenance(const image& picture, const std::filesystem::path& file,
+                           TaskContext& context) {
+    context.status("Writing " + file.string());
+    ImageWriteOptions options;
+    options.provenance = json_text(provenance(vyn_db(), get_images()));
+    write_image(picture, file, options, context);
+}
+
+}  // namespace
+
+TaskOutcome SaveImageTask::run(TaskContext& context) {
+    const auto picture = get_images().find(name_);
+    if (!picture)
+        throw StateError("process/save_image_task", __LINE__, "State error!",
+                         "there is no image " + name_ + " to save as " + file_.string());
+    write_with_provenance(*picture, file_, context);
+    return TaskOutcome::done;
+}
+
+std::vector<std::filesystem::path> field_files(dataSetInterface& data, const imagesList& images) {
+    const auto field = images.find(image_names::field);
+    if (!field) return {};
+    const std::filesystem::path folder = output_folder(data);
+    std::vector<std::filesystem::path> files{folder / read(data, keys::pressure_file)};
+    if (!field->markers.markers.empty())
+        files.push_back(folder / read(data, keys::pressure_mark_file));
+    return files;
+}
+
+TaskOutcome SaveFieldTask::run(TaskContext& context) {
+    const auto field = get_images().find(image_names::field);
+    if (!field) {
+        context.message("Field is not calculated!");
+        return TaskOutcome::failed;
+    }
+    const auto files = field_files(vyn_db(), get_images());
+    write_with_provenance(*field, files.front(), context);
+    if (files.size() > 1) write_marker_file(files[1], field->markers);
+    note_written(get_images(), field);
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,61 @@
+#include "process/point/set_input_task.h"
+
+#include "process/steps/image_origin.h"
+
+namespace vyn {
+
+TaskOutcome SetInputTask::run(TaskContext& context) {
+    dataSetInterface& data = vyn_db();
+    context.status(file_.empty() ? "Removing " + read(data, input_.file) : "Loading " + file_);
+    const std::string old = read(data, input_.file);
+    const bool modified = data.modified();
+    write(data, input_.file, file_);
+    try {
+        apply(context);
+    } catch (...) {
+        write(data, input_.file, old);
+        data.set_modified(modified);
+        throw;
+    }
+    return TaskOutcome::done;
+}
+
+void SetInputTask::apply(TaskContext& context) const {
+    using Role = InputFile::Role;
+    switch (input_.role) {
+        case Role::picture:
+        case Role::dark:
+        case Role::flat:
+            load(input_.image, context);
+            break;
+        case Role::mask:
+            if (get_images().find(input_.image)) load(input_.image, context);
+            break;
+        case Role::markers:
+            change_markers();
+            break;
+    }
+}
+
+void SetInputTask::load(std::string_view name, TaskContext& context) const {
+    imagesList& images = get_images();
+    std::optional<image> picture = load_image(vyn_db(), name, context);
+    throw_if_aborted(context);
+    if (input_of_image(name)->role == InputFile::Role::picture) remove_results(images);
+    if (picture)
+        images.add(std::move(*picture));
+    else
+        images.remove(name);
+}
+
+void SetInputTask::change_markers() const {
+    const auto picture = get_images().find(input_.image);
+    if (!picture) return;
+    image marked = *picture;
+    marked.markers =
+        file_.empty() ? MarkerSet() : load_markers(vyn_db(), input_.file, picture->height());
+    get_images().add(std::move(marked));
+    note_file_saved(vyn_db(), get_images(), input_.image, input_.role);
+}
+
+}  // namespace vyn

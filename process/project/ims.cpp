@@ -1,0 +1,52 @@
+#include "process/project/ims.h"
+
+#include "core/log.h"
+#include "core/project_file.h"
+#include "process/point/raw_images.h"
+
+namespace vyn {
+
+ImsData& get_ims() {
+    static ImsData ims;
+    return ims;
+}
+
+void clear_ims() {
+    get_ims() = ImsData();
+}
+
+bool empty_ims() {
+    return get_ims().project.empty() && get_ims().images.empty();
+}
+
+void ds2ims(dataSetInterface& data) {
+    get_ims().project = to_xml(data);
+}
+
+void fixMarkersDs(dataSetInterface& data, imagesList& images) {
+    for (const RawImage& raw : raw_images()) {
+        const auto stored = images.find(raw.name);
+        if (!stored) continue;
+        const bool has_markers = !stored->markers.markers.empty();
+        const bool has_file = !read(data, raw.marker_file).empty();
+        if (has_markers == has_file) continue;
+
+        image changed = *stored;
+        changed.markers = MarkerSet();
+        if (has_file) {
+            try {
+                changed.markers = load_markers(data, raw.marker_file, stored->height());
+            } catch (const FileError&) {
+                continue;  // logged when it was raised; the project can be used without
+            }
+        } else {
+            get_log().write(3, stored->name +
+                                   ": markers removed, the project names no marker file (" +
+                                   std::string(raw.marker_file.path) + ")");
+        }
+        changed.note_markers_saved();
+        images.add(std::move(changed));
+    }
+}
+
+}  // namespace vyn

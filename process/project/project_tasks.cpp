@@ -1,0 +1,182 @@
+#include "process/project/project_tasks.h"
+
+#include <algorithm>
+
+#include "api/image_io.h"
+#include "core/keys.h"
+#include "core/log.h"
+#include "core/project_file.h"
+#include "core/version.h"
+#include "process/point/input_files.h"
+#include "process/point/project_paths.h"
+#include "process/point/raw_images.h"
+#include "process/point/unsaved_work.h"
+#include "process/project/ims.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+bool is_container(const fs::path& file) {
+    std::string extension = file.extension().string();
+    std::ranges::transform(extension, extension.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+    return extension == ".ims";
+}
+
+namespace {
+
+/// Puts the old settings back unless the task got to its end.
+class KeepSettings {
+  public:
+    explicit KeepSettings(dataSetInterface& data)
+        : data_(data), old_(to_xml(data)), modified_(data.modified()) {}
+    ~KeepSettings() {
+        if (accepted_) return;
+        from_xml(data_, old_, "settings");
+        data_.set_modified(modified_);
+    }
+    KeepSettings(const KeepSettings&) = delete;
+    KeepSettings& operator=(const KeepSettings&) = delete;
+    void accept() { accepted_ = true; }
+
+  private:
+    dataSetInterface& data_;
+    std::string old_;
+    bool modified_;
+    bool accepted_ = false;
+};
+
+/// The inputs in a container that the settings name as those in it do.
+void take_stored_inputs(dataSetInterface& data, const fs::path& container, imagesList& images,
+                        TaskContext& context) {
+    read_ims_data(container, context);
+    simpleNamedDataSet stored;
+    from_xml(stored, get_ims().project, container.string());
+    for (const auto& picture : std::exchange(get_ims().images, {})) {
+        const InputFile* input = input_of_image(picture->name);
+        if (input && read(stored, input->file) == read(data, input->file)) images.add(picture);
+    }
+}
+
+/// The mesh that the project names, where that was asked for.
+std::optional<field_data<double>> read_geometry(dataSetInterface& data, TaskContext& context) {
+    const std::string mesh = read(data, keys::mesh_file);
+    if (mesh.empty()) {
+        get_log().write(3, "Mesh is not defined!");
+        return std::nullopt;
+    }
+    if (read(data, keys::mesh_mark_file).empty()) {
+        get_log().write(3, "Mesh markers are not defined!");
+        return std::nullopt;
+    }
+    context.status("Reading geometry");
+    return read_field(find_input(data, mesh, keys::mesh_file.path), context);
+}
+
+void write_project(dataSetInterface& data, const imagesList& images, const fs::path& file,
+                   TaskContext& context) {
+    if (!is_container(file)) {
+        save_xml(data, file.c_str());
+        return;
+    }
+    get_ims().version = file_version;
+    ds2ims(data);
+    write_ims_strings(file, images, context);
+}
+
+}  // namespace
+
+TaskOutcome ReadProjectTask::run(TaskContext& context) {
+    dataSetInterface& data = vyn_db();
+    const std::string name = request_.file.string();
+    context.status("Reading IMS file:" + name);
+
+    KeepSettings settings(data);
+    imagesList read_images;
+    if (is_container(request_.file)) {
+        read_ims_data(request_.file, context);
+        from_xml(data, get_ims().project, name);
+        for (auto& picture : get_ims().images)
+            read_images.add(picture);
+        get_ims().images.clear();
+    } else {
+        load_xml(data, name.c_str());
+    }
+    for (const std::string& complaint : check_settings(data))
+        get_log().write(3, std::string(name).append(": ").append(complaint));
+    if (!request_.inputs.empty()) take_stored_inputs(data, request_.inputs, read_images, context);
+    write(data, keys::head_file, fs::absolute(request_.file).lexically_normal().string());
+    for (const auto& [path, value] : request_.settings)
+        data.set_value(path, value, /*is_default=*/false);
+    data.set_modified(!request_.settings.empty());
+
+    context.status("Reading image files");
+    fixMarkersDs(data, read_images);
+    for (image& picture : load_images(data, read_images, context))
+        read_images.add(std::move(picture));
+    std::optional<field_data<double>> geometry;
+    if (request_.geometry == ReadProject::Geometry::read) geometry = read_geometry(data, context);
+    throw_if_aborted(context);
+
+    imagesList& images = get_images();
+    remove_results(images);
+    images.clear();
+    for (const auto& picture : read_images.all())
+        images.add(picture);
+    if (geometry) get_field_data() = std::move(*geometry);
+    settings.accept();
+    return TaskOutcome::done;
+}
+
+void StoreLawTask::store(dataSetInterface& data) const {
+    write(data, std::string(keys::sens_paint), record_);
+    write(data, keys::convert_wind_off_ratio, wind_off_ratio_);
+}
+
+TaskOutcome StoreLawTask::run(TaskContext& context) {
+    const std::string name = file_.string();
+    context.status("Storing the paint calibration:" + name);
+    simpleNamedDataSet data;
+    if (!is_container(file_)) {
+        load_xml(data, name.c_str());
+        store(data);
+        save_xml(data, name.c_str());
+        return TaskOutcome::done;
+    }
+    read_ims_data(file_, context);
+    from_xml(data, get_ims().project, name);
+    store(data);
+    imagesList images;
+    for (auto& picture : get_ims().images)
+        images.add(std::move(picture));
+    get_ims().images.clear();
+    ds2ims(data);
+    write_ims_strings(file_, images, context);
+    return TaskOutcome::done;
+}
+
+TaskOutcome CreateProjectTask::run(TaskContext& context) {
+    context.status("Writing IMS file:" + file_.string());
+    const fs::path real = fs::absolute(file_).lexically_normal();
+    write(*settings_, keys::head_file, real.string());
+    write_project(*settings_, imagesList(), real, context);
+    return TaskOutcome::done;
+}
+
+TaskOutcome WriteProjectTask::run(TaskContext& context) {
+    dataSetInterface& data = vyn_db();
+    context.status("Writing IMS file:" + file_.string());
+    const fs::path real = fs::absolute(file_).lexically_normal();
+    KeepSettings settings(data);
+    if (!read(data, keys::head_file).empty())
+        rebase_relative_names(data, project_folder(data), real.parent_path());
+    write(data, keys::head_file, real.string());
+    write_project(data, get_images(), real, context);
+    if (is_container(real)) note_contained(data, get_images());
+    settings.accept();
+    data.set_modified(false);
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

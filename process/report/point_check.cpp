@@ -1,0 +1,227 @@
+#include "process/report/point_check.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "calib/port_sampling.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/numbers.h"
+#include "process/page/page_rows.h"
+#include "process/point/experiment_type.h"
+#include "process/point/raw_images.h"
+#include "process/steps/field_quantity.h"
+#include "process/steps/result_state.h"
+
+namespace vyn {
+
+namespace names = image_names;
+
+namespace {
+
+constexpr int port_side = 5;  // pixels
+
+std::string title_of(dataSetInterface& data) {
+    std::string title;
+    const auto add = [&](const char* head, const std::string& text) {
+        if (!text.empty()) title += (title.empty() ? "" : ", ") + std::string(head) + text;
+    };
+    add("", std::filesystem::path(read(data, keys::head_file)).filename().string());
+    add("test ", read(data, keys::test_id));
+    add("model ", read(data, keys::model_id));
+    add("point ", read(data, keys::test_point_id));
+    return title;
+}
+
+const char* experiment_text(ExperimentType type) {
+    switch (type) {
+        case ExperimentType::single:
+            return "single channel";
+        case ExperimentType::binary:
+            return "binary channel";
+        case ExperimentType::lifetime:
+            return "lifetime";
+        case ExperimentType::s3f:
+            break;
+    }
+    return "not evaluated";
+}
+
+std::string quantity_text(FieldQuantity quantity, const flowFeatures& flow) {
+    switch (quantity) {
+        case FieldQuantity::pressure:
+            return "pressure in " + flow.p_unit;
+        case FieldQuantity::p_over_static:
+            return "pressure over static pressure";
+        case FieldQuantity::cp:
+            return "pressure coefficient";
+        case FieldQuantity::ratio:
+            break;
+    }
+    return "intensity ratio";
+}
+
+std::vector<AlignmentCheck> alignments_of(const RunReport& report, ExperimentType type) {
+    std::vector<AlignmentCheck> checks;
+    const auto add = [&](const std::optional<MarkerMatch>& match, const char* moved,
+                         const char* reference) {
+        if (match)
+            checks.push_back(
+                {image_label(type, moved) + " to " + image_label(type, reference), *match});
+    };
+    add(report.alignment, names::wind_on_sens, names::wind_off_sens);
+    if (!report.channels) return checks;
+    add(report.channels->reference, names::wind_on_refe, names::wind_off_refe);
+    add(report.channels->cameras, names::wind_off_refe, names::wind_off_sens);
+    return checks;
+}
+
+/// Inputs first, then the results in the order of computation.
+std::vector<StageCheck> stages_of(const imagesList& images, ExperimentType type) {
+    const auto& results = names::results;
+    std::vector<std::shared_ptr<const image>> pictures = images.all();
+    const auto place = [&](const std::shared_ptr<const image>& picture) {
+        const auto found = std::ranges::find(results, picture->name);
+        return found == results.end() ? 0 : 1 + (found - results.begin());
+    };
+    std::ranges::stable_sort(pictures, {}, place);
+    std::vector<StageCheck> stages;
+    for (const auto& picture : pictures)
+        if (picture->has_values() && picture->has_mask())
+            stages.push_back({picture->name, image_label(type, picture->name), picture->width(),
+                              picture->height(), image_statistics(*picture)});
+    return stages;
+}
+
+double in_quantity(FieldQuantity quantity, double pressure, const flowFeatures& flow) {
+    switch (quantity) {
+        case FieldQuantity::p_over_static:
+            return pressure / flow.static_p;
+        case FieldQuantity::cp:
+            return (pressure - flow.static_p) / flow.dynamic_p;
+        case FieldQuantity::pressure:
+        case FieldQuantity::ratio:
+            break;
+    }
+    return pressure;
+}
+
+PortComparison compare_ports(const image& field, const MarkerSet& ports, FieldQuantity quantity,
+                             const flowFeatures& flow) {
+    PortComparison result;
+    PortSamples samples = sample_ports(field, ports, port_side);
+    result.left_out = std::move(samples.left_out);
+    double squares = 0;
+    for (const CalibrationPoint& sample : samples.points) {
+        const PortCheck port{sample.number, in_quantity(quantity, sample.pressure, flow),
+                             sample.ratio};
+        squares += port.difference() * port.difference();
+        result.max = std::max(result.max, std::abs(port.difference()));
+        result.ports.push_back(port);
+    }
+    if (!result.ports.empty())
+        result.rms = std::sqrt(squares / static_cast<double>(result.ports.size()));
+    return result;
+}
+
+/// What the field's age says of it.
+void state_remark(dataSetInterface& data, const imagesList& images,
+                  std::vector<std::string>& remarks) {
+    const ImageState state = ImageStates(data, images).of(names::field);
+    if (state.kind == ImageState::Kind::out_of_date)
+        remarks.push_back("The field is out of date: " + state.reason + ". Calculate it again");
+}
+
+void saturation_remarks(const std::vector<StageCheck>& stages, std::vector<std::string>& remarks) {
+    for (const StageCheck& stage : stages)
+        if (const std::int64_t count = stage.values.saturated; count > 0)
+            remarks.push_back(stage.label + ": " + std::to_string(count) +
+                              (count == 1 ? " pixel is" : " pixels are") + " saturated");
+}
+
+/// The field beside the pressures that the paint's calibration holds for.
+void range_remark(const image& field, const PreparedConversion& prepared,
+                  std::vector<std::string>& remarks) {
+    constexpr double told_share = 0.01;  // less comes from edges and dots
+    const paintFeatures& paint = prepared.paint;
+    if (!(paint.minimal_pressure < paint.maximal_pressure)) return;
+    const auto in_field = [&](double pressure) {
+        const FieldConversion& conversion = prepared.conversion;
+        switch (conversion.quantity) {
+            case FieldQuantity::p_over_static:
+                return pressure / conversion.static_pressure;
+            case FieldQuantity::cp:
+                return (pressure - conversion.static_pressure) / conversion.dynamic_pressure;
+            case FieldQuantity::pressure:
+            case FieldQuantity::ratio:
+                break;
+        }
+        return pressure * conversion.unit_factor;
+    };
+    const double low = in_field(paint.minimal_pressure);
+    const double high = in_field(paint.maximal_pressure);
+    std::int64_t valid = 0;
+    std::int64_t outside = 0;
+    for (int y = 0; y < field.height(); ++y)
+        for (int x = 0; x < field.width(); ++x) {
+            if (field.mask()(x, y) != 0) continue;
+            ++valid;
+            const auto value = static_cast<double>(field.values()(x, y));
+            outside += value < low || value > high;
+        }
+    const double share =
+        static_cast<double>(outside) / static_cast<double>(std::max<std::int64_t>(valid, 1));
+    if (share > told_share)
+        remarks.push_back(format_general(100 * share, 3) + " % of the field lies outside " +
+                          format_general(low, 6) + " to " + format_general(high, 6) +
+                          ", for which the paint is calibrated: look for exchanged pictures, wrong "
+                          "test conditions or a wrong paint");
+}
+
+}  // namespace
+
+MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images) {
+    for (const char* name : {names::field, names::ratio})
+        if (const auto picture = images.find(name); picture && picture->markers.hasF)
+            return picture->markers;
+    const auto ratio = images.find(names::ratio);
+    if (!ratio || read(data, keys::port_file).empty()) return {};
+    try {
+        return load_markers(data, keys::port_file, ratio->height());
+    } catch (const FileError&) {
+        return {};  // logged when it was raised; the point can be checked without
+    }
+}
+
+PointCheck check_point(const RunReport& report, dataSetInterface& data, const imagesList& images,
+                       const MarkerSet& ports) {
+    const ExperimentType type = experiment_type(data);
+    const FieldQuantity quantity = field_quantity(read(data, keys::convert_field));
+    flowFeatures flow;
+    read(data, std::string(keys::flow), flow);
+
+    PointCheck check;
+    check.title = title_of(data);
+    check.experiment = experiment_text(type);
+    check.quantity = quantity_text(quantity, flow);
+    check.aligned = report.aligned;
+    check.alignments = alignments_of(report, type);
+    if (report.channels) {
+        check.consistency = report.channels->consistency;
+        check.noise = ratio_of_ratios_noise;
+    }
+    check.stages = stages_of(images, type);
+    const auto field = images.find(names::field);
+    if (field && ports.hasF && quantity != FieldQuantity::ratio)
+        check.ports = compare_ports(*field, ports, quantity, flow);
+    check.conversion = report.conversion;
+    check.computed = report.field || !field;
+    state_remark(data, images, check.warnings);
+    saturation_remarks(check.stages, check.warnings);
+    if (field && report.conversion) range_remark(*field, *report.conversion, check.warnings);
+    check.warnings.insert(check.warnings.end(), report.warnings.begin(), report.warnings.end());
+    return check;
+}
+
+}  // namespace vyn

@@ -1,0 +1,63 @@
+#include "process/report/point_report.h"
+
+#include <nlohmann/json.hpp>
+
+#include "core/version.h"
+#include "render/histogram_picture.h"
+#include "render/picture.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int thumbnail_side = 260;  // pixels
+constexpr int histogram_bins = 120;
+constexpr int histogram_width = 640;
+constexpr int histogram_height = 260;
+
+std::vector<std::byte> thumbnail(const image& picture, Progress& progress) {
+    PictureOptions options;
+    options.limits = robust_limits(picture, progress);
+    options.scale = scale_for_side(picture, thumbnail_side);
+    return png_bytes(draw_picture(picture, options));
+}
+
+}  // namespace
+
+PointReport make_point_report(const RunReport& report, dataSetInterface& data,
+                              const imagesList& images, const MarkerSet& ports,
+                              Progress& progress) {
+    PointReport result;
+    result.check = check_point(report, data, images, ports);
+    const auto& stages = result.check.stages;
+    Progress quiet;
+    for (std::size_t i = 0; i < stages.size(); ++i) {
+        throw_if_aborted(progress);
+        const auto picture = images.find(stages[i].name);
+        result.thumbnails.push_back(picture ? thumbnail(*picture, quiet)
+                                            : std::vector<std::byte>());
+        progress.fraction(static_cast<double>(i + 1) / static_cast<double>(stages.size()));
+    }
+    if (const auto field = images.find(image_names::field)) {
+        const Histogram histogram =
+            make_histogram(*field, robust_limits(*field, quiet), histogram_bins, quiet);
+        result.histogram = png_bytes(
+            draw_histogram(histogram, result.check.quantity, histogram_width, histogram_height));
+    }
+    const nlohmann::json source = provenance(data, images);
+    for (const auto& input : source.at("inputs"))
+        result.inputs.emplace_back(input["file"].get<std::string>(),
+                                   input["sha256"].get<std::string>());
+    result.program = std::string("VynLite ") + program_version;
+    return result;
+}
+
+TaskOutcome PointReportTask::run(TaskContext& context) {
+    context.status("Checking the point");
+    const MarkerSet ports =
+        ports_.markers.empty() ? ports_of_point(vyn_db(), get_images()) : ports_;
+    *result_ = make_point_report(*report_, vyn_db(), get_images(), ports, context);
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/task.h"
+#include "process/report/point_check.h"
+
+namespace vyn {
+
+/// The check of a point with its pictures as PNG files' bytes.
+struct PointReport {
+    PointCheck check;
+    std::vector<std::vector<std::byte>> thumbnails;  ///< of the check's stages, in their order
+    std::vector<std::byte> histogram;                ///< of the field; empty without one
+    std::vector<std::pair<std::string, std::string>> inputs;  ///< files and their SHA-256
+    std::string program;                                      ///< with its version
+};
+
+/// Looks at the results in the image list and draws their pictures; `ports` as for check_point.
+/// Raises Aborted when told to stop.
+PointReport make_point_report(const RunReport& report, dataSetInterface& data,
+                              const imagesList& images, const MarkerSet& ports, Progress& progress);
+
+/// The same on the worker; without ports of its own it takes those that the images carry. The
+/// result is there when it is done.
+class PointReportTask final : public Task {
+  public:
+    explicit PointReportTask(std::shared_ptr<const RunReport> report, MarkerSet ports = {})
+        : report_(std::move(report)),
+          ports_(std::move(ports)),
+          result_(std::make_shared<PointReport>()) {}
+    TaskOutcome run(TaskContext& context) override;
+    std::shared_ptr<const PointReport> result() const { return result_; }
+
+  private:
+    std::shared_ptr<const RunReport> report_;
+    MarkerSet ports_;
+    std::shared_ptr<PointReport> result_;
+};
+
+}  // namespace vyn

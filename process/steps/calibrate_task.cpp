@@ -1,0 +1,14 @@
+#include "process/steps/calibrate_task.h"
+
+#include "api/image_list.h"
+
+namespace vyn {
+
+TaskOutcome CalibrateTask::run(TaskContext& context) {
+    context.status("Calculating calibration");
+    const auto ratio = get_images().find(image_names::ratio);
+    *outcome_ = calibrate_in_situ(port_file_, ratio.get(), options_);
+    return TaskOutcome::done;
+}
+
+}  // namespace vyn

@@ -1,0 +1,107 @@
+#include "process/steps/result_state.h"
+
+#include "core/keys.h"
+#include "core/numbers.h"
+#include "process/page/page_rows.h"
+#include "process/point/input_files.h"
+#include "process/steps/image_origin.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr std::string_view nesting = " > ";
+
+/// The meaning of a setting without its explanations.
+std::string meaning_of(const std::string& path) {
+    const std::string_view whole = find_key(path)->meaning;
+    return std::string(trim(whole.substr(0, whole.find_first_of(";:("))));
+}
+
+std::string quoted(const std::string& value) {
+    return value.empty() ? "nothing" : value;
+}
+
+std::string file_change(const std::string& what, const std::string& old, const std::string& now) {
+    const auto name_in = [](const std::string& stamp) {
+        return stamp.substr(0, stamp.rfind(", "));
+    };
+    if (old.empty()) return "the " + what + " was added";
+    if (now.empty()) return "the " + what + " was taken out";
+    if (name_in(old) == name_in(now)) return name_in(now) + " changed on disk";
+    return "the " + what + " is " + name_in(now) + " now";
+}
+
+/// The difference between two values of an item of an image's origin, for the user.
+std::string describe(ExperimentType type, std::string image, std::string item,
+                     const std::string& old, const std::string& now) {
+    for (auto at = item.find(nesting); at != std::string::npos; at = item.find(nesting)) {
+        image = item.substr(0, at);
+        item = item.substr(at + nesting.size());
+    }
+    if (find_key(item))
+        return meaning_of(item) + " changed from " + quoted(old) + " to " + quoted(now);
+    if (item.ends_with("file"))
+        return file_change(item + " of " + image_label(type, image), old, now);
+    const std::size_t name = item.find(" of ") + 4;
+    return "the " + item.substr(0, name) + image_label(type, item.substr(name)) + " changed";
+}
+
+/// An image that was added or taken out shows first in its file.
+bool comes_first(const std::string& item) {
+    return item.ends_with("file");
+}
+
+}  // namespace
+
+ImageState ImageStates::of(const std::string& name) {
+    const auto picture = images_.find(name);
+    if (!picture) return {};
+    if (picture->origin.empty()) return {ImageState::Kind::unknown, {}};
+
+    const ImageOrigin& old = picture->origin;
+    const ImageOrigin& now = origin_now(name);
+    std::string reason;
+    const auto compare = [&](const std::string& item) {
+        const auto before = old.find(item);
+        const auto after = now.find(item);
+        const std::string was = before == old.end() ? std::string() : before->second;
+        const std::string is = after == now.end() ? std::string() : after->second;
+        const bool differs = (before == old.end()) != (after == now.end()) || was != is;
+        if (differs && (reason.empty() || comes_first(item)))
+            reason = describe(experiment_type(data_), name, item, was, is);
+    };
+    for (const auto& entry : old)
+        compare(entry.first);
+    for (const auto& entry : now)
+        if (!old.contains(entry.first)) compare(entry.first);
+    if (reason.empty()) return {ImageState::Kind::current, {}};
+    return {ImageState::Kind::out_of_date, reason};
+}
+
+const ImageOrigin& ImageStates::origin_now(const std::string& name) {
+    if (const auto found = now_.find(name); found != now_.end()) return found->second;
+    return now_[name] = compute_origin(name);
+}
+
+ImageOrigin ImageStates::compute_origin(const std::string& name) {
+    const InputFile* input = input_of_image(name);
+    if (!input)
+        return result_origin(data_, images_, name,
+                             [this](const std::string& source) { return origin_now(source); });
+
+    const auto picture = images_.find(name);
+    if (!picture || picture->origin.empty()) return {};
+    ImageOrigin now = input_origin(data_, *input);
+    const ImageOrigin& loaded = picture->origin;
+    if (const auto old = loaded.find("file"); old != loaded.end()) now.insert(*old);
+    for (const auto& [item, key] : {std::pair{"marker file", input->raw->marker_file},
+                                    std::pair{"mask file", input->raw->mask_file}}) {
+        const auto old = loaded.find(item);
+        if (old != loaded.end() && !now.contains(item) && !read(data_, key).empty())
+            now.insert(*old);
+    }
+    return now;
+}
+
+}  // namespace vyn

@@ -1,0 +1,161 @@
+#include "sample/synthetic_camera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <string>
+
+#include "api/parallel.h"
+#include "core/numbers.h"
+#include "sample/synthetic_point.h"
+#include "sample/synthetic_scene.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr double default_corner_shift = 3;  // pixels
+constexpr double electrons_per_count = 4;
+constexpr double read_noise = 6;  // counts
+constexpr double full_scale = 65535;
+constexpr int row_block = 8;
+
+/// Streams of the noise: four pictures of each camera.
+constexpr std::uint64_t first_stream = 16;
+enum Picture : std::uint64_t { off_picture, on_picture, off_dark_picture, on_dark_picture };
+
+/// Rounded, so that the camera file's 16 digits hold it exactly.
+double default_a2(int width, int height) {
+    const double a2 = default_corner_shift / std::pow(0.5 * std::hypot(width, height), 3);
+    return parse_double(format_general(a2, 3)).value_or(0);
+}
+
+/// What the camera gives for an expected signal (light counts) on a dark level.
+class Recorder {
+  public:
+    Recorder(const SyntheticCamera& camera, const SyntheticOptions& options)
+        : options_(options),
+          width_(static_cast<std::uint64_t>(camera.width)),
+          stream_(first_stream + 4 * static_cast<std::uint64_t>(camera.role)) {}
+
+    float operator()(Picture picture, double light, double dark, int x, int y) const {
+        const double expected = light + dark;
+        if (options_.noise == SyntheticOptions::Noise::none) return static_cast<float>(expected);
+        const double deviation = std::sqrt(options_.noise_variance *
+                                           (light / electrons_per_count + read_noise * read_noise));
+        const std::uint64_t index =
+            static_cast<std::uint64_t>(y) * width_ + static_cast<std::uint64_t>(x);
+        const double noisy =
+            expected + deviation * hashed_normal(options_.seed, stream_ + picture, index);
+        return static_cast<float>(std::clamp(std::round(noisy), 0.0, full_scale));
+    }
+
+  private:
+    const SyntheticOptions& options_;
+    std::uint64_t width_;
+    std::uint64_t stream_;
+};
+
+}  // namespace
+
+double SyntheticCamera::flat(int x, int y) const {
+    const double u = 2.0 * x / (width - 1) - 1;
+    const double v = 2.0 * y / (height - 1) - 1;
+    if (role == Role::reference)
+        return 1.02 - 0.05 * (u * u + v * v) - 0.015 * std::sin(2 * std::numbers::pi * (u - v));
+    return 1.03 - 0.06 * (u * u + v * v) +
+           0.01 * std::cos(3 * std::numbers::pi * u + 2 * std::numbers::pi * v);
+}
+
+double SyntheticCamera::wind_off_dark(int x) const {
+    return 308 + 40.0 * static_cast<double>(role) + 4.0 * x / width;
+}
+
+double SyntheticCamera::wind_on_dark(int y) const {
+    return 318 + 40.0 * static_cast<double>(role) + 5.0 * y / height;
+}
+
+cameraFeatures SyntheticCamera::record() const {
+    cameraFeatures record;
+    record.camera_ID = std::string(role == Role::reference ? "SYN2" : "SYN1");
+    record.camera_name =
+        std::string(role == Role::reference ? "synthetic reference camera" : "synthetic camera");
+    record.focus = 12.5;
+    record.dx = 0.0055;
+    record.dy = 0.0055;
+    record.ncx = record.nfx = width;
+    record.ncy = record.nfy = height;
+    record.cx = lens.cx;
+    record.cy = lens.cy;
+    record.a2 = lens.a2;
+    record.a4 = lens.a4;
+    return record;
+}
+
+SyntheticCamera signal_camera(const SyntheticOptions& options) {
+    SyntheticCamera camera;
+    camera.width = options.width;
+    camera.height = options.height;
+    camera.lens.cx = 0.5 * (options.width - 1) + 1.75;
+    camera.lens.cy = 0.5 * (options.height - 1) - 1.5;
+    camera.lens.a2 = options.a2 ? *options.a2 : default_a2(options.width, options.height);
+    camera.lens.a4 = options.a4;
+    return camera;
+}
+
+SyntheticCamera reference_camera(const SyntheticOptions& options) {
+    constexpr double scale = 0.875;
+    constexpr double angle = 0.012;  // radians
+    SyntheticCamera camera;
+    camera.role = SyntheticCamera::Role::reference;
+    camera.width = static_cast<int>(scale * options.width);
+    camera.height = static_cast<int>(scale * options.height);
+    camera.lens.cx = 0.5 * (camera.width - 1) - 2.25;
+    camera.lens.cy = 0.5 * (camera.height - 1) + 0.75;
+    camera.lens.a2 = -0.6 * default_a2(camera.width, camera.height);
+    PolyTransform& map = camera.ideal_from_laboratory;
+    map.n = 3;
+    map.ax[1] = map.ay[2] = scale * std::cos(angle);
+    map.ax[2] = -scale * std::sin(angle);
+    map.ay[1] = scale * std::sin(angle);
+    const Point centre{0.5 * (options.width - 1), 0.5 * (options.height - 1)};
+    map.ax[0] = 0.5 * (camera.width - 1) + 3.4 - map.ax[1] * centre.x - map.ax[2] * centre.y;
+    map.ay[0] = 0.5 * (camera.height - 1) - 2.6 - map.ay[1] * centre.x - map.ay[2] * centre.y;
+    return camera;
+}
+
+void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
+                   const PolyTransform& motion, const SyntheticLight& light,
+                   SyntheticPictures& pictures, Progress& progress) {
+    const auto empty_plane = [&camera](image& picture, const char* name) -> Bitmap<float>& {
+        picture = image(camera.width, camera.height);
+        picture.name = name;
+        return picture.values();
+    };
+    Bitmap<float>& off = empty_plane(pictures.wind_off, "wind_off");
+    Bitmap<float>& on = empty_plane(pictures.wind_on, "wind_on");
+    Bitmap<float>& off_dark_plane = empty_plane(pictures.wind_off_dark, "wind_off_dark");
+    Bitmap<float>& on_dark_plane = empty_plane(pictures.wind_on_dark, "wind_on_dark");
+    Bitmap<float>& flat_plane = empty_plane(pictures.flat, "flat");
+    const Recorder recorded(camera, options);
+    parallel_rows(camera.height, row_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            for (int x = 0; x < camera.width; ++x) {
+                const double flat = camera.flat(x, y);
+                const double off_dark = camera.wind_off_dark(x);
+                const double on_dark = camera.wind_on_dark(y);
+                const Point ideal = ideal_position(camera.lens, {double(x), double(y)});
+                const Point place = inverse_mapped(camera.ideal_from_laboratory, ideal);
+                const Point on_model = inverse_mapped(motion, place);
+                const double off_light = light.wind_off(place) * flat;
+                const double on_light = light.wind_on(place, on_model) * flat;
+                flat_plane(x, y) = static_cast<float>(flat);
+                off_dark_plane(x, y) = recorded(off_dark_picture, 0, off_dark, x, y);
+                on_dark_plane(x, y) = recorded(on_dark_picture, 0, on_dark, x, y);
+                off(x, y) = recorded(off_picture, off_light, off_dark, x, y);
+                on(x, y) = recorded(on_picture, on_light, on_dark, x, y);
+            }
+    });
+}
+
+}  // namespace vyn

@@ -1,0 +1,196 @@
+#include <nlohmann/json.hpp>
+
+#include "api/image_io.h"
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/project_file.h"
+#include "core/version.h"
+#include "process/point/experiment_type.h"
+#include "process/point/marker_io.h"
+#include "process/steps/field_quantity.h"
+#include "sample/synthetic_point.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Channels = SyntheticOptions::Channels;
+
+constexpr const char* truth_file = "truth.tif";
+constexpr const char* single_channel_file = "single_channel.tif";
+constexpr const char* truth_marker_file = "truth.mrk";
+constexpr const char* port_file = "ports.mrk";
+constexpr const char* paint_file = "paint.clb";
+constexpr const char* project_file = "project.xml";
+
+/// Names of the files of one camera; those that it has not are empty.
+struct CameraFiles {
+    std::string wind_off;
+    std::string wind_on;
+    std::string wind_off_dark;
+    std::string wind_on_dark;
+    std::string flat;
+    std::string wind_off_markers;
+    std::string wind_on_markers;
+    std::string camera;
+
+    std::vector<std::string> all() const {
+        std::vector<std::string> names;
+        for (const std::string& name : {wind_off, wind_on, wind_off_dark, wind_on_dark, flat,
+                                        wind_off_markers, wind_on_markers, camera})
+            if (!name.empty()) names.push_back(name);
+        return names;
+    }
+};
+
+CameraFiles signal_files() {
+    return {"wind_off.tif", "wind_on.tif",  "wind_off_dark.tif", "wind_on_dark.tif",
+            "flat.tif",     "wind_off.mrk", "wind_on.mrk",       "camera.ini"};
+}
+
+/// Gate 1 shares camera, flat field and markers with gate 2.
+CameraFiles second_files(Channels channels) {
+    if (channels == Channels::lifetime)
+        return {"wind_off_gate1.tif",
+                "wind_on_gate1.tif",
+                "wind_off_gate1_dark.tif",
+                "wind_on_gate1_dark.tif",
+                {},
+                {},
+                {},
+                {}};
+    return {"wind_off_refe.tif",     "wind_on_refe.tif", "wind_off_refe_dark.tif",
+            "wind_on_refe_dark.tif", "flat_refe.tif",    "wind_off_refe.mrk",
+            "wind_on_refe.mrk",      "camera_refe.ini"};
+}
+
+const char* channel_name(Channels channels) {
+    switch (channels) {
+        case Channels::single:
+            return "single";
+        case Channels::binary:
+            return "binary";
+        case Channels::lifetime:
+            return "lifetime";
+    }
+    return "";
+}
+
+std::string provenance_of(const SyntheticPoint& point) {
+    const SyntheticOptions& options = point.options;
+    const nlohmann::ordered_json text = {
+        {"program", std::string("VynLite ") + program_version},
+        {"synthetic",
+         {{"width", options.width},
+          {"height", options.height},
+          {"seed", options.seed},
+          {"order", options.order},
+          {"a2", point.lens.a2},
+          {"a4", point.lens.a4},
+          {"field", field_name(options.quantity)},
+          {"noise", options.noise == SyntheticOptions::Noise::camera},
+          {"channels", channel_name(options.channels)}}}};
+    return text.dump();
+}
+
+cameraFeatures with_flat(cameraFeatures camera, const CameraFiles& files) {
+    camera.flat_file = files.flat;
+    return camera;
+}
+
+/// The settings of one channel's wind-off and wind-on picture.
+void name_files(dataSetInterface& data, const CameraFiles& files, const cameraFeatures& camera,
+                double dark_level, const RawImage& off, const RawImage& on) {
+    write(data, off.file, files.wind_off);
+    write(data, on.file, files.wind_on);
+    write(data, off.dark_file, files.wind_off_dark);
+    write(data, on.dark_file, files.wind_on_dark);
+    write(data, off.dark_level, dark_level);
+    write(data, on.dark_level, dark_level);
+    if (files.camera.empty()) return;
+    write(data, off.marker_file, files.wind_off_markers);
+    write(data, on.marker_file, files.wind_on_markers);
+    cameraFeatures record = with_flat(camera, files);
+    record.camera = files.camera;
+    write(data, std::string(off.camera), record);
+}
+
+void put_project(const fs::path& file, const SyntheticPoint& point) {
+    const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
+    const Channels channels = point.options.channels;
+    simpleNamedDataSet data;
+    choose_experiment_type(data, channels == Channels::single   ? ExperimentType::single
+                                 : channels == Channels::binary ? ExperimentType::binary
+                                                                : ExperimentType::lifetime);
+    write(data, keys::test_id, std::string("synthetic"));
+    name_files(data, signal_files(), point.camera, point.dark_level, off_signal, on_signal);
+    if (point.reference)
+        name_files(data, second_files(channels), point.reference->camera, point.dark_level,
+                   off_reference, on_reference);
+    write(data, keys::markers_enable, 1);
+    write(data, keys::markers_order, point.options.order);
+    write(data, keys::convert_field, std::string(field_name(point.options.quantity)));
+    write(data, std::string(keys::sens_paint), point.paint);
+    write(data, std::string(keys::flow), point.flow);
+    save_xml(data, file.c_str());
+}
+
+using NamedPicture = std::pair<std::string, const image*>;
+
+void put_camera(const fs::path& folder, const CameraFiles& files, const SyntheticPictures& pictures,
+                const cameraFeatures& camera, std::vector<NamedPicture>& images) {
+    images.insert(images.end(), {{files.wind_off, &pictures.wind_off},
+                                 {files.wind_on, &pictures.wind_on},
+                                 {files.wind_off_dark, &pictures.wind_off_dark},
+                                 {files.wind_on_dark, &pictures.wind_on_dark}});
+    if (files.camera.empty()) return;
+    images.emplace_back(files.flat, &pictures.flat);
+    write_marker_file(folder / files.wind_off_markers, pictures.wind_off_markers);
+    write_marker_file(folder / files.wind_on_markers, pictures.wind_on_markers);
+    write_camera((folder / files.camera).string(), with_flat(camera, files));
+}
+
+}  // namespace
+
+std::vector<std::string> synthetic_file_names(Channels channels) {
+    std::vector<std::string> names = signal_files().all();
+    names.insert(names.end(), {truth_file, truth_marker_file, port_file, paint_file, project_file});
+    if (channels == Channels::single) return names;
+    if (channels == Channels::binary) names.emplace_back(single_channel_file);
+    for (std::string& name : second_files(channels).all())
+        names.push_back(std::move(name));
+    return names;
+}
+
+void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
+                           Progress& progress) {
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    if (failure)
+        throw FileError("process/synthetic_files", __LINE__, "Can't open file for writing!",
+                        folder.string() + ": " + failure.message());
+    std::vector<NamedPicture> pictures{{truth_file, &point.truth}};
+    put_camera(folder, signal_files(), point, point.camera, pictures);
+    if (point.options.channels == Channels::binary)
+        pictures.emplace_back(single_channel_file, &point.single_channel);
+    if (point.reference)
+        put_camera(folder, second_files(point.options.channels), *point.reference,
+                   point.reference->camera, pictures);
+    ImageWriteOptions options;
+    options.provenance = provenance_of(point);
+    double done = 0;
+    for (const auto& [name, picture] : pictures) {
+        const auto count = static_cast<double>(pictures.size());
+        SubProgress part(progress, done / count, (done + 1) / count);
+        write_image(*picture, folder / name, options, part);
+        ++done;
+    }
+    write_marker_file(folder / truth_marker_file, point.truth_markers);
+    write_marker_file(folder / port_file, point.ports);
+    write_paint_calibration((folder / paint_file).string(), point.paint);
+    put_project(folder / project_file, point);
+}
+
+}  // namespace vyn

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "calib/flow.h"
+#include "calib/paint.h"
+#include "calib/paint_law.h"
+#include "sample/synthetic_camera.h"
+#include "sample/synthetic_scene.h"
+
+namespace vyn {
+
+/// The paint law at wind-on conditions, in pascal, between pressure and the ratio wind-off /
+/// wind-on.
+class PaintCurve {
+  public:
+    PaintCurve(const paintFeatures& paint, const flowFeatures& flow);
+    double ratio(double pressure) const;
+    double pressure(double ratio) const;
+
+  private:
+    PaintLaw law_;
+    double wind_off_ratio_;
+};
+
+/// Light in counts of the paint that answers to pressure, and of what it is compared with.
+struct SyntheticLights {
+    SyntheticLight signal;
+    SyntheticLight reference;  ///< empty for a single channel
+};
+
+/// The lights of a point. The lamp stands still for a single channel and moves with the wind for
+/// the others. Scene and curve must outlive the result.
+SyntheticLights lights_of(const SyntheticOptions& options, const SyntheticScene& scene,
+                          const PaintCurve& curve);
+
+/// The lamp's light at a place without wind over that at `place_with_wind`: the factor by which the
+/// ratio of the signal channel alone is wrong.
+double lamp_factor(const SyntheticOptions& options, Point place, Point place_with_wind);
+
+}  // namespace vyn

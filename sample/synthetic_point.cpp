@@ -1,0 +1,204 @@
+#include "sample/synthetic_point.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "api/parallel.h"
+#include "core/errors.h"
+#include "core/numbers.h"
+#include "process/synthetic_geometry.h"
+#include "sample/synthetic_light.h"
+#include "sample/synthetic_scene.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr int smallest_side = 64;
+constexpr int largest_side = 16384;
+constexpr double strongest_distortion = 0.2;
+constexpr int first_port_number = 101;
+constexpr int row_block = 8;
+
+paintFeatures synthetic_paint() {
+    paintFeatures paint;
+    paint.gamma = {{{-13000, 35, 0.15}, {93000, 210, -0.3}, {18000, -40, 0.2}}};
+    paint.pressure_unit = std::string("Pa");
+    paint.normalizing_pressure = 100000;
+    paint.minimal_pressure = 50000;
+    paint.maximal_pressure = 130000;
+    paint.tolerance_pressure = 100;
+    paint.temperature_unit = std::string("C");
+    paint.normalizing_temperature = 20;
+    paint.minimal_temperature = 0;
+    paint.maximal_temperature = 60;
+    paint.tolerance_temperature = 0.5;
+    return paint;
+}
+
+flowFeatures synthetic_flow() {
+    flowFeatures flow;
+    flow.static_p = SyntheticScene::static_pressure;
+    flow.dynamic_p = SyntheticScene::dynamic_pressure;
+    flow.wind_off_p = 100000;
+    flow.wind_off_t = 20;
+    flow.wind_on_t = 26;
+    flow.p_unit = std::string("Pa");
+    flow.t_unit = std::string("C");
+    return flow;
+}
+
+double in_quantity(FieldQuantity quantity, double pressure, double ratio,
+                   const flowFeatures& flow) {
+    switch (quantity) {
+        case FieldQuantity::pressure:
+            return pressure;
+        case FieldQuantity::p_over_static:
+            return pressure / flow.static_p;
+        case FieldQuantity::cp:
+            return (pressure - flow.static_p) / flow.dynamic_p;
+        case FieldQuantity::ratio:
+            break;
+    }
+    return ratio;
+}
+
+/// A field in the point's quantity from pressure and ratio at each place, excluded off the model.
+template <class ValueAt>
+image field_of(const SyntheticOptions& options, const SyntheticScene& scene, const char* name,
+               Progress& progress, ValueAt value_at) {
+    image field(options.width, options.height);
+    field.name = name;
+    Bitmap<float>& values = field.values();
+    Bitmap<std::uint8_t>& mask = field.mask();
+    parallel_rows(options.height, row_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            for (int x = 0; x < options.width; ++x) {
+                const Point place{double(x), double(y)};
+                values(x, y) = static_cast<float>(value_at(place));
+                mask(x, y) = scene.inside(place) > 0 ? 0 : 1;
+            }
+    });
+    return field;
+}
+
+Marker marker_at(Point p, std::int32_t number) {
+    Marker marker;
+    marker.x = p.x;
+    marker.y = p.y;
+    marker.id = number;
+    return marker;
+}
+
+/// The dots as a camera sees them.
+void place_dots(const SyntheticScene& scene, const PolyTransform& motion,
+                const SyntheticCamera& camera, SyntheticPictures& pictures) {
+    std::int32_t number = 0;
+    for (MarkerSet* set : {&pictures.wind_off_markers, &pictures.wind_on_markers})
+        set->hasX = set->hasY = true;
+    const auto seen = [&](Point place) {
+        return exact_camera_position(camera.lens, apply_poly(camera.ideal_from_laboratory, place));
+    };
+    for (const Point& dot : scene.dots()) {
+        ++number;
+        pictures.wind_off_markers.markers.push_back(marker_at(seen(dot), number));
+        pictures.wind_on_markers.markers.push_back(
+            marker_at(seen(apply_poly(motion, dot)), number));
+    }
+}
+
+void place_truth_markers(const SyntheticScene& scene, SyntheticPoint& point) {
+    for (MarkerSet* set : {&point.truth_markers, &point.ports})
+        set->hasX = set->hasY = true;
+    std::int32_t number = 0;
+    for (const Point& dot : scene.dots())
+        point.truth_markers.markers.push_back(marker_at(dot, ++number));
+    point.ports.hasF = true;
+    point.ports.functionName = std::string("P");
+    number = first_port_number;
+    for (const Point& port : scene.ports()) {
+        Marker marker = marker_at(port, number++);
+        marker.f = scene.pressure(port);
+        point.ports.markers.push_back(marker);
+    }
+}
+
+/// Gate 1 has the camera of gate 2.
+SyntheticCamera second_camera(const SyntheticOptions& options) {
+    if (options.channels == SyntheticOptions::Channels::binary) return reference_camera(options);
+    SyntheticCamera camera = signal_camera(options);
+    camera.role = SyntheticCamera::Role::gate_1;
+    return camera;
+}
+
+}  // namespace
+
+std::string problem_of(const SyntheticOptions& options) {
+    const auto silly = [](int side) { return side < smallest_side || side > largest_side; };
+    if (silly(options.width) || silly(options.height))
+        return "a picture of " + std::to_string(options.width) + " x " +
+               std::to_string(options.height) + " pixels: each side must be " +
+               std::to_string(smallest_side) + " to " + std::to_string(largest_side);
+    if (options.order < 0 || options.order > 3)
+        return "the motion's order " + std::to_string(options.order) + " is not 0 to 3";
+    const Distortion lens = signal_camera(options).lens;
+    const double half_diagonal = 0.5 * std::hypot(options.width, options.height);
+    const double r2 = half_diagonal * half_diagonal;
+    const double strength = std::abs(lens.a2) * r2 + 2 * std::abs(lens.a4) * r2 * r2;
+    if (!(strength <= strongest_distortion))
+        return "the distortion a2 = " + format_double(lens.a2) +
+               ", a4 = " + format_double(lens.a4) +
+               " is too strong for the picture: |a2| r^2 + 2 |a4| r^4 in "
+               "the corners is " +
+               format_general(strength, 3) + ", at most " +
+               format_general(strongest_distortion, 3) + " is possible";
+    return {};
+}
+
+SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& progress) {
+    if (const std::string problem = problem_of(options); !problem.empty())
+        throw AlgoError("process/synthetic_point", __LINE__, "Algorithm error!", problem);
+    SyntheticPoint point;
+    point.options = options;
+    const SyntheticCamera camera = signal_camera(options);
+    point.lens = camera.lens;
+    point.wind_on_from_wind_off = synthetic_motion(options.order, options.width, options.height);
+    point.dark_level = 2400;
+    point.camera = camera.record();
+    point.paint = synthetic_paint();
+    point.flow = synthetic_flow();
+    const SyntheticScene scene(options.width, options.height, options.seed);
+    const PaintCurve curve(point.paint, point.flow);
+    const SyntheticLights lights = lights_of(options, scene, curve);
+    const bool two = options.channels != SyntheticOptions::Channels::single;
+    SubProgress signal(progress, 0, two ? 0.45 : 0.9);
+    SubProgress reference(progress, 0.45, 0.9);
+    SubProgress truth(progress, 0.9, 1);
+
+    const PolyTransform& motion = point.wind_on_from_wind_off;
+    place_dots(scene, motion, camera, point);
+    take_pictures(camera, options, motion, lights.signal, point, signal);
+    if (two) {
+        const SyntheticCamera second = second_camera(options);
+        point.reference.emplace().camera = second.record();
+        place_dots(scene, motion, second, *point.reference);
+        take_pictures(second, options, motion, lights.reference, *point.reference, reference);
+    }
+    place_truth_markers(scene, point);
+    const auto quantity = [&](double pressure, double ratio) {
+        return in_quantity(options.quantity, pressure, ratio, point.flow);
+    };
+    point.truth = field_of(options, scene, "truth", truth, [&](Point place) {
+        const double pressure = scene.pressure(place);
+        return quantity(pressure, curve.ratio(pressure));
+    });
+    if (options.channels == SyntheticOptions::Channels::binary)
+        point.single_channel = field_of(options, scene, "single_channel", truth, [&](Point place) {
+            const double ratio = curve.ratio(scene.pressure(place)) *
+                                 lamp_factor(options, place, apply_poly(motion, place));
+            return quantity(curve.pressure(ratio), ratio);
+        });
+    return point;
+}
+
+}  // namespace vyn

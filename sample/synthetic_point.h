@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "api/field_conversion.h"
+#include "api/image.h"
+#include "calib/camera.h"
+#include "calib/flow.h"
+#include "calib/paint.h"
+#include "core/progress.h"
+#include "sample/synthetic_camera.h"
+
+namespace vyn {
+
+struct SyntheticOptions {
+    enum class Noise { none, camera };
+    enum class Channels { single, binary, lifetime };
+
+    int width = 640;         ///< 64 to 16384 pixels
+    int height = 480;        ///< 64 to 16384 pixels
+    std::uint64_t seed = 1;  ///< of texture, marker places and noise
+    int order = 2;           ///< of the model's motion, 0 to 3
+    /// Radial distortion (see Distortion). Without a2: about 3 px in the corners.
+    std::optional<double> a2 = std::nullopt;
+    double a4 = 0;
+    FieldQuantity quantity = FieldQuantity::pressure;
+    /// `camera`: shot noise of 4 electrons per count, read noise of 6 counts, whole counts
+    /// 0..65535.
+    Noise noise = Noise::none;
+    double noise_variance = 1;  ///< factor on the variance of that noise
+    /// Of a binary or lifetime point the lamp moves between wind-off and wind-on.
+    Channels channels = Channels::single;
+};
+
+/// What is wrong with the options, for the user; empty when they are sound.
+std::string problem_of(const SyntheticOptions& options);
+
+/// The second channel of a point: the reference camera's pictures of binary paint, or gate 1 of the
+/// signal camera, whose flat field and record those of the point are.
+struct SyntheticReference : SyntheticPictures {
+    cameraFeatures camera;
+};
+
+/// A complete test point whose right answer is known. Everything is evaluated from formulas at each
+/// pixel; nothing is resampled.
+///
+/// The truth lives in the ideal (distortion-free) wind-off picture, which is the frame of the ratio
+/// image. A camera pixel p shows the ideal position U(p) of the lens:
+///     wind_off(p) = I(U(p)) flat(p) + wind_off_dark(p)
+///     wind_on(p) = I(x) / R(x) flat(p) + wind_on_dark(p), x the model point that moved to U(p)
+/// with R(x) the ratio at which the paint law gives the true pressure at x. With two channels I is
+/// also proportional to the lamp's light at U(p), and the second channel has a light of its own
+/// without R (binary) or with a first gate that R changes as a decay does (lifetime).
+struct SyntheticPoint : SyntheticPictures {
+    /// Gate 2 over gate 1 of a lifetime point without wind, everywhere.
+    static constexpr double gate_ratio = 0.55;
+
+    SyntheticOptions options;
+    Distortion lens;
+    PolyTransform wind_on_from_wind_off;  ///< the model's motion, ideal positions
+    double dark_level = 0;                ///< counts; between the ground and the model
+
+    cameraFeatures camera;
+    paintFeatures paint;
+    flowFeatures flow;
+    std::optional<SyntheticReference> reference;
+
+    /// The true field in the quantity of the options; excluded off the model.
+    image truth;
+    /// Of binary paint: what the signal channel alone gives, wrong by the lamp's motion.
+    image single_channel;
+    MarkerSet truth_markers;  ///< the dots in the frame of the truth
+    MarkerSet ports;          ///< frame of the truth, true pressure in pascal
+};
+
+/// Raises AlgoError with `problem_of` the options, Aborted when told to stop. The result depends on
+/// the options only.
+SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& progress);
+
+/// Names of the files that `write_synthetic_point` makes of a point with these channels.
+std::vector<std::string> synthetic_file_names(
+    SyntheticOptions::Channels channels = SyntheticOptions::Channels::single);
+
+/// Writes images, markers, records and a project file ("project.xml", relative names) that asks for
+/// the computation of the truth ("truth.tif"); makes the folder. The files are replaced one by one.
+/// Raises FileError.
+void write_synthetic_point(const SyntheticPoint& point, const std::filesystem::path& folder,
+                           Progress& progress);
+
+}  // namespace vyn

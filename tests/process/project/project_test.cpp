@@ -1,0 +1,253 @@
+#include <gmock/gmock.h>
+#include <zip.h>
+
+#include "core/errors.h"
+#include "core/keys.h"
+#include "core/project_file.h"
+#include "markers/marker_files.h"
+#include "process/point/raw_images.h"
+#include "process/point/save_image_task.h"
+#include "process/point/unsaved_work.h"
+#include "process/project/project_tasks.h"
+#include "tests/support/project_fixture.h"
+
+namespace vyn::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+/// Values that count up, one excluded pixel, and two markers of awkward positions.
+image sample_image(const std::string& name, int width = 9, int height = 7) {
+    image picture(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            picture.values()(x, y) = 0.1f * static_cast<float>(x) + 10.0f * static_cast<float>(y);
+    picture.mask()(2, 1) = 1;
+    picture.name = name;
+    picture.markers.markers = {{.x = 1.0 / 3, .y = 2, .f = 1e5, .id = 7},
+                               {.x = 4, .y = 5.125, .active = false, .id = 9}};
+    picture.markers.hasX = picture.markers.hasY = picture.markers.hasF = true;
+    return picture;
+}
+
+class ProjectTasks : public ProjectTest {
+  protected:
+    /// A project with two images in a sub-folder, by relative names.
+    void write_project() {
+        fs::create_directory(folder / "images");
+        write_image(sample_image("off"), folder / "images/off.tif");
+        write_image(sample_image("on"), folder / "images/on.tif");
+        simpleNamedDataSet data;
+        write<std::string>(data, keys::wind_off_sens_file, "images/off.tif");
+        write<std::string>(data, keys::wind_on_sens_file, "images/on.tif");
+        save_xml(data, project.c_str());
+    }
+
+    TaskOutcome read(const fs::path& file, std::vector<std::pair<std::string, any>> settings = {}) {
+        return run(ReadProjectTask(
+            {.file = file, .geometry = ReadProject::Geometry::leave_out, .settings = settings}));
+    }
+
+    fs::path project = folder / "project.xml";
+};
+
+TEST_F(ProjectTasks, ReadsImagesByRelativeNamesAndKnowsItsFile) {
+    write_project();
+    EXPECT_EQ(read(project), TaskOutcome::done);
+    ASSERT_TRUE(get_images().find("wind_off_sens"));
+    EXPECT_EQ(get_images().find("wind_off_sens")->mask()(2, 1), 1);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::head_file), project.string());
+    EXPECT_FALSE(vyn_db().modified());
+}
+
+TEST_F(ProjectTasks, FullPathThatMovedIsFoundBesideTheProject) {
+    write_project();
+    fs::rename(folder / "images/on.tif", folder / "on.tif");
+    EXPECT_EQ(read(project, {{std::string(keys::wind_on_sens_file.path),
+                              any(std::string("/no/such/folder/on.tif"))}}),
+              TaskOutcome::done);
+    EXPECT_TRUE(get_images().find("wind_on_sens"));
+}
+
+TEST_F(ProjectTasks, FailureNamesFileAndKeyAndKeepsTheOldProject) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    const std::string before = to_xml(vyn_db());
+    const auto old_image = get_images().find("wind_off_sens");
+    try {
+        read(project, {{std::string(keys::wind_on_sens_file.path), any(std::string("gone.tif"))}});
+        FAIL() << "a missing image must not be ignored";
+    } catch (const FileError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("gone.tif"));
+        EXPECT_THAT(error.what(), HasSubstr(keys::wind_on_sens_file.path));
+    }
+    EXPECT_EQ(to_xml(vyn_db()), before);
+    EXPECT_EQ(get_images().find("wind_off_sens"), old_image);
+}
+
+TEST_F(ProjectTasks, MaskFileAndSaturationExcludePixels) {
+    write_project();
+    image mask(9, 7);
+    mask.values().fill(0);
+    mask.values()(8, 6) = 255;
+    write_image(mask, folder / "mask.tif");
+    ASSERT_EQ(read(project,
+                   {{std::string(keys::wind_off_sens_mask_file.path), any(std::string("mask.tif"))},
+                    {std::string(keys::saturation_level.path), any(60.75)},
+                    {std::string(keys::saturation_exclude.path), any(1)}}),
+              TaskOutcome::done);
+    const auto off = get_images().find("wind_off_sens");
+    EXPECT_EQ(off->mask()(8, 6), 1) << "in the mask file";
+    EXPECT_EQ(off->mask()(0, 0), 0);
+    const auto on = get_images().find("wind_on_sens");
+    EXPECT_EQ(on->mask()(8, 6), 1) << "60.8, saturated";
+    EXPECT_EQ(on->mask()(7, 6), 0) << "60.7, below the level";
+}
+
+TEST_F(ProjectTasks, SaveAsInAnotherFolderKeepsRelativeNamesTrue) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    fs::create_directory(folder / "elsewhere");
+    const fs::path moved = folder / "elsewhere/copy.xml";
+    ASSERT_EQ(run(WriteProjectTask(moved)), TaskOutcome::done);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::wind_off_sens_file), "../images/off.tif");
+    EXPECT_EQ(read(moved), TaskOutcome::done);
+}
+
+TEST_F(ProjectTasks, ContainerHoldsSettingsAndImagesExactly) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    get_images().add(sample_image("wind_off_sens"));
+    get_images().add(sample_image("field_P", 5, 3));
+    write<std::string>(vyn_db(), keys::wind_off_sens_mark_file, "off.mrk");
+    write(vyn_db(), keys::threshold_min, 0.1);
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    const auto original = get_images().find("wind_off_sens");
+    fs::remove_all(folder / "images");
+
+    reset();
+    ASSERT_EQ(read(container), TaskOutcome::done);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::threshold_min), 0.1);
+    const auto stored = get_images().find("wind_off_sens");
+    ASSERT_TRUE(stored) << "images of the container win over paths that are not there";
+    EXPECT_TRUE(same_bits(*stored, *original));
+    EXPECT_EQ(stored->markers, original->markers);
+    ASSERT_TRUE(get_images().find("field_P"));
+    EXPECT_EQ(get_images().find("field_P")->width(), 5);
+    EXPECT_EQ(get_ims().version, "2.51");
+}
+
+TEST_F(ProjectTasks, AContainerSavesWhatWasDrawnAndServesARecoveredProject) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    for (const char* name : {"wind_off_sens", "wind_on_sens", "Iref"}) {
+        image picture = sample_image(name);
+        picture.note_markers_saved();
+        picture.note_mask_saved();
+        picture.markers.markers[0].x = 3;
+        picture.mask()(4, 4) = 1;
+        get_images().add(std::move(picture));
+    }
+    write<std::string>(vyn_db(), keys::wind_on_sens_mark_file, "on.mrk");
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    const auto unsaved = unsaved_pictures(get_images());
+    ASSERT_EQ(unsaved.size(), 1u) << "markers that no marker file is named for do not come back";
+    EXPECT_EQ(unsaved[0]->name, "wind_off_sens");
+    EXPECT_FALSE(unsaved[0]->has_unsaved_mask());
+
+    // The settings changed after that, and only a copy of them is left.
+    write<std::string>(vyn_db(), keys::wind_off_sens_file, "images/on.tif");
+    save_xml(vyn_db(), (folder / "copy.xml").c_str());
+    reset();
+    ReadProject request{.file = folder / "copy.xml", .inputs = container, .settings = {}};
+    request.settings.emplace_back(keys::head_file.path, any(container.string()));
+    ASSERT_EQ(run(ReadProjectTask(request)), TaskOutcome::done);
+    EXPECT_EQ(get_images().find("wind_on_sens")->mask()(4, 4), 1);
+    EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers[0].x, 3);
+    EXPECT_EQ(get_images().find("wind_off_sens")->mask()(4, 4), 0) << "another file is named now";
+    EXPECT_FALSE(get_images().find("Iref"));
+}
+
+TEST_F(ProjectTasks, NamesThatAreNoUtf8AreNoHindrance) {
+    write_project();
+    const std::string name = "images/m\xE9lange.tif";
+    fs::copy_file(folder / "images/on.tif", folder / name);
+    ASSERT_EQ(run(ReadProjectTask(
+                  {.file = project,
+                   .settings = {{std::string(keys::wind_on_sens_file.path), any(name)}}})),
+              TaskOutcome::done);
+    EXPECT_EQ(run(SaveImageTask("wind_on_sens", folder / "out.imp")), TaskOutcome::done);
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    fs::remove_all(folder / "images");
+    ASSERT_EQ(read(container), TaskOutcome::done);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::wind_on_sens_file), name);
+    EXPECT_TRUE(get_images().find("wind_on_sens"));
+}
+
+TEST_F(ProjectTasks, DamagedContainersAreRefused) {
+    get_images().add(sample_image("field_P"));
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    const std::string bytes = get_file(container);
+    const fs::path damaged = folder / "damaged.ims";
+    for (std::size_t length = 0; length < bytes.size(); length += 97) {
+        put_file(damaged, bytes.substr(0, length));
+        EXPECT_THROW(read(damaged), FileError) << "cut off at " << length;
+    }
+    for (std::size_t at = 0; at < bytes.size(); at += 61) {
+        std::string flipped = bytes;
+        flipped[at] = static_cast<char>(flipped[at] ^ 0x55);
+        put_file(damaged, flipped);
+        try {
+            read(damaged);
+        } catch (const GenericError&) {  // refused or harmless, but never a crash
+        }
+    }
+}
+
+TEST_F(ProjectTasks, NewerContainerIsRefused) {
+    get_images().add(sample_image("field_P"));
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(container)), TaskOutcome::done);
+    const std::string header = R"({"format": 99, "images": []})";
+    zip_t* archive = zip_open(container.c_str(), 0, nullptr);
+    zip_file_add(archive, "ims.json", zip_source_buffer(archive, header.data(), header.size(), 0),
+                 ZIP_FL_OVERWRITE);
+    ASSERT_EQ(zip_close(archive), 0);
+    try {
+        read(container);
+        FAIL();
+    } catch (const FileError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("newer version"));
+    }
+}
+
+TEST_F(ProjectTasks, FixMarkersFollowsTheDataSet) {
+    const image with = sample_image("wind_off_sens");
+    image without = sample_image("wind_on_sens");
+    without.markers = MarkerSet();
+    const fs::path file = folder / "on.mrk";
+    write_markers(file.string(), with.markers);
+
+    get_images().add(image(with));
+    get_images().add(std::move(without));
+    write(vyn_db(), keys::wind_on_sens_mark_file, file.string());
+    fixMarkersDs(vyn_db(), get_images());
+    EXPECT_TRUE(get_images().find("wind_off_sens")->markers.markers.empty())
+        << "its key names no file";
+    EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers.size(), 2u)
+        << "read from the file that the key names";
+
+    get_images().add(image(with));
+    write<std::string>(vyn_db(), keys::wind_off_sens_mark_file, "not_there.mrk");
+    fixMarkersDs(vyn_db(), get_images());
+    EXPECT_EQ(get_images().find("wind_off_sens")->markers, with.markers)
+        << "markers stored with the image are kept";
+}
+
+}  // namespace
+}  // namespace vyn::test

@@ -1,0 +1,152 @@
+#include "process/report/html_report.h"
+
+#include <gmock/gmock.h>
+
+#include "core/errors.h"
+#include "render/histogram_picture.h"
+#include "render/picture.h"
+
+namespace vyn::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::vector<std::byte> decoded(const std::string& base64) {
+    const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::vector<std::byte> bytes;
+    std::uint32_t group = 0;
+    int bits = 0;
+    for (const char c : base64) {
+        if (c == '=') break;
+        group = group << 6 | static_cast<std::uint32_t>(digits.find(c));
+        bits += 6;
+        if (bits < 8) continue;
+        bits -= 8;
+        bytes.push_back(static_cast<std::byte>(group >> bits & 255));
+    }
+    return bytes;
+}
+
+/// The pictures inside a page.
+std::vector<std::vector<std::byte>> pictures_of(const std::string& html) {
+    static const std::string head = "src=\"data:image/png;base64,";
+    std::vector<std::vector<std::byte>> pictures;
+    for (std::size_t at = html.find(head); at != std::string::npos; at = html.find(head, at)) {
+        at += head.size();
+        pictures.push_back(decoded(html.substr(at, html.find('"', at) - at)));
+    }
+    return pictures;
+}
+
+std::size_t count_of(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+image ramp(const char* name, int width, int height) {
+    image picture(width, height);
+    picture.name = name;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            picture.values()(x, y) = static_cast<float>(x + y);
+    return picture;
+}
+
+/// Three lengths of PNG files: every padding of base64 occurs.
+TEST(HtmlReport, HoldsItsPicturesByteByByte) {
+    PointReport report;
+    for (const int size : {1, 2, 3, 40}) {
+        StageCheck stage;
+        stage.name = "stage";
+        report.check.stages.push_back(stage);
+        std::vector<std::byte> bytes;
+        for (int i = 0; i < size; ++i)
+            bytes.push_back(static_cast<std::byte>(250 + 7 * i));
+        report.thumbnails.push_back(bytes);
+    }
+    report.histogram = {std::byte{255}};
+    std::vector<std::vector<std::byte>> expected{report.histogram};
+    expected.insert(expected.end(), report.thumbnails.begin(), report.thumbnails.end());
+    EXPECT_EQ(pictures_of(html_report(report)), expected);
+}
+
+/// Names and remarks come from files that anybody may have written.
+TEST(HtmlReport, TextsCannotBecomeMarkup) {
+    const std::string hostile = "<script>alert(\"1\")</script> & more";
+    PointReport report;
+    report.check.title = report.check.experiment = report.check.quantity = report.check.noise =
+        hostile;
+    report.check.warnings = {hostile};
+    report.check.alignments.push_back({hostile, {}});
+    report.check.alignments.back().match.failure = hostile;
+    report.check.ports.left_out = {hostile};
+    StageCheck stage;
+    stage.label = stage.name = hostile;
+    report.check.stages = {stage};
+    report.thumbnails = {{std::byte{1}}};
+    report.inputs = {{hostile, hostile}};
+    const std::string html = html_report(report);
+    EXPECT_THAT(html, Not(HasSubstr("<script")));
+    EXPECT_EQ(count_of(html, "&lt;script&gt;alert(&quot;1&quot;)&lt;/script&gt; &amp; more"), 13u);
+    EXPECT_THAT(html, Not(HasSubstr("http")));
+    EXPECT_EQ(count_of(html, "src=\""), count_of(html, "src=\"data:"));
+    EXPECT_EQ(count_of(html, "href="), 0u);
+    for (const char* tag : {"table", "tr", "td", "th", "p", "h2", "ul", "li"})
+        EXPECT_EQ(count_of(html, "<" + std::string(tag) + ">") +
+                      count_of(html, "<" + std::string(tag) + " "),
+                  count_of(html, "</" + std::string(tag) + ">"))
+            << tag;
+}
+
+TEST(PointReportTest, HasAThumbnailOfEveryStage) {
+    imagesList images;
+    image camera_file = ramp("wind_off_sens", 600, 300);
+    camera_file.file_name = "a&b.tif";
+    camera_file.file_sha256 = "0123abcd";
+    images.add(std::move(camera_file));
+    images.add(ramp("field_P", 50, 40));
+    simpleNamedDataSet data;
+    Progress progress;
+    const PointReport report = make_point_report({}, data, images, {}, progress);
+    ASSERT_EQ(report.thumbnails.size(), 2u);
+    EXPECT_FALSE(report.histogram.empty());
+    const auto width_of = [](const std::vector<std::byte>& png) {
+        return std::to_integer<int>(png[18]) * 256 + std::to_integer<int>(png[19]);
+    };
+    EXPECT_EQ(width_of(report.thumbnails[0]), 150);  // a power of 1/2 that fits
+    EXPECT_EQ(width_of(report.thumbnails[1]), 50);
+    const std::string html = html_report(report);
+    EXPECT_EQ(pictures_of(html).size(), 3u);
+    EXPECT_THAT(html, HasSubstr("<td>a&amp;b.tif</td><td>0123abcd</td>"));
+}
+
+/// Bars stand on the base line, as high as their counts.
+TEST(HistogramPicture, BarsAreInProportion) {
+    const Histogram histogram{{0, 4}, {10, 20, 0, 5}, 0, 0};
+    const int width = 400;
+    const int height = 200;
+    const RgbPicture picture = draw_histogram(histogram, "p", width, height);
+    ASSERT_EQ(picture.rgb.size(), 3u * width * height);
+    const auto bar_at = [&](int bin) {
+        const int x = 24 + (width - 48) * (2 * bin + 1) / 8;
+        int tall = 0;
+        for (int y = 0; y < height - 52; ++y) {
+            const std::uint8_t* pixel = &picture.rgb[3 * static_cast<std::size_t>(y * width + x)];
+            if (pixel[0] < 200 && pixel[2] > 120) ++tall;
+        }
+        return tall;
+    };
+    const int full = bar_at(1);
+    EXPECT_GT(full, 100);
+    EXPECT_NEAR(bar_at(0), 0.5 * full, 1);
+    EXPECT_EQ(bar_at(2), 0);
+    EXPECT_NEAR(bar_at(3), 0.25 * full, 1);
+    EXPECT_NO_THROW(draw_histogram({{2, 2}, {0}, 0, 0}, "", 160, 120));
+    EXPECT_THROW(draw_histogram(histogram, "p", 40, 40), AlgoError);
+}
+
+}  // namespace
+}  // namespace vyn::test

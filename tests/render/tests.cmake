@@ -1,0 +1,8 @@
+vyn_tests(render
+    SOURCES
+        colour_map_test.cpp
+        limits_test.cpp
+        line_profile_test.cpp
+        palette_test.cpp
+        render_test.cpp
+    LINK vyn_render PNG::PNG)

@@ -1,0 +1,261 @@
+#include "view/ui/window/field_viewer.h"
+
+#include <QClipboard>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QToolBar>
+
+#include "tests/view_ui/viewer_fixture.h"
+#include "view/edit/double_keys.h"
+#include "view/ui/canvas/colour_bar.h"
+
+namespace vyn {
+namespace {
+
+using test::ramp_image;
+
+class FieldViewer : public test::ViewerTest {
+  protected:
+    FieldViewer() { get_images().add(ramp_image("field_P")); }
+};
+
+TEST_F(FieldViewer, KeysThatStandTwiceDoOneThingEach) {
+    VynFieldViewer& viewer = show("field_P");
+    const ViewerActions& a = viewer.actions();
+    struct Case {
+        Qt::Key key;
+        MouseMode mode;
+        QAction* expected;
+    };
+    // Commands that would open dialogs are only counted.
+    for (QAction* action : {a.image_export, a.save, a.save_markers, a.revise_all_markers})
+        QObject::disconnect(action, &QAction::triggered, &viewer, nullptr);
+    const Case cases[] = {
+        {Qt::Key_E, MouseMode::probe, a.image_export},
+        {Qt::Key_E, MouseMode::marker_add, a.marker_edit_mode},
+        {Qt::Key_A, MouseMode::probe, a.marker_add_mode},
+        {Qt::Key_A, MouseMode::marker_move, a.marker_add_mode},
+        {Qt::Key_A, MouseMode::marker_revise, a.revise_all_markers},
+        {Qt::Key_S, MouseMode::zoom_in, a.save},
+        {Qt::Key_S, MouseMode::marker_toggle, a.save_markers},
+    };
+    for (const Case& c : cases) {
+        viewer.set_mode(c.mode);
+        std::vector<std::unique_ptr<QSignalSpy>> spies;
+        const QList<QAction*> sharing = {
+            a.image_export, a.marker_edit_mode, a.marker_add_mode, a.revise_all_markers,
+            a.save,         a.save_markers};
+        for (QAction* action : sharing)
+            spies.push_back(std::make_unique<QSignalSpy>(action, &QAction::triggered));
+        QTest::keyClick(&viewer, c.key, Qt::ControlModifier);
+        for (int i = 0; i < sharing.size(); ++i)
+            EXPECT_EQ(spies[static_cast<std::size_t>(i)]->size(), sharing[i] == c.expected)
+                << sharing[i]->objectName().toStdString() << " in mode " << int(c.mode);
+    }
+    EXPECT_EQ(a.image_export->shortcut(), a.marker_edit_mode->shortcut()) << "menus show both";
+}
+
+TEST_F(FieldViewer, NoOtherKeyStandsTwice) {
+    VynFieldViewer& viewer = show("field_P");
+    std::map<QString, QString> owners;
+    for (const QAction* action : viewer.findChildren<QAction*>()) {
+        const QString key = action->shortcut().toString();
+        if (key.isEmpty() || action->shortcutContext() == Qt::WidgetShortcut) continue;
+        const auto [owner, alone] = owners.emplace(key, action->text());
+        EXPECT_TRUE(alone) << key.toStdString() << ": " << owner->second.toStdString() << " and "
+                           << action->text().toStdString();
+    }
+    EXPECT_GT(owners.size(), 20U);
+}
+
+TEST_F(FieldViewer, ModesAreExclusiveAndEscapeProbes) {
+    VynFieldViewer& viewer = show("field_P");
+    QTest::keyClick(&viewer, Qt::Key_G, Qt::ControlModifier);
+    EXPECT_EQ(viewer.mode(), MouseMode::graph);
+    EXPECT_TRUE(viewer.actions().show_graph_mode->isChecked());
+    QTest::keyClick(&viewer, Qt::Key_Escape);
+    EXPECT_EQ(viewer.mode(), MouseMode::probe);
+    EXPECT_FALSE(viewer.actions().show_graph_mode->isChecked());
+
+    QTest::keyClick(&viewer, Qt::Key_Plus, Qt::ControlModifier);
+    const double before = viewer.view().transform().zoom;
+    const QPoint click = at(viewer, 30, 10);
+    const QPointF clicked = viewer.view().transform().to_image(click);
+    QTest::mouseClick(&viewer.view(), Qt::LeftButton, {}, click);
+    EXPECT_NEAR(viewer.view().transform().zoom / before, std::sqrt(2), 1e-12);
+    const QPointF now = viewer.view().transform().to_image(click);
+    EXPECT_NEAR(now.x(), clicked.x(), 1e-9);
+    EXPECT_NEAR(now.y(), clicked.y(), 1e-9);
+    QTest::keyClick(&viewer, Qt::Key_Minus, Qt::ControlModifier);
+    QTest::mouseClick(&viewer.view(), Qt::LeftButton, {}, click);
+    EXPECT_NEAR(viewer.view().transform().zoom, before, 1e-9);
+}
+
+TEST_F(FieldViewer, StatusLineAndClipboardTellThePixel) {
+    image picture = ramp_image("field_P");
+    picture.fill_region(1);
+    picture.region()(3, 0) = 0;
+    picture.mask()(4, 0) = 1;
+    get_images().add(std::move(picture));
+    VynFieldViewer& viewer = show("field_P");
+    const std::pair<int, const char*> cases[] = {{2, "x=2 y=0, Pressure=102.000000 "},
+                                                 {3, "x=3 y=0, ROI excluded"},
+                                                 {4, "x=4 y=0, Background"}};
+    for (const auto& [x, text] : cases) {
+        QTest::mouseMove(&viewer.view(), at(viewer, x, 0));
+        EXPECT_EQ(viewer.statusBar()->currentMessage().toStdString(), text);
+    }
+    QTest::mouseMove(&viewer.view(), at(viewer, 2, 0));
+    QTest::keyClick(&viewer, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "x\t2\ny\t0\nPressure, Pa\t102\n");
+    QTest::keyClick(&viewer, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(QApplication::clipboard()->pixmap().size(), viewer.centralWidget()->size());
+}
+
+TEST_F(FieldViewer, FollowsTheRecomputedImageAndKeepsItsLimits) {
+    VynFieldViewer& viewer = show("field_P");
+    Fashion fashion = viewer.view().fashion();
+    fashion.limits = {-5, 77};
+    viewer.view().set_fashion(fashion);
+    const ViewTransform place{3, {5, 5}};
+    viewer.view().set_transform(place);
+    image changed = ramp_image("field_P");
+    changed.values()(2, 0) = 55555;
+    get_images().add(std::move(changed));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return viewer.picture()->values()(2, 0) == 55555; }, 2000));
+    EXPECT_EQ(viewer.view().fashion().limits, (Limits{-5, 77}));
+    EXPECT_EQ(viewer.view().transform(), place);
+
+    viewer.set_out_of_date(true, QStringLiteral("the dark level changed"));
+    EXPECT_EQ(viewer.windowTitle(), QStringLiteral("field_P (out of date)[*]"));
+    EXPECT_TRUE(viewer.findChild<QLabel*>(QStringLiteral("state"))
+                    ->text()
+                    .contains(QStringLiteral("the dark level changed")));
+    viewer.set_out_of_date(false, {});
+    EXPECT_EQ(viewer.windowTitle(), QStringLiteral("field_P[*]"));
+}
+
+TEST_F(FieldViewer, SaysThatItsImageWasRemovedAndShowsItAgain) {
+    VynFieldViewer& viewer = show("field_P");
+    get_images().remove("field_P");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer.picture(); }, 2000));
+    viewer.grab();
+    for (QAction* action : viewer.findChildren<QAction*>())
+        if (action->isEnabled() && !action->isCheckable() && action != viewer.actions().open &&
+            action != viewer.actions().marker_options &&
+            viewer.findChild<QToolBar*>(QStringLiteral("file tools"))->actions().contains(action))
+            ADD_FAILURE() << action->text().toStdString() << " is enabled without an image";
+    EXPECT_EQ(viewer.findChild<QLabel*>(QStringLiteral("state"))->text(),
+              QStringLiteral("No image"));
+    for (const Qt::Key key : {Qt::Key_F, Qt::Key_E, Qt::Key_A, Qt::Key_S, Qt::Key_B, Qt::Key_0})
+        QTest::keyClick(&viewer, key, Qt::ControlModifier);
+    QTest::mouseClick(&viewer.view(), Qt::LeftButton, {}, {40, 40});
+    get_images().add(ramp_image("field_P"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return viewer.picture() != nullptr; }, 2000));
+}
+
+TEST_F(FieldViewer, DraggingTheColourBarMovesTheLimits) {
+    VynFieldViewer& viewer = show("field_P");
+    auto* bar = viewer.findChild<ColourBar*>();
+    const auto limits = [&] { return viewer.view().fashion().limits; };
+    const auto drag = [&](int from, int to) {
+        const QPoint begin(15, from);
+        const QPoint end(15, to);
+        QTest::mousePress(bar, Qt::LeftButton, {}, begin);
+        QMouseEvent move(QEvent::MouseMove, end, Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(bar, &move);
+        QTest::mouseRelease(bar, Qt::LeftButton, {}, end);
+    };
+    const Limits before = limits();
+    const int top = bar->fontMetrics().height() + 10;
+    drag(top, top + 60);
+    EXPECT_LT(limits().maximum, before.maximum);
+    EXPECT_EQ(limits().minimum, before.minimum);
+    const Limits stretched = limits();
+    drag(bar->height() / 2, bar->height() / 2 + 40);
+    EXPECT_GT(limits().minimum, stretched.minimum);
+    EXPECT_NEAR(limits().maximum - limits().minimum, stretched.maximum - stretched.minimum,
+                0.01 * (stretched.maximum - stretched.minimum));
+}
+
+TEST_F(FieldViewer, LinkedViewersShowTheSamePart) {
+    get_images().add(ramp_image("Iref", 60, 50));
+    VynFieldViewer& a = show("field_P");
+    VynFieldViewer& b = show("Iref");
+    a.actions().link->trigger();
+    b.actions().link->trigger();
+    const auto middle = [](VynFieldViewer& viewer) {
+        return viewer.view().transform().to_image(QRectF(viewer.view().rect()).center());
+    };
+    EXPECT_EQ(b.view().transform().zoom, a.view().transform().zoom);
+    b.view().zoom_about({100, 100}, 2);
+    EXPECT_EQ(a.view().transform().zoom, b.view().transform().zoom);
+    EXPECT_NEAR(middle(a).x(), middle(b).x(), 1e-9);
+    a.actions().link->trigger();
+    b.view().zoom_about({100, 100}, 2);
+    EXPECT_NE(a.view().transform().zoom, b.view().transform().zoom);
+}
+
+TEST_F(FieldViewer, BlinkAndDifferenceShowTheOtherImage) {
+    image other = ramp_image("wind_on_sens_aligned");
+    for (int y = 0; y < other.height(); ++y)
+        for (int x = 0; x < other.width(); ++x)
+            other.values()(x, y) -= static_cast<float>(x);
+    get_images().add(image(other));
+    VynFieldViewer& viewer = show("field_P");
+    QSignalSpy probes(&viewer.view(), &VynFieldView::probe);
+    const auto probed = [&](int x, int y) {
+        QTest::mouseMove(&viewer.view(), at(viewer, 0, 0));
+        QTest::mouseMove(&viewer.view(), at(viewer, x, y));
+        return probes.last()[2].toFloat();
+    };
+    const auto choose_other = [] {
+        test::when_shown<QInputDialog>([](QInputDialog& dialog) { dialog.accept(); });
+    };
+    const Fashion before = viewer.view().fashion();
+    choose_other();
+    viewer.actions().difference->trigger();
+    EXPECT_TRUE(viewer.actions().difference->isChecked());
+    EXPECT_EQ(probed(17, 5), 17);
+    EXPECT_EQ(viewer.view().fashion().limits.minimum, -viewer.view().fashion().limits.maximum);
+    EXPECT_EQ(viewer.shown_picture()->values()(20, 20), 20);
+
+    get_images().add(ramp_image("wind_on_sens_aligned", 7, 7));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !viewer.actions().difference->isChecked(); }, 2000))
+        << "another size has no difference";
+    get_images().add(std::move(other));
+    choose_other();
+    viewer.actions().blink->trigger();
+    EXPECT_FALSE(viewer.actions().difference->isChecked());
+    EXPECT_EQ(viewer.view().fashion(), before);
+    EXPECT_EQ(probed(17, 5), 5100) << "the other one first";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return probed(17, 5) == 5117; }, 3000)) << "then our own";
+    get_images().remove("wind_on_sens_aligned");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !viewer.actions().blink->isChecked(); }, 2000));
+    EXPECT_EQ(probed(17, 5), 5117);
+}
+
+TEST_F(FieldViewer, ClosesWithEverythingOn) {
+    get_images().add(ramp_image("other"));
+    auto* viewer = new VynFieldViewer(worker, "field_P", false, {});
+    const QPointer<VynFieldViewer> gone(viewer);
+    viewer->show();
+    VynFieldViewer& stays = show("other");
+    viewer->actions().link->trigger();
+    stays.actions().link->trigger();
+    test::when_shown<QInputDialog>([](QInputDialog& dialog) { dialog.accept(); });
+    viewer->actions().blink->trigger();
+    viewer->actions().advanced_fashion->trigger();
+    viewer->actions().show_graph_mode->trigger();
+    QTest::mousePress(&viewer->view(), Qt::LeftButton, {}, {50, 50});
+    viewer->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !gone; }, 2000));
+    stays.view().zoom_about({10, 10}, 2);
+    EXPECT_TRUE(stays.picture());
+}
+
+}  // namespace
+}  // namespace vyn

@@ -1,0 +1,58 @@
+#include "view/edit/marker_numbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <set>
+
+namespace vyn {
+
+MarkerSet numbered_like_partners(MarkerSet moved, const std::vector<MarkerPair>& pairs) {
+    std::vector<bool> paired(moved.markers.size(), false);
+    std::set<std::int32_t> taken;
+    for (const MarkerPair& pair : pairs)
+        for (std::size_t i = 0; i < moved.markers.size(); ++i) {
+            Marker& marker = moved.markers[i];
+            if (paired[i] || marker.x != pair.moved.x || marker.y != pair.moved.y) continue;
+            marker.id = pair.reference_id;
+            paired[i] = true;
+            taken.insert(marker.id);
+            break;
+        }
+    std::int32_t free = next_free_number(moved);
+    for (std::size_t i = 0; i < moved.markers.size(); ++i) {
+        if (paired[i]) continue;
+        Marker& marker = moved.markers[i];
+        if (!taken.insert(marker.id).second) taken.insert(marker.id = free++);
+    }
+    return moved;
+}
+
+MarkerSet joined(MarkerSet markers, const MarkerSet& found, double distance) {
+    const std::vector<Marker> there = markers.markers;
+    std::int32_t number = next_free_number(markers);
+    for (Marker marker : found.markers) {
+        const bool known = std::any_of(there.begin(), there.end(), [&](const Marker& old) {
+            return std::hypot(old.x - marker.x, old.y - marker.y) <= distance;
+        });
+        if (known) continue;
+        marker.id = number++;
+        markers.markers.push_back(marker);
+    }
+    markers.hasX = markers.hasY = true;
+    return markers;
+}
+
+std::int32_t next_free_number(const MarkerSet& set) {
+    std::set<std::int32_t> numbers;
+    for (const Marker& marker : set.markers)
+        if (marker.id > 0) numbers.insert(marker.id);
+    if (numbers.empty()) return 1;
+    if (*numbers.rbegin() < std::numeric_limits<std::int32_t>::max()) return *numbers.rbegin() + 1;
+    std::int32_t number = 1;
+    while (numbers.contains(number))
+        ++number;
+    return number;
+}
+
+}  // namespace vyn

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QObject>
+
+#include "view/ui/graph/graph_tool.h"
+
+namespace vyn {
+
+class GraphWindow;
+class VynFieldViewer;
+
+/// The lines drawn on the image of one viewer and the window with their profiles.
+class GraphController : public QObject {
+    Q_OBJECT
+  public:
+    explicit GraphController(VynFieldViewer& viewer);
+    ~GraphController() override;
+
+    /// Draws lines.
+    ViewTool* tool() { return &tool_; }
+    /// The viewer shows another image, or none.
+    void picture_changed();
+    /// A line was drawn from (x0, y0) to (x1, y1), image positions.
+    void more_data(double x0, double y0, double x1, double y1);
+
+    const std::vector<GraphLine>& lines() const { return overlay_.lines; }
+    /// Null until the first line.
+    GraphWindow* window() const { return window_; }
+
+  private:
+    void remove_line(std::size_t index);
+    void clear();
+    void set_width(int width);
+    void point_at(double distance);
+    void sample();
+
+    VynFieldViewer& viewer_;
+    GraphTool tool_;
+    GraphLineOverlay overlay_;
+    std::size_t colours_used_ = 0;
+    GraphWindow* window_ = nullptr;  ///< a child of the viewer
+};
+
+}  // namespace vyn

@@ -1,0 +1,275 @@
+#include "view/ui/graph/graph_window.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QDockWidget>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QGuiApplication>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QStatusBar>
+#include <QToolBar>
+#include <cmath>
+
+#include <qwt_legend.h>
+#include <qwt_plot.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_curve.h>
+#include <qwt_plot_zoomer.h>
+#include <qwt_scale_div.h>
+#include <qwt_symbol.h>
+
+#include "core/atomic_file.h"
+#include "core/errors.h"
+#include "core/numbers.h"
+#include "core/ui/icons.h"
+#include "core/ui/number_edit.h"
+#include "core/ui/window_size.h"
+#include "view/ui/graph/graph_export.h"
+#include "view/ui/graph/graph_zoomer.h"
+#include "view/ui/graph/plot_style.h"
+
+namespace vyn {
+
+namespace {
+
+constexpr const char* range_names[4] = {"x_from", "x_to", "y_from", "y_to"};
+
+/// One stretch of a profile without a gap; a lonely sample is a dot.
+std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part,
+                                         const QColor& colour) {
+    QPolygonF points;
+    for (const ProfileSample& sample : part)
+        points.append({sample.distance, sample.value});
+    auto curve = std::make_unique<QwtPlotCurve>();
+    curve->setSamples(points);
+    curve->setPen(colour, 1.6);
+    curve->setRenderHint(QwtPlotItem::RenderAntialiased);
+    if (part.size() == 1)
+        curve->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, colour, QPen(colour), QSize(4, 4)));
+    return curve;
+}
+
+}  // namespace
+
+GraphWindow::GraphWindow(QWidget* parent)
+    : QMainWindow(parent),
+      plot_(new QwtPlot(this)),
+      zoomer_(nullptr),
+      automatic_(new QCheckBox(tr("&Automatic"), this)),
+      ranges_{},
+      width_(new QSpinBox(this)),
+      list_(new QListWidget(this)) {
+    setObjectName(QStringLiteral("GraphWindow"));
+    setCentralWidget(plot_);
+    resize(on_screen({900, 460}));
+    make_plot();
+    make_form();
+    make_actions();
+    statusBar()->showMessage(tr("Draw lines on the image; zoom here with the left button"));
+}
+
+GraphWindow::~GraphWindow() {
+    for (NumberEdit* edit : ranges_)
+        edit->disconnect(this);  // it loses the focus when the window goes
+}
+
+void GraphWindow::make_plot() {
+    plot_->setObjectName(QStringLiteral("plot"));
+    style_plot(*plot_);
+    plot_->insertLegend(new QwtLegend, QwtPlot::BottomLegend);
+    zoomer_ = new GraphZoomer(plot_->canvas());
+    connect(zoomer_, &QwtPlotZoomer::zoomed, this, &GraphWindow::show_ranges);
+    connect(zoomer_, &QwtPlotPicker::moved, this, [this](const QPointF& place) {
+        Q_EMIT pointed(place.x());
+        QString text = tr("distance %1 pix").arg(place.x(), 0, 'f', 1);
+        for (std::size_t i = 0; i < curves_.size(); ++i)
+            if (const auto value = value_at(curves_[i].profile, place.x()))
+                text += tr("   line %1: %2")
+                            .arg(i + 1)
+                            .arg(QString::fromStdString(format_general(*value, 6)));
+        statusBar()->showMessage(text);
+    });
+}
+
+void GraphWindow::make_form() {
+    auto* panel = new QWidget;
+    auto* column = new QVBoxLayout(panel);
+    auto* group = new QGroupBox(tr("Data range"), panel);
+    auto* form = new QFormLayout(group);
+    const QString labels[4] = {tr("Distance &from"), tr("Distance &to"), tr("Value f&rom"),
+                               tr("Value t&o")};
+    form->addRow(automatic_);
+    for (int i = 0; i < 4; ++i) {
+        ranges_[i] = new NumberEdit(panel);
+        ranges_[i]->setObjectName(QLatin1String(range_names[i]));
+        form->addRow(labels[i], ranges_[i]);
+        connect(ranges_[i], &QLineEdit::editingFinished, this, &GraphWindow::apply_ranges);
+    }
+    automatic_->setObjectName(QStringLiteral("automatic"));
+    automatic_->setChecked(true);
+    connect(automatic_, &QCheckBox::toggled, this, &GraphWindow::draw_curves);
+    width_->setObjectName(QStringLiteral("width"));
+    width_->setRange(1, widest_profile);
+    width_->setSuffix(tr(" pix"));
+    width_->setToolTip(tr("So many pixels across the line are averaged"));
+    connect(width_, QOverload<int>::of(&QSpinBox::valueChanged), this, &GraphWindow::width_chosen);
+    auto* lines = new QGroupBox(tr("Lines"), panel);
+    auto* lines_form = new QFormLayout(lines);
+    lines_form->addRow(tr("&Width"), width_);
+    list_->setObjectName(QStringLiteral("lines"));
+    lines_form->addRow(list_);
+    auto* remove = new QPushButton(tr("Re&move"), lines);
+    remove->setObjectName(QStringLiteral("remove"));
+    auto* clear = new QPushButton(tr("C&lear"), lines);
+    clear->setObjectName(QStringLiteral("clear"));
+    lines_form->addRow(remove, clear);
+    connect(remove, &QPushButton::clicked, this, [this] {
+        if (list_->currentRow() >= 0)
+            Q_EMIT line_removed(static_cast<std::size_t>(list_->currentRow()));
+    });
+    connect(clear, &QPushButton::clicked, this, &GraphWindow::lines_cleared);
+    column->addWidget(group);
+    column->addWidget(lines, 1);
+    auto* dock = new QDockWidget(tr("Graph options"), this);
+    dock->setObjectName(QStringLiteral("graph options"));
+    dock->setWidget(panel);
+    dock->setFeatures(QDockWidget::DockWidgetMovable);
+    addDockWidget(Qt::RightDockWidgetArea, dock);
+}
+
+void GraphWindow::make_actions() {
+    QToolBar* bar = addToolBar(tr("Graph"));
+    bar->setObjectName(QStringLiteral("graph tools"));
+    const auto add_action = [&](const QString& text, const char* name, const char* key,
+                                void (GraphWindow::*slot)()) {
+        QAction* action = bar->addAction(text);
+        action->setObjectName(QLatin1String(name));
+        action->setShortcut(QKeySequence(QLatin1String(key)));
+        connect(action, &QAction::triggered, this, slot);
+    };
+    add_action(tr("&Save table..."), "export_table", "Ctrl+S", &GraphWindow::export_table);
+    add_action(tr("Save &picture..."), "export_picture", "Ctrl+E", &GraphWindow::export_picture);
+    bar->addSeparator();
+    add_action(tr("&Copy table"), "copy_table", "Ctrl+C", &GraphWindow::copy_table);
+    add_action(tr("Copy p&icture"), "copy_picture", "Ctrl+Shift+C", &GraphWindow::copy_picture);
+}
+
+void GraphWindow::show_curves(std::vector<GraphCurve> curves, const QString& title,
+                              const QString& quantity) {
+    curves_ = std::move(curves);
+    setWindowTitle(tr("Graph: %1").arg(title));
+    set_plot_titles(*plot_, {}, tr("Distance, pix"), quantity);
+    list_->clear();
+    for (std::size_t i = 0; i < curves_.size(); ++i) {
+        const LineProfile& line = curves_[i].profile;
+        QPixmap sample(12, 12);
+        sample.fill(curves_[i].colour);
+        list_->addItem(new QListWidgetItem(QIcon(sample), tr("%1: (%2, %3) - (%4, %5), %6 pix")
+                                                              .arg(i + 1)
+                                                              .arg(line.from.x, 0, 'f', 1)
+                                                              .arg(line.from.y, 0, 'f', 1)
+                                                              .arg(line.to.x, 0, 'f', 1)
+                                                              .arg(line.to.y, 0, 'f', 1)
+                                                              .arg(line.length, 0, 'f', 1)));
+    }
+    draw_curves();
+}
+
+void GraphWindow::draw_curves() {
+    items_.clear();
+    for (std::size_t i = 0; i < curves_.size(); ++i) {
+        bool first = true;
+        for (const auto part : unbroken_parts(curves_[i].profile)) {
+            auto curve = make_curve(part, curves_[i].colour);
+            curve->setTitle(tr("line %1").arg(i + 1));
+            curve->setItemAttribute(QwtPlotItem::Legend, first);
+            first = false;
+            curve->attach(plot_);
+            items_.push_back(std::move(curve));
+        }
+    }
+    if (automatic_->isChecked()) {
+        plot_->setAxisAutoScale(QwtPlot::xBottom);
+        plot_->setAxisAutoScale(QwtPlot::yLeft);
+        plot_->updateAxes();
+        zoomer_->setZoomBase(false);
+        show_ranges();
+    }
+    for (NumberEdit* edit : ranges_)
+        edit->setEnabled(!automatic_->isChecked());
+    plot_->replot();
+}
+
+void GraphWindow::apply_ranges() {
+    if (automatic_->isChecked()) return;
+    double numbers[4];
+    for (int i = 0; i < 4; ++i) {
+        if (!ranges_[i]->check()) return;
+        numbers[i] = *ranges_[i]->number();
+    }
+    if (numbers[0] == numbers[1] || numbers[2] == numbers[3]) return;
+    plot_->setAxisScale(QwtPlot::xBottom, numbers[0], numbers[1]);
+    plot_->setAxisScale(QwtPlot::yLeft, numbers[2], numbers[3]);
+    plot_->replot();
+    zoomer_->setZoomBase(false);
+}
+
+void GraphWindow::show_ranges() {
+    const QwtScaleDiv x = plot_->axisScaleDiv(QwtPlot::xBottom);
+    const QwtScaleDiv y = plot_->axisScaleDiv(QwtPlot::yLeft);
+    const double numbers[4] = {x.lowerBound(), x.upperBound(), y.lowerBound(), y.upperBound()};
+    for (int i = 0; i < 4; ++i) {
+        constexpr int digits = 8;
+        ranges_[i]->setText(QString::fromStdString(format_general(numbers[i], digits)));
+        ranges_[i]->check();
+    }
+}
+
+std::string GraphWindow::table() const {
+    std::vector<LineProfile> profiles;
+    for (const GraphCurve& curve : curves_)
+        profiles.push_back(curve.profile);
+    return profile_csv(profiles);
+}
+
+void GraphWindow::write_table(const QString& file) {
+    try {
+        write_file(file.toStdString(), table());
+    } catch (const GenericError& error) {
+        QMessageBox::warning(this, tr("Graph"), QString::fromStdString(error.what()));
+    }
+}
+
+void GraphWindow::write_picture(const QString& file) {
+    try {
+        write_plot(*plot_, file.toStdString());
+    } catch (const GenericError& error) {
+        QMessageBox::warning(this, tr("Graph"), QString::fromStdString(error.what()));
+    }
+}
+
+void GraphWindow::export_table() {
+    const QString file = ask_graph_file(this, tr("Save table"), {tr("Table (*.csv)")});
+    if (!file.isEmpty()) write_table(file);
+}
+
+void GraphWindow::export_picture() {
+    const QString file = ask_graph_file(this, tr("Save picture"),
+                                        {tr("PNG picture (*.png)"), tr("SVG drawing (*.svg)")});
+    if (!file.isEmpty()) write_picture(file);
+}
+
+void GraphWindow::copy_table() {
+    QGuiApplication::clipboard()->setText(QString::fromStdString(table()));
+}
+
+void GraphWindow::copy_picture() {
+    QGuiApplication::clipboard()->setImage(plot_picture(*plot_, devicePixelRatioF()));
+}
+
+}  // namespace vyn

@@ -1,0 +1,46 @@
+#include "view/ui/region/mask_file_dialog.h"
+
+#include <QCoreApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include "process/point/project_paths.h"
+
+namespace vyn {
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("MaskFileDialog", text);
+}
+
+/// The mask file of the camera picture where it has one that can be written; else one beside the
+/// image's own file.
+QFileInfo usual_file(const image& picture, const RawImage* raw) {
+    const std::string named = raw ? read(vyn_db(), raw->mask_file) : std::string();
+    const std::filesystem::path found = locate(named, project_folder(vyn_db()));
+    if (!named.empty() && found.extension() == ".png")
+        return QFileInfo(QString::fromStdString(found.string()));
+    const QFileInfo own(QString::fromStdString(picture.file_name));
+    const bool has_file = !picture.file_name.empty();
+    const QString folder =
+        has_file ? own.absolutePath() : QString::fromStdString(output_folder(vyn_db()).string());
+    const QString stem = has_file ? own.completeBaseName() : QString::fromStdString(picture.name);
+    return QFileInfo(folder + QLatin1Char('/') + stem + QStringLiteral("_mask.png"));
+}
+
+}  // namespace
+
+QString ask_mask_file_to_save(QWidget* parent, const image& picture, const RawImage* raw) {
+    QFileDialog dialog(parent, tr("Save Mask"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setNameFilters({tr("Mask, 8-bit PNG (*.png)")});
+    dialog.setDefaultSuffix(QStringLiteral("png"));
+    const QFileInfo usual = usual_file(picture, raw);
+    dialog.setDirectory(usual.absolutePath());
+    dialog.selectFile(usual.fileName());
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+    return dialog.selectedFiles().first();
+}
+
+}  // namespace vyn

@@ -1,0 +1,295 @@
+#include "view/ui/window/field_viewer.h"
+
+#include <QAction>
+#include <QInputDialog>
+#include <QLabel>
+#include <QStatusBar>
+
+#include "core/data_set.h"
+#include "core/errors.h"
+#include "render/difference.h"
+#include "render/prepared_picture.h"
+#include "view/probe_text.h"
+#include "view/ui/look/advanced_fashion_dialog.h"
+#include "view/ui/window/field_viewer_parts.h"
+
+namespace vyn {
+
+VynFieldViewer::VynFieldViewer(Worker& worker, const std::string& image_name, bool flag,
+                               const QString& title, QWidget* parent)
+    : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
+    setObjectName(QStringLiteral("VynFieldViewer"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    make_panels();
+    make_bars();
+    make_modes();
+    connect_view();
+    restore_layout();
+    show_from({std::shared_ptr<void>(), &get_images()}, image_name,
+              flag ? PictureOrigin::camera : PictureOrigin::computed, title);
+    set_mode(MouseMode::probe);
+}
+
+VynFieldViewer::~VynFieldViewer() {
+    // What draws on the view goes before it does.
+    parts_->view->set_tool(nullptr);
+    delete parts_->fashion_dialog;
+    delete parts_->region;
+    delete parts_->graph;
+    delete parts_->markers;
+    parts_->comparison->disconnect(this);
+    parts_->view->disconnect(this);
+}
+
+void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::string& name,
+                               PictureOrigin origin, const QString& title) {
+    parts_->comparison->stop();
+    delete parts_->fashion_dialog;  // its Cancel would bring back the limits of the image before
+    parts_->list = std::move(list);
+    parts_->image_name = name;
+    parts_->origin = origin;
+    parts_->title = title;
+    parts_->out_of_date.clear();
+    parts_->fashion_suggested = false;
+    parts_->files->forget();
+    setWindowModified(false);
+    parts_->watcher.watch(parts_->list, name);
+    // What is shown must never pass for the image of that name.
+    show_nothing(tr("Preparing the image..."));
+    follow_image();
+}
+
+void VynFieldViewer::follow_image() {
+    const auto picture = parts_->watcher.current();
+    if (picture) return prepare(Preparation::when_for(*picture));
+    parts_->preparation.cancel();
+    show_nothing(tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
+                     .arg(QString::fromStdString(parts_->image_name)));
+}
+
+void VynFieldViewer::prepare(Preparation::When when) {
+    const auto picture = parts_->watcher.current();
+    const auto earlier = parts_->view->levels();
+    const bool with_limits = !parts_->fashion_suggested;
+    if (earlier && earlier->picture().shares_planes_with(*picture))
+        when = Preparation::When::at_once;
+    parts_->preparation.start(
+        when,
+        [picture, earlier, with_limits](Progress& progress) {
+            return prepare_picture(picture, earlier.get(), with_limits, progress);
+        },
+        [this](std::future<PreparedPicture> prepared) {
+            try {
+                show_prepared(prepared.get());
+            } catch (const std::exception& error) {
+                show_nothing(tr("The image \"%1\" cannot be shown: %2")
+                                 .arg(QString::fromStdString(parts_->image_name),
+                                      QString::fromStdString(error.what())));
+            }
+        });
+}
+
+void VynFieldViewer::show_prepared(const PreparedPicture& prepared) {
+    if (prepared.limits) suggest_fashion(prepared.levels->picture(), *prepared.limits);
+    parts_->view->set_picture(prepared.levels);
+}
+
+void VynFieldViewer::show_nothing(const QString& why) {
+    parts_->view->set_message(why);
+    parts_->view->set_picture(nullptr);
+}
+
+void VynFieldViewer::suggest_fashion(const image& picture, const Limits& limits) {
+    Fashion fashion = parts_->view->fashion();
+    fashion.limits = tidy(limits);
+    fashion.channels = {};
+    if (picture.displacement) {
+        fashion.vectors = suggested_vectors(*picture.displacement);
+        fashion.vectors.shown = true;
+    }
+    parts_->fashion_suggested = true;
+    parts_->view->set_fashion(fashion);
+}
+
+void VynFieldViewer::refresh() {
+    parts_->comparison->picture_changed();
+    apply_channels();
+    parts_->colour_bar->set_label(quantity());
+    parts_->function_bar->set_quantity(quantity());
+    tell_dialog();
+    enable_actions();
+    show_title();
+    parts_->markers->picture_changed();
+    parts_->graph->picture_changed();
+    parts_->region->picture_changed();
+}
+
+void VynFieldViewer::fashion_changed() {
+    const Fashion& fashion = parts_->view->fashion();
+    parts_->colour_bar->set_fashion(fashion);
+    parts_->function_bar->show_fashion(fashion);
+    parts_->actions.vector_draw_enable->setChecked(fashion.vectors.shown);
+    if (parts_->fashion_dialog) parts_->fashion_dialog->show_fashion(fashion);
+    apply_channels();
+}
+
+void VynFieldViewer::apply_channels() {
+    if (parts_->comparison->kind() != Comparison::Kind::none || !parts_->view->levels()) return;
+    parts_->view->show_instead(parts_->channels.source(parts_->view->fashion().channels,
+                                                       parts_->view->levels(), *parts_->list));
+}
+
+void VynFieldViewer::show_title() {
+    QString text = caption();
+    if (!parts_->out_of_date.isEmpty()) text += tr(" (out of date)");
+    setWindowTitle(text + QStringLiteral("[*]"));
+    if (!parts_->view->picture())
+        parts_->state_label->setText(tr("No image"));
+    else
+        parts_->state_label->setText(parts_->out_of_date.isEmpty()
+                                         ? QString()
+                                         : tr("Out of date: %1").arg(parts_->out_of_date));
+}
+
+void VynFieldViewer::enable_actions() {
+    const bool shown = parts_->view->picture() != nullptr;
+    const ViewerActions& a = parts_->actions;
+    for (QAction* action :
+         {a.save, a.save_as, a.image_export, a.fashion, a.advanced_fashion, a.zoom_one_to_one,
+          a.zoom_fit, a.blink, a.difference, a.copy_picture, a.copy_pixel, a.revise_all_markers,
+          a.load_markers, a.save_markers, a.clear_markers})
+        action->setEnabled(shown);
+    a.vector_draw_enable->setEnabled(shown && parts_->view->picture()->displacement);
+}
+
+void VynFieldViewer::set_mode(MouseMode mode) {
+    parts_->mode = mode;
+    const ViewerActions& a = parts_->actions;
+    ViewTool* tool = &parts_->probe;
+    QAction* action = nullptr;
+    switch (mode) {
+        case MouseMode::probe:
+            action = a.probe_mode;
+            break;
+        case MouseMode::zoom_in:
+            tool = &parts_->zoom_in, action = a.zoom_in_mode;
+            break;
+        case MouseMode::zoom_out:
+            tool = &parts_->zoom_out, action = a.zoom_out_mode;
+            break;
+        case MouseMode::graph:
+            tool = parts_->graph->tool(), action = a.show_graph_mode;
+            break;
+        case MouseMode::region:
+            tool = parts_->region->tool();
+            break;
+        case MouseMode::marker_add:
+            action = a.marker_add_mode;
+            break;
+        case MouseMode::marker_move:
+            action = a.marker_move_mode;
+            break;
+        case MouseMode::marker_revise:
+            action = a.marker_revise_mode;
+            break;
+        case MouseMode::marker_toggle:
+            action = a.marker_toggle_mode;
+            break;
+        case MouseMode::marker_edit:
+            action = a.marker_edit_mode;
+            break;
+        case MouseMode::marker_delete:
+            action = a.marker_del_mode;
+            break;
+    }
+    if (is_marker_mode(mode)) tool = parts_->markers->tool(mode);
+    parts_->view->set_tool(tool);
+    if (action) action->setChecked(true);
+}
+
+bool VynFieldViewer::may_edit() {
+    const auto shown = picture();
+    if (shown && parts_->list->find(parts_->image_name) == shown) return true;
+    if (shown) statusBar()->showMessage(tr("A newer image is about to be shown"));
+    return false;
+}
+
+void VynFieldViewer::replace_picture(image changed) {
+    changed.name = parts_->image_name;
+    parts_->list->add(std::move(changed));
+    parts_->watcher.watch(parts_->list, parts_->image_name);
+    // The user's next change builds upon this one.
+    prepare(Preparation::When::at_once);
+}
+
+void VynFieldViewer::set_out_of_date(bool out_of_date, const QString& why) {
+    parts_->out_of_date = !out_of_date ? QString() : why.isEmpty() ? tr("settings changed") : why;
+    show_title();
+}
+
+std::shared_ptr<const image> VynFieldViewer::shown_picture() const {
+    auto own = picture();
+    const auto other = parts_->comparison->other();
+    if (!own || !other) return own;
+    if (parts_->comparison->kind() == Comparison::Kind::difference)
+        return difference_of(*own, *other);
+    return parts_->comparison->others_turn() ? other : own;
+}
+
+void VynFieldViewer::tell_dialog() {
+    if (!parts_->fashion_dialog) return;
+    const bool difference = parts_->comparison->kind() == Comparison::Kind::difference;
+    if (difference)
+        parts_->fashion_dialog->set_picture(picture(), parts_->comparison->other());
+    else
+        parts_->fashion_dialog->set_picture(shown_picture(), nullptr);
+}
+
+QString VynFieldViewer::caption() const {
+    const QString name = QString::fromStdString(parts_->image_name);
+    const QString title = parts_->title.isEmpty() ? name : parts_->title;
+    const QString compared = parts_->comparison->caption();
+    return compared.isEmpty() ? title : QStringLiteral("%1: %2").arg(title, compared);
+}
+
+QString VynFieldViewer::quantity() const {
+    const auto shown = picture();
+    return shown ? QString::fromStdString(field_label(*shown, vyn_db()).text()) : QString();
+}
+
+void VynFieldViewer::show_dialog(bool advanced) {
+    if (!picture()) return;
+    delete parts_->fashion_dialog;
+    const Fashion& fashion = parts_->view->fashion();
+    QStringList names;
+    for (const auto& name : parts_->list->names())
+        if (name != parts_->image_name) names << QString::fromStdString(name);
+    QFashionDlg* dialog =
+        advanced ? new QAdvFashionDlg(fashion, names, this) : new QFashionDlg(fashion, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QFashionDlg::fashion_chosen, parts_->view, &VynFieldView::set_fashion);
+    parts_->fashion_dialog = dialog;
+    tell_dialog();
+    dialog->show();
+}
+
+void VynFieldViewer::compare(Comparison::Kind wanted, bool on) {
+    parts_->comparison->stop();
+    QStringList names;
+    for (const auto& other : parts_->list->all())
+        if (other->name != parts_->image_name && Comparison::comparable(wanted, picture(), other))
+            names << QString::fromStdString(other->name);
+    bool chosen = false;
+    QString name;
+    if (on && names.isEmpty())
+        statusBar()->showMessage(tr("There is no other image of this size to compare with."));
+    else if (on)
+        name = QInputDialog::getItem(this, tr("Compare"), tr("Compare with:"), names, 0, false,
+                                     &chosen);
+    if (chosen) parts_->comparison->start(wanted, parts_->list, name.toStdString());
+    parts_->actions.blink->setChecked(parts_->comparison->kind() == Comparison::Kind::blink);
+    parts_->actions.difference->setChecked(parts_->comparison->kind() ==
+                                           Comparison::Kind::difference);
+}
+
+}  // namespace vyn
