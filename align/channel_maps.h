@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "align/poly_transform.h"
-#include "api/correction.h"
+#include "api/lens.h"
 #include "api/resample.h"
 
 namespace vyn {

@@ -1,20 +1,17 @@
 #include "api/correction.h"
 
-#include <cmath>
 #include <cstring>
 #include <limits>
 
 #include "api/image_parts.h"
 #include "api/isa.h"
 #include "api/kernels/pixel_kernels.h"
-#include "api/kernels/radial_kernels.h"
 #include "api/parallel.h"
 #include "api/resample.h"
 
 namespace vyn {
 
 VYN_CHOOSE_KERNELS(PixelKernels, pixel_kernels)
-VYN_CHOOSE_KERNELS(RadialKernels, radial_kernels)
 
 namespace {
 
@@ -32,36 +29,6 @@ void check_partner(const image& source, const image* partner) {
 }
 
 }  // namespace
-
-Point distorted_position(const Distortion& lens, Point ideal) {
-    if (ideal.x == lens.cx && ideal.y == lens.cy) return ideal;
-    const double dx = ideal.x - lens.cx;
-    const double dy = ideal.y - lens.cy;
-    const double r2 = dx * dx + dy * dy;
-    double d = (r2 * lens.a4 + lens.a2) * r2 + 1;
-    for (int step = 0; step < radial_steps; ++step) {
-        const double rho = d * d * r2;
-        const double next = (rho * lens.a4 + lens.a2) * rho + 1;
-        const double change = std::abs(next - d);
-        d = next;
-        if (change <= radial_step) break;
-    }
-    return {dx * d + lens.cx, dy * d + lens.cy};
-}
-
-void distort_positions(const Distortion& lens, int n, double* x, double* y) {
-    if (lens.none()) return;
-    active_radial_kernels().positions_in_place({lens.cx, lens.cy, lens.a2, lens.a4}, n, x, y);
-}
-
-Point ideal_position(const Distortion& lens, Point camera) {
-    const double dx = camera.x - lens.cx;
-    const double dy = camera.y - lens.cy;
-    const double r2 = dx * dx + dy * dy;
-    const double f = (r2 * lens.a4 + lens.a2) * r2 + 1;
-    if (std::abs(f) < 1e-10) return {dx, dy};
-    return {dx / f + lens.cx, dy / f + lens.cy};
-}
 
 image correct_intensity(const image& source, float dark_level, const image* dark, const image* flat,
                         Progress& progress) {
@@ -88,12 +55,10 @@ image correct_intensity(const image& source, float dark_level, const image* dark
 
 image undistort(const image& source, const Distortion& lens, Progress& progress) {
     if (lens.none()) return source;
-    const RadialRow model{lens.cx, lens.cy, lens.a2, lens.a4};
-    const RadialKernels& kernels = active_radial_kernels();
     image result = resample(
         source, source.width(), source.height(),
         [&](int x0, int n, int y, double* source_x, double* source_y) {
-            kernels.positions(model, x0, n, y, source_x, source_y);
+            distorted_pixels(lens, x0, n, y, source_x, source_y);
         },
         progress);
     for (Marker& marker : result.markers.markers) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "align/poly_transform.h"
-#include "api/correction.h"
+#include "api/lens.h"
 #include "api/field_conversion.h"
 #include "api/image.h"
 

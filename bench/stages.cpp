@@ -8,6 +8,7 @@
 
 #include "align/dots/marker_centroid.h"
 #include "align/dots/marker_detection.h"
+#include "api/correction.h"
 #include "api/filters.h"
 #include "api/parallel.h"
 #include "api/pixel_ops.h"

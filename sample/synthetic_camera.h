@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "align/poly_transform.h"
-#include "api/correction.h"
+#include "api/lens.h"
 #include "api/image.h"
 #include "calib/camera.h"
 #include "core/progress.h"

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/lens.h"
 #include "api/parallel.h"
 #include "core/errors.h"
 #include "core/numbers.h"
-#include "process/synthetic_geometry.h"
+#include "sample/synthetic_geometry.h"
 #include "sample/synthetic_light.h"
 #include "sample/synthetic_scene.h"
 

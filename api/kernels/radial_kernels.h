@@ -2,7 +2,7 @@
 
 namespace vyn {
 
-/// Radial model about (cx, cy); see api/correction.h.
+/// Radial model about (cx, cy); see api/lens.h.
 struct RadialRow {
     double cx;
     double cy;

@@ -11,7 +11,6 @@
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "process/steps/image_origin.h"
-#include "process/synthetic_geometry.h"
 
 namespace vyn {
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string_view>
 
-#include "api/correction.h"
+#include "api/lens.h"
 #include "api/image.h"
 #include "api/image_list.h"
 #include "core/data_set.h"

@@ -202,31 +202,5 @@ TEST(RatioOfRatios, TakesTheAndOfFourMasks) {
         IndexError);
 }
 
-/// Every instruction set, whole and partial groups of lanes.
-TEST(DistortPositions, EqualsThePointFunction) {
-    const Distortion lens{40.25, 31.5, 3e-6, -2e-11};
-    for (const char* isa : test::isa_names) {
-        const test::UsingIsa using_isa(isa);
-        for (const int n : {0, 1, 2, 15, 16, 17, 64, 67}) {
-            std::vector<double> x;
-            std::vector<double> y;
-            for (int i = 0; i < n; ++i) {
-                x.push_back(-20 + 2.3 * i);
-                y.push_back(80 - 1.7 * i);
-            }
-            std::vector<double> camera_x = x;
-            std::vector<double> camera_y = y;
-            camera_x.push_back(-1);  // behind the end
-            distort_positions(lens, n, camera_x.data(), camera_y.data());
-            for (std::size_t i = 0; i < x.size(); ++i) {
-                const Point expected = distorted_position(lens, {x[i], y[i]});
-                EXPECT_EQ(camera_x[i], expected.x) << isa << ' ' << i;
-                EXPECT_EQ(camera_y[i], expected.y) << isa << ' ' << i;
-            }
-            EXPECT_EQ(camera_x.back(), -1);
-        }
-    }
-}
-
 }  // namespace
 }  // namespace vyn

@@ -146,44 +146,6 @@ TEST(Undistort, WithoutDistortionIsACopy) {
     EXPECT_EQ(result.markers, source.markers);
 }
 
-// With a4 = 0 the fixed point solves a2 q d^2 - d + 1 = 0 with q = r^2.
-TEST(DistortedPosition, EqualsTheClosedForm) {
-    const Distortion lens{500, 400, 3e-8, 0};
-    for (const Point ideal : {Point{0, 0}, {1000, 800}, {501, 400}, {130.5, 777.25}}) {
-        const double dx = ideal.x - lens.cx;
-        const double dy = ideal.y - lens.cy;
-        const double d = 2 / (1 + std::sqrt(1 - 4 * lens.a2 * (dx * dx + dy * dy)));
-        const Point camera = distorted_position(lens, ideal);
-        // the last step is below 1e-6 and each one shrinks the error some tenfold
-        EXPECT_NEAR(camera.x, lens.cx + d * dx, 2e-7 * std::abs(dx));
-        EXPECT_NEAR(camera.y, lens.cy + d * dy, 2e-7 * std::abs(dy));
-    }
-}
-
-TEST(DistortedPosition, IsUndoneByIdealPosition) {
-    const Distortion lens{511.7, 380.2, 2e-7, -1e-13};
-    for (int i = 0; i <= 11; ++i)
-        for (int j = 0; j <= 9; ++j) {
-            const Point ideal{93.1 * i, 85.3 * j};
-            const Point back = ideal_position(lens, distorted_position(lens, ideal));
-            EXPECT_NEAR(back.x, ideal.x, 1e-3);  // 1e-6 of at most 640 pixels
-            EXPECT_NEAR(back.y, ideal.y, 1e-3);
-        }
-}
-
-TEST(DistortedPosition, SamplesTheCentreAtItselfAndEndsWhereItDiverges) {
-    const Distortion lens{10, 7, INFINITY, 1};
-    EXPECT_EQ(distorted_position(lens, {10, 7}), (Point{10, 7}));
-    const Point nowhere = distorted_position({10, 7, 1e3, 1e3}, {400, 300});
-    EXPECT_FALSE(std::isfinite(nowhere.x));
-}
-
-TEST(IdealPosition, OmitsTheCentreWhereTheModelVanishes) {
-    const Distortion lens{10, 20, -0.04, 0};  // 1 + a2 r^2 = 0 at r = 5
-    EXPECT_EQ(ideal_position(lens, {13, 24}), (Point{3, 4}));
-    EXPECT_EQ(ideal_position(lens, {10, 20}), (Point{10, 20}));
-}
-
 double pattern(double x, double y) {
     return 1000 + 300 * std::sin(x / 9) * std::cos(y / 7);
 }

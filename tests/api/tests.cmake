@@ -5,6 +5,7 @@ vyn_tests(api
         fused_passes_test.cpp
         image_io_test.cpp
         image_test.cpp
+        lens_test.cpp
         parallel_test.cpp
         pictures.cpp
         pixel_ops_test.cpp

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "api/correction.h"
+#include "api/lens.h"
 #include "calib/camera.h"
 #include "core/keys.h"
 #include "tests/support/full_disk.h"

@@ -1,4 +1,4 @@
-#include "process/synthetic_geometry.h"
+#include "sample/synthetic_geometry.h"
 
 #include <algorithm>
 #include <array>
@@ -56,24 +56,6 @@ void add_centred_term(std::array<double, 10>& coefficients, Term term, double va
 }
 
 }  // namespace
-
-Point exact_camera_position(const Distortion& lens, Point ideal) {
-    const double dx = ideal.x - lens.cx;
-    const double dy = ideal.y - lens.cy;
-    const double wanted = std::hypot(dx, dy);
-    if (wanted == 0 || lens.none()) return ideal;
-    double radius = wanted;
-    for (int i = 0; i < 50; ++i) {
-        const double r2 = radius * radius;
-        const double miss = radius - wanted * (1 + (lens.a2 + lens.a4 * r2) * r2);
-        const double slope = 1 - wanted * radius * (2 * lens.a2 + 4 * lens.a4 * r2);
-        const double step = miss / slope;
-        radius -= step;
-        // Newton's steps shrink quadratically: the next one would be lost in the rounding.
-        if (std::abs(step) <= 1e-9 * radius) break;
-    }
-    return {lens.cx + dx * radius / wanted, lens.cy + dy * radius / wanted};
-}
 
 PolyTransform synthetic_motion(int order, int width, int height) {
     PolyTransform map;
