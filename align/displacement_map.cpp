@@ -79,7 +79,7 @@ std::optional<double> cell_mean(const image& picture, std::int64_t x, std::int64
 }
 
 [[noreturn]] void fail_append(const std::string& file, const std::error_code& problem) {
-    throw FileError(source_unit, append_line, cannot_write, file + ": " + problem.message());
+    throw FileError(cannot_write, file + ": " + problem.message(), {source_unit, append_line});
 }
 
 /// Adds the bytes at the end of a regular file; on failure the file has its old length again.
@@ -116,8 +116,8 @@ void DisplacementMap::write_map(const std::string& fileName, MapIntensity intens
     } catch (const FileError& error) {
         const std::string reason = error.detail.empty() ? error.text : error.detail;
         const bool named = reason.find(fileName) != std::string::npos;
-        throw FileError(source_unit, write_line, cannot_write,
-                        named ? reason : fileName + ": " + reason);
+        throw FileError(cannot_write, named ? reason : fileName + ": " + reason,
+                        {source_unit, write_line});
     }
 }
 
@@ -127,8 +127,8 @@ void DisplacementMap::append_map(const std::string& fileName, MapIntensity inten
 
 std::string DisplacementMap::zone(MapIntensity intensity) const {
     if (!field.same_size(mask))
-        throw DimError(source_unit, __LINE__,
-                       "the map '" + name + "' has a mask of another size than its field");
+        throw DimError("the map '" + name + "' has a mask of another size than its field",
+                       {source_unit});
     std::string text = "ZONE T=\"" + name + "\" I=" + std::to_string(field.width() - 1) +
                        ",J=" + std::to_string(field.height() - 1) + ",K=1,F=POINT\n" +
                        type_line(intensity);
@@ -165,16 +165,17 @@ std::string DisplacementMap::intensity_text(int column, int row, MapIntensity in
 
 void DisplacementMap::write_field_file(const std::string& file_name) const {
     if (!field.same_size(mask))
-        throw DimError(source_unit, __LINE__,
-                       "the map '" + name + "' has a mask of another size than its field");
+        throw DimError("the map '" + name + "' has a mask of another size than its field",
+                       {source_unit});
     if (step < 1)
-        throw FileError(source_unit, write_line, cannot_write,
+        throw FileError(cannot_write,
                         file_name + ": a step of " + std::to_string(step) +
-                            " pixels cannot be kept in a field file");
+                            " pixels cannot be kept in a field file",
+                        {source_unit, write_line});
     const ImageFormat* format = get_2dio().by_extension(std::string("map") + field_extension);
     if (!format)
-        throw FileError(source_unit, write_line, cannot_write,
-                        file_name + ": no plug-in writes field files");
+        throw FileError(cannot_write, file_name + ": no plug-in writes field files",
+                        {source_unit, write_line});
     image picture(field.width(), field.height());
     picture.name = name;
     Displacement displacement{Bitmap<float>(field.width(), field.height()),

@@ -190,8 +190,9 @@ Point apply_poly(double x, double y, int n, std::span<const double, 10> ax,
         case 10:
             return {cubic(ax), cubic(ay)};
         default:
-            throw AlgoError(source_unit, evaluation_line, "Algorithm error!",
-                            "a mapping has no " + std::to_string(n) + " coefficients");
+            throw AlgoError("Algorithm error!",
+                            "a mapping has no " + std::to_string(n) + " coefficients",
+                            {source_unit, evaluation_line});
     }
 }
 
@@ -217,10 +218,11 @@ Point inverse_mapped(const PolyTransform& map, Point target) {
 
 PolyFit fit_poly(std::span<const Point> from, std::span<const Point> to, int n) {
     if (!is_count(n) || from.size() != to.size())
-        throw AlgoError(source_unit, fit_line, "Algorithm error!",
+        throw AlgoError("Algorithm error!",
                         "no fit of " + std::to_string(n) + " coefficients from " +
                             std::to_string(from.size()) + " to " + std::to_string(to.size()) +
-                            " points");
+                            " points",
+                        {source_unit, fit_line});
     PolyFit fit;
     fit.map.n = n;
     if (n == 0) {

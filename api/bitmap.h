@@ -36,9 +36,9 @@ class Bitmap {
     Bitmap(int width, int height) : width_(width), height_(height) {
         if (width < 0 || height < 0 || width > max_bitmap_side || height > max_bitmap_side ||
             std::int64_t{width} * height > max_bitmap_count)
-            throw DimError("api/bitmap_new", 21,
-                           "a bitmap of " + std::to_string(width) + " x " + std::to_string(height) +
-                               " elements is out of range");
+            throw DimError("a bitmap of " + std::to_string(width) + " x " + std::to_string(height) +
+                               " elements is out of range",
+                           {"api/bitmap_new", 21});
         if (width_ == 0 || height_ == 0) return;
         stride_ = padded_stride(width);
         data_ = static_cast<T*>(plane_memory::allocate(bytes()));

@@ -113,7 +113,7 @@ image filtered(const image& source, const FilterOptions& options, Progress& prog
 
 FilterType filter_type(int number) {
     if (number < 0 || number > static_cast<int>(FilterType::median))
-        throw AlgoError("api/filters", __LINE__, "Algorithm error!",
+        throw AlgoError("Algorithm error!",
                         "there is no filter type " + std::to_string(number) + ", only 0 to 4");
     return static_cast<FilterType>(number);
 }

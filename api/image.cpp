@@ -10,8 +10,8 @@ namespace {
 
 void check_present(bool present, int line, const char* what, const image& picture) {
     if (!present)
-        throw AlgoError("api/image", line, "Algorithm error!",
-                        "the image '" + picture.name + "' has no " + what);
+        throw AlgoError("Algorithm error!", "the image '" + picture.name + "' has no " + what,
+                        {"api/image", line});
 }
 
 std::string size_text(int width, int height) {
@@ -111,10 +111,10 @@ void image::check_planes() const {
     const auto& values = this->values();
     const auto& mask = this->mask();
     if (!values.same_size(mask))
-        throw DimError("api/image", 96,
-                       "the image '" + name + "' has values of " +
+        throw DimError("the image '" + name + "' has values of " +
                            size_text(values.width(), values.height()) + " and a mask of " +
-                           size_text(mask.width(), mask.height()));
+                           size_text(mask.width(), mask.height()),
+                       {"api/image", 96});
 }
 
 }  // namespace vyn

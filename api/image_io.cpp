@@ -6,6 +6,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "core/ascii.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/log.h"
@@ -16,40 +17,32 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* unit = "api/image_io";
 constexpr const char* unreadable = "Can't open file for reading!";
 constexpr const char* unwritable = "Error writing file";
-
-std::string lower_extension(const fs::path& file) {
-    std::string extension = file.extension().string();
-    if (!extension.empty()) extension.erase(0, 1);
-    for (char& c : extension)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return extension;
-}
 
 bool has_extension(const FormatInfo& info, const std::string& extension) {
     return std::ranges::find(info.extensions, extension) != info.extensions.end();
 }
 
-[[noreturn]] void fail(int line, const char* text, const fs::path& file, const std::string& why) {
-    throw FileError(unit, line, text, file.string() + ": " + why);
+[[noreturn]] void fail(const char* text, const fs::path& file, const std::string& why,
+                       ErrorPlace at = std::source_location::current()) {
+    throw FileError(text, file.string() + ": " + why, at);
 }
 
 /// The first 64 bytes of a file that is there, is a file and has a content.
 std::vector<std::byte> read_head(const fs::path& file) {
     std::error_code problem;
     const auto status = fs::status(file, problem);
-    if (!fs::exists(status)) fail(__LINE__, unreadable, file, "no such file");
-    if (fs::is_directory(status)) fail(__LINE__, unreadable, file, "this is a folder");
-    if (!fs::is_regular_file(status)) fail(__LINE__, unreadable, file, "not a regular file");
+    if (!fs::exists(status)) fail(unreadable, file, "no such file");
+    if (fs::is_directory(status)) fail(unreadable, file, "this is a folder");
+    if (!fs::is_regular_file(status)) fail(unreadable, file, "not a regular file");
 
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) fail(__LINE__, unreadable, file, "no permission to read it");
+    if (!stream) fail(unreadable, file, "no permission to read it");
     std::array<char, 64> head{};
     stream.read(head.data(), head.size());
     const auto count = static_cast<std::size_t>(stream.gcount());
-    if (count == 0) fail(__LINE__, unreadable, file, "the file is empty");
+    if (count == 0) fail(unreadable, file, "the file is empty");
     const auto* bytes = reinterpret_cast<const std::byte*>(head.data());
     return {bytes, bytes + count};
 }
@@ -88,7 +81,7 @@ const Format& format_of_extension(const FormatRegistry<Format>& registry, const 
                                   bool FormatInfo::*able, const char* text) {
     const Format* format = registry.by_extension(file);
     if (!format || !(format->info().*able))
-        fail(__LINE__, text, file,
+        fail(text, file,
              "no plug-in for this extension; possible are: " + extensions_where(registry, able));
     return *format;
 }
@@ -101,9 +94,9 @@ auto reading(const fs::path& file, const Read& read) {
     } catch (const FileError&) {
         throw;
     } catch (const std::bad_alloc&) {
-        fail(__LINE__, unreadable, file, "not enough memory for it");
+        fail(unreadable, file, "not enough memory for it");
     } catch (const std::exception& error) {
-        fail(__LINE__, unreadable, file, error.what());
+        fail(unreadable, file, error.what());
     }
 }
 
@@ -122,15 +115,15 @@ void writing(const fs::path& file, const Write& write) {
     try {
         write(target.temporary());
     } catch (const std::bad_alloc&) {
-        fail(__LINE__, unwritable, file, "not enough memory");
+        fail(unwritable, file, "not enough memory");
     } catch (const GenericError& error) {
         const std::string problem = disk_problem(errno);
         std::string reason = error.detail.empty() ? error.text : error.detail;
         const std::string prefix = target.temporary().string() + ": ";
         if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
-        fail(__LINE__, unwritable, file, problem + reason);
+        fail(unwritable, file, problem + reason);
     } catch (const std::exception& error) {
-        fail(__LINE__, unwritable, file, error.what());
+        fail(unwritable, file, error.what());
     }
     target.commit();
 }
@@ -142,7 +135,7 @@ bool FormatRegistry<Format>::add(std::unique_ptr<Format> format) {
     const std::string& id = format->info().id;
     const auto same = [&](const auto& other) { return other->info().id == id; };
     if (std::ranges::any_of(formats_, same)) {
-        get_log().write(3, "The format '" + id + "' is registered already");
+        get_log().write(LogLevel::information, "The format '" + id + "' is registered already");
         return false;
     }
     formats_.push_back(std::move(format));
@@ -173,7 +166,7 @@ MeshFormats& get_3dio() {
 image read_image(const fs::path& file, Progress& progress) {
     const auto head = read_head(file);
     const ImageFormat* format = format_of_content(file, head);
-    if (!format) fail(__LINE__, unreadable, file, "not an image that any plug-in reads");
+    if (!format) fail(unreadable, file, "not an image that any plug-in reads");
     image picture = reading(file, [&] { return format->read(file, progress); });
     if (picture.name.empty()) picture.name = file.stem().string();
     picture.file_name = file.string();
@@ -189,7 +182,7 @@ void write_image(const image& picture, const fs::path& file, const ImageWriteOpt
                  Progress& progress) {
     picture.check_planes();
     const auto& format = format_of_extension(get_2dio(), file, &FormatInfo::can_write, unwritable);
-    if (picture.values().empty()) fail(__LINE__, unwritable, file, "the image has no pixels");
+    if (picture.values().empty()) fail(unwritable, file, "the image has no pixels");
     writing(file, [&](const fs::path& temporary) {
         format.write(picture, temporary, options, progress);
     });

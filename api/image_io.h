@@ -90,7 +90,7 @@ MeshFormats& get_3dio();
 
 /// Loads the plug-ins whose file names match the pattern ("*.2dio", "*.3dio") from the folders of
 /// `plugin_folders()` and their sub-folders, in the order of their names. A plug-in that does not
-/// load is left out with a log line at level 2. Gives the number of formats added.
+/// load is left out with an error line in the log. Gives the number of formats added.
 int register_plugins(const char* pattern);
 
 /// Where plug-ins are looked for: $VYNLITE_PLUGINS when set; else "plugins" beside the program and

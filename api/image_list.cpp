@@ -17,8 +17,7 @@ void imagesList::add(image&& picture) {
 }
 
 void imagesList::add(std::shared_ptr<const image> picture) {
-    if (!picture)
-        throw AlgoError("api/image_list", __LINE__, "Algorithm error!", "no image to publish");
+    if (!picture) throw AlgoError("Algorithm error!", "no image to publish");
     // The replaced image is freed outside the lock.
     const std::lock_guard lock(mutex_);
     images_[picture->name].swap(picture);

@@ -25,17 +25,17 @@ image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t
 void check_all_planes(const image& picture) {
     picture.check_planes();
     if (picture.has_region() && !picture.region().same_size(picture.values()))
-        throw DimError("api/image", 117,
-                       "the image '" + picture.name + "' has values of " +
+        throw DimError("the image '" + picture.name + "' has values of " +
                            size_text(picture.width(), picture.height()) + " and a region of " +
-                           size_text(picture.region().width(), picture.region().height()));
+                           size_text(picture.region().width(), picture.region().height()),
+                       {"api/image", 117});
 }
 
 void check_same_size(const image& a, const image& b) {
     if (!a.values().same_size(b.values()))
-        throw IndexError("api/bitmap_new", 60,
-                         "the image '" + a.name + "' has " + size_text(a.width(), a.height()) +
-                             " pixels and '" + b.name + "' " + size_text(b.width(), b.height()));
+        throw IndexError("the image '" + a.name + "' has " + size_text(a.width(), a.height()) +
+                             " pixels and '" + b.name + "' " + size_text(b.width(), b.height()),
+                         {"api/bitmap_new", 60});
 }
 
 }  // namespace vyn

@@ -40,7 +40,7 @@ std::vector<fs::path> find_plugins(const fs::path& folder, const char* pattern) 
 }
 
 void report(const fs::path& file, const std::string& what) {
-    get_log().write(2, "Plug-in " + file.string() + " is left out: " + what);
+    get_log().write(LogLevel::error, "Plug-in " + file.string() + " is left out: " + what);
 }
 
 /// Adds the format that a library exports under the symbol; gives the number of formats added.

@@ -42,7 +42,7 @@ SplineFilter filter_of(int degree) {
             pole[1] = std::sqrt(67.5 + std::sqrt(4436.25)) - std::sqrt(26.25) - 6.5;
             break;
         default:
-            throw AlgoError("api/spline", 50, "Algorithm error!", "Invalid spline degree");
+            throw AlgoError("Algorithm error!", "Invalid spline degree", {"api/spline", 50});
     }
     SplineFilter filter{};
     filter.poles = poles;
@@ -130,7 +130,7 @@ SplineCoefficients::SplineCoefficients(const Bitmap<float>& values,
                                        const Bitmap<std::uint8_t>& mask, int degree,
                                        Progress& progress)
     : degree_(degree), width_(values.width()), height_(values.height()) {
-    if (!values.same_size(mask)) throw DimError("api/spline", 118);
+    if (!values.same_size(mask)) throw DimError("", {"api/spline", 118});
     filter_of(degree);
     if (values.empty()) return;
     padded_ = Bitmap<float>(width_ + 2 * margin, height_ + 2 * margin);

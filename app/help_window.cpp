@@ -55,8 +55,7 @@ QString collection_file() {
 }
 
 [[noreturn]] void fail(const QString& help_file, const QString& why) {
-    throw FileError("app/help_window", __LINE__, "File error!",
-                    (help_file + QLatin1String(": ") + why).toStdString());
+    throw FileError("File error!", (help_file + QLatin1String(": ") + why).toStdString());
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ void report(const GenericError& error) {
 
 void open_at_start(VynLiteForm& window, const QStringList& files) {
     QTimer::singleShot(0, &window, [&window, files] {
-        get_log().write(4, "The window is open");
+        get_log().write(LogLevel::progress, "The window is open");
         window.offer_lost_work();
         if (!files.isEmpty()) window.open_files(files);
     });
@@ -64,7 +64,7 @@ void open_at_start(VynLiteForm& window, const QStringList& files) {
 
 int main(int argc, char** argv) {
     if (const int status = answer_early(argc, argv); status >= 0) return status;
-    get_log_mgr().set_level(3);
+    get_log_mgr().set_level(LogLevel::information);
     const ScopedLogSink standard_error([](const LogLine& line) { std::cerr << line.text << '\n'; },
                                        LogManager::Filter::by_level);
     const LogFile log_file(state_folder() / "vynlite.log");

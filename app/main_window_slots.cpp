@@ -70,9 +70,7 @@ void VynLiteForm::helpManualAction_activated() {
     try {
         if (!parts_->help) {
             const QString file = find_help_file();
-            if (file.isEmpty())
-                throw FileError("app/main_window", __LINE__, "File error!",
-                                "HELPVYNLITE.qch is not installed");
+            if (file.isEmpty()) throw FileError("File error!", "HELPVYNLITE.qch is not installed");
             parts_->help = std::make_unique<HelpWindow>(file);
         }
         parts_->help->show();

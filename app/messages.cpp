@@ -52,7 +52,7 @@ bool ask_question(const char* text) {
 }
 
 void report_failure(QWidget* parent, const QString& text) {
-    get_log().write(2, text.toStdString());
+    get_log().write(LogLevel::error, text.toStdString());
     QMessageBox box(QMessageBox::Warning, caption(), text, QMessageBox::Ok, parent);
     show(box);
 }

@@ -13,7 +13,7 @@ void show_information(const char* text);
 /// True exactly when Yes was pressed.
 bool ask_question(const char* text);
 
-/// A user command's failure: a log line at level 2 and a warning box.
+/// A user command's failure: an error line in the log and a warning box.
 void report_failure(QWidget* parent, const QString& text);
 
 }  // namespace vyn

@@ -33,14 +33,14 @@ fs::path find_flat_file(const cameraFeatures& record, const fs::path& project_fo
     const std::string& name = record.flat_file;
     if (name.empty()) return {};
     if (is_file(name)) return name;
-    get_log().write(4, "File " + name + " not exists");
+    get_log().write(LogLevel::progress, "File " + name + " not exists");
 
     const std::string base_name = name.substr(name.find_last_of("/\\") + 1);
     for (const fs::path& folder : {fs::path(record.camera).parent_path(), project_folder}) {
         if (folder.empty()) continue;
         fs::path alternate = folder / base_name;
         if (is_file(alternate)) return alternate;
-        get_log().write(4, alternate.string() + " - wrong alternate path");
+        get_log().write(LogLevel::progress, alternate.string() + " - wrong alternate path");
     }
     return {};
 }

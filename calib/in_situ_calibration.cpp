@@ -12,14 +12,12 @@ namespace vyn {
 
 namespace {
 
-constexpr int error_level = 2;
-constexpr int progress_level = 4;
 constexpr int digits = 9;
 
 /// Logs the line and makes the outcome of it. `why` says more than the line, where that is known.
 InSituOutcome failed(const char* warning, const std::string& line, const std::string& why,
                      const std::string& advice) {
-    get_log().write(error_level, line);
+    get_log().write(LogLevel::error, line);
     return {std::nullopt, warning, (why.empty() ? line : why) + ". " + advice + "."};
 }
 
@@ -52,12 +50,12 @@ paintFeatures record_of(const InSituFit& fit, const std::string& pressure_unit) 
 
 void log_result(const InSituFit& fit, const std::vector<CalibrationPoint>& points) {
     const auto number = [](double value) { return format_general(value, digits); };
-    get_log().write(progress_level, "Calibration calculated! Epsilon=" + number(fit.deviation) +
-                                        " maximum error at marker #" +
-                                        std::to_string(points[fit.worst].number));
-    get_log().write(progress_level, "Calibration: gamma11=" + number(fit.coefficients[0]) +
-                                        " gamma21=" + number(fit.coefficients[1]) +
-                                        " gamma31=" + number(fit.coefficients[2]));
+    get_log().write(LogLevel::progress, "Calibration calculated! Epsilon=" + number(fit.deviation) +
+                                            " maximum error at marker #" +
+                                            std::to_string(points[fit.worst].number));
+    get_log().write(LogLevel::progress, "Calibration: gamma11=" + number(fit.coefficients[0]) +
+                                            " gamma21=" + number(fit.coefficients[1]) +
+                                            " gamma31=" + number(fit.coefficients[2]));
 }
 
 }  // namespace
@@ -73,9 +71,10 @@ InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& option
                                "pressure and lie on valid pixels");
     const int terms =
         static_cast<int>(std::min(static_cast<std::size_t>(options.terms), points.size()));
-    get_log().write(progress_level, "Calibration using:" + std::to_string(points.size()) +
-                                        " pressure ports for calibration, approximation order:" +
-                                        std::to_string(terms));
+    get_log().write(
+        LogLevel::progress,
+        "Calibration using:" + std::to_string(points.size()) +
+            " pressure ports for calibration, approximation order:" + std::to_string(terms));
     std::optional<InSituFit> fit = fit_in_situ(points, terms);
     if (!fit)
         return failed("Can't calculate calibration!",
@@ -112,7 +111,7 @@ InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio
         return failed("I/Iref image doesn't exists", "Calibration I/Iref doesn't exists", {},
                       "Calculate I/Iref first");
 
-    get_log().write(progress_level,
+    get_log().write(LogLevel::progress,
                     "Calibration pressure ports:" + std::to_string(ports.markers.size()));
     return calibrate_samples(sample_ports(*ratio, ports, options.side), options);
 }

@@ -104,9 +104,8 @@ void estimate_trust(const std::vector<CalibrationPoint>& points, std::size_t n,
 
 gauss_approximation::gauss_approximation(int terms) : terms_(static_cast<std::size_t>(terms)) {
     if (terms < 1 || terms > most_terms)
-        throw AlgoError(
-            "calib/in_situ_fit", __LINE__, "Algorithm error!",
-            "a law of " + std::to_string(terms) + " terms cannot be fitted; it takes 1 to 3");
+        throw AlgoError("Algorithm error!", "a law of " + std::to_string(terms) +
+                                                " terms cannot be fitted; it takes 1 to 3");
 }
 
 double gauss_approximation::phi(std::size_t k, double x) {

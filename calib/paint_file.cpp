@@ -74,7 +74,7 @@ RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& rec
         read_2_51(ini, record);
     } else {
         std::cerr << "Unknown file version\n" << std::flush;
-        get_log().write(4, path + ": Unknown file version " + version);
+        get_log().write(LogLevel::progress, path + ": Unknown file version " + version);
         return RecordOutcome::unknown_version;
     }
     return ini.has_section(section) ? RecordOutcome::done : RecordOutcome::no_record;

@@ -70,9 +70,9 @@ PixelBox averaged_box(const Marker& port, int side) {
 PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side) {
     ratio.check_planes();
     if (side < 0 || side > max_bitmap_side)
-        throw AlgoError("calib/port_sampling", __LINE__, "Algorithm error!",
-                        "an averaging side of " + std::to_string(side) +
-                            " pixels is out of range 0 to " + std::to_string(max_bitmap_side));
+        throw AlgoError("Algorithm error!", "an averaging side of " + std::to_string(side) +
+                                                " pixels is out of range 0 to " +
+                                                std::to_string(max_bitmap_side));
     PortSamples samples;
     for (const Marker& port : ports.markers) {
         if (!port.active) continue;

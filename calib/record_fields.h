@@ -29,9 +29,7 @@ void read_field(dataSetInterface& data, const std::string& path, T& field) {
         read_field(data, path, text);
         field = is_double_channel(text);
     } else {
-        if (!find_key(path))
-            throw AlgoError("calib/record_fields", __LINE__, "Algorithm error!",
-                            path + " is no key of a record");
+        if (!find_key(path)) throw AlgoError("Algorithm error!", path + " is no key of a record");
         field = read(data, Key<T>{path});
     }
 }

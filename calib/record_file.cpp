@@ -17,8 +17,8 @@ constexpr std::string_view missing = "no key";
 
 void report(const IniFile& ini, std::string_view section, std::string_view key,
             const std::string& text, const std::string& what) {
-    get_log().write(2, ini.file_name().string() + ": [" + std::string(section) + "] " +
-                           std::string(key) + "=" + text + what);
+    get_log().write(LogLevel::error, ini.file_name().string() + ": [" + std::string(section) +
+                                         "] " + std::string(key) + "=" + text + what);
 }
 
 /// The number that the text begins with, as stream extraction in the C locale finds it.

@@ -57,7 +57,7 @@ const Unit& find_or_report(std::span<const Unit> units, const std::string& name,
     const std::string line = name + ": " + complaint;
     if (told_once && !told_once->insert(line).second) return unknown_unit;
     std::cerr << line + '\n' << std::flush;
-    get_log().write(4, line);
+    get_log().write(LogLevel::progress, line);
     return unknown_unit;
 }
 

@@ -16,9 +16,6 @@ namespace vyn::cli {
 
 namespace {
 
-constexpr int error_level = 2;
-constexpr int information_level = 3;
-constexpr int progress_level = 4;
 constexpr int bar_width = 30;
 
 std::string one_line(std::string_view text) {
@@ -44,7 +41,7 @@ bool is_trace(std::string_view line) {
 Console::Console() : on_terminal_(isatty(STDERR_FILENO) == 1) {
     sink_ = get_log_mgr().attach([this](const LogLine& line) { receive(line); },
                                  LogManager::Filter::by_level);
-    get_log_mgr().set_level(information_level);
+    get_log_mgr().set_level(LogLevel::information);
 }
 
 Console::~Console() {
@@ -57,14 +54,14 @@ void Console::set_verbosity(GlobalOptions::Verbosity verbosity) {
         const std::lock_guard lock(mutex_);
         verbosity_ = verbosity;
     }
-    get_log_mgr().set_level(verbosity == Verbosity::quiet     ? error_level
-                            : verbosity == Verbosity::verbose ? progress_level
-                                                              : information_level);
+    get_log_mgr().set_level(verbosity == Verbosity::quiet     ? LogLevel::error
+                            : verbosity == Verbosity::verbose ? LogLevel::progress
+                                                              : LogLevel::information);
 }
 
 void Console::receive(const LogLine& line) {
     const std::lock_guard lock(mutex_);
-    if (line.level <= error_level)
+    if (line.level <= LogLevel::error)
         held_back_.push_back(one_line(line.text));
     else
         put(one_line(line.text));
@@ -131,7 +128,7 @@ void prepare_standard_streams() {
 void print(std::string_view text) {
     const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
     if (!written || std::fflush(stdout) != 0)
-        throw FileError("cli/console", __LINE__, "Error writing file",
+        throw FileError("Error writing file",
                         std::string("standard output: ") + std::strerror(errno));
 }
 

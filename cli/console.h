@@ -13,7 +13,7 @@ namespace vyn::cli {
 /// Standard error: error messages, log lines and the progress bar, from any thread. Lines and bar
 /// do not run into each other.
 ///
-/// Log lines above the level of the verbosity are left out. Error lines (levels 0 to 2) are held
+/// Log lines above the level of the verbosity are left out. Error lines are held
 /// back until the end, because most of them belong to the one error that ends the program and is
 /// reported by `error`; `finish` prints those that do not. Traces, which name places in the source,
 /// show only when verbose.

@@ -31,8 +31,7 @@ ExitStatus find(const FindOptions& options) {
     Progress progress;
     const MarkerSet set = find_markers(picture, detection, progress);
     if (set.markers.empty())
-        throw AlgoError("cli/markers_find_command", __LINE__, "No markers found!",
-                        options.image + ": no dots of these sizes");
+        throw AlgoError("No markers found!", options.image + ": no dots of these sizes");
     write_marker_file(options.target, set);
     print("found " + std::to_string(set.markers.size()) + " dots" +
           (detection.expect > 0 ? " of " + std::to_string(detection.expect) : "") + "\n");

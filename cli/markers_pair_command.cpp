@@ -38,8 +38,7 @@ ExitStatus pair(const PairOptions& options) {
     const MarkerSet wind_on = read_marker_file(options.wind_on, 0);
     const MarkerMatch match = match_markers(
         wind_off, wind_on, {.order = options.order, .box = options.box, .by_geometry = true});
-    if (!match.ok)
-        throw AlgoError("cli/markers_pair_command", __LINE__, "Pairing failed!", match.failure);
+    if (!match.ok) throw AlgoError("Pairing failed!", match.failure);
     std::string text = pair_lines(match);
     for (const std::string& note : match.notes)
         text += note + "\n";

@@ -26,10 +26,9 @@ struct NewOptions {
 
 /// A record that could not be read must not become a record of zeros.
 void check_record(RecordOutcome outcome, const std::string& file, const char* kind) {
-    if (outcome == RecordOutcome::unknown_version)
-        throw FileError("cli/new_command", __LINE__, "Unknown file version", file);
+    if (outcome == RecordOutcome::unknown_version) throw FileError("Unknown file version", file);
     if (outcome == RecordOutcome::no_record)
-        throw FileError("cli/new_command", __LINE__, "File error!",
+        throw FileError("File error!",
                         file + ": not a " + kind + " file, it has no section of one");
 }
 

@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/interrupt.h"
 #include "cli/settings.h"
+#include "core/ascii.h"
 #include "core/errors.h"
 #include "core/numbers.h"
 #include "core/version.h"
@@ -34,16 +35,9 @@ struct RenderOptions {
     bool force = false;
 };
 
-std::string extension_of(const std::filesystem::path& file) {
-    std::string extension = file.extension().string();
-    for (char& c : extension)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-    return extension;
-}
-
 palette_array chosen_palette(const std::string& wanted) {
     if (const palette_array* const palette = find_palette(wanted)) return *palette;
-    if (extension_of(wanted) == ".lut") return read_lut(wanted);
+    if (lower_extension(wanted) == "lut") return read_lut(wanted);
     std::string names;
     for (const palette_array& palette : get_palette_list())
         names += palette.name + ", ";
@@ -78,7 +72,7 @@ PngTexts describe(const RenderOptions& options, const Limits& limits) {
 }
 
 ExitStatus render_file(const RenderOptions& options) {
-    if (extension_of(options.target) != ".png")
+    if (lower_extension(options.target) != "png")
         throw UsageError(options.target + ": pictures are PNG files (*.png)");
     check_output(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     InterruptProgress progress;

@@ -26,8 +26,7 @@ void apply_settings(dataSetInterface& data, const std::vector<std::string>& assi
 void check_target(const std::filesystem::path& file, Overwriting overwriting) {
     std::error_code ignored;
     if (overwriting == Overwriting::refused && std::filesystem::exists(file, ignored))
-        throw FileError("cli/settings", __LINE__, "File exists!",
-                        file.string() + " (--force replaces it)");
+        throw FileError("File exists!", file.string() + " (--force replaces it)");
 }
 
 void check_output(const std::filesystem::path& file, Overwriting overwriting) {
@@ -35,7 +34,7 @@ void check_output(const std::filesystem::path& file, Overwriting overwriting) {
     std::error_code ignored;
     const std::filesystem::path folder = file.parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        throw FileError("cli/settings", __LINE__, "Can't open file for writing!",
+        throw FileError("Can't open file for writing!",
                         file.string() + ": there is no folder " + folder.string());
     check_target(file, overwriting);
 }

@@ -10,6 +10,11 @@ endif()
 # Bits must not depend on the machine: no contraction into fused multiply-adds. The other two
 # only promise that nobody reads errno or floating-point traps, so that loops vectorise.
 target_compile_options(vyn_flags INTERFACE -ffp-contract=off -fno-math-errno -fno-trapping-math)
+# Errors name the source that raised them by its path in the source tree, and a build does not depend on
+# where it stands. A compiler cache may make the paths relative to the build folder.
+file(RELATIVE_PATH path_from_build ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+target_compile_options(vyn_flags INTERFACE
+    -fmacro-prefix-map=${path_from_build}= -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 if(VYN_SANITIZE)
     target_compile_options(vyn_flags INTERFACE
         -fsanitize=${VYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -63,7 +63,7 @@ class any {
     /// The value. Raises BadCast when the content is of another type.
     template <class T>
     const T& get() const {
-        if (!holds<T>()) throw BadCast("ds/vynDataTypes", 41);
+        if (!holds<T>()) throw BadCast("", {"ds/vynDataTypes", 41});
         return *static_cast<const T*>(content_->address());
     }
 
@@ -71,7 +71,8 @@ class any {
     template <class T>
     void set(T value) {
         if (content_ && content_->is_reference())
-            throw StateError("ds/vynDataTypes", 52, "Attempted to assign value to a const ref");
+            throw StateError("Attempted to assign value to a const ref", "",
+                             {"ds/vynDataTypes", 52});
         content_ = std::make_unique<Value<T>>(std::move(value));
     }
 

@@ -71,9 +71,8 @@ void flush_folder(const fs::path& file) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(fs::path target, ErrorPlace place)
-    : target_(std::move(target)), place_(place) {
-    if (target_.empty()) throw FileError(place_.file, place_.line, "File Name is empty!");
+AtomicFile::AtomicFile(fs::path target, ErrorPlace at) : target_(std::move(target)), place_(at) {
+    if (target_.empty()) throw FileError("File Name is empty!", "", place_);
     std::error_code error;
     if (fs::is_symlink(target_, error)) target_ = fs::weakly_canonical(target_, error);
 
@@ -107,20 +106,20 @@ void AtomicFile::commit() {
 }
 
 void AtomicFile::fail(const char* text, int os_error) const {
-    throw FileError(place_.file, place_.line, text, target_.string() + ": " + reason(os_error));
+    throw FileError(text, target_.string() + ": " + reason(os_error), place_);
 }
 
-void write_file(const fs::path& target, std::string_view bytes, ErrorPlace place) {
-    AtomicFile file(target, place);
+void write_file(const fs::path& target, std::string_view bytes, ErrorPlace at) {
+    AtomicFile file(target, at);
     Descriptor descriptor(file.temporary(), O_WRONLY);
     if (!descriptor || !write_all(descriptor.number(), bytes) || !descriptor.close())
         file.fail(cannot_write, errno);
     file.commit();
 }
 
-std::string read_file(const fs::path& file, std::size_t max_bytes, ErrorPlace place) {
+std::string read_file(const fs::path& file, std::size_t max_bytes, ErrorPlace at) {
     const auto fail = [&](const std::string& why) {
-        throw FileError(place.file, place.line, cannot_read, file.string() + ": " + why);
+        throw FileError(cannot_read, file.string() + ": " + why, at);
     };
     // Without waiting: a named pipe that nobody writes to would hold the program.
     const Descriptor descriptor(file, O_RDONLY | O_NONBLOCK);

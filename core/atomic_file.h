@@ -5,14 +5,9 @@
 #include <string>
 #include <string_view>
 
-namespace vyn {
+#include "core/errors.h"
 
-/// The source unit and line that an error of these helpers names: the caller's, where it gives its
-/// own.
-struct ErrorPlace {
-    const char* file = "core/atomic_file";
-    int line = __LINE__;
-};
+namespace vyn {
 
 /// Writes a file beside its target, flushes it to disk and renames it over the target.
 ///
@@ -24,7 +19,8 @@ class AtomicFile {
   public:
     /// Raises FileError "File Name is empty!", or "Can't open file for writing!" when the folder
     /// cannot take the file or the target is read-only or no regular file.
-    explicit AtomicFile(std::filesystem::path target, ErrorPlace place = {});
+    explicit AtomicFile(std::filesystem::path target,
+                        ErrorPlace at = std::source_location::current());
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
@@ -46,11 +42,12 @@ class AtomicFile {
 };
 
 /// Replaces the target by these bytes, atomically. Raises FileError.
-void write_file(const std::filesystem::path& target, std::string_view bytes, ErrorPlace place = {});
+void write_file(const std::filesystem::path& target, std::string_view bytes,
+                ErrorPlace at = std::source_location::current());
 
 /// The whole file. Raises FileError "Can't open file for reading!" naming it, also when it is no
 /// regular file or larger than `max_bytes`.
 std::string read_file(const std::filesystem::path& file, std::size_t max_bytes,
-                      ErrorPlace place = {});
+                      ErrorPlace at = std::source_location::current());
 
 }  // namespace vyn

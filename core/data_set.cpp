@@ -27,8 +27,7 @@ bool same(const any& a, const any& b) {
 }
 
 [[noreturn]] void refuse(std::string_view path, const char* why) {
-    throw AlgoError("core/data_set", __LINE__, "Algorithm error!",
-                    "path \"" + std::string(path) + "\": " + why);
+    throw AlgoError("Algorithm error!", "path \"" + std::string(path) + "\": " + why);
 }
 
 }  // namespace

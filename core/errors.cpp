@@ -1,6 +1,8 @@
 #include "core/errors.h"
 
 #include <cstring>
+#include <mutex>
+#include <set>
 
 #include "core/log.h"
 
@@ -19,24 +21,37 @@ std::string cut(std::string_view text, std::size_t bytes) {
     return std::string(text.substr(0, bytes));
 }
 
+/// The unit's name of a source file: kept for good, also when the plug-in that raised is unloaded.
+const char* without_extension(std::string_view file) {
+    static std::mutex mutex;
+    static std::set<std::string, std::less<>> units;
+    const std::string_view unit = file.substr(0, file.rfind('.'));
+    const std::lock_guard lock(mutex);
+    const auto known = units.find(unit);
+    return (known != units.end() ? known : units.emplace(unit).first)->c_str();
+}
+
 }  // namespace
 
-GenericError::GenericError(const char* file_, int line_, const char* text_, int code_,
-                           std::string detail_)
-    : text(text_), code(code_), file(file_), line(line_), detail(std::move(detail_)) {
+GenericError::GenericError(const char* text_, int code_, std::string detail_, ErrorPlace at)
+    : text(text_),
+      code(code_),
+      file(without_extension(at.file)),
+      line(at.line),
+      detail(std::move(detail_)) {
     message_ = detail.empty() ? text : std::string(text) + ": " + detail;
-    get_log().write(2, std::string(text) + " in:" + file + ":" + std::to_string(line));
-    if (!detail.empty()) get_log().write(2, detail);
+    get_log().write(LogLevel::error,
+                    std::string(text) + " in:" + file + ":" + std::to_string(line));
+    if (!detail.empty()) get_log().write(LogLevel::error, detail);
 }
 
 std::string GenericError::where() const {
     return std::string(text) + " at " + file + ":" + std::to_string(line);
 }
 
-SystemError::SystemError(const char* file_, int line_, const char* text_, int os_error,
-                         std::string detail_)
-    : GenericError(file_, line_, text_, os_error, std::move(detail_)) {
-    get_log().write(2, "System error # " + std::to_string(os_error));
+SystemError::SystemError(const char* text_, int os_error, std::string detail_, ErrorPlace at)
+    : GenericError(text_, os_error, std::move(detail_), at) {
+    get_log().write(LogLevel::error, "System error # " + std::to_string(os_error));
 }
 
 std::string SystemError::system_message() const {

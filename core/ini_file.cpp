@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/ascii.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/numbers.h"
@@ -17,8 +18,7 @@ constexpr std::size_t most_bytes = 16u << 20;
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 bool same_name(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::ranges::equal(trim(a), trim(b), {}, lower, lower);
+    return lower_case(trim(a)) == lower_case(trim(b));
 }
 
 /// A line as it reads: a section header, a key with its value, or (neither) anything else.
@@ -52,8 +52,7 @@ void check_can_be_written(std::string_view section, std::string_view key, std::s
     if (one_line_each && read_header.section == section && read_line.key &&
         same_name(*read_line.key, key) && read_line.value == trim(value))
         return;
-    throw AlgoError(unit, __LINE__, "Algorithm error!",
-                    "an ini file cannot hold " + header + " " + line);
+    throw AlgoError("Algorithm error!", "an ini file cannot hold " + header + " " + line, {unit});
 }
 
 }  // namespace
@@ -63,13 +62,12 @@ void IniFile::open(const fs::path& file, Mode mode) {
     std::error_code error;
     std::string bytes;
     if (fs::status(file, error).type() != fs::file_type::not_found)
-        bytes = read_file(file, most_bytes, {unit, __LINE__});
+        bytes = read_file(file, most_bytes, {unit});
     else if (mode == Mode::read_only)
-        throw FileError(unit, __LINE__,
-                        "File doesn't exist! Cannot create file because the mode is read-only!",
-                        file.string());
+        throw FileError("File doesn't exist! Cannot create file because the mode is read-only!",
+                        file.string(), {unit});
     else
-        write_file(file, "", {unit, __LINE__});
+        write_file(file, "", {unit});
     split_lines(bytes);
     file_ = file;
     mode_ = mode;
@@ -169,22 +167,21 @@ void IniFile::save_as(const fs::path& file) const {
     std::string bytes;
     for (std::size_t i = 0; i < lines_.size(); ++i)
         bytes += lines_[i] + line_ends_[i];
-    write_file(file, bytes, {unit, __LINE__});
+    write_file(file, bytes, {unit});
 }
 
 void IniFile::check_names(std::string_view section, std::string_view key) const {
-    if (is_blank(section)) throw AlgoError(unit, __LINE__, "Section's name is empty!");
-    if (is_blank(key)) throw AlgoError(unit, __LINE__, "Key's name is empty!");
+    if (is_blank(section)) throw AlgoError("Section's name is empty!", "", {unit});
+    if (is_blank(key)) throw AlgoError("Key's name is empty!", "", {unit});
 }
 
 void IniFile::check_open() const {
-    if (!opened_) throw AlgoError(unit, __LINE__, "Ini-file wasn't opened!");
+    if (!opened_) throw AlgoError("Ini-file wasn't opened!", "", {unit});
 }
 
 void IniFile::check_writable() const {
     check_open();
-    if (mode_ == Mode::read_only)
-        throw AlgoError(unit, __LINE__, "Data is read-only!", file_.string());
+    if (mode_ == Mode::read_only) throw AlgoError("Data is read-only!", file_.string(), {unit});
 }
 
 }  // namespace vyn

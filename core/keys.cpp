@@ -102,7 +102,7 @@ const KeyInfo* nearest_key(std::string_view path) {
         why += " (it names a sub-tree)";
     else if (const KeyInfo* nearest = nearest_key(path))
         why += "; did you mean \"" + nearest->path + "\"?";
-    throw AlgoError("core/keys", __LINE__, "Trying to get not existing data!", why);
+    throw AlgoError("Trying to get not existing data!", why);
 }
 
 std::string describe(const KeyInfo& key) {
@@ -160,9 +160,8 @@ any parse_setting(std::string_view path, std::string_view text) {
     if (!key) refuse_key(path);
     any value = convert(*key, text);
     if (value.empty())
-        throw AlgoError("core/keys", __LINE__, "Algorithm error!",
-                        key->path + ": \"" + std::string(text) + "\" is not allowed; it takes " +
-                            describe(*key));
+        throw AlgoError("Algorithm error!", key->path + ": \"" + std::string(text) +
+                                                "\" is not allowed; it takes " + describe(*key));
     return value;
 }
 

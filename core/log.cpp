@@ -19,7 +19,7 @@ std::string local_time() {
 
 }  // namespace
 
-void LogManager::write(int level, std::string_view text) {
+void LogManager::write(LogLevel level, std::string_view text) {
     const LogLine line{level, std::string(text), local_time()};
     const std::lock_guard lock(mutex_);
     keep(line);
@@ -46,12 +46,12 @@ void LogManager::hand_to_sinks(const LogLine& line) {
     in_sink_ = false;
 }
 
-void LogManager::set_level(int level) {
+void LogManager::set_level(LogLevel level) {
     const std::lock_guard lock(mutex_);
     level_ = level;
 }
 
-int LogManager::level() const {
+LogLevel LogManager::level() const {
     const std::lock_guard lock(mutex_);
     return level_;
 }
@@ -71,8 +71,9 @@ std::vector<LogLine> LogManager::take_new_lines() {
     const std::lock_guard lock(mutex_);
     std::vector<LogLine> lines;
     if (dropped_ > 0)
-        lines.push_back(
-            {3, std::to_string(dropped_) + " older lines were dropped", pending_.front().time});
+        lines.push_back({LogLevel::information,
+                         std::to_string(dropped_) + " older lines were dropped",
+                         pending_.front().time});
     lines.insert(lines.end(), std::make_move_iterator(pending_.begin()),
                  std::make_move_iterator(pending_.end()));
     pending_.clear();

@@ -10,9 +10,21 @@
 
 namespace vyn {
 
-/// One log line. Levels: 0 fatal, 1 and 2 errors, 3 information, 4 progress.
+/// How much a line matters; its number is what log files show.
+enum class LogLevel {
+    fatal = 0,
+    failure = 1,  ///< an error that ended a task or a command
+    error = 2,    ///< any error, as it arises
+    information = 3,
+    progress = 4
+};
+
+constexpr int number(LogLevel level) {
+    return static_cast<int>(level);
+}
+
 struct LogLine {
-    int level = 0;
+    LogLevel level = LogLevel::fatal;
     std::string text;
     std::string time;  ///< local time of writing, "HH:MM:SS"
 };
@@ -32,11 +44,11 @@ class LogManager {
     enum class Filter { by_level, every_level };
     using SinkId = int;
 
-    void write(int level, std::string_view text);
+    void write(LogLevel level, std::string_view text);
 
-    /// Highest level that filtered sinks receive; 4 at first.
-    void set_level(int level);
-    int level() const;
+    /// Highest level that filtered sinks receive; progress at first.
+    void set_level(LogLevel level);
+    LogLevel level() const;
 
     SinkId attach(LogSink sink, Filter filter);
     void detach(SinkId id);
@@ -57,7 +69,7 @@ class LogManager {
 
     mutable std::recursive_mutex mutex_;  ///< recursive: a sink may log or read the log
     bool in_sink_ = false;
-    int level_ = 4;
+    LogLevel level_ = LogLevel::progress;
     SinkId next_id_ = 1;
     std::vector<Sink> sinks_;
     std::deque<LogLine> pending_;
@@ -68,7 +80,7 @@ class LogManager {
 class Log {
   public:
     explicit Log(LogManager& manager) : manager_(&manager) {}
-    void write(int level, std::string_view text) { manager_->write(level, text); }
+    void write(LogLevel level, std::string_view text) { manager_->write(level, text); }
 
   private:
     LogManager* manager_;

@@ -42,8 +42,8 @@ void LogFile::write(const LogLine& line) {
         fs::rename(file_, fs::path(file_) += ".1", ignored);
         open();
     }
-    const std::string text =
-        today() + ' ' + line.time + ' ' + std::to_string(line.level) + ' ' + line.text + '\n';
+    const std::string text = today() + ' ' + line.time + ' ' + std::to_string(number(line.level)) +
+                             ' ' + line.text + '\n';
     // One write per line, so that two programs' lines do not mix.
     stream_.write(text.data(), static_cast<std::streamsize>(text.size()));
     stream_.flush();

@@ -7,6 +7,7 @@
 #include <set>
 #include <vector>
 
+#include "core/ascii.h"
 #include "core/atomic_file.h"
 #include "core/numbers.h"
 #include "core/version.h"
@@ -77,15 +78,15 @@ std::optional<double> bits_from_hex(std::string_view hex) {
 
 // --- writing
 
-bool is_letter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+bool begins_name(char c) {
+    return is_letter(c) || c == '_';
 }
 
 bool can_name_element(std::string_view name) {
     const auto follows = [](char c) {
-        return is_letter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+        return begins_name(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
     };
-    return name != other_node && !name.empty() && is_letter(name.front()) &&
+    return name != other_node && !name.empty() && begins_name(name.front()) &&
            std::ranges::all_of(name, follows);
 }
 
@@ -134,9 +135,9 @@ std::vector<std::string> split(const std::string& path) {
 
 [[noreturn]] void refuse(const std::string& file, const XmlElement& element,
                          const std::string& why) {
-    throw FileError("core/project_file", __LINE__, "File error!",
-                    file + ":" + std::to_string(element.line) + ":" +
-                        std::to_string(element.column) + ": <" + element.name + ">: " + why);
+    throw FileError("File error!", file + ":" + std::to_string(element.line) + ":" +
+                                       std::to_string(element.column) + ": <" + element.name +
+                                       ">: " + why);
 }
 
 std::optional<std::string> node_name(const XmlElement& element) {
@@ -207,7 +208,7 @@ void check_root(const XmlElement& root, const std::string& file) {
 }
 
 std::string checked_name(const char* file) {
-    if (!file || !*file) throw FileError("core/project_file", __LINE__, "File Name is empty!");
+    if (!file || !*file) throw FileError("File Name is empty!");
     return file;
 }
 
@@ -243,7 +244,7 @@ void save_xml(dataSetInterface& data, const char* file) {
     const std::string name = checked_name(file);
     const std::string text = to_xml(data);
     if (text.size() > most_bytes)
-        throw FileError("core/project_file", __LINE__, "Error writing file",
+        throw FileError("Error writing file",
                         name + ": the project is larger than the 64 MiB that can be read back");
     write_file(name, text);
 }

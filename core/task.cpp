@@ -22,7 +22,7 @@ void TaskContext::status(std::string_view shown, std::string_view logged) {
             state_ = {std::string(shown), 0.0};
         }
     }
-    get_log().write(4, logged);
+    get_log().write(LogLevel::progress, logged);
 }
 
 void TaskContext::fraction(double done) {

@@ -34,7 +34,7 @@ class TaskContext : public Progress {
         double fraction = 0;
     };
 
-    /// Shows a status text and writes it to the log at level 4. A new text starts a new stage:
+    /// Shows a status text and writes it to the log as progress. A new text starts a new stage:
     /// the time until the next is kept under it.
     void status(std::string_view text);
     /// The same with a line for the log that differs from the text shown.

@@ -29,7 +29,7 @@ constexpr Operation reset_event{"Error in ResetEvent", 129};
 constexpr Operation start_thread{"Error starting thread", 151};
 
 [[noreturn]] void fail(Operation operation, int os_error) {
-    throw SystemError(unit, operation.line, operation.text, os_error);
+    throw SystemError(operation.text, os_error, "", {unit, operation.line});
 }
 
 /// Runs a body, a failure of the system turned into an error of this operation.

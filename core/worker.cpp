@@ -20,22 +20,22 @@ bool wait_idle() {
     return true;
 }
 
-/// Runs a task; whatever leaves it ends in the log, an error with one line at level 1.
+/// Runs a task; whatever leaves it ends in the log, an error with one line of level failure.
 void run_logged(Task& task, TaskContext& context) {
     Log& log = get_log();
     try {
         task.run(context);
     } catch (const Aborted&) {
-        log.write(3, "Aborted");
+        log.write(LogLevel::information, "Aborted");
     } catch (const SystemError& error) {
-        log.write(1, "Worker thread system Error:" + error.where());
+        log.write(LogLevel::failure, "Worker thread system Error:" + error.where());
     } catch (const GenericError& error) {
-        log.write(1, "Worker thread generic Error " + error.where());
+        log.write(LogLevel::failure, "Worker thread generic Error " + error.where());
     } catch (const std::exception& error) {
-        log.write(1, "Worker thread unknown exception");
-        log.write(2, error.what());
+        log.write(LogLevel::failure, "Worker thread unknown exception");
+        log.write(LogLevel::error, error.what());
     } catch (...) {
-        log.write(1, "Worker thread unknown exception");
+        log.write(LogLevel::failure, "Worker thread unknown exception");
     }
 }
 
@@ -52,8 +52,7 @@ Worker::~Worker() {
 }
 
 void Worker::post(std::shared_ptr<Task> task, std::shared_ptr<TaskContext> context) {
-    if (posted().task || !wait_idle())
-        throw StateError("core/worker", __LINE__, "State error!", "a task is running");
+    if (posted().task || !wait_idle()) throw StateError("State error!", "a task is running");
     done_.reset();
     {
         const std::lock_guard lock(posted_mutex_);

@@ -11,7 +11,7 @@
 
 namespace vyn {
 
-/// Runs tasks one at a time on its own thread. A task's failure ends in the log (level 1), never
+/// Runs tasks one at a time on its own thread. A task's failure ends in the log, never
 /// the program.
 class Worker {
   public:

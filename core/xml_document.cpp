@@ -95,9 +95,8 @@ class TreeBuilder final : public xc::DefaultHandler {
 
   private:
     [[noreturn]] void refuse(XMLFileLoc line, XMLFileLoc column, const std::string& why) const {
-        throw FileError(
-            "core/xml_document", __LINE__, "File error!",
-            file_ + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + why);
+        throw FileError("File error!", file_ + ":" + std::to_string(line) + ":" +
+                                           std::to_string(column) + ": " + why);
     }
 
     const std::string& file_;
@@ -160,11 +159,10 @@ XmlElement parse_xml(const std::string& text, const std::string& name) {
     try {
         reader.parse(source);
     } catch (const xc::XMLException& problem) {
-        throw FileError(
-            "core/xml_document", __LINE__, "File error!",
-            name + ":" + std::to_string(problem.getSrcLine()) + ": " + utf8(problem.getMessage()));
+        throw FileError("File error!", name + ":" + std::to_string(problem.getSrcLine()) + ": " +
+                                           utf8(problem.getMessage()));
     } catch (const xc::OutOfMemoryException&) {
-        throw FileError("core/xml_document", __LINE__, "File error!", name + ": out of memory");
+        throw FileError("File error!", name + ": out of memory");
     }
     return builder.take_root();
 }

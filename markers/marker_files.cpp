@@ -1,20 +1,17 @@
 #include "markers/marker_files.h"
 
-#include <algorithm>
-
+#include "core/ascii.h"
 #include "markers/marker_formats.h"
 
 namespace vyn {
 
 namespace {
 
+/// What follows the last dot, also of a name that is nothing else.
 std::string lower_case_extension(const std::string& file_name) {
     const std::size_t dot = file_name.rfind('.');
     if (dot == std::string::npos) return {};
-    std::string extension = file_name.substr(dot + 1);
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return extension;
+    return lower_case(file_name.substr(dot + 1));
 }
 
 MarkerFileResult no_name() {

@@ -19,7 +19,7 @@ std::string read_whole(const std::string& file_name, int line) {
     try {
         return read_file(file_name, max_file_bytes);
     } catch (const FileError& e) {
-        throw FileError(source_unit, line, "File error!", e.detail);
+        throw FileError("File error!", e.detail, {source_unit, line});
     }
 }
 
@@ -99,7 +99,7 @@ void write_text(const std::string& file_name, const MarkerSet& set) {
     try {
         write_file(file_name, text);
     } catch (const FileError& e) {
-        throw FileError(source_unit, text_writer_line, "File error!", e.detail);
+        throw FileError("File error!", e.detail, {source_unit, text_writer_line});
     }
 }
 

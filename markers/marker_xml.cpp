@@ -234,7 +234,7 @@ void write_xml(const std::string& file_name, const MarkerSet& set) {
     try {
         write_file(file_name, to_xml(set));
     } catch (const FileError& e) {
-        throw FileError(source_unit, xml_writer_line, "File error!", e.detail);
+        throw FileError("File error!", e.detail, {source_unit, xml_writer_line});
     }
 }
 
@@ -243,7 +243,7 @@ MarkerFileResult read_xml(const std::string& file_name, MarkerSet& set) {
     try {
         text = read_file(file_name, max_file_bytes);
     } catch (const FileError& e) {
-        throw FileError(source_unit, __LINE__, "File error!", e.detail);
+        throw FileError("File error!", e.detail, {source_unit});
     }
     try {
         return from_xml(file_name, parse_xml(text, file_name), text.size(), set);

@@ -21,9 +21,8 @@ constexpr int under = 52;  // for the scale and the label
 RgbPicture draw_histogram(const Histogram& histogram, const std::string& label, int width,
                           int height) {
     if (width < 160 || height < 120)
-        throw AlgoError("view/histogram_picture", __LINE__, "Algorithm error!",
-                        "a histogram of " + std::to_string(width) + " x " + std::to_string(height) +
-                            " pixels is too small");
+        throw AlgoError("Algorithm error!", "a histogram of " + std::to_string(width) + " x " +
+                                                std::to_string(height) + " pixels is too small");
     RgbPicture picture{width, height, {}};
     picture.rgb.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 255);
     Canvas canvas(picture);

@@ -56,10 +56,10 @@ LineProfile sample_profile(const image& picture, Point from, Point to, int width
     picture.check_planes();
     LineProfile profile{from, to, std::hypot(to.x - from.x, to.y - from.y), {}};
     if (!(profile.length <= longest_profile))
-        throw AlgoError("view/line_profile", __LINE__, "Algorithm error!",
+        throw AlgoError("Algorithm error!",
                         "a profile needs two positions at most 100000 pixels apart");
     if (width < 1 || width > widest_profile)
-        throw AlgoError("view/line_profile", __LINE__, "Algorithm error!",
+        throw AlgoError("Algorithm error!",
                         "a profile is 1 to " + std::to_string(widest_profile) + " pixels wide");
     const int steps = static_cast<int>(std::ceil(profile.length));
     const Point along{to.x - from.x, to.y - from.y};

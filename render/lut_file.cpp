@@ -28,15 +28,16 @@ class Words {
     std::string_view rest_;
 };
 
-[[noreturn]] void fail(const std::filesystem::path& file, int line, const std::string& why) {
-    throw FileError(unit, line, "File error!", file.string() + ": " + why);
+[[noreturn]] void fail(const std::filesystem::path& file, const std::string& why,
+                       std::source_location here = std::source_location::current()) {
+    throw FileError("File error!", file.string() + ": " + why, {unit, here});
 }
 
 std::string text_of(const std::filesystem::path& file) {
     try {
-        return read_file(file, max_bytes, {unit, __LINE__});
+        return read_file(file, max_bytes, {unit});
     } catch (const FileError& e) {
-        throw FileError(unit, __LINE__, "File error!", e.detail);
+        throw FileError("File error!", e.detail, {unit});
     }
 }
 
@@ -47,7 +48,7 @@ palette_array read_lut(const std::filesystem::path& file) {
     Words words(text);
     words.next();  // a title
     const std::optional<int> count = parse_int(words.next());
-    if (!count) fail(file, __LINE__, "the number of colours is missing behind the title");
+    if (!count) fail(file, "the number of colours is missing behind the title");
 
     palette_array read;
     // The count is taken in 8 bits and one colour more than read belongs to the ramp; both are part
@@ -59,10 +60,9 @@ palette_array read_lut(const std::filesystem::path& file) {
             constexpr double slack = 1e-6;
             const std::optional<double> fraction = parse_double(words.next());
             if (!fraction || !(*fraction >= -slack && *fraction <= 1 + slack))
-                fail(file, __LINE__,
-                     "colour " + std::to_string(i - read.first + 1) + " of " +
-                         std::to_string(*count) +
-                         " is not three fractions from 0 to 1 (red, green, blue)");
+                fail(file, "colour " + std::to_string(i - read.first + 1) + " of " +
+                               std::to_string(*count) +
+                               " is not three fractions from 0 to 1 (red, green, blue)");
             return static_cast<std::uint8_t>(std::min(std::max(*fraction, 0.0), 1.0) * 255.0);
         };
         PaletteColour colour;

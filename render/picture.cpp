@@ -14,7 +14,6 @@ namespace vyn {
 
 namespace {
 
-constexpr const char* unit = "view/picture";
 constexpr Canvas::Colour black{};
 constexpr Canvas::Colour grey{110, 110, 110};
 constexpr std::uint8_t white = 255;
@@ -42,13 +41,11 @@ int whole(double length) {
 
 Layout make_layout(const image& picture, const PictureOptions& options) {
     if (!(options.scale > 0) || !std::isfinite(options.scale))
-        throw AlgoError(unit, __LINE__, "Algorithm error!",
-                        "the scale of a picture must be a positive number");
+        throw AlgoError("Algorithm error!", "the scale of a picture must be a positive number");
     const double width = std::max(picture.width() * options.scale, 1.0);
     const double height = std::max(picture.height() * options.scale, 1.0);
     if (width > largest_side || height > largest_side || width * height > largest_count)
-        throw AlgoError(unit, __LINE__, "Algorithm error!",
-                        "a picture of this scale would be too large");
+        throw AlgoError("Algorithm error!", "a picture of this scale would be too large");
     Layout layout{};
     layout.field_width = layout.width = whole(width);
     layout.field_height = layout.height = whole(height);

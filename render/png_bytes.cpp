@@ -12,7 +12,6 @@ namespace vyn {
 
 namespace {
 
-constexpr const char* unit = "view/png_bytes";
 constexpr int compression_level = 7;
 constexpr std::size_t bytes_per_pixel = 3;
 
@@ -90,7 +89,7 @@ std::string compressed(const std::string& bytes) {
     if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
                   reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(),
                   compression_level) != Z_OK)
-        throw AlgoError(unit, __LINE__, "Algorithm error!", "the picture cannot be compressed");
+        throw AlgoError("Algorithm error!", "the picture cannot be compressed");
     out.resize(size);
     return out;
 }
@@ -123,7 +122,7 @@ std::vector<std::byte> png_bytes(const RgbPicture& picture, const PngTexts& text
 
 void write_png(const RgbPicture& picture, const std::filesystem::path& file,
                const PngTexts& texts) {
-    write_file(file, encoded(picture, texts), {unit, __LINE__});
+    write_file(file, encoded(picture, texts));
 }
 
 }  // namespace vyn

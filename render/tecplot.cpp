@@ -59,7 +59,7 @@ void append_row(std::string& text, const image& picture, int y) {
 void write_tecplot(const image& picture, const std::string& caption,
                    const std::filesystem::path& file, Progress& progress) {
     picture.check_planes();
-    AtomicFile target(file, {unit, __LINE__});
+    AtomicFile target(file, {unit});
     std::ofstream out(target.temporary(), std::ios::binary);
     std::string text = header(picture, caption);
     for (int y = 0; y < picture.height() && out; ++y) {
@@ -72,8 +72,8 @@ void write_tecplot(const image& picture, const std::string& caption,
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out.close();
     if (!out)
-        throw FileError(unit, __LINE__, "Error writing file",
-                        file.string() + ": the disk does not take the file");
+        throw FileError("Error writing file", file.string() + ": the disk does not take the file",
+                        {unit});
     target.commit();
 }
 

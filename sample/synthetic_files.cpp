@@ -169,8 +169,7 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
     std::error_code failure;
     fs::create_directories(folder, failure);
     if (failure)
-        throw FileError("process/synthetic_files", __LINE__, "Can't open file for writing!",
-                        folder.string() + ": " + failure.message());
+        throw FileError("Can't open file for writing!", folder.string() + ": " + failure.message());
     std::vector<NamedPicture> pictures{{truth_file, &point.truth}};
     put_camera(folder, signal_files(), point, point.camera, pictures);
     if (point.options.channels == Channels::binary)

@@ -42,16 +42,16 @@ double first_gate(double gate_ratio) {
 
 }  // namespace
 
-PaintCurve::PaintCurve(const paintFeatures& paint, const flowFeatures& flow)
+PaintResponse::PaintResponse(const paintFeatures& paint, const flowFeatures& flow)
     : law_(law_at(paint, flow.wind_on_t)),
       wind_off_ratio_(wind_off_ratio(paint, flow.wind_off_t, flow.wind_off_p).value) {}
 
-double PaintCurve::ratio(double pressure) const {
+double PaintResponse::ratio(double pressure) const {
     const double discriminant = law_.b * law_.b - 4 * law_.c * (law_.a - pressure);
     return (std::sqrt(discriminant) - law_.b) / (2 * law_.c) / wind_off_ratio_;
 }
 
-double PaintCurve::pressure(double ratio) const {
+double PaintResponse::pressure(double ratio) const {
     const double r = ratio * wind_off_ratio_;
     return (law_.c * r + law_.b) * r + law_.a;
 }
@@ -61,15 +61,15 @@ double lamp_factor(const SyntheticOptions& options, Point place, Point place_wit
 }
 
 SyntheticLights lights_of(const SyntheticOptions& options, const SyntheticScene& scene,
-                          const PaintCurve& curve) {
+                          const PaintResponse& response) {
     const auto off = [&scene, lamp = lamp_wind_off(options)](Point place) {
         return scene.wind_off(place) * lamp(place);
     };
     const auto on = [&scene, lamp = lamp_wind_on(options)](Point place, Point on_model) {
         return scene.wind_off(on_model) * lamp(place);
     };
-    const auto ratio = [&scene, &curve](Point on_model) {
-        return curve.ratio(scene.pressure(on_model));
+    const auto ratio = [&scene, &response](Point on_model) {
+        return response.ratio(scene.pressure(on_model));
     };
     if (options.channels == Channels::lifetime) {
         constexpr double off_ratio = SyntheticPoint::gate_ratio;

@@ -10,9 +10,9 @@ namespace vyn {
 
 /// The paint law at wind-on conditions, in pascal, between pressure and the ratio wind-off /
 /// wind-on.
-class PaintCurve {
+class PaintResponse {
   public:
-    PaintCurve(const paintFeatures& paint, const flowFeatures& flow);
+    PaintResponse(const paintFeatures& paint, const flowFeatures& flow);
     double ratio(double pressure) const;
     double pressure(double ratio) const;
 
@@ -28,9 +28,9 @@ struct SyntheticLights {
 };
 
 /// The lights of a point. The lamp stands still for a single channel and moves with the wind for
-/// the others. Scene and curve must outlive the result.
+/// the others. Scene and response must outlive the result.
 SyntheticLights lights_of(const SyntheticOptions& options, const SyntheticScene& scene,
-                          const PaintCurve& curve);
+                          const PaintResponse& response);
 
 /// The lamp's light at a place without wind over that at `place_with_wind`: the factor by which the
 /// ratio of the signal channel alone is wrong.

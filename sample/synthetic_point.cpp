@@ -158,7 +158,7 @@ std::string problem_of(const SyntheticOptions& options) {
 
 SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& progress) {
     if (const std::string problem = problem_of(options); !problem.empty())
-        throw AlgoError("process/synthetic_point", __LINE__, "Algorithm error!", problem);
+        throw AlgoError("Algorithm error!", problem);
     SyntheticPoint point;
     point.options = options;
     const SyntheticCamera camera = signal_camera(options);
@@ -169,8 +169,8 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     point.paint = synthetic_paint();
     point.flow = synthetic_flow();
     const SyntheticScene scene(options.width, options.height, options.seed);
-    const PaintCurve curve(point.paint, point.flow);
-    const SyntheticLights lights = lights_of(options, scene, curve);
+    const PaintResponse response(point.paint, point.flow);
+    const SyntheticLights lights = lights_of(options, scene, response);
     const bool two = options.channels != SyntheticOptions::Channels::single;
     SubProgress signal(progress, 0, two ? 0.45 : 0.9);
     SubProgress reference(progress, 0.45, 0.9);
@@ -191,13 +191,13 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     };
     point.truth = field_of(options, scene, "truth", truth, [&](Point place) {
         const double pressure = scene.pressure(place);
-        return quantity(pressure, curve.ratio(pressure));
+        return quantity(pressure, response.ratio(pressure));
     });
     if (options.channels == SyntheticOptions::Channels::binary)
         point.single_channel = field_of(options, scene, "single_channel", truth, [&](Point place) {
-            const double ratio = curve.ratio(scene.pressure(place)) *
+            const double ratio = response.ratio(scene.pressure(place)) *
                                  lamp_factor(options, place, apply_poly(motion, place));
-            return quantity(curve.pressure(ratio), ratio);
+            return quantity(response.pressure(ratio), ratio);
         });
     return point;
 }

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "api/image_io.h"
+#include "core/ascii.h"
 #include "core/version.h"
 #include "process/point/unsaved_work.h"
 #include "process/report/run_report.h"

@@ -1,6 +1,7 @@
 #include "view/open_task.h"
 
 #include "api/image_io.h"
+#include "core/ascii.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
@@ -52,8 +53,7 @@ TaskOutcome OpenImagesTask::run(TaskContext& context) {
     throw_if_aborted(context);
     const auto images = found.all();
     if (images.empty())
-        throw FileError("view/open_task", __LINE__, "File error!",
-                        file_.string() + " holds no image to look at");
+        throw FileError("File error!", file_.string() + " holds no image to look at");
     into_->clear();
     for (const auto& picture : images)
         into_->add(picture);

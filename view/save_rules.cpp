@@ -1,7 +1,8 @@
 #include "view/save_rules.h"
 
-#include <algorithm>
 #include <system_error>
+
+#include "core/ascii.h"
 
 namespace vyn {
 
@@ -21,14 +22,6 @@ bool is_opened_field(PictureOrigin origin, const image& picture) {
 }
 
 }  // namespace
-
-std::string lower_extension(const fs::path& file) {
-    std::string extension = file.extension().string();
-    if (!extension.empty()) extension.erase(0, 1);
-    std::ranges::transform(extension, extension.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
-    return extension;
-}
 
 fs::path file_to_save(PictureOrigin origin, const image& picture, const fs::path& saved_as) {
     if (origin == PictureOrigin::camera) return {};

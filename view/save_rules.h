@@ -26,7 +26,4 @@ std::filesystem::path file_to_save(PictureOrigin origin, const image& picture,
 std::string objection_to_saving(PictureOrigin origin, const image& picture,
                                 const std::filesystem::path& file, const imagesList& project);
 
-/// A file's extension in lower case, without dot.
-std::string lower_extension(const std::filesystem::path& file);
-
 }  // namespace vyn

@@ -18,7 +18,7 @@ int to_corner(double position) {
 }
 
 bool failed(const char* text) {
-    get_log().write(3, text);
+    get_log().write(LogLevel::information, text);
     return false;
 }
 

@@ -152,11 +152,11 @@ void check(const DetectionOptions& options) {
     if (options.min_size >= min_dot_size && options.max_size >= options.min_size &&
         options.max_size <= max_dot_size && options.expect >= 0)
         return;
-    throw AlgoError("align/marker_detection", __LINE__, "Algorithm error!",
-                    "dots of " + format_double(options.min_size) + " to " +
-                        format_double(options.max_size) +
-                        " pixels cannot be looked for; sizes go from " +
-                        format_double(min_dot_size) + " to " + format_double(max_dot_size));
+    throw AlgoError("Algorithm error!", "dots of " + format_double(options.min_size) + " to " +
+                                            format_double(options.max_size) +
+                                            " pixels cannot be looked for; sizes go from " +
+                                            format_double(min_dot_size) + " to " +
+                                            format_double(max_dot_size));
 }
 
 }  // namespace

@@ -125,15 +125,15 @@ bool Approx_surface(const image& picture, Pixel corner0, Pixel corner1,
     solver.setThreshold(rank_threshold);
     solver.compute(normal);
     if (count < coefficient_count || solver.rank() < coefficient_count) {
-        get_log().write(3, "Approx_surface:Can't find LSQ fit");
+        get_log().write(LogLevel::information, "Approx_surface:Can't find LSQ fit");
         return false;
     }
     Basis surface = solver.solve(right);
     clear_rounding(surface, largest_value);
     const FitError error = measure_error(picture, box, surface);
-    get_log().write(4, "Approx_surface:Gauss approximation: error=" +
-                           format_general(error.root_mean_square, 6) +
-                           " maximum at:" + std::to_string(error.worst_sample));
+    get_log().write(LogLevel::progress, "Approx_surface:Gauss approximation: error=" +
+                                            format_general(error.root_mean_square, 6) +
+                                            " maximum at:" + std::to_string(error.worst_sample));
     coefficients = to_pixels(surface, box);
     return true;
 }

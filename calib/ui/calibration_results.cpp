@@ -78,7 +78,7 @@ struct VynCalResults::Parts {
 
     /// Reports to the log, and below the plot.
     void report(const char* text) {
-        get_log().write(2, text);
+        get_log().write(LogLevel::error, text);
         plot_problem = QLatin1String(text);
     }
 };

@@ -277,8 +277,8 @@ bool form_calibr_single::store(const paintFeatures& paint, const std::string& wi
     form_.write(vyn_db());
     write(vyn_db(), std::string(keys::sens_paint), paint);
     write(vyn_db(), keys::convert_wind_off_ratio, wind_off_ratio);
-    get_log().write(4, "Calibration stored in the project" +
-                           (file.empty() ? std::string() : " and in " + file));
+    get_log().write(LogLevel::progress, "Calibration stored in the project" +
+                                            (file.empty() ? std::string() : " and in " + file));
     return true;
 }
 

@@ -30,7 +30,7 @@ bool attempt(QWidget* parent, const QString& caption, const std::function<void()
     } catch (const GenericError& error) {
         failure = QString::fromUtf8(error.what());
     } catch (const std::exception& error) {
-        get_log().write(2, error.what());
+        get_log().write(LogLevel::error, error.what());
         failure = QString::fromUtf8(error.what());
     }
     QMessageBox::warning(parent, caption, failure);
@@ -38,7 +38,7 @@ bool attempt(QWidget* parent, const QString& caption, const std::function<void()
 }
 
 void report_failure(QWidget* parent, const QString& caption, const QString& text) {
-    get_log().write(2, text.toStdString());
+    get_log().write(LogLevel::error, text.toStdString());
     QMessageBox::warning(parent, caption, text);
 }
 

@@ -29,7 +29,7 @@ QByteArray drawing_of(const QString& name) {
     [[maybe_unused]] static const bool loaded = (load_drawings(), true);
     QFile file(QStringLiteral(":/icons/%1.svg").arg(QFileInfo(name).completeBaseName()));
     if (!file.open(QIODevice::ReadOnly)) {
-        get_log().write(2, "There is no drawing " + name.toStdString());
+        get_log().write(LogLevel::error, "There is no drawing " + name.toStdString());
         return {};
     }
     return file.readAll();

@@ -8,7 +8,7 @@ namespace vyn {
 
 /// The program's drawing of that name, such as "fileopen.png" or "fileopen": a vector source of
 /// icons.qrc, drawn sharply at every size and in the text colour of the palette. A name that has no
-/// drawing gives an empty icon and a log line at level 2.
+/// drawing gives an empty icon and an error line in the log.
 QIcon vyn_icon(const QString& name);
 
 /// A cursor drawn from the vector source of that name; its hot spot is a fraction of its size, the

@@ -13,17 +13,17 @@ constexpr int kept_lines = 200;
 constexpr int period_ms = 500;
 
 /// How a line of that level looks; %1 is its text.
-QString format_of(int level) {
+QString format_of(LogLevel level) {
     switch (level) {
-        case 0:
+        case LogLevel::fatal:
             return QStringLiteral("<font color=\"red\"><b>Fatal:%1</b></font>");
-        case 1:
+        case LogLevel::failure:
             return QStringLiteral("<font color=\"red\"><b>%1</b></font>");
-        case 2:
+        case LogLevel::error:
             return QStringLiteral("<font color=\"red\">%1</font>");
-        case 3:
+        case LogLevel::information:
             return QStringLiteral("<i>%1</i>");
-        case 4:
+        case LogLevel::progress:
             return QStringLiteral("%1");
         default:
             return QStringLiteral("<font color=\"#050505\">%1</font>");

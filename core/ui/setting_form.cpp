@@ -18,9 +18,7 @@ namespace {
 
 const KeyInfo& info_of(std::string_view path) {
     const KeyInfo* info = find_key(path);
-    if (!info)
-        throw AlgoError("core/setting_form", __LINE__, "Algorithm error!",
-                        std::string(path) + " is no setting");
+    if (!info) throw AlgoError("Algorithm error!", std::string(path) + " is no setting");
     return *info;
 }
 

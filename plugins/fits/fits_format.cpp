@@ -19,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* unit = "plugins/fits/fits_format";
 constexpr int rows_per_poll = 64;
 
 /// FITS images; a third axis counts the frames of a burst. The file's first row is the picture's
@@ -49,7 +48,7 @@ struct FitsPicture {
 };
 
 [[noreturn]] void refuse_library(const fs::path& path, const FitsFile& file) {
-    refuse(unit, __LINE__, path, "damaged or cut off: " + file.complaint());
+    refuse(path, "damaged or cut off: " + file.complaint());
 }
 
 /// Moves to the first image that has axes; gives their number.
@@ -62,7 +61,7 @@ int find_picture(const fs::path& path, FitsFile& file) {
         if (!file.good()) refuse_library(path, file);
         if (axes > 0) return axes;
         fits_movrel_hdu(file.handle(), 1, nullptr, file.status());
-        if (*file.status() == END_OF_FILE) refuse(unit, __LINE__, path, "it holds no picture");
+        if (*file.status() == END_OF_FILE) refuse(path, "it holds no picture");
         if (!file.good()) refuse_library(path, file);
     }
 }
@@ -75,25 +74,24 @@ void check_backing(const fs::path& path, FitsFile& file, const FitsPicture& pict
     const auto size = static_cast<LONGLONG>(fs::file_size(path));
     const LONGLONG frame = LONGLONG{picture.width} * picture.height * (std::abs(picture.type) / 8);
     if (data > size || picture.frames > (size - data) / frame)
-        refuse(unit, __LINE__, path, "the file is cut off: pixels lie beyond its end");
+        refuse(path, "the file is cut off: pixels lie beyond its end");
 }
 
 FitsPicture examine(const fs::path& path, FitsFile& file) {
     const int axes = find_picture(path, file);
     if (fits_is_compressed_image(file.handle(), file.status()))
-        refuse(unit, __LINE__, path, "tile-compressed pictures are not supported");
+        refuse(path, "tile-compressed pictures are not supported");
     if (axes != 2 && axes != 3)
-        refuse(unit, __LINE__, path,
-               "a picture of " + std::to_string(axes) + " axes; two or three are supported");
+        refuse(path, "a picture of " + std::to_string(axes) + " axes; two or three are supported");
     std::array<LONGLONG, 3> sides{0, 0, 1};
     FitsPicture picture;
     int count = 0;
     fits_get_img_paramll(file.handle(), static_cast<int>(sides.size()), &picture.type, &count,
                          sides.data(), file.status());
     if (!file.good()) refuse_library(path, file);
-    check_sides(unit, path, sides[0], sides[1]);
+    check_sides(path, sides[0], sides[1]);
     if (sides[2] < 1 || sides[2] > std::numeric_limits<int>::max())
-        refuse(unit, __LINE__, path, "a burst of " + std::to_string(sides[2]) + " frames");
+        refuse(path, "a burst of " + std::to_string(sides[2]) + " frames");
     picture.width = static_cast<int>(sides[0]);
     picture.height = static_cast<int>(sides[1]);
     picture.frames = sides[2];
@@ -174,7 +172,7 @@ void FitsFormat::write(const image& picture, const fs::path& path, const ImageWr
                          file.status());
     }
     if (file.good()) file.close();
-    if (!file.good()) fail_writing(unit, __LINE__, path, file.complaint());
+    if (!file.good()) fail_writing(path, file.complaint());
 }
 
 }  // namespace

@@ -18,8 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* unit = "plugins/imp/imp_format";
-
 /// The program's own field file: a TIFF file with a page per plane and the rest of the image as
 /// JSON in the first page's description (see help/formats.md).
 class ImpFormat final : public ImageFormat {
@@ -49,7 +47,7 @@ template <class T>
 Bitmap<T> read_plane(const TiffFile& file, Progress& progress) {
     const TiffPage page = examine_page(file);
     if (page.samples != samples_for<T> || page.min_is_white)
-        refuse(unit, __LINE__, file.path(), "a page has the wrong pixel type");
+        refuse(file.path(), "a page has the wrong pixel type");
     Bitmap<T> plane(page.width, page.height);
     const auto row_bytes = static_cast<std::size_t>(page.width) * sizeof(T);
     read_rows(file, page, progress, [&](int y, const std::byte* packed) {
@@ -105,7 +103,7 @@ ImpDescription read_description(const TiffFile& file) {
             throw std::runtime_error("it names another number of pages than the file has");
         return content;
     } catch (const std::exception& error) {
-        refuse(unit, __LINE__, file.path(), std::string("in its description: ") + error.what());
+        refuse(file.path(), std::string("in its description: ") + error.what());
     }
 }
 
@@ -116,13 +114,12 @@ image ImpFormat::read(const fs::path& path, Progress& progress) const {
     double done = 0;
     const auto count = static_cast<double>(content.pages.size());
     for (const auto& page : content.pages) {
-        if (done > 0 && !file.next_page())
-            refuse(unit, __LINE__, path, "the file changed while it was read");
+        if (done > 0 && !file.next_page()) refuse(path, "the file changed while it was read");
         SubProgress part(progress, done / count, (done + 1) / count);
         read_page(file, page, part, picture);
         ++done;
     }
-    if (const auto reason = misfit(picture); !reason.empty()) refuse(unit, __LINE__, path, reason);
+    if (const auto reason = misfit(picture); !reason.empty()) refuse(path, reason);
     exclude_non_finite(picture);
     picture.name = std::move(content.name);
     picture.degree = content.degree;
@@ -153,8 +150,7 @@ void for_each_plane(const image& picture, const Write& write) {
 
 void ImpFormat::write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
                       Progress& progress) const {
-    if (const auto reason = misfit(picture); !reason.empty())
-        fail_writing(unit, __LINE__, file, reason);
+    if (const auto reason = misfit(picture); !reason.empty()) fail_writing(file, reason);
     ImpDescription content{{},
                            picture.name,
                            picture.degree,
@@ -163,8 +159,7 @@ void ImpFormat::write(const image& picture, const fs::path& file, const ImageWri
                            picture.full_scale};
     std::uint64_t pixel_bytes = 0;
     for_each_plane(picture, [&](const char* page, const auto& plane) {
-        if (plane.empty())
-            fail_writing(unit, __LINE__, file, std::string("the plane ") + page + " is empty");
+        if (plane.empty()) fail_writing(file, std::string("the plane ") + page + " is empty");
         content.pages.emplace_back(page);
         pixel_bytes += plane.count() * sizeof(*plane.row(0));
     });

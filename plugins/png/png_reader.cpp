@@ -15,8 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* unit = "plugins/png/png_reader";
-
 struct Header {
     png_uint_32 width = 0;
     png_uint_32 height = 0;
@@ -28,7 +26,7 @@ struct Header {
 };
 
 [[noreturn]] void refuse_damaged(const fs::path& file, const PngSession& session) {
-    refuse(unit, __LINE__, file, std::string("damaged or cut off: ") + session.complaint());
+    refuse(file, std::string("damaged or cut off: ") + session.complaint());
 }
 
 /// The size and type as the file states them.
@@ -52,13 +50,13 @@ Header read_header(const fs::path& file, PngSession& session) {
 
 void examine(const fs::path& file, const Header& header) {
     if (header.colour != PNG_COLOR_TYPE_GRAY && header.colour != PNG_COLOR_TYPE_GRAY_ALPHA)
-        refuse(unit, __LINE__, file, "a colour picture; only grey values are supported");
-    check_sides(unit, file, header.width, header.height);
+        refuse(file, "a colour picture; only grey values are supported");
+    check_sides(file, header.width, header.height);
     const std::uint64_t samples = header.colour == PNG_COLOR_TYPE_GRAY_ALPHA ? 2 : 1;
     const auto bits = std::uint64_t{header.width} * header.height * samples *
                       static_cast<std::uint64_t>(header.depth);
     if (bits / 8 > fs::file_size(file) * max_compression_ratio)
-        refuse(unit, __LINE__, file, "the file is too small for the picture's size");
+        refuse(file, "the file is too small for the picture's size");
 }
 
 /// Asks for 8 or 16 bits in this machine's byte order, and for alpha where there is transparency.
@@ -123,7 +121,7 @@ image convert(const fs::path& file, const Header& header, const png_byte* pixels
 
 image read_png(const fs::path& file, Progress& progress) {
     PngSession session(file, PngSession::Direction::read);
-    if (!session.is_open()) refuse(unit, __LINE__, file, "the file cannot be opened");
+    if (!session.is_open()) refuse(file, "the file cannot be opened");
     Header header = read_header(file, session);
     examine(file, header);
     choose_rows(file, session, header);

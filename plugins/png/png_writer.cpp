@@ -18,8 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* unit = "plugins/png/png_writer";
-
 double full_scale(const ImageWriteOptions& options) {
     return options.depth == ImageWriteOptions::Depth::eight_bit ? 255 : 65535;
 }
@@ -100,7 +98,7 @@ std::vector<Text> make_texts(const ImageWriteOptions& options, const Mapping& ma
 }
 
 [[noreturn]] void fail(const fs::path& file, const PngSession& session) {
-    fail_writing(unit, __LINE__, file, session.complaint());
+    fail_writing(file, session.complaint());
 }
 
 void write_header(const fs::path& file, PngSession& session, const image& picture, int depth,
@@ -136,12 +134,14 @@ void report(const image& picture, const ImageWriteOptions& options, const Mappin
             std::int64_t clipped) {
     const std::string subject = "PNG of '" + picture.name + "': ";
     if (options.scale == ImageWriteOptions::Scale::stretch)
-        get_log().write(3, subject + "values " + format_double(mapping.minimum) + " to " +
-                               format_double(mapping.maximum) + " stretched to 1.." +
-                               format_double(mapping.highest));
+        get_log().write(LogLevel::information,
+                        subject + "values " + format_double(mapping.minimum) + " to " +
+                            format_double(mapping.maximum) + " stretched to 1.." +
+                            format_double(mapping.highest));
     if (clipped > 0)
-        get_log().write(3, subject + std::to_string(clipped) + " pixels clipped to 0.." +
-                               format_double(mapping.highest));
+        get_log().write(LogLevel::information, subject + std::to_string(clipped) +
+                                                   " pixels clipped to 0.." +
+                                                   format_double(mapping.highest));
 }
 
 }  // namespace
@@ -153,7 +153,7 @@ void write_png(const image& picture, const fs::path& file, const ImageWriteOptio
                                 ? stretch(picture, highest)
                                 : Mapping{highest};
     PngSession session(file, PngSession::Direction::write);
-    if (!session.is_open()) fail_writing(unit, __LINE__, file, "the file cannot be opened");
+    if (!session.is_open()) fail_writing(file, "the file cannot be opened");
     write_header(file, session, picture, highest > 255 ? 16 : 8, make_texts(options, mapping));
 
     const png_structp png = session.png();
@@ -166,7 +166,7 @@ void write_png(const image& picture, const fs::path& file, const ImageWriteOptio
         if (!session.guarded([png, bytes] { png_write_row(png, bytes); })) fail(file, session);
     }
     if (!session.guarded([png] { png_write_end(png, nullptr); })) fail(file, session);
-    if (!session.close()) fail_writing(unit, __LINE__, file, "the disk does not take the file");
+    if (!session.close()) fail_writing(file, "the disk does not take the file");
     report(picture, options, mapping, clipped);
 }
 

@@ -58,7 +58,8 @@ void Burst::average() {
 image Burst::take(const std::filesystem::path& file) {
     if (frames_ > 1) {
         average();
-        get_log().write(3, file.string() + ": average of " + std::to_string(frames_) + " frames");
+        get_log().write(LogLevel::information,
+                        file.string() + ": average of " + std::to_string(frames_) + " frames");
     }
     Bitmap<std::uint8_t> mask(values_.width(), values_.height());
     for (int y = 0; y < values_.height(); ++y)

@@ -5,23 +5,20 @@
 
 namespace vyn::plugins {
 
-void refuse(const char* unit, int line, const std::filesystem::path& file,
-            const std::string& reason) {
-    throw FileError(unit, line, "Can't open file for reading!", file.string() + ": " + reason);
+void refuse(const std::filesystem::path& file, const std::string& reason, ErrorPlace at) {
+    throw FileError("Can't open file for reading!", file.string() + ": " + reason, at);
 }
 
-void fail_writing(const char* unit, int line, const std::filesystem::path& file,
-                  const std::string& reason) {
-    throw FileError(unit, line, "Error writing file", file.string() + ": " + reason);
+void fail_writing(const std::filesystem::path& file, const std::string& reason, ErrorPlace at) {
+    throw FileError("Error writing file", file.string() + ": " + reason, at);
 }
 
-void check_sides(const char* unit, const std::filesystem::path& file, std::int64_t width,
-                 std::int64_t height) {
+void check_sides(const std::filesystem::path& file, std::int64_t width, std::int64_t height,
+                 ErrorPlace at) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
-    if (width <= 0 || height <= 0)
-        refuse(unit, __LINE__, file, "a picture of " + size + " has no pixels");
+    if (width <= 0 || height <= 0) refuse(file, "a picture of " + size + " has no pixels", at);
     if (width > max_bitmap_side || height > max_bitmap_side || width * height > max_bitmap_count)
-        refuse(unit, __LINE__, file, "a picture of " + size + " is too large");
+        refuse(file, "a picture of " + size + " is too large", at);
 }
 
 }  // namespace vyn::plugins

@@ -4,19 +4,21 @@
 #include <filesystem>
 #include <string>
 
+#include "core/errors.h"
+
 namespace vyn::plugins {
 
 /// Raises the FileError of a reader: names the file and what is wrong with it in plain words.
-[[noreturn]] void refuse(const char* unit, int line, const std::filesystem::path& file,
-                         const std::string& reason);
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason,
+                         ErrorPlace at = std::source_location::current());
 
 /// The same for a writer.
-[[noreturn]] void fail_writing(const char* unit, int line, const std::filesystem::path& file,
-                               const std::string& reason);
+[[noreturn]] void fail_writing(const std::filesystem::path& file, const std::string& reason,
+                               ErrorPlace at = std::source_location::current());
 
 /// Refuses a picture without pixels or beyond the limits of a bitmap.
-void check_sides(const char* unit, const std::filesystem::path& file, std::int64_t width,
-                 std::int64_t height);
+void check_sides(const std::filesystem::path& file, std::int64_t width, std::int64_t height,
+                 ErrorPlace at = std::source_location::current());
 
 /// More than any of the compressions read here packs into one byte; a file that promises more than
 /// this many times its size is damaged or hostile.

@@ -18,8 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* unit = "plugins/tiff/tiff_format";
-
 /// Grey TIFF pictures; several pages are the frames of a burst.
 class TiffFormat final : public ImageFormat {
   public:
@@ -46,11 +44,9 @@ Frames find_frames(TiffFile& file) {
         const TiffPage page = examine_page(file);
         if (frames.count++ == 0) frames.page = page;
         if (page != frames.page)
-            refuse(unit, __LINE__, file.path(),
-                   "a page has another size or pixel type than the first frame");
+            refuse(file.path(), "a page has another size or pixel type than the first frame");
     }
-    if (frames.count == 0)
-        refuse(unit, __LINE__, file.path(), "all of its pages are thumbnails or masks");
+    if (frames.count == 0) refuse(file.path(), "all of its pages are thumbnails or masks");
     return frames;
 }
 
@@ -69,7 +65,7 @@ void read_frame(const TiffFile& file, const TiffPage& page, Progress& progress, 
 image TiffFormat::read(const fs::path& path, Progress& progress) const {
     TiffFile file = TiffFile::open(path);
     if (description(file).find("\"vynlite-imp\"") != std::string::npos)
-        refuse(unit, __LINE__, path, "a field file (.imp), whose plug-in is not loaded");
+        refuse(path, "a field file (.imp), whose plug-in is not loaded");
     const Frames frames = find_frames(file);
     Burst burst(frames.page.width, frames.page.height, frames.count,
                 full_scale(frames.page.samples));
@@ -78,7 +74,7 @@ image TiffFormat::read(const fs::path& path, Progress& progress) const {
     for (bool more = true; more; more = file.next_page()) {
         if (!is_full_page(file)) continue;
         if (frame == frames.count || examine_page(file) != frames.page)
-            refuse(unit, __LINE__, path, "the file changed while it was read");
+            refuse(path, "the file changed while it was read");
         const double begin = frame++;
         SubProgress part(progress, begin / frames.count, (begin + 1) / frames.count);
         read_frame(file, frames.page, part, burst);

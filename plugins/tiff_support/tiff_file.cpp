@@ -13,8 +13,6 @@ namespace vyn::plugins {
 
 namespace {
 
-constexpr const char* unit = "plugins/tiff_support/tiff_file";
-
 /// Classic TIFF counts in 32 bits; the rest of them is left to directories and texts.
 constexpr std::uint64_t classic_pixel_bytes = 4'000'000'000;
 
@@ -53,33 +51,31 @@ TiffFile::TiffFile(std::filesystem::path file, const char* mode, std::uint64_t s
 
 TiffFile TiffFile::open(const std::filesystem::path& file) {
     const TiffLayout layout = examine_tiff(file);
-    if (!layout.fault.empty()) refuse(unit, __LINE__, file, layout.fault);
+    if (!layout.fault.empty()) refuse(file, layout.fault);
     std::error_code problem;
     const auto size = std::filesystem::file_size(file, problem);
-    if (problem) refuse(unit, __LINE__, file, problem.message());
+    if (problem) refuse(file, problem.message());
     // No memory map ("m"): a file that shrinks while it is read must not end the program.
     TiffFile opened(file, "rm", size, layout.pages);
-    if (!opened.handle_)
-        refuse(unit, __LINE__, file, "not a readable TIFF file: " + opened.complaint());
+    if (!opened.handle_) refuse(file, "not a readable TIFF file: " + opened.complaint());
     return opened;
 }
 
 TiffFile TiffFile::create(const std::filesystem::path& file, std::uint64_t pixel_bytes) {
     TiffFile created(file, pixel_bytes > classic_pixel_bytes ? "w8" : "w", 0, 0);
-    if (!created.handle_) fail_writing(unit, __LINE__, file, created.complaint());
+    if (!created.handle_) fail_writing(file, created.complaint());
     return created;
 }
 
 bool TiffFile::next_page() {
     if (TIFFLastDirectory(handle())) return false;
-    if (!TIFFReadDirectory(handle()))
-        refuse(unit, __LINE__, path_, "a page cannot be read: " + complaint());
+    if (!TIFFReadDirectory(handle())) refuse(path_, "a page cannot be read: " + complaint());
     return true;
 }
 
 void TiffFile::rewind() {
     if (!TIFFSetDirectory(handle(), 0))
-        refuse(unit, __LINE__, path_, "the first page cannot be read: " + complaint());
+        refuse(path_, "the first page cannot be read: " + complaint());
 }
 
 }  // namespace vyn::plugins

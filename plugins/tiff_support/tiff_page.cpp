@@ -11,16 +11,15 @@ namespace vyn::plugins {
 
 namespace {
 
-constexpr const char* unit = "plugins/tiff_support/tiff_page";
-
 /// Beside the ratio: what a decoder may fill up with when a block is tiny.
 constexpr std::uint64_t decoded_slack = 65536;
 
-[[noreturn]] void refuse_page(const TiffFile& file, int line, const std::string& reason) {
+[[noreturn]] void refuse_page(const TiffFile& file, const std::string& reason,
+                              ErrorPlace at = std::source_location::current()) {
     const std::string page =
         file.pages() > 1 ? "page " + std::to_string(TIFFCurrentDirectory(file.handle()) + 1) + ": "
                          : "";
-    refuse(unit, line, file.path(), page + reason);
+    refuse(file.path(), page + reason, at);
 }
 
 template <class T>
@@ -44,25 +43,23 @@ TiffSamples samples_of(const TiffFile& file) {
             samples.kind = TiffSamples::Kind::floating;
             break;
         default:
-            refuse_page(file, __LINE__,
-                        "sample format " + std::to_string(format) + " is not supported");
+            refuse_page(file, "sample format " + std::to_string(format) + " is not supported");
     }
     if (!is_readable(samples))
-        refuse_page(file, __LINE__,
-                    "samples of " + std::to_string(samples.bits) + " bits are not supported");
+        refuse_page(file, "samples of " + std::to_string(samples.bits) + " bits are not supported");
     return samples;
 }
 
 /// Whether black and white are exchanged; refuses everything that is not grey.
 bool examine_colour(const TiffFile& file, TiffSamples samples) {
     if (tag<std::uint16_t>(file, TIFFTAG_SAMPLESPERPIXEL, 1) != 1)
-        refuse_page(file, __LINE__, "a colour picture; only one grey value per pixel is supported");
+        refuse_page(file, "a colour picture; only one grey value per pixel is supported");
     const int photometric = tag<std::uint16_t>(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
     if (photometric == PHOTOMETRIC_MINISBLACK) return false;
     if (photometric != PHOTOMETRIC_MINISWHITE)
-        refuse_page(file, __LINE__, "a colour picture; only grey values are supported");
+        refuse_page(file, "a colour picture; only grey values are supported");
     if (samples.kind != TiffSamples::Kind::unsigned_integer)
-        refuse_page(file, __LINE__, "white as zero is supported for unsigned integers only");
+        refuse_page(file, "white as zero is supported for unsigned integers only");
     return true;
 }
 
@@ -74,8 +71,7 @@ int examine_compression(const TiffFile& file) {
     const int compression = tag<std::uint16_t>(file, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     if (std::ranges::find(readable, compression) == readable.end() ||
         !TIFFIsCODECConfigured(static_cast<std::uint16_t>(compression)))
-        refuse_page(file, __LINE__,
-                    "compression " + std::to_string(compression) + " is not supported");
+        refuse_page(file, "compression " + std::to_string(compression) + " is not supported");
     return compression;
 }
 
@@ -114,22 +110,21 @@ void examine_blocks(const TiffFile& file, int height) {
         int failed = 0;
         const auto offset = TIFFGetStrileOffsetWithErr(handle, block, &failed);
         const auto stored = TIFFGetStrileByteCountWithErr(handle, block, &failed);
-        if (failed || offset == 0 || stored == 0)
-            refuse_page(file, __LINE__, "a block of pixels is missing");
+        if (failed || offset == 0 || stored == 0) refuse_page(file, "a block of pixels is missing");
         if (offset > file.size() || stored > file.size() - offset)
-            refuse_page(file, __LINE__, "the file is cut off: pixels lie beyond its end");
+            refuse_page(file, "the file is cut off: pixels lie beyond its end");
         const auto decoded = decoded_bytes(file, block, height);
         if (!decoded || *decoded > most_decoded(stored, compression))
-            refuse_page(file, __LINE__, "there are not enough bytes for the picture's size");
+            refuse_page(file, "there are not enough bytes for the picture's size");
         total += *decoded;
         if (total > most_decoded(file.size(), compression))
-            refuse_page(file, __LINE__, "the file is too small for the picture's size");
+            refuse_page(file, "the file is too small for the picture's size");
     }
-    if (blocks == 0) refuse_page(file, __LINE__, "there are no pixels");
+    if (blocks == 0) refuse_page(file, "there are no pixels");
 }
 
 [[noreturn]] void refuse_data(const TiffFile& file) {
-    refuse_page(file, __LINE__, "the pixels cannot be decoded: " + file.complaint());
+    refuse_page(file, "the pixels cannot be decoded: " + file.complaint());
 }
 
 void read_strips(const TiffFile& file, const TiffPage& page, Progress& progress,
@@ -149,9 +144,9 @@ void read_tiles(const TiffFile& file, const TiffPage& page, Progress& progress,
     TIFF* const handle = file.handle();
     const auto tile_width = tag<std::uint32_t>(file, TIFFTAG_TILEWIDTH, 0);
     const auto tile_height = tag<std::uint32_t>(file, TIFFTAG_TILELENGTH, 0);
-    if (tile_width == 0 || tile_height == 0) refuse_page(file, __LINE__, "its tiles have no size");
+    if (tile_width == 0 || tile_height == 0) refuse_page(file, "its tiles have no size");
     if (std::uint64_t{tile_width} * static_cast<std::uint64_t>(page.samples.bits) % 8 != 0)
-        refuse_page(file, __LINE__, "the rows of its tiles do not end at whole bytes");
+        refuse_page(file, "the rows of its tiles do not end at whole bytes");
     const auto width = static_cast<std::uint32_t>(page.width);
     const auto height = static_cast<std::uint32_t>(page.height);
     const auto across = (width - 1) / tile_width + 1;
@@ -191,7 +186,7 @@ TiffPage examine_page(const TiffFile& file) {
     TiffPage page;
     const auto width = tag<std::uint32_t>(file, TIFFTAG_IMAGEWIDTH, 0);
     const auto height = tag<std::uint32_t>(file, TIFFTAG_IMAGELENGTH, 0);
-    check_sides(unit, file.path(), width, height);
+    check_sides(file.path(), width, height);
     page.width = static_cast<int>(width);
     page.height = static_cast<int>(height);
     page.samples = samples_of(file);

@@ -9,8 +9,6 @@ namespace vyn::plugins {
 
 namespace {
 
-constexpr const char* unit = "plugins/tiff_support/tiff_writer";
-
 /// Strips of about this size: small enough to be read piecemeal, large enough to be few.
 constexpr int strip_bytes = 1 << 18;
 
@@ -19,8 +17,8 @@ constexpr int strip_bytes = 1 << 18;
 TiffWriter::TiffWriter(const std::filesystem::path& file, std::uint64_t pixel_bytes, int pages)
     : file_(TiffFile::create(file, pixel_bytes)), pages_(pages) {}
 
-void TiffWriter::fail(int line) const {
-    fail_writing(unit, line, file_.path(), file_.complaint());
+void TiffWriter::fail(ErrorPlace at) const {
+    fail_writing(file_.path(), file_.complaint(), at);
 }
 
 void TiffWriter::begin_page(int width, int height, TiffSamples samples, const TiffPageText& text) {
@@ -54,10 +52,9 @@ void TiffWriter::write_rows(int height, const std::function<const T*(int y)>& ro
         report_row(progress, y, height);
         // The library takes no constant pointer; it leaves the bytes alone when it need not swap.
         auto* bytes = const_cast<T*>(row(y));
-        if (TIFFWriteScanline(file_.handle(), bytes, static_cast<std::uint32_t>(y)) != 1)
-            fail(__LINE__);
+        if (TIFFWriteScanline(file_.handle(), bytes, static_cast<std::uint32_t>(y)) != 1) fail();
     }
-    if (!TIFFWriteDirectory(file_.handle())) fail(__LINE__);
+    if (!TIFFWriteDirectory(file_.handle())) fail();
 }
 
 void TiffWriter::add_page(int width, int height, const TiffPageText& text,
@@ -75,7 +72,7 @@ void TiffWriter::add_page(int width, int height, const TiffPageText& text,
 
 void TiffWriter::finish() {
     file_.close();
-    if (!file_.complaint().empty()) fail(__LINE__);
+    if (!file_.complaint().empty()) fail();
 }
 
 }  // namespace vyn::plugins

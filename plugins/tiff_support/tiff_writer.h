@@ -38,7 +38,7 @@ class TiffWriter {
     void begin_page(int width, int height, TiffSamples samples, const TiffPageText& text);
     template <class T>
     void write_rows(int height, const std::function<const T*(int y)>& row, Progress& progress);
-    [[noreturn]] void fail(int line) const;
+    [[noreturn]] void fail(ErrorPlace at = std::source_location::current()) const;
 
     TiffFile file_;
     int pages_;

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <initializer_list>
 
+#include "core/ascii.h"
+
 namespace vyn {
 
 namespace {
@@ -14,7 +16,7 @@ using Role = InputFile::Role;
 std::string spoken(const std::string& file) {
     std::string text = ' ' + std::filesystem::path(file).stem().string() + ' ';
     for (char& c : text) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+        c = lower_case(c);
         if (c == '_' || c == '-' || c == '.') c = ' ';
     }
     return text;

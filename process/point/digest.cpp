@@ -19,17 +19,15 @@ std::string file_sha256(const fs::path& file) {
     const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> state(EVP_MD_CTX_new(),
                                                                    EVP_MD_CTX_free);
     std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw FileError("process/digest", __LINE__, "Can't open file for reading!", file.string());
+    if (!stream) throw FileError("Can't open file for reading!", file.string());
     if (!state || EVP_DigestInit_ex(state.get(), EVP_sha256(), nullptr) != 1)
-        throw AlgoError("process/digest", __LINE__, "Algorithm error!", "SHA-256 is not available");
+        throw AlgoError("Algorithm error!", "SHA-256 is not available");
     std::vector<char> buffer(std::size_t{1} << 20);
     while (stream.read(buffer.data(), static_cast<std::streamsize>(buffer.size())),
            stream.gcount() > 0)
         EVP_DigestUpdate(state.get(), buffer.data(), static_cast<std::size_t>(stream.gcount()));
     if (stream.bad())
-        throw FileError("process/digest", __LINE__, "Can't open file for reading!",
-                        file.string() + ": reading failed");
+        throw FileError("Can't open file for reading!", file.string() + ": reading failed");
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned int length = 0;
     EVP_DigestFinal_ex(state.get(), digest.data(), &length);

@@ -20,7 +20,8 @@ TaskOutcome FindMarkersTask::run(TaskContext& context) {
         image marked = *picture;
         marked.markers = find_markers(marked, options_, context);
         const std::size_t count = marked.markers.markers.size();
-        get_log().write(3, std::string(raw->name) + ": " + std::to_string(count) + " dots found");
+        get_log().write(LogLevel::information,
+                        std::string(raw->name) + ": " + std::to_string(count) + " dots found");
         if (count == 0) {
             warn(*report_, std::string(raw->name) + " shows no dots that could be markers");
             complete = false;

@@ -14,8 +14,7 @@ std::string size_text(const image& picture) {
 }  // namespace
 
 void require_same_size(const image& a, const image& b) {
-    if (!a.values().same_size(b.values()))
-        throw IndexError("process/image_sizes", __LINE__, size_text(a) + ", but " + size_text(b));
+    if (!a.values().same_size(b.values())) throw IndexError(size_text(a) + ", but " + size_text(b));
 }
 
 }  // namespace vyn

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "api/lens.h"
 #include "calib/camera.h"
 #include "core/errors.h"
 #include "core/log.h"
@@ -18,8 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* unit = "process/marker_frames";
-
 constexpr std::pair<const char*, const char*> corrected_from_raw[] = {
     {image_names::wind_off_sens_cor, image_names::wind_off_sens},
     {image_names::wind_on_sens_cor, image_names::wind_on_sens},
@@ -33,7 +32,7 @@ MarkerSet mapped(MarkerSet set, const Distortion& lens, const Map& map) {
     for (Marker& marker : set.markers) {
         const Point place = map(lens, Point{marker.x, marker.y});
         if (!std::isfinite(place.x) || !std::isfinite(place.y))
-            throw AlgoError(unit, __LINE__, "Algorithm error!",
+            throw AlgoError("Algorithm error!",
                             "marker " + std::to_string(marker.id) +
                                 " lies outside of what the camera's lens shows");
         marker.x = place.x;

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <string_view>
 
-#include "api/lens.h"
 #include "api/image.h"
 #include "api/image_list.h"
+#include "api/lens.h"
 #include "core/data_set.h"
 #include "process/point/raw_images.h"
 

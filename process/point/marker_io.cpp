@@ -6,25 +6,20 @@
 
 namespace vyn {
 
-namespace {
-
-constexpr const char* unit = "process/marker_io";
-
-}  // namespace
+namespace {}  // namespace
 
 MarkerSet read_marker_file(const std::filesystem::path& file, int image_height) {
     MarkerSet set;
     const MarkerFileResult result = read_markers(file.string(), set, image_height);
-    if (!result) throw FileError(unit, __LINE__, "File error!", result.detail);
-    if (!result.detail.empty()) get_log().write(3, result.detail);
+    if (!result) throw FileError("File error!", result.detail);
+    if (!result.detail.empty()) get_log().write(LogLevel::information, result.detail);
     return set;
 }
 
 MarkerSet read_port_file(const std::filesystem::path& file, int image_height) {
     MarkerSet ports = read_marker_file(file, image_height);
     if (!ports.hasF)
-        throw FileError(unit, __LINE__, "File error!",
-                        file.string() + ": the markers have no pressures");
+        throw FileError("File error!", file.string() + ": the markers have no pressures");
     return ports;
 }
 
@@ -34,9 +29,9 @@ void write_marker_file(const std::filesystem::path& file, const MarkerSet& set) 
     try {
         result = write_markers(file.string(), set);
     } catch (const FileError& error) {
-        throw FileError(unit, __LINE__, text, error.detail);
+        throw FileError(text, error.detail);
     }
-    if (!result) throw FileError(unit, __LINE__, text, result.detail);
+    if (!result) throw FileError(text, result.detail);
 }
 
 }  // namespace vyn

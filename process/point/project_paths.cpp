@@ -35,7 +35,7 @@ fs::path find_input(dataSetInterface& data, const std::string& file_name, std::s
         get_log().write(
             3, file_name + " is not there; taken from beside the project file: " + found.string());
     if (!found.empty()) return found;
-    throw FileError("process/project_paths", __LINE__, "Can't open file for reading!",
+    throw FileError("Can't open file for reading!",
                     (named.is_relative() ? folder / named : named).string() +
                         ": no such file (named by " + std::string(key) + ")");
 }

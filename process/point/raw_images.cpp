@@ -79,8 +79,9 @@ void treat_saturated(dataSetInterface& data, image& picture) {
         }
     }
     if (count > 0)
-        get_log().write(3, picture.file_name + ": " + std::to_string(count) +
-                               " pixels at the sensor's maximum" + (exclude ? ", excluded" : ""));
+        get_log().write(LogLevel::information, picture.file_name + ": " + std::to_string(count) +
+                                                   " pixels at the sensor's maximum" +
+                                                   (exclude ? ", excluded" : ""));
 }
 
 image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& file,
@@ -102,9 +103,8 @@ MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_h
     MarkerSet set;
     const MarkerFileResult result = read_markers(file.string(), set, image_height);
     if (!result)
-        throw FileError("process/raw_images", __LINE__, "File error!",
-                        result.detail + " (named by " + std::string(key.path) + ")");
-    if (!result.detail.empty()) get_log().write(3, result.detail);
+        throw FileError("File error!", result.detail + " (named by " + std::string(key.path) + ")");
+    if (!result.detail.empty()) get_log().write(LogLevel::information, result.detail);
     return set;
 }
 
@@ -146,7 +146,7 @@ void remove_results(imagesList& images) {
     bool removed = false;
     for (const char* name : names::results)
         removed |= images.remove(name);
-    if (removed) get_log().write(4, "Removing Unneeded Images!");
+    if (removed) get_log().write(LogLevel::progress, "Removing Unneeded Images!");
 }
 
 }  // namespace vyn

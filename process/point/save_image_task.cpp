@@ -28,7 +28,7 @@ void write_with_provenance(const image& picture, const std::filesystem::path& fi
 TaskOutcome SaveImageTask::run(TaskContext& context) {
     const auto picture = get_images().find(name_);
     if (!picture)
-        throw StateError("process/save_image_task", __LINE__, "State error!",
+        throw StateError("State error!",
                          "there is no image " + name_ + " to save as " + file_.string());
     write_with_provenance(*picture, file_, context);
     return TaskOutcome::done;

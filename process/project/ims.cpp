@@ -40,9 +40,9 @@ void fixMarkersDs(dataSetInterface& data, imagesList& images) {
                 continue;  // logged when it was raised; the project can be used without
             }
         } else {
-            get_log().write(3, stored->name +
-                                   ": markers removed, the project names no marker file (" +
-                                   std::string(raw.marker_file.path) + ")");
+            get_log().write(LogLevel::information,
+                            stored->name + ": markers removed, the project names no marker file (" +
+                                std::string(raw.marker_file.path) + ")");
         }
         changed.note_markers_saved();
         images.add(std::move(changed));

@@ -31,7 +31,7 @@ constexpr std::uint64_t max_growth = 1100;
 constexpr int max_images = 1000;
 
 [[noreturn]] void fail(const fs::path& file, const std::string& reason) {
-    throw FileError("process/ims_file", __LINE__, "File error!", file.string() + ": " + reason);
+    throw FileError("File error!", file.string() + ": " + reason);
 }
 
 /// A folder for the images on their way into or out of a container.

@@ -7,6 +7,7 @@
 #include <optional>
 #include <system_error>
 
+#include "core/ascii.h"
 #include "core/keys.h"
 #include "process/point/project_paths.h"
 #include "process/point/raw_images.h"
@@ -21,10 +22,6 @@ constexpr std::string_view point_tree = "project/test_point/";
 
 bool is_digit(char c) {
     return c >= '0' && c <= '9';
-}
-
-bool is_letter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
 /// A number in a file name, with the letters before it.

@@ -1,8 +1,7 @@
 #include "process/project/project_tasks.h"
 
-#include <algorithm>
-
 #include "api/image_io.h"
+#include "core/ascii.h"
 #include "core/keys.h"
 #include "core/log.h"
 #include "core/project_file.h"
@@ -18,10 +17,7 @@ namespace vyn {
 namespace fs = std::filesystem;
 
 bool is_container(const fs::path& file) {
-    std::string extension = file.extension().string();
-    std::ranges::transform(extension, extension.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
-    return extension == ".ims";
+    return lower_extension(file) == "ims";
 }
 
 namespace {
@@ -63,11 +59,11 @@ void take_stored_inputs(dataSetInterface& data, const fs::path& container, image
 std::optional<field_data<double>> read_geometry(dataSetInterface& data, TaskContext& context) {
     const std::string mesh = read(data, keys::mesh_file);
     if (mesh.empty()) {
-        get_log().write(3, "Mesh is not defined!");
+        get_log().write(LogLevel::information, "Mesh is not defined!");
         return std::nullopt;
     }
     if (read(data, keys::mesh_mark_file).empty()) {
-        get_log().write(3, "Mesh markers are not defined!");
+        get_log().write(LogLevel::information, "Mesh markers are not defined!");
         return std::nullopt;
     }
     context.status("Reading geometry");
@@ -104,7 +100,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
         load_xml(data, name.c_str());
     }
     for (const std::string& complaint : check_settings(data))
-        get_log().write(3, std::string(name).append(": ").append(complaint));
+        get_log().write(LogLevel::information, std::string(name).append(": ").append(complaint));
     if (!request_.inputs.empty()) take_stored_inputs(data, request_.inputs, read_images, context);
     write(data, keys::head_file, fs::absolute(request_.file).lexically_normal().string());
     for (const auto& [path, value] : request_.settings)

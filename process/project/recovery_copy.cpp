@@ -142,8 +142,7 @@ TaskOutcome RestorePicturesTask::run(TaskContext& context) {
         try {
             const auto picture = images.find(file.stem().string());
             if (!picture)
-                throw StateError("process/recovery_copy", __LINE__, "State error!",
-                                 file.string() + ": its image is not loaded");
+                throw StateError("State error!", file.string() + ": its image is not loaded");
             image restored = *picture;
             if (file.extension() == ".mrk")
                 restore_markers(restored, file);

@@ -57,11 +57,9 @@ FieldComparison compare_fields(const image& field, const image& truth,
     field.check_planes();
     truth.check_planes();
     if (!field.values().same_size(truth.values()))
-        throw IndexError("process/field_comparison", __LINE__,
-                         "the field is " + std::to_string(field.width()) + " x " +
-                             std::to_string(field.height()) + " pixels, the truth " +
-                             std::to_string(truth.width()) + " x " +
-                             std::to_string(truth.height()));
+        throw IndexError("the field is " + std::to_string(field.width()) + " x " +
+                         std::to_string(field.height()) + " pixels, the truth " +
+                         std::to_string(truth.width()) + " x " + std::to_string(truth.height()));
     Bitmap<int> distance = distance_to_excluded(field, truth);
     throw_if_aborted(progress);
     for (const Point& dot : options.dots)
@@ -88,9 +86,7 @@ FieldComparison compare_fields(const image& field, const image& truth,
             result.truth_min = std::min(result.truth_min, expected);
             result.truth_max = std::max(result.truth_max, expected);
         }
-    if (result.count == 0)
-        throw AlgoError("process/field_comparison", __LINE__, "Algorithm error!",
-                        "no pixel is left to compare");
+    if (result.count == 0) throw AlgoError("Algorithm error!", "no pixel is left to compare");
     const auto count = static_cast<double>(result.count);
     result.rms_error = std::sqrt(sum_of_squares / count);
     result.mean_error = sum / count;

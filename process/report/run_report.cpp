@@ -144,7 +144,7 @@ std::int64_t saturated_count(const image& picture) {
 }
 
 void warn(RunReport& report, const std::string& text) {
-    get_log().write(3, text);
+    get_log().write(LogLevel::information, text);
     report.warnings.push_back(text);
 }
 

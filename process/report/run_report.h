@@ -38,7 +38,7 @@ inline constexpr const char* ratio_of_ratios_noise =
     "The ratio of ratios carries the noise of four pictures: its variance is the sum of their four "
     "relative variances, twice that of one channel with equally bright pictures.";
 
-/// Writes a warning to the log (level 3) and into the report.
+/// Writes a warning to the log and into the report.
 void warn(RunReport& report, const std::string& text);
 
 /// Warns when no pixel of an image is valid.

@@ -51,12 +51,11 @@ std::string size_text(const image& picture) {
 void require_mapped(const image& signal, const image& reference, const PolyTransform& map) {
     if (map.n > 0 || signal.values().same_size(reference.values())) return;
     const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
-    throw IndexError("process/channel_ratio_task", __LINE__,
-                     size_text(signal) + ", but " + size_text(reference) +
-                         ": markers must map them to each other; set " +
-                         std::string(off_signal.marker_file.path) + " and " +
-                         std::string(off_reference.marker_file.path) + ", and " +
-                         std::string(keys::markers_enable.path) + " to 1");
+    throw IndexError(size_text(signal) + ", but " + size_text(reference) +
+                     ": markers must map them to each other; set " +
+                     std::string(off_signal.marker_file.path) + " and " +
+                     std::string(off_reference.marker_file.path) + ", and " +
+                     std::string(keys::markers_enable.path) + " to 1");
 }
 
 /// The order of the mapping between the cameras: as the project says, or by the pairs that an
@@ -69,10 +68,11 @@ int channels_order(const image& signal, const image& reference, MarkerMatchOptio
 }
 
 void report_consistency(const MapConsistency& consistency) {
-    get_log().write(4, "Consistency of the channels' alignments: root mean square = " +
-                           format_general(consistency.rms, 6) +
-                           " px, maximum = " + format_general(consistency.max, 6) + " px at " +
-                           std::to_string(consistency.points) + " markers");
+    get_log().write(LogLevel::progress,
+                    "Consistency of the channels' alignments: root mean square = " +
+                        format_general(consistency.rms, 6) +
+                        " px, maximum = " + format_general(consistency.max, 6) + " px at " +
+                        std::to_string(consistency.points) + " markers");
 }
 
 }  // namespace
@@ -85,7 +85,7 @@ TaskOutcome ChannelRatioTask::run(TaskContext& context) {
     const bool wind_off = uses_wind_off(vyn_db(), images);
     if (!pictures.signal_on || !pictures.reference_on ||
         (wind_off && !(pictures.signal_off && pictures.reference_off))) {
-        get_log().write(2, "Image not loaded");
+        get_log().write(LogLevel::error, "Image not loaded");
         return TaskOutcome::failed;
     }
     warn_of_correlation(vyn_db(), *report_);
@@ -146,7 +146,7 @@ image ChannelRatioTask::ratio_of_ratios(const Corrected& pictures, std::vector<i
         filter_all({&signal_on, &reference_on}, *filter, context);
     }
     context.status(two_gates() ? "Calculating I/Iref lifetime" : "Calculating I/Iref binary");
-    get_log().write(4, ratio_of_ratios_noise);
+    get_log().write(LogLevel::progress, ratio_of_ratios_noise);
     return form_ratio_of_ratios({*signal_off, *signal_on, *reference_off, *reference_on},
                                 ratio_limits(vyn_db()), context);
 }
@@ -182,7 +182,7 @@ PolyTransform ChannelRatioTask::mapping(const image& reference, const image& mov
                                         std::optional<MarkerMatch>& match) {
     match = match_images(reference, moved, options, *report_);
     if (match && match->ok) return match->moved_from_reference;
-    get_log().write(2, "Aligning Images FAILED!");
+    get_log().write(LogLevel::error, "Aligning Images FAILED!");
     report_->aligned = false;
     return {};
 }
@@ -199,7 +199,7 @@ ChannelRatioTask::Picture ChannelRatioTask::in_signal_frame(const RawImage& raw,
     if (!lens.none()) {
         const Picture source = get_images().find(raw.name);
         if (!source)
-            throw StateError("process/channel_ratio_task", __LINE__, "State error!",
+            throw StateError("State error!",
                              std::string("the image ") + raw.name + " is not loaded any more");
         taken = corrected_intensity(correction, *source, context);
     }

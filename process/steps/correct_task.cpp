@@ -37,13 +37,13 @@ TaskOutcome CorrectTask::run(TaskContext& context) {
     dataSetInterface& data = vyn_db();
     const std::shared_ptr<const image> source = images.find(correction_.source);
     if (!source) {
-        get_log().write(2, "Image not loaded");
+        get_log().write(LogLevel::error, "Image not loaded");
         return TaskOutcome::failed;
     }
     const auto report_step = [&](bool used, const std::string& name, const char* step,
                                  const char* what) {
         if (used && images.find(name))
-            get_log().write(4, step);
+            get_log().write(LogLevel::progress, step);
         else
             warn(*report_, correction_.source + " is corrected without " + what);
     };

@@ -43,15 +43,19 @@ TaskOutcome FieldTask::run(TaskContext& context) {
             report_->warnings.emplace_back(prepared.message);
             context.message(prepared.message);
         }
-        get_log().write(4, "adj_flow.wind_on_t=" + general(prepared.flow_in_paint_units.wind_on_t));
+        get_log().write(LogLevel::progress,
+                        "adj_flow.wind_on_t=" + general(prepared.flow_in_paint_units.wind_on_t));
         if (!uses_wind_off(data, images))
-            get_log().write(4, "The ratio is of gates without wind-off pictures: fa = 1");
+            get_log().write(LogLevel::progress,
+                            "The ratio is of gates without wind-off pictures: fa = 1");
         else if (rule == WindOffRule::unity)
-            get_log().write(4, std::string(keys::convert_wind_off_ratio.path) +
-                                   " is \"unity\": the wind-off ratio is not taken from the law");
-        get_log().write(4, "fa=" + general(conversion.wind_off_ratio));
-        get_log().write(4, "a=" + general(conversion.law.a) + " b=" + general(conversion.law.b) +
-                               " c=" + general(conversion.law.c));
+            get_log().write(LogLevel::progress,
+                            std::string(keys::convert_wind_off_ratio.path) +
+                                " is \"unity\": the wind-off ratio is not taken from the law");
+        get_log().write(LogLevel::progress, "fa=" + general(conversion.wind_off_ratio));
+        get_log().write(LogLevel::progress, "a=" + general(conversion.law.a) +
+                                                " b=" + general(conversion.law.b) +
+                                                " c=" + general(conversion.law.c));
         for (const std::string& warning : condition_warnings(prepared, rule))
             warn(*report_, warning);
         report_->conversion = prepared;

@@ -1,10 +1,9 @@
 #include "process/steps/law_conditions.h"
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 
 #include "calib/units.h"
+#include "core/ascii.h"
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "process/point/experiment_type.h"
@@ -38,10 +37,7 @@ struct UnitName {
 /// Whether the name's values are taken as they stand although it looks like another unit.
 bool misleading(const UnitName& unit) {
     if (unit.known || unit.name == unit.in_law) return false;
-    std::string lower = unit.name;
-    std::ranges::transform(lower, lower.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return lower != unit.base;
+    return lower_case(unit.name) != unit.base;
 }
 
 std::string describe(const UnitName& unit) {

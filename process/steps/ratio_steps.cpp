@@ -78,9 +78,9 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
     for (const std::string& note : match.notes)
         warn(report, note);
     for (const std::string& line : report_lines(match, reference.name, moved.name))
-        get_log().write(4, line);
+        get_log().write(LogLevel::progress, line);
     for (const std::string& line : order_lines(match.orders))
-        get_log().write(4, line);
+        get_log().write(LogLevel::progress, line);
     if (!match.ok) warn(report, match.failure);
     return match;
 }

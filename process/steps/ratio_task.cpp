@@ -16,7 +16,7 @@ TaskOutcome RatioTask::run(TaskContext& context) {
     auto wind_off = images.find(names_.wind_off);
     auto wind_on = images.find(names_.wind_on);
     if (!wind_off || !wind_on) {
-        get_log().write(2, "Image not loaded");
+        get_log().write(LogLevel::error, "Image not loaded");
         return TaskOutcome::failed;
     }
     require_same_size(*wind_off, *wind_on);
@@ -33,7 +33,7 @@ TaskOutcome RatioTask::run(TaskContext& context) {
         aligned = align_by_markers(*wind_off, wind_on, context);
         report_->aligned = aligned != nullptr;
         if (!aligned) {
-            get_log().write(2, "Aligning Images FAILED!");
+            get_log().write(LogLevel::error, "Aligning Images FAILED!");
             if (report_->alignment && accept_copy(*report_->alignment, context)) {
                 image copy = *wind_on;
                 copy.name = names_.aligned;

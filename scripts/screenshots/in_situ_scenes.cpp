@@ -18,9 +18,7 @@ namespace {
 template <class Widget>
 Widget& child(QWidget& parent, const char* name) {
     auto* found = parent.findChild<Widget*>(QLatin1String(name));
-    if (!found)
-        throw AlgoError("scripts/screenshots/in_situ_scenes", __LINE__, "Algorithm error!",
-                        std::string("there is no ") + name);
+    if (!found) throw AlgoError("Algorithm error!", std::string("there is no ") + name);
     return *found;
 }
 

@@ -36,8 +36,7 @@ void wait_for(const std::function<bool()>& condition, const char* what) {
     since.start();
     while (!condition()) {
         if (since.elapsed() > 60000)
-            throw AlgoError("scripts/screenshots/shots", __LINE__, "Algorithm error!",
-                            std::string("waited in vain for ") + what);
+            throw AlgoError("Algorithm error!", std::string("waited in vain for ") + what);
         wait(20);
     }
 }
@@ -76,17 +75,14 @@ void Shots::take_modal(const QString& name, const char* dialog_class,
     });
     look.start(50);
     open();
-    if (!taken)
-        throw AlgoError("scripts/screenshots/shots", __LINE__, "Algorithm error!",
-                        std::string("there was no ") + dialog_class);
+    if (!taken) throw AlgoError("Algorithm error!", std::string("there was no ") + dialog_class);
 }
 
 void Shots::write(QWidget& window, const QString& name) {
     if (!only_.isEmpty() && !only_.contains(name)) return;
     const QString file = QStringLiteral("%1/%2.png").arg(folder_, name);
     if (!window.grab().save(file))
-        throw FileError("scripts/screenshots/shots", __LINE__, "Can't open file for writing!",
-                        file.toStdString());
+        throw FileError("Can't open file for writing!", file.toStdString());
     std::cout << file.toStdString() << std::endl;
 }
 

@@ -21,9 +21,7 @@ namespace {
 void run(Theatre& theatre, const std::shared_ptr<Job>& job) {
     theatre.worker.post(job, std::make_shared<TaskContext>());
     wait_for([&] { return theatre.worker.wait_done(0); }, "a job");
-    if (!job->failure().empty())
-        throw AlgoError("scripts/screenshots/window_scenes", __LINE__, "Algorithm error!",
-                        job->failure());
+    if (!job->failure().empty()) throw AlgoError("Algorithm error!", job->failure());
 }
 
 /// A computation that is long enough to be seen: many passes of a wide median.

@@ -40,7 +40,8 @@ class SampleFormat final : public ImageFormat {
     void write(const image& picture, const fs::path& file, const ImageWriteOptions&,
                Progress&) const override {
         put_file(file, "SAMPLE " + picture.name);
-        if (picture.name == "bad") throw FileError("test", 1, "Text", file.string() + ": no space");
+        if (picture.name == "bad")
+            throw FileError("Text", file.string() + ": no space", {"test", 1});
     }
 
   private:

@@ -207,7 +207,7 @@ TEST(PortSampling, TellsWhichPortsGiveNoPoint) {
     EXPECT_THROW(sample_ports(picture, one_port(8, 8), 1), AlgoError);
 }
 
-std::vector<std::string> lines_of_level(int level) {
+std::vector<std::string> lines_of_level(LogLevel level) {
     std::vector<std::string> lines;
     for (const LogLine& line : get_log_mgr().take_new_lines())
         if (line.level == level) lines.push_back(line.text);
@@ -244,7 +244,7 @@ TEST_P(InSituFailure, IsToldAndLogged) {
     EXPECT_FALSE(outcome.calibration);
     EXPECT_EQ(outcome.warning, GetParam().warning);
     EXPECT_THAT(outcome.reason, HasSubstr(GetParam().reason));
-    EXPECT_THAT(lines_of_level(2), Contains(testing::StartsWith(GetParam().line)));
+    EXPECT_THAT(lines_of_level(LogLevel::error), Contains(testing::StartsWith(GetParam().line)));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -300,7 +300,7 @@ TEST(InSituCalibration, MakesARecordAndTellsEachStep) {
     EXPECT_NEAR(paint.gamma[1][0], 1, 1e-12);
     EXPECT_THAT(outcome.calibration->samples.left_out, SizeIs(1));
     EXPECT_THAT(
-        lines_of_level(4),
+        lines_of_level(LogLevel::progress),
         ElementsAre("Calibration pressure ports:4",
                     "Calibration using:3 pressure ports for calibration, approximation order:2",
                     HasSubstr("Calibration calculated! Epsilon="),

@@ -16,21 +16,21 @@ using test::TemporaryFolder;
 TEST(LogFile, KeepsEveryLevelAcrossRunsWithinItsBound) {
     const TemporaryFolder folder;
     const auto path = folder / "new" / "vynlite.log";
-    get_log_mgr().set_level(0);
+    get_log_mgr().set_level(LogLevel::fatal);
     {
         const LogFile file(path, 200);
-        get_log().write(4, "first run");
+        get_log().write(LogLevel::progress, "first run");
     }
-    get_log().write(1, "between the runs");
+    get_log().write(LogLevel::failure, "between the runs");
     {
         const LogFile file(path, 200);
-        get_log().write(1, "second run");
+        get_log().write(LogLevel::failure, "second run");
         EXPECT_TRUE(get_file(path).find(" 4 first run\n") != std::string::npos);
         EXPECT_TRUE(get_file(path).find(" 1 second run\n") != std::string::npos);
         for (int i = 0; i < 100; ++i)
-            get_log().write(3, "line " + std::to_string(i));
+            get_log().write(LogLevel::information, "line " + std::to_string(i));
     }
-    get_log_mgr().set_level(4);
+    get_log_mgr().set_level(LogLevel::progress);
     const std::string newest = get_file(path);
     const std::string older = get_file(path.string() + ".1");
     EXPECT_EQ(newest.find("between"), std::string::npos);
@@ -45,7 +45,7 @@ TEST(LogFile, KeepsEveryLevelAcrossRunsWithinItsBound) {
 
 TEST(LogFile, AFileThatCannotBeWrittenIsGivenUp) {
     const LogFile file("/proc/no/such/place/vynlite.log");
-    EXPECT_NO_THROW(get_log().write(3, "lost"));
+    EXPECT_NO_THROW(get_log().write(LogLevel::information, "lost"));
 }
 
 TEST(UserFolders, StateFollowsTheEnvironment) {

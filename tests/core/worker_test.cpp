@@ -38,15 +38,19 @@ Body ends(TaskOutcome outcome) {
 
 TEST(WorkerTest, AFailedTaskLeavesOneLineAtLevelOneAndTheWorkerReady) {
     const std::vector<std::pair<std::function<void()>, const char*>> failures{
-        {[] { throw SystemError("a/b", 12, "It broke", 5); },
+        {[] {
+             throw SystemError("It broke", 5, "", {"a/b", 12});
+         },
          "1 Worker thread system Error:It broke at a/b:12"},
-        {[] { throw FileError("a/b", 12, "File error!", "x.tif: no"); },
+        {[] {
+             throw FileError("File error!", "x.tif: no", {"a/b", 12});
+         },
          "1 Worker thread generic Error File error! at a/b:12"},
         {[] { throw std::length_error("too long"); }, "1 Worker thread unknown exception"},
         {[] { throw 1; }, "1 Worker thread unknown exception"}};
     Worker worker;
     for (const auto& [fail, line] : failures) {
-        const LogCapture log(1);
+        const LogCapture log(LogLevel::failure);
         post(worker, [&](TaskContext&) {
             fail();
             return TaskOutcome::done;
@@ -106,7 +110,7 @@ TEST(WorkerTest, ItsEndAbortsTheRunningTask) {
 TEST(JobTest, EndsAsItsWorstTaskStopsAtAFailedOneAndKeepsWhy) {
     using enum TaskOutcome;
     const Body torn = [](TaskContext&) -> TaskOutcome {
-        throw FileError("a", 1, "File error!", "x.tif: torn");
+        throw FileError("File error!", "x.tif: torn");
     };
     const Body abort = [](TaskContext& running) {
         running.abort();

@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
     Endings, BusyBoxErrors,
     testing::Values(Ending{"Raised",
                            [](TaskContext&) -> TaskOutcome {
-                               throw FileError("unit", 1, "File error!", "a<b>.tif");
+                               throw FileError("File error!", "a<b>.tif");
                            },
                            TaskOutcome::failed, "File error!: a<b>.tif"},
                     Ending{"Unaligned", [](TaskContext&) { return TaskOutcome::done_with_errors; },

@@ -20,7 +20,7 @@ class LogPage : public testing::Test {
 
 TEST_F(LogPage, ColoursLevelsAndShowsTextAsItIs) {
     for (int level = 0; level <= 5; ++level)
-        get_log().write(level, "a <b>& c" + std::to_string(level));
+        get_log().write(LogLevel{level}, "a <b>& c" + std::to_string(level));
     page.process_log();
     EXPECT_EQ(page.toPlainText().toStdString(),
               "Fatal:a <b>& c0\na <b>& c1\na <b>& c2\na <b>& c3\na <b>& c4\na <b>& c5");
@@ -43,10 +43,10 @@ TEST_F(LogPage, ColoursLevelsAndShowsTextAsItIs) {
 
 TEST_F(LogPage, KeepsTheNewest200LinesAndFollowsItsTimer) {
     for (int i = 0; i < 150; ++i)
-        get_log().write(4, "early");
+        get_log().write(LogLevel::progress, "early");
     page.process_log();
     for (int i = 0; i < 450; ++i)
-        get_log().write(4, "line " + std::to_string(i) + "\nand its second half");
+        get_log().write(LogLevel::progress, "line " + std::to_string(i) + "\nand its second half");
     ASSERT_TRUE(QTest::qWaitFor([this] { return page.document()->blockCount() == 200; }, 2000));
     EXPECT_TRUE(page.document()->firstBlock().text().startsWith(QStringLiteral("line 250")));
     EXPECT_TRUE(page.document()->lastBlock().text().startsWith(QStringLiteral("line 449")));

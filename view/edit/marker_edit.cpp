@@ -56,9 +56,7 @@ void MarkerEdit::toggle(std::size_t index) {
 }
 
 void MarkerEdit::edit(std::size_t index, const Marker& marker) {
-    const auto refuse = [](const std::string& why) {
-        throw AlgoError("view/marker_edit", __LINE__, "Algorithm error!", why);
-    };
+    const auto refuse = [](const std::string& why) { throw AlgoError("Algorithm error!", why); };
     if (!std::isfinite(marker.x) || !std::isfinite(marker.y) || !std::isfinite(marker.z))
         refuse("a marker's position is a pair of numbers");
     if (!std::isfinite(marker.f)) refuse("a marker's function value is a number");

@@ -194,7 +194,7 @@ TEST_P(ChainUnaligned, GoesOnButEndsWithErrors) {
     EXPECT_FALSE(get_images().find(image_names::wind_on_sens_aligned));
     std::vector<std::string> errors;
     for (const LogLine& line : get_log_mgr().take_new_lines())
-        if (line.level == 2) errors.push_back(line.text);
+        if (line.level == LogLevel::error) errors.push_back(line.text);
     EXPECT_THAT(errors, Contains("Aligning Images FAILED!"));
 }
 
@@ -228,7 +228,7 @@ TEST_F(Chain, FiltersAndThinsWhereAskedTo) {
     const auto statuses = [] {
         std::vector<std::string> texts;
         for (const LogLine& line : get_log_mgr().take_new_lines())
-            if (line.level == 4) texts.push_back(line.text);
+            if (line.level == LogLevel::progress) texts.push_back(line.text);
         return texts;
     };
     statuses();

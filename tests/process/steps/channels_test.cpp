@@ -219,14 +219,15 @@ TEST_F(ChannelsTest, LifetimeNeedsNoWindOffPictures) {
     // The frame is that of wind-on: the truth moved along.
     const auto ratio = get_images().find(image_names::ratio);
     EXPECT_EQ(ratio->markers.markers.size(), point.wind_on_markers.markers.size());
-    const PaintCurve curve(point.paint, point.flow);
+    const PaintResponse response(point.paint, point.flow);
     const SyntheticScene scene(640, 480, point.options.seed);
     for (const Marker& port : point.ports.markers) {
         const Point moved = apply_poly(point.wind_on_from_wind_off, {port.x, port.y});
         const int x = static_cast<int>(std::lround(moved.x));
         const int y = static_cast<int>(std::lround(moved.y));
         const Point on_model = inverse_mapped(point.wind_on_from_wind_off, {double(x), double(y)});
-        const double expected = curve.ratio(scene.pressure(on_model)) / SyntheticPoint::gate_ratio;
+        const double expected =
+            response.ratio(scene.pressure(on_model)) / SyntheticPoint::gate_ratio;
         EXPECT_NEAR(ratio->values()(x, y), expected, 1e-4 * expected) << port.id;
     }
 }

@@ -18,7 +18,7 @@ void OtherPicture::want(const std::shared_ptr<const image>& picture) {
             try {
                 levels_ = levels.get();
             } catch (const std::exception& error) {
-                get_log().write(1, error.what());
+                get_log().write(LogLevel::failure, error.what());
                 levels_.reset();
             }
             if (when == Preparation::When::behind) Q_EMIT prepared();

@@ -168,7 +168,7 @@ void QFashionDlg::set_picture(const std::shared_ptr<const image>& picture,
             try {
                 show_values(values.get());
             } catch (const std::exception& error) {
-                get_log().write(1, error.what());
+                get_log().write(LogLevel::failure, error.what());
                 show_values({});
             }
         });
@@ -252,7 +252,7 @@ void QFashionDlg::add_palette() {
     try {
         get_palette_list().push_back(read_lut(file.toStdString()));
     } catch (const GenericError& error) {
-        get_log().write(1, error.what());
+        get_log().write(LogLevel::failure, error.what());
         QMessageBox::warning(this, tr("Palette"), QString::fromStdString(error.what()));
         return;
     }

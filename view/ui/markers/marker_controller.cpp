@@ -261,7 +261,7 @@ void MarkerController::revise_all() {
         for (const std::int32_t number : stayed)
             numbers.append(QString::number(number));
         text = tr("No dot is found at marker %1").arg(numbers.join(QStringLiteral(", ")));
-        get_log().write(3, text.toStdString());
+        get_log().write(LogLevel::information, text.toStdString());
     }
     viewer_.statusBar()->showMessage(text);
 }

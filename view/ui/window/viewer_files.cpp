@@ -6,6 +6,7 @@
 #include <QStatusBar>
 
 #include "api/image_io.h"
+#include "core/ascii.h"
 #include "core/data_set.h"
 #include "core/log.h"
 #include "core/ui/busy_box.h"
@@ -51,7 +52,7 @@ bool ViewerFiles::run(std::unique_ptr<Task> task, const QString& what) {
     const TaskOutcome outcome = box.run(job);
     if (outcome == TaskOutcome::failed) {
         const QString why = QString::fromStdString(box.failure());
-        get_log().write(1, what.toStdString() + ": " + box.failure());
+        get_log().write(LogLevel::failure, what.toStdString() + ": " + box.failure());
         QMessageBox::warning(&viewer_, what, why.isEmpty() ? tr("This failed.") : why);
     }
     return outcome == TaskOutcome::done;
