@@ -17,7 +17,8 @@
 #include "process/point/experiment_type.h"
 #include "process/project/project_tasks.h"
 #include "process/report/calibration_report.h"
-#include "process/report/run_report.h"
+#include "process/report/json_text.h"
+#include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
 
 namespace vyn::cli {
@@ -55,7 +56,7 @@ std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Runn
     if (outcome == TaskOutcome::done_with_errors)
         throw std::runtime_error(
             "the images could not be aligned" +
-            std::string(report->warnings.empty() ? "" : ": " + report->warnings.back()));
+            std::string(report->warnings.empty() ? "" : ": " + report->warnings.back().text));
     auto ratio = get_images().find(image_names::ratio);
     if (!ratio) throw std::runtime_error(missing_input(vyn_db(), get_images()));
     return ratio;

@@ -9,7 +9,7 @@
 #include "cli/settings.h"
 #include "core/version.h"
 #include "process/point/digest.h"
-#include "process/report/run_report.h"
+#include "process/report/json_text.h"
 
 namespace vyn::cli {
 

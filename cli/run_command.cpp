@@ -17,6 +17,8 @@
 #include "process/point/save_image_task.h"
 #include "process/project/project_tasks.h"
 #include "process/report/html_report.h"
+#include "process/report/json_text.h"
+#include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
 #include "process/steps/image_origin.h"
 
@@ -73,14 +75,15 @@ TaskOutcome compute(const RunOptions& options, Runner& runner,
         outcome = runner.run(job_of(
             std::make_unique<FindMarkersTask>(detection_options(options.detection), report)));
         failure = runner.failure();
-        if (outcome == TaskOutcome::failed && failure.empty()) failure = report->warnings.back();
+        if (outcome == TaskOutcome::failed && failure.empty())
+            failure = report->warnings.back().text;
         if (outcome != TaskOutcome::done) return outcome;
     }
     outcome = runner.run(with_origins(calculate_all(vyn_db(), get_images(), report)));
     failure = runner.failure();
     if (outcome == TaskOutcome::done_with_errors)
         failure = "the images could not be aligned" +
-                  std::string(report->warnings.empty() ? "" : ": " + report->warnings.back());
+                  std::string(report->warnings.empty() ? "" : ": " + report->warnings.back().text);
     return outcome;
 }
 
@@ -132,7 +135,8 @@ MarkerSet read_ports(const RunOptions& options, int image_height) {
 /// Writes the check of the point as a page, also of a run that failed: what there is then.
 void write_html(const RunOptions& options, RunReport report, const std::string& failure,
                 Runner& runner) {
-    if (!failure.empty()) report.warnings.push_back("The run ended with: " + failure);
+    if (!failure.empty())
+        report.warnings.push_back({WarningKind::failure, "The run ended with: " + failure});
     const auto field = get_images().find(image_names::field);
     auto task =
         std::make_unique<PointReportTask>(std::make_shared<const RunReport>(std::move(report)),

@@ -8,7 +8,8 @@
 #include "core/ascii.h"
 #include "core/version.h"
 #include "process/point/unsaved_work.h"
-#include "process/report/run_report.h"
+#include "process/report/json_text.h"
+#include "process/report/provenance.h"
 #include "render/tecplot.h"
 #include "view/save_rules.h"
 

@@ -77,8 +77,8 @@ void BasicPage::show_remarks(const PageState& state) {
     for (const std::string& remark : state.remarks)
         add(remark);
     if (report_)
-        for (const std::string& warning : report_->warnings)
-            add(tr("Last run: %1").arg(QString::fromStdString(warning)).toStdString());
+        for (const Warning& warning : report_->warnings)
+            add(tr("Last run: %1").arg(QString::fromStdString(warning.text)).toStdString());
     if (!text.isEmpty()) text = QStringLiteral("<ul>%1</ul>").arg(text);
     // Setting the same text again would undo the user's selection.
     if (text != remarks_->text()) remarks_->setText(text);

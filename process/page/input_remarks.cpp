@@ -6,7 +6,7 @@
 #include "core/keys.h"
 #include "process/page/page_rows.h"
 #include "process/point/per_image.h"
-#include "process/report/run_report.h"
+#include "process/report/image_statistics.h"
 #include "process/steps/law_conditions.h"
 
 namespace vyn {

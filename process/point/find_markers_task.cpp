@@ -23,7 +23,8 @@ TaskOutcome FindMarkersTask::run(TaskContext& context) {
         get_log().write(LogLevel::information,
                         std::string(raw->name) + ": " + std::to_string(count) + " dots found");
         if (count == 0) {
-            warn(*report_, std::string(raw->name) + " shows no dots that could be markers");
+            warn(*report_, WarningKind::markers,
+                 std::string(raw->name) + " shows no dots that could be markers");
             complete = false;
             continue;
         }

@@ -9,7 +9,8 @@
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "process/point/unsaved_work.h"
-#include "process/report/run_report.h"
+#include "process/report/json_text.h"
+#include "process/report/provenance.h"
 
 namespace vyn {
 

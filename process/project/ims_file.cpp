@@ -14,7 +14,7 @@
 #include "core/project_file.h"
 #include "core/version.h"
 #include "process/project/ims.h"
-#include "process/report/run_report.h"
+#include "process/report/json_text.h"
 
 namespace vyn {
 

@@ -237,8 +237,8 @@ std::string html_report(const PointReport& report) {
         "collapse; } td, th { text-align: left; }</style>\n</head>\n<body>\n<h1>" +
         html_escaped(title) + "</h1>\n" +
         paragraph("Type of experiment: " + check.experiment + ". Field: " + check.quantity + ".");
-    html +=
-        heading("Remarks") + (check.warnings.empty() ? paragraph("None.") : list(check.warnings));
+    html += heading("Remarks") +
+            (check.warnings.empty() ? paragraph("None.") : list(texts(check.warnings)));
     html += alignments(check) + ports(check);
     if (!report.histogram.empty())
         html += heading("Histogram of the field") + "<p>" + picture(report.histogram, "histogram") +

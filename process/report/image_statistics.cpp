@@ -2,9 +2,16 @@
 
 #include <algorithm>
 
-#include "process/report/run_report.h"
-
 namespace vyn {
+
+std::int64_t saturated_count(const image& picture) {
+    std::int64_t count = 0;
+    if (!picture.saturated) return count;
+    for (int y = 0; y < picture.saturated->height(); ++y)
+        for (int x = 0; x < picture.saturated->width(); ++x)
+            count += (*picture.saturated)(x, y) != 0;
+    return count;
+}
 
 ImageStatistics image_statistics(const image& picture) {
     ImageStatistics result;

@@ -24,4 +24,7 @@ struct ImageStatistics {
 
 ImageStatistics image_statistics(const image& picture);
 
+/// Pixels at the sensor's maximum.
+std::int64_t saturated_count(const image& picture);
+
 }  // namespace vyn

@@ -127,22 +127,24 @@ PortComparison compare_ports(const image& field, const MarkerSet& ports, FieldQu
 
 /// What the field's age says of it.
 void state_remark(dataSetInterface& data, const imagesList& images,
-                  std::vector<std::string>& remarks) {
+                  std::vector<Warning>& warnings) {
     const ImageState state = ImageStates(data, images).of(names::field);
     if (state.kind == ImageState::Kind::out_of_date)
-        remarks.push_back("The field is out of date: " + state.reason + ". Calculate it again");
+        warnings.push_back({WarningKind::out_of_date,
+                            "The field is out of date: " + state.reason + ". Calculate it again"});
 }
 
-void saturation_remarks(const std::vector<StageCheck>& stages, std::vector<std::string>& remarks) {
+void saturation_remarks(const std::vector<StageCheck>& stages, std::vector<Warning>& warnings) {
     for (const StageCheck& stage : stages)
         if (const std::int64_t count = stage.values.saturated; count > 0)
-            remarks.push_back(stage.label + ": " + std::to_string(count) +
-                              (count == 1 ? " pixel is" : " pixels are") + " saturated");
+            warnings.push_back({WarningKind::saturation,
+                                stage.label + ": " + std::to_string(count) +
+                                    (count == 1 ? " pixel is" : " pixels are") + " saturated"});
 }
 
 /// The field beside the pressures that the paint's calibration holds for.
 void range_remark(const image& field, const PreparedConversion& prepared,
-                  std::vector<std::string>& remarks) {
+                  std::vector<Warning>& warnings) {
     constexpr double told_share = 0.01;  // less comes from edges and dots
     const paintFeatures& paint = prepared.paint;
     if (!(paint.minimal_pressure < paint.maximal_pressure)) return;
@@ -173,10 +175,12 @@ void range_remark(const image& field, const PreparedConversion& prepared,
     const double share =
         static_cast<double>(outside) / static_cast<double>(std::max<std::int64_t>(valid, 1));
     if (share > told_share)
-        remarks.push_back(format_general(100 * share, 3) + " % of the field lies outside " +
-                          format_general(low, 6) + " to " + format_general(high, 6) +
-                          ", for which the paint is calibrated: look for exchanged pictures, wrong "
-                          "test conditions or a wrong paint");
+        warnings.push_back(
+            {WarningKind::paint_range,
+             format_general(100 * share, 3) + " % of the field lies outside " +
+                 format_general(low, 6) + " to " + format_general(high, 6) +
+                 ", for which the paint is calibrated: look for exchanged pictures, wrong "
+                 "test conditions or a wrong paint"});
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ struct PointCheck {
     std::vector<StageCheck> stages;  ///< in the order of computation
     PortComparison ports;
     std::optional<PreparedConversion> conversion;
-    std::vector<std::string> warnings;
+    std::vector<Warning> warnings;
 };
 
 /// The pressure ports that the field or the ratio image carries (markers with pressures), else

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "core/version.h"
+#include "process/report/provenance.h"
 #include "render/histogram_picture.h"
 #include "render/picture.h"
 

@@ -1,18 +1,14 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "align/channel_maps.h"
 #include "align/marker_alignment.h"
-#include "api/image_list.h"
+#include "api/image.h"
 #include "calib/paint_law.h"
-#include "core/data_set.h"
-#include "core/task.h"
+#include "process/report/warning.h"
 
 namespace vyn {
 
@@ -29,8 +25,8 @@ struct RunReport {
     std::optional<MarkerMatch> alignment;      ///< of the markers, when pairing was reached
     std::optional<ChannelAlignment> channels;  ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
-    bool field = false;                 ///< the present field was computed
-    std::vector<std::string> warnings;  ///< for the user: what may make the result wrong
+    bool field = false;  ///< the present field was computed
+    std::vector<Warning> warnings;
 };
 
 /// What the user of two channels must know of their noise.
@@ -39,27 +35,9 @@ inline constexpr const char* ratio_of_ratios_noise =
     "relative variances, twice that of one channel with equally bright pictures.";
 
 /// Writes a warning to the log and into the report.
-void warn(RunReport& report, const std::string& text);
+void warn(RunReport& report, WarningKind kind, const std::string& text);
 
 /// Warns when no pixel of an image is valid.
 void warn_if_empty(RunReport& report, const image& picture);
-
-/// Pixels at the sensor's maximum.
-std::int64_t saturated_count(const image& picture);
-
-/// The program, the settings and the input files with their digests: what a result came from.
-nlohmann::json provenance(const dataSetInterface& data, const imagesList& images);
-
-/// The whole report of a run: provenance, outcome, stages, alignment, conversion, images, warnings.
-nlohmann::json to_json(const RunReport& report, const dataSetInterface& data,
-                       const imagesList& images, TaskOutcome outcome, const std::string& failure,
-                       const std::vector<StageTime>& stages);
-
-/// A JSON value as text, in one line unless an indent is given. Bytes that are no UTF-8, as names
-/// of files may hold, become U+FFFD.
-std::string json_text(const nlohmann::json& value, int indent = -1);
-
-/// "done", "done with errors", ...
-const char* outcome_name(TaskOutcome outcome);
 
 }  // namespace vyn

@@ -45,7 +45,8 @@ TaskOutcome CorrectTask::run(TaskContext& context) {
         if (used && images.find(name))
             get_log().write(LogLevel::progress, step);
         else
-            warn(*report_, correction_.source + " is corrected without " + what);
+            warn(*report_, WarningKind::missing_correction,
+                 correction_.source + " is corrected without " + what);
     };
     context.status("Calculating corrected image");
     report_step(correction_.use_dark, correction_.dark, "Substracting dark image", "a dark image");

@@ -40,7 +40,7 @@ TaskOutcome FieldTask::run(TaskContext& context) {
         const PreparedConversion prepared = prepare(data, conversion.quantity, rule);
         conversion = prepared.conversion;
         if (prepared.message) {
-            report_->warnings.emplace_back(prepared.message);
+            report_->warnings.push_back({WarningKind::conditions, prepared.message});
             context.message(prepared.message);
         }
         get_log().write(LogLevel::progress,
@@ -56,8 +56,8 @@ TaskOutcome FieldTask::run(TaskContext& context) {
         get_log().write(LogLevel::progress, "a=" + general(conversion.law.a) +
                                                 " b=" + general(conversion.law.b) +
                                                 " c=" + general(conversion.law.c));
-        for (const std::string& warning : condition_warnings(prepared, rule))
-            warn(*report_, warning);
+        for (const Warning& warning : condition_warnings(prepared, rule))
+            warn(*report_, warning.kind, warning.text);
         report_->conversion = prepared;
     }
     conversion.limit = read(data, keys::convert_threshold) != 0;

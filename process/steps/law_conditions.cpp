@@ -117,23 +117,26 @@ WindOffRule wind_off_rule(dataSetInterface& data, const imagesList& images) {
                                        : WindOffRule::unity;
 }
 
-std::vector<std::string> condition_warnings(const PreparedConversion& prepared, WindOffRule rule) {
-    std::vector<std::string> warnings;
+std::vector<Warning> condition_warnings(const PreparedConversion& prepared, WindOffRule rule) {
+    std::vector<Warning> warnings;
     const flowFeatures& flow = prepared.flow_in_paint_units;
     if (rule == WindOffRule::law && !(flow.wind_off_p > 0))
-        warnings.push_back(std::string(keys::flow) +
-                           "wind_off_p is not positive: the wind-off ratio, and with it the field, "
-                           "will be wrong");
+        warnings.push_back(
+            {WarningKind::conditions,
+             std::string(keys::flow) +
+                 "wind_off_p is not positive: the wind-off ratio, and with it the field, "
+                 "will be wrong"});
     const paintFeatures& paint = prepared.paint;
     if (!(paint.minimal_temperature < paint.maximal_temperature)) return warnings;
     const std::pair<const char*, double> temperatures[] = {{"wind_off_t", flow.wind_off_t},
                                                            {"wind_on_t", flow.wind_on_t}};
     for (const auto& [name, value] : temperatures)
         if (!(value >= paint.minimal_temperature && value <= paint.maximal_temperature))
-            warnings.push_back(std::string(keys::flow) + name + " enters the law as " +
-                               general(value) + ", outside the paint's range " +
-                               general(paint.minimal_temperature) + " to " +
-                               general(paint.maximal_temperature) + "; check the unit names");
+            warnings.push_back({WarningKind::paint_range,
+                                std::string(keys::flow) + name + " enters the law as " +
+                                    general(value) + ", outside the paint's range " +
+                                    general(paint.minimal_temperature) + " to " +
+                                    general(paint.maximal_temperature) + "; check the unit names"});
     return warnings;
 }
 
@@ -153,8 +156,8 @@ LawConditions law_conditions(dataSetInterface& data, const imagesList& images) {
     conditions.lines = lines_of(flow, paint, prepared, rule);
     conditions.remarks =
         unit_warnings(paint, flow, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
-    for (std::string& warning : condition_warnings(prepared, rule))
-        conditions.remarks.push_back(std::move(warning));
+    for (Warning& warning : condition_warnings(prepared, rule))
+        conditions.remarks.push_back(std::move(warning.text));
     if (prepared.message) conditions.remarks.emplace_back(prepared.message);
     return conditions;
 }

@@ -6,6 +6,7 @@
 #include "api/image_list.h"
 #include "calib/paint_law.h"
 #include "core/data_set.h"
+#include "process/report/warning.h"
 
 namespace vyn {
 
@@ -14,7 +15,7 @@ WindOffRule wind_off_rule(dataSetInterface& data, const imagesList& images);
 
 /// Conditions under which the law's answer cannot be trusted: no wind-off pressure, temperatures
 /// outside the paint's range.
-std::vector<std::string> condition_warnings(const PreparedConversion& prepared, WindOffRule rule);
+std::vector<Warning> condition_warnings(const PreparedConversion& prepared, WindOffRule rule);
 
 /// The test conditions of a project as they will enter the paint's law. Unit names are compared
 /// exactly, and a wrong one is no error to the computation: only the numbers show it.

@@ -42,7 +42,8 @@ std::optional<FilterOptions> filter_options(dataSetInterface& data) {
 
 void warn_of_correlation(dataSetInterface& data, RunReport& report) {
     if (read(data, keys::qped_enable))
-        warn(report, "Alignment by cross-correlation: not available, left out");
+        warn(report, WarningKind::alignment,
+             "Alignment by cross-correlation: not available, left out");
 }
 
 namespace {
@@ -55,11 +56,13 @@ void warn_of_markers_outside(const image& picture, RunReport& report) {
                                   marker.y < picture.height());
     });
     if (outside == 0) return;
-    const std::string text = picture.name + ": " + std::to_string(outside) + " of " +
-                             std::to_string(markers.size()) +
-                             " markers lie outside the image; look at its marker file";
+    const Warning outside_image{WarningKind::markers,
+                                picture.name + ": " + std::to_string(outside) + " of " +
+                                    std::to_string(markers.size()) +
+                                    " markers lie outside the image; look at its marker file"};
     // Wind-off pictures take part in two alignments.
-    if (std::ranges::find(report.warnings, text) == report.warnings.end()) warn(report, text);
+    if (std::ranges::find(report.warnings, outside_image) == report.warnings.end())
+        warn(report, outside_image.kind, outside_image.text);
 }
 
 }  // namespace
@@ -68,20 +71,21 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
                                         const MarkerMatchOptions& options, RunReport& report) {
     for (const image* picture : {&reference, &moved}) {
         if (!picture->markers.markers.empty()) continue;
-        warn(report, picture->name + " has no markers: set its marker file, or switch off " +
-                         std::string(keys::markers_enable.path));
+        warn(report, WarningKind::markers,
+             picture->name + " has no markers: set its marker file, or switch off " +
+                 std::string(keys::markers_enable.path));
         return std::nullopt;
     }
     for (const image* picture : {&reference, &moved})
         warn_of_markers_outside(*picture, report);
     MarkerMatch match = match_markers(reference.markers, moved.markers, options);
     for (const std::string& note : match.notes)
-        warn(report, note);
+        warn(report, WarningKind::alignment, note);
     for (const std::string& line : report_lines(match, reference.name, moved.name))
         get_log().write(LogLevel::progress, line);
     for (const std::string& line : order_lines(match.orders))
         get_log().write(LogLevel::progress, line);
-    if (!match.ok) warn(report, match.failure);
+    if (!match.ok) warn(report, WarningKind::alignment, match.failure);
     return match;
 }
 

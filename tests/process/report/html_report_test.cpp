@@ -79,7 +79,7 @@ TEST(HtmlReport, TextsCannotBecomeMarkup) {
     PointReport report;
     report.check.title = report.check.experiment = report.check.quantity = report.check.noise =
         hostile;
-    report.check.warnings = {hostile};
+    report.check.warnings = {{WarningKind::markers, hostile}};
     report.check.alignments.push_back({hostile, {}});
     report.check.alignments.back().match.failure = hostile;
     report.check.ports.left_out = {hostile};

@@ -8,6 +8,7 @@
 #include "process/steps/image_origin.h"
 #include "sample/synthetic_point.h"
 #include "tests/support/project_fixture.h"
+#include "tests/support/warns.h"
 
 namespace vyn::test {
 namespace {
@@ -76,7 +77,8 @@ TEST_P(PortCheckTest, TapsAgreeWithTheFieldAndShowItsError) {
 
     // The sample's paint is calibrated up to 130 kPa, and its field ends below 95 kPa.
     disturb_field(static_cast<float>(70000 / pascal));
-    EXPECT_THAT(check({}).warnings, ElementsAre(HasSubstr("for which the paint is calibrated")));
+    EXPECT_THAT(check({}).warnings, ElementsAre(test::warns(WarningKind::paint_range,
+                                                            "for which the paint is calibrated")));
 }
 
 INSTANTIATE_TEST_SUITE_P(Quantities, PortCheckTest,
@@ -87,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(Quantities, PortCheckTest,
 TEST_F(PointCheckTest, GathersWhatTheRunLeft) {
     compute(
         {.width = 200, .height = 150, .order = 1, .channels = SyntheticOptions::Channels::binary});
-    report->warnings.emplace_back("a warning");
+    report->warnings.push_back({WarningKind::alignment, "a warning"});
     write(vyn_db(), keys::model_id, std::string("M7"));
     const PointCheck result = check({});
     EXPECT_EQ(result.title, "project.xml, test synthetic, model M7");
@@ -98,7 +100,7 @@ TEST_F(PointCheckTest, GathersWhatTheRunLeft) {
     EXPECT_TRUE(result.consistency);
     EXPECT_THAT(result.noise, HasSubstr("four pictures"));
     EXPECT_TRUE(result.ports.ports.empty());
-    EXPECT_THAT(result.warnings, ElementsAre("a warning"));
+    EXPECT_THAT(result.warnings, ElementsAre(test::warns(WarningKind::alignment, "a warning")));
     ASSERT_EQ(result.stages.size(), get_images().names().size());
     EXPECT_EQ(result.stages.back().name, "field_P");
     EXPECT_EQ(result.stages.back().label, "Pressure field");
@@ -113,11 +115,13 @@ TEST_F(PointCheckTest, AFieldOfAnotherTimeIsNoted) {
     read(vyn_db(), std::string(keys::flow), flow);
     flow.wind_on_t += 1;
     write(vyn_db(), std::string(keys::flow), flow);
-    EXPECT_THAT(check({}).warnings, ElementsAre(HasSubstr("field is out of date: ")));
+    EXPECT_THAT(check({}).warnings,
+                ElementsAre(test::warns(WarningKind::out_of_date, "field is out of date: ")));
     *report = {};  // as after a run that was aborted early
     const PointCheck old = check({});
     EXPECT_FALSE(old.computed);
-    EXPECT_THAT(old.warnings, ElementsAre(HasSubstr("field is out of date: ")));
+    EXPECT_THAT(old.warnings,
+                ElementsAre(test::warns(WarningKind::out_of_date, "field is out of date: ")));
 }
 
 TEST_F(PointCheckTest, PortsAreThoseOfTheFieldElseOfThePortFile) {

@@ -17,9 +17,11 @@
 #include "process/point/save_image_task.h"
 #include "process/project/project_tasks.h"
 #include "process/report/field_comparison.h"
+#include "process/report/run_report_json.h"
 #include "sample/synthetic_point.h"
 #include "tests/support/error_of.h"
 #include "tests/support/project_fixture.h"
+#include "tests/support/warns.h"
 
 namespace vyn::test {
 namespace {
@@ -173,7 +175,8 @@ TEST_F(Chain, MarkersAreFoundOnlyWhereTheProjectNamesNone) {
     blank.markers = {};
     get_images().add(std::move(blank));
     EXPECT_EQ(run(FindMarkersTask({}, found)), TaskOutcome::failed);
-    EXPECT_THAT(found->warnings, Contains(HasSubstr("wind_on_sens shows no dots")));
+    EXPECT_THAT(found->warnings,
+                Contains(test::warns(WarningKind::markers, "wind_on_sens shows no dots")));
 }
 
 struct BadAlignment {
@@ -329,17 +332,25 @@ TEST_F(Chain, DarkLevelAboveEveryPixelIsSaid) {
     open_point({.width = 80, .height = 70},
                {{std::string(keys::wind_on_sens_dark.path), any(1e6)}});
     calculate();
-    EXPECT_THAT(report->warnings, Contains(HasSubstr("wind_on_sens_cor has no valid pixel")));
-    EXPECT_THAT(report->warnings, Contains(HasSubstr("field_P has no valid pixel")));
+    EXPECT_THAT(report->warnings, Contains(test::warns(WarningKind::empty_image,
+                                                       "wind_on_sens_cor has no valid pixel")));
+    EXPECT_THAT(report->warnings,
+                Contains(test::warns(WarningKind::empty_image, "field_P has no valid pixel")));
+    const nlohmann::json json = to_json(*report, vyn_db(), get_images(), TaskOutcome::done, {}, {});
+    EXPECT_THAT(json["warning_kinds"], Contains("empty_image"));
+    EXPECT_EQ(json["warning_kinds"].size(), report->warnings.size());
+    EXPECT_EQ(json["warnings"].front(), report->warnings.front().text);
 }
 
 TEST_F(Chain, ConditionsThatMakeTheFieldWrongAreSaid) {
     open_point({.width = 80, .height = 70},
                {{"project/flow/wind_off_p", any(0.0)}, {"project/flow/wind_on_t", any(299.0)}});
     ASSERT_EQ(calculate(), TaskOutcome::done);
-    EXPECT_THAT(report->warnings, Contains(HasSubstr("project/flow/wind_off_p")));
     EXPECT_THAT(report->warnings,
-                Contains(HasSubstr("project/flow/wind_on_t enters the law as 299")));
+                Contains(test::warns(WarningKind::conditions, "project/flow/wind_off_p")));
+    EXPECT_THAT(report->warnings,
+                Contains(test::warns(WarningKind::paint_range,
+                                     "project/flow/wind_on_t enters the law as 299")));
 }
 
 TEST_F(Chain, UnityNeedsNoWindOffPressure) {
@@ -354,7 +365,8 @@ TEST_F(Chain, UnityNeedsNoWindOffPressure) {
     EXPECT_THAT(lines, Contains(HasSubstr("wind_off_ratio is \"unity\"")));
     EXPECT_THAT(lines, Contains("fa=1"));
     EXPECT_EQ(report->conversion->conversion.wind_off_ratio, 1);
-    EXPECT_THAT(report->warnings, testing::Not(Contains(HasSubstr("wind_off_p"))));
+    EXPECT_THAT(report->warnings,
+                testing::Not(Contains(test::warns(WarningKind::conditions, "wind_off_p"))));
 }
 
 }  // namespace

@@ -9,12 +9,14 @@
 #include "process/point/raw_images.h"
 #include "process/project/project_tasks.h"
 #include "process/report/field_comparison.h"
+#include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
 #include "process/steps/channel_ratio_task.h"
 #include "sample/synthetic_light.h"
 #include "sample/synthetic_point.h"
 #include "tests/support/error_of.h"
 #include "tests/support/project_fixture.h"
+#include "tests/support/warns.h"
 
 namespace vyn::test {
 namespace {
@@ -77,7 +79,7 @@ TEST_P(ChannelAccuracy, GivesBackTheTruthWhateverTheLampDoes) {
                 .channels = GetParam().channels});
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_LE(field_error(), 2e-4);
-    EXPECT_TRUE(report->warnings.empty()) << report->warnings.front();
+    EXPECT_TRUE(report->warnings.empty()) << report->warnings.front().text;
 }
 
 INSTANTIATE_TEST_SUITE_P(Points, ChannelAccuracy,
@@ -298,7 +300,8 @@ TEST_F(ChannelsTest, AFailedAlignmentIsReported) {
                {without(keys::wind_on_sens_mark_file)});
     ASSERT_EQ(calculate(), TaskOutcome::done_with_errors);
     EXPECT_EQ(report->aligned, false);
-    EXPECT_THAT(report->warnings.back(), HasSubstr("wind_on_sens_cor has no markers"));
+    EXPECT_THAT(report->warnings.back(),
+                test::warns(WarningKind::markers, "wind_on_sens_cor has no markers"));
     EXPECT_TRUE(get_images().find(image_names::ratio));
     EXPECT_FALSE(get_images().find(image_names::wind_on_sens_aligned));
 }

@@ -1,0 +1,151 @@
+#include "process/report/run_report_json.h"
+
+#include <cstdint>
+
+#include <nlohmann/json.hpp>
+#include <sys/resource.h>
+
+#include "process/report/image_statistics.h"
+#include "process/report/provenance.h"
+
+namespace vyn {
+
+using json = nlohmann::json;
+
+namespace {
+
+json image_json(const image& picture) {
+    const ImageStatistics values = image_statistics(picture);
+    json entry{{"width", picture.width()},
+               {"height", picture.height()},
+               {"valid_share", values.valid_share()},
+               {"saturated_pixels", values.saturated}};
+    if (values.valid > 0) {
+        entry["minimum"] = values.minimum;
+        entry["maximum"] = values.maximum;
+        entry["mean"] = values.mean;
+    }
+    return entry;
+}
+
+json alignment_json(const MarkerMatch& match) {
+    json pairs = json::array();
+    for (std::size_t i = 0; i < match.pairs.size(); ++i) {
+        const MarkerPair& pair = match.pairs[i];
+        json entry{{"id", pair.reference_id},
+                   {"reference", {pair.reference.x, pair.reference.y}},
+                   {"moved", {pair.moved.x, pair.moved.y}}};
+        if (i < match.residuals.size())
+            entry["residual"] = {match.residuals[i].x, match.residuals[i].y};
+        pairs.push_back(std::move(entry));
+    }
+    json result{{"reference_markers", match.reference_count},
+                {"moved_markers", match.moved_count},
+                {"pair_count", match.pairs.size()},
+                {"pairs", std::move(pairs)},
+                {"underdetermined", match.underdetermined}};
+    json orders = json::array();
+    for (const std::optional<double>& error : match.orders.leave_one_out)
+        orders.push_back(error ? json(*error) : json());
+    result["leave_one_out_px"] = std::move(orders);
+    if (match.orders.suggested) result["suggested_order"] = *match.orders.suggested;
+    if (!match.ok) {
+        result["failure"] = match.failure;
+        return result;
+    }
+    result["mean_square_error_px"] = match.mean_square_error;
+    result["mean_absolute_error_px"] = match.mean_absolute_error;
+    result["max_absolute_error_px"] = match.max_absolute_error;
+    result["max_error_marker"] = match.max_error_marker;
+    result["coefficients_per_axis"] = match.moved_from_reference.n;
+    result["ax"] = match.moved_from_reference.ax;
+    result["ay"] = match.moved_from_reference.ay;
+    return result;
+}
+
+json channels_json(const ChannelAlignment& channels) {
+    json result{{"noise", ratio_of_ratios_noise}};
+    if (channels.reference) result["reference_alignment"] = alignment_json(*channels.reference);
+    if (channels.cameras) result["camera_alignment"] = alignment_json(*channels.cameras);
+    if (channels.consistency)
+        result["consistency_px"] = {{"points", channels.consistency->points},
+                                    {"rms", channels.consistency->rms},
+                                    {"max", channels.consistency->max}};
+    return result;
+}
+
+/// The temperatures and pressures as they enter the law, and the law itself.
+json conversion_json(const PreparedConversion& prepared) {
+    const flowFeatures& flow = prepared.flow_in_paint_units;
+    const PaintLaw& law = prepared.conversion.law;
+    return {{"fa", prepared.conversion.wind_off_ratio},
+            {"a", law.a},
+            {"b", law.b},
+            {"c", law.c},
+            {"pressure_unit", flow.p_unit},
+            {"temperature_unit", flow.t_unit},
+            {"wind_off_p", flow.wind_off_p},
+            {"static_p", flow.static_p},
+            {"dynamic_p", flow.dynamic_p},
+            {"wind_off_t", flow.wind_off_t},
+            {"wind_on_t", flow.wind_on_t}};
+}
+
+/// Most memory that the process has had in use so far.
+std::int64_t peak_memory_bytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return std::int64_t{usage.ru_maxrss} * 1024;
+}
+
+const char* outcome_name(TaskOutcome outcome) {
+    switch (outcome) {
+        case TaskOutcome::idle:
+            return "nothing to do";
+        case TaskOutcome::done:
+            return "done";
+        case TaskOutcome::done_with_errors:
+            return "done with errors";
+        case TaskOutcome::failed:
+            return "failed";
+        case TaskOutcome::aborted:
+            return "aborted";
+    }
+    return "";
+}
+
+}  // namespace
+
+json to_json(const RunReport& report, const dataSetInterface& data, const imagesList& images,
+             TaskOutcome outcome, const std::string& failure,
+             const std::vector<StageTime>& stages) {
+    json result = provenance(data, images);
+    result["outcome"] = outcome_name(outcome);
+    if (!failure.empty()) result["failure"] = failure;
+    if (report.aligned) result["aligned"] = *report.aligned;
+    if (report.alignment) result["alignment"] = alignment_json(*report.alignment);
+    if (report.channels) result["channels"] = channels_json(*report.channels);
+    if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
+    result["warnings"] = texts(report.warnings);
+    result["warning_kinds"] = json::array();
+    for (const Warning& warning : report.warnings)
+        result["warning_kinds"].push_back(name(warning.kind));
+
+    json stage_list = json::array();
+    double total = 0;
+    for (const StageTime& stage : stages) {
+        stage_list.push_back({{"name", stage.name}, {"seconds", stage.seconds}});
+        total += stage.seconds;
+    }
+    result["stages"] = std::move(stage_list);
+    result["seconds"] = total;
+    result["peak_memory_bytes"] = peak_memory_bytes();
+
+    json pictures = json::object();
+    for (const auto& picture : images.all())
+        pictures[picture->name] = image_json(*picture);
+    result["images"] = std::move(pictures);
+    return result;
+}
+
+}  // namespace vyn
