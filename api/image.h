@@ -23,11 +23,16 @@ struct Displacement {
 /// What an image came from, item by item: files with their digests, settings with their values.
 using ImageOrigin = std::map<std::string, std::string>;
 
+/// What a B-spline interpolation takes for the values of excluded pixels: those that are stored, or
+/// a smooth continuation of the valid pixels around.
+enum class SplineEdges { stored, extended };
+
 /// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole
 /// coordinates, x is the column and y the row.
 ///
-/// An excluded pixel (mask not 0) keeps its value; no computation reads it. Copies share their
-/// planes until one of them is written to.
+/// An excluded pixel (mask not 0) keeps its value; computations leave it out, but for the
+/// interpolation with stored edges, whose splines run through all pixels. Copies share their planes
+/// until one of them is written to.
 class image {
   public:
     image() = default;
@@ -87,6 +92,7 @@ class image {
         file_sha256;     ///< digest of the file that the image came from, hexadecimal; may be empty
     ImageOrigin origin;  ///< of a loaded or computed image; empty when unknown
     int degree = 3;      ///< of the B-spline interpolation, 2 to 5
+    SplineEdges edges = SplineEdges::stored;  ///< of the B-spline interpolation
     MarkerSet markers;
     std::optional<Displacement> displacement;
 

@@ -15,6 +15,7 @@ image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t
     result.name = source.name;
     result.file_name = source.file_name;
     result.degree = source.degree;
+    result.edges = source.edges;
     result.markers = source.markers;
     result.displacement = source.displacement;
     result.full_scale = source.full_scale;

@@ -5,7 +5,7 @@
 namespace vyn {
 
 /// An image of these planes, without region plane, with everything of `source` that is not a plane
-/// of its pixels: names, degree, markers, displacement, full scale and where it saturated.
+/// of its pixels: names, degree, edges, markers, displacement, full scale and where it saturated.
 image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask);
 
 /// Raises AlgoError or DimError unless values, mask and, where there is one, region plane exist and

@@ -63,7 +63,8 @@ OutputPlanes resample_planes(const image& source, int width, int height, const R
                              Progress& progress) {
     SubProgress prefilter(progress, 0, 0.4);
     SubProgress evaluation(progress, 0.4, 1);
-    const SplineCoefficients spline(source.values(), source.mask(), source.degree, prefilter);
+    const SplineCoefficients spline(source.values(), source.mask(), source.degree, source.edges,
+                                    prefilter);
     OutputPlanes out{Bitmap<float>(width, height), Bitmap<std::uint8_t>(width, height), {}};
     if (source.has_region()) out.region = Bitmap<std::uint8_t>(width, height);
     const TileResampler tiles(source, spline, map, out);
@@ -90,6 +91,7 @@ image resample(const image& source, int width, int height, const RowMap& map, Pr
     result.name = source.name;
     result.file_name = source.file_name;
     result.degree = source.degree;
+    result.edges = source.edges;
     result.markers = source.markers;
     result.full_scale = source.full_scale;
     return result;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "api/extended_edges.h"
 #include "api/isa.h"
 #include "api/kernels/spline_basis.h"
 #include "api/parallel.h"
@@ -55,6 +56,13 @@ SplineFilter filter_of(int degree) {
     }
     filter.gain = static_cast<float>(gain * gain);
     return filter;
+}
+
+/// Ring from which on a spline of 32-bit coefficients feels no more than a millionth of what lies
+/// there: the prefilter fades by its largest pole per pixel.
+int edge_reach(int degree) {
+    const double pole = -double{filter_of(degree).pole[0]};
+    return static_cast<int>(std::ceil(std::log(1e-6) / std::log(pole)));
 }
 
 /// Mean of the finite valid pixels, 0 without any. Summed by rows, so that the threads do not show.
@@ -128,7 +136,7 @@ float weighted_sum(const SplinePlane& plane, double x, double y) {
 
 SplineCoefficients::SplineCoefficients(const Bitmap<float>& values,
                                        const Bitmap<std::uint8_t>& mask, int degree,
-                                       Progress& progress)
+                                       SplineEdges edges, Progress& progress)
     : degree_(degree), width_(values.width()), height_(values.height()) {
     if (!values.same_size(mask)) throw DimError("", {"api/spline", 118});
     filter_of(degree);
@@ -136,16 +144,36 @@ SplineCoefficients::SplineCoefficients(const Bitmap<float>& values,
     padded_ = Bitmap<float>(width_ + 2 * margin, height_ + 2 * margin);
     SubProgress rows(progress, 0, 0.5);
     SubProgress columns(progress, 0.5, 1);
-    if (!filter_rows(values, rows)) filter_rows(without_non_finite(values, mask, rows), rows);
+    if (edges == SplineEdges::extended)
+        filter_extended(values, mask, rows);
+    else
+        filter_stored(values, mask, rows);
     filter_columns(columns);
 }
 
-bool SplineCoefficients::filter_rows(const Bitmap<float>& values, Progress& progress) {
+void SplineCoefficients::filter_stored(const Bitmap<float>& values,
+                                       const Bitmap<std::uint8_t>& mask, Progress& progress) {
+    if (filter_rows(values.row(0), values.stride(), progress)) return;
+    const Bitmap<float> finite = without_non_finite(values, mask, progress);
+    filter_rows(finite.row(0), finite.stride(), progress);
+}
+
+void SplineCoefficients::filter_extended(const Bitmap<float>& values,
+                                         const Bitmap<std::uint8_t>& mask, Progress& progress) {
+    SubProgress extension(progress, 0, 0.5);
+    SubProgress rows(progress, 0.5, 1);
+    const FloatRows inner{padded_.row(margin) + margin, padded_.stride()};
+    extend_edges(values, mask, edge_reach(degree_), inner, extension);
+    filter_rows(inner.first, inner.stride, rows);
+}
+
+bool SplineCoefficients::filter_rows(const float* values, std::ptrdiff_t stride,
+                                     Progress& progress) {
     const SplineFilter filter = filter_of(degree_);
     const PrefilterKernels& kernels = active_prefilter_kernels();
     std::atomic<bool> finite{true};
     parallel_rows(height_, rows_per_block, progress, [&](int y0, int y1) {
-        if (!kernels.rows(filter, values.row(y0), values.stride(), width_, y1 - y0,
+        if (!kernels.rows(filter, values + y0 * stride, stride, width_, y1 - y0,
                           padded_.row(y0 + margin) + margin, padded_.stride()))
             finite.store(false, std::memory_order_relaxed);
     });

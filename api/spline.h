@@ -1,6 +1,6 @@
 #pragma once
 
-#include "api/bitmap.h"
+#include "api/image.h"
 #include "api/kernels/prefilter_kernels.h"
 #include "api/kernels/spline_kernels.h"
 #include "core/progress.h"
@@ -15,11 +15,13 @@ namespace vyn {
 class SplineCoefficients {
   public:
     /// `degree` 2 to 5, anything else raises AlgoError with the detail "Invalid spline degree".
-    /// Values are prefiltered as they are, excluded pixels included; non-finite ones are replaced
-    /// by the mean of the finite valid pixels (mask byte 0) first, since one NaN would spread over
-    /// the whole plane. Raises DimError when the planes differ in size.
+    /// With stored edges values are prefiltered as they are, excluded pixels included; non-finite
+    /// ones are replaced by the mean of the finite valid pixels (mask byte 0) first, since one NaN
+    /// would spread over the whole plane. With extended edges excluded and non-finite pixels get
+    /// the values of `extend_edges` first, as far as they can be felt. Raises DimError when the
+    /// planes differ in size.
     SplineCoefficients(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask, int degree,
-                       Progress& progress);
+                       SplineEdges edges, Progress& progress);
 
     int degree() const { return degree_; }
     int width() const { return width_; }
@@ -36,8 +38,12 @@ class SplineCoefficients {
     const Bitmap<float>& padded() const { return padded_; }
 
   private:
-    /// False when some value is not finite.
-    bool filter_rows(const Bitmap<float>& values, Progress& progress);
+    void filter_stored(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
+                       Progress& progress);
+    void filter_extended(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
+                         Progress& progress);
+    /// False when some value is not finite. The rows may be those of the coefficients themselves.
+    bool filter_rows(const float* values, std::ptrdiff_t stride, Progress& progress);
     void filter_columns(Progress& progress);
     SplinePlane plane() const;
     friend class SplineEvaluation;

@@ -9,6 +9,7 @@
 #include "align/dots/marker_centroid.h"
 #include "align/dots/marker_detection.h"
 #include "api/correction.h"
+#include "api/extended_edges.h"
 #include "api/filters.h"
 #include "api/parallel.h"
 #include "api/pixel_ops.h"
@@ -65,7 +66,16 @@ image aligned(const Scene& scene, const image& picture) {
 
 SplineCoefficients cubic(const image& picture) {
     Progress progress;
-    return SplineCoefficients(picture.values(), picture.mask(), 3, progress);
+    return SplineCoefficients(picture.values(), picture.mask(), 3, picture.edges, progress);
+}
+
+Bitmap<float> continued(const image& picture) {
+    constexpr int reach = 11;
+    Progress progress;
+    Bitmap<float> values(picture.width(), picture.height());
+    extend_edges(picture.values(), picture.mask(), reach, {values.row(0), values.stride()},
+                 progress);
+    return values;
 }
 
 image field_of(const Scene& scene, const image& off, const image& on) {
@@ -210,6 +220,7 @@ std::vector<Stage> our_stages(Inputs& inputs) {
          }},
         {"correct_fused", [&](Sink& sink) { sink.take(corrected(scene, scene.off)); }},
         {"prefilter", [&](Sink& sink) { sink.take(cubic(inputs.corrected_off).padded()); }},
+        {"extend_edges", [&](Sink& sink) { sink.take(continued(inputs.corrected_off)); }},
         {"spline_eval", [&](Sink& sink) { sink.take(evaluated(scene, inputs.coefficients)); }},
         {"undistort", [&](Sink& sink) { sink.take(undistorted(scene, inputs.corrected_off)); }},
         {"polywarp", [&](Sink& sink) { sink.take(aligned(scene, inputs.undistorted_on)); }},

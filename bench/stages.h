@@ -45,6 +45,7 @@ struct Inputs {
 /// triad          a = b + 2 c on three float planes: what the memory gives
 /// correct_fused  dark level, dark image and flat field of one image
 /// prefilter      cubic coefficients of one plane
+/// extend_edges   the image's valid values, continued as far as a cubic spline feels them
 /// spline_eval    cubic values from ready coefficients at the alignment's positions, which are
 ///                made row by row as the program does
 /// undistort      prefilter, positions, values, mask and region of one image

@@ -19,7 +19,8 @@ struct SplineFilter {
 inline constexpr int spline_margin = 16;
 
 struct PrefilterKernels {
-    /// Filters `count` rows and fills the mirrored margin left and right of them. `source` rows are
+    /// Filters `count` rows and fills the mirrored margin left and right of them. `source` may be
+    /// `out`. `source` rows are
     /// readable, `out` rows writable up to `spline_margin` elements beyond the width, and as many
     /// rows below the last are scratch. False when some source value is not finite; `out` is then
     /// meaningless.

@@ -22,7 +22,8 @@ image random_with_region(test::Size size, unsigned seed) {
 /// Pixel by pixel, as the rules say.
 image resampled_by_pixels(const image& source, int width, int height, const RowMap& map) {
     Progress progress;
-    const SplineCoefficients spline(source.values(), source.mask(), source.degree, progress);
+    const SplineCoefficients spline(source.values(), source.mask(), source.degree, source.edges,
+                                    progress);
     image result(width, height);
     result.fill_region(0);
     for (int y = 0; y < height; ++y)
@@ -194,7 +195,8 @@ TEST(Undistort, IteratesEveryLaneLikeASinglePixel) {
               Distortion{150, 33, 4e-5, 1e-9}}) {
             const test::UsingIsa using_isa(isa);
             Progress progress;
-            const SplineCoefficients spline(source.values(), source.mask(), 3, progress);
+            const SplineCoefficients spline(source.values(), source.mask(), 3, source.edges,
+                                            progress);
             const image result = undistort(source, lens, progress);
             for (int y = 0; y < 67; ++y)
                 for (int x = 0; x < 301; ++x) {

@@ -16,7 +16,7 @@ constexpr double largest = 220;  // of the random values
 
 SplineCoefficients spline_of(const image& picture, int degree) {
     Progress progress;
-    return {picture.values(), picture.mask(), degree, progress};
+    return {picture.values(), picture.mask(), degree, picture.edges, progress};
 }
 
 /// Rounding of float coefficients: the prefilter of one direction amplifies values by at most
@@ -202,7 +202,8 @@ TEST(SplineCoefficients, RefuseOtherDegreesAndSizes) {
         }
     }
     Progress progress;
-    EXPECT_THROW(SplineCoefficients(picture.values(), Bitmap<std::uint8_t>(4, 5), 3, progress),
+    EXPECT_THROW(SplineCoefficients(picture.values(), Bitmap<std::uint8_t>(4, 5), 3, picture.edges,
+                                    progress),
                  DimError);
 }
 

@@ -1,6 +1,7 @@
 vyn_tests(api
     SOURCES
         bitmap_test.cpp
+        extended_edges_test.cpp
         filters_test.cpp
         fused_passes_test.cpp
         image_io_test.cpp
