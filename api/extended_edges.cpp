@@ -165,7 +165,7 @@ class EdgeExtension {
 
 void extend_edges(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask, int reach,
                   FloatRows out, Progress& progress) {
-    if (!values.same_size(mask)) throw DimError("api/extended_edges", __LINE__);
+    if (!values.same_size(mask)) throw DimError();
     if (values.empty()) return;
     SubProgress taking(progress, 0, 0.5);
     SubProgress filling(progress, 0.5, 1);

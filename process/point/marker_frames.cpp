@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "api/lens.h"
 #include "calib/camera.h"
 #include "core/errors.h"
 #include "core/log.h"
@@ -93,8 +92,8 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
     if (saving.set_key && read(data, raw->marker_file) != file.string())
         write(data, raw->marker_file, file.string());
     if (saving.camera_frame) {
-        get_log().write(
-            3, file.string() + ": markers of " + picture.name + " in raw pixels of " + raw->name);
+        get_log().write(LogLevel::information, file.string() + ": markers of " + picture.name +
+                                                   " in raw pixels of " + raw->name);
         if (const auto camera_picture = images.find(raw->name)) {
             image marked = *camera_picture;
             marked.markers = set;

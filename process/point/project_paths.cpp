@@ -33,7 +33,8 @@ fs::path find_input(dataSetInterface& data, const std::string& file_name, std::s
     fs::path found = locate(named, folder);
     if (named.is_absolute() && !found.empty() && found != named)
         get_log().write(
-            3, file_name + " is not there; taken from beside the project file: " + found.string());
+            LogLevel::information,
+            file_name + " is not there; taken from beside the project file: " + found.string());
     if (!found.empty()) return found;
     throw FileError("Can't open file for reading!",
                     (named.is_relative() ? folder / named : named).string() +

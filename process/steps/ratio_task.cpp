@@ -2,6 +2,7 @@
 
 #include "api/field_conversion.h"
 #include "api/filters.h"
+#include "api/image_list.h"
 #include "api/resample.h"
 #include "core/keys.h"
 #include "core/log.h"
