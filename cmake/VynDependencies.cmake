@@ -25,10 +25,14 @@ find_package(nlohmann_json QUIET)
 vyn_require(nlohmann_json_FOUND nlohmann-json3-dev)
 find_package(OpenSSL QUIET COMPONENTS Crypto)
 vyn_require(OPENSSL_FOUND libssl-dev)
-find_package(GTest QUIET)
-vyn_require(GTest_FOUND libgtest-dev)
-find_package(benchmark QUIET)
-vyn_require(benchmark_FOUND libbenchmark-dev)
+if(VYN_TESTS)
+    find_package(GTest QUIET)
+    vyn_require(GTest_FOUND libgtest-dev)
+    find_package(benchmark QUIET)
+    vyn_require(benchmark_FOUND libbenchmark-dev)
+    find_package(Qt5Test QUIET)
+    vyn_require(Qt5Test_FOUND qtbase5-dev)
+endif()
 
 find_package(PkgConfig QUIET)
 vyn_require(PkgConfig_FOUND pkg-config)
@@ -37,7 +41,7 @@ vyn_require(CFITSIO_FOUND libcfitsio-dev)
 pkg_check_modules(LIBZIP QUIET IMPORTED_TARGET libzip)
 vyn_require(LIBZIP_FOUND libzip-dev)
 
-find_package(Qt5 5.15 QUIET COMPONENTS Widgets Test)
+find_package(Qt5 5.15 QUIET COMPONENTS Widgets)
 vyn_require(Qt5_FOUND qtbase5-dev)
 find_package(Qt5Svg QUIET)
 vyn_require(Qt5Svg_FOUND libqt5svg5-dev)
@@ -46,16 +50,21 @@ vyn_require(Qt5Help_FOUND qttools5-dev)
 pkg_check_modules(QWT QUIET IMPORTED_TARGET Qt5Qwt6)
 vyn_require(QWT_FOUND libqwt-qt5-dev)
 # Qwt 6.1 names a destructor with template arguments, which C++20 took out of the language. Targets
-# with plots see a corrected copy of that header first; its include guard keeps the other one away.
+# with plots see a corrected copy of that header first, among the precompiled headers of Qt; its include
+# guard keeps the other one away.
 find_file(QWT_SERIES_STORE qwt_series_store.h PATHS ${QWT_INCLUDE_DIRS} NO_DEFAULT_PATH REQUIRED)
 file(READ ${QWT_SERIES_STORE} qwt_text)
 string(REPLACE "QwtSeriesStore<T>();" "QwtSeriesStore();" qwt_text "${qwt_text}")
+set(VYN_QT_HEADERS <QtWidgets> <memory> <string> <vector>
+    ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h
      CONTENT "${qwt_text}" @ONLY)
-add_library(vyn_qwt INTERFACE)
-target_link_libraries(vyn_qwt INTERFACE PkgConfig::QWT)
-target_precompile_headers(vyn_qwt INTERFACE
-    ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h)
+if(VYN_WINDOWS)
+    vyn_precompiled(vyn_qt_headers
+        HEADERS ${VYN_QT_HEADERS}
+        LINK vyn_qt_flags Qt5::Widgets
+        INCLUDES ${QWT_INCLUDE_DIRS})
+endif()
 
 if(VYN_BENCH_PEERS)
     find_package(OpenCV QUIET COMPONENTS core imgproc)

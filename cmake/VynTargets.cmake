@@ -2,7 +2,10 @@
 add_library(vyn_flags INTERFACE)
 target_include_directories(vyn_flags INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}/generated)
 target_compile_options(vyn_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor)
+if(VYN_WERROR)
+    target_compile_options(vyn_flags INTERFACE -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # g++ 12 sees overlapping copies in `"text" + std::string` where there are none (GCC bug 105651).
     target_compile_options(vyn_flags INTERFACE -Wno-restrict)
@@ -21,6 +24,21 @@ if(VYN_SANITIZE)
     target_link_options(vyn_flags INTERFACE -fsanitize=${VYN_SANITIZE})
 endif()
 
+# vyn_precompiled(NAME HEADERS ... [LINK ...] [INCLUDES ...]): headers that many sources of many targets read, compiled
+# once. Every target that names them (vyn_use_precompiled) has the same flags, and at least the definitions
+# of the libraries in LINK; INCLUDES are folders that only the headers need.
+function(vyn_precompiled name)
+    cmake_parse_arguments(ARG "" "" "HEADERS;LINK;INCLUDES" ${ARGN})
+    add_library(${name} OBJECT EXCLUDE_FROM_ALL ${CMAKE_SOURCE_DIR}/cmake/precompiled.cpp)
+    target_link_libraries(${name} PRIVATE vyn_flags ${ARG_LINK})
+    target_include_directories(${name} SYSTEM PRIVATE ${ARG_INCLUDES})
+    target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+endfunction()
+
+function(vyn_use_precompiled target headers)
+    target_precompile_headers(${target} REUSE_FROM ${headers})
+endfunction()
+
 # vyn_library(NAME STATIC|SHARED SOURCES ... LINK ... [PRIVATE_LINK ...])
 function(vyn_library name kind)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
@@ -37,15 +55,17 @@ endfunction()
 function(vyn_ui_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
     vyn_library(${name} STATIC SOURCES ${ARG_SOURCES} LINK ${ARG_LINK} Qt5::Widgets)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
     vyn_use_qt(${name})
 endfunction()
 
-# Precompiled Qt headers, meta objects and resources for a target with widgets.
+# The promises to Qt, and its precompiled headers, for a target with widgets.
+add_library(vyn_qt_flags INTERFACE)
+target_compile_definitions(vyn_qt_flags INTERFACE
+    QT_DISABLE_DEPRECATED_BEFORE=0x060000 QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
 function(vyn_use_qt name)
-    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
-    target_compile_definitions(${name} PRIVATE
-        QT_DISABLE_DEPRECATED_BEFORE=0x060000 QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
-    target_precompile_headers(${name} PRIVATE <QtWidgets> <memory> <string> <vector>)
+    target_link_libraries(${name} PRIVATE vyn_qt_flags)
+    vyn_use_precompiled(${name} vyn_qt_headers)
 endfunction()
 
 # vyn_kernels(TARGET FILE ...): compiles each file once per vector width, as namespaces
@@ -70,11 +90,17 @@ function(vyn_kernels target)
     endforeach()
 endfunction()
 
+# What a user starts, and what that loads; `plugins` is part of `programs`.
+add_custom_target(plugins)
+add_custom_target(programs)
+add_dependencies(programs plugins)
+
 # vyn_plugin(NAME SUFFIX SOURCES ... LINK ...): a format in a shared object that the registry finds.
 function(vyn_plugin name suffix)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
     add_library(vyn_plugin_${name} MODULE ${ARG_SOURCES})
     target_link_libraries(vyn_plugin_${name} PRIVATE vyn_flags vyn_api ${ARG_LINK})
+    add_dependencies(plugins vyn_plugin_${name})
     set_target_properties(vyn_plugin_${name} PROPERTIES
         PREFIX "" OUTPUT_NAME ${name} SUFFIX ".${suffix}"
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/plugins/${name}

@@ -1,0 +1,1 @@
+// Nothing: the source that a target of precompiled headers must have.
