@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "core/errors.h"
 #include "core/progress.h"
 #include "plugins/tiff_support/tiff_file.h"
 #include "plugins/tiff_support/tiff_samples.h"
