@@ -178,6 +178,8 @@ void DisplacementMap::write_field_file(const std::string& file_name) const {
                         {source_unit, write_line});
     image picture(field.width(), field.height());
     picture.name = name;
+    picture.quantity = {Quantity::Kind::displacement};
+    picture.unit = "px";
     Displacement displacement{Bitmap<float>(field.width(), field.height()),
                               Bitmap<float>(field.width(), field.height()), step};
     for (int row = 0; row < field.height(); ++row)

@@ -49,6 +49,8 @@ image correct_intensity(const image& source, float dark_level, const image* dark
         }
     });
     image result = with_planes(source, std::move(values), std::move(mask));
+    result.quantity = {Quantity::Kind::corrected_intensity};
+    if (flat) result.unit.clear();  // a flat field is of any scale
     result.set_region(std::move(region));
     return result;
 }

@@ -19,6 +19,8 @@ namespace {
 constexpr int rows_per_block = 32;
 constexpr float infinity = std::numeric_limits<float>::infinity();
 
+constexpr Quantity intensity_ratio{Quantity::Kind::intensity_ratio};
+
 FieldRowLaw::Output row_output(FieldQuantity quantity) {
     switch (quantity) {
         case FieldQuantity::pressure:
@@ -62,8 +64,10 @@ class RowResult {
                         static_cast<std::size_t>(source_.width()));
     }
 
-    image take() {
+    image take(Quantity quantity, const std::string& unit = {}) {
         image result = with_planes(source_, std::move(values_), std::move(mask_));
+        result.quantity = quantity;
+        result.unit = unit;
         if (source_.has_region()) result.set_region(std::move(region_));
         return result;
     }
@@ -81,6 +85,20 @@ ConstPixelRow const_row(const image& picture, int y) {
 
 }  // namespace
 
+Quantity quantity_of(FieldQuantity quantity) {
+    switch (quantity) {
+        case FieldQuantity::pressure:
+            return {Quantity::Kind::pressure};
+        case FieldQuantity::p_over_static:
+            return {Quantity::Kind::p_over_static};
+        case FieldQuantity::cp:
+            return {Quantity::Kind::cp};
+        case FieldQuantity::ratio:
+            break;
+    }
+    return intensity_ratio;
+}
+
 image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits& limits,
                  Progress& progress) {
     check_all_planes(wind_off);
@@ -97,7 +115,7 @@ image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits&
             result.copy_region(y);
         }
     });
-    return result.take();
+    return result.take(intensity_ratio);
 }
 
 image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& limits,
@@ -128,7 +146,7 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
             result.copy_region(y);
         }
     });
-    image ratio = result.take();
+    image ratio = result.take(intensity_ratio);
     if (limits.clamp) {
         clamp_above(ratio, limits.upper);
         clamp_below(ratio, limits.lower);
@@ -150,7 +168,9 @@ image convert_field(const image& ratio, const FieldConversion& conversion, Progr
             result.copy_region(y);
         }
     });
-    return result.take();
+    if (conversion.quantity == FieldQuantity::ratio) return result.take(ratio.quantity, ratio.unit);
+    return result.take(quantity_of(conversion.quantity),
+                       conversion.quantity == FieldQuantity::pressure ? conversion.unit : "");
 }
 
 }  // namespace vyn

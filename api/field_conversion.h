@@ -10,6 +10,9 @@ namespace vyn {
 /// Which quantity a field holds.
 enum class FieldQuantity { pressure, p_over_static, cp, ratio };
 
+/// As an image of it states it.
+Quantity quantity_of(FieldQuantity quantity);
+
 /// The paint law at one temperature: P = a + b R + c R^2, R the intensity ratio scaled by the
 /// wind-off ratio, P in the paint's pressure unit.
 struct PaintLaw {
@@ -26,6 +29,7 @@ struct FieldConversion {
     double static_pressure = 0;
     double dynamic_pressure = 0;
     double unit_factor = 1;  ///< output pressure unit per paint pressure unit
+    std::string unit;        ///< name of the output pressure unit
     bool limit = false;      ///< apply the two limits, as 32-bit floats:
     float lower = 0;         ///< pixels below are excluded
     float upper = 0;         ///< pixels above become this value
@@ -62,7 +66,7 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
 /// The field of a ratio image, in one pass. A result that is not finite excludes the pixel, which
 /// keeps its ratio. The bits are those of the law evaluated in 64-bit for every valid pixel,
 /// rounded to 32-bit, and of exclude_below and clamp_above after it, which work inside the region
-/// only.
+/// only. The field knows its quantity and, when it is a pressure, its unit.
 image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress);
 
 }  // namespace vyn

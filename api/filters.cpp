@@ -91,7 +91,8 @@ FilterRow FilterPass::row(int y, image& out) const {
 }
 
 image FilterPass::limited() const {
-    image copy = picture;
+    image copy = with_planes(picture, picture.values(), picture.mask());
+    if (picture.has_region()) copy.set_region(picture.region());
     exclude_below(copy, limits.lower);
     clamp_above(copy, limits.upper);
     return copy;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "api/bitmap.h"
+#include "api/quantity.h"
 #include "api/shared_plane.h"
 #include "markers/marker.h"
 
@@ -27,13 +28,33 @@ using ImageOrigin = std::map<std::string, std::string>;
 /// a smooth continuation of the valid pixels around.
 enum class SplineEdges { stored, extended };
 
+/// Everything of an image but its pixels.
+struct ImageAttributes {
+    std::string name;
+    std::string file_name;
+    std::string
+        file_sha256;     ///< digest of the file that the image came from, hexadecimal; may be empty
+    ImageOrigin origin;  ///< of a loaded or computed image; empty when unknown
+    Quantity quantity;   ///< what the values are
+    std::string unit;    ///< of the values; empty for none and when unknown
+    int degree = 3;      ///< of the B-spline interpolation, 2 to 5
+    SplineEdges edges = SplineEdges::stored;  ///< of the B-spline interpolation
+    MarkerSet markers;
+    std::optional<Displacement> displacement;
+
+    /// What a reader knows of the file's pixels: largest value that its type can hold (0 = unknown)
+    /// and, when some pixel reached it in any averaged frame, where (1 = saturated).
+    double full_scale = 0;
+    std::shared_ptr<const Bitmap<std::uint8_t>> saturated;
+};
+
 /// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole
 /// coordinates, x is the column and y the row.
 ///
 /// An excluded pixel (mask not 0) keeps its value; computations leave it out, but for the
 /// interpolation with stored edges, whose splines run through all pixels. Copies share their planes
 /// until one of them is written to.
-class image {
+class image : public ImageAttributes {
   public:
     image() = default;
     /// Planes of this size, values unspecified, all valid.
@@ -54,6 +75,9 @@ class image {
     const Bitmap<std::uint8_t>& mask() const;
     Bitmap<std::uint8_t>& region();  ///< 1 = inside the region of interest, 0 = outside
     const Bitmap<std::uint8_t>& region() const;
+
+    ImageAttributes& attributes() { return *this; }
+    const ImageAttributes& attributes() const { return *this; }
 
     bool has_values() const { return has_values_; }
     bool has_mask() const { return has_mask_; }
@@ -85,21 +109,6 @@ class image {
     /// Raises AlgoError when values or mask are missing, DimError when their sizes differ: what
     /// every pixel operation checks before it changes anything.
     void check_planes() const;
-
-    std::string name;
-    std::string file_name;
-    std::string
-        file_sha256;     ///< digest of the file that the image came from, hexadecimal; may be empty
-    ImageOrigin origin;  ///< of a loaded or computed image; empty when unknown
-    int degree = 3;      ///< of the B-spline interpolation, 2 to 5
-    SplineEdges edges = SplineEdges::stored;  ///< of the B-spline interpolation
-    MarkerSet markers;
-    std::optional<Displacement> displacement;
-
-    /// What a reader knows of the file's pixels: largest value that its type can hold (0 = unknown)
-    /// and, when some pixel reached it in any averaged frame, where (1 = saturated).
-    double full_scale = 0;
-    std::shared_ptr<const Bitmap<std::uint8_t>> saturated;
 
   private:
     SharedPlane<float> values_;

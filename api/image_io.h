@@ -98,7 +98,7 @@ int register_plugins(const char* pattern);
 std::vector<std::filesystem::path> plugin_folders();
 
 /// What a plug-in exports under the name `vyn_plugin_2dio` or `vyn_plugin_3dio`.
-inline constexpr int plugin_interface_version = 2;
+inline constexpr int plugin_interface_version = 3;
 template <class Format>
 struct PluginEntry {
     int interface_version;

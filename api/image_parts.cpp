@@ -10,16 +10,16 @@ std::string size_text(int width, int height) {
 
 }  // namespace
 
-image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask) {
+image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask,
+                  PixelFrame frame) {
     image result(std::move(values), std::move(mask));
-    result.name = source.name;
-    result.file_name = source.file_name;
-    result.degree = source.degree;
-    result.edges = source.edges;
-    result.markers = source.markers;
-    result.displacement = source.displacement;
-    result.full_scale = source.full_scale;
-    result.saturated = source.saturated;
+    result.attributes() = source.attributes();
+    result.file_sha256.clear();
+    result.origin.clear();
+    if (frame == PixelFrame::other) {
+        result.displacement.reset();
+        result.saturated.reset();
+    }
     return result;
 }
 

@@ -4,9 +4,18 @@
 
 namespace vyn {
 
-/// An image of these planes, without region plane, with everything of `source` that is not a plane
-/// of its pixels: names, degree, edges, markers, displacement, full scale and where it saturated.
-image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask);
+/// Where the pixels of an image lie that is made from another one.
+enum class PixelFrame {
+    same,   ///< on the pixels of the source
+    other,  ///< elsewhere: moved, undistorted, of another size
+};
+
+/// An image like `source` with other planes and without region plane. It keeps the attributes but
+/// the source's digest and origin, since these values come from no file and from other settings,
+/// and in another frame the displacement and where the source saturated; whoever moves pixels moves
+/// the markers too. Nothing counts as saved.
+image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask,
+                  PixelFrame frame = PixelFrame::same);
 
 /// Raises AlgoError or DimError unless values, mask and, where there is one, region plane exist and
 /// have one size.

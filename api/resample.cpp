@@ -86,14 +86,9 @@ image resample(const image& source, int width, int height, const RowMap& map, Pr
     OutputPlanes out = source.values().empty()
                            ? outside_planes(source, width, height)
                            : resample_planes(source, width, height, map, progress);
-    image result(std::move(out.values), std::move(out.mask));
+    image result =
+        with_planes(source, std::move(out.values), std::move(out.mask), PixelFrame::other);
     if (source.has_region()) result.set_region(std::move(out.region));
-    result.name = source.name;
-    result.file_name = source.file_name;
-    result.degree = source.degree;
-    result.edges = source.edges;
-    result.markers = source.markers;
-    result.full_scale = source.full_scale;
     return result;
 }
 

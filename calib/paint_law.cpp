@@ -69,8 +69,10 @@ PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeature
     conversion.wind_off_ratio = ratio.value;
     conversion.static_pressure = adjusted.static_p;
     conversion.dynamic_pressure = adjusted.dynamic_p;
-    if (quantity == FieldQuantity::pressure)
+    if (quantity == FieldQuantity::pressure) {
         conversion.unit_factor = convert_pressure(1, prepared.paint.pressure_unit, flow.p_unit);
+        conversion.unit = flow.p_unit;
+    }
     prepared.flow_in_paint_units = adjusted;
     return prepared;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/image_parts.h"
 #include "api/pixel_ops.h"
 
 namespace vyn {
@@ -32,8 +33,11 @@ Limits difference_limits(const ImageLevels& a, const ImageLevels& b) {
 }
 
 std::shared_ptr<const image> difference_of(const image& a, const image& b) {
-    auto difference = std::make_shared<image>(a);
-    difference->drop_region();
+    auto difference = std::make_shared<image>(with_planes(a, a.values(), a.mask()));
+    if (a.quantity != b.quantity || a.unit != b.unit) {
+        difference->quantity = {};
+        difference->unit.clear();
+    }
     subtract(*difference, b);
     return difference;
 }

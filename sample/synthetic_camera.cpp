@@ -127,16 +127,20 @@ SyntheticCamera reference_camera(const SyntheticOptions& options) {
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
                    const PolyTransform& motion, const SyntheticLight& light,
                    SyntheticPictures& pictures, Progress& progress) {
-    const auto empty_plane = [&camera](image& picture, const char* name) -> Bitmap<float>& {
+    const auto empty_plane = [&camera](image& picture, const char* name,
+                                       Quantity::Kind kind =
+                                           Quantity::Kind::raw_counts) -> Bitmap<float>& {
         picture = image(camera.width, camera.height);
         picture.name = name;
+        picture.quantity = {kind};
+        if (kind == Quantity::Kind::raw_counts) picture.unit = count_unit;
         return picture.values();
     };
     Bitmap<float>& off = empty_plane(pictures.wind_off, "wind_off");
     Bitmap<float>& on = empty_plane(pictures.wind_on, "wind_on");
     Bitmap<float>& off_dark_plane = empty_plane(pictures.wind_off_dark, "wind_off_dark");
     Bitmap<float>& on_dark_plane = empty_plane(pictures.wind_on_dark, "wind_on_dark");
-    Bitmap<float>& flat_plane = empty_plane(pictures.flat, "flat");
+    Bitmap<float>& flat_plane = empty_plane(pictures.flat, "flat", Quantity::Kind::flat_field);
     const Recorder recorded(camera, options);
     parallel_rows(camera.height, row_block, progress, [&](int y0, int y1) {
         for (int y = y0; y < y1; ++y)

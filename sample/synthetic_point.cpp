@@ -70,6 +70,8 @@ image field_of(const SyntheticOptions& options, const SyntheticScene& scene, con
                Progress& progress, ValueAt value_at) {
     image field(options.width, options.height);
     field.name = name;
+    field.quantity = quantity_of(options.quantity);
+    if (options.quantity == FieldQuantity::pressure) field.unit = synthetic_flow().p_unit;
     Bitmap<float>& values = field.values();
     Bitmap<std::uint8_t>& mask = field.mask();
     parallel_rows(options.height, row_block, progress, [&](int y0, int y1) {

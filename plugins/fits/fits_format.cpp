@@ -9,6 +9,7 @@
 
 #include "api/image_io.h"
 #include "plugins/fits/fits_file.h"
+#include "plugins/support/attributes.h"
 #include "plugins/support/burst.h"
 #include "plugins/support/provenance.h"
 #include "plugins/support/refusal.h"
@@ -20,6 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int rows_per_poll = 64;
+constexpr const char* unit_keyword = "BUNIT";
+constexpr const char* quantity_keyword = "QUANTITY";
 
 /// FITS images; a third axis counts the frames of a burst. The file's first row is the picture's
 /// first row.
@@ -114,6 +117,21 @@ double full_scale(FitsFile& file, int type) {
     return greatest + keyword("BZERO", 0);
 }
 
+/// Empty when it is missing or no text.
+std::string text_keyword(FitsFile& file, const char* name) {
+    int missing = 0;
+    char value[FLEN_VALUE] = "";
+    fits_read_key(file.handle(), TSTRING, name, value, nullptr, &missing);
+    return missing == 0 ? value : "";
+}
+
+void write_text_keyword(FitsFile& file, const char* name, std::string value) {
+    // Headers are plain ASCII.
+    if (value.empty() || std::ranges::any_of(value, [](char c) { return c < ' ' || c > '~'; }))
+        return;
+    fits_update_key(file.handle(), TSTRING, name, value.data(), nullptr, file.status());
+}
+
 image FitsFormat::read(const fs::path& path, Progress& progress) const {
     FitsFile file(path, FitsFile::Mode::read);
     if (!file.good()) refuse_library(path, file);
@@ -142,17 +160,22 @@ image FitsFormat::read(const fs::path& path, Progress& progress) const {
             ++done;
         }
     progress.fraction(1);
-    return burst.take(path);
+    image result = burst.take(path);
+    result.quantity = quantity_stored_as(text_keyword(file, quantity_keyword));
+    result.unit = sound_unit(text_keyword(file, unit_keyword));
+    return result;
 }
 
 void write_header(FitsFile& file, const image& picture, const ImageWriteOptions& options) {
     std::array<long, 2> sides{picture.width(), picture.height()};
     fits_create_img(file.handle(), FLOAT_IMG, 2, sides.data(), file.status());
-    std::string creator = software_name();
-    fits_update_key(file.handle(), TSTRING, "CREATOR", creator.data(), nullptr, file.status());
+    write_text_keyword(file, "CREATOR", software_name());
+    if (picture.quantity.known())
+        write_text_keyword(file, quantity_keyword, stored_name(picture.quantity));
+    write_text_keyword(file, unit_keyword, picture.unit);
     // One long line; the library splits it to the 72 columns of the cards.
-    if (!options.provenance.empty())
-        fits_write_history(file.handle(), ascii_json(options.provenance).c_str(), file.status());
+    if (const std::string text = image_description(picture, options.provenance); !text.empty())
+        fits_write_history(file.handle(), text.c_str(), file.status());
 }
 
 void FitsFormat::write(const image& picture, const fs::path& path, const ImageWriteOptions& options,

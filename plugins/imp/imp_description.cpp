@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "core/numbers.h"
+#include "plugins/support/attributes.h"
 #include "plugins/support/provenance.h"
 
 namespace vyn::plugins {
@@ -105,16 +106,19 @@ bool is_imp_description(const std::string& text) {
     return text.find('"' + std::string(format_name) + '"') != std::string::npos;
 }
 
-std::string write_description(const ImpDescription& content, const std::string& provenance) {
+std::string write_description(const ImageAttributes& attributes,
+                              const std::vector<std::string>& pages,
+                              const std::string& provenance) {
     Json document{{"format", format_name},
                   {"version", imp_version},
                   {"software", software_name()},
-                  {"pages", content.pages},
-                  {"name", content.name},
-                  {"degree", content.degree},
-                  {"displacementStep", content.displacement_step},
-                  {"fullScale", from_double(content.full_scale)},
-                  {"markers", marker_set_json(content.markers)}};
+                  {"pages", pages},
+                  {"name", attributes.name},
+                  {"degree", attributes.degree},
+                  {"displacementStep", attributes.displacement ? attributes.displacement->step : 1},
+                  {"fullScale", from_double(attributes.full_scale)},
+                  {"markers", marker_set_json(attributes.markers)}};
+    add_attributes(document, attributes);
     if (!provenance.empty()) document["provenance"] = Json::parse(ascii_json(provenance));
     constexpr int one_line = -1;
     constexpr bool ensure_ascii = true;
@@ -131,11 +135,13 @@ ImpDescription parse_description(const std::string& text) {
                " is newer than this program can read (" + std::to_string(imp_version) + ")");
     ImpDescription content;
     content.pages = parse_pages(entry(document, "pages"));
-    content.name = entry(document, "name").get<std::string>();
-    content.degree = to_int(document, "degree", 2, 5);
+    ImageAttributes& attributes = content.attributes;
+    attributes.name = entry(document, "name").get<std::string>();
+    attributes.degree = to_int(document, "degree", 2, 5);
     content.displacement_step = to_int(document, "displacementStep", 1);
-    content.full_scale = to_double(document, "fullScale");
-    content.markers = parse_marker_set(entry(document, "markers"));
+    attributes.full_scale = to_double(document, "fullScale");
+    attributes.markers = parse_marker_set(entry(document, "markers"));
+    take_attributes(document, attributes);
     return content;
 }
 

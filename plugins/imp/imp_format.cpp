@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "api/image_io.h"
 #include "plugins/imp/imp_description.h"
@@ -111,6 +112,7 @@ image ImpFormat::read(const fs::path& path, Progress& progress) const {
     TiffFile file = TiffFile::open(path);
     ImpDescription content = read_description(file);
     image picture;
+    picture.attributes() = std::move(content.attributes);
     double done = 0;
     const auto count = static_cast<double>(content.pages.size());
     for (const auto& page : content.pages) {
@@ -121,10 +123,6 @@ image ImpFormat::read(const fs::path& path, Progress& progress) const {
     }
     if (const auto reason = misfit(picture); !reason.empty()) refuse(path, reason);
     exclude_non_finite(picture);
-    picture.name = std::move(content.name);
-    picture.degree = content.degree;
-    picture.markers = std::move(content.markers);
-    picture.full_scale = content.full_scale;
     if (picture.displacement) picture.displacement->step = content.displacement_step;
     return picture;
 }
@@ -151,22 +149,17 @@ void for_each_plane(const image& picture, const Write& write) {
 void ImpFormat::write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
                       Progress& progress) const {
     if (const auto reason = misfit(picture); !reason.empty()) fail_writing(file, reason);
-    ImpDescription content{{},
-                           picture.name,
-                           picture.degree,
-                           picture.markers,
-                           picture.displacement ? picture.displacement->step : 1,
-                           picture.full_scale};
+    std::vector<std::string> pages;
     std::uint64_t pixel_bytes = 0;
     for_each_plane(picture, [&](const char* page, const auto& plane) {
         if (plane.empty()) fail_writing(file, std::string("the plane ") + page + " is empty");
-        content.pages.emplace_back(page);
+        pages.emplace_back(page);
         pixel_bytes += plane.count() * sizeof(*plane.row(0));
     });
-    TiffWriter writer(file, pixel_bytes, static_cast<int>(content.pages.size()));
-    std::string text = write_description(content, options.provenance);
+    TiffWriter writer(file, pixel_bytes, static_cast<int>(pages.size()));
+    std::string text = write_description(picture, pages, options.provenance);
     double done = 0;
-    const auto count = static_cast<double>(content.pages.size());
+    const auto count = static_cast<double>(pages.size());
     for_each_plane(picture, [&](const char* page, const auto& plane) {
         SubProgress part(progress, done / count, (done + 1) / count);
         writer.add_page(plane.width(), plane.height(), {std::exchange(text, {}), page},

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "plugins/png/png_comment.h"
 #include "plugins/png/png_session.h"
+#include "plugins/support/attributes.h"
 #include "plugins/support/burst.h"
 #include "plugins/support/refusal.h"
 
@@ -127,8 +129,10 @@ image read_png(const fs::path& file, Progress& progress) {
     choose_rows(file, session, header);
     const auto pixels = read_pixels(file, session, header, progress);
     progress.fraction(1);
-    return header.depth == 16 ? convert<std::uint16_t>(file, header, pixels.data())
-                              : convert<png_byte>(file, header, pixels.data());
+    image picture = header.depth == 16 ? convert<std::uint16_t>(file, header, pixels.data())
+                                       : convert<png_byte>(file, header, pixels.data());
+    take_description(png_comment(file), picture);
+    return picture;
 }
 
 }  // namespace vyn::plugins

@@ -9,6 +9,7 @@
 #include "core/log.h"
 #include "core/numbers.h"
 #include "plugins/png/png_session.h"
+#include "plugins/support/attributes.h"
 #include "plugins/support/provenance.h"
 #include "plugins/support/refusal.h"
 
@@ -87,10 +88,21 @@ struct Text {
     std::string content;
 };
 
-std::vector<Text> make_texts(const ImageWriteOptions& options, const Mapping& mapping) {
+std::vector<Text> make_texts(const image& picture, const ImageWriteOptions& options,
+                             const Mapping& mapping) {
     std::vector<Text> texts{{"Software", software_name()}};
-    if (!options.provenance.empty()) texts.push_back({"Comment", ascii_json(options.provenance)});
-    if (options.scale == ImageWriteOptions::Scale::stretch)
+    const bool stretched = options.scale == ImageWriteOptions::Scale::stretch;
+    // A reader sees the counts of a stretched picture, which are of no quantity.
+    ImageAttributes attributes;
+    attributes.origin = picture.origin;
+    if (!stretched) {
+        attributes.quantity = picture.quantity;
+        attributes.unit = picture.unit;
+    }
+    if (std::string text = image_description(attributes, options.provenance); !text.empty())
+        texts.push_back({"Comment", std::move(text)});
+    if (picture.quantity.known()) texts.push_back({"Quantity", field_label(picture).text()});
+    if (stretched)
         texts.push_back({"Value range", "1 = " + format_double(mapping.minimum) + ", " +
                                             format_double(mapping.highest) + " = " +
                                             format_double(mapping.maximum) + ", 0 = excluded"});
@@ -154,7 +166,8 @@ void write_png(const image& picture, const fs::path& file, const ImageWriteOptio
                                 : Mapping{highest};
     PngSession session(file, PngSession::Direction::write);
     if (!session.is_open()) fail_writing(file, "the file cannot be opened");
-    write_header(file, session, picture, highest > 255 ? 16 : 8, make_texts(options, mapping));
+    write_header(file, session, picture, highest > 255 ? 16 : 8,
+                 make_texts(picture, options, mapping));
 
     const png_structp png = session.png();
     std::vector<png_byte> row(2 * static_cast<std::size_t>(picture.width()));

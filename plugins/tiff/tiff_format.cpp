@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "api/image_io.h"
+#include "plugins/support/attributes.h"
 #include "plugins/support/burst.h"
-#include "plugins/support/provenance.h"
 #include "plugins/support/refusal.h"
 #include "plugins/tiff_support/tiff_file.h"
 #include "plugins/tiff_support/tiff_layout.h"
@@ -64,7 +64,8 @@ void read_frame(const TiffFile& file, const TiffPage& page, Progress& progress, 
 
 image TiffFormat::read(const fs::path& path, Progress& progress) const {
     TiffFile file = TiffFile::open(path);
-    if (description(file).find("\"vynlite-imp\"") != std::string::npos)
+    const std::string text = description(file);
+    if (text.find("\"vynlite-imp\"") != std::string::npos)
         refuse(path, "a field file (.imp), whose plug-in is not loaded");
     const Frames frames = find_frames(file);
     Burst burst(frames.page.width, frames.page.height, frames.count,
@@ -79,7 +80,9 @@ image TiffFormat::read(const fs::path& path, Progress& progress) const {
         SubProgress part(progress, begin / frames.count, (begin + 1) / frames.count);
         read_frame(file, frames.page, part, burst);
     }
-    return burst.take(path);
+    image picture = burst.take(path);
+    take_description(text, picture);
+    return picture;
 }
 
 void TiffFormat::write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
@@ -87,7 +90,7 @@ void TiffFormat::write(const image& picture, const fs::path& file, const ImageWr
     const auto& values = picture.values();
     const auto& mask = picture.mask();
     TiffPageText text;
-    if (!options.provenance.empty()) text.description = ascii_json(options.provenance);
+    text.description = image_description(picture, options.provenance);
     TiffWriter writer(file, values.count() * sizeof(float), 1);
     std::vector<float> row(static_cast<std::size_t>(values.width()));
     const std::function<const float*(int)> masked = [&](int y) {

@@ -1,5 +1,6 @@
 vyn_tests(api
     SOURCES
+        attributes_test.cpp
         bitmap_test.cpp
         extended_edges_test.cpp
         filters_test.cpp

@@ -1,5 +1,6 @@
 vyn_tests(plugins
     SOURCES
+        attributes_test.cpp
         fits_test.cpp
         hostile_files_test.cpp
         imp_test.cpp

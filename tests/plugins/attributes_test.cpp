@@ -1,0 +1,91 @@
+#include <gmock/gmock.h>
+
+#include "tests/plugins/sample_files.h"
+
+namespace vyn::test {
+namespace {
+
+using Kind = Quantity::Kind;
+
+image pressures() {
+    image picture = example_image();
+    picture.quantity = {Kind::pressure};
+    picture.unit = "kPa";
+    picture.origin = {{"project/flow/p_unit", "kPa"}, {"Iref > file", "a \"b\"\n\u0394.tif, 12"}};
+    return picture;
+}
+
+class Attributes : public testing::TestWithParam<const char*> {
+  protected:
+    image read_back(const image& picture, const ImageWriteOptions& options = {}) const {
+        write_image(picture, file_, options);
+        return read_image(file_);
+    }
+
+    TemporaryFolder folder_;
+    std::filesystem::path file_ = folder_ / (std::string("field.") + GetParam());
+    bool fits_ = std::string(GetParam()) == "fits";
+};
+
+TEST_P(Attributes, ComeBackFromTheFile) {
+    image picture = pressures();
+    picture.unit = fits_ ? "m'/s" : "\u00b5m";
+    const std::string provenances[] = {"", R"({"program": "x", "unit": 3})", "plain text"};
+    for (int kind = 0; kind <= static_cast<int>(Kind::displacement); ++kind) {
+        picture.quantity = {static_cast<Kind>(kind), kind % 2 == 1};
+        const image back = read_back(picture, {.provenance = provenances[kind % 3]});
+        EXPECT_EQ(back.quantity, picture.quantity) << kind;
+        EXPECT_EQ(back.unit, picture.unit) << kind;
+        EXPECT_EQ(back.origin, fits_ ? ImageOrigin() : picture.origin) << kind;
+    }
+}
+
+TEST_P(Attributes, AreNotGuessedForAFileWithoutThem) {
+    const image back = read_back(example_image());
+    EXPECT_EQ(back.quantity, Quantity());
+    EXPECT_EQ(field_label(back).text(), "value");
+    EXPECT_TRUE(back.origin.empty());
+}
+
+TEST_P(Attributes, ThatMakeNoSenseAreLeftOut) {
+    image picture = pressures();
+    for (const std::string& unit :
+         {std::string(100000, 'x'), std::string("a\tb"), std::string("Pa\x1b[31m"),
+          std::string("\u202epsi"), std::string("\xff\xfe"), std::string("a\0b", 3)}) {
+        picture.unit = unit;
+        const image back = read_back(picture);
+        EXPECT_EQ(back.quantity, Quantity{Kind::pressure});
+        EXPECT_EQ(back.unit, "") << unit.substr(0, 40);
+    }
+    if (fits_) return;
+    picture.origin = {{"huge", std::string(1 << 20, 'x')}, {"short", "x"}};
+    EXPECT_EQ(read_back(picture).origin, (ImageOrigin{{"short", "x"}}));
+
+    picture.unit = "kPa";
+    read_back(picture);
+    std::string bytes = get_file(file_);
+    for (const auto& [sound, wrong] :
+         {std::pair{R"("quantity":"pressure")", R"("quantity":[99999991])"},
+          {R"("unit":"kPa")", R"("unit":12345)"},
+          {R"("short":"x")", R"("short":100)"}}) {
+        const auto place = bytes.find(sound);
+        ASSERT_NE(place, std::string::npos) << sound;
+        bytes.replace(place, std::string(sound).size(), wrong);
+    }
+    put_file(file_, bytes);
+    const image back = read_image(file_);
+    EXPECT_EQ(back.quantity, Quantity());
+    EXPECT_EQ(back.unit, "");
+    EXPECT_TRUE(back.origin.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, Attributes, testing::Values("imp", "tif", "fits", "png"));
+
+TEST(PngAttributes, AStretchedPictureIsOfNoQuantity) {
+    TemporaryFolder folder;
+    write_image(pressures(), folder / "field.png", {ImageWriteOptions::Scale::stretch, {}});
+    EXPECT_EQ(field_label(read_image(folder / "field.png")).text(), "value");
+}
+
+}  // namespace
+}  // namespace vyn::test
