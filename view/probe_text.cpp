@@ -7,6 +7,7 @@ namespace vyn {
 namespace {
 
 constexpr int decimals = 6;  // those of printf's %f
+
 }  // namespace
 
 std::string probe_text(const ProbedPixel& pixel, const std::string& field_name) {

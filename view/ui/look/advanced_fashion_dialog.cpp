@@ -8,6 +8,7 @@
 #include <QRadioButton>
 #include <QSignalBlocker>
 
+#include "api/quantity.h"
 #include "view/ui/look/histogram_plot.h"
 
 namespace vyn {
@@ -65,7 +66,9 @@ QGroupBox* QAdvFashionDlg::make_channel_group(const QStringList& names) {
 
 void QAdvFashionDlg::show_values(const PictureValues& values) {
     QFashionDlg::show_values(values);
-    histogram_->set_histogram(values.histogram);
+    histogram_->set_histogram(
+        values.histogram,
+        values.picture ? QString::fromStdString(field_label(*values.picture).text()) : QString());
 }
 
 void QAdvFashionDlg::show_fashion(const Fashion& fashion) {

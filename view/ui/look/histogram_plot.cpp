@@ -23,8 +23,9 @@ HistogramPlot::HistogramPlot(QWidget* parent) : QWidget(parent) {
     setToolTip(tr("Drag the lines to change the limits"));
 }
 
-void HistogramPlot::set_histogram(const Histogram& histogram) {
+void HistogramPlot::set_histogram(const Histogram& histogram, const QString& quantity) {
     histogram_ = histogram;
+    quantity_ = quantity;
     update();
 }
 
@@ -78,6 +79,9 @@ void HistogramPlot::paintEvent(QPaintEvent*) {
         painter.drawText(QRectF(middle - half, area.bottom() + 3, 2 * half, fontMetrics().height()),
                          Qt::AlignCenter, text);
     }
+    painter.drawText(
+        area.adjusted(4, 2, -4, -2), Qt::AlignTop | Qt::AlignRight,
+        fontMetrics().elidedText(quantity_, Qt::ElideRight, static_cast<int>(area.width()) - 8));
     painter.setPen(QPen(QColor(0x1e, 0x88, 0xe5), 2));
     for (const double limit : {limits_.minimum, limits_.maximum})
         painter.drawLine(QPointF(x_of(limit), area.top()), QPointF(x_of(limit), area.bottom()));

@@ -13,7 +13,8 @@ class HistogramPlot : public QWidget {
   public:
     explicit HistogramPlot(QWidget* parent = nullptr);
 
-    void set_histogram(const Histogram& histogram);
+    /// `quantity` names the values, with their unit.
+    void set_histogram(const Histogram& histogram, const QString& quantity);
     void set_limits(const Limits& limits);
     QSize sizeHint() const override { return {320, 120}; }
     QSize minimumSizeHint() const override { return {160, 80}; }
@@ -35,6 +36,7 @@ class HistogramPlot : public QWidget {
     Grip grip_at(double x) const;
 
     Histogram histogram_;
+    QString quantity_;
     Limits limits_;
     Grip grip_ = Grip::none;
 };

@@ -5,11 +5,10 @@
 #include <QLabel>
 #include <QStatusBar>
 
-#include "core/data_set.h"
+#include "api/quantity.h"
 #include "core/errors.h"
 #include "render/difference.h"
 #include "render/prepared_picture.h"
-#include "view/probe_text.h"
 #include "view/ui/look/advanced_fashion_dialog.h"
 #include "view/ui/window/field_viewer_parts.h"
 
@@ -254,7 +253,7 @@ QString VynFieldViewer::caption() const {
 
 QString VynFieldViewer::quantity() const {
     const auto shown = picture();
-    return shown ? QString::fromStdString(field_label(*shown, vyn_db()).text()) : QString();
+    return shown ? QString::fromStdString(field_label(*shown).text()) : QString();
 }
 
 void VynFieldViewer::show_dialog(bool advanced) {

@@ -3,7 +3,7 @@
 #include <QMessageBox>
 #include <QStatusBar>
 
-#include "core/data_set.h"
+#include "api/quantity.h"
 #include "view/probe_text.h"
 #include "view/ui/window/field_viewer_parts.h"
 
@@ -149,7 +149,7 @@ void VynFieldViewer::show_probe(int x, int y, float value, bool background, bool
                                 bool has_vectors, float u, float v) {
     const ProbedPixel pixel{x, y, value, background, in_roi, has_vectors, u, v};
     const auto shown = picture();
-    const std::string name = shown ? field_label(*shown, vyn_db()).name : std::string();
+    const std::string name = shown ? field_label(*shown).name : std::string();
     statusBar()->showMessage(QString::fromStdString(probe_text(pixel, name)));
     parts_->function_bar->show_pixel(pixel);
 }

@@ -68,6 +68,7 @@ QGroupBox* VynFunctionBar::make_pixel_group() {
     auto* form = new QFormLayout(group);
     position_ = value_label("pixel_position");
     value_name_ = new QLabel;
+    value_name_->setTextFormat(Qt::PlainText);  // a unit comes from a file
     value_ = value_label("pixel_value");
     place_ = value_label("pixel_place");
     u_ = value_label("pixel_u");
