@@ -37,6 +37,13 @@ std::string with_share(double value, double range) {
            " % of the truth's range)";
 }
 
+/// A difference of two quantities means nothing.
+std::string complaint_about(const image& field, const image& truth) {
+    const bool known = field.quantity.known() && truth.quantity.known();
+    if (!known || (field.quantity == truth.quantity && field.unit == truth.unit)) return {};
+    return "the field holds " + quantity_words(field) + ", the truth " + quantity_words(truth);
+}
+
 std::string as_text(const FieldComparison& result) {
     const double range = result.truth_range();
     return "compared pixels  " + std::to_string(result.count) + "\n" + "truth            " +
@@ -47,8 +54,10 @@ std::string as_text(const FieldComparison& result) {
            std::to_string(result.max_y) + ")\n";
 }
 
-std::string as_json(const FieldComparison& result) {
-    nlohmann::ordered_json text = {{"count", result.count},
+std::string as_json(const FieldComparison& result, const image& field) {
+    nlohmann::ordered_json text = {{"quantity", stored_name(field.quantity)},
+                                   {"unit", field.unit},
+                                   {"count", result.count},
                                    {"truth_min", result.truth_min},
                                    {"truth_max", result.truth_max},
                                    {"rms_error", result.rms_error},
@@ -82,7 +91,9 @@ ExitStatus compare(const CompareOptions& options) {
         options.dot.value_or(options.markers.empty() ? 0 : usual_dot_distance);
     comparison.dots = dots_of(options.markers, field);
     const FieldComparison result = compare_fields(field, truth, comparison, progress);
-    print(options.json ? as_json(result) : as_text(result));
+    if (const std::string complaint = complaint_about(field, truth); !complaint.empty())
+        console().line("warning: " + complaint);
+    print(options.json ? as_json(result, field) : as_text(result));
     return ExitStatus::done;
 }
 

@@ -1,7 +1,9 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <vector>
 
+#include "api/image_io.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/interrupt.h"
@@ -18,6 +20,7 @@ struct GetOptions {
     std::string project;
     std::string key;
     bool table = false;
+    bool images = false;
 };
 
 std::string allowed_values(const KeyInfo& key) {
@@ -64,12 +67,34 @@ std::map<std::string, std::string> settings_of(const std::string& project) {
     return settings;
 }
 
+/// What the images of a container, or an image file, hold.
+std::string images_text(const std::string& file) {
+    InterruptProgress progress;
+    std::vector<std::shared_ptr<const image>> pictures;
+    if (is_container(file)) {
+        read_ims_data(file, progress);
+        pictures = get_ims().images;
+    } else {
+        pictures.push_back(std::make_shared<const image>(read_image(file, progress)));
+    }
+    std::string text = "# name\twidth\theight\tquantity\tunit\n";
+    for (const auto& picture : pictures)
+        text += picture->name + "\t" + std::to_string(picture->width()) + "\t" +
+                std::to_string(picture->height()) + "\t" + stored_name(picture->quantity) + "\t" +
+                picture->unit + "\n";
+    return text;
+}
+
 ExitStatus get(const GetOptions& options) {
     if (options.table) {
         print(table_text());
         return ExitStatus::done;
     }
     if (options.project.empty()) throw UsageError("get needs PROJECT or --table");
+    if (options.images) {
+        print(images_text(options.project));
+        return ExitStatus::done;
+    }
     const std::map<std::string, std::string> settings = settings_of(options.project);
     if (!options.key.empty()) {
         const auto found = settings.find(options.key);
@@ -92,6 +117,9 @@ Work prepare_get(CLI::App& app, const GlobalOptions&) {
     app.add_option("KEY", options->key, "setting whose value is printed; without it all");
     app.add_flag("--table", options->table,
                  "print the table of all settings: key, type, default, allowed values, meaning");
+    app.add_flag("--images", options->images,
+                 "print the images of a container, or what an image file holds: name, size, "
+                 "quantity, unit");
     return [options] { return get(*options); };
 }
 

@@ -28,7 +28,7 @@ struct RenderOptions {
     std::optional<double> maximum;
     double scale = 1;
     bool colour_bar = false;
-    std::string label;
+    std::optional<std::string> label;
     std::string title;
     std::string markers;
     bool image_markers = false;
@@ -56,16 +56,21 @@ Limits chosen_limits(const RenderOptions& options, const image& picture, Progres
     return limits;
 }
 
-PngTexts describe(const RenderOptions& options, const Limits& limits) {
+std::string own_label(const image& picture) {
+    const bool known = picture.quantity.known() || !picture.unit.empty();
+    return known ? field_label(picture).text() : std::string();
+}
+
+PngTexts describe(const RenderOptions& options, const PictureOptions& drawing) {
     const std::string program = std::string("VynLite ") + program_version;
     const nlohmann::ordered_json provenance = {
         {"program", program},
         {"rendered_from", {{"file", options.source}, {"sha256", file_sha256(options.source)}}},
         {"title", options.title},
-        {"quantity", options.label},
+        {"quantity", drawing.label},
         {"palette", options.palette},
-        {"minimum", limits.minimum},
-        {"maximum", limits.maximum}};
+        {"minimum", drawing.limits.minimum},
+        {"maximum", drawing.limits.maximum}};
     return {{"Software", program},
             {"Comment", provenance.dump(-1, ' ', /*ensure_ascii=*/true,
                                         nlohmann::json::error_handler_t::replace)}};
@@ -87,11 +92,11 @@ ExitStatus render_file(const RenderOptions& options) {
     drawing.limits = chosen_limits(options, picture, progress);
     drawing.scale = options.scale;
     drawing.colour_bar = options.colour_bar;
-    drawing.label = options.label;
+    drawing.label = options.label ? *options.label : own_label(picture);
     drawing.title = options.title;
     const RgbPicture drawn = draw_picture(picture, drawing);
     throw_if_aborted(progress);
-    write_png(drawn, options.target, describe(options, drawing.limits));
+    write_png(drawn, options.target, describe(options, drawing));
     return ExitStatus::done;
 }
 
@@ -111,8 +116,10 @@ Work prepare_render(CLI::App& app, const GlobalOptions&) {
         ->check(CLI::Range(0.001, 100.0));
     app.add_flag("--colour-bar,--color-bar", options->colour_bar,
                  "draw the colours' values beside");
-    app.add_option("--label", options->label,
-                   "text along the colour bar: quantity and unit, such as \"Pressure, Pa\"");
+    app.add_option(
+        "--label", options->label,
+        "text along the colour bar, such as \"Pressure, Pa\"; default the quantity and unit "
+        "that the image states");
     app.add_option("--title", options->title, "text above the picture");
     app.add_option("--markers", options->markers, "draw the markers of this file, with numbers");
     app.add_flag("--image-markers", options->image_markers,

@@ -24,9 +24,12 @@ void append(std::string& line, Number number) {
 }
 
 std::string header(const image& picture, std::string caption) {
-    std::ranges::replace(caption, '"', '\'');  // quotes end a text, and cannot be masked
+    std::string title = caption;
+    if (picture.quantity.known()) title += ", " + field_label(picture).text();
+    for (std::string* text : {&caption, &title})
+        std::ranges::replace(*text, '"', '\'');  // quotes end a text, and cannot be masked
     const bool vectors = picture.displacement.has_value();
-    std::string text = "TITLE=\"" + caption + "\"\n";
+    std::string text = "TITLE=\"" + title + "\"\n";
     text += "VARIABLES =\"x\" \"y\" \"i\" ";
     if (vectors) text += "\"u\" \"v\"";
     text += "\"b\"\n";

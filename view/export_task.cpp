@@ -59,12 +59,15 @@ std::vector<ExportType> export_types() {
 
 TaskOutcome ExportTask::run(TaskContext& context) {
     context.status("Writing " + request_.file.string());
-    const std::string settings =
-        request_.project_results ? json_text(provenance(vyn_db(), get_images())) : std::string();
+    const std::string settings = request_.project_results
+                                     ? json_text(provenance(*request_.picture, get_images()))
+                                     : std::string();
     switch (request_.kind) {
         case ExportKind::png_graphics: {
             PngTexts texts{{"Software", std::string("VynLite ") + program_version},
                            {"Title", request_.options.title}};
+            if (const auto& picture = *request_.picture; picture.quantity.known())
+                texts.emplace_back("Quantity", field_label(picture).text());
             if (!settings.empty()) texts.emplace_back("Description", settings);
             write_png(draw_picture(*request_.picture, request_.options), request_.file, texts);
             break;

@@ -84,6 +84,14 @@ void treat_saturated(dataSetInterface& data, image& picture) {
                                                    (exclude ? ", excluded" : ""));
 }
 
+/// What the project takes the file for, where the file does not say it itself.
+void state_quantity(image& picture, InputFile::Role role) {
+    if (picture.quantity.known()) return;
+    const bool counts = role != InputFile::Role::flat;
+    picture.quantity = {counts ? Quantity::Kind::raw_counts : Quantity::Kind::flat_field};
+    if (counts && picture.unit.empty()) picture.unit = count_unit;
+}
+
 image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& file,
                TaskContext& context) {
     image picture = load_named(data, file, raw.file.path, raw.name, context);
@@ -117,6 +125,7 @@ std::optional<image> load_image(dataSetInterface& data, std::string_view name,
     image picture = input.role == InputFile::Role::picture
                         ? load_raw(data, *input.raw, file, context)
                         : load_named(data, file, input.file.path, input.image, context);
+    state_quantity(picture, input.role);
     picture.origin = std::move(origin);
     picture.note_markers_saved();
     picture.note_mask_saved();

@@ -20,7 +20,7 @@ void write_with_provenance(const image& picture, const std::filesystem::path& fi
                            TaskContext& context) {
     context.status("Writing " + file.string());
     ImageWriteOptions options;
-    options.provenance = json_text(provenance(vyn_db(), get_images()));
+    options.provenance = json_text(provenance(picture, get_images()));
     write_image(picture, file, options, context);
 }
 

@@ -179,16 +179,18 @@ std::string conversion(const PreparedConversion& prepared) {
 }
 
 std::string stages(const PointReport& report) {
-    std::string html = heading("Stages") +
-                       "<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\">\n"
-                       "<tr><th>picture</th><th>image</th><th>size</th><th>valid</th>"
-                       "<th>saturated</th><th>minimum</th><th>mean</th><th>maximum</th></tr>\n";
+    std::string html =
+        heading("Stages") +
+        "<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\">\n"
+        "<tr><th>picture</th><th>image</th><th>quantity</th><th>size</th><th>valid</th>"
+        "<th>saturated</th><th>minimum</th><th>mean</th><th>maximum</th></tr>\n";
     for (std::size_t i = 0; i < report.check.stages.size(); ++i) {
         const StageCheck& stage = report.check.stages[i];
         const ImageStatistics& values = stage.values;
         const bool some = values.valid > 0;
         const std::vector<std::string> cells{
             stage.label + (stage.label == stage.name ? "" : " (" + stage.name + ")"),
+            stage.quantity,
             std::to_string(stage.width) + " x " + std::to_string(stage.height),
             format_general(100 * values.valid_share(), 4) + " %",
             number(values.saturated),

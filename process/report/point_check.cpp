@@ -5,13 +5,13 @@
 #include <filesystem>
 
 #include "calib/port_sampling.h"
+#include "calib/units.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "process/page/page_rows.h"
 #include "process/point/experiment_type.h"
 #include "process/point/raw_images.h"
-#include "process/steps/field_quantity.h"
 #include "process/steps/result_state.h"
 
 namespace vyn {
@@ -48,20 +48,6 @@ const char* experiment_text(ExperimentType type) {
     return "not evaluated";
 }
 
-std::string quantity_text(FieldQuantity quantity, const flowFeatures& flow) {
-    switch (quantity) {
-        case FieldQuantity::pressure:
-            return "pressure in " + flow.p_unit;
-        case FieldQuantity::p_over_static:
-            return "pressure over static pressure";
-        case FieldQuantity::cp:
-            return "pressure coefficient";
-        case FieldQuantity::ratio:
-            break;
-    }
-    return "intensity ratio";
-}
-
 std::vector<AlignmentCheck> alignments_of(const RunReport& report, ExperimentType type) {
     std::vector<AlignmentCheck> checks;
     const auto add = [&](const std::optional<MarkerMatch>& match, const char* moved,
@@ -89,32 +75,59 @@ std::vector<StageCheck> stages_of(const imagesList& images, ExperimentType type)
     std::vector<StageCheck> stages;
     for (const auto& picture : pictures)
         if (picture->has_values() && picture->has_mask())
-            stages.push_back({picture->name, image_label(type, picture->name), picture->width(),
-                              picture->height(), image_statistics(*picture)});
+            stages.push_back({picture->name, image_label(type, picture->name),
+                              field_label(*picture).text(), picture->width(), picture->height(),
+                              image_statistics(*picture)});
     return stages;
 }
 
-double in_quantity(FieldQuantity quantity, double pressure, const flowFeatures& flow) {
-    switch (quantity) {
-        case FieldQuantity::p_over_static:
-            return pressure / flow.static_p;
-        case FieldQuantity::cp:
-            return (pressure - flow.static_p) / flow.dynamic_p;
-        case FieldQuantity::pressure:
-        case FieldQuantity::ratio:
-            break;
-    }
+/// The test conditions that the field was computed with, as its origin tells them; the project's
+/// where it does not.
+flowFeatures conditions_of(const image& field, const flowFeatures& present) {
+    flowFeatures used = present;
+    const auto item = [&](const char* name) -> const std::string* {
+        const auto found = field.origin.find(std::string(keys::flow) + name);
+        return found == field.origin.end() ? nullptr : &found->second;
+    };
+    if (const std::string* unit = item("p_unit")) used.p_unit = *unit;
+    for (const auto& [name, member] : {std::pair{"static_p", &flowFeatures::static_p},
+                                       std::pair{"dynamic_p", &flowFeatures::dynamic_p}})
+        if (const std::string* text = item(name))
+            used.*member = parse_double(*text).value_or(used.*member);
+    return used;
+}
+
+/// A port's pressure, in the unit of the present test conditions, as the field would have it.
+double in_quantity(const image& field, double pressure, const flowFeatures& present) {
+    const flowFeatures used = conditions_of(field, present);
+    if (used.p_unit != present.p_unit)
+        pressure = convert_pressure(pressure, present.p_unit, used.p_unit);
+    if (field.quantity.kind == Quantity::Kind::p_over_static) return pressure / used.static_p;
+    if (field.quantity.kind == Quantity::Kind::cp)
+        return (pressure - used.static_p) / used.dynamic_p;
     return pressure;
 }
 
-PortComparison compare_ports(const image& field, const MarkerSet& ports, FieldQuantity quantity,
-                             const flowFeatures& flow) {
+bool is_comparable(Quantity quantity) {
+    using Kind = Quantity::Kind;
+    return !quantity.deviation &&
+           (quantity.kind == Kind::pressure || quantity.kind == Kind::p_over_static ||
+            quantity.kind == Kind::cp);
+}
+
+PortComparison compare_ports(const image& field, const MarkerSet& ports, const flowFeatures& flow) {
     PortComparison result;
+    if (!is_comparable(field.quantity)) {
+        if (!field.quantity.known())
+            result.left_out.emplace_back("all: the field does not say which quantity it holds");
+        return result;
+    }
+    const UnitMessagesOnce once;
     PortSamples samples = sample_ports(field, ports, port_side);
     result.left_out = std::move(samples.left_out);
     double squares = 0;
     for (const CalibrationPoint& sample : samples.points) {
-        const PortCheck port{sample.number, in_quantity(quantity, sample.pressure, flow),
+        const PortCheck port{sample.number, in_quantity(field, sample.pressure, flow),
                              sample.ratio};
         squares += port.difference() * port.difference();
         result.max = std::max(result.max, std::abs(port.difference()));
@@ -201,14 +214,14 @@ MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images) {
 PointCheck check_point(const RunReport& report, dataSetInterface& data, const imagesList& images,
                        const MarkerSet& ports) {
     const ExperimentType type = experiment_type(data);
-    const FieldQuantity quantity = field_quantity(read(data, keys::convert_field));
+    const auto field = images.find(names::field);
     flowFeatures flow;
     read(data, std::string(keys::flow), flow);
 
     PointCheck check;
     check.title = title_of(data);
     check.experiment = experiment_text(type);
-    check.quantity = quantity_text(quantity, flow);
+    check.quantity = field ? quantity_words(*field) : "not calculated";
     check.aligned = report.aligned;
     check.alignments = alignments_of(report, type);
     if (report.channels) {
@@ -216,9 +229,7 @@ PointCheck check_point(const RunReport& report, dataSetInterface& data, const im
         check.noise = ratio_of_ratios_noise;
     }
     check.stages = stages_of(images, type);
-    const auto field = images.find(names::field);
-    if (field && ports.hasF && quantity != FieldQuantity::ratio)
-        check.ports = compare_ports(*field, ports, quantity, flow);
+    if (field && ports.hasF) check.ports = compare_ports(*field, ports, flow);
     check.conversion = report.conversion;
     check.computed = report.field || !field;
     state_remark(data, images, check.warnings);

@@ -22,8 +22,9 @@ struct AlignmentCheck {
 
 /// One image of the point.
 struct StageCheck {
-    std::string name;   ///< in the image list
-    std::string label;  ///< for the user
+    std::string name;      ///< in the image list
+    std::string label;     ///< for the user
+    std::string quantity;  ///< short, with its unit
     int width = 0;
     int height = 0;
     ImageStatistics values;

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "core/errors.h"
 #include "core/keys.h"
 #include "core/version.h"
 #include "process/point/digest.h"
@@ -46,6 +50,56 @@ json marker_files(const dataSetInterface& data) {
     return files;
 }
 
+/// "NAME > NAME > what" of an image's origin.
+struct OriginItem {
+    std::string image;  ///< the innermost name, or that of the image itself
+    std::string what;
+    std::string value;
+    int depth = 0;
+};
+
+std::vector<OriginItem> items_of(const image& picture) {
+    constexpr std::string_view nesting = " > ";
+    std::vector<OriginItem> items;
+    for (const auto& [path, value] : picture.origin) {
+        OriginItem item{picture.name, path, value};
+        for (auto at = item.what.find(nesting); at != std::string::npos;
+             at = item.what.find(nesting)) {
+            item.image = item.what.substr(0, at);
+            item.what.erase(0, at + nesting.size());
+            ++item.depth;
+        }
+        items.push_back(std::move(item));
+    }
+    return items;
+}
+
+json setting_json(const std::string& path, const std::string& text) {
+    try {
+        return setting_json(parse_setting(path, text));
+    } catch (const AlgoError&) {
+        return text;  // the image may come from a file of others
+    }
+}
+
+/// The value of a file's item is its name and digest.
+json input_json(const OriginItem& item, const imagesList& images) {
+    const auto comma = item.value.rfind(", ");
+    std::string file = item.value.substr(0, comma);
+    const std::string digest =
+        comma == std::string::npos ? std::string() : item.value.substr(comma + 2);
+    const auto loaded = images.find(item.image);
+    const bool image_file = item.what == "file";
+    if (image_file && loaded && !digest.empty() && loaded->file_sha256 == digest)
+        file = loaded->file_name;
+    return {{"image", item.image},
+            {"role", image_file                   ? "image"
+                     : item.what == "marker file" ? "markers"
+                                                  : "mask"},
+            {"file", std::move(file)},
+            {"sha256", digest}};
+}
+
 }  // namespace
 
 json provenance(const dataSetInterface& data, const imagesList& images) {
@@ -61,6 +115,25 @@ json provenance(const dataSetInterface& data, const imagesList& images) {
                               {"role", "image"},
                               {"file", picture->file_name},
                               {"sha256", picture->file_sha256}});
+    }
+    return {{"program", std::string("VynLite ") + program_version},
+            {"settings", std::move(settings)},
+            {"inputs", std::move(inputs)}};
+}
+
+json provenance(const image& picture, const imagesList& images) {
+    json settings = json::object();
+    json inputs = json::array();
+    std::set<std::string> known;
+    std::vector<OriginItem> items = items_of(picture);
+    // The image's own settings come before those of what it was made from.
+    std::ranges::stable_sort(items, {}, &OriginItem::depth);
+    for (const OriginItem& item : items) {
+        if (find_key(item.what)) {
+            settings.emplace(item.what, setting_json(item.what, item.value));
+        } else if (item.what.ends_with("file") && known.insert(item.image + item.what).second) {
+            inputs.push_back(input_json(item, images));
+        }
     }
     return {{"program", std::string("VynLite ") + program_version},
             {"settings", std::move(settings)},

@@ -10,4 +10,9 @@ namespace vyn {
 /// The program, the settings and the input files with their digests: what a result came from.
 nlohmann::json provenance(const dataSetInterface& data, const imagesList& images);
 
+/// The same of one image of the list: the settings and files that its origin tells, which the
+/// project may no longer have. A file keeps its whole path while the list has its image. Of an
+/// image without origin nothing but the program is known.
+nlohmann::json provenance(const image& picture, const imagesList& images);
+
 }  // namespace vyn

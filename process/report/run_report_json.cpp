@@ -19,7 +19,9 @@ json image_json(const image& picture) {
     json entry{{"width", picture.width()},
                {"height", picture.height()},
                {"valid_share", values.valid_share()},
-               {"saturated_pixels", values.saturated}};
+               {"saturated_pixels", values.saturated},
+               {"quantity", stored_name(picture.quantity)},
+               {"unit", picture.unit}};
     if (values.valid > 0) {
         entry["minimum"] = values.minimum;
         entry["maximum"] = values.maximum;

@@ -179,12 +179,21 @@ TEST(WholePoint, ComesBackThroughTheBatchProgram) {
     EXPECT_LT(result.at("rms_percent").get<double>(), 0.02);
     EXPECT_GT(result.at("rms_error").get<double>(), 0);
 
-    // Through another format and back, nothing is lost.
-    output_of({"convert", folder / "field.tif", folder / "field.fits"});
-    output_of({"convert", folder / "field.fits", folder / "again.tif"});
+    // Through other formats and back, nothing is lost, nor what the numbers are.
+    EXPECT_EQ(result.at("quantity"), "cp");
+    std::string last = folder / "field.tif";
+    for (const char* name : {"a.fits", "b.imp", "c.tif"}) {
+        output_of({"convert", last, folder / name});
+        last = folder / name;
+    }
     std::vector<std::string> again = as_json;
-    again[1] = folder / "again.tif";
+    again[1] = last;
     EXPECT_EQ(nlohmann::json::parse(output_of(again)), result);
+    EXPECT_THAT(output_of({"get", last, "--images"}), HasSubstr("\tcp\t\n"));
+    output_of({"filter", last, folder / "smooth.imp", "--force"});
+    EXPECT_THAT(output_of({"get", folder / "smooth.imp", "--images"}), HasSubstr("\tcp\t\n"));
+    EXPECT_THAT(run_program({"compare", last, sample / "wind_off.tif"}).err,
+                HasSubstr("the field holds pressure coefficient, the truth raw intensity"));
 }
 
 TEST(Sample, RepeatsItselfBySeed) {

@@ -94,6 +94,11 @@ TEST_F(Render, FindsLimitsAndDrawsEverythingAskedFor) {
     put_file(folder / "plain.png", plain);
     EXPECT_EQ(decode(folder / "plain.png").rgb, field_only.rgb);
 
+    // The colour bar says what the image holds, unless told otherwise.
+    EXPECT_THAT(plain, testing::HasSubstr(R"("quantity":"Pressure, Pa")"));
+    ASSERT_EQ(render({"--force", "--label", ""}).status, 0);
+    EXPECT_THAT(get_file(folder / "out.png"), testing::HasSubstr(R"("quantity":"")"));
+
     put_file(folder / "my.lut", "t 1 0 0 1\n");
     const ProgramRun full =
         render({"--force", "--palette", folder / "my.lut", "--colour-bar", "--label", "P, Pa",

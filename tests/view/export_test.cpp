@@ -94,27 +94,6 @@ TEST(ProbeText, FollowsTheState) {
     EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Background");
 }
 
-TEST(FieldLabel, NamesQuantityAndUnit) {
-    vyn_db().clear();
-    dataSetInterface& data = vyn_db();
-    image picture = two_pixels();
-    const auto label = [&](const char* name) {
-        picture.name = name;
-        return field_label(picture, data).text();
-    };
-    EXPECT_EQ(label("wind_on_sens"), "Intensity");
-    EXPECT_EQ(label("Iref"), "I/Iref");
-    EXPECT_EQ(label("field_P"), "Pressure, Pa");
-    data.write<std::string>("project/flow/p_unit", "psi");
-    EXPECT_EQ(label("field_P"), "Pressure, psi");
-    for (const auto& [quantity, text] :
-         {std::pair{"P_Pstat", "P_Pstat"}, {"Cp", "Cp"}, {"Irefe_Isens", "I/Iref"}}) {
-        write(data, keys::convert_field, std::string(quantity));
-        EXPECT_EQ(label("field_P"), text);
-    }
-    vyn_db().clear();
-}
-
 /// Reads a PNG file's bytes by the PNG library.
 RgbPicture decoded(const std::vector<std::byte>& bytes) {
     png_image header{};

@@ -1,9 +1,13 @@
 #include "process/report/point_check.h"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
+#include "api/image_io.h"
 #include "core/keys.h"
+#include "process/point/save_image_task.h"
 #include "process/project/project_tasks.h"
+#include "process/report/provenance.h"
 #include "process/steps/chain.h"
 #include "process/steps/image_origin.h"
 #include "sample/synthetic_point.h"
@@ -13,9 +17,11 @@
 namespace vyn::test {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class PointCheckTest : public ProjectTest {
   protected:
@@ -45,12 +51,12 @@ class PointCheckTest : public ProjectTest {
     std::shared_ptr<RunReport> report = std::make_shared<RunReport>();
 };
 
-struct Quantity {
+struct PortQuantity {
     FieldQuantity quantity;
     double pascal;  ///< of one unit
     const char* text;
 };
-class PortCheckTest : public PointCheckTest, public testing::WithParamInterface<Quantity> {};
+class PortCheckTest : public PointCheckTest, public testing::WithParamInterface<PortQuantity> {};
 
 /// The square around a port lies half a pixel beside it on average, where the pressure changes by
 /// up to some hundred pascal per pixel.
@@ -82,9 +88,10 @@ TEST_P(PortCheckTest, TapsAgreeWithTheFieldAndShowItsError) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Quantities, PortCheckTest,
-                         testing::Values(Quantity{FieldQuantity::pressure, 1, "pressure in Pa"},
-                                         Quantity{FieldQuantity::cp, 25000, "coefficient"},
-                                         Quantity{FieldQuantity::p_over_static, 90000, "over"}));
+                         testing::Values(PortQuantity{FieldQuantity::pressure, 1, "pressure in Pa"},
+                                         PortQuantity{FieldQuantity::cp, 25000, "coefficient"},
+                                         PortQuantity{FieldQuantity::p_over_static, 90000,
+                                                      "over"}));
 
 TEST_F(PointCheckTest, GathersWhatTheRunLeft) {
     compute(
@@ -122,6 +129,60 @@ TEST_F(PointCheckTest, AFieldOfAnotherTimeIsNoted) {
     EXPECT_FALSE(old.computed);
     EXPECT_THAT(old.warnings,
                 ElementsAre(test::warns(WarningKind::out_of_date, "field is out of date: ")));
+}
+
+TEST_F(PointCheckTest, AFieldStaysWhatItWasComputedAs) {
+    compute({.width = 200, .height = 150, .quantity = FieldQuantity::cp});
+    const double rms = check(point.ports).ports.rms;
+    write(vyn_db(), keys::convert_field, std::string("Pressure"));
+    write(vyn_db(), Key<double>{"project/flow/static_p"}, 12345.0);
+    write(vyn_db(), Key<double>{"project/flow/dynamic_p"}, 1.0);
+
+    const PointCheck later = check(point.ports);
+    EXPECT_EQ(later.quantity, "pressure coefficient");
+    EXPECT_EQ(later.stages.back().quantity, "Cp");
+    EXPECT_EQ(later.ports.rms, rms);
+
+    for (const char* name : {"field.imp", "field.tif"}) {
+        ASSERT_EQ(run(SaveImageTask(image_names::field, folder / name)), TaskOutcome::done);
+        const image alone = read_image(folder / name);
+        EXPECT_EQ(field_label(alone).text(), "Cp");
+        const nlohmann::json told = provenance(alone, {});
+        EXPECT_EQ(told["settings"]["project/processing/convert/field"], "Cp");
+        EXPECT_EQ(told["settings"]["project/flow/static_p"], point.flow.static_p);
+        EXPECT_THAT(get_file(folder / name), AllOf(HasSubstr(R"(convert/field":"Cp")"),
+                                                   Not(HasSubstr(R"(convert/field":"Pressure")"))));
+        // Two images, two darks, a flat field and two marker files.
+        EXPECT_EQ(told["inputs"].size(), 7u);
+    }
+
+    // What does not say what it holds is not taken for what the project would compute.
+    image silent = *get_images().find(image_names::field);
+    silent.quantity = {};
+    get_images().add(std::move(silent));
+    const PointCheck unknown = check(point.ports);
+    EXPECT_EQ(unknown.quantity, "value");
+    EXPECT_TRUE(unknown.ports.ports.empty());
+    EXPECT_THAT(unknown.ports.left_out, ElementsAre(HasSubstr("which quantity")));
+}
+
+TEST_F(PointCheckTest, ImagesOfThePointKnowTheirQuantities) {
+    compute({.width = 100, .height = 80, .channels = SyntheticOptions::Channels::binary});
+    for (const std::string& name : get_images().names()) {
+        using Kind = Quantity::Kind;
+        const auto picture = get_images().find(name);
+        const Kind expected = name.starts_with("flat") ? Kind::flat_field
+                              : name == "field_P"      ? Kind::pressure
+                              : name == "Iref"         ? Kind::intensity_ratio
+                              : name.ends_with("_cor") || name.ends_with("_aligned")
+                                  ? Kind::corrected_intensity
+                                  : Kind::raw_counts;
+        EXPECT_EQ(picture->quantity, Quantity{expected}) << name;
+        EXPECT_EQ(picture->unit, expected == Kind::pressure     ? "Pa"
+                                 : expected == Kind::raw_counts ? "count"
+                                                                : "")
+            << name;
+    }
 }
 
 TEST_F(PointCheckTest, PortsAreThoseOfTheFieldElseOfThePortFile) {

@@ -8,6 +8,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include "core/keys.h"
 #include "tests/view_ui/viewer_fixture.h"
 #include "view/edit/double_keys.h"
 #include "view/ui/canvas/colour_bar.h"
@@ -96,10 +97,13 @@ TEST_F(FieldViewer, ModesAreExclusiveAndEscapeProbes) {
 
 TEST_F(FieldViewer, StatusLineAndClipboardTellThePixel) {
     image picture = ramp_image("field_P");
+    picture.quantity = {Quantity::Kind::pressure};
+    picture.unit = "psi";
     picture.fill_region(1);
     picture.region()(3, 0) = 0;
     picture.mask()(4, 0) = 1;
     get_images().add(std::move(picture));
+    write(vyn_db(), keys::convert_field, std::string("Cp"));  // not what computed the image
     VynFieldViewer& viewer = show("field_P");
     const std::pair<int, const char*> cases[] = {{2, "x=2 y=0, Pressure=102.000000 "},
                                                  {3, "x=3 y=0, ROI excluded"},
@@ -110,7 +114,7 @@ TEST_F(FieldViewer, StatusLineAndClipboardTellThePixel) {
     }
     QTest::mouseMove(&viewer.view(), at(viewer, 2, 0));
     QTest::keyClick(&viewer, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "x\t2\ny\t0\nPressure, Pa\t102\n");
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "x\t2\ny\t0\nPressure, psi\t102\n");
     QTest::keyClick(&viewer, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(QApplication::clipboard()->pixmap().size(), viewer.centralWidget()->size());
 }

@@ -152,7 +152,9 @@ TEST_F(ViewerFiles, AsksBeforeWhatIsDrawnOnAFilesImageIsLost) {
 }
 
 TEST_F(ViewerFiles, ExportsWhatIsSeen) {
-    get_images().add(ramp_image("field_P"));
+    image field = ramp_image("field_P");
+    field.quantity = {Quantity::Kind::cp};
+    get_images().add(std::move(field));
     VynFieldViewer& viewer = show("field_P", false, QStringLiteral("Pressure Field"));
     test::choose_file(path(folder / "picture"), QStringLiteral("PNG graphics file (*.png)"));
     QTimer::singleShot(100, qApp, [] {
@@ -169,7 +171,7 @@ TEST_F(ViewerFiles, ExportsWhatIsSeen) {
     test::choose_file(path(folder / "field"), QStringLiteral("Techplot (*.dat)"));
     viewer.actions().image_export->trigger();
     const std::string table = test::get_file(folder / "field.dat");
-    EXPECT_EQ(table.substr(0, table.find('\n')), "TITLE=\"Pressure Field\"");
+    EXPECT_EQ(table.substr(0, table.find('\n')), "TITLE=\"Pressure Field, Cp\"");
     EXPECT_EQ(std::ranges::count(table, '\n'), 4 + 40 * 30);
 }
 
