@@ -134,7 +134,7 @@ TEST_F(MainWindow, QuestionsAreYesOnlyWhenYesIsPressed) {
 }
 
 TEST_F(MainWindow, ErrorsShowInRedOnTheLogPage) {
-    const FileError error("unit", 1, "File error!", "lost.tif");
+    const FileError error("File error!", "lost.tif");
     auto& log = child<QTextBrowser>("VYN log!");
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return log.toPlainText().contains(QStringLiteral("lost.tif")); }, 2000));
