@@ -39,6 +39,12 @@ function(vyn_use_precompiled target headers)
     target_precompile_headers(${target} REUSE_FROM ${headers})
 endfunction()
 
+# vyn_apart(FILE ...): sources of this folder that share a name of their unnamed namespace with another
+# one. The presets that compile many sources as one (CMAKE_UNITY_BUILD) compile these by themselves.
+function(vyn_apart)
+    set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # vyn_library(NAME STATIC|SHARED SOURCES ... LINK ... [PRIVATE_LINK ...])
 function(vyn_library name kind)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
@@ -83,6 +89,7 @@ function(vyn_kernels target)
     foreach(isa IN LISTS variants)
         set(objects ${target}_kernels_${isa})
         add_library(${objects} OBJECT ${ARGN})
+        set_target_properties(${objects} PROPERTIES UNITY_BUILD OFF)
         target_link_libraries(${objects} PRIVATE vyn_flags)
         target_compile_definitions(${objects} PRIVATE VYN_ISA=isa_${isa})
         target_compile_options(${objects} PRIVATE -O3 ${${isa}_flags})

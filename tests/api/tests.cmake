@@ -15,3 +15,4 @@ vyn_tests(api
         spline_test.cpp
         thinning_test.cpp
     LINK vyn_core vyn_markers vyn_api)
+vyn_apart(api/pixel_ops_test.cpp)

@@ -10,4 +10,5 @@ vyn_tests(process
         steps/channels_test.cpp
         steps/law_conditions_test.cpp
     LINK vyn_process vyn_sample)
+vyn_apart(process/steps/channels_test.cpp)
 add_dependencies(test_process vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
