@@ -6,6 +6,10 @@ target_compile_options(vyn_flags INTERFACE
 if(VYN_WERROR)
     target_compile_options(vyn_flags INTERFACE -Werror)
 endif()
+if(CMAKE_UNITY_BUILD)
+    # A local name "shadows" one of another file then; the other presets look for what is shadowed.
+    target_compile_options(vyn_flags INTERFACE -Wno-shadow)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # g++ 12 sees overlapping copies in `"text" + std::string` where there are none (GCC bug 105651).
     target_compile_options(vyn_flags INTERFACE -Wno-restrict)
@@ -49,11 +53,28 @@ endfunction()
 function(vyn_library name kind)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
     add_library(${name} ${kind} ${ARG_SOURCES})
-    target_link_libraries(${name} PUBLIC vyn_flags ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
+    target_link_libraries(${name}
+        PUBLIC $<BUILD_INTERFACE:vyn_flags> ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
     if(kind STREQUAL "SHARED")
         set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 2)
-        install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+        vyn_install_interface(${name})
     endif()
+endfunction()
+
+# Installs a shared library for programs and plug-ins, and its headers and target for developers of
+# plug-ins: vyn_api is VynLite::api to them.
+function(vyn_install_interface name)
+    string(REPLACE "vyn_" "" part ${name})
+    set(headers ${CMAKE_INSTALL_INCLUDEDIR}/vynlite)
+    set_target_properties(${name} PROPERTIES EXPORT_NAME ${part})
+    add_library(VynLite::${part} ALIAS ${name})
+    target_compile_features(${name} INTERFACE cxx_std_20)
+    target_include_directories(${name} INTERFACE $<INSTALL_INTERFACE:${headers}>)
+    install(TARGETS ${name} EXPORT VynLiteTargets
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libraries
+            NAMELINK_COMPONENT development)
+    install(DIRECTORY . DESTINATION ${headers}/${part} COMPONENT development
+            FILES_MATCHING PATTERN "*.h" PATTERN "*.def" PATTERN ui EXCLUDE)
 endfunction()
 
 # vyn_ui_library(NAME SOURCES ... LINK ...): widgets; a target of its own, so that nothing headless can
@@ -102,16 +123,14 @@ add_custom_target(plugins)
 add_custom_target(programs)
 add_dependencies(programs plugins)
 
-# vyn_plugin(NAME SUFFIX SOURCES ... LINK ...): a format in a shared object that the registry finds.
+# vyn_plugin(NAME SUFFIX SOURCES ... LINK ...): a plug-in of the program's own.
 function(vyn_plugin name suffix)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
-    add_library(vyn_plugin_${name} MODULE ${ARG_SOURCES})
-    target_link_libraries(vyn_plugin_${name} PRIVATE vyn_flags vyn_api ${ARG_LINK})
+    vynlite_add_plugin(vyn_plugin_${name} ${suffix} ${ARG_SOURCES})
+    target_link_libraries(vyn_plugin_${name} PRIVATE vyn_flags ${ARG_LINK})
     add_dependencies(plugins vyn_plugin_${name})
     set_target_properties(vyn_plugin_${name} PROPERTIES
-        PREFIX "" OUTPUT_NAME ${name} SUFFIX ".${suffix}"
+        OUTPUT_NAME ${name}
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/plugins/${name}
-        INSTALL_RPATH "$ORIGIN/../../..")
-    install(TARGETS vyn_plugin_${name}
-            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/vynlite/plugins/${name})
+        INSTALL_RPATH "$ORIGIN/../..")
 endfunction()

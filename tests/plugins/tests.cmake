@@ -20,3 +20,10 @@ target_compile_definitions(test_plugins PRIVATE
     TEST_PLUGINS="${CMAKE_BINARY_DIR}/test_plugins" PLUGINS="${CMAKE_BINARY_DIR}/bin/plugins")
 add_dependencies(test_plugins plugin_from_the_future
                  vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
+
+# An uninstrumented plug-in tells the sanitizers nothing.
+if(NOT VYN_SANITIZE)
+    add_test(NAME outside_plugin COMMAND ${CMAKE_CURRENT_LIST_DIR}/outside_plugin.sh
+        ${CMAKE_SOURCE_DIR} $<TARGET_FILE:vynlite-batch> ${CMAKE_BINARY_DIR} ${CMAKE_CXX_COMPILER})
+    set_tests_properties(outside_plugin PROPERTIES COST 50)
+endif()
