@@ -4,8 +4,8 @@
 
 #include "render/line_profile.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/canvas/picture_window.h"
 #include "view/ui/graph/graph_window.h"
-#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 
@@ -17,7 +17,7 @@ const QColor line_colours[] = {QColor(0, 114, 178),   QColor(213, 94, 0),  QColo
 
 }  // namespace
 
-GraphController::GraphController(VynFieldViewer& viewer)
+GraphController::GraphController(PictureWindow& viewer)
     : QObject(&viewer), viewer_(viewer), tool_(viewer.view()) {
     viewer.view().add_overlay(&overlay_);
 }

@@ -7,13 +7,13 @@
 namespace vyn {
 
 class GraphWindow;
-class VynFieldViewer;
+class PictureWindow;
 
 /// The lines drawn on the image of one viewer and the window with their profiles.
 class GraphController : public QObject {
     Q_OBJECT
   public:
-    explicit GraphController(VynFieldViewer& viewer);
+    explicit GraphController(PictureWindow& viewer);
     ~GraphController() override;
 
     /// Draws lines.
@@ -34,7 +34,7 @@ class GraphController : public QObject {
     void point_at(double distance);
     void sample();
 
-    VynFieldViewer& viewer_;
+    PictureWindow& viewer_;
     GraphTool tool_;
     GraphLineOverlay overlay_;
     std::size_t colours_used_ = 0;

@@ -14,13 +14,13 @@
 #include "process/point/marker_frames.h"
 #include "process/point/revise_markers_task.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/canvas/picture_window.h"
 #include "view/ui/markers/marker_file_dialogs.h"
 #include "view/ui/markers/marker_finding.h"
 #include "view/ui/markers/marker_info.h"
 #include "view/ui/markers/marker_options_dialog.h"
 #include "view/ui/markers/marker_pairing.h"
 #include "view/ui/markers/marker_tool.h"
-#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 
@@ -33,7 +33,7 @@ const QColor marker_colour(255, 235, 59);
 
 }  // namespace
 
-MarkerController::MarkerController(VynFieldViewer& viewer)
+MarkerController::MarkerController(PictureWindow& viewer)
     : EditController(&viewer),
       viewer_(viewer),
       overlay_(marker_colour),

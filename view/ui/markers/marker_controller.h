@@ -7,8 +7,8 @@
 
 #include "view/edit/marker_edit.h"
 #include "view/edit/mouse_mode.h"
+#include "view/ui/canvas/edit_controller.h"
 #include "view/ui/markers/marker_overlay.h"
-#include "view/ui/window/edit_controller.h"
 
 class QDockWidget;
 
@@ -17,14 +17,14 @@ namespace vyn {
 class MarkerFindingDialog;
 class MarkerPairingDialog;
 class MarkerTool;
-class VynFieldViewer;
+class PictureWindow;
 class VynMarkerInfo;
 
 /// The marker commands of one viewer. Every change is published with the image at once.
 class MarkerController : public EditController {
     Q_OBJECT
   public:
-    explicit MarkerController(VynFieldViewer& viewer);
+    explicit MarkerController(PictureWindow& viewer);
     ~MarkerController() override;
 
     /// The tool of a marker mode; null for other modes.
@@ -77,7 +77,7 @@ class MarkerController : public EditController {
     void publish();
     void show_markers();
 
-    VynFieldViewer& viewer_;
+    PictureWindow& viewer_;
     MarkerEdit edit_;
     std::string shown_name_;
     int shown_width_ = 0;

@@ -14,8 +14,8 @@
 #include "process/point/detect_markers_task.h"
 #include "view/edit/marker_numbers.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/canvas/picture_window.h"
 #include "view/ui/markers/marker_controller.h"
-#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 
@@ -33,7 +33,7 @@ NumberEdit* size_edit(const char* name, double size, QWidget* parent) {
 
 }  // namespace
 
-MarkerFindingDialog::MarkerFindingDialog(VynFieldViewer& viewer, MarkerController& markers)
+MarkerFindingDialog::MarkerFindingDialog(PictureWindow& viewer, MarkerController& markers)
     : QDialog(&viewer),
       viewer_(viewer),
       markers_(markers),

@@ -17,14 +17,14 @@ namespace vyn {
 
 class MarkerController;
 class NumberEdit;
-class VynFieldViewer;
+class PictureWindow;
 
 /// Finds the dots of the shown image by itself. What was found is drawn on the image and becomes
 /// markers when the user accepts it.
 class MarkerFindingDialog : public QDialog {
     Q_OBJECT
   public:
-    MarkerFindingDialog(VynFieldViewer& viewer, MarkerController& markers);
+    MarkerFindingDialog(PictureWindow& viewer, MarkerController& markers);
 
   public Q_SLOTS:
     void find();
@@ -34,7 +34,7 @@ class MarkerFindingDialog : public QDialog {
     void show_found();
     void forget_found();
 
-    VynFieldViewer& viewer_;
+    PictureWindow& viewer_;
     MarkerController& markers_;
     std::shared_ptr<const image> searched_;
     std::shared_ptr<MarkerSet> found_;

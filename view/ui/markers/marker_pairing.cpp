@@ -15,8 +15,8 @@
 #include "process/point/pair_markers_task.h"
 #include "view/edit/marker_numbers.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/canvas/picture_window.h"
 #include "view/ui/markers/marker_controller.h"
-#include "view/ui/window/field_viewer.h"
 
 namespace vyn {
 
@@ -40,7 +40,7 @@ void PairOverlay::paint(QPainter& painter, const ViewTransform& transform) const
     draw_haloed(painter, lines, pair_colour);
 }
 
-MarkerPairingDialog::MarkerPairingDialog(VynFieldViewer& viewer, MarkerController& markers)
+MarkerPairingDialog::MarkerPairingDialog(PictureWindow& viewer, MarkerController& markers)
     : QDialog(&viewer),
       viewer_(viewer),
       markers_(markers),

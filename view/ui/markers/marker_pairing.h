@@ -15,7 +15,7 @@ class QSpinBox;
 namespace vyn {
 
 class MarkerController;
-class VynFieldViewer;
+class PictureWindow;
 
 /// Draws a line from each partner's place in the other image to the marker.
 class PairOverlay final : public ViewOverlay {
@@ -29,7 +29,7 @@ class PairOverlay final : public ViewOverlay {
 class MarkerPairingDialog : public QDialog {
     Q_OBJECT
   public:
-    MarkerPairingDialog(VynFieldViewer& viewer, MarkerController& markers);
+    MarkerPairingDialog(PictureWindow& viewer, MarkerController& markers);
 
   public Q_SLOTS:
     void pair();
@@ -38,7 +38,7 @@ class MarkerPairingDialog : public QDialog {
   private:
     void forget_pairs();
 
-    VynFieldViewer& viewer_;
+    PictureWindow& viewer_;
     MarkerController& markers_;
     std::shared_ptr<MarkerMatch> match_;
     PairOverlay overlay_;

@@ -1,7 +1,6 @@
 #include "view/ui/region/region_controller.h"
 
 #include <QAction>
-#include <QActionGroup>
 #include <QComboBox>
 #include <QLabel>
 #include <QMenuBar>
@@ -15,10 +14,9 @@
 #include "process/point/marker_frames.h"
 #include "process/point/mask_file_task.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/canvas/picture_window.h"
 #include "view/ui/look/threshold_dialog.h"
 #include "view/ui/region/mask_file_dialog.h"
-#include "view/ui/window/field_viewer.h"
-#include "view/ui/window/viewer_actions.h"
 
 namespace vyn {
 
@@ -28,7 +26,7 @@ constexpr int widest_brush = 1000;
 
 }  // namespace
 
-RegionController::RegionController(VynFieldViewer& viewer)
+RegionController::RegionController(PictureWindow& viewer)
     : EditController(&viewer),
       viewer_(viewer),
       tool_(
@@ -85,7 +83,7 @@ void RegionController::make_bar() {
                                const QString& text, const QString& tip) {
         QAction* action = add_action(name, icon, text, tip);
         action->setCheckable(true);
-        viewer_.actions().modes->addAction(action);
+        viewer_.add_mode(action);
         connect(action, &QAction::triggered, this, [this, shape] { choose_shape(shape); });
     };
     add_shape(RegionShape::rectangle, "region_rectangle", "region_rect", tr("&Rectangle"),

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "view/edit/region_edit.h"
+#include "view/ui/canvas/edit_controller.h"
 #include "view/ui/region/region_tool.h"
-#include "view/ui/window/edit_controller.h"
 
 class QComboBox;
 class QSpinBox;
@@ -12,14 +12,14 @@ class QToolBar;
 
 namespace vyn {
 
-class VynFieldViewer;
+class PictureWindow;
 
 /// The region tools of one viewer: they draw into the exclusion mask or the region plane. Every
 /// change is published with the image at once; the mask can be saved as the image's mask file.
 class RegionController : public EditController {
     Q_OBJECT
   public:
-    explicit RegionController(VynFieldViewer& viewer);
+    explicit RegionController(PictureWindow& viewer);
     ~RegionController() override;
 
     /// Draws the shape chosen last.
@@ -47,7 +47,7 @@ class RegionController : public EditController {
     void draw(RegionAction action, const RowFlags& shape);
     void publish();
 
-    VynFieldViewer& viewer_;
+    PictureWindow& viewer_;
     std::unique_ptr<RegionEdit> edit_;  ///< of the image shown, from its first shape on
     std::uint64_t saved_state_ = 0;
     RegionTool tool_;

@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "core/ui/icons.h"
+#include "view/ui/canvas/edit_controller.h"
 #include "view/ui/canvas/field_view.h"
-#include "view/ui/window/edit_controller.h"
 #include "view/ui/window/field_viewer.h"
 
 namespace vyn {

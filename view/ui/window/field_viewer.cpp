@@ -16,7 +16,7 @@ namespace vyn {
 
 VynFieldViewer::VynFieldViewer(Worker& worker, const std::string& image_name, bool flag,
                                const QString& title, QWidget* parent)
-    : QMainWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
+    : PictureWindow(parent), parts_(std::make_unique<Parts>(*this, worker)) {
     setObjectName(QStringLiteral("VynFieldViewer"));
     setAttribute(Qt::WA_DeleteOnClose);
     make_panels();

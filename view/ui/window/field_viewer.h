@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QMainWindow>
 #include <memory>
 #include <string>
 
 #include "api/image_list.h"
-#include "core/worker.h"
 #include "render/fashion.h"
-#include "view/edit/mouse_mode.h"
 #include "view/save_rules.h"
+#include "view/ui/canvas/picture_window.h"
 #include "view/ui/canvas/preparation.h"
 #include "view/ui/compare/comparison.h"
 
@@ -17,7 +15,6 @@ namespace vyn {
 class GraphController;
 class MarkerController;
 class RegionController;
-class VynFieldView;
 struct PreparedPicture;
 struct ViewerActions;
 
@@ -25,7 +22,7 @@ struct ViewerActions;
 ///
 /// It shows an image of a list by its name and follows when that image is replaced; a large one is
 /// seen as soon as it is prepared, the old one until then.
-class VynFieldViewer : public QMainWindow {
+class VynFieldViewer : public PictureWindow {
     Q_OBJECT
   public:
     /// Shows the image of the program's list of that name. `flag`: the image is a camera picture,
@@ -34,39 +31,34 @@ class VynFieldViewer : public QMainWindow {
                    QWidget* parent = nullptr);
     ~VynFieldViewer() override;
 
-    Worker& worker() const;
-    VynFieldView& view() const;
+    Worker& worker() const override;
+    VynFieldView& view() const override;
     const ViewerActions& actions() const;
     QMenu& image_menu() const;
-    QMenu& marker_menu() const;
+    QMenu& marker_menu() const override;
 
-    const std::string& image_name() const;
+    const std::string& image_name() const override;
     /// The image of that name of the program's list, not one of a file.
     bool shows_project_image(const std::string& name) const;
     PictureOrigin origin() const;
     bool is_camera_image() const { return origin() == PictureOrigin::camera; }
-    /// The image shown; null when there is none.
-    std::shared_ptr<const image> picture() const;
+    std::shared_ptr<const image> picture() const override;
     /// What is seen: the image, the other one while they blink, or their difference.
     std::shared_ptr<const image> shown_picture() const;
     /// The window's title without its marks.
     QString caption() const;
-    /// Quantity and unit of the image's values, such as "Pressure, Pa".
-    QString quantity() const;
+    QString quantity() const override;
     /// Shows an image of another list, such as the images of a file.
     void show_from(std::shared_ptr<imagesList> list, const std::string& name, PictureOrigin origin,
                    const QString& title);
     /// Reads a file and shows what is in it.
     void open_file(const QString& file);
-    /// True when the image shown is the one of the list. False while there is a newer one, which a
-    /// change of the older one would overwrite: to be asked before a change, tells the user.
-    bool may_edit();
-    /// Publishes a changed copy of the image shown, under its name in the list it came from, and
-    /// shows it at once.
-    void replace_picture(image changed);
+    bool may_edit() override;
+    void replace_picture(image changed) override;
 
     MouseMode mode() const;
-    void set_mode(MouseMode mode);
+    void set_mode(MouseMode mode) override;
+    void add_mode(QAction* action) override;
 
     /// Asks when markers or a mask drawn on an image of a file would be lost; those of the
     /// program's list stay there. True when nothing is lost or the user does not mind.

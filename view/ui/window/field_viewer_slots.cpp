@@ -1,3 +1,4 @@
+#include <QActionGroup>
 #include <QApplication>
 #include <QClipboard>
 #include <QMessageBox>
@@ -35,6 +36,9 @@ PictureOrigin VynFieldViewer::origin() const {
 }
 std::shared_ptr<const image> VynFieldViewer::picture() const {
     return parts_->view->picture();
+}
+void VynFieldViewer::add_mode(QAction* action) {
+    parts_->actions.modes->addAction(action);
 }
 MouseMode VynFieldViewer::mode() const {
     return parts_->mode;
