@@ -8,7 +8,9 @@
 
 #include "api/image_io.h"
 #include "core/errors.h"
+#include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
+#include "tests/support/picture_of.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
@@ -46,10 +48,7 @@ std::string node_lines(const std::string& first, const std::string& second) {
 
 /// 21 x 21 pixels: the cell of (16, 8) is whole, with (15, 7) excluded.
 image picture(float left, float right) {
-    image result(21, 21);
-    for (int y = 0; y < 21; ++y)
-        for (int x = 0; x < 21; ++x)
-            result.values()(x, y) = x < 12 ? left : right;
+    image result = picture_of(21, 21, [&](int x, int) { return x < 12 ? left : right; });
     result.values()(15, 7) = 1e6f;
     result.mask()(15, 7) = 1;
     return result;
@@ -112,10 +111,7 @@ TEST(DisplacementMap, AppendsZonesAndMakesAMissingFileWithoutHeader) {
 /// empty. Cells are cut off by the picture's edge.
 TEST(DisplacementMap, CellsByStepAndEdge) {
     const TemporaryFolder folder;
-    image ramp(10, 4);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 10; ++x)
-            ramp.values()(x, y) = static_cast<float>(x + 100 * y);
+    image ramp = picture_of(10, 4, [](int x, int y) { return x + 100 * y; });
     const auto lines = [&](int step) {
         DisplacementMap map = small_map(step);
         map.image1 = &ramp;
@@ -163,15 +159,9 @@ TEST(DisplacementMap, NamesWithImpBecomeFieldFiles) {
 }
 
 void expect_file_error(const std::string& file, int line, auto operation) {
-    try {
-        operation();
-        FAIL() << file;
-    } catch (const FileError& error) {
-        EXPECT_STREQ(error.text, "Error writing file");
-        EXPECT_STREQ(error.file, "qped_io");
-        EXPECT_EQ(error.line, line);
-        EXPECT_THAT(error.detail, HasSubstr(file));
-    }
+    const auto error = error_of<FileError>(operation, file);
+    EXPECT_EQ(error.where(), "Error writing file at qped_io:" + std::to_string(line));
+    EXPECT_THAT(error.detail, HasSubstr(file));
 }
 
 TEST(DisplacementMap, FilesThatCannotBeOpened) {
@@ -214,13 +204,8 @@ TEST(DisplacementMap, ImagesWithoutPlanesAndMasksOfAnotherSize) {
     no_mask.drop_mask();
     for (const auto& [broken, line] : {std::pair(&no_values, 335), std::pair(&no_mask, 343)}) {
         map.image1 = broken;
-        try {
-            map.append_map(file, MapIntensity::mean);
-            FAIL() << line;
-        } catch (const AlgoError& error) {
-            EXPECT_STREQ(error.file, "api/image");
-            EXPECT_EQ(error.line, line);
-        }
+        const auto error = error_of<AlgoError>([&] { map.append_map(file, MapIntensity::mean); });
+        EXPECT_EQ(error.where(), "Algorithm error! at api/image:" + std::to_string(line));
     }
     map.mask = Bitmap<std::uint8_t>(3, 3, 0);
     EXPECT_THROW(map.write_map(file, MapIntensity::none), DimError);

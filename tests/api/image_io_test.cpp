@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "core/errors.h"
+#include "tests/support/error_of.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
@@ -66,14 +67,9 @@ class ImageFiles : public testing::Test {
 
     /// The error of reading, which must name the file.
     static std::string failure(const fs::path& file) {
-        try {
-            read_image(file);
-        } catch (const FileError& error) {
-            EXPECT_THAT(error.what(), HasSubstr(file.string()));
-            return error.what();
-        }
-        ADD_FAILURE() << file << " was read";
-        return {};
+        const std::string what = error_of<FileError>([&] { read_image(file); }, file).what();
+        EXPECT_THAT(what, HasSubstr(file.string()));
+        return what;
     }
 
     TemporaryFolder folder_;
@@ -109,14 +105,9 @@ TEST_F(ImageFiles, AreWrittenInTheFormatOfTheirExtension) {
     write_image(picture, folder_ / "new.Two");
     EXPECT_EQ(get_file(folder_ / "new.Two"), "SAMPLE good");
     for (const char* name : {"new.xyz", "new", "new.readonly"}) {
-        try {
-            write_image(picture, folder_ / name);
-            ADD_FAILURE() << name;
-        } catch (const FileError& error) {
-            EXPECT_THAT(error.what(), HasSubstr(name));
-            EXPECT_THAT(error.what(), HasSubstr("one, onex, two, twox"));
-            EXPECT_THAT(error.what(), testing::Not(HasSubstr("readonlyx")));
-        }
+        const auto error = error_of<FileError>([&] { write_image(picture, folder_ / name); });
+        EXPECT_THAT(error.what(), AllOf(HasSubstr(name), HasSubstr("one, onex, two, twox"),
+                                        Not(HasSubstr("readonlyx"))));
     }
 }
 
@@ -125,12 +116,8 @@ TEST_F(ImageFiles, KeepTheOldContentWhenWritingFails) {
     put_file(file, "old");
     image picture(2, 2);
     picture.name = "bad";
-    try {
-        write_image(picture, file);
-        ADD_FAILURE() << "no error";
-    } catch (const FileError& error) {
-        EXPECT_EQ(error.detail, file.string() + ": no space");
-    }
+    EXPECT_EQ(error_of<FileError>([&] { write_image(picture, file); }).detail,
+              file.string() + ": no space");
     EXPECT_EQ(get_file(file), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 1);
     EXPECT_THROW(write_image(picture, folder_ / "nowhere" / "new.one"), FileError);

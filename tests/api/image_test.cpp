@@ -10,6 +10,7 @@
 
 #include "api/image_list.h"
 #include "core/errors.h"
+#include "tests/support/error_of.h"
 
 namespace vyn::test {
 namespace {
@@ -26,15 +27,9 @@ TEST_P(MissingPlane, IsAnAlgorithmError) {
     image picture(3, 2);
     picture.drop_values();
     picture.drop_mask();
-    try {
-        GetParam().use(picture);
-        FAIL() << "no error";
-    } catch (const AlgoError& error) {
-        EXPECT_EQ(error.code, 6);
-        EXPECT_STREQ(error.text, "Algorithm error!");
-        EXPECT_STREQ(error.file, "api/image");
-        EXPECT_EQ(error.line, GetParam().line);
-    }
+    const auto error = test::error_of<AlgoError>([&] { GetParam().use(picture); });
+    EXPECT_EQ(error.code, 6);
+    EXPECT_EQ(error.where(), "Algorithm error! at api/image:" + std::to_string(GetParam().line));
 }
 
 INSTANTIATE_TEST_SUITE_P(Accessors, MissingPlane,

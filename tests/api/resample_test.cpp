@@ -9,6 +9,7 @@
 #include "api/parallel.h"
 #include "api/spline.h"
 #include "tests/api/pictures.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn {
 namespace {
@@ -156,13 +157,10 @@ TEST(Undistort, RestoresARenderedScene) {
     constexpr int width = 240;
     constexpr int height = 200;
     const Distortion lens{118.3, 101.6, 3e-6, 2e-11};
-    image camera(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const Point ideal =
-                ideal_position(lens, {static_cast<double>(x), static_cast<double>(y)});
-            camera.values()(x, y) = static_cast<float>(pattern(ideal.x, ideal.y));
-        }
+    image camera = test::picture_of(width, height, [&](double x, double y) {
+        const Point ideal = ideal_position(lens, {x, y});
+        return pattern(ideal.x, ideal.y);
+    });
     const Point marker = distorted_position(lens, {40, 60});
     camera.markers.markers = {{marker.x, marker.y, 0, 0, true, 1}};
     for (int degree = 2; degree <= 5; ++degree) {

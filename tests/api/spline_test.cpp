@@ -8,6 +8,8 @@
 
 #include "api/parallel.h"
 #include "tests/api/pictures.h"
+#include "tests/support/error_of.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn {
 namespace {
@@ -50,10 +52,7 @@ TEST_P(SplineDegree, ReproducesPolynomialsOfItsDegree) {
         const double v = (y - 50) / 50;
         return 100 * (std::pow(u, degree) - std::pow(v, degree) + u * v + 0.5 * u);
     };
-    image picture(120, 100);
-    for (int y = 0; y < 100; ++y)
-        for (int x = 0; x < 120; ++x)
-            picture.values()(x, y) = static_cast<float>(value(x, y));
+    image picture = test::picture_of(120, 100, value);
     const SplineCoefficients spline = spline_of(picture, degree);
     for (int i = 0; i < 200; ++i) {
         const double x = 30 + 0.297 * i;
@@ -75,11 +74,11 @@ TEST_P(SplineDegree, MirrorsItsBorders) {
             }
             return position;
         };
-        image larger(size.width + 2 * around, size.height + 2 * around);
-        for (int y = 0; y < larger.height(); ++y)
-            for (int x = 0; x < larger.width(); ++x)
-                larger.values()(x, y) = picture.values()(mirrored(x - around, size.width),
-                                                         mirrored(y - around, size.height));
+        image larger =
+            test::picture_of(size.width + 2 * around, size.height + 2 * around, [&](int x, int y) {
+                return picture.values()(mirrored(x - around, size.width),
+                                        mirrored(y - around, size.height));
+            });
         const SplineCoefficients spline = spline_of(picture, GetParam());
         const SplineCoefficients reference = spline_of(larger, GetParam());
         for (int i = 0; i < 40; ++i)
@@ -194,12 +193,8 @@ TEST(SplineCoefficients, OfNothingFiniteAreZero) {
 TEST(SplineCoefficients, RefuseOtherDegreesAndSizes) {
     const image picture(4, 4);
     for (const int degree : {-1, 0, 1, 6}) {
-        try {
-            spline_of(picture, degree);
-            FAIL() << "degree " << degree;
-        } catch (const AlgoError& error) {
-            EXPECT_EQ(error.detail, "Invalid spline degree");
-        }
+        EXPECT_EQ(test::error_of<AlgoError>([&] { spline_of(picture, degree); }).detail,
+                  "Invalid spline degree");
     }
     Progress progress;
     EXPECT_THROW(SplineCoefficients(picture.values(), Bitmap<std::uint8_t>(4, 5), 3, picture.edges,

@@ -9,6 +9,7 @@
 #include "core/errors.h"
 #include "core/log.h"
 #include "markers/marker_files.h"
+#include "tests/support/picture_of.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vyn::test {
@@ -141,11 +142,7 @@ TEST(InSituFit, CovarianceCoversTheTruth) {
 
 /// Pixel (x, y) holds x + 100 y.
 image ramp(int width, int height) {
-    image picture(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            picture.values()(x, y) = static_cast<float>(x + 100 * y);
-    return picture;
+    return picture_of(width, height, [](int x, int y) { return x + 100 * y; });
 }
 
 MarkerSet one_port(double x, double y) {

@@ -11,6 +11,7 @@
 
 #include "core/errors.h"
 #include "tests/support/error_of.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn::test {
 
@@ -141,18 +142,15 @@ void expect_picture(const image& picture, const Numbers& numbers) {
 }
 
 std::string refusal(const fs::path& file) {
-    const std::string what =
-        error_of<FileError>([&] { read_image(file); }, "reading " + file.string()).what();
-    EXPECT_THAT(what, testing::HasSubstr(file.string()));
-    return what;
+    const auto error = error_of<FileError>([&] { read_image(file); }, "reading " + file.string());
+    EXPECT_THAT(error.what(), testing::HasSubstr(file.string()));
+    EXPECT_THAT(error.file, testing::StartsWith("plugins/"));
+    return error.what();
 }
 
 image example_image() {
-    image picture(7, 5);
+    image picture = picture_of(7, 5, [](int x, int y) { return 0.1 * x + 100 * y; });
     picture.name = "example";
-    for (int y = 0; y < 5; ++y)
-        for (int x = 0; x < 7; ++x)
-            picture.values()(x, y) = 0.1f * static_cast<float>(x) + 100.f * static_cast<float>(y);
     picture.mask()(0, 0) = 1;
     picture.mask()(6, 4) = 200;
     picture.mask()(3, 2) = 1;

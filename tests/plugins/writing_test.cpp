@@ -8,6 +8,7 @@
 #include "tests/plugins/sample_files.h"
 #include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn::test {
 namespace {
@@ -32,10 +33,8 @@ TEST_P(WritingThatFails, LeavesTheOldFileOnAFullDiskAndSaysWhy) {
     TemporaryFolder folder;
     const auto file = folder / (std::string("kept.") + GetParam());
     put_file(file, "old");
-    image noise(300, 300);
-    for (int y = 0; y < 300; ++y)
-        for (int x = 0; x < 300; ++x)
-            noise.values()(x, y) = static_cast<float>((x * 7919 + y * y * 1047) % 65521);
+    image noise =
+        picture_of(300, 300, [](int x, int y) { return (x * 7919 + y * y * 1047) % 65521; });
     const std::string reason = std::generic_category().message(EFBIG);
     {
         const FullDisk disk(20000);

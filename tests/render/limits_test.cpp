@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "api/parallel.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn {
 namespace {
@@ -123,10 +124,8 @@ TEST(Limits, OfDegenerateImagesAreUsable) {
 }
 
 TEST(Limits, SummaryKeepsDigitsFarFromZero) {
-    image picture(1000, 100);
-    for (int y = 0; y < 100; ++y)
-        for (int x = 0; x < 1000; ++x)
-            picture.values()(x, y) = 1e7F + static_cast<float>(x % 2);
+    image picture =
+        test::picture_of(1000, 100, [](int x, int) { return 1e7F + static_cast<float>(x % 2); });
     Progress progress;
     EXPECT_DOUBLE_EQ(summarise(picture, progress).sigma, 0.5);
 }

@@ -6,17 +6,14 @@
 
 #include "core/errors.h"
 #include "tests/support/error_of.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn {
 namespace {
 
 /// value = 10 + 2 x + 3 y, which bilinear interpolation renders exactly.
 image ramp() {
-    image picture(20, 15);
-    for (int y = 0; y < 15; ++y)
-        for (int x = 0; x < 20; ++x)
-            picture.values()(x, y) = static_cast<float>(10 + 2 * x + 3 * y);
-    return picture;
+    return test::picture_of(20, 15, [](int x, int y) { return 10 + 2 * x + 3 * y; });
 }
 
 TEST(LineProfile, OfARampIsTheRampWhateverTheLineAndTheWidth) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "api/parallel.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn {
 namespace {
@@ -18,11 +19,8 @@ std::shared_ptr<const ImageLevels> levels_of(image picture) {
 
 /// 3 x 2 pixels: values 0, 0.5, 1 / NaN, 2, -1, with one background and one outside the region.
 image small_image() {
-    image picture(3, 2);
     const float values[2][3] = {{0, 0.5F, 1}, {nan, 2, -1}};
-    for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 3; ++x)
-            picture.values()(x, y) = values[y][x];
+    image picture = test::picture_of(3, 2, [&](int x, int y) { return values[y][x]; });
     picture.mask()(2, 0) = 7;
     picture.fill_region(1);
     picture.region()(1, 0) = 0;
@@ -111,10 +109,7 @@ TEST(Render, ColourChannelsAreDrawnDirectly) {
 }
 
 TEST(Render, ShownSmallPixelsAreMeansOfValidOnes) {
-    image picture(5, 4);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x)
-            picture.values()(x, y) = static_cast<float>(x);
+    image picture = test::picture_of(5, 4, [](int x, int) { return x; });
     picture.values()(0, 0) = nan;   // left out: the mean of 0, 1 and 1
     picture.values()(1, 1) = 1000;  // excluded
     picture.mask()(1, 1) = 1;
@@ -171,10 +166,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, OddSizes,
                                          std::pair{129, 65}));
 
 TEST(Render, ThreadsAndInstructionSetsDoNotShowInThePixels) {
-    image picture(700, 500);
-    for (int y = 0; y < 500; ++y)
-        for (int x = 0; x < 700; ++x)
-            picture.values()(x, y) = static_cast<float>(std::sin(0.1 * x) * y);
+    image picture = test::picture_of(700, 500, [](int x, int y) { return std::sin(0.1 * x) * y; });
     picture.values()(30, 40) = nan;
     picture.mask()(31, 50) = 1;
     const auto draw = [&](int threads, const char* isa) {

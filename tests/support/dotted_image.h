@@ -5,20 +5,18 @@
 
 #include "api/image.h"
 #include "api/point.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn::test {
 
 /// Dark round dots of radius 3 px, Gaussian in profile, on paint of 1000 counts.
 inline image dotted_image(int width, int height, const std::vector<Point>& dots) {
-    image picture(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            double value = 1000;
-            for (const Point& dot : dots)
-                value -= 600 * std::exp(-(std::pow(x - dot.x, 2) + std::pow(y - dot.y, 2)) / 9);
-            picture.values()(x, y) = static_cast<float>(value);
-        }
-    return picture;
+    return picture_of(width, height, [&](int x, int y) {
+        double value = 1000;
+        for (const Point& dot : dots)
+            value -= 600 * std::exp(-(std::pow(x - dot.x, 2) + std::pow(y - dot.y, 2)) / 9);
+        return value;
+    });
 }
 
 }  // namespace vyn::test

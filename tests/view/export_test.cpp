@@ -12,6 +12,7 @@
 #include "render/tecplot.h"
 #include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
+#include "tests/support/picture_of.h"
 #include "tests/support/temporary_folder.h"
 #include "view/probe_text.h"
 
@@ -111,11 +112,8 @@ RgbPicture decoded(const std::vector<std::byte>& bytes) {
 }
 
 image waves(int width, int height) {
-    image picture(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            picture.values()(x, y) = static_cast<float>(std::sin(0.07 * x) * std::cos(0.05 * y));
-    return picture;
+    return test::picture_of(width, height,
+                            [](int x, int y) { return std::sin(0.07 * x) * std::cos(0.05 * y); });
 }
 
 TEST(Picture, IsWhatAPngReaderReads) {
@@ -155,10 +153,7 @@ testing::Matcher<const std::uint8_t*> is_colour_of(double value) {
 }
 
 TEST(Picture, HoldsTheFieldAtItsScale) {
-    image halves(40, 20);
-    for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 40; ++x)
-            halves.values()(x, y) = x < 20 ? -1 : 0;
+    image halves = test::picture_of(40, 20, [](int x, int) { return x < 20 ? -1 : 0; });
     PictureOptions options;
     options.limits = {-1, 1};
     for (const double scale : {0.3, 0.5, 1.0, 2.5}) {

@@ -5,6 +5,7 @@
 #include <QtTest/QTest>
 
 #include "core/worker.h"
+#include "tests/support/picture_of.h"
 #include "tests/support/project_fixture.h"
 #include "tests/view_ui/dialog_answers.h"
 #include "view/ui/canvas/field_view.h"
@@ -15,11 +16,8 @@ namespace vyn::test {
 
 /// value = 100 + x + 1000 y.
 inline image ramp_image(const std::string& name, int width = 40, int height = 30) {
-    image picture(width, height);
+    image picture = picture_of(width, height, [](int x, int y) { return 100 + x + 1000 * y; });
     picture.name = name;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            picture.values()(x, y) = static_cast<float>(100 + x + 1000 * y);
     return picture;
 }
 

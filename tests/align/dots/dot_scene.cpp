@@ -4,6 +4,8 @@
 #include <cmath>
 #include <random>
 
+#include "tests/support/picture_of.h"
+
 namespace vyn::test {
 namespace {
 
@@ -95,15 +97,11 @@ image one_dot(Point centre, double radius, double contrast, double noise, DotPol
     std::mt19937_64 random(seed);
     std::normal_distribution<double> normal;
     const double factor = polarity == DotPolarity::dark ? -contrast : contrast;
-    image picture(48, 48);
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x) {
-            const double light = 1 + 0.004 * (x - 24) - 0.002 * (y - 24);
-            const double dot = 1 + factor * coverage(centre, radius, x, y);
-            picture.values()(x, y) =
-                static_cast<float>(paint_value * (light * dot + noise * normal(random)));
-        }
-    return picture;
+    return picture_of(48, 48, [&](int x, int y) {
+        const double light = 1 + 0.004 * (x - 24) - 0.002 * (y - 24);
+        const double dot = 1 + factor * coverage(centre, radius, x, y);
+        return paint_value * (light * dot + noise * normal(random));
+    });
 }
 
 }  // namespace vyn::test

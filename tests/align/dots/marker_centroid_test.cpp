@@ -12,6 +12,7 @@
 #include "align/dots/surface_fit.h"
 #include "core/log.h"
 #include "tests/align/dots/dot_scene.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn::test {
 namespace {
@@ -20,14 +21,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 using Function = std::function<double(double, double)>;
-
-image picture_of(int width, int height, const Function& value) {
-    image picture(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            picture.values()(x, y) = static_cast<float>(value(x, y));
-    return picture;
-}
 
 std::string last_log_line() {
     const std::vector<LogLine> lines = get_log_mgr().take_new_lines();
@@ -202,8 +195,7 @@ TEST(DotRefinement, FailsWhereThereIsNoDotOfThePolarity) {
 
 /// A dark picture with single bright pixels.
 image bright_pixels(std::initializer_list<Pixel> pixels) {
-    image picture(40, 40);
-    picture.values().fill(0);
+    image picture = picture_of(40, 40, [](int, int) { return 0; });
     for (const Pixel& p : pixels)
         picture.values()(p.x, p.y) = 100;
     return picture;

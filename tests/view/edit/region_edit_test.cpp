@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/picture_of.h"
+
 namespace vyn {
 namespace {
 
@@ -84,11 +86,7 @@ TEST(PixelRuns, AStrokeCoversWhatIsWithinItsRadiusOfTheLine) {
 }
 
 image ramp() {
-    image picture(small.width, small.height);
-    for (int y = 0; y < small.height; ++y)
-        for (int x = 0; x < small.width; ++x)
-            picture.values()(x, y) = static_cast<float>(x);
-    return picture;
+    return test::picture_of(small.width, small.height, [](int x, int) { return x; });
 }
 
 std::string drawing(const Bitmap<std::uint8_t>& plane) {

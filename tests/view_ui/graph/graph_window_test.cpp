@@ -11,6 +11,7 @@
 #include <qwt_scale_div.h>
 
 #include "core/ui/number_edit.h"
+#include "tests/support/picture_of.h"
 #include "tests/view_ui/edit_fixture.h"
 
 namespace vyn {
@@ -19,10 +20,7 @@ namespace {
 class Graph : public test::EditTest {
   protected:
     static image ramp() {
-        image picture(90, 70);
-        for (int y = 0; y < picture.height(); ++y)
-            for (int x = 0; x < picture.width(); ++x)
-                picture.values()(x, y) = static_cast<float>(x + 1000 * (y % 2));
+        image picture = test::picture_of(90, 70, [](int x, int y) { return x + 1000 * (y % 2); });
         picture.mask()(30, 10) = 1;
         return picture;
     }

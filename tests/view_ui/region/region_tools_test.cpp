@@ -9,6 +9,7 @@
 #include "core/keys.h"
 #include "core/ui/number_edit.h"
 #include "process/point/raw_images.h"
+#include "tests/support/picture_of.h"
 #include "tests/view_ui/edit_fixture.h"
 
 namespace vyn {
@@ -17,10 +18,7 @@ namespace {
 class RegionTools : public test::EditTest {
   protected:
     void show_ramp() {
-        image picture(90, 70);
-        for (int y = 0; y < picture.height(); ++y)
-            for (int x = 0; x < picture.width(); ++x)
-                picture.values()(x, y) = static_cast<float>(x);
+        image picture = test::picture_of(90, 70, [](int x, int) { return x; });
         picture.file_name = (folder / "on.tif").string();
         write_image(picture, folder / "on.tif");
         write(vyn_db(), keys::wind_on_sens_file, (folder / "on.tif").string());
