@@ -22,23 +22,4 @@ MapConsistency consistency_of(const ChannelMaps& maps, std::span<const Point> si
     return result;
 }
 
-RowMap camera_row_map(std::vector<PolyTransform> maps, const Distortion& lens) {
-    if (maps.empty()) maps.emplace_back();
-    RowMap first = row_map(maps.front());
-    maps.erase(maps.begin());
-    for (const PolyTransform& map : maps)
-        apply_poly(map, {});  // refuses a wrong count before any row
-    return [first = std::move(first), rest = std::move(maps), lens](int x0, int n, int y, double* x,
-                                                                    double* y_out) {
-        first(x0, n, y, x, y_out);
-        for (const PolyTransform& map : rest)
-            for (int i = 0; i < n; ++i) {
-                const Point mapped = apply_poly(map, {x[i], y_out[i]});
-                x[i] = mapped.x;
-                y_out[i] = mapped.y;
-            }
-        distort_positions(lens, n, x, y_out);
-    };
-}
-
 }  // namespace vyn

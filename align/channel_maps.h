@@ -1,11 +1,8 @@
 #pragma once
 
 #include <span>
-#include <vector>
 
 #include "align/poly_transform.h"
-#include "api/lens.h"
-#include "api/resample.h"
 
 namespace vyn {
 
@@ -30,9 +27,5 @@ struct MapConsistency {
 /// and to its wind-on picture. With cameras that stand still towards each other each point comes
 /// back to itself; how far it does not is what the mappings leave open.
 MapConsistency consistency_of(const ChannelMaps& maps, std::span<const Point> signal_on);
-
-/// Where the camera saw the pixels of a picture: through the mappings, the first one first, then
-/// through the lens. A picture is so resampled once, whatever lies between.
-RowMap camera_row_map(std::vector<PolyTransform> maps, const Distortion& lens);
 
 }  // namespace vyn

@@ -25,4 +25,17 @@ RowMap row_map(const PolyTransform& map) {
     };
 }
 
+void apply_poly(const PolyTransform& map, int n, double* x, double* y) {
+    apply_poly(map, {});  // refuses a wrong count
+    if (map.n == 0) return;
+    if (map.n == 1) {
+        for (int i = 0; i < n; ++i) {
+            x[i] += map.ax[0];
+            y[i] += map.ay[0];
+        }
+        return;
+    }
+    active_poly_kernels().points(map.ax.data(), map.ay.data(), map.n, n, x, y);
+}
+
 }  // namespace vyn

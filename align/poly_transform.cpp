@@ -196,6 +196,13 @@ Point apply_poly(double x, double y, int n, std::span<const double, 10> ax,
     }
 }
 
+Jacobian poly_derivative(const PolyTransform& map, Point p) {
+    if (map.n <= 1) return {};
+    const Gradient gx = gradient(map.ax, p);
+    const Gradient gy = gradient(map.ay, p);
+    return {gx.x, gx.y, gy.x, gy.y};
+}
+
 Point inverse_mapped(const PolyTransform& map, Point target) {
     Point p = target;
     for (int i = 0; i < 20; ++i) {

@@ -27,6 +27,9 @@ inline Point apply_poly(const PolyTransform& map, Point p) {
     return apply_poly(p.x, p.y, map.n, map.ax, map.ay);
 }
 
+/// How the mapped point moves with `p`.
+Jacobian poly_derivative(const PolyTransform& map, Point p);
+
 /// The point that `map` takes to `target`, by Newton's method, to 1e-12 px or the rounding of the
 /// coordinates. For mappings that bend little over the picture.
 Point inverse_mapped(const PolyTransform& map, Point target);
@@ -46,5 +49,7 @@ PolyFit fit_poly(std::span<const Point> from, std::span<const Point> to, int n);
 
 /// The mapping for whole rows, with the bits of `apply_poly`.
 RowMap row_map(const PolyTransform& map);
+/// The mapping of n positions in their place, with the bits of `apply_poly`.
+void apply_poly(const PolyTransform& map, int n, double* x, double* y);
 
 }  // namespace vyn

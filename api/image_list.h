@@ -17,11 +17,16 @@ namespace vyn {
 /// replaced, never changed in place, and stays alive for whoever holds it.
 class imagesList {
   public:
+    imagesList() = default;
+    imagesList(const imagesList&) = delete;
+    imagesList& operator=(const imagesList&) = delete;
+    virtual ~imagesList() = default;
+
     /// The image of that name; null when absent.
-    std::shared_ptr<const image> find(std::string_view name) const;
+    virtual std::shared_ptr<const image> find(std::string_view name) const;
     /// Publishes an image under its own name, replacing an older one.
     void add(image&& picture);
-    void add(std::shared_ptr<const image> picture);
+    virtual void add(std::shared_ptr<const image> picture);
     /// True when there was one to remove.
     bool remove(std::string_view name);
     void clear();

@@ -62,7 +62,7 @@ PointCheckDialog::PointCheckDialog(QBusyBox& busy_box, std::shared_ptr<const Run
 }
 
 bool PointCheckDialog::look(const MarkerSet& ports) {
-    auto task = std::make_unique<PointReportTask>(report_, ports);
+    auto task = std::make_unique<PointReportTask>(program_session(), report_, ports);
     const std::shared_ptr<const PointReport> result = task->result();
     auto job = std::make_shared<Job>();
     job->append(std::move(task));

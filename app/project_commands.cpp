@@ -48,7 +48,7 @@ std::unique_ptr<ReadProjectTask> reading(const fs::path& file,
     request.file = file;
     request.settings = std::move(settings);
     request.inputs = std::move(inputs);
-    return std::make_unique<ReadProjectTask>(std::move(request));
+    return std::make_unique<ReadProjectTask>(program_session(), std::move(request));
 }
 
 fs::path lock_file_of(const fs::path& project) {
@@ -136,7 +136,7 @@ ProjectCommands::Recovered ProjectCommands::recover(const LostWork& work) {
     const auto job =
         job_of(reading(work.copy, {{std::string(keys::head_file.path), any(work.project)}},
                        contained ? fs::path(work.project) : fs::path()),
-               std::make_unique<RestorePicturesTask>(work.copy));
+               std::make_unique<RestorePicturesTask>(program_session(), work.copy));
     const bool read_all = carry_out(job, tr("The images of the recovered project were not read."));
     if (!read_all) {
         // The settings are what cannot be had again.
@@ -174,8 +174,9 @@ bool ProjectCommands::save_to(const fs::path& file, Overwriting overwriting) {
         return false;
     Lock held = lock(file);
     if (!held) return false;
-    const bool saved = carry_out(job_of(std::make_unique<WriteProjectTask>(file)),
-                                 tr("The project was not saved to %1.").arg(text_of(file)));
+    const bool saved =
+        carry_out(job_of(std::make_unique<WriteProjectTask>(program_session(), file)),
+                  tr("The project was not saved to %1.").arg(text_of(file)));
     if (saved) take(file, std::move(held));
     Q_EMIT changed();
     return saved;
@@ -235,7 +236,7 @@ void ProjectCommands::choose_directory() {
 }
 
 bool ProjectCommands::may_discard() {
-    return !has_unsaved_work() || agrees_to_discard();
+    return !has_unsaved_work(vyn_db(), get_images()) || agrees_to_discard();
 }
 
 bool ProjectCommands::agrees_to_discard() {

@@ -23,7 +23,7 @@ RecoveryKeeper::RecoveryKeeper(const std::filesystem::path& folder, QObject* par
 
 RecoveryKeeper::~RecoveryKeeper() {
     if (writing_.valid()) writing_.wait();
-    if (!has_unsaved_work()) copy_.drop();
+    if (!has_unsaved_work(vyn_db(), get_images())) copy_.drop();
 }
 
 void RecoveryKeeper::look() {
@@ -31,7 +31,7 @@ void RecoveryKeeper::look() {
     if (stopped_) return;
     if (writing_.valid() && writing_.wait_for(0s) != std::future_status::ready) return;
     const std::pair revision{vyn_db().revision(), get_images().revision()};
-    if (!has_unsaved_work()) {
+    if (!has_unsaved_work(vyn_db(), get_images())) {
         if (kept_) copy_.drop();
         kept_ = false;
         return;

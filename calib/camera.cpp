@@ -15,12 +15,21 @@ bool is_file(const fs::path& path) {
     return fs::is_regular_file(path, ignored);
 }
 
-}  // namespace
-
-void read(dataSetInterface& data, const std::string& tree, cameraFeatures& record) {
+template <class Data>
+void read_record(Data& data, const std::string& tree, cameraFeatures& record) {
     read_field(data, tree + "camera", record.camera);
     for_each_field(record,
                    [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+}
+
+}  // namespace
+
+void read(dataSetInterface& data, const std::string& tree, cameraFeatures& record) {
+    read_record(data, tree, record);
+}
+
+void read(const dataSetInterface& data, const std::string& tree, cameraFeatures& record) {
+    read_record(data, tree, record);
 }
 
 void write(dataSetInterface& data, const std::string& tree, const cameraFeatures& record) {

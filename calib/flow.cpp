@@ -21,6 +21,12 @@ void for_each_field(Record& record, Visit visit) {
     visit("t_unit", record.t_unit);
 }
 
+template <class Data>
+void read_record(Data& data, const std::string& tree, flowFeatures& record) {
+    for_each_field(record,
+                   [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+}
+
 }  // namespace
 
 flowFeatures in_units(const flowFeatures& flow, const std::string& pressure_unit,
@@ -36,8 +42,11 @@ flowFeatures in_units(const flowFeatures& flow, const std::string& pressure_unit
 }
 
 void read(dataSetInterface& data, const std::string& tree, flowFeatures& record) {
-    for_each_field(record,
-                   [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+    read_record(data, tree, record);
+}
+
+void read(const dataSetInterface& data, const std::string& tree, flowFeatures& record) {
+    read_record(data, tree, record);
 }
 
 void write(dataSetInterface& data, const std::string& tree, const flowFeatures& record) {

@@ -26,8 +26,10 @@ struct flowFeatures {
 flowFeatures in_units(const flowFeatures& flow, const std::string& pressure_unit,
                       const std::string& temperature_unit);
 
-/// The record in a sub-tree ("project/flow/") of the data set.
+/// The record in a sub-tree ("project/flow/") of the data set. Reading creates what is absent, but
+/// not in constant settings.
 void read(dataSetInterface& data, const std::string& tree, flowFeatures& record);
+void read(const dataSetInterface& data, const std::string& tree, flowFeatures& record);
 void write(dataSetInterface& data, const std::string& tree, const flowFeatures& record);
 
 }  // namespace vyn

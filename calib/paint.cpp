@@ -6,6 +6,19 @@
 
 namespace vyn {
 
+namespace {
+
+template <class Data>
+void read_record(Data& data, const std::string& tree, paintFeatures& record) {
+    for_each_calibration_field(record, [&](const PaintKey& key, auto& field) {
+        read_field(data, tree + key.name, field);
+    });
+    for_each_test_field(record,
+                        [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+}
+
+}  // namespace
+
 void change_units(paintFeatures& record, const std::string& pressure_unit,
                   const std::string& temperature_unit) {
     for (double* pressure : {&record.normalizing_pressure, &record.minimal_pressure,
@@ -24,11 +37,11 @@ void change_units(paintFeatures& record, const std::string& pressure_unit,
 }
 
 void read(dataSetInterface& data, const std::string& tree, paintFeatures& record) {
-    for_each_calibration_field(record, [&](const PaintKey& key, auto& field) {
-        read_field(data, tree + key.name, field);
-    });
-    for_each_test_field(record,
-                        [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+    read_record(data, tree, record);
+}
+
+void read(const dataSetInterface& data, const std::string& tree, paintFeatures& record) {
+    read_record(data, tree, record);
 }
 
 void write(dataSetInterface& data, const std::string& tree, const paintFeatures& record) {

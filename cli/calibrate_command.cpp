@@ -46,19 +46,20 @@ void require_done(TaskOutcome outcome, const std::string& failure) {
 }
 
 /// Loads the project and computes its ratio image; takes that of a container without raw images.
-std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Runner& runner,
+std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Session session,
+                                           Runner& runner,
                                            const std::shared_ptr<RunReport>& report) {
     require_done(runner.run(job_of(std::make_unique<ReadProjectTask>(
-                     read_request(options.project, options.settings)))),
+                     session, read_request(options.project, options.settings)))),
                  runner.failure());
-    const TaskOutcome outcome = runner.run(calculate_ratio(vyn_db(), get_images(), report));
+    const TaskOutcome outcome = runner.run(calculate(Goal::ratio, session, report));
     require_done(outcome, runner.failure());
     if (outcome == TaskOutcome::done_with_errors)
         throw std::runtime_error(
             "the images could not be aligned" +
             std::string(report->warnings.empty() ? "" : ": " + report->warnings.back().text));
-    auto ratio = get_images().find(image_names::ratio);
-    if (!ratio) throw std::runtime_error(missing_input(vyn_db(), get_images()));
+    auto ratio = session.images.find(image_names::ratio);
+    if (!ratio) throw std::runtime_error(missing_input({session.data, session.images}));
     return ratio;
 }
 
@@ -68,8 +69,8 @@ InSituCalibration fit_ports(const CalibrateOptions& options, const image* ratio)
     return std::move(*outcome.calibration);
 }
 
-void save_all(const CalibrateOptions& options, const CalibrationReport& calibration,
-              const RunReport& run, Runner& runner) {
+void save_all(const CalibrateOptions& options, const Session& session,
+              const CalibrationReport& calibration, const RunReport& run, Runner& runner) {
     const paintFeatures& paint = calibration.calibration.paint;
     if (!options.results.empty())
         write_file(options.results, results_file(calibration.calibration.samples.points));
@@ -80,7 +81,7 @@ void save_all(const CalibrateOptions& options, const CalibrationReport& calibrat
                      runner.failure());
     if (options.report.empty()) return;
     nlohmann::json report =
-        to_json(run, vyn_db(), get_images(), TaskOutcome::done, {}, runner.stages());
+        to_json(run, session.data, session.images, TaskOutcome::done, {}, runner.stages());
     report["calibration"] = to_json(calibration);
     write_file(options.report, json_text(report, 2) + "\n");
 }
@@ -98,13 +99,15 @@ ExitStatus calibrate(const CalibrateOptions& options) {
         if (setting.starts_with(rule + "="))
             throw UsageError("--set " + setting + ": here --wind-off-ratio says it");
 
+    OwnSession point;
+    const Session session = point.get();
     Runner runner;
     const auto run = std::make_shared<RunReport>();
-    const auto ratio = compute_ratio(options, runner, run);
-    write(vyn_db(), keys::convert_wind_off_ratio, options.wind_off_ratio);
+    const auto ratio = compute_ratio(options, session, runner, run);
+    write(session.data, keys::convert_wind_off_ratio, options.wind_off_ratio);
     const CalibrationReport calibration = report_calibration(
-        vyn_db(), get_images(), options.ports, options.law, fit_ports(options, ratio.get()));
-    save_all(options, calibration, *run, runner);
+        session.data, session.images, options.ports, options.law, fit_ports(options, ratio.get()));
+    save_all(options, session, calibration, *run, runner);
     print(to_text(calibration));
     return ExitStatus::done;
 }

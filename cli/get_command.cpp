@@ -54,8 +54,7 @@ std::map<std::string, std::string> settings_of(const std::string& project) {
     simpleNamedDataSet data;
     if (is_container(project)) {
         InterruptProgress progress;
-        read_ims_data(project, progress);
-        from_xml(data, get_ims().project, project);
+        from_xml(data, read_ims_data(project, progress).project, project);
     } else {
         load_xml(data, project.c_str());
     }

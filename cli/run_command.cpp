@@ -20,7 +20,7 @@
 #include "process/report/json_text.h"
 #include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
-#include "process/steps/image_origin.h"
+#include "process/steps/step_table.h"
 
 namespace vyn::cli {
 
@@ -62,24 +62,24 @@ SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
 }
 
 /// Loads the project and runs the chain. The outcome is the worst of both.
-TaskOutcome compute(const RunOptions& options, Runner& runner,
+TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
                     const std::shared_ptr<RunReport>& report, std::string& failure) {
-    TaskOutcome outcome = runner.run(
-        job_of(std::make_unique<ReadProjectTask>(read_request(options.project, options.settings))));
+    TaskOutcome outcome = runner.run(job_of(std::make_unique<ReadProjectTask>(
+        session, read_request(options.project, options.settings))));
     failure = runner.failure();
     if (outcome != TaskOutcome::done) return outcome;
 
-    failure = missing_input(vyn_db(), get_images());
+    failure = missing_input({session.data, session.images});
     if (!failure.empty()) return TaskOutcome::failed;
     if (options.auto_markers) {
-        outcome = runner.run(job_of(
-            std::make_unique<FindMarkersTask>(detection_options(options.detection), report)));
+        outcome = runner.run(job_of(std::make_unique<FindMarkersTask>(
+            session, detection_options(options.detection), report)));
         failure = runner.failure();
         if (outcome == TaskOutcome::failed && failure.empty())
             failure = report->warnings.back().text;
         if (outcome != TaskOutcome::done) return outcome;
     }
-    outcome = runner.run(with_origins(calculate_all(vyn_db(), get_images(), report)));
+    outcome = runner.run(calculate(Goal::all, session, report));
     failure = runner.failure();
     if (outcome == TaskOutcome::done_with_errors)
         failure = "the images could not be aligned" +
@@ -87,14 +87,14 @@ TaskOutcome compute(const RunOptions& options, Runner& runner,
     return outcome;
 }
 
-TaskOutcome save_all(const RunOptions& options, const std::vector<SaveRequest>& saves,
-                     Runner& runner) {
+TaskOutcome save_all(const RunOptions& options, Session session,
+                     const std::vector<SaveRequest>& saves, Runner& runner) {
     auto job = std::make_shared<Job>();
     for (const SaveRequest& save : saves)
-        job->append(std::make_unique<SaveImageTask>(save.name, save.file));
-    if (options.save_field) job->append(std::make_unique<SaveFieldTask>());
+        job->append(std::make_unique<SaveImageTask>(session, save.name, save.file));
+    if (options.save_field) job->append(std::make_unique<SaveFieldTask>(session));
     if (!options.save_project.empty())
-        job->append(std::make_unique<WriteProjectTask>(options.save_project));
+        job->append(std::make_unique<WriteProjectTask>(session, options.save_project));
     return job->empty() ? TaskOutcome::done : runner.run(job);
 }
 
@@ -133,14 +133,14 @@ MarkerSet read_ports(const RunOptions& options, int image_height) {
 }
 
 /// Writes the check of the point as a page, also of a run that failed: what there is then.
-void write_html(const RunOptions& options, RunReport report, const std::string& failure,
-                Runner& runner) {
+void write_html(const RunOptions& options, Session session, RunReport report,
+                const std::string& failure, Runner& runner) {
     if (!failure.empty())
         report.warnings.push_back({WarningKind::failure, "The run ended with: " + failure});
-    const auto field = get_images().find(image_names::field);
-    auto task =
-        std::make_unique<PointReportTask>(std::make_shared<const RunReport>(std::move(report)),
-                                          read_ports(options, field ? field->height() : 0));
+    const auto field = session.images.find(image_names::field);
+    auto task = std::make_unique<PointReportTask>(
+        session, std::make_shared<const RunReport>(std::move(report)),
+        read_ports(options, field ? field->height() : 0));
     const std::shared_ptr<const PointReport> result = task->result();
     if (runner.run(job_of(std::move(task))) != TaskOutcome::done)
         throw std::runtime_error("the page could not be made: " + runner.failure());
@@ -157,25 +157,27 @@ ExitStatus run(const RunOptions& options) {
         check_output(file, overwriting);
     read_ports(options, /*image_height=*/0);  // a file that cannot be read is said at once
 
+    OwnSession point;
+    const Session session = point.get();
     Runner runner;
     const auto report = std::make_shared<RunReport>();
     std::string failure;
-    TaskOutcome outcome = compute(options, runner, report, failure);
+    TaskOutcome outcome = compute(options, session, runner, report, failure);
     const bool worth_saving = outcome == TaskOutcome::done ||
                               (outcome == TaskOutcome::done_with_errors && options.allow_unaligned);
     if (worth_saving) {
-        const TaskOutcome saved = save_all(options, saves, runner);
+        const TaskOutcome saved = save_all(options, session, saves, runner);
         if (saved != TaskOutcome::done) {
             outcome = saved;
             failure = runner.failure();
         }
     }
     if (!options.report.empty())
-        write_file(options.report, json_text(to_json(*report, vyn_db(), get_images(), outcome,
+        write_file(options.report, json_text(to_json(*report, point.data, point.images, outcome,
                                                      failure, runner.stages()),
                                              2) +
                                        "\n");
-    if (!options.html.empty()) write_html(options, *report, failure, runner);
+    if (!options.html.empty()) write_html(options, session, *report, failure, runner);
     return conclude(outcome, failure, worth_saving ? Saving::tried : Saving::left_out);
 }
 
@@ -210,6 +212,10 @@ Work prepare_run(CLI::App& app, const GlobalOptions&) {
     app.add_flag("--allow-unaligned", options->allow_unaligned,
                  "save results even when the images could not be aligned");
     app.add_flag("--force", options->force, "replace existing files");
+    std::string steps = "Steps of the computation:\n";
+    for (const Step& step : step_table())
+        steps += std::string("  ") + step.name + ": " + step.meaning + "\n";
+    app.footer(steps);
     return [options] { return run(*options); };
 }
 

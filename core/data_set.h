@@ -85,6 +85,15 @@ class dataSetInterface {
     std::string read(std::string_view path, const char* fallback) {
         return read<std::string>(path, fallback);
     }
+    /// The same for whoever only looks: the stored value, or the default, which is not kept.
+    template <class T>
+    T read(std::string_view path, const T& fallback) const {
+        const any stored = value(path);
+        return stored.template holds<T>() ? stored.template get<T>() : fallback;
+    }
+    std::string read(std::string_view path, const char* fallback) const {
+        return read<std::string>(path, fallback);
+    }
 
     /// Typed write: creates the node if needed and stores the value.
     template <class T>

@@ -60,6 +60,12 @@ T read(dataSetInterface& data, Key<T> key) {
     return data.read<T>(key.path, find_key(key.path)->fallback.template get<T>());
 }
 
+/// The same for whoever only looks: settings that are constant stay as they are.
+template <class T>
+T read(const dataSetInterface& data, Key<T> key) {
+    return data.read<T>(key.path, find_key(key.path)->fallback.template get<T>());
+}
+
 template <class T>
 void write(dataSetInterface& data, Key<T> key, T value) {
     data.write<T>(key.path, std::move(value));

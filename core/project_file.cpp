@@ -240,7 +240,7 @@ void from_xml(dataSetInterface& data, const std::string& text, const std::string
     data.replace(leaves);
 }
 
-void save_xml(dataSetInterface& data, const char* file) {
+void save_xml(const dataSetInterface& data, const char* file) {
     const std::string name = checked_name(file);
     const std::string text = to_xml(data);
     if (text.size() > most_bytes)

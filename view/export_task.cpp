@@ -60,7 +60,7 @@ std::vector<ExportType> export_types() {
 TaskOutcome ExportTask::run(TaskContext& context) {
     context.status("Writing " + request_.file.string());
     const std::string settings = request_.project_results
-                                     ? json_text(provenance(*request_.picture, get_images()))
+                                     ? json_text(provenance(*request_.picture, session_.images))
                                      : std::string();
     switch (request_.kind) {
         case ExportKind::png_graphics: {
@@ -80,7 +80,7 @@ TaskOutcome ExportTask::run(TaskContext& context) {
             options.provenance = settings;
             write_image(*request_.picture, request_.file, options, context);
             if (lower_extension(request_.file) == field_extension)
-                note_written(get_images(), request_.picture);
+                note_written(session_.images, request_.picture);
             break;
         }
     }

@@ -8,6 +8,7 @@
 
 #include "api/image.h"
 #include "core/task.h"
+#include "process/point/session.h"
 #include "render/picture.h"
 
 namespace vyn {
@@ -45,13 +46,16 @@ struct ExportRequest {
     bool project_results = false;  ///< the project's settings and inputs are behind the image
 };
 
-/// Writes one file, atomically.
+/// Writes one file, atomically. The session is the one whose settings and inputs are behind project
+/// results.
 class ExportTask final : public Task {
   public:
-    explicit ExportTask(ExportRequest request) : request_(std::move(request)) {}
+    ExportTask(Session session, ExportRequest request)
+        : session_(session), request_(std::move(request)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     ExportRequest request_;
 };
 

@@ -15,17 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The images of a container; the program's own IMS data stay as they are.
-std::vector<std::shared_ptr<const image>> container_images(const fs::path& file,
-                                                           Progress& progress) {
-    struct KeepIms {
-        ImsData kept = std::move(get_ims());
-        ~KeepIms() { get_ims() = std::move(kept); }
-    } const keep;
-    read_ims_data(file, progress);
-    return std::move(get_ims().images);
-}
-
 std::vector<image> project_images(const fs::path& file, TaskContext& context) {
     simpleNamedDataSet data;
     load_xml(data, file.c_str());
@@ -40,8 +29,8 @@ TaskOutcome OpenImagesTask::run(TaskContext& context) {
     const std::string extension = lower_extension(file_);
     imagesList found;
     if (extension == "ims") {
-        for (auto& picture : container_images(file_, context))
-            found.add(std::move(picture));
+        for (const auto& picture : read_ims_data(file_, context).images)
+            found.add(picture);
     } else if (extension == "xml") {
         for (image& picture : project_images(file_, context))
             found.add(std::move(picture));

@@ -1,6 +1,8 @@
 // Compiled once per instruction set; see vyn_kernels in cmake/VynTargets.cmake.
 #include "align/kernels/poly_kernels.h"
 
+#include <algorithm>
+
 namespace vyn::VYN_ISA {
 
 namespace {
@@ -52,9 +54,46 @@ void row(const double* coefficients, int count, int x0, int n, int y, double* ou
         cubic_row(coefficients, x0, n, y, out);
 }
 
+double linear(const double* c, double x, double y) {
+    return c[1] * x + c[2] * y + c[0];
+}
+
+double quadratic(const double* c, double x, double y) {
+    return (c[4] * x + c[3] * y + c[1]) * x + (c[5] * y + c[2]) * y + c[0];
+}
+
+double cubic(const double* c, double x, double y) {
+    return ((c[8] * x + c[4]) * x + (c[6] * x + c[3]) * y + c[1]) * x +
+           ((c[7] * x + c[9] * y + c[5]) * y + c[2]) * y + c[0];
+}
+
+template <double (*polynomial)(const double*, double, double)>
+void map_points(const double* ax, const double* ay, int n, double* __restrict x,
+                double* __restrict y) {
+    double cx[10];
+    double cy[10];
+    std::copy_n(ax, 10, cx);
+    std::copy_n(ay, 10, cy);
+    for (int i = 0; i < n; ++i) {
+        const double from_x = x[i];
+        const double from_y = y[i];
+        x[i] = polynomial(cx, from_x, from_y);
+        y[i] = polynomial(cy, from_x, from_y);
+    }
+}
+
+void points(const double* ax, const double* ay, int count, int n, double* x, double* y) {
+    if (count == 3)
+        map_points<linear>(ax, ay, n, x, y);
+    else if (count == 6)
+        map_points<quadratic>(ax, ay, n, x, y);
+    else
+        map_points<cubic>(ax, ay, n, x, y);
+}
+
 }  // namespace
 
 extern const PolyKernels poly_kernels;
-const PolyKernels poly_kernels = {row};
+const PolyKernels poly_kernels = {row, points};
 
 }  // namespace vyn::VYN_ISA

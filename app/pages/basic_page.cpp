@@ -143,7 +143,7 @@ void BasicPage::run_step(PageStep step) {
         return show_point_check(busy_box(), report_ ? report_ : std::make_shared<RunReport>(),
                                 this);
     const auto report = report_for(step);
-    const auto job = page_job(step, vyn_db(), get_images(), report);
+    const auto job = page_job(step, program_session(), report);
     if (job->empty()) {
         last_run_ = QString::fromStdString(missing_for(step, vyn_db(), get_images()));
         last_run_failed_ = true;
@@ -169,7 +169,8 @@ bool BasicPage::may_replace_field() {
 bool BasicPage::may_replace_results(PageStep step) {
     QStringList drawn;
     for (const auto& picture : unsaved_pictures(get_images()))
-        if (!input_of_image(picture->name) && replaces(step, type_, picture->name))
+        if (!input_of_image(picture->name) &&
+            replaces(step, {vyn_db(), get_images()}, picture->name))
             drawn << QString::fromStdString(image_label(type_, picture->name));
     return drawn.isEmpty() ||
            QMessageBox::question(
@@ -183,7 +184,8 @@ void BasicPage::load_pictures_anew() {
     auto job = std::make_shared<Job>();
     for (const PageCard& card : page_cards(type_))
         if (get_images().find(card.raw->name))
-            job->append(std::make_unique<SetInputTask>(*input_of_image(card.raw->name),
+            job->append(std::make_unique<SetInputTask>(program_session(),
+                                                       *input_of_image(card.raw->name),
                                                        read(vyn_db(), card.raw->file)));
     if (!job->empty()) run(job);
 }
@@ -200,7 +202,7 @@ void BasicPage::select_file(const PageRow& row) {
 
 void BasicPage::put_file(const InputFile& input, const std::string& file) {
     auto job = std::make_shared<Job>();
-    job->append(std::make_unique<SetInputTask>(input, file));
+    job->append(std::make_unique<SetInputTask>(program_session(), input, file));
     run(job);
 }
 

@@ -199,7 +199,7 @@ void form_calibr_single::btn_calculate_clicked() {
     const std::string ports = port_file();
     const auto outcome = std::make_shared<InSituOutcome>();
     const auto job = std::make_shared<Job>();
-    job->append(std::make_unique<CalibrateTask>(ports, options(), outcome));
+    job->append(std::make_unique<CalibrateTask>(program_session(), ports, options(), outcome));
     if (!busy_box_) busy_box_ = new QBusyBox(worker_, this);
     if (busy_box_->run(job) != TaskOutcome::done) return;
     if (!outcome->calibration) {

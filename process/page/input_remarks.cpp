@@ -13,7 +13,7 @@ namespace vyn {
 
 namespace {
 
-void saturation_remark(dataSetInterface& data, const std::shared_ptr<const image>& picture,
+void saturation_remark(const dataSetInterface& data, const std::shared_ptr<const image>& picture,
                        const std::string& label, std::vector<std::string>& remarks) {
     static PerImage<std::int64_t> counts;
     const std::int64_t count = counts.get(picture, saturated_count);
@@ -24,7 +24,7 @@ void saturation_remark(dataSetInterface& data, const std::shared_ptr<const image
                       (exclude ? " and excluded." : "."));
 }
 
-void picture_remarks(dataSetInterface& data, const imagesList& images, ExperimentType type,
+void picture_remarks(const dataSetInterface& data, const imagesList& images, ExperimentType type,
                      std::vector<std::string>& remarks) {
     for (const PageCard& card : page_cards(type)) {
         const auto picture = images.find(card.raw->name);
@@ -44,7 +44,7 @@ bool depends_on_temperature(const paintFeatures& paint) {
 }
 
 /// The numbers as they enter the law, in one sentence, and what is to be feared of them.
-void law_remarks(dataSetInterface& data, const imagesList& images,
+void law_remarks(const dataSetInterface& data, const imagesList& images,
                  std::vector<std::string>& remarks) {
     LawConditions conditions = law_conditions(data, images);
     if (conditions.lines.empty()) return;  // the field is the ratio: it needs no law
@@ -71,7 +71,7 @@ void law_remarks(dataSetInterface& data, const imagesList& images,
 
 }  // namespace
 
-std::vector<std::string> input_remarks(dataSetInterface& data, const imagesList& images) {
+std::vector<std::string> input_remarks(const dataSetInterface& data, const imagesList& images) {
     std::vector<std::string> remarks;
     const ExperimentType type = experiment_type(data);
     if (type == ExperimentType::s3f) return {not_evaluated_text};

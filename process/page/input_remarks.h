@@ -10,6 +10,6 @@ namespace vyn {
 
 /// What a user should know of the inputs before trusting a result, one sentence each: dark images
 /// and flat fields that are not used, saturated pixels, the conditions as they enter the law.
-std::vector<std::string> input_remarks(dataSetInterface& data, const imagesList& images);
+std::vector<std::string> input_remarks(const dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

@@ -26,7 +26,7 @@ const char* filter_name(int type) {
 
 }  // namespace
 
-std::string camera_summary(dataSetInterface& data, std::string_view tree) {
+std::string camera_summary(const dataSetInterface& data, std::string_view tree) {
     cameraFeatures camera;
     read(data, std::string(tree), camera);
     std::string text;
@@ -36,7 +36,7 @@ std::string camera_summary(dataSetInterface& data, std::string_view tree) {
     return text;
 }
 
-std::string paint_summary(dataSetInterface& data) {
+std::string paint_summary(const dataSetInterface& data) {
     paintFeatures paint;
     read(data, std::string(keys::sens_paint), paint);
     if (paint.gamma == paintFeatures().gamma) return "no calibration";
@@ -47,7 +47,7 @@ std::string paint_summary(dataSetInterface& data) {
     return text;
 }
 
-std::string conditions_summary(dataSetInterface& data) {
+std::string conditions_summary(const dataSetInterface& data) {
     flowFeatures flow;
     read(data, std::string(keys::flow), flow);
     std::string text = read(data, keys::test_id);
@@ -58,7 +58,7 @@ std::string conditions_summary(dataSetInterface& data) {
     return text;
 }
 
-std::string alignment_summary(dataSetInterface& data) {
+std::string alignment_summary(const dataSetInterface& data) {
     std::string text;
     if (read(data, keys::filter_enable))
         add(text, std::string("filter ") + filter_name(read(data, keys::filter_type)));
@@ -72,7 +72,7 @@ std::string alignment_summary(dataSetInterface& data) {
     return text;
 }
 
-std::string conversion_summary(dataSetInterface& data) {
+std::string conversion_summary(const dataSetInterface& data) {
     std::string text = read(data, keys::convert_field);
     if (read(data, keys::convert_threshold))
         add(text, general(read(data, keys::convert_min)) + " to " +

@@ -8,10 +8,10 @@
 namespace vyn {
 
 /// What the settings behind a dialog say, in a few words for the button that opens it.
-std::string camera_summary(dataSetInterface& data, std::string_view tree);
-std::string paint_summary(dataSetInterface& data);
-std::string conditions_summary(dataSetInterface& data);
-std::string alignment_summary(dataSetInterface& data);
-std::string conversion_summary(dataSetInterface& data);
+std::string camera_summary(const dataSetInterface& data, std::string_view tree);
+std::string paint_summary(const dataSetInterface& data);
+std::string conditions_summary(const dataSetInterface& data);
+std::string alignment_summary(const dataSetInterface& data);
+std::string conversion_summary(const dataSetInterface& data);
 
 }  // namespace vyn

@@ -135,10 +135,13 @@ std::vector<PageRow> flat_rows(ExperimentType type) {
 }
 
 std::vector<std::string> page_results(ExperimentType type) {
-    if (one_channel(type))
-        return {names::wind_off_sens_cor, names::wind_on_sens_cor, names::wind_on_sens_aligned,
-                names::ratio, names::field};
-    return {image_names::results.begin(), image_names::results.end()};
+    std::vector<std::string> results{names::results.begin(), names::results.end()};
+    if (!one_channel(type)) return results;
+    for (std::size_t i = 2; i < raw_images().size(); ++i)
+        for (const char* of_reference :
+             {raw_images()[i].corrected_name, raw_images()[i].aligned_name})
+            if (of_reference) std::erase(results, of_reference);
+    return results;
 }
 
 std::string image_label(ExperimentType type, std::string_view image) {

@@ -23,7 +23,7 @@ std::string note_of(const InputFile& input, const image& picture) {
     return std::to_string(picture.width()) + " x " + std::to_string(picture.height());
 }
 
-RowState row_state(dataSetInterface& data, const imagesList& images, ImageStates& states,
+RowState row_state(const dataSetInterface& data, const imagesList& images, ImageStates& states,
                    const PageRow& row) {
     RowState shown;
     const auto picture = images.find(row.input.image);
@@ -45,7 +45,7 @@ RowState row_state(dataSetInterface& data, const imagesList& images, ImageStates
 
 }  // namespace
 
-PageState page_state(dataSetInterface& data, const imagesList& images) {
+PageState page_state(const dataSetInterface& data, const imagesList& images) {
     PageState state;
     state.type = experiment_type(data);
     ImageStates states(data, images);

@@ -35,6 +35,6 @@ struct PageState {
 };
 
 /// Looks at settings, images and files on disk, which may take its time where those are far away.
-PageState page_state(dataSetInterface& data, const imagesList& images);
+PageState page_state(const dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

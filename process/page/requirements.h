@@ -1,10 +1,12 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 
 #include "api/image_list.h"
 #include "core/data_set.h"
+#include "process/steps/chain.h"
 
 namespace vyn {
 
@@ -21,11 +23,14 @@ enum class PageStep {
     count
 };
 
+/// What it computes; nothing for those that compute nothing.
+std::optional<Goal> goal_of(PageStep step);
+
 /// Why a step cannot run now and what to do about it, for the user; empty when it can.
-std::string missing_for(PageStep step, dataSetInterface& data, const imagesList& images);
+std::string missing_for(PageStep step, const dataSetInterface& data, const imagesList& images);
 
 /// The answers for all steps, by their number.
 using StepNeeds = std::array<std::string, static_cast<std::size_t>(PageStep::count)>;
-StepNeeds step_needs(dataSetInterface& data, const imagesList& images);
+StepNeeds step_needs(const dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

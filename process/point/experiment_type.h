@@ -19,28 +19,21 @@ enum class ExperimentType {
 
 /// The type that the project's flags stand for: the fourth type first, then lifetime, single, else
 /// binary.
-ExperimentType experiment_type(dataSetInterface& data);
+ExperimentType experiment_type(const dataSetInterface& data);
 
 /// Sets the flags for a type as the user chose it; the fourth type leaves the other two as they
 /// are.
 void choose_experiment_type(dataSetInterface& data, ExperimentType type);
-
-/// The raw images that a computation of this type cannot do without, wind-off first.
-std::vector<const RawImage*> required_images(ExperimentType type);
 
 /// The raw images whose markers align a point of this type.
 std::vector<const RawImage*> aligned_images(ExperimentType type);
 
 /// The raw image whose camera record and flat field hold for this one: itself, but of a lifetime
 /// project, whose gates come from one camera, the one of the signal channel.
-const RawImage& camera_partner(dataSetInterface& data, const RawImage& raw);
+const RawImage& camera_partner(const dataSetInterface& data, const RawImage& raw);
 
 /// False where the ratio is formed without wind-off pictures: of two gates that have none.
-bool uses_wind_off(dataSetInterface& data, const imagesList& images);
-
-/// Why Calculate All cannot run, for the user: which images are missing and which settings name
-/// them, or that the type is not evaluated. Empty when nothing is missing.
-std::string missing_input(dataSetInterface& data, const imagesList& images);
+bool uses_wind_off(const dataSetInterface& data, const imagesList& images);
 
 /// What is said of a project of the fourth type.
 inline constexpr const char* not_evaluated_text =

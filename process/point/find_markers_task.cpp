@@ -8,8 +8,8 @@
 namespace vyn {
 
 TaskOutcome FindMarkersTask::run(TaskContext& context) {
-    imagesList& images = get_images();
-    dataSetInterface& data = vyn_db();
+    imagesList& images = session_.images;
+    dataSetInterface& data = session_.data;
     std::vector<image> found;
     bool complete = true;
     for (const RawImage* raw : aligned_images(experiment_type(data))) {

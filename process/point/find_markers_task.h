@@ -4,6 +4,7 @@
 
 #include "align/dots/marker_detection.h"
 #include "core/task.h"
+#include "process/point/session.h"
 #include "process/report/run_report.h"
 
 namespace vyn {
@@ -13,11 +14,12 @@ namespace vyn {
 /// their places. Fails, with the reason in the report, when an image shows no dots.
 class FindMarkersTask final : public Task {
   public:
-    FindMarkersTask(DetectionOptions options, std::shared_ptr<RunReport> report)
-        : options_(options), report_(std::move(report)) {}
+    FindMarkersTask(Session session, DetectionOptions options, std::shared_ptr<RunReport> report)
+        : session_(session), options_(options), report_(std::move(report)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     DetectionOptions options_;
     std::shared_ptr<RunReport> report_;
 };

@@ -9,7 +9,7 @@ namespace {
 
 /// The flat field of a camera: as its record names it, in the project's folder, or where else
 /// `find_flat_file` looks. Empty when the record names none.
-std::string flat_file_of(dataSetInterface& data, std::string_view camera) {
+std::string flat_file_of(const dataSetInterface& data, std::string_view camera) {
     cameraFeatures record;
     read(data, std::string(camera), record);
     const std::filesystem::path folder = std::filesystem::absolute(project_folder(data));
@@ -54,12 +54,12 @@ const InputFile* input_of_image(std::string_view image) {
     return nullptr;
 }
 
-std::string named_file(dataSetInterface& data, const InputFile& input) {
+std::string named_file(const dataSetInterface& data, const InputFile& input) {
     if (input.role == InputFile::Role::flat) return flat_file_of(data, input.raw->camera);
     return read(data, input.file);
 }
 
-std::filesystem::path located_file(dataSetInterface& data, const InputFile& input) {
+std::filesystem::path located_file(const dataSetInterface& data, const InputFile& input) {
     const std::filesystem::path name = read(data, input.file);
     if (name.empty()) return {};
     const std::filesystem::path folder = project_folder(data);

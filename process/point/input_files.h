@@ -26,9 +26,9 @@ const InputFile* input_of_image(std::string_view image);
 
 /// The file that the project names there, as it is found and loaded; empty when none. A flat field
 /// may lie beside its camera's file.
-std::string named_file(dataSetInterface& data, const InputFile& input);
+std::string named_file(const dataSetInterface& data, const InputFile& input);
 
 /// Where that file is now; empty when nowhere.
-std::filesystem::path located_file(dataSetInterface& data, const InputFile& input);
+std::filesystem::path located_file(const dataSetInterface& data, const InputFile& input);
 
 }  // namespace vyn

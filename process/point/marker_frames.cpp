@@ -18,13 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::pair<const char*, const char*> corrected_from_raw[] = {
-    {image_names::wind_off_sens_cor, image_names::wind_off_sens},
-    {image_names::wind_on_sens_cor, image_names::wind_on_sens},
-    {image_names::wind_off_refe_cor, image_names::wind_off_refe},
-    {image_names::wind_on_refe_cor, image_names::wind_on_refe},
-};
-
 template <class Map>
 MarkerSet mapped(MarkerSet set, const Distortion& lens, const Map& map) {
     if (lens.none()) return set;
@@ -40,7 +33,7 @@ MarkerSet mapped(MarkerSet set, const Distortion& lens, const Map& map) {
     return set;
 }
 
-bool is_marker_file(dataSetInterface& data, const RawImage& raw, const fs::path& file) {
+bool is_marker_file(const dataSetInterface& data, const RawImage& raw, const fs::path& file) {
     const std::string named = read(data, raw.marker_file);
     if (named.empty()) return false;
     const fs::path found = locate(named, project_folder(data));
@@ -54,17 +47,13 @@ bool is_marker_file(dataSetInterface& data, const RawImage& raw, const fs::path&
 
 CameraOrigin camera_origin(std::string_view image_name) {
     CameraOrigin origin;
-    for (const auto& [corrected, raw] : corrected_from_raw)
-        if (image_name == corrected) {
-            image_name = raw;
-            origin.corrected = true;
-        }
     for (const RawImage& raw : raw_images())
-        if (image_name == raw.name) origin.raw = &raw;
+        if (image_name == raw.name || image_name == raw.corrected_name)
+            origin = {&raw, image_name == raw.corrected_name};
     return origin;
 }
 
-Distortion lens_of(dataSetInterface& data, std::string_view camera) {
+Distortion lens_of(const dataSetInterface& data, std::string_view camera) {
     cameraFeatures record;
     read(data, std::string(camera), record);
     return {record.cx, record.cy, record.a2, record.a4};
@@ -105,7 +94,8 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
     return saving;
 }
 
-MarkerSet load_image_markers(dataSetInterface& data, const image& picture, const fs::path& file) {
+MarkerSet load_image_markers(const dataSetInterface& data, const image& picture,
+                             const fs::path& file) {
     MarkerSet set = read_marker_file(file, picture.height());
     const auto [raw, corrected] = camera_origin(picture.name);
     if (corrected && is_marker_file(data, *raw, file))

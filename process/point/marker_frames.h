@@ -19,7 +19,7 @@ struct CameraOrigin {
 CameraOrigin camera_origin(std::string_view image_name);
 
 /// The lens of the camera whose record stands in this sub-tree.
-Distortion lens_of(dataSetInterface& data, std::string_view camera);
+Distortion lens_of(const dataSetInterface& data, std::string_view camera);
 
 /// Markers of a distortion-free image in the pixels of the camera, by the exact inverse of the
 /// correction; active or not. Raises AlgoError naming a marker that the lens maps nowhere.
@@ -45,7 +45,7 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
 
 /// Reads markers for an image, in its own frame: the camera picture's marker file holds raw pixels,
 /// whatever the image. Raises FileError naming the file and what is wrong.
-MarkerSet load_image_markers(dataSetInterface& data, const image& picture,
+MarkerSet load_image_markers(const dataSetInterface& data, const image& picture,
                              const std::filesystem::path& file);
 
 }  // namespace vyn

@@ -22,9 +22,9 @@ void write_mask(const image& picture, const std::filesystem::path& file, Progres
 TaskOutcome SaveMaskTask::run(TaskContext& context) {
     context.status("Writing " + file_.string());
     write_mask(*picture_, file_, context);
-    if (raw_ && read(vyn_db(), raw_->mask_file) != file_.string())
-        write(vyn_db(), raw_->mask_file, file_.string());
-    note_file_saved(vyn_db(), get_images(), picture_->name, InputFile::Role::mask);
+    if (raw_ && read(session_.data, raw_->mask_file) != file_.string())
+        write(session_.data, raw_->mask_file, file_.string());
+    note_file_saved(session_.data, session_.images, picture_->name, InputFile::Role::mask);
     return TaskOutcome::done;
 }
 

@@ -5,6 +5,7 @@
 
 #include "core/task.h"
 #include "process/point/raw_images.h"
+#include "process/point/session.h"
 
 namespace vyn {
 
@@ -15,12 +16,13 @@ void write_mask(const image& picture, const std::filesystem::path& file, Progres
 /// that the project names for it.
 class SaveMaskTask final : public Task {
   public:
-    SaveMaskTask(std::shared_ptr<const image> picture, std::filesystem::path file,
+    SaveMaskTask(Session session, std::shared_ptr<const image> picture, std::filesystem::path file,
                  const RawImage* raw)
-        : picture_(std::move(picture)), file_(std::move(file)), raw_(raw) {}
+        : session_(session), picture_(std::move(picture)), file_(std::move(file)), raw_(raw) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     std::shared_ptr<const image> picture_;
     std::filesystem::path file_;
     const RawImage* raw_;

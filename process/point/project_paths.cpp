@@ -8,13 +8,13 @@ namespace vyn {
 
 namespace fs = std::filesystem;
 
-fs::path project_folder(dataSetInterface& data) {
+fs::path project_folder(const dataSetInterface& data) {
     const fs::path file = read(data, keys::head_file);
     const fs::path folder = file.parent_path();
     return folder.empty() ? fs::path(".") : folder;
 }
 
-fs::path output_folder(dataSetInterface& data) {
+fs::path output_folder(const dataSetInterface& data) {
     const std::string folder = read(data, keys::head_dir);
     return folder.empty() ? project_folder(data) : fs::path(folder);
 }
@@ -27,7 +27,7 @@ fs::path locate(const fs::path& name, const fs::path& folder) {
     return name.is_absolute() && fs::exists(beside, ignored) ? beside : fs::path();
 }
 
-fs::path find_input(dataSetInterface& data, const std::string& file_name, std::string_view key) {
+fs::path find_input(const dataSetInterface& data, const std::string& file_name, std::string_view key) {
     const fs::path named = file_name;
     const fs::path folder = project_folder(data);
     fs::path found = locate(named, folder);

@@ -8,10 +8,10 @@
 namespace vyn {
 
 /// The project file's folder; the working folder while there is no project file.
-std::filesystem::path project_folder(dataSetInterface& data);
+std::filesystem::path project_folder(const dataSetInterface& data);
 
 /// Where output files go: `project/head/dir`, or the project file's folder when that is empty.
-std::filesystem::path output_folder(dataSetInterface& data);
+std::filesystem::path output_folder(const dataSetInterface& data);
 
 /// Where a named file is: a relative name in the project's folder; a full path there, else beside
 /// the project file. Empty when nowhere.
@@ -21,7 +21,7 @@ std::filesystem::path locate(const std::filesystem::path& name,
 /// The file that a setting names. A relative name belongs to the project's folder; a full path that
 /// is missing is looked for beside the project file, with a log line. Raises FileError naming file
 /// and key when there is none.
-std::filesystem::path find_input(dataSetInterface& data, const std::string& file_name,
+std::filesystem::path find_input(const dataSetInterface& data, const std::string& file_name,
                                  std::string_view key);
 
 /// After the project file moved to another folder: names relative to the old folder become relative

@@ -19,23 +19,27 @@ const std::array<RawImage, 4>& raw_images() {
     static const std::array<RawImage, 4> table{{
         {names::wind_off_sens, names::wind_off_dark_sens, names::flat_sens,
          keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file,
-         keys::wind_off_sens_dark_file, keys::wind_off_sens_dark, keys::sens_camera},
+         keys::wind_off_sens_dark_file, keys::wind_off_sens_dark, keys::sens_camera,
+         names::wind_off_sens_cor, nullptr},
         {names::wind_on_sens, names::wind_on_dark_sens, names::flat_sens, keys::wind_on_sens_file,
          keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_dark_file,
-         keys::wind_on_sens_dark, keys::sens_camera},
+         keys::wind_on_sens_dark, keys::sens_camera, names::wind_on_sens_cor,
+         names::wind_on_sens_aligned},
         {names::wind_off_refe, names::wind_off_dark_refe, names::flat_refe,
          keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file,
-         keys::wind_off_refe_dark_file, keys::wind_off_refe_dark, keys::refe_camera},
+         keys::wind_off_refe_dark_file, keys::wind_off_refe_dark, keys::refe_camera,
+         names::wind_off_refe_cor, nullptr},
         {names::wind_on_refe, names::wind_on_dark_refe, names::flat_refe, keys::wind_on_refe_file,
          keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_dark_file,
-         keys::wind_on_refe_dark, keys::refe_camera},
+         keys::wind_on_refe_dark, keys::refe_camera, names::wind_on_refe_cor,
+         names::wind_on_refe_aligned},
     }};
     return table;
 }
 
 namespace {
 
-image load_named(dataSetInterface& data, const std::string& file_name, std::string_view key,
+image load_named(const dataSetInterface& data, const std::string& file_name, std::string_view key,
                  const char* name, TaskContext& context) {
     throw_if_aborted(context);
     const std::filesystem::path file = find_input(data, file_name, key);
@@ -57,7 +61,7 @@ void apply_mask_file(image& picture, const image& mask) {
 }
 
 /// Counts the pixels at the sensor's maximum and excludes them when the project says so.
-void treat_saturated(dataSetInterface& data, image& picture) {
+void treat_saturated(const dataSetInterface& data, image& picture) {
     const auto level = static_cast<float>(read(data, keys::saturation_level));
     const bool exclude = read(data, keys::saturation_exclude) != 0;
     if (level > 0) {
@@ -92,7 +96,7 @@ void state_quantity(image& picture, InputFile::Role role) {
     if (counts && picture.unit.empty()) picture.unit = count_unit;
 }
 
-image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& file,
+image load_raw(const dataSetInterface& data, const RawImage& raw, const std::string& file,
                TaskContext& context) {
     image picture = load_named(data, file, raw.file.path, raw.name, context);
     treat_saturated(data, picture);
@@ -106,7 +110,7 @@ image load_raw(dataSetInterface& data, const RawImage& raw, const std::string& f
 
 }  // namespace
 
-MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_height) {
+MarkerSet load_markers(const dataSetInterface& data, Key<std::string> key, int image_height) {
     const std::filesystem::path file = find_input(data, read(data, key), key.path);
     MarkerSet set;
     const MarkerFileResult result = read_markers(file.string(), set, image_height);
@@ -116,7 +120,7 @@ MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_h
     return set;
 }
 
-std::optional<image> load_image(dataSetInterface& data, std::string_view name,
+std::optional<image> load_image(const dataSetInterface& data, std::string_view name,
                                 TaskContext& context) {
     const InputFile& input = *input_of_image(name);
     const std::string file = named_file(data, input);
@@ -132,7 +136,7 @@ std::optional<image> load_image(dataSetInterface& data, std::string_view name,
     return picture;
 }
 
-std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
+std::vector<image> load_images(const dataSetInterface& data, const imagesList& present,
                                TaskContext& context) {
     std::vector<image> loaded;
     const auto wanted = [&](const char* name) {

@@ -23,7 +23,9 @@ struct RawImage {
     Key<std::string> mask_file;
     Key<std::string> dark_file;
     Key<double> dark_level;
-    std::string_view camera;  ///< sub-tree of its camera's record
+    std::string_view camera;     ///< sub-tree of its camera's record
+    const char* corrected_name;  ///< of what its correction gives
+    const char* aligned_name;    ///< of what its alignment gives; null for wind-off pictures
 };
 
 /// Signal channel first, wind-off first.
@@ -31,17 +33,17 @@ const std::array<RawImage, 4>& raw_images();
 
 /// Reads every image, dark and flat field that the project names and that `present` does not hold,
 /// with masks, markers and saturated pixels applied. Raises FileError naming file and key.
-std::vector<image> load_images(dataSetInterface& data, const imagesList& present,
+std::vector<image> load_images(const dataSetInterface& data, const imagesList& present,
                                TaskContext& context);
 
 /// Reads one of those images: a camera picture, dark image or flat field by its name in the image
 /// list. Empty when the project names no file for it. Raises FileError naming file and key.
-std::optional<image> load_image(dataSetInterface& data, std::string_view name,
+std::optional<image> load_image(const dataSetInterface& data, std::string_view name,
                                 TaskContext& context);
 
 /// Reads the markers that a setting names for an image of this height (pixels). Raises FileError
 /// naming file and key when the file gives no markers.
-MarkerSet load_markers(dataSetInterface& data, Key<std::string> key, int image_height);
+MarkerSet load_markers(const dataSetInterface& data, Key<std::string> key, int image_height);
 
 /// Removes the corrected, aligned, ratio and field images, which a new raw image makes wrong;
 /// logged where there were any.

@@ -16,26 +16,26 @@ namespace vyn {
 
 namespace {
 
-void write_with_provenance(const image& picture, const std::filesystem::path& file,
+void write_with_provenance(const Session& session, const image& picture, const std::filesystem::path& file,
                            TaskContext& context) {
     context.status("Writing " + file.string());
     ImageWriteOptions options;
-    options.provenance = json_text(provenance(picture, get_images()));
+    options.provenance = json_text(provenance(picture, session.images));
     write_image(picture, file, options, context);
 }
 
 }  // namespace
 
 TaskOutcome SaveImageTask::run(TaskContext& context) {
-    const auto picture = get_images().find(name_);
+    const auto picture = session_.images.find(name_);
     if (!picture)
         throw StateError("State error!",
                          "there is no image " + name_ + " to save as " + file_.string());
-    write_with_provenance(*picture, file_, context);
+    write_with_provenance(session_, *picture, file_, context);
     return TaskOutcome::done;
 }
 
-std::vector<std::filesystem::path> field_files(dataSetInterface& data, const imagesList& images) {
+std::vector<std::filesystem::path> field_files(const dataSetInterface& data, const imagesList& images) {
     const auto field = images.find(image_names::field);
     if (!field) return {};
     const std::filesystem::path folder = output_folder(data);
@@ -46,15 +46,15 @@ std::vector<std::filesystem::path> field_files(dataSetInterface& data, const ima
 }
 
 TaskOutcome SaveFieldTask::run(TaskContext& context) {
-    const auto field = get_images().find(image_names::field);
+    const auto field = session_.images.find(image_names::field);
     if (!field) {
         context.message("Field is not calculated!");
         return TaskOutcome::failed;
     }
-    const auto files = field_files(vyn_db(), get_images());
-    write_with_provenance(*field, files.front(), context);
+    const auto files = field_files(session_.data, session_.images);
+    write_with_provenance(session_, *field, files.front(), context);
     if (files.size() > 1) write_marker_file(files[1], field->markers);
-    note_written(get_images(), field);
+    note_written(session_.images, field);
     return TaskOutcome::done;
 }
 

@@ -5,9 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "api/image_list.h"
-#include "core/data_set.h"
 #include "core/task.h"
+#include "process/point/session.h"
 
 namespace vyn {
 
@@ -15,24 +14,29 @@ namespace vyn {
 /// format. Fails when there is no image of that name.
 class SaveImageTask final : public Task {
   public:
-    SaveImageTask(std::string name, std::filesystem::path file)
-        : name_(std::move(name)), file_(std::move(file)) {}
+    SaveImageTask(Session session, std::string name, std::filesystem::path file)
+        : session_(session), name_(std::move(name)), file_(std::move(file)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     std::string name_;
     std::filesystem::path file_;
 };
 
 /// The files that saving the field writes: its image, and its markers where it has any. None while
 /// there is no field.
-std::vector<std::filesystem::path> field_files(dataSetInterface& data, const imagesList& images);
+std::vector<std::filesystem::path> field_files(const dataSetInterface& data, const imagesList& images);
 
 /// Writes the field image and its markers to the files that the project names for them, in the
 /// output folder. Shows "Field is not calculated!" and fails when there is none.
 class SaveFieldTask final : public Task {
   public:
+    explicit SaveFieldTask(Session session) : session_(session) {}
     TaskOutcome run(TaskContext& context) override;
+
+  private:
+    Session session_;
 };
 
 }  // namespace vyn

@@ -5,7 +5,7 @@
 namespace vyn {
 
 TaskOutcome SetInputTask::run(TaskContext& context) {
-    dataSetInterface& data = vyn_db();
+    dataSetInterface& data = session_.data;
     context.status(file_.empty() ? "Removing " + read(data, input_.file) : "Loading " + file_);
     const std::string old = read(data, input_.file);
     const bool modified = data.modified();
@@ -29,7 +29,7 @@ void SetInputTask::apply(TaskContext& context) const {
             load(input_.image, context);
             break;
         case Role::mask:
-            if (get_images().find(input_.image)) load(input_.image, context);
+            if (session_.images.find(input_.image)) load(input_.image, context);
             break;
         case Role::markers:
             change_markers();
@@ -38,8 +38,8 @@ void SetInputTask::apply(TaskContext& context) const {
 }
 
 void SetInputTask::load(std::string_view name, TaskContext& context) const {
-    imagesList& images = get_images();
-    std::optional<image> picture = load_image(vyn_db(), name, context);
+    imagesList& images = session_.images;
+    std::optional<image> picture = load_image(session_.data, name, context);
     throw_if_aborted(context);
     if (input_of_image(name)->role == InputFile::Role::picture) remove_results(images);
     if (picture)
@@ -49,13 +49,13 @@ void SetInputTask::load(std::string_view name, TaskContext& context) const {
 }
 
 void SetInputTask::change_markers() const {
-    const auto picture = get_images().find(input_.image);
+    const auto picture = session_.images.find(input_.image);
     if (!picture) return;
     image marked = *picture;
     marked.markers =
-        file_.empty() ? MarkerSet() : load_markers(vyn_db(), input_.file, picture->height());
-    get_images().add(std::move(marked));
-    note_file_saved(vyn_db(), get_images(), input_.image, input_.role);
+        file_.empty() ? MarkerSet() : load_markers(session_.data, input_.file, picture->height());
+    session_.images.add(std::move(marked));
+    note_file_saved(session_.data, session_.images, input_.image, input_.role);
 }
 
 }  // namespace vyn

@@ -5,6 +5,7 @@
 
 #include "core/task.h"
 #include "process/point/input_files.h"
+#include "process/point/session.h"
 
 namespace vyn {
 
@@ -14,7 +15,8 @@ namespace vyn {
 /// and images stay as they were when anything fails.
 class SetInputTask final : public Task {
   public:
-    SetInputTask(InputFile input, std::string file) : input_(input), file_(std::move(file)) {}
+    SetInputTask(Session session, InputFile input, std::string file)
+        : session_(session), input_(input), file_(std::move(file)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
@@ -22,6 +24,7 @@ class SetInputTask final : public Task {
     void load(std::string_view name, TaskContext& context) const;
     void change_markers() const;
 
+    Session session_;
     InputFile input_;
     std::string file_;
 };

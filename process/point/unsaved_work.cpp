@@ -12,11 +12,11 @@ std::vector<std::shared_ptr<const image>> unsaved_pictures(const imagesList& ima
     return unsaved;
 }
 
-bool has_unsaved_work() {
-    return vyn_db().modified() || !unsaved_pictures(get_images()).empty();
+bool has_unsaved_work(const dataSetInterface& data, const imagesList& images) {
+    return data.modified() || !unsaved_pictures(images).empty();
 }
 
-void note_contained(dataSetInterface& data, imagesList& images) {
+void note_contained(const dataSetInterface& data, imagesList& images) {
     for (const auto& picture : unsaved_pictures(images)) {
         image noted = *picture;
         const InputFile* input = input_of_image(picture->name);

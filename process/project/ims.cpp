@@ -19,11 +19,11 @@ bool empty_ims() {
     return get_ims().project.empty() && get_ims().images.empty();
 }
 
-void ds2ims(dataSetInterface& data) {
-    get_ims().project = to_xml(data);
+void ds2ims(const dataSetInterface& data, ImsData& ims) {
+    ims.project = to_xml(data);
 }
 
-void fixMarkersDs(dataSetInterface& data, imagesList& images) {
+void fixMarkersDs(const dataSetInterface& data, imagesList& images) {
     for (const RawImage& raw : raw_images()) {
         const auto stored = images.find(raw.name);
         if (!stored) continue;

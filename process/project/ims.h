@@ -18,7 +18,7 @@ struct ImsData {
     std::vector<std::shared_ptr<const image>> images;
 };
 
-/// The program's IMS data: what was read last or will be written next. Used by one task at a time.
+/// The window's IMS data; reading and writing of containers go without it.
 ImsData& get_ims();
 /// Empties it, header included.
 void clear_ims();
@@ -26,19 +26,17 @@ void clear_ims();
 bool empty_ims();
 
 /// Copies the project's settings into the IMS data; done before a container is written.
-void ds2ims(dataSetInterface& data);
+void ds2ims(const dataSetInterface& data, ImsData& ims);
 
-/// Reads a container (a ZIP archive of "ims.json", "project.xml" and one field file per image) into
-/// the IMS data, which stays as it was on failure. Raises FileError naming the file; one of a newer
-/// container format is refused.
-void read_ims_data(const std::filesystem::path& file, Progress& progress);
-/// Writes the IMS data's settings and these images as a container, atomically. Raises FileError.
-void write_ims_strings(const std::filesystem::path& file, const imagesList& images,
-                       Progress& progress);
+/// Reads a container (a ZIP archive of "ims.json", "project.xml" and one field file per image).
+/// Raises FileError naming the file; one of a newer container format is refused.
+ImsData read_ims_data(const std::filesystem::path& file, Progress& progress);
+/// Writes a container, atomically. Raises FileError.
+void write_ims_strings(const std::filesystem::path& file, const ImsData& ims, Progress& progress);
 
 /// Brings the markers stored with raw images in line with the data set: an image without markers
 /// gets those of the marker file that its key names (a file that is not there is only logged); an
 /// image whose key is empty loses its markers, with a log line.
-void fixMarkersDs(dataSetInterface& data, imagesList& images);
+void fixMarkersDs(const dataSetInterface& data, imagesList& images);
 
 }  // namespace vyn

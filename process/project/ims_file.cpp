@@ -186,7 +186,7 @@ void add_stored_file(zip_t* archive, const std::string& name, const fs::path& co
 
 }  // namespace
 
-void read_ims_data(const fs::path& file, Progress& progress) {
+ImsData read_ims_data(const fs::path& file, Progress& progress) {
     const Archive archive = open_archive(file, ZIP_RDONLY | ZIP_CHECKCONS, file);
     const json header = read_header(archive.get(), file);
     ImsData ims;
@@ -210,17 +210,17 @@ void read_ims_data(const fs::path& file, Progress& progress) {
         ims.images.push_back(std::make_shared<const image>(std::move(picture)));
         progress.fraction(static_cast<double>(i + 1) / static_cast<double>(entries.size()));
     }
-    get_ims() = std::move(ims);
+    return ims;
 }
 
-void write_ims_strings(const fs::path& file, const imagesList& images, Progress& progress) {
+void write_ims_strings(const fs::path& file, const ImsData& ims, Progress& progress) {
     AtomicFile target(file);
     // The archive makes its own file; an empty one of that name is no archive to it.
     std::error_code ignored;
     fs::remove(target.temporary(), ignored);
 
     const ScratchFolder scratch;
-    const auto all = images.all();
+    const auto& all = ims.images;
     const auto count = static_cast<double>(all.size());
     json entries = json::array();
     for (std::size_t i = 0; i < all.size(); ++i) {
@@ -236,14 +236,14 @@ void write_ims_strings(const fs::path& file, const imagesList& images, Progress&
                            {"origin", picture.origin}});
     }
     const std::string header = json_text({{"format", container_format},
-                                          {"version", get_ims().version},
+                                          {"version", ims.version},
                                           {"program", std::string("VynLite ") + program_version},
                                           {"images", entries}},
                                          1);
 
     Archive archive = open_archive(target.temporary(), ZIP_CREATE | ZIP_EXCL, file);
     add_text(archive.get(), "ims.json", header, file);
-    add_text(archive.get(), "project.xml", get_ims().project, file);
+    add_text(archive.get(), "project.xml", ims.project, file);
     for (std::size_t i = 0; i < all.size(); ++i)
         add_stored_file(archive.get(), entries[i]["entry"].get<std::string>(),
                         scratch / (std::to_string(i) + ".imp"), file);

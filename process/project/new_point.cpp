@@ -108,7 +108,7 @@ struct Named {
     fs::path folder;  ///< where it really is
 };
 
-std::vector<Named> named_files(dataSetInterface& data) {
+std::vector<Named> named_files(const dataSetInterface& data) {
     const fs::path folder = project_folder(data);
     std::vector<Named> files;
     for (const std::string_view key : point_file_keys()) {
@@ -205,7 +205,7 @@ int NextPoint::found() const {
         std::ranges::count_if(files, [](const File& file) { return !file.new_name.empty(); }));
 }
 
-std::vector<NextPoint> find_next_points(dataSetInterface& data) {
+std::vector<NextPoint> find_next_points(const dataSetInterface& data) {
     const std::vector<Named> files = named_files(data);
     std::vector<std::string> tokens;
     for (const Named& file : files) {

@@ -34,7 +34,7 @@ struct NextPoint {
 
 /// Every way that finds at least one file beside those of the project. The one that finds most
 /// stands first; of equal ones, that of the number nearest to the end of the file names.
-std::vector<NextPoint> find_next_points(dataSetInterface& data);
+std::vector<NextPoint> find_next_points(const dataSetInterface& data);
 
 /// Puts the files of a way into the settings, which were emptied before.
 void take_next_point(dataSetInterface& data, const NextPoint& point);

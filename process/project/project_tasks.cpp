@@ -25,11 +25,13 @@ namespace {
 /// Puts the old settings back unless the task got to its end.
 class KeepSettings {
   public:
-    explicit KeepSettings(dataSetInterface& data)
-        : data_(data), old_(to_xml(data)), modified_(data.modified()) {}
+    explicit KeepSettings(dataSetInterface& data) : data_(data), modified_(data.modified()) {
+        data.for_each(
+            [&](const std::string& path, const any& value) { old_.emplace_back(path, value); });
+    }
     ~KeepSettings() {
         if (accepted_) return;
-        from_xml(data_, old_, "settings");
+        data_.replace(old_);
         data_.set_modified(modified_);
     }
     KeepSettings(const KeepSettings&) = delete;
@@ -38,25 +40,25 @@ class KeepSettings {
 
   private:
     dataSetInterface& data_;
-    std::string old_;
+    std::vector<std::pair<std::string, any>> old_;
     bool modified_;
     bool accepted_ = false;
 };
 
 /// The inputs in a container that the settings name as those in it do.
-void take_stored_inputs(dataSetInterface& data, const fs::path& container, imagesList& images,
+void take_stored_inputs(const dataSetInterface& data, const fs::path& container, imagesList& images,
                         TaskContext& context) {
-    read_ims_data(container, context);
+    const ImsData ims = read_ims_data(container, context);
     simpleNamedDataSet stored;
-    from_xml(stored, get_ims().project, container.string());
-    for (const auto& picture : std::exchange(get_ims().images, {})) {
+    from_xml(stored, ims.project, container.string());
+    for (const auto& picture : ims.images) {
         const InputFile* input = input_of_image(picture->name);
         if (input && read(stored, input->file) == read(data, input->file)) images.add(picture);
     }
 }
 
 /// The mesh that the project names, where that was asked for.
-std::optional<field_data<double>> read_geometry(dataSetInterface& data, TaskContext& context) {
+std::optional<field_data<double>> read_geometry(const dataSetInterface& data, TaskContext& context) {
     const std::string mesh = read(data, keys::mesh_file);
     if (mesh.empty()) {
         get_log().write(LogLevel::information, "Mesh is not defined!");
@@ -70,32 +72,31 @@ std::optional<field_data<double>> read_geometry(dataSetInterface& data, TaskCont
     return read_field(find_input(data, mesh, keys::mesh_file.path), context);
 }
 
-void write_project(dataSetInterface& data, const imagesList& images, const fs::path& file,
+void write_project(const dataSetInterface& data, const imagesList& images, const fs::path& file,
                    TaskContext& context) {
     if (!is_container(file)) {
         save_xml(data, file.c_str());
         return;
     }
-    get_ims().version = file_version;
-    ds2ims(data);
-    write_ims_strings(file, images, context);
+    ImsData ims{.version = file_version, .project = {}, .images = images.all()};
+    ds2ims(data, ims);
+    write_ims_strings(file, ims, context);
 }
 
 }  // namespace
 
 TaskOutcome ReadProjectTask::run(TaskContext& context) {
-    dataSetInterface& data = vyn_db();
+    dataSetInterface& data = session_.data;
     const std::string name = request_.file.string();
     context.status("Reading IMS file:" + name);
 
     KeepSettings settings(data);
     imagesList read_images;
     if (is_container(request_.file)) {
-        read_ims_data(request_.file, context);
-        from_xml(data, get_ims().project, name);
-        for (auto& picture : get_ims().images)
+        const ImsData ims = read_ims_data(request_.file, context);
+        from_xml(data, ims.project, name);
+        for (const auto& picture : ims.images)
             read_images.add(picture);
-        get_ims().images.clear();
     } else {
         load_xml(data, name.c_str());
     }
@@ -115,12 +116,12 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     if (request_.geometry == ReadProject::Geometry::read) geometry = read_geometry(data, context);
     throw_if_aborted(context);
 
-    imagesList& images = get_images();
+    imagesList& images = session_.images;
     remove_results(images);
     images.clear();
     for (const auto& picture : read_images.all())
         images.add(picture);
-    if (geometry) get_field_data() = std::move(*geometry);
+    if (geometry) session_.field = std::move(*geometry);
     settings.accept();
     return TaskOutcome::done;
 }
@@ -140,15 +141,11 @@ TaskOutcome StoreLawTask::run(TaskContext& context) {
         save_xml(data, name.c_str());
         return TaskOutcome::done;
     }
-    read_ims_data(file_, context);
-    from_xml(data, get_ims().project, name);
+    ImsData ims = read_ims_data(file_, context);
+    from_xml(data, ims.project, name);
     store(data);
-    imagesList images;
-    for (auto& picture : get_ims().images)
-        images.add(std::move(picture));
-    get_ims().images.clear();
-    ds2ims(data);
-    write_ims_strings(file_, images, context);
+    ds2ims(data, ims);
+    write_ims_strings(file_, ims, context);
     return TaskOutcome::done;
 }
 
@@ -161,15 +158,15 @@ TaskOutcome CreateProjectTask::run(TaskContext& context) {
 }
 
 TaskOutcome WriteProjectTask::run(TaskContext& context) {
-    dataSetInterface& data = vyn_db();
+    dataSetInterface& data = session_.data;
     context.status("Writing IMS file:" + file_.string());
     const fs::path real = fs::absolute(file_).lexically_normal();
     KeepSettings settings(data);
     if (!read(data, keys::head_file).empty())
         rebase_relative_names(data, project_folder(data), real.parent_path());
     write(data, keys::head_file, real.string());
-    write_project(data, get_images(), real, context);
-    if (is_container(real)) note_contained(data, get_images());
+    write_project(data, session_.images, real, context);
+    if (is_container(real)) note_contained(data, session_.images);
     settings.accept();
     data.set_modified(false);
     return TaskOutcome::done;

@@ -10,6 +10,7 @@
 #include "core/any.h"
 #include "core/data_set.h"
 #include "core/task.h"
+#include "process/point/session.h"
 
 namespace vyn {
 
@@ -33,15 +34,16 @@ struct ReadProject {
 /// were when anything fails.
 class ReadProjectTask final : public Task {
   public:
-    explicit ReadProjectTask(ReadProject request) : request_(std::move(request)) {}
+    ReadProjectTask(Session session, ReadProject request)
+        : session_(session), request_(std::move(request)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     ReadProject request_;
 };
 
-/// Writes settings as a new project file or container without images; the program's data set and
-/// image list stay as they are.
+/// Writes settings as a new project file or container without images.
 class CreateProjectTask final : public Task {
   public:
     CreateProjectTask(std::shared_ptr<simpleNamedDataSet> settings, std::filesystem::path file)
@@ -56,10 +58,12 @@ class CreateProjectTask final : public Task {
 /// Writes the project: a container for ".ims", else the settings as XML.
 class WriteProjectTask final : public Task {
   public:
-    explicit WriteProjectTask(std::filesystem::path file) : file_(std::move(file)) {}
+    WriteProjectTask(Session session, std::filesystem::path file)
+        : session_(session), file_(std::move(file)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     std::filesystem::path file_;
 };
 

@@ -134,7 +134,7 @@ void restore_mask(image& picture, const fs::path& file, Progress& progress) {
 }  // namespace
 
 TaskOutcome RestorePicturesTask::run(TaskContext& context) {
-    imagesList& images = get_images();
+    imagesList& images = session_.images;
     TaskOutcome outcome = TaskOutcome::done;
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(pictures_of(copy_), ignored)) {

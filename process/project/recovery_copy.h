@@ -8,6 +8,7 @@
 #include "api/image.h"
 #include "core/file_lock.h"
 #include "core/task.h"
+#include "process/point/session.h"
 
 namespace vyn {
 
@@ -53,10 +54,12 @@ std::vector<LostWork> find_lost_work(const std::filesystem::path& folder);
 /// outcome done_with_errors.
 class RestorePicturesTask final : public Task {
   public:
-    explicit RestorePicturesTask(std::filesystem::path copy) : copy_(std::move(copy)) {}
+    RestorePicturesTask(Session session, std::filesystem::path copy)
+        : session_(session), copy_(std::move(copy)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     std::filesystem::path copy_;
 };
 

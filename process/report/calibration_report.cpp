@@ -168,7 +168,7 @@ json covariance_json(const InSituFit& fit) {
 
 }  // namespace
 
-CalibrationReport report_calibration(dataSetInterface& data, const imagesList& images,
+CalibrationReport report_calibration(const dataSetInterface& data, const imagesList& images,
                                      std::string port_file, const InSituOptions& options,
                                      InSituCalibration calibration) {
     CalibrationReport report;

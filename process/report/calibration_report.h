@@ -24,7 +24,7 @@ struct CalibrationReport {
 };
 
 /// Puts the new law to the test conditions of the project, as the field computation would.
-CalibrationReport report_calibration(dataSetInterface& data, const imagesList& images,
+CalibrationReport report_calibration(const dataSetInterface& data, const imagesList& images,
                                      std::string port_file, const InSituOptions& options,
                                      InSituCalibration calibration);
 

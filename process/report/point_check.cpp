@@ -22,7 +22,7 @@ namespace {
 
 constexpr int port_side = 5;  // pixels
 
-std::string title_of(dataSetInterface& data) {
+std::string title_of(const dataSetInterface& data) {
     std::string title;
     const auto add = [&](const char* head, const std::string& text) {
         if (!text.empty()) title += (title.empty() ? "" : ", ") + std::string(head) + text;
@@ -139,7 +139,7 @@ PortComparison compare_ports(const image& field, const MarkerSet& ports, const f
 }
 
 /// What the field's age says of it.
-void state_remark(dataSetInterface& data, const imagesList& images,
+void state_remark(const dataSetInterface& data, const imagesList& images,
                   std::vector<Warning>& warnings) {
     const ImageState state = ImageStates(data, images).of(names::field);
     if (state.kind == ImageState::Kind::out_of_date)
@@ -198,7 +198,7 @@ void range_remark(const image& field, const PreparedConversion& prepared,
 
 }  // namespace
 
-MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images) {
+MarkerSet ports_of_point(const dataSetInterface& data, const imagesList& images) {
     for (const char* name : {names::field, names::ratio})
         if (const auto picture = images.find(name); picture && picture->markers.hasF)
             return picture->markers;
@@ -211,7 +211,7 @@ MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images) {
     }
 }
 
-PointCheck check_point(const RunReport& report, dataSetInterface& data, const imagesList& images,
+PointCheck check_point(const RunReport& report, const dataSetInterface& data, const imagesList& images,
                        const MarkerSet& ports) {
     const ExperimentType type = experiment_type(data);
     const auto field = images.find(names::field);

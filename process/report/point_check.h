@@ -62,11 +62,11 @@ struct PointCheck {
 
 /// The pressure ports that the field or the ratio image carries (markers with pressures), else
 /// those of the project's port file. Empty when there are none.
-MarkerSet ports_of_point(dataSetInterface& data, const imagesList& images);
+MarkerSet ports_of_point(const dataSetInterface& data, const imagesList& images);
 
 /// Looks at the results in the list. `ports` in pixels of the field, pressures in the unit of the
 /// test conditions; the field is averaged over 5 x 5 pixels around each.
-PointCheck check_point(const RunReport& report, dataSetInterface& data, const imagesList& images,
+PointCheck check_point(const RunReport& report, const dataSetInterface& data, const imagesList& images,
                        const MarkerSet& ports);
 
 }  // namespace vyn

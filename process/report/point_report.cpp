@@ -25,7 +25,7 @@ std::vector<std::byte> thumbnail(const image& picture, Progress& progress) {
 
 }  // namespace
 
-PointReport make_point_report(const RunReport& report, dataSetInterface& data,
+PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
                               const imagesList& images, const MarkerSet& ports,
                               Progress& progress) {
     PointReport result;
@@ -56,8 +56,8 @@ PointReport make_point_report(const RunReport& report, dataSetInterface& data,
 TaskOutcome PointReportTask::run(TaskContext& context) {
     context.status("Checking the point");
     const MarkerSet ports =
-        ports_.markers.empty() ? ports_of_point(vyn_db(), get_images()) : ports_;
-    *result_ = make_point_report(*report_, vyn_db(), get_images(), ports, context);
+        ports_.markers.empty() ? ports_of_point(session_.data, session_.images) : ports_;
+    *result_ = make_point_report(*report_, session_.data, session_.images, ports, context);
     return TaskOutcome::done;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/task.h"
+#include "process/point/session.h"
 #include "process/report/point_check.h"
 
 namespace vyn {
@@ -22,21 +23,23 @@ struct PointReport {
 
 /// Looks at the results in the image list and draws their pictures; `ports` as for check_point.
 /// Raises Aborted when told to stop.
-PointReport make_point_report(const RunReport& report, dataSetInterface& data,
+PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
                               const imagesList& images, const MarkerSet& ports, Progress& progress);
 
 /// The same on the worker; without ports of its own it takes those that the images carry. The
 /// result is there when it is done.
 class PointReportTask final : public Task {
   public:
-    explicit PointReportTask(std::shared_ptr<const RunReport> report, MarkerSet ports = {})
-        : report_(std::move(report)),
+    PointReportTask(Session session, std::shared_ptr<const RunReport> report, MarkerSet ports = {})
+        : session_(session),
+          report_(std::move(report)),
           ports_(std::move(ports)),
           result_(std::make_shared<PointReport>()) {}
     TaskOutcome run(TaskContext& context) override;
     std::shared_ptr<const PointReport> result() const { return result_; }
 
   private:
+    Session session_;
     std::shared_ptr<const RunReport> report_;
     MarkerSet ports_;
     std::shared_ptr<PointReport> result_;

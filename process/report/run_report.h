@@ -25,7 +25,8 @@ struct RunReport {
     std::optional<MarkerMatch> alignment;      ///< of the markers, when pairing was reached
     std::optional<ChannelAlignment> channels;  ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
-    bool field = false;  ///< the present field was computed
+    bool field = false;              ///< the present field was computed
+    std::vector<std::string> steps;  ///< that were run, by their names in the step table
     std::vector<Warning> warnings;
 };
 

@@ -128,6 +128,7 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     if (report.alignment) result["alignment"] = alignment_json(*report.alignment);
     if (report.channels) result["channels"] = channels_json(*report.channels);
     if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
+    result["steps"] = report.steps;
     result["warnings"] = texts(report.warnings);
     result["warning_kinds"] = json::array();
     for (const Warning& warning : report.warnings)

@@ -6,7 +6,7 @@ namespace vyn {
 
 TaskOutcome CalibrateTask::run(TaskContext& context) {
     context.status("Calculating calibration");
-    const auto ratio = get_images().find(image_names::ratio);
+    const auto ratio = session_.images.find(image_names::ratio);
     *outcome_ = calibrate_in_situ(port_file_, ratio.get(), options_);
     return TaskOutcome::done;
 }

@@ -5,6 +5,7 @@
 
 #include "calib/in_situ_calibration.h"
 #include "core/task.h"
+#include "process/point/session.h"
 
 namespace vyn {
 
@@ -12,14 +13,16 @@ namespace vyn {
 /// warning included, stands in the outcome: a calibration that cannot be had is no failed task.
 class CalibrateTask final : public Task {
   public:
-    CalibrateTask(std::string port_file, InSituOptions options,
+    CalibrateTask(Session session, std::string port_file, InSituOptions options,
                   std::shared_ptr<InSituOutcome> outcome)
-        : port_file_(std::move(port_file)),
+        : session_(session),
+          port_file_(std::move(port_file)),
           options_(std::move(options)),
           outcome_(std::move(outcome)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    Session session_;
     std::string port_file_;
     InSituOptions options_;
     std::shared_ptr<InSituOutcome> outcome_;

@@ -1,23 +1,40 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <vector>
 
-#include "api/image_list.h"
-#include "core/data_set.h"
-#include "core/task.h"
-#include "process/report/run_report.h"
+#include "process/point/raw_images.h"
+#include "process/steps/step.h"
 
 namespace vyn {
 
-/// The part of Calculate All up to the ratio image: correct every picture that the experiment type
-/// uses, align them and form the ratio. An empty job while something is missing (missing_input says
-/// what); `report` is filled as the tasks run.
-std::shared_ptr<Job> calculate_ratio(dataSetInterface& data, const imagesList& images,
-                                     const std::shared_ptr<RunReport>& report);
+/// What a user can ask to be computed.
+enum class Goal {
+    correct_wind_off,
+    correct_wind_on,
+    ratio_of_corrected,  ///< of one channel's corrected pictures as they are; two channels go back
+                         ///< to what the cameras took
+    ratio,
+    field,
+    all
+};
 
-/// What Calculate All runs: the ratio, then the field. An empty job as above.
-std::shared_ptr<Job> calculate_all(dataSetInterface& data, const imagesList& images,
-                                   std::shared_ptr<RunReport> report);
+/// The steps that lead there for the point as it stands, in their order; none for a type of
+/// experiment that is not evaluated.
+std::vector<StepId> steps_of(Goal goal, const StepView& view);
+
+/// What they need and what is neither there nor given by a step before: camera pictures and
+/// results, by name.
+std::vector<std::string> missing_images(Goal goal, const StepView& view);
+
+/// Everything that they publish or remove.
+std::vector<std::string> results_of(Goal goal, const StepView& view);
+
+/// The steps as one job. An empty job while something is missing. `report` is filled as they run.
+std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunReport> report);
+
+/// Why Calculate All cannot run, for scripts: which settings name no image, or that the type is not
+/// evaluated. Empty when nothing is missing.
+std::string missing_input(const StepView& view);
 
 }  // namespace vyn

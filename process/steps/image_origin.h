@@ -10,6 +10,7 @@
 #include "core/data_set.h"
 #include "core/task.h"
 #include "process/point/input_files.h"
+#include "process/steps/step.h"
 
 namespace vyn {
 
@@ -21,20 +22,17 @@ namespace vyn {
 
 /// Origin of a camera picture, dark image or flat field that is loaded now. Files that are not
 /// there are left out.
-ImageOrigin input_origin(dataSetInterface& data, const InputFile& input);
+ImageOrigin input_origin(const dataSetInterface& data, const InputFile& input);
 
-/// The origin of a result, given those of the images that it is made from: `origin_of` is asked for
-/// those in the list.
-ImageOrigin result_origin(dataSetInterface& data, const imagesList& images, std::string_view result,
+/// The origin of a result with these facts, given those of the images that it is made from:
+/// `origin_of` is asked for those in the list.
+ImageOrigin result_origin(const dataSetInterface& data, const imagesList& images,
+                          const StepFacts& facts,
                           const std::function<ImageOrigin(const std::string&)>& origin_of);
-
-/// The same job; at its end, however it ends, every result that it published knows its origin, and
-/// its markers and mask count as saved. An empty job stays empty.
-std::shared_ptr<Job> with_origins(std::shared_ptr<Job> job);
 
 /// Tells that markers or mask (`role`) of an image of the list agree with their file as it is now:
 /// after the window read or saved it. Nothing happens when the list has no such image.
-void note_file_saved(dataSetInterface& data, imagesList& images, const std::string& image,
+void note_file_saved(const dataSetInterface& data, imagesList& images, const std::string& image,
                      InputFile::Role role);
 
 }  // namespace vyn

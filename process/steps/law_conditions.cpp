@@ -112,7 +112,7 @@ std::vector<LawConditions::Line> lines_of(const flowFeatures& entered,
 
 }  // namespace
 
-WindOffRule wind_off_rule(dataSetInterface& data, const imagesList& images) {
+WindOffRule wind_off_rule(const dataSetInterface& data, const imagesList& images) {
     return uses_wind_off(data, images) ? wind_off_rule(read(data, keys::convert_wind_off_ratio))
                                        : WindOffRule::unity;
 }
@@ -140,7 +140,7 @@ std::vector<Warning> condition_warnings(const PreparedConversion& prepared, Wind
     return warnings;
 }
 
-LawConditions law_conditions(dataSetInterface& data, const imagesList& images) {
+LawConditions law_conditions(const dataSetInterface& data, const imagesList& images) {
     const UnitMessagesOff preview;
     const FieldQuantity quantity = field_quantity(read(data, keys::convert_field));
     if (quantity == FieldQuantity::ratio)

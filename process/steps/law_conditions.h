@@ -11,7 +11,7 @@
 namespace vyn {
 
 /// How the point finds fa: as the project says, but 1 where there are no wind-off pictures.
-WindOffRule wind_off_rule(dataSetInterface& data, const imagesList& images);
+WindOffRule wind_off_rule(const dataSetInterface& data, const imagesList& images);
 
 /// Conditions under which the law's answer cannot be trusted: no wind-off pressure, temperatures
 /// outside the paint's range.
@@ -30,6 +30,6 @@ struct LawConditions {
 };
 
 /// Of the settings as they are in the data set; reports nothing to the log.
-LawConditions law_conditions(dataSetInterface& data, const imagesList& images);
+LawConditions law_conditions(const dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

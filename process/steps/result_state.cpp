@@ -1,10 +1,13 @@
 #include "process/steps/result_state.h"
 
+#include <optional>
+
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "process/page/page_rows.h"
 #include "process/point/input_files.h"
 #include "process/steps/image_origin.h"
+#include "process/steps/step_table.h"
 
 namespace vyn {
 
@@ -47,6 +50,16 @@ std::string describe(ExperimentType type, std::string image, std::string item,
     return "the " + item.substr(0, name) + image_label(type, item.substr(name)) + " changed";
 }
 
+/// What a setting counts as where an origin does not tell it: a version of the program that did not
+/// know it, or a state in which it decides nothing. Nothing for items that are no settings.
+std::optional<std::string> default_of(const std::string& item) {
+    const std::size_t nested = item.rfind(nesting);
+    const KeyInfo* key =
+        find_key(nested == std::string::npos ? item : item.substr(nested + nesting.size()));
+    if (!key) return std::nullopt;
+    return format_setting(key->fallback);
+}
+
 /// An image that was added or taken out shows first in its file.
 bool comes_first(const std::string& item) {
     return item.ends_with("file");
@@ -65,10 +78,11 @@ ImageState ImageStates::of(const std::string& name) {
     const auto compare = [&](const std::string& item) {
         const auto before = old.find(item);
         const auto after = now.find(item);
-        const std::string was = before == old.end() ? std::string() : before->second;
-        const std::string is = after == now.end() ? std::string() : after->second;
-        const bool differs = (before == old.end()) != (after == now.end()) || was != is;
-        if (differs && (reason.empty() || comes_first(item)))
+        const std::optional<std::string> fallback = default_of(item);
+        const bool absent_differs = !fallback && (before == old.end()) != (after == now.end());
+        const std::string was = before == old.end() ? fallback.value_or("") : before->second;
+        const std::string is = after == now.end() ? fallback.value_or("") : after->second;
+        if ((absent_differs || was != is) && (reason.empty() || comes_first(item)))
             reason = describe(experiment_type(data_), name, item, was, is);
     };
     for (const auto& entry : old)
@@ -87,7 +101,7 @@ const ImageOrigin& ImageStates::origin_now(const std::string& name) {
 ImageOrigin ImageStates::compute_origin(const std::string& name) {
     const InputFile* input = input_of_image(name);
     if (!input)
-        return result_origin(data_, images_, name,
+        return result_origin(data_, images_, facts_of_result(name, {data_, images_}),
                              [this](const std::string& source) { return origin_now(source); });
 
     const auto picture = images_.find(name);

@@ -25,7 +25,7 @@ struct ImageState {
 /// so it belongs on a thread that may wait.
 class ImageStates {
   public:
-    ImageStates(dataSetInterface& data, const imagesList& images) : data_(data), images_(images) {}
+    ImageStates(const dataSetInterface& data, const imagesList& images) : data_(data), images_(images) {}
 
     /// Of an input (camera picture, dark image, flat field) or a result. A file that is not there
     /// counts as unchanged.
@@ -35,7 +35,7 @@ class ImageStates {
     const ImageOrigin& origin_now(const std::string& name);
     ImageOrigin compute_origin(const std::string& name);
 
-    dataSetInterface& data_;
+    const dataSetInterface& data_;
     const imagesList& images_;
     std::map<std::string, ImageOrigin> now_;
 };

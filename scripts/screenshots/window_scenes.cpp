@@ -33,7 +33,7 @@ void show_busy_box(Theatre& theatre) {
     write(vyn_db(), keys::filter_iter, 60);
     QBusyBox box(theatre.worker);
     theatre.shots.take_modal(QStringLiteral("busy_box"), "vyn::QBusyBox", [&] {
-        box.run(calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
+        box.run(calculate(Goal::all, program_session(), std::make_shared<RunReport>()));
     });
     write(vyn_db(), keys::filter_enable, 0);
 }
@@ -44,12 +44,12 @@ void open_project(Theatre& theatre, const QString& file) {
     auto job = std::make_shared<Job>();
     ReadProject request;
     request.file = file.toStdString();
-    job->append(std::make_unique<ReadProjectTask>(std::move(request)));
+    job->append(std::make_unique<ReadProjectTask>(program_session(), std::move(request)));
     run(theatre, job);
 }
 
 void compute(Theatre& theatre) {
-    run(theatre, calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>()));
+    run(theatre, calculate(Goal::all, program_session(), std::make_shared<RunReport>()));
 }
 
 void play_window(Theatre& theatre) {

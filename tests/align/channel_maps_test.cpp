@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "align/image_map.h"
+
 namespace vyn::test {
 namespace {
 
@@ -61,7 +63,10 @@ TEST(ChannelMaps, CameraPositionsAreThoseOfTheStepsOneByOne) {
         {}, {bent()}, {affine(4, 5, 0.9, 0.02), bent()}, {PolyTransform{}, bent(), bent()}};
     for (const auto& maps : ways)
         for (const Distortion& camera : {lens, Distortion{}}) {
-            const RowMap row = camera_row_map(maps, camera);
+            ImageMap way;
+            for (const PolyTransform& map : maps)
+                way.then(map);
+            const RowMap row = way.then(camera).rows();
             for (const int n : {1, 3, 31, 32, 33, 256}) {
                 std::vector<double> x(static_cast<std::size_t>(n));
                 std::vector<double> y(x.size());
@@ -73,9 +78,32 @@ TEST(ChannelMaps, CameraPositionsAreThoseOfTheStepsOneByOne) {
                     if (!camera.none()) p = distorted_position(camera, p);
                     EXPECT_NEAR(x[static_cast<std::size_t>(i)], p.x, 1e-10) << i << " of " << n;
                     EXPECT_NEAR(y[static_cast<std::size_t>(i)], p.y, 1e-10) << i << " of " << n;
+                    EXPECT_EQ(way.at({17.0 + i, 93}), p);
                 }
             }
         }
+}
+
+TEST(ImageMap, InverseAndDerivativeBelongToTheMap) {
+    ImageMap way;
+    way.then(affine(4, 5, 0.9, 0.02)).then(bent()).then(Distortion{310.5, 205.25, 2e-7, -1e-13});
+    const double h = 1e-3;
+    for (const Point& p : grid()) {
+        const auto back = way.inverse(way.at(p));
+        ASSERT_TRUE(back);
+        // the forward iteration of the lens stops at 1e-6 of the radius
+        EXPECT_NEAR(back->x, p.x, 1e-3);
+        EXPECT_NEAR(back->y, p.y, 1e-3);
+        const Jacobian local = way.derivative(p);
+        const Point right = way.at({p.x + h, p.y});
+        const Point left = way.at({p.x - h, p.y});
+        const Point below = way.at({p.x, p.y + h});
+        const Point above = way.at({p.x, p.y - h});
+        EXPECT_NEAR(local.xx, (right.x - left.x) / (2 * h), 1e-4);
+        EXPECT_NEAR(local.yx, (right.y - left.y) / (2 * h), 1e-4);
+        EXPECT_NEAR(local.xy, (below.x - above.x) / (2 * h), 1e-4);
+        EXPECT_NEAR(local.yy, (below.y - above.y) / (2 * h), 1e-4);
+    }
 }
 
 TEST(ChannelMaps, InverseGivesThePointBack) {

@@ -34,9 +34,9 @@ class Pages : public ProjectTest {
     }
 
     void open_project() {
-        run(ReadProjectTask({.file = folder / "project.xml",
-                             .geometry = ReadProject::Geometry::leave_out,
-                             .settings = {}}));
+        run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                .geometry = ReadProject::Geometry::leave_out,
+                                                .settings = {}}));
     }
     template <class Form>
     void show_page() {

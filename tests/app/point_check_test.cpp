@@ -26,10 +26,10 @@ class PointCheckWindow : public ProjectTest {
                 {.width = 160, .height = 120, .channels = SyntheticOptions::Channels::binary},
                 context),
             folder.path(), context);
-        run(ReadProjectTask({.file = folder / "project.xml",
-                             .geometry = ReadProject::Geometry::leave_out,
-                             .settings = {}}));
-        ASSERT_EQ(run(*calculate_all(vyn_db(), get_images(), report)), TaskOutcome::done);
+        run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                .geometry = ReadProject::Geometry::leave_out,
+                                                .settings = {}}));
+        ASSERT_EQ(run(*vyn::calculate(Goal::all, program_session(), report)), TaskOutcome::done);
     }
 
     /// Presses a button of the dialog that asks for a file, and answers.

@@ -311,7 +311,7 @@ TEST_F(Projects, MarkersAndMasksInNoFileAreNotLostWithoutAWord) {
 
     TaskContext context;
     const auto picture = get_images().find("wind_on_sens");
-    SaveMaskTask(picture, folder / "mask.png", &raw_images()[1]).run(context);
+    SaveMaskTask(program_session(), picture, folder / "mask.png", &raw_images()[1]).run(context);
     save_image_markers(vyn_db(), get_images(), *picture, folder / "on.mrk");
     vyn_db().set_modified(false);
     action("fileCloseAction").trigger();

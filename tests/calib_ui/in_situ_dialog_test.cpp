@@ -56,10 +56,12 @@ class InSitu : public ProjectTest {
     InSitu() {
         EXPECT_EQ(
             run(ReadProjectTask(
+                program_session(),
                 {.file = project(), .geometry = ReadProject::Geometry::leave_out, .settings = {}})),
             TaskOutcome::done);
-        EXPECT_EQ(run(*calculate_ratio(vyn_db(), get_images(), std::make_shared<RunReport>())),
-                  TaskOutcome::done);
+        EXPECT_EQ(
+            run(*vyn::calculate(Goal::ratio, program_session(), std::make_shared<RunReport>())),
+            TaskOutcome::done);
         vyn_db().set_modified(false);
         set_ports(port_file());
         child<QLineEdit>(dialog, "edt_cal_file").setText(QString::fromStdString(law_file));

@@ -27,20 +27,21 @@ class Page : public ProjectTest {
     Page() {
         point = make_synthetic_point({.width = 160, .height = 120}, context);
         write_synthetic_point(point, folder.path(), context);
-        run(ReadProjectTask({.file = folder / "project.xml",
-                             .geometry = ReadProject::Geometry::leave_out,
-                             .settings = {}}));
+        run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                .geometry = ReadProject::Geometry::leave_out,
+                                                .settings = {}}));
     }
 
     TaskOutcome step(PageStep wanted) {
-        return run(*page_job(wanted, vyn_db(), get_images(), report));
+        return run(*page_job(wanted, program_session(), report));
     }
     ImageState state_of(const std::string& name) {
         return ImageStates(vyn_db(), get_images()).of(name);
     }
     TaskOutcome put(Key<std::string> key, const std::string& file) {
         for (const InputFile& input : input_files())
-            if (input.file.path == key.path) return run(SetInputTask(input, file));
+            if (input.file.path == key.path)
+                return run(SetInputTask(program_session(), input, file));
         return TaskOutcome::failed;
     }
 
@@ -52,7 +53,7 @@ TEST_F(Page, SingleStepsGiveTheBitsOfCalculateAll) {
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
     const auto whole = get_images().find(image_names::field);
     remove_results(get_images());
-    EXPECT_TRUE(page_job(PageStep::ratio, vyn_db(), get_images(), report)->empty());
+    EXPECT_TRUE(page_job(PageStep::ratio, program_session(), report)->empty());
     for (const PageStep each : {PageStep::correct_wind_off, PageStep::correct_wind_on,
                                 PageStep::ratio, PageStep::field}) {
         EXPECT_THAT(missing_for(each, vyn_db(), get_images()), IsEmpty());
@@ -125,7 +126,9 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"no_dark",
                [](Page&, const TemporaryFolder&) {
                    TaskContext context;
-                   SetInputTask(*input_of_image(image_names::wind_off_dark_sens), "").run(context);
+                   SetInputTask(program_session(), *input_of_image(image_names::wind_off_dark_sens),
+                                "")
+                       .run(context);
                },
                image_names::wind_off_sens_cor, "file of Wind-Off background was taken out"},
         Change{"marker",
@@ -150,9 +153,9 @@ TEST_P(TwoChannels, EveryResultKnowsBothChannels) {
     write_synthetic_point(
         make_synthetic_point({.width = 160, .height = 120, .channels = GetParam()}, context),
         folder.path(), context);
-    ASSERT_EQ(run(ReadProjectTask({.file = folder / "project.xml",
-                                   .geometry = ReadProject::Geometry::leave_out,
-                                   .settings = {}})),
+    ASSERT_EQ(run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                      .geometry = ReadProject::Geometry::leave_out,
+                                                      .settings = {}})),
               TaskOutcome::done);
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
     const auto whole = get_images().find(image_names::field);
@@ -192,10 +195,10 @@ TEST_F(Page, WhatHasNoEffectLeavesResultsCurrent) {
 
 TEST_F(Page, AContainerKeepsTheOriginOfItsImages) {
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
-    ASSERT_EQ(run(WriteProjectTask(folder / "point.ims")), TaskOutcome::done);
-    ASSERT_EQ(run(ReadProjectTask({.file = folder / "point.ims",
-                                   .geometry = ReadProject::Geometry::leave_out,
-                                   .settings = {}})),
+    ASSERT_EQ(run(WriteProjectTask(program_session(), folder / "point.ims")), TaskOutcome::done);
+    ASSERT_EQ(run(ReadProjectTask(program_session(), {.file = folder / "point.ims",
+                                                      .geometry = ReadProject::Geometry::leave_out,
+                                                      .settings = {}})),
               TaskOutcome::done);
     EXPECT_EQ(state_of(image_names::field).kind, Kind::current)
         << state_of(image_names::field).reason;

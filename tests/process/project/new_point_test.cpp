@@ -89,7 +89,7 @@ TEST_F(NewPoint, ACreatedProjectIsReadBack) {
         write(vyn_db(), keys::markers_order, 1);
         run(CreateProjectTask(settings, folder / name));
         EXPECT_EQ(read(vyn_db(), keys::markers_order), 1);
-        run(ReadProjectTask({.file = folder / name, .settings = {}}));
+        run(ReadProjectTask(program_session(), {.file = folder / name, .settings = {}}));
         EXPECT_EQ(read(vyn_db(), keys::markers_order), 2) << name;
         EXPECT_EQ(read(vyn_db(), keys::head_file), (folder / name).string());
     }
@@ -115,7 +115,8 @@ TEST_F(Recovery, ABrokenMaskDoesNotLoseTheMarkers) {
     ASSERT_TRUE(lost[0].has_pictures());
     for (const auto& entry : fs::recursive_directory_iterator(states))
         if (entry.path().extension() == ".png") put_file(entry.path(), "cut off");
-    EXPECT_EQ(run(RestorePicturesTask(lost[0].copy)), TaskOutcome::done_with_errors);
+    EXPECT_EQ(run(RestorePicturesTask(program_session(), lost[0].copy)),
+              TaskOutcome::done_with_errors);
     const auto found = get_images().find(image_names::wind_off_sens);
     ASSERT_EQ(found->markers.markers.size(), 1u);
     EXPECT_EQ(found->markers.markers[0].id, 5);

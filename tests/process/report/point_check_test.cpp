@@ -28,12 +28,12 @@ class PointCheckTest : public ProjectTest {
     void compute(const SyntheticOptions& options) {
         point = make_synthetic_point(options, context);
         write_synthetic_point(point, folder.path(), context);
-        ASSERT_EQ(run(ReadProjectTask({.file = folder / "project.xml",
-                                       .geometry = ReadProject::Geometry::leave_out,
-                                       .settings = {}})),
-                  TaskOutcome::done);
-        ASSERT_EQ(run(*with_origins(calculate_all(vyn_db(), get_images(), report))),
-                  TaskOutcome::done);
+        ASSERT_EQ(
+            run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                    .geometry = ReadProject::Geometry::leave_out,
+                                                    .settings = {}})),
+            TaskOutcome::done);
+        ASSERT_EQ(run(*vyn::calculate(Goal::all, program_session(), report)), TaskOutcome::done);
     }
     PointCheck check(const MarkerSet& ports) {
         return check_point(*report, vyn_db(), get_images(), ports);
@@ -144,7 +144,7 @@ TEST_F(PointCheckTest, AFieldStaysWhatItWasComputedAs) {
     EXPECT_EQ(later.ports.rms, rms);
 
     for (const char* name : {"field.imp", "field.tif"}) {
-        ASSERT_EQ(run(SaveImageTask(image_names::field, folder / name)), TaskOutcome::done);
+        ASSERT_EQ(run(SaveImageTask(program_session(), image_names::field, folder / name)), TaskOutcome::done);
         const image alone = read_image(folder / name);
         EXPECT_EQ(field_label(alone).text(), "Cp");
         const nlohmann::json told = provenance(alone, {});

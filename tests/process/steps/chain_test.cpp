@@ -37,15 +37,16 @@ class Chain : public ProjectTest {
         point = make_synthetic_point(options, context);
         write_synthetic_point(point, folder.path(), context);
         settings.emplace_back(keys::spline_degree.path, any(degree));
-        ASSERT_EQ(run(ReadProjectTask({.file = folder / "project.xml",
-                                       .geometry = ReadProject::Geometry::leave_out,
-                                       .settings = settings})),
-                  TaskOutcome::done);
+        ASSERT_EQ(
+            run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                    .geometry = ReadProject::Geometry::leave_out,
+                                                    .settings = settings})),
+            TaskOutcome::done);
     }
 
     TaskOutcome calculate() {
         report = std::make_shared<RunReport>();
-        return run(*calculate_all(vyn_db(), get_images(), report));
+        return run(*vyn::calculate(Goal::all, program_session(), report));
     }
 
     /// Error of the field away from edges and dots, as a share of the truth's range.
@@ -112,7 +113,7 @@ TEST_F(Chain, SameBitsWithAnyNumberOfThreadsAndEveryTime) {
 TEST_F(Chain, RunsOnTheWorkerAndReportsWhatItDid) {
     open_point({.width = 200, .height = 150});
     report = std::make_shared<RunReport>();
-    const auto job = calculate_all(vyn_db(), get_images(), report);
+    const auto job = vyn::calculate(Goal::all, program_session(), report);
     const auto running = std::make_shared<TaskContext>();
     Worker worker;
     worker.post(job, running);
@@ -143,7 +144,8 @@ TEST_F(Chain, FoundMarkersAreAsGoodAsLoadedOnes) {
     reset();
     open_point(options, {{std::string(keys::wind_off_sens_mark_file.path), any(std::string())},
                          {std::string(keys::wind_on_sens_mark_file.path), any(std::string())}});
-    ASSERT_EQ(run(FindMarkersTask({}, std::make_shared<RunReport>())), TaskOutcome::done);
+    ASSERT_EQ(run(FindMarkersTask(program_session(), {}, std::make_shared<RunReport>())),
+              TaskOutcome::done);
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_EQ(report->alignment->pairs.size(), point.wind_off_markers.markers.size());
     EXPECT_EQ(report->alignment->orders.suggested, 2);
@@ -163,7 +165,7 @@ TEST_F(Chain, MarkersAreFoundOnlyWhereTheProjectNamesNone) {
                {{std::string(keys::wind_on_sens_mark_file.path), any(std::string())}});
     const auto wind_off = get_images().find(image_names::wind_off_sens);
     const auto found = std::make_shared<RunReport>();
-    ASSERT_EQ(run(FindMarkersTask({}, found)), TaskOutcome::done);
+    ASSERT_EQ(run(FindMarkersTask(program_session(), {}, found)), TaskOutcome::done);
     EXPECT_EQ(get_images().find(image_names::wind_off_sens), wind_off);
     EXPECT_FALSE(get_images().find(image_names::wind_on_sens)->markers.markers.empty());
     EXPECT_EQ(calculate(), TaskOutcome::done);
@@ -174,7 +176,7 @@ TEST_F(Chain, MarkersAreFoundOnlyWhereTheProjectNamesNone) {
     blank.name = image_names::wind_on_sens;
     blank.markers = {};
     get_images().add(std::move(blank));
-    EXPECT_EQ(run(FindMarkersTask({}, found)), TaskOutcome::failed);
+    EXPECT_EQ(run(FindMarkersTask(program_session(), {}, found)), TaskOutcome::failed);
     EXPECT_THAT(found->warnings,
                 Contains(test::warns(WarningKind::markers, "wind_on_sens shows no dots")));
 }
@@ -270,7 +272,8 @@ TEST_F(Chain, FiltersAndThinsWhereAskedTo) {
 TEST_F(Chain, MissingRawImageGivesAnEmptyJob) {
     open_point({.width = 64, .height = 64});
     get_images().remove(image_names::wind_on_sens);
-    EXPECT_TRUE(calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>())->empty());
+    EXPECT_TRUE(
+        vyn::calculate(Goal::all, program_session(), std::make_shared<RunReport>())->empty());
 }
 
 TEST_F(Chain, DarkImageOfAnotherSizeStopsTheJobAndNamesBothFiles) {
@@ -312,19 +315,19 @@ TEST_F(Chain, FieldIsSavedWhereTheProjectSaysWithItsMarkers) {
     std::string shown;
     set_custom_message_fun([&](const char* text) { shown = text; },
                            [](const char*) { return false; });
-    EXPECT_EQ(run(SaveFieldTask()), TaskOutcome::failed);
+    EXPECT_EQ(run(SaveFieldTask(program_session())), TaskOutcome::failed);
     set_default_message_fun();
     EXPECT_EQ(shown, "Field is not calculated!");
 
     ASSERT_EQ(calculate(), TaskOutcome::done);
-    EXPECT_EQ(run(SaveFieldTask()), TaskOutcome::done);
+    EXPECT_EQ(run(SaveFieldTask(program_session())), TaskOutcome::done);
     const image saved = read_image(folder / "pressure.imp");
     EXPECT_TRUE(same_bits(saved, *get_images().find(image_names::field)));
     EXPECT_FALSE(saved.markers.markers.empty());
     EXPECT_TRUE(std::filesystem::exists(folder / "pressure.mrk"));
 
     write<std::string>(vyn_db(), keys::pressure_mark_file, "pressure.txt");
-    EXPECT_THAT(error_of<FileError>([&] { run(SaveFieldTask()); }).detail,
+    EXPECT_THAT(error_of<FileError>([&] { run(SaveFieldTask(program_session())); }).detail,
                 HasSubstr("pressure.txt: not the extension of a marker format"));
 }
 

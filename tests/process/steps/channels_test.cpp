@@ -11,7 +11,6 @@
 #include "process/report/field_comparison.h"
 #include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
-#include "process/steps/channel_ratio_task.h"
 #include "sample/synthetic_light.h"
 #include "sample/synthetic_point.h"
 #include "tests/support/error_of.h"
@@ -34,10 +33,11 @@ class ChannelsTest : public ProjectTest {
         open_project(std::move(settings));
     }
     void open_project(Settings settings) {
-        ASSERT_EQ(run(ReadProjectTask({.file = folder / "project.xml",
-                                       .geometry = ReadProject::Geometry::leave_out,
-                                       .settings = std::move(settings)})),
-                  TaskOutcome::done);
+        ASSERT_EQ(
+            run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
+                                                    .geometry = ReadProject::Geometry::leave_out,
+                                                    .settings = std::move(settings)})),
+            TaskOutcome::done);
     }
     static std::pair<std::string, any> without(Key<std::string> key) {
         return {std::string(key.path), any(std::string())};
@@ -45,7 +45,7 @@ class ChannelsTest : public ProjectTest {
 
     TaskOutcome calculate() {
         report = std::make_shared<RunReport>();
-        return run(*calculate_all(vyn_db(), get_images(), report));
+        return run(*vyn::calculate(Goal::all, program_session(), report));
     }
 
     /// Away from edges and dots, as a share of the truth's range.
@@ -150,7 +150,7 @@ TEST_F(ChannelsTest, AnAbortedRatioLeavesTheAlignedPicturesOfTheOldOne) {
     ASSERT_EQ(calculate(), TaskOutcome::done);
     const auto aligned = get_images().find(image_names::wind_on_refe_aligned);
     write(vyn_db(), keys::filter_enable, 1);
-    EXPECT_THROW(ChannelRatioTask(report).run(stopped), Aborted);
+    EXPECT_THROW(vyn::calculate(Goal::ratio, program_session(), report)->run(stopped), Aborted);
     EXPECT_EQ(get_images().find(image_names::wind_on_refe_aligned), aligned);
 }
 
@@ -204,7 +204,8 @@ TEST_F(ChannelsTest, MarkersAreFoundInAllFourPictures) {
     reset();
     open_project({without(keys::wind_off_sens_mark_file), without(keys::wind_on_sens_mark_file),
                   without(keys::wind_off_refe_mark_file), without(keys::wind_on_refe_mark_file)});
-    ASSERT_EQ(run(FindMarkersTask({}, std::make_shared<RunReport>())), TaskOutcome::done);
+    ASSERT_EQ(run(FindMarkersTask(program_session(), {}, std::make_shared<RunReport>())),
+              TaskOutcome::done);
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_LE(field_error(), 1.2 * with_files);
 }
@@ -264,19 +265,19 @@ TEST(ExperimentTypeTest, TheFourthTypeComesFirstThenLifetimeThenSingle) {
 TEST_F(ChannelsTest, SaysWhatIsMissing) {
     open_point({.width = 100, .height = 80, .channels = Channels::binary},
                {without(keys::wind_off_refe_file), without(keys::wind_on_refe_file)});
-    EXPECT_THAT(missing_input(vyn_db(), get_images()),
+    EXPECT_THAT(missing_input({vyn_db(), get_images()}),
                 AllOf(HasSubstr("wind_off_refe_file"), HasSubstr("wind_on_refe_file"),
                       HasSubstr("name no images")));
-    EXPECT_TRUE(calculate_all(vyn_db(), get_images(), nullptr)->empty());
+    EXPECT_TRUE(vyn::calculate(Goal::all, program_session(), nullptr)->empty());
 
     write(vyn_db(), keys::test_lifetime, 1);
     get_images().remove(image_names::wind_on_sens);
-    EXPECT_THAT(missing_input(vyn_db(), get_images()),
+    EXPECT_THAT(missing_input({vyn_db(), get_images()}),
                 AllOf(HasSubstr("wind_on_sens_file"), HasSubstr("wind_off_refe_file")));
 
     write(vyn_db(), keys::test_s3f, 1);
-    EXPECT_EQ(missing_input(vyn_db(), get_images()), not_evaluated_text);
-    EXPECT_TRUE(calculate_all(vyn_db(), get_images(), nullptr)->empty());
+    EXPECT_EQ(missing_input({vyn_db(), get_images()}), not_evaluated_text);
+    EXPECT_TRUE(vyn::calculate(Goal::all, program_session(), nullptr)->empty());
 }
 
 /// The cameras of a synthetic point differ in size, so nothing works without markers.
@@ -287,8 +288,9 @@ TEST_F(ChannelsTest, CamerasOfDifferentSizesNeedMarkers) {
     for (const Settings& broken : settings) {
         reset();
         open_point(options, broken);
-        const auto error = error_of<IndexError>(
-            [&] { run(*calculate_all(vyn_db(), get_images(), std::make_shared<RunReport>())); });
+        const auto error = error_of<IndexError>([&] {
+            run(*vyn::calculate(Goal::all, program_session(), std::make_shared<RunReport>()));
+        });
         EXPECT_THAT(error.detail, AllOf(HasSubstr("160 x 120"), HasSubstr("140 x 105"),
                                         HasSubstr("wind_off_refe_mark_file")));
     }

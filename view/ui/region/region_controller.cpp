@@ -200,7 +200,8 @@ void RegionController::save_mask() {
     const QString file = ask_mask_file_to_save(&viewer_, *picture, raw);
     if (file.isEmpty()) return;
     auto job = std::make_shared<Job>();
-    job->append(std::make_unique<SaveMaskTask>(picture, file.toStdString(), raw));
+    job->append(
+        std::make_unique<SaveMaskTask>(program_session(), picture, file.toStdString(), raw));
     QBusyBox box(viewer_.worker(), &viewer_);
     if (box.run(job) != TaskOutcome::done) {
         if (!box.failure().empty())

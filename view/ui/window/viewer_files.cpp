@@ -139,7 +139,8 @@ std::optional<ViewerFiles::Choice> ViewerFiles::choose(const QString& caption,
 bool ViewerFiles::write(ExportRequest request) {
     request.project_results = viewer_.origin() != PictureOrigin::file;
     const QString done = tr("%1 written").arg(QString::fromStdString(request.file.string()));
-    if (!run(std::make_unique<ExportTask>(std::move(request)), tr("Save"))) return false;
+    if (!run(std::make_unique<ExportTask>(program_session(), std::move(request)), tr("Save")))
+        return false;
     viewer_.statusBar()->showMessage(done);
     return true;
 }
