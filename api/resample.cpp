@@ -28,8 +28,8 @@ class TileResampler {
   public:
     TileResampler(const image& source, const SplineCoefficients& spline, const RowMap& map,
                   OutputPlanes& out)
-        : evaluate_(spline),
-          copy_bytes_(active_spline_kernels().bytes),
+        : spline_(spline.plane()),
+          sample_(active_spline_kernels().samples),
           bytes_{source.mask().row(0), source.has_region() ? source.region().row(0) : nullptr,
                  source.mask().stride(), source.width(), source.height()},
           map_(map),
@@ -47,13 +47,12 @@ class TileResampler {
         double source_x[tile_width];
         double source_y[tile_width];
         map_(x0, n, y, source_x, source_y);
-        evaluate_(source_x, source_y, n, out_.values.row(y) + x0);
-        copy_bytes_(bytes_, source_x, source_y, n, out_.mask.row(y) + x0,
-                    out_.region.empty() ? nullptr : out_.region.row(y) + x0);
+        sample_(spline_, bytes_, source_x, source_y, n, out_.values.row(y) + x0,
+                out_.mask.row(y) + x0, out_.region.empty() ? nullptr : out_.region.row(y) + x0);
     }
 
-    const SplineEvaluation evaluate_;
-    decltype(SplineKernels::bytes) const copy_bytes_;
+    const SplinePlane spline_;
+    decltype(SplineKernels::samples) const sample_;
     const BytePlanes bytes_;
     const RowMap& map_;
     OutputPlanes& out_;

@@ -36,6 +36,8 @@ class SplineCoefficients {
     static constexpr int margin = spline_margin;
     /// Padded plane: coefficient (x, y) lies at (x + margin, y + margin).
     const Bitmap<float>& padded() const { return padded_; }
+    /// The same for the kernels.
+    SplinePlane plane() const;
 
   private:
     void filter_stored(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
@@ -45,9 +47,6 @@ class SplineCoefficients {
     /// False when some value is not finite. The rows may be those of the coefficients themselves.
     bool filter_rows(const float* values, std::ptrdiff_t stride, Progress& progress);
     void filter_columns(Progress& progress);
-    SplinePlane plane() const;
-    friend class SplineEvaluation;
-
     int degree_ = 3;
     int width_ = 0;
     int height_ = 0;

@@ -91,6 +91,84 @@ struct Window {
     static int lesser(int a, int b) { return a < b ? a : b; }
 };
 
+/// Where mask and region bytes go; `region` may be null.
+struct ByteTarget {
+    std::uint8_t* mask;
+    std::uint8_t* region;
+};
+
+/// Mask and region bytes of `lanes` source pixels.
+class ByteGroup {
+  public:
+    /// Of pixels inside the source.
+    ByteGroup(const BytePlanes& source, const vint& columns, const vint& rows)
+        : source_(source), inside_(~vint{}), column_(columns), row_(rows) {}
+
+    /// Of the pixels at positions truncated toward zero.
+    ByteGroup(const BytePlanes& source, const Coordinates& x, const Coordinates& y)
+        : source_(source) {
+        const vlong low = inside(x.low, y.low);
+        const vlong high = inside(x.high, y.high);
+        inside_ = joined<vint>(__builtin_convertvector(low, vint_half),
+                               __builtin_convertvector(high, vint_half));
+        column_ = truncated(x, low, high);
+        row_ = truncated(y, low, high);
+    }
+
+    void copy(const ByteTarget& to) const {
+        if (any(~inside_)) return copy_some(lanes, to);
+        if (are_neighbours(column_, row_)) return copy_neighbours(to);
+        if constexpr (has_permutation) {
+            const Window window(column_, row_);
+            if (window.holds(1)) return copy_near(window, to);
+        }
+        copy_some(lanes, to);
+    }
+
+    void copy_neighbours(const ByteTarget& to) const {
+        __builtin_memcpy(to.mask, source_.mask + offset(0), lanes);
+        if (to.region) __builtin_memcpy(to.region, source_.region + offset(0), lanes);
+    }
+
+    void copy_near(const Window& window, const ByteTarget& to) const {
+        // two vectors from two rows on, which may reach into a third
+        if (window.top + 2 >= source_.height) return copy_some(lanes, to);
+        copy_near(window, source_.mask, to.mask);
+        if (to.region) copy_near(window, source_.region, to.region);
+    }
+
+    /// The first n, one by one.
+    __attribute__((noinline)) void copy_some(int n, const ByteTarget& to) const {
+        for (int i = 0; i < n; ++i) {
+            to.mask[i] = inside_[i] ? source_.mask[offset(i)] : 1;
+            if (to.region) to.region[i] = inside_[i] ? source_.region[offset(i)] : 0;
+        }
+    }
+
+  private:
+    vlong inside(const vdouble& x, const vdouble& y) const {
+        return (x > -1) & (x < source_.width) & (y > -1) & (y < source_.height);
+    }
+    static vint truncated(const Coordinates& c, const vlong& low, const vlong& high) {
+        return joined<vint>(__builtin_convertvector(low ? c.low : vdouble{}, vint_half),
+                            __builtin_convertvector(high ? c.high : vdouble{}, vint_half));
+    }
+    std::ptrdiff_t offset(int i) const { return row_[i] * source_.stride + column_[i]; }
+
+    void copy_near(const Window& window, const std::uint8_t* plane, std::uint8_t* to) const {
+        const std::uint8_t* const upper = plane + window.top * source_.stride + window.left;
+        const std::uint8_t* const lower = upper + source_.stride;
+        const vint from_upper = permuted(load_bytes(upper), load_bytes(upper + lanes), window.dx);
+        const vint from_lower = permuted(load_bytes(lower), load_bytes(lower + lanes), window.dx);
+        store_bytes(to, window.dy > 0 ? from_lower : from_upper);
+    }
+
+    const BytePlanes& source_;
+    vint inside_;
+    vint column_;
+    vint row_;
+};
+
 /// Sums for `lanes` positions at once. Rows first, from left to right, then their sums from top to
 /// bottom: the order of SplineCoefficients::at, whichever way the samples are fetched.
 template <int degree>
@@ -112,6 +190,25 @@ class Group {
             if (window.holds(taps))
                 return value_of_near(sample(window.left, window.top), window.dx, window.dy);
         }
+        return value_of_any();
+    }
+
+    /// Value and bytes, of positions whose samples are also the pixels at the truncated positions.
+    vfloat value_and_bytes(const BytePlanes& source, const ByteTarget& to) const {
+        static_assert(degree % 2 != 0);
+        const ByteGroup bytes(source, x_.index, y_.index);
+        if (are_neighbours(x_.index, y_.index)) {
+            bytes.copy_neighbours(to);
+            return value_of_neighbours(sample(x_.index[0], y_.index[0]));
+        }
+        if constexpr (has_permutation) {
+            const Window window(x_.index, y_.index);
+            if (window.holds(taps)) {
+                bytes.copy_near(window, to);
+                return value_of_near(sample(window.left, window.top), window.dx, window.dy);
+            }
+        }
+        bytes.copy_some(lanes, to);
         return value_of_any();
     }
 
@@ -193,13 +290,32 @@ __attribute__((noinline)) vfloat border_value(const SplinePlane& plane, const Co
     return far ? vfloat{} : value;
 }
 
+inline bool some_beyond(const SplinePlane& plane, const Coordinates& x, const Coordinates& y) {
+    return any(beyond(x, plane.width - 1) | beyond(y, plane.height - 1));
+}
+
 template <int degree>
 inline vfloat group_value(const SplinePlane& plane, const double* at_x, const double* at_y) {
     const Coordinates x = load_coordinates(at_x);
     const Coordinates y = load_coordinates(at_y);
-    if (any(beyond(x, plane.width - 1) | beyond(y, plane.height - 1)))
-        return border_value<degree>(plane, x, y);
+    if (some_beyond(plane, x, y)) return border_value<degree>(plane, x, y);
     return Group<degree>(plane, x, y).value();
+}
+
+/// The same, and the bytes.
+template <int degree>
+inline vfloat group_sample(const SplinePlane& plane, const BytePlanes& source, const double* at_x,
+                           const double* at_y, const ByteTarget& to) {
+    const Coordinates x = load_coordinates(at_x);
+    const Coordinates y = load_coordinates(at_y);
+    if (some_beyond(plane, x, y)) {
+        ByteGroup(source, x, y).copy(to);
+        return border_value<degree>(plane, x, y);
+    }
+    const Group<degree> group(plane, x, y);
+    if constexpr (degree % 2 != 0) return group.value_and_bytes(source, to);
+    ByteGroup(source, x, y).copy(to);
+    return group.value();
 }
 
 /// Room for one group, for what is left at the end of a row.
@@ -239,90 +355,42 @@ void values(const SplinePlane& plane, const double* x, const double* y, int n, f
     }
 }
 
-/// Bytes of `lanes` positions.
-class ByteGroup {
-  public:
-    ByteGroup(const BytePlanes& source, const double* at_x, const double* at_y) : source_(source) {
-        const Coordinates x = load_coordinates(at_x);
-        const Coordinates y = load_coordinates(at_y);
-        const vlong low = inside(x.low, y.low);
-        const vlong high = inside(x.high, y.high);
-        all_inside_ = !any(~(low & high));
-        inside_ = joined<vint>(__builtin_convertvector(low, vint_half),
-                               __builtin_convertvector(high, vint_half));
-        column_ = truncated(x, low, high);
-        row_ = truncated(y, low, high);
-    }
-
-    void copy(std::uint8_t* mask, std::uint8_t* region) const {
-        if (!all_inside_) return copy_some(lanes, mask, region);
-        if (are_neighbours(column_, row_)) {
-            __builtin_memcpy(mask, source_.mask + offset(0), lanes);
-            if (region) __builtin_memcpy(region, source_.region + offset(0), lanes);
-            return;
-        }
-        if constexpr (has_permutation) {
-            const Window window(column_, row_);
-            // two vectors from two rows on, which may reach into a third
-            if (window.holds(1) && window.top + 2 < source_.height) {
-                copy_near(window, source_.mask, mask);
-                if (region) copy_near(window, source_.region, region);
-                return;
-            }
-        }
-        copy_some(lanes, mask, region);
-    }
-
-    /// The first n, one by one.
-    __attribute__((noinline)) void copy_some(int n, std::uint8_t* mask,
-                                             std::uint8_t* region) const {
-        for (int i = 0; i < n; ++i) {
-            mask[i] = inside_[i] ? source_.mask[offset(i)] : 1;
-            if (region) region[i] = inside_[i] ? source_.region[offset(i)] : 0;
-        }
-    }
-
-  private:
-    vlong inside(const vdouble& x, const vdouble& y) const {
-        return (x > -1) & (x < source_.width) & (y > -1) & (y < source_.height);
-    }
-    static vint truncated(const Coordinates& c, const vlong& low, const vlong& high) {
-        return joined<vint>(__builtin_convertvector(low ? c.low : vdouble{}, vint_half),
-                            __builtin_convertvector(high ? c.high : vdouble{}, vint_half));
-    }
-    std::ptrdiff_t offset(int i) const { return row_[i] * source_.stride + column_[i]; }
-
-    void copy_near(const Window& window, const std::uint8_t* plane, std::uint8_t* to) const {
-        const std::uint8_t* const upper = plane + window.top * source_.stride + window.left;
-        const std::uint8_t* const lower = upper + source_.stride;
-        const vint from_upper = permuted(load_bytes(upper), load_bytes(upper + lanes), window.dx);
-        const vint from_lower = permuted(load_bytes(lower), load_bytes(lower + lanes), window.dx);
-        store_bytes(to, window.dy > 0 ? from_lower : from_upper);
-    }
-
-    const BytePlanes& source_;
-    bool all_inside_;
-    vint inside_;
-    vint column_;
-    vint row_;
-};
-
-void bytes(const BytePlanes& source, const double* x, const double* y, int n, std::uint8_t* mask,
-           std::uint8_t* region) {
+template <int degree>
+void samples_of(const SplinePlane& plane, const BytePlanes& source, const double* x,
+                const double* y, int n, float* out, ByteTarget to) {
     int i = 0;
-    for (; i + lanes <= n; i += lanes)
-        ByteGroup(source, x + i, y + i).copy(mask + i, region ? region + i : nullptr);
+    for (; i + lanes <= n; i += lanes) {
+        store(out + i, group_sample<degree>(plane, source, x + i, y + i, to));
+        to.mask += lanes;
+        if (to.region) to.region += lanes;
+    }
     if (i < n) {
+        values_of<degree>(plane, x + i, y + i, n - i, out + i);
         const Remainder<double> last_x(x + i, n - i);
         const Remainder<double> last_y(y + i, n - i);
-        ByteGroup(source, last_x.element, last_y.element)
-            .copy_some(n - i, mask + i, region ? region + i : nullptr);
+        ByteGroup(source, load_coordinates(last_x.element), load_coordinates(last_y.element))
+            .copy_some(n - i, to);
+    }
+}
+
+void samples(const SplinePlane& plane, const BytePlanes& source, const double* x, const double* y,
+             int n, float* out, std::uint8_t* mask, std::uint8_t* region) {
+    const ByteTarget to{mask, region};
+    switch (plane.degree) {
+        case 2:
+            return samples_of<2>(plane, source, x, y, n, out, to);
+        case 4:
+            return samples_of<4>(plane, source, x, y, n, out, to);
+        case 5:
+            return samples_of<5>(plane, source, x, y, n, out, to);
+        default:
+            return samples_of<3>(plane, source, x, y, n, out, to);
     }
 }
 
 }  // namespace
 
 extern const SplineKernels spline_kernels;
-const SplineKernels spline_kernels = {values, bytes};
+const SplineKernels spline_kernels = {values, samples};
 
 }  // namespace vyn::VYN_ISA

@@ -29,10 +29,10 @@ struct BytePlanes {
 struct SplineKernels {
     /// The spline at n positions; 0 where the position is far outside.
     void (*values)(const SplinePlane& plane, const double* x, const double* y, int n, float* out);
-    /// Mask and region bytes of the source pixels at n positions truncated toward zero; 1 and 0
-    /// where that is outside.
-    void (*bytes)(const BytePlanes& source, const double* x, const double* y, int n,
-                  std::uint8_t* mask, std::uint8_t* region);
+    /// The same, and mask and region bytes of the source pixels, of the spline's size, at the
+    /// positions truncated toward zero; 1 and 0 where that is outside. `region` may be null.
+    void (*samples)(const SplinePlane& plane, const BytePlanes& source, const double* x,
+                    const double* y, int n, float* out, std::uint8_t* mask, std::uint8_t* region);
 };
 
 }  // namespace vyn
