@@ -1,7 +1,6 @@
 #include "api/field_conversion.h"
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 #include "api/image_parts.h"
@@ -52,23 +51,15 @@ class RowResult {
     explicit RowResult(const image& source)
         : source_(source),
           values_(source.width(), source.height()),
-          mask_(source.width(), source.height()) {
-        if (source.has_region()) region_ = Bitmap<std::uint8_t>(source.width(), source.height());
-    }
+          mask_(source.width(), source.height()) {}
 
     PixelRow row(int y) { return {values_.row(y), mask_.row(y)}; }
-
-    void copy_region(int y) {
-        if (source_.has_region())
-            std::memcpy(region_.row(y), source_.region().row(y),
-                        static_cast<std::size_t>(source_.width()));
-    }
 
     image take(Quantity quantity, const std::string& unit = {}) {
         image result = with_planes(source_, std::move(values_), std::move(mask_));
         result.quantity = quantity;
         result.unit = unit;
-        if (source_.has_region()) result.set_region(std::move(region_));
+        result.share_region(source_);
         return result;
     }
 
@@ -76,11 +67,38 @@ class RowResult {
     const image& source_;
     Bitmap<float> values_;
     Bitmap<std::uint8_t> mask_;
-    Bitmap<std::uint8_t> region_;
 };
 
 ConstPixelRow const_row(const image& picture, int y) {
     return {picture.values().row(y), picture.mask().row(y)};
+}
+
+RowLimits row_limits(bool limit, float lower, float upper) {
+    return limit ? RowLimits{lower, upper} : RowLimits{-infinity, infinity};
+}
+
+RowLimits row_limits(const RatioLimits& limits) {
+    return row_limits(limits.clamp, limits.lower, limits.upper);
+}
+
+RowLimits row_limits(const FieldConversion& conversion) {
+    return row_limits(conversion.limit, conversion.lower, conversion.upper);
+}
+
+void check_pair(const image& wind_off, const image& wind_on) {
+    check_all_planes(wind_off);
+    wind_on.check_planes();
+    check_same_size(wind_off, wind_on);
+}
+
+/// Calls `make(kernels, y)` for every row of results of the size of `picture`.
+template <class Make>
+void for_each_row(const image& picture, Progress& progress, Make make) {
+    const PixelKernels& kernels = active_pixel_kernels();
+    parallel_rows(picture.height(), rows_per_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            make(kernels, y);
+    });
 }
 
 }  // namespace
@@ -101,19 +119,11 @@ Quantity quantity_of(FieldQuantity quantity) {
 
 image form_ratio(const image& wind_off, const image& wind_on, const RatioLimits& limits,
                  Progress& progress) {
-    check_all_planes(wind_off);
-    wind_on.check_planes();
-    check_same_size(wind_off, wind_on);
-    const RowLimits row_limits =
-        limits.clamp ? RowLimits{limits.lower, limits.upper} : RowLimits{-infinity, infinity};
-    const PixelKernels& kernels = active_pixel_kernels();
+    check_pair(wind_off, wind_on);
     RowResult result(wind_off);
-    parallel_rows(wind_off.height(), rows_per_block, progress, [&](int y0, int y1) {
-        for (int y = y0; y < y1; ++y) {
-            kernels.ratio(const_row(wind_off, y), const_row(wind_on, y), region_row(wind_off, y),
-                          row_limits, wind_off.width(), result.row(y));
-            result.copy_region(y);
-        }
+    for_each_row(wind_off, progress, [&](const PixelKernels& kernels, int y) {
+        kernels.ratio(const_row(wind_off, y), const_row(wind_on, y), region_row(wind_off, y),
+                      row_limits(limits), wind_off.width(), result.row(y));
     });
     return result.take(intensity_ratio);
 }
@@ -143,7 +153,6 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
                 out.value[x] = excluded ? rows[0].value[x] : static_cast<float>(ratio);
                 out.mask[x] = excluded ? 1 : 0;
             }
-            result.copy_region(y);
         }
     });
     image ratio = result.take(intensity_ratio);
@@ -156,17 +165,11 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
 
 image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress) {
     check_all_planes(ratio);
-    const RowLimits row_limits = conversion.limit ? RowLimits{conversion.lower, conversion.upper}
-                                                  : RowLimits{-infinity, infinity};
     const FieldRowLaw law = row_law(conversion);
-    const PixelKernels& kernels = active_pixel_kernels();
     RowResult result(ratio);
-    parallel_rows(ratio.height(), rows_per_block, progress, [&](int y0, int y1) {
-        for (int y = y0; y < y1; ++y) {
-            kernels.field(const_row(ratio, y), region_row(ratio, y), law, row_limits, ratio.width(),
-                          result.row(y));
-            result.copy_region(y);
-        }
+    for_each_row(ratio, progress, [&](const PixelKernels& kernels, int y) {
+        kernels.field(const_row(ratio, y), region_row(ratio, y), law, row_limits(conversion),
+                      ratio.width(), result.row(y));
     });
     if (conversion.quantity == FieldQuantity::ratio) return result.take(ratio.quantity, ratio.unit);
     return result.take(quantity_of(conversion.quantity),

@@ -67,6 +67,11 @@ void image::set_region(Bitmap<std::uint8_t> region) {
     has_region_ = true;
 }
 
+void image::share_region(const image& other) {
+    region_ = other.region_;
+    has_region_ = other.has_region_;
+}
+
 bool image::shares_values_with(const image& other) const {
     return values_.shares_with(other.values_);
 }

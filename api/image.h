@@ -86,6 +86,8 @@ class image : public ImageAttributes {
     void set_values(Bitmap<float> values);
     void set_mask(Bitmap<std::uint8_t> mask);
     void set_region(Bitmap<std::uint8_t> region);
+    /// The region plane of another image, or none as there; its memory until one is written to.
+    void share_region(const image& other);
     /// True when the values of both images are the same memory: nothing computed from values alone
     /// can differ.
     bool shares_values_with(const image& other) const;

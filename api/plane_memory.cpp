@@ -91,6 +91,12 @@ IdleBlocks& idle_blocks() {
     return blocks;
 }
 
+/// Large blocks are whole huge pages, so that none of them is touched page by page and planes of
+/// nearly the same size take over each other's memory.
+std::size_t rounded(std::size_t bytes) {
+    return bytes < 2 * huge_page ? bytes : (bytes + huge_page - 1) / huge_page * huge_page;
+}
+
 void* fresh(std::size_t bytes) {
     void* block = nullptr;
     const bool large = bytes >= 2 * huge_page;
@@ -105,6 +111,7 @@ void* fresh(std::size_t bytes) {
 }  // namespace
 
 void* allocate(std::size_t bytes) {
+    bytes = rounded(bytes);
     if (keeps_blocks && bytes >= smallest_kept)
         if (void* block = idle_blocks().take(bytes)) return block;
     return fresh(bytes);
@@ -112,7 +119,7 @@ void* allocate(std::size_t bytes) {
 
 void release(void* block, std::size_t bytes) noexcept {
     if (keeps_blocks && bytes >= smallest_kept)
-        idle_blocks().put({block, bytes});
+        idle_blocks().put({block, rounded(bytes)});
     else
         std::free(block);
 }

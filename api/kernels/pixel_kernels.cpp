@@ -10,12 +10,43 @@ namespace {
 
 enum class Use { no, yes };
 
+/// `lanes` pixels.
+struct Pixels {
+    vfloat value;
+    vint mask;
+};
+
+inline Pixels load_pixels(ConstPixelRow row, int x) {
+    return {load<vfloat>(row.value + x), load_bytes(row.mask + x)};
+}
+
+inline void put(const Pixels& pixels, int x, PixelRow out) {
+    store(out.value + x, pixels.value);
+    store_bytes(out.mask + x, pixels.mask);
+}
+
+/// Limits for each of `lanes` pixels.
+struct Limits {
+    vfloat lower;
+    vfloat upper;
+};
+
+/// Outside the region no limit does anything.
+template <Use region_plane>
+inline Limits limits_inside(const std::uint8_t* region, int x, RowLimits limits) {
+    const Limits plain{everywhere(limits.lower), everywhere(limits.upper)};
+    if constexpr (region_plane == Use::no) return plain;
+    constexpr float infinity = __builtin_inff();
+    const vint outside = load_bytes(region + x) == 0;
+    return {outside ? everywhere(-infinity) : plain.lower,
+            outside ? everywhere(infinity) : plain.upper};
+}
+
 template <Use dark_image, Use flat_image>
 void correct_row(ConstPixelRow source, float dark_level, ConstPixelRow dark, ConstPixelRow flat,
                  int n, PixelRow out) {
     for (int x = 0; x < n; x += lanes) {
-        vfloat value = load<vfloat>(source.value + x);
-        const vint mask = load_bytes(source.mask + x);
+        auto [value, mask] = load_pixels(source, x);
         vint excluded = (mask != 0) | (value < dark_level);
         if constexpr (dark_image == Use::yes) {
             excluded |= load_bytes(dark.mask + x) != 0;
@@ -27,11 +58,10 @@ void correct_row(ConstPixelRow source, float dark_level, ConstPixelRow dark, Con
             excluded |= (load_bytes(flat.mask + x) != 0) | (divisor == 0);
             value = excluded ? value : value / divisor;
         }
-        store(out.value + x, value);
         if constexpr (dark_image == Use::yes || flat_image == Use::yes)
-            store_bytes(out.mask + x, excluded & 1);
+            put({value, excluded & 1}, x, out);
         else
-            store_bytes(out.mask + x, mask != 0 ? mask : excluded & 1);
+            put({value, mask != 0 ? mask : excluded & 1}, x, out);
     }
 }
 
@@ -48,39 +78,22 @@ void correct(ConstPixelRow source, float dark_level, ConstPixelRow dark, ConstPi
 }
 
 template <Use region_plane>
-void ratio_row(ConstPixelRow wind_off, ConstPixelRow wind_on, const std::uint8_t* region,
-               RowLimits limits, int n, PixelRow out) {
-    for (int x = 0; x < n; x += lanes) {
-        const vfloat value = load<vfloat>(wind_off.value + x);
-        const vfloat divisor = load<vfloat>(wind_on.value + x);
-        const vint mask = load_bytes(wind_off.mask + x);
-        const vint excluded = (mask != 0) | (load_bytes(wind_on.mask + x) != 0) | (divisor == 0);
-        vfloat ratio = value / divisor;
-        ratio = ratio > limits.upper ? vfloat{} + limits.upper : ratio;
-        ratio = ratio < limits.lower ? vfloat{} + limits.lower : ratio;
-        if constexpr (region_plane == Use::yes) {
-            const vint outside = load_bytes(region + x) == 0;
-            store(out.value + x, excluded | outside ? value : ratio);
-            store_bytes(out.mask + x, outside ? mask : excluded & 1);
-        } else {
-            store(out.value + x, excluded ? value : ratio);
-            store_bytes(out.mask + x, excluded & 1);
-        }
-    }
-}
-
-void ratio_of(ConstPixelRow wind_off, ConstPixelRow wind_on, const std::uint8_t* region,
-              RowLimits limits, int n, PixelRow out) {
-    if (region)
-        ratio_row<Use::yes>(wind_off, wind_on, region, limits, n, out);
-    else
-        ratio_row<Use::no>(wind_off, wind_on, region, limits, n, out);
+inline Pixels ratio_of(const Pixels& wind_off, const Pixels& wind_on, const std::uint8_t* region,
+                       int x, RowLimits limits) {
+    const vint excluded = (wind_off.mask != 0) | (wind_on.mask != 0) | (wind_on.value == 0);
+    vfloat ratio = wind_off.value / wind_on.value;
+    ratio = ratio > limits.upper ? everywhere(limits.upper) : ratio;
+    ratio = ratio < limits.lower ? everywhere(limits.lower) : ratio;
+    ratio = excluded ? wind_off.value : ratio;
+    const vint mask = excluded & 1;
+    if constexpr (region_plane == Use::no) return {ratio, mask};
+    const vint outside = load_bytes(region + x) == 0;
+    return {outside ? wind_off.value : ratio, outside ? wind_off.mask : mask};
 }
 
 template <FieldRowLaw::Output output>
-inline vfloat_half converted_half(const float* ratio, const FieldRowLaw& law) {
-    const vdouble r =
-        __builtin_convertvector(load<vfloat_half>(ratio), vdouble) * law.wind_off_ratio;
+inline vfloat_half converted_half(const vfloat_half& ratio, const FieldRowLaw& law) {
+    const vdouble r = widened(ratio) * law.wind_off_ratio;
     const vdouble p = (law.c * r + law.b) * r + law.a;
     if constexpr (output == FieldRowLaw::Output::scaled)
         return __builtin_convertvector(p * law.unit_factor, vfloat_half);
@@ -91,66 +104,80 @@ inline vfloat_half converted_half(const float* ratio, const FieldRowLaw& law) {
                                        vfloat_half);
 }
 
+/// The values of `lanes` pixels: to load them in halves is cheaper than to divide a vector.
+struct Halves {
+    vfloat_half low;
+    vfloat_half high;
+};
+
 template <FieldRowLaw::Output output>
-inline vfloat converted(const float* ratio, const FieldRowLaw& law) {
-    if constexpr (output == FieldRowLaw::Output::ratio)
-        return load<vfloat>(ratio);
-    else
-        return joined<vfloat>(converted_half<output>(ratio, law),
-                              converted_half<output>(ratio + half_lanes, law));
+inline Pixels field_of(const Pixels& ratio, const Halves& halves, const FieldRowLaw& law,
+                       const Limits& limits) {
+    vfloat field = ratio.value;
+    vint lost = ratio.mask != 0;
+    if constexpr (output != FieldRowLaw::Output::ratio) {
+        field = joined<vfloat>(converted_half<output>(halves.low, law),
+                               converted_half<output>(halves.high, law));
+        lost |= field * 0 != 0;  // NaN unless finite
+    }
+    const vint below = field < limits.lower;
+    vfloat limited = field > limits.upper ? limits.upper : field;
+    limited = below ? field : limited;
+    return {lost ? ratio.value : limited, ratio.mask != 0 ? ratio.mask : (lost | below) & 1};
 }
 
-template <FieldRowLaw::Output output, Use region_plane>
+/// Calls `run` with the use of a region plane as a constant.
+template <class Run>
+inline void with_region(const std::uint8_t* region, Run run) {
+    if (region)
+        run.template operator()<Use::yes>();
+    else
+        run.template operator()<Use::no>();
+}
+
+template <class Run>
+inline void with_output(FieldRowLaw::Output output, Run run) {
+    using Output = FieldRowLaw::Output;
+    switch (output) {
+        case Output::scaled:
+            return run.template operator()<Output::scaled>();
+        case Output::over_static:
+            return run.template operator()<Output::over_static>();
+        case Output::cp:
+            return run.template operator()<Output::cp>();
+        case Output::ratio:
+            return run.template operator()<Output::ratio>();
+    }
+}
+
+void ratio_row(ConstPixelRow wind_off, ConstPixelRow wind_on, const std::uint8_t* region,
+               RowLimits limits, int n, PixelRow out) {
+    with_region(region, [&]<Use region_plane>() {
+        for (int x = 0; x < n; x += lanes)
+            put(ratio_of<region_plane>(load_pixels(wind_off, x), load_pixels(wind_on, x), region, x,
+                                       limits),
+                x, out);
+    });
+}
+
 void field_row(ConstPixelRow ratio, const std::uint8_t* region, const FieldRowLaw& row_law,
                RowLimits limits, int n, PixelRow out) {
     const FieldRowLaw law = row_law;
-    for (int x = 0; x < n; x += lanes) {
-        const vfloat value = load<vfloat>(ratio.value + x);
-        const vint mask = load_bytes(ratio.mask + x);
-        const vfloat field = converted<output>(ratio.value + x, law);
-        vint lost = mask != 0;
-        if constexpr (output != FieldRowLaw::Output::ratio)
-            lost |= field * 0 != 0;  // NaN unless finite
-        vint below = field < limits.lower;
-        vint above = field > limits.upper;
-        if constexpr (region_plane == Use::yes) {
-            const vint inside = load_bytes(region + x) != 0;
-            below &= inside;
-            above &= inside;
-        }
-        const vfloat limited = above & ~below ? vfloat{} + limits.upper : field;
-        store(out.value + x, lost ? value : limited);
-        store_bytes(out.mask + x, mask != 0 ? mask : (lost | below) & 1);
-    }
-}
-
-template <FieldRowLaw::Output output>
-void field_of_output(ConstPixelRow ratio, const std::uint8_t* region, const FieldRowLaw& law,
-                     RowLimits limits, int n, PixelRow out) {
-    if (region)
-        field_row<output, Use::yes>(ratio, region, law, limits, n, out);
-    else
-        field_row<output, Use::no>(ratio, region, law, limits, n, out);
-}
-
-void field_of_law(ConstPixelRow ratio, const std::uint8_t* region, const FieldRowLaw& law,
-                  RowLimits limits, int n, PixelRow out) {
-    using Output = FieldRowLaw::Output;
-    switch (law.output) {
-        case Output::scaled:
-            return field_of_output<Output::scaled>(ratio, region, law, limits, n, out);
-        case Output::over_static:
-            return field_of_output<Output::over_static>(ratio, region, law, limits, n, out);
-        case Output::cp:
-            return field_of_output<Output::cp>(ratio, region, law, limits, n, out);
-        case Output::ratio:
-            return field_of_output<Output::ratio>(ratio, region, law, limits, n, out);
-    }
+    with_output(law.output, [&]<FieldRowLaw::Output output>() {
+        with_region(region, [&]<Use region_plane>() {
+            for (int x = 0; x < n; x += lanes)
+                put(field_of<output>(load_pixels(ratio, x),
+                                     {load<vfloat_half>(ratio.value + x),
+                                      load<vfloat_half>(ratio.value + x + half_lanes)},
+                                     law, limits_inside<region_plane>(region, x, limits)),
+                    x, out);
+        });
+    });
 }
 
 }  // namespace
 
 extern const PixelKernels pixel_kernels;
-const PixelKernels pixel_kernels = {correct, ratio_of, field_of_law};
+const PixelKernels pixel_kernels = {correct, ratio_row, field_row};
 
 }  // namespace vyn::VYN_ISA

@@ -43,6 +43,22 @@ static inline void store(Element* to, const Vector& v) {
     __builtin_memcpy(to, &v, sizeof v);
 }
 
+/// One number in all lanes. `vfloat{} + number` would cost an addition, because it makes 0 of -0.
+static inline vfloat everywhere(float number) {
+#if defined(__AVX512F__)
+    return _mm512_set1_ps(number);
+#elif defined(__AVX2__)
+    return _mm256_set1_ps(number);
+#elif defined(__SSE2__)
+    return _mm_set1_ps(number);
+#else
+    vfloat v{};
+    for (int i = 0; i < lanes; ++i)
+        v[i] = number;
+    return v;
+#endif
+}
+
 /// 0, 1, 2, ... as a vector of that type.
 template <class Vector>
 static inline Vector counting() {
@@ -70,6 +86,35 @@ static inline vdouble widened(const vint_half& numbers) {
     return _mm512_maskz_cvtepi32_pd(0xff, reinterpret_cast<__m256i>(numbers));
 #else
     return __builtin_convertvector(numbers, vdouble);
+#endif
+}
+
+/// 32-bit floats as 64-bit ones, likewise.
+static inline vdouble widened(const vfloat_half& numbers) {
+#if defined(__AVX512F__)
+    return _mm512_maskz_cvtps_pd(0xff, reinterpret_cast<__m256>(numbers));
+#else
+    return __builtin_convertvector(numbers, vdouble);
+#endif
+}
+
+/// The lower or upper half of a vector.
+static inline vfloat_half lower_half(const vfloat& v) {
+#if defined(__AVX512F__)
+    return __builtin_shufflevector(v, v, 0, 1, 2, 3, 4, 5, 6, 7);
+#elif defined(__AVX2__)
+    return __builtin_shufflevector(v, v, 0, 1, 2, 3);
+#else
+    return __builtin_shufflevector(v, v, 0, 1);
+#endif
+}
+static inline vfloat_half upper_half(const vfloat& v) {
+#if defined(__AVX512F__)
+    return __builtin_shufflevector(v, v, 8, 9, 10, 11, 12, 13, 14, 15);
+#elif defined(__AVX2__)
+    return __builtin_shufflevector(v, v, 4, 5, 6, 7);
+#else
+    return __builtin_shufflevector(v, v, 2, 3);
 #endif
 }
 
