@@ -50,6 +50,61 @@ void alignment_row(const PolyTransform& map, int y, int n, float* map_x, float* 
     }
 }
 
+/// Calls `row(y)` for all rows from the library's threads.
+template <class Row>
+void for_each_row(int rows, Row row) {
+    cv::parallel_for_(cv::Range(0, rows), [&](const cv::Range& range) {
+        for (int y = range.start; y < range.end; ++y)
+            row(y);
+    });
+}
+
+/// Level, dark, below zero and flat of one row, without branches so that it vectorises.
+void corrected_row(const float* __restrict raw, const float* __restrict dark,
+                   const float* __restrict flat, float level, int n, float* __restrict values,
+                   std::uint8_t* __restrict valid) {
+    for (int x = 0; x < n; ++x) {
+        const float lit = raw[x] - dark[x];
+        const bool good = (raw[x] >= level) & (lit >= 0) & (flat[x] != 0);
+        values[x] = lit / (good ? flat[x] : 1.0F);
+        valid[x] = good ? 255 : 0;
+    }
+}
+
+/// Ratio, law and limits of one row, likewise.
+void field_row(const float* __restrict off, const std::uint8_t* __restrict off_valid,
+               const float* __restrict on, const std::uint8_t* __restrict on_valid,
+               const FieldConversion& conversion, int n, float* __restrict values,
+               std::uint8_t* __restrict valid) {
+    const double a = conversion.law.a;
+    const double b = conversion.law.b;
+    const double c = conversion.law.c;
+    const double fa = conversion.wind_off_ratio;
+    const double unit = conversion.unit_factor;
+    const float lower = conversion.lower;
+    const float upper = conversion.upper;
+    for (int x = 0; x < n; ++x) {
+        const bool usable = (off_valid[x] != 0) & (on_valid[x] != 0) & (on[x] != 0);
+        const double r = off[x] / (usable ? on[x] : 1.0F) * fa;
+        const float field = static_cast<float>(((c * r + b) * r + a) * unit);
+        const bool good = usable & (field >= lower) & (field * 0 == 0);
+        values[x] = good ? (field > upper ? upper : field) : off[x];
+        valid[x] = good ? 255 : 0;
+    }
+}
+
+/// Bytes of the pixels at truncated positions; 0 outside.
+void valid_row(const cv::Mat& source, const float* map_x, const float* map_y, int n,
+               std::uint8_t* valid) {
+    for (int x = 0; x < n; ++x) {
+        const int column = static_cast<int>(map_x[x]);
+        const int row = static_cast<int>(map_y[x]);
+        const bool inside = static_cast<unsigned>(column) < static_cast<unsigned>(source.cols) &&
+                            static_cast<unsigned>(row) < static_cast<unsigned>(source.rows);
+        valid[x] = inside ? source.ptr<std::uint8_t>(row)[column] : 0;
+    }
+}
+
 }  // namespace
 
 PeerStages::PeerStages(Inputs& inputs)
@@ -69,25 +124,26 @@ PeerStages::PeerStages(Inputs& inputs)
     given_maps_ = alignment_maps();
 }
 
+PeerStages::Picture PeerStages::empty_picture() const {
+    const int n = scene_.size;
+    return {cv::Mat(n, n, CV_32F), cv::Mat(n, n, CV_8U)};
+}
+
 PeerStages::Picture PeerStages::corrected(const cv::Mat& raw) const {
-    Picture result;
-    cv::Mat condition;
-    cv::compare(raw, scene_.dark_level, result.valid, cv::CMP_GE);
-    cv::subtract(raw, dark_, result.values);
-    cv::compare(result.values, 0, condition, cv::CMP_GE);
-    cv::bitwise_and(result.valid, condition, result.valid);
-    cv::compare(flat_, 0, condition, cv::CMP_NE);
-    cv::bitwise_and(result.valid, condition, result.valid);
-    cv::divide(result.values, flat_, result.values);
+    Picture result = empty_picture();
+    for_each_row(scene_.size, [&](int y) {
+        corrected_row(raw.ptr<float>(y), dark_.ptr<float>(y), flat_.ptr<float>(y),
+                      scene_.dark_level, scene_.size, result.values.ptr<float>(y),
+                      result.valid.ptr(y));
+    });
     return result;
 }
 
 PeerStages::Maps PeerStages::distortion_maps() const {
     const int n = scene_.size;
     Maps maps{cv::Mat(n, n, CV_32F), cv::Mat(n, n, CV_32F)};
-    cv::parallel_for_(cv::Range(0, n), [&](const cv::Range& rows) {
-        for (int y = rows.start; y < rows.end; ++y)
-            distortion_row(scene_.lens, y, n, maps.x.ptr<float>(y), maps.y.ptr<float>(y));
+    for_each_row(n, [&](int y) {
+        distortion_row(scene_.lens, y, n, maps.x.ptr<float>(y), maps.y.ptr<float>(y));
     });
     return maps;
 }
@@ -95,19 +151,20 @@ PeerStages::Maps PeerStages::distortion_maps() const {
 PeerStages::Maps PeerStages::alignment_maps() const {
     const int n = scene_.size;
     Maps maps{cv::Mat(n, n, CV_32F), cv::Mat(n, n, CV_32F)};
-    cv::parallel_for_(cv::Range(0, n), [&](const cv::Range& rows) {
-        for (int y = rows.start; y < rows.end; ++y)
-            alignment_row(scene_.off_from_on, y, n, maps.x.ptr<float>(y), maps.y.ptr<float>(y));
+    for_each_row(n, [&](int y) {
+        alignment_row(scene_.off_from_on, y, n, maps.x.ptr<float>(y), maps.y.ptr<float>(y));
     });
     return maps;
 }
 
-PeerStages::Picture PeerStages::remapped(const Picture& source, const Maps& maps) {
-    Picture result;
+PeerStages::Picture PeerStages::remapped(const Picture& source, const Maps& maps) const {
+    Picture result = empty_picture();
     cv::remap(source.values, result.values, maps.x, maps.y, cv::INTER_CUBIC,
               cv::BORDER_REFLECT_101);
-    cv::remap(source.valid, result.valid, maps.x, maps.y, cv::INTER_NEAREST, cv::BORDER_CONSTANT,
-              0);
+    for_each_row(scene_.size, [&](int y) {
+        valid_row(source.valid, maps.x.ptr<float>(y), maps.y.ptr<float>(y), scene_.size,
+                  result.valid.ptr(y));
+    });
     return result;
 }
 
@@ -120,28 +177,20 @@ PeerStages::Picture PeerStages::aligned(const Picture& source) const {
 }
 
 PeerStages::Picture PeerStages::field_of(const Picture& off, const Picture& on) const {
-    const FieldConversion& field = scene_.conversion;
-    const double fa = field.wind_off_ratio;
-    Picture result;
-    cv::Mat condition;
-    cv::compare(on.values, 0, result.valid, cv::CMP_NE);
-    cv::bitwise_and(result.valid, off.valid, result.valid);
-    cv::bitwise_and(result.valid, on.valid, result.valid);
-    cv::Mat ratio;
-    cv::divide(off.values, on.values, ratio);
-    ratio.convertTo(result.values, CV_32F, field.law.c * fa * fa * field.unit_factor,
-                    field.law.b * fa * field.unit_factor);
-    cv::multiply(result.values, ratio, result.values);
-    cv::add(result.values, field.law.a * field.unit_factor, result.values);
-    cv::compare(result.values, field.lower, condition, cv::CMP_GE);
-    cv::bitwise_and(result.valid, condition, result.valid);
-    cv::min(result.values, field.upper, result.values);
+    Picture result = empty_picture();
+    for_each_row(scene_.size, [&](int y) {
+        field_row(off.values.ptr<float>(y), off.valid.ptr(y), on.values.ptr<float>(y),
+                  on.valid.ptr(y), scene_.conversion, scene_.size, result.values.ptr<float>(y),
+                  result.valid.ptr(y));
+    });
     return result;
 }
 
+/// Both pictures are seen through one lens: one map for both.
 PeerStages::Picture PeerStages::field_of_point() const {
-    const Picture off = undistorted(corrected(off_));
-    const Picture on = aligned(undistorted(corrected(on_)));
+    const Maps lens = distortion_maps();
+    const Picture off = remapped(corrected(off_), lens);
+    const Picture on = aligned(remapped(corrected(on_), lens));
     return field_of(off, on);
 }
 

@@ -9,7 +9,8 @@
 namespace vyn::bench {
 
 /// The same stages with OpenCV, as one would write them today: float matrices, 8-bit masks of valid
-/// pixels (255), cubic remap without prefilter.
+/// pixels (255), loops over rows in the library's threads for what is done pixel by pixel, cubic
+/// remap without prefilter.
 class PeerStages {
   public:
     /// `inputs` must outlive it: the matrices share its planes where they can.
@@ -28,10 +29,11 @@ class PeerStages {
         cv::Mat y;
     };
 
+    Picture empty_picture() const;
     Picture corrected(const cv::Mat& raw) const;
     Maps distortion_maps() const;
     Maps alignment_maps() const;
-    static Picture remapped(const Picture& source, const Maps& maps);
+    Picture remapped(const Picture& source, const Maps& maps) const;
     Picture undistorted(const Picture& source) const;
     Picture aligned(const Picture& source) const;
     Picture field_of(const Picture& off, const Picture& on) const;

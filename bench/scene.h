@@ -1,9 +1,9 @@
 #pragma once
 
 #include "align/poly_transform.h"
-#include "api/lens.h"
 #include "api/field_conversion.h"
 #include "api/image.h"
+#include "api/lens.h"
 
 namespace vyn::bench {
 

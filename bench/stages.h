@@ -50,7 +50,7 @@ struct Inputs {
 ///                made row by row as the program does
 /// undistort      prefilter, positions, values, mask and region of one image
 /// polywarp       the same through the alignment's polynomial
-/// field_fused    ratio in one pass, law and limits in a second one: the program keeps both images
+/// field_fused    ratio, law and limits in one pass that makes both images: the program keeps them
 /// medianK, boxK_masked, gaussK_masked, rangeK_masked
 ///                filters on windows of K x K pixels, K = 3, 5, 9 and 15
 /// detect         finding dots all over an image with one per 64 x 64 pixels
