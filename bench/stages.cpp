@@ -80,7 +80,7 @@ Bitmap<float> continued(const image& picture) {
 
 image field_of(const Scene& scene, const image& off, const image& on) {
     Progress progress;
-    return form_field(off, on, {}, scene.conversion, progress).field;
+    return convert_field(form_ratio(off, on, {}, progress), scene.conversion, progress);
 }
 
 image field_of_point(const Scene& scene) {
