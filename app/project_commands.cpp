@@ -18,6 +18,7 @@
 #include "process/point/unsaved_work.h"
 #include "process/project/ims.h"
 #include "process/project/new_point.h"
+#include "process/project/new_project.h"
 #include "process/project/project_tasks.h"
 
 namespace vyn {
@@ -74,6 +75,7 @@ bool ProjectCommands::create() {
     const QString file = ask_target(tr("New project"), {});
     if (file.isEmpty()) return false;
     auto settings = std::make_shared<simpleNamedDataSet>();
+    start_project(*settings);
     if (const auto type = dialog.type()) choose_experiment_type(*settings, *type);
     return create_from(std::move(settings), file);
 }

@@ -9,6 +9,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
+#include "process/project/new_project.h"
 
 namespace vyn::cli {
 
@@ -57,6 +58,7 @@ ExitStatus make_project(const NewOptions& options) {
     const fs::path file = fs::weakly_canonical(fs::absolute(options.project));
     simpleNamedDataSet data;
     write(data, keys::test_single, 1);
+    start_project(data);
     if (!options.paint.empty()) take_over_paint(data, options.paint);
     if (!options.camera.empty()) take_over_camera(data, options.camera, file.parent_path());
     apply_settings(data, options.settings);

@@ -57,4 +57,9 @@ for folder in "${folders[@]}"; do
     complain "$(grep -rnE '^\s*#\s*include\s*<(Q[A-Za-z]+|qwt)' --exclude-dir=ui "$folder" |
         sed 's/$/: a headless folder may not include Qt/')"
 done
+# The program's one session is for the window: what computes is handed one.
+complain "$(grep -rnE '\b(vyn_db|get_images|get_field_data)\(\)' --include='*.cpp' --include='*.h' \
+    markers calib align render process sample cli plugins view/*.cpp view/edit --exclude-dir=ui \
+    --exclude=session.cpp | sed 's/$/: only the window asks for the one session of the program/')"
+
 [ "$failures" -eq 0 ]

@@ -123,6 +123,10 @@ QGroupBox* QVynAlign::resampling_group() {
     rows->add_row(tr("Spline degree:"),
                   form().choice(keys::spline_degree.path,
                                 {{tr("2"), "2"}, {tr("3"), "3"}, {tr("4"), "4"}, {tr("5"), "5"}}));
+    rows->add_row(tr("Excluded pixels:"),
+                  form().choice(keys::spline_edges.path, {{tr("As stored"), "stored"},
+                                                          {tr("Continue the valid"), "extended"}}));
+    rows->add_wide(form().flag(keys::resample_once.path, tr("Sample the aligned picture once")));
     return group;
 }
 

@@ -16,3 +16,8 @@ vyn_tests(api
         thinning_test.cpp
     LINK vyn_core vyn_markers vyn_api)
 vyn_apart(api/pixel_ops_test.cpp)
+
+# The slow references that kernels are held against.
+set_source_files_properties(
+    ${CMAKE_CURRENT_LIST_DIR}/filters_test.cpp ${CMAKE_CURRENT_LIST_DIR}/fused_passes_test.cpp
+    PROPERTIES COMPILE_OPTIONS -O2 SKIP_PRECOMPILE_HEADERS ON)
