@@ -7,12 +7,65 @@ namespace vyn {
 
 namespace {
 
-template <class... Visitors>
-struct Overloaded : Visitors... {
-    using Visitors::operator()...;
-};
-template <class... Visitors>
-Overloaded(Visitors...) -> Overloaded<Visitors...>;
+using Field = std::shared_ptr<const DisplacementField>;
+
+// What each kind of part does: to a point, to rows in their place, backwards, and how it moves.
+
+Point through(const PolyTransform& map, Point p) {
+    return apply_poly(map, p);
+}
+Point through(const Field& field, Point p) {
+    const Point d = field->at(p);
+    return {p.x + d.x, p.y + d.y};
+}
+Point through(const Distortion& lens, Point p) {
+    return distorted_position(lens, p);
+}
+
+void rows_through(const PolyTransform& map, int n, double* x, double* y) {
+    apply_poly(map, n, x, y);
+}
+void rows_through(const Field& field, int n, double* x, double* y) {
+    field->displace(x, y, n);
+}
+void rows_through(const Distortion& lens, int n, double* x, double* y) {
+    distort_positions(lens, n, x, y);
+}
+
+Jacobian derivative_of(const PolyTransform& map, Point p) {
+    return poly_derivative(map, p);
+}
+Jacobian derivative_of(const Field& field, Point p) {
+    const auto [ux, uy, vx, vy] = field->gradient(p);
+    return {1 + ux, uy, vx, 1 + vy};
+}
+Jacobian derivative_of(const Distortion& lens, Point p) {
+    return distortion_derivative(lens, p);
+}
+
+Point back_through(const PolyTransform& map, Point seen) {
+    return inverse_mapped(map, seen);
+}
+/// By Newton's method; not a number when that does not end.
+Point back_through(const Field& field, Point seen) {
+    constexpr int most_steps = 30;
+    Point p = seen;
+    for (int i = 0; i < most_steps; ++i) {
+        const Point now = through(field, p);
+        const double ex = now.x - seen.x;
+        const double ey = now.y - seen.y;
+        const Jacobian j = derivative_of(field, p);
+        const double determinant = j.xx * j.yy - j.xy * j.yx;
+        const double step_x = (j.yy * ex - j.xy * ey) / determinant;
+        const double step_y = (j.xx * ey - j.yx * ex) / determinant;
+        p = {p.x - step_x, p.y - step_y};
+        if (step_x * step_x + step_y * step_y < 1e-18) return p;
+    }
+    return {NAN, NAN};
+}
+Point back_through(const Distortion& lens, Point seen) {
+    return ideal_position(lens, seen);
+}
 
 /// The derivative of `outer` after `inner`.
 Jacobian product(const Jacobian& outer, const Jacobian& inner) {
@@ -28,6 +81,11 @@ ImageMap& ImageMap::then(const PolyTransform& map) {
     return *this;
 }
 
+ImageMap& ImageMap::then(std::shared_ptr<const DisplacementField> field) {
+    parts_.emplace_back(std::move(field));
+    return *this;
+}
+
 ImageMap& ImageMap::then(const Distortion& lens) {
     if (!lens.none()) parts_.emplace_back(lens);
     return *this;
@@ -40,23 +98,13 @@ ImageMap& ImageMap::then(const ImageMap& map) {
 
 Point ImageMap::at(Point output) const {
     for (const Part& part : parts_)
-        output =
-            std::visit(Overloaded{
-                           [&](const PolyTransform& map) { return apply_poly(map, output); },
-                           [&](const Distortion& lens) { return distorted_position(lens, output); },
-                       },
-                       part);
+        output = std::visit([&](const auto& each) { return through(each, output); }, part);
     return output;
 }
 
 std::optional<Point> ImageMap::inverse(Point source) const {
     for (const Part& part : std::views::reverse(parts_))
-        source =
-            std::visit(Overloaded{
-                           [&](const PolyTransform& map) { return inverse_mapped(map, source); },
-                           [&](const Distortion& lens) { return ideal_position(lens, source); },
-                       },
-                       part);
+        source = std::visit([&](const auto& each) { return back_through(each, source); }, part);
     if (!std::isfinite(source.x) || !std::isfinite(source.y)) return std::nullopt;
     return source;
 }
@@ -64,19 +112,10 @@ std::optional<Point> ImageMap::inverse(Point source) const {
 Jacobian ImageMap::derivative(Point output) const {
     Jacobian whole;
     for (const Part& part : parts_) {
-        whole = std::visit(Overloaded{
-                               [&](const PolyTransform& map) {
-                                   const Jacobian local = poly_derivative(map, output);
-                                   output = apply_poly(map, output);
-                                   return product(local, whole);
-                               },
-                               [&](const Distortion& lens) {
-                                   const Jacobian local = distortion_derivative(lens, output);
-                                   output = distorted_position(lens, output);
-                                   return product(local, whole);
-                               },
-                           },
-                           part);
+        const Jacobian local =
+            std::visit([&](const auto& each) { return derivative_of(each, output); }, part);
+        whole = product(local, whole);
+        output = std::visit([&](const auto& each) { return through(each, output); }, part);
     }
     return whole;
 }
@@ -89,11 +128,7 @@ RowMap ImageMap::rows() const {
                                                               double* y_out) {
         start(x0, n, y, x, y_out);
         for (const Part& part : rest)
-            std::visit(Overloaded{
-                           [&](const PolyTransform& map) { apply_poly(map, n, x, y_out); },
-                           [&](const Distortion& lens) { distort_positions(lens, n, x, y_out); },
-                       },
-                       part);
+            std::visit([&](const auto& each) { rows_through(each, n, x, y_out); }, part);
     };
 }
 

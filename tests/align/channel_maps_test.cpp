@@ -85,8 +85,18 @@ TEST(ChannelMaps, CameraPositionsAreThoseOfTheStepsOneByOne) {
 }
 
 TEST(ImageMap, InverseAndDerivativeBelongToTheMap) {
+    Bitmap<double> u(104, 84, 0.0);
+    Bitmap<double> v(104, 84, 0.0);
+    for (int r = 0; r < u.height(); ++r)
+        for (int c = 0; c < u.width(); ++c) {
+            u(c, r) = 1.5 * std::sin(0.2 * c + 0.1 * r);
+            v(c, r) = std::cos(0.15 * c - 0.1 * r);
+        }
     ImageMap way;
-    way.then(affine(4, 5, 0.9, 0.02)).then(bent()).then(Distortion{310.5, 205.25, 2e-7, -1e-13});
+    way.then(affine(4, 5, 0.9, 0.02))
+        .then(std::make_shared<const DisplacementField>(8, u, v))
+        .then(bent())
+        .then(Distortion{310.5, 205.25, 2e-7, -1e-13});
     const double h = 1e-3;
     for (const Point& p : grid()) {
         const auto back = way.inverse(way.at(p));

@@ -1,6 +1,9 @@
 vyn_tests(align
     SOURCES
         channel_maps_test.cpp
+        correlation/correlation_alignment_test.cpp
+        correlation/textured_pair.cpp
+        displacement_field_test.cpp
         displacement_map_test.cpp
         dots/dot_scene.cpp
         dots/marker_centroid_test.cpp
@@ -11,3 +14,7 @@ vyn_tests(align
         poly_transform_test.cpp
     LINK vyn_align)
 add_dependencies(test_align vyn_plugin_imp)
+
+# Pictures rendered from thousands of dots.
+set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/correlation/textured_pair.cpp
+    PROPERTIES COMPILE_OPTIONS -O2 SKIP_PRECOMPILE_HEADERS ON)
