@@ -41,8 +41,8 @@ RecordOutcome write_camera(const std::string& path, const cameraFeatures& record
 std::filesystem::path find_flat_file(const cameraFeatures& record,
                                      const std::filesystem::path& project_folder);
 
-/// The record in a sub-tree ("project/sens_cam/") of the data set. Reading creates what is absent, but
-/// not in constant settings.
+/// The record in a sub-tree ("project/sens_cam/") of the data set. Reading creates what is absent,
+/// but not in constant settings.
 void read(dataSetInterface& data, const std::string& tree, cameraFeatures& record);
 void read(const dataSetInterface& data, const std::string& tree, cameraFeatures& record);
 void write(dataSetInterface& data, const std::string& tree, const cameraFeatures& record);

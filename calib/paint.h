@@ -46,8 +46,8 @@ RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& rec
 /// Writes version 2.5 when the file read last was one, else 2.51; atomically. Raises FileError.
 RecordOutcome write_paint_calibration(const std::string& path, const paintFeatures& record);
 
-/// The record in a sub-tree ("project/sens_paint/") of the data set. Reading creates what is absent, but
-/// not in constant settings.
+/// The record in a sub-tree ("project/sens_paint/") of the data set. Reading creates what is
+/// absent, but not in constant settings.
 void read(dataSetInterface& data, const std::string& tree, paintFeatures& record);
 void read(const dataSetInterface& data, const std::string& tree, paintFeatures& record);
 void write(dataSetInterface& data, const std::string& tree, const paintFeatures& record);

@@ -24,7 +24,7 @@ inline bool is_double_channel(const std::string& text) {
 /// Reads the field under a path of the key table with the table's default, which constant settings
 /// do not keep.
 template <class Data, class T>
-    requires std::is_base_of_v<dataSetInterface, std::remove_const_t<Data>>
+requires std::is_base_of_v<dataSetInterface, std::remove_const_t<Data>>
 void read_field(Data& data, const std::string& path, T& field) {
     if constexpr (std::is_same_v<T, bool>) {
         std::string text;

@@ -4,8 +4,8 @@
 #include <functional>
 
 #include "align/poly_transform.h"
-#include "api/lens.h"
 #include "api/image.h"
+#include "api/lens.h"
 #include "calib/camera.h"
 #include "core/progress.h"
 

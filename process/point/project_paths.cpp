@@ -27,7 +27,8 @@ fs::path locate(const fs::path& name, const fs::path& folder) {
     return name.is_absolute() && fs::exists(beside, ignored) ? beside : fs::path();
 }
 
-fs::path find_input(const dataSetInterface& data, const std::string& file_name, std::string_view key) {
+fs::path find_input(const dataSetInterface& data, const std::string& file_name,
+                    std::string_view key) {
     const fs::path named = file_name;
     const fs::path folder = project_folder(data);
     fs::path found = locate(named, folder);

@@ -16,8 +16,8 @@ namespace vyn {
 
 namespace {
 
-void write_with_provenance(const Session& session, const image& picture, const std::filesystem::path& file,
-                           TaskContext& context) {
+void write_with_provenance(const Session& session, const image& picture,
+                           const std::filesystem::path& file, TaskContext& context) {
     context.status("Writing " + file.string());
     ImageWriteOptions options;
     options.provenance = json_text(provenance(picture, session.images));
@@ -35,7 +35,8 @@ TaskOutcome SaveImageTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
-std::vector<std::filesystem::path> field_files(const dataSetInterface& data, const imagesList& images) {
+std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
+                                               const imagesList& images) {
     const auto field = images.find(image_names::field);
     if (!field) return {};
     const std::filesystem::path folder = output_folder(data);

@@ -26,7 +26,8 @@ class SaveImageTask final : public Task {
 
 /// The files that saving the field writes: its image, and its markers where it has any. None while
 /// there is no field.
-std::vector<std::filesystem::path> field_files(const dataSetInterface& data, const imagesList& images);
+std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
+                                               const imagesList& images);
 
 /// Writes the field image and its markers to the files that the project names for them, in the
 /// output folder. Shows "Field is not calculated!" and fails when there is none.

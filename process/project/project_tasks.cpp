@@ -58,7 +58,8 @@ void take_stored_inputs(const dataSetInterface& data, const fs::path& container,
 }
 
 /// The mesh that the project names, where that was asked for.
-std::optional<field_data<double>> read_geometry(const dataSetInterface& data, TaskContext& context) {
+std::optional<field_data<double>> read_geometry(const dataSetInterface& data,
+                                                TaskContext& context) {
     const std::string mesh = read(data, keys::mesh_file);
     if (mesh.empty()) {
         get_log().write(LogLevel::information, "Mesh is not defined!");

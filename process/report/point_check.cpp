@@ -211,8 +211,8 @@ MarkerSet ports_of_point(const dataSetInterface& data, const imagesList& images)
     }
 }
 
-PointCheck check_point(const RunReport& report, const dataSetInterface& data, const imagesList& images,
-                       const MarkerSet& ports) {
+PointCheck check_point(const RunReport& report, const dataSetInterface& data,
+                       const imagesList& images, const MarkerSet& ports) {
     const ExperimentType type = experiment_type(data);
     const auto field = images.find(names::field);
     flowFeatures flow;

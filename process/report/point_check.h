@@ -66,7 +66,7 @@ MarkerSet ports_of_point(const dataSetInterface& data, const imagesList& images)
 
 /// Looks at the results in the list. `ports` in pixels of the field, pressures in the unit of the
 /// test conditions; the field is averaged over 5 x 5 pixels around each.
-PointCheck check_point(const RunReport& report, const dataSetInterface& data, const imagesList& images,
-                       const MarkerSet& ports);
+PointCheck check_point(const RunReport& report, const dataSetInterface& data,
+                       const imagesList& images, const MarkerSet& ports);
 
 }  // namespace vyn

@@ -25,7 +25,8 @@ struct ImageState {
 /// so it belongs on a thread that may wait.
 class ImageStates {
   public:
-    ImageStates(const dataSetInterface& data, const imagesList& images) : data_(data), images_(images) {}
+    ImageStates(const dataSetInterface& data, const imagesList& images)
+        : data_(data), images_(images) {}
 
     /// Of an input (camera picture, dark image, flat field) or a result. A file that is not there
     /// counts as unchanged.

@@ -32,9 +32,7 @@ class Page : public ProjectTest {
                                                 .settings = {}}));
     }
 
-    TaskOutcome step(PageStep wanted) {
-        return run(*page_job(wanted, program_session(), report));
-    }
+    TaskOutcome step(PageStep wanted) { return run(*page_job(wanted, program_session(), report)); }
     ImageState state_of(const std::string& name) {
         return ImageStates(vyn_db(), get_images()).of(name);
     }

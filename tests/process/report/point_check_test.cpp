@@ -144,7 +144,8 @@ TEST_F(PointCheckTest, AFieldStaysWhatItWasComputedAs) {
     EXPECT_EQ(later.ports.rms, rms);
 
     for (const char* name : {"field.imp", "field.tif"}) {
-        ASSERT_EQ(run(SaveImageTask(program_session(), image_names::field, folder / name)), TaskOutcome::done);
+        ASSERT_EQ(run(SaveImageTask(program_session(), image_names::field, folder / name)),
+                  TaskOutcome::done);
         const image alone = read_image(folder / name);
         EXPECT_EQ(field_label(alone).text(), "Cp");
         const nlohmann::json told = provenance(alone, {});
