@@ -1,4 +1,4 @@
-vyn_tests(api
+vyn_tests(api OPTIMISED
     SOURCES
         attributes_test.cpp
         bitmap_test.cpp
