@@ -328,13 +328,13 @@ TEST(CorrelationAlignment, TellsItsProgressAndStops) {
     class Watch final : public Progress {
       public:
         void fraction(double done) override {
-            falls_ += done < last_ - 1e-9;
-            last_ = done;
+            double seen = last_;
+            while (done > seen && !last_.compare_exchange_weak(seen, done)) {
+            }
         }
         bool aborted() const override { return last_ > stop_at; }
         double stop_at = 2;
-        int falls_ = 0;
-        double last_ = 0;
+        std::atomic<double> last_ = 0;
     };
     const TexturedPair pair = make_textured_pair(scene_of(128, bending));
     Watch watch;
