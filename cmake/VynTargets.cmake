@@ -7,8 +7,8 @@ if(VYN_WERROR)
     target_compile_options(vyn_flags INTERFACE -Werror)
 endif()
 if(CMAKE_UNITY_BUILD)
-    # A local name "shadows" one of another file then; the other presets look for what is shadowed.
-    target_compile_options(vyn_flags INTERFACE -Wno-shadow)
+    # True only of sources that are one; the other presets look for what is.
+    target_compile_options(vyn_flags INTERFACE -Wno-shadow -Wno-subobject-linkage)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # g++ 12 sees overlapping copies in `"text" + std::string` where there are none (GCC bug 105651).
@@ -43,16 +43,34 @@ function(vyn_use_precompiled target headers)
     target_precompile_headers(${target} REUSE_FROM ${headers})
 endfunction()
 
-# vyn_apart(FILE ...): sources of this folder that share a name of their unnamed namespace with another
-# one. The presets that compile many sources as one (CMAKE_UNITY_BUILD) compile these by themselves.
-function(vyn_apart)
-    set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+# In the presets that compile many sources as one (CMAKE_UNITY_BUILD): groups a target's sources so that
+# no two of a group share a name of their unnamed namespaces. Looks again when one of them changes.
+function(vyn_unite target)
+    if(NOT CMAKE_UNITY_BUILD)
+        return()
+    endif()
+    get_target_property(sources ${target} SOURCES)
+    list(FILTER sources INCLUDE REGEX "\\.cpp$")
+    execute_process(
+        COMMAND awk -v most=16 -f ${CMAKE_SOURCE_DIR}/cmake/unity_groups.awk ${sources}
+        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
+        OUTPUT_VARIABLE groups COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "[^\n]+" groups "${groups}")
+    foreach(line IN LISTS groups)
+        string(REPLACE " " ";" line ${line})
+        list(GET line 0 source)
+        list(GET line 1 group)
+        set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+    endforeach()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${sources})
 endfunction()
 
 # vyn_library(NAME STATIC|SHARED SOURCES ... LINK ... [PRIVATE_LINK ...])
 function(vyn_library name kind)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
     add_library(${name} ${kind} ${ARG_SOURCES})
+    vyn_unite(${name})
     target_link_libraries(${name}
         PUBLIC $<BUILD_INTERFACE:vyn_flags> ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
     if(kind STREQUAL "SHARED")
@@ -127,6 +145,7 @@ add_dependencies(programs plugins)
 function(vyn_plugin name suffix)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
     vynlite_add_plugin(vyn_plugin_${name} ${suffix} ${ARG_SOURCES})
+    vyn_unite(vyn_plugin_${name})
     target_link_libraries(vyn_plugin_${name} PRIVATE vyn_flags ${ARG_LINK})
     add_dependencies(plugins vyn_plugin_${name})
     set_target_properties(vyn_plugin_${name} PROPERTIES

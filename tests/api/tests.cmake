@@ -15,7 +15,6 @@ vyn_tests(api OPTIMISED
         spline_test.cpp
         thinning_test.cpp
     LINK vyn_core vyn_markers vyn_api)
-vyn_apart(api/pixel_ops_test.cpp)
 
 # The slow references that kernels are held against.
 set_source_files_properties(

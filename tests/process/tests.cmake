@@ -11,5 +11,4 @@ vyn_tests(process
         steps/law_conditions_test.cpp
         steps/step_table_test.cpp
     LINK vyn_process vyn_sample)
-vyn_apart(process/steps/channels_test.cpp)
 add_dependencies(test_process vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)

@@ -6,4 +6,3 @@ vyn_tests(render
         palette_test.cpp
         render_test.cpp
     LINK vyn_render PNG::PNG)
-vyn_apart(render/limits_test.cpp render/render_test.cpp)
