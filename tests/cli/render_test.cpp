@@ -69,14 +69,15 @@ TEST_F(Render, DrawsTheField) {
     for (int y = 0; y < 64; ++y)
         for (int x = 0; x < 80; ++x) {
             const bool background = field.mask()(x, y) != 0;
+            const std::array<int, 3> pixel = picture.at(2 * x + 1, 2 * y);
+            if (background) {
+                EXPECT_GT(pixel[2], pixel[0]);
+                continue;
+            }
             // 170 greys between the limits; the background is blueish.
             const int grey = static_cast<int>((field.values()(x, y) - 70000) / 30000 * 169) * 255;
-            const std::array<int, 3> pixel = picture.at(2 * x + 1, 2 * y);
-            if (background)
-                EXPECT_GT(pixel[2], pixel[0]);
-            else
-                EXPECT_NEAR(pixel[0], grey / 169.0, 1) << x << " " << y;
-            shown += !background;
+            EXPECT_NEAR(pixel[0], grey / 169.0, 1) << x << " " << y;
+            ++shown;
         }
     EXPECT_GT(shown, 1000);
     EXPECT_THAT(get_file(folder / "out.png"), HasSubstr("truth.tif"));
