@@ -64,6 +64,11 @@ inline constexpr const char* wind_on_sens_aligned = "wind_on_sens_aligned";
 inline constexpr const char* wind_off_refe_cor = "wind_off_refe_cor";
 inline constexpr const char* wind_on_refe_cor = "wind_on_refe_cor";
 inline constexpr const char* wind_on_refe_aligned = "wind_on_refe_aligned";
+/// Where the wind-on picture shows the places of the wind-off picture, pixels.
+inline constexpr const char* displacement = "displacement";
+inline constexpr const char* displacement_sigma = "displacement_sigma";
+/// What of it the markers' mapping does not explain.
+inline constexpr const char* displacement_left = "displacement_left";
 inline constexpr const char* ratio = "Iref";
 inline constexpr const char* field = "field_P";
 /// What the program computes: not loaded from files, removed when what it came from changes.
@@ -73,6 +78,9 @@ inline constexpr std::array results{wind_off_sens_cor,
                                     wind_on_refe_cor,
                                     wind_on_sens_aligned,
                                     wind_on_refe_aligned,
+                                    displacement,
+                                    displacement_sigma,
+                                    displacement_left,
                                     ratio,
                                     field};
 }  // namespace image_names

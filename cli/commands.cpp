@@ -2,14 +2,16 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 10>& commands() {
-    static constexpr std::array<Command, 10> table{{
+const std::array<Command, 11>& commands() {
+    static constexpr std::array<Command, 11> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
         {"get", "print settings of a project, or the table of all settings", prepare_get},
         {"calibrate", "fit the paint's law to pressure ports on the model", prepare_calibrate},
         {"convert", "convert an image into another format", prepare_convert},
+        {"align", "align a wind-on image to a wind-off image by markers, paint texture or both",
+         prepare_align},
         {"filter", "smooth an image, fill its excluded pixels", prepare_filter},
         {"markers", "convert a marker file into another format; find, refine and pair markers",
          prepare_markers},

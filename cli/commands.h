@@ -42,13 +42,14 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 10>& commands();
+const std::array<Command, 11>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
 Work prepare_get(CLI::App& app, const GlobalOptions& global);
 Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
+Work prepare_align(CLI::App& app, const GlobalOptions& global);
 Work prepare_filter(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_render(CLI::App& app, const GlobalOptions& global);

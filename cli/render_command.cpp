@@ -32,6 +32,7 @@ struct RenderOptions {
     std::string title;
     std::string markers;
     bool image_markers = false;
+    bool vectors = false;
     bool force = false;
 };
 
@@ -89,6 +90,9 @@ ExitStatus render_file(const RenderOptions& options) {
     else if (options.image_markers && picture.markers.markers.empty())
         throw UsageError("--image-markers: " + options.source + " carries no markers");
     drawing.markers = options.image_markers || !options.markers.empty();
+    if (options.vectors && !picture.displacement)
+        throw UsageError("--vectors: " + options.source + " carries no displacement");
+    drawing.vectors = options.vectors;
     drawing.limits = chosen_limits(options, picture, progress);
     drawing.scale = options.scale;
     drawing.colour_bar = options.colour_bar;
@@ -124,6 +128,8 @@ Work prepare_render(CLI::App& app, const GlobalOptions&) {
     app.add_option("--markers", options->markers, "draw the markers of this file, with numbers");
     app.add_flag("--image-markers", options->image_markers,
                  "draw the markers that the image itself carries, as field files do");
+    app.add_flag("--vectors", options->vectors,
+                 "draw the displacement that the image carries as arrows");
     app.add_flag("--force", options->force, "replace an existing file");
     return [options] { return render_file(*options); };
 }

@@ -83,6 +83,11 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
     app.add_option("--order", point.order, "order of the model's motion, 0 to 3")
         ->check(CLI::Range(0, 3))
         ->capture_default_str();
+    app.add_option("--bend", point.bending,
+                   "pixels by which a model with textured paint bends between its markers, beside "
+                   "that motion; 1.5 when no number is given")
+        ->expected(0, 1)
+        ->default_str("1.5");
     app.add_option("--a2", point.a2,
                    "radial distortion, 1/px^2; about 3 px in the corners by default");
     app.add_option("--a4", point.a4, "radial distortion, 1/px^4")->capture_default_str();

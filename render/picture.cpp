@@ -5,8 +5,10 @@
 
 #include "core/errors.h"
 #include "core/numbers.h"
+#include "render/arrow.h"
 #include "render/canvas.h"
 #include "render/colour_map.h"
+#include "render/fashion.h"
 #include "render/render.h"
 #include "render/ticks.h"
 
@@ -161,6 +163,29 @@ void draw_colour_bar(const PictureOptions& options, const Layout& layout, Canvas
                 black, Canvas::Align::centre, Canvas::Direction::up);
 }
 
+void draw_vectors(const image& picture, const PictureOptions& options, const Layout& layout,
+                  Canvas& canvas) {
+    if (!picture.displacement) return;
+    const Displacement& nodes = *picture.displacement;
+    const VectorStyle style = suggested_vectors(nodes);
+    std::vector<Stroke> arrows;
+    for (int r = 0; r < nodes.u.height(); r += style.v_skip)
+        for (int c = 0; c < nodes.u.width(); c += style.u_skip) {
+            const int x = c * nodes.step;
+            const int y = r * nodes.step;
+            if (!picture.mask().contains(x, y) || picture.mask()(x, y) != 0) continue;
+            const double scale = options.scale * style.scale;
+            const std::vector<Stroke> strokes =
+                arrow({layout.field_x - 0.5 + (x + 0.5) * options.scale,
+                       layout.field_y - 0.5 + (y + 0.5) * options.scale},
+                      {double(nodes.u(c, r)) * scale, double(nodes.v(c, r)) * scale});
+            arrows.insert(arrows.end(), strokes.begin(), strokes.end());
+        }
+    const double pen = std::max(0.08 * letter_height(layout.field_width, layout.field_height), 1.0);
+    canvas.stroke(arrows, 2.5 * pen, {white, white, white});
+    canvas.stroke(arrows, pen, black);
+}
+
 void draw_markers(const image& picture, const PictureOptions& options, const Layout& layout,
                   Canvas& canvas) {
     const double h = 0.8 * letter_height(layout.field_width, layout.field_height);
@@ -197,6 +222,7 @@ RgbPicture draw_picture(const image& picture, const PictureOptions& options) {
     draw_field(picture, options, layout, out);
 
     Canvas canvas(out);
+    if (options.vectors) draw_vectors(picture, options, layout, canvas);
     if (options.markers) draw_markers(picture, options, layout, canvas);
     if (layout.letters > 0)
         canvas.frame(layout.field_x, layout.field_y, layout.field_width, layout.field_height,

@@ -22,6 +22,7 @@ struct PictureOptions {
     bool colour_bar = false;  ///< with ticks, beside the field
     std::string label;        ///< of the colour bar: quantity and unit
     std::string title;        ///< above the field; printable ASCII, other characters become '?'
+    bool vectors = false;     ///< arrows of the image's displacement, where it is valid
     bool markers = false;     ///< rings round the image's markers, with their numbers
 };
 

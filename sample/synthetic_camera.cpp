@@ -125,8 +125,8 @@ SyntheticCamera reference_camera(const SyntheticOptions& options) {
 }
 
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
-                   const PolyTransform& motion, const SyntheticLight& light,
-                   SyntheticPictures& pictures, Progress& progress) {
+                   const ImageMap& motion, const SyntheticLight& light, SyntheticPictures& pictures,
+                   Progress& progress) {
     const auto empty_plane = [&camera](image& picture, const char* name,
                                        Quantity::Kind kind =
                                            Quantity::Kind::raw_counts) -> Bitmap<float>& {
@@ -150,7 +150,7 @@ void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& option
                 const double on_dark = camera.wind_on_dark(y);
                 const Point ideal = ideal_position(camera.lens, {double(x), double(y)});
                 const Point place = inverse_mapped(camera.ideal_from_laboratory, ideal);
-                const Point on_model = inverse_mapped(motion, place);
+                const Point on_model = motion.inverse(place).value();
                 const double off_light = light.wind_off(place) * flat;
                 const double on_light = light.wind_on(place, on_model) * flat;
                 flat_plane(x, y) = static_cast<float>(flat);

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "align/poly_transform.h"
+#include "align/image_map.h"
 #include "api/image.h"
 #include "api/lens.h"
 #include "calib/camera.h"
@@ -58,7 +58,7 @@ struct SyntheticLight {
 /// Evaluates every pixel of the camera's pictures; `motion` is the model's, places with wind from
 /// places without.
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
-                   const PolyTransform& motion, const SyntheticLight& light,
-                   SyntheticPictures& pictures, Progress& progress);
+                   const ImageMap& motion, const SyntheticLight& light, SyntheticPictures& pictures,
+                   Progress& progress);
 
 }  // namespace vyn

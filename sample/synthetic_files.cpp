@@ -87,6 +87,7 @@ std::string provenance_of(const SyntheticPoint& point) {
           {"height", options.height},
           {"seed", options.seed},
           {"order", options.order},
+          {"bending", options.bending},
           {"a2", point.lens.a2},
           {"a4", point.lens.a4},
           {"field", field_name(options.quantity)},
@@ -131,6 +132,10 @@ void put_project(const fs::path& file, const SyntheticPoint& point) {
                    off_reference, on_reference);
     write(data, keys::markers_enable, 1);
     write(data, keys::markers_order, point.options.order);
+    if (point.options.bending != 0) {
+        write(data, keys::qped_enable, 1);
+        write(data, keys::qped_iter, 3);
+    }
     write(data, keys::convert_field, std::string(field_name(point.options.quantity)));
     write(data, std::string(keys::sens_paint), point.paint);
     write(data, std::string(keys::flow), point.flow);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
+#include <numbers>
 
 namespace vyn {
 
@@ -71,6 +73,30 @@ PolyTransform synthetic_motion(int order, int width, int height) {
         add_centred_term(map.ay, terms[i], displacements[i].y, centre, scale);
     }
     return map;
+}
+
+DisplacementField synthetic_bending(double most, int width, int height) {
+    constexpr int step = 8;
+    constexpr int ring = DisplacementField::ring;
+    Bitmap<double> u((width - 1) / step + 1 + 2 * ring, (height - 1) / step + 1 + 2 * ring);
+    Bitmap<double> v(u.width(), u.height());
+    for (int r = 0; r < u.height(); ++r)
+        for (int c = 0; c < u.width(); ++c) {
+            const double x = 4 * std::numbers::pi * step * (c - ring) / width;
+            const double y = 4 * std::numbers::pi * step * (r - ring) / height;
+            u(c, r) = 0.4 * most * std::sin(0.8 * x + 0.4) * std::cos(0.6 * y);
+            v(c, r) = most * std::sin(y + 0.5 * x + 0.7);
+        }
+    return {step, u, v};
+}
+
+ImageMap synthetic_motion(int order, double bending, int width, int height) {
+    ImageMap motion;
+    if (bending != 0)
+        motion.then(
+            std::make_shared<const DisplacementField>(synthetic_bending(bending, width, height)));
+    motion.then(synthetic_motion(order, width, height));
+    return motion;
 }
 
 }  // namespace vyn

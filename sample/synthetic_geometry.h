@@ -1,6 +1,6 @@
 #pragma once
 
-#include "align/poly_transform.h"
+#include "align/image_map.h"
 
 namespace vyn {
 
@@ -8,5 +8,12 @@ namespace vyn {
 /// positions of order 0 to 3 in which every term of the order takes part; a few pixels of shift,
 /// 1e-3 of rotation and stretch, bending of 1 to 2 px at the edges of a picture of this size.
 PolyTransform synthetic_motion(int order, int width, int height);
+
+/// How the model bends besides: waves of up to `most` pixels, half of the picture long, which no
+/// polynomial of these orders follows.
+DisplacementField synthetic_bending(double most, int width, int height);
+
+/// The whole motion, wind-off position to wind-on position.
+ImageMap synthetic_motion(int order, double bending, int width, int height);
 
 }  // namespace vyn

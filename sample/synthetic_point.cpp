@@ -18,6 +18,7 @@ namespace {
 constexpr int smallest_side = 64;
 constexpr int largest_side = 16384;
 constexpr double strongest_distortion = 0.2;
+constexpr double most_bending = 4;  // pixels
 constexpr int first_port_number = 101;
 constexpr int row_block = 8;
 
@@ -94,8 +95,8 @@ Marker marker_at(Point p, std::int32_t number) {
 }
 
 /// The dots as a camera sees them.
-void place_dots(const SyntheticScene& scene, const PolyTransform& motion,
-                const SyntheticCamera& camera, SyntheticPictures& pictures) {
+void place_dots(const SyntheticScene& scene, const ImageMap& motion, const SyntheticCamera& camera,
+                SyntheticPictures& pictures) {
     std::int32_t number = 0;
     for (MarkerSet* set : {&pictures.wind_off_markers, &pictures.wind_on_markers})
         set->hasX = set->hasY = true;
@@ -105,8 +106,7 @@ void place_dots(const SyntheticScene& scene, const PolyTransform& motion,
     for (const Point& dot : scene.dots()) {
         ++number;
         pictures.wind_off_markers.markers.push_back(marker_at(seen(dot), number));
-        pictures.wind_on_markers.markers.push_back(
-            marker_at(seen(apply_poly(motion, dot)), number));
+        pictures.wind_on_markers.markers.push_back(marker_at(seen(motion.at(dot)), number));
     }
 }
 
@@ -144,6 +144,9 @@ std::string problem_of(const SyntheticOptions& options) {
                std::to_string(smallest_side) + " to " + std::to_string(largest_side);
     if (options.order < 0 || options.order > 3)
         return "the motion's order " + std::to_string(options.order) + " is not 0 to 3";
+    if (!(options.bending >= 0 && options.bending <= most_bending))
+        return "a bending of " + format_double(options.bending) + " pixels: 0 to " +
+               format_double(most_bending) + " are possible";
     const Distortion lens = signal_camera(options).lens;
     const double half_diagonal = 0.5 * std::hypot(options.width, options.height);
     const double r2 = half_diagonal * half_diagonal;
@@ -165,12 +168,15 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     point.options = options;
     const SyntheticCamera camera = signal_camera(options);
     point.lens = camera.lens;
-    point.wind_on_from_wind_off = synthetic_motion(options.order, options.width, options.height);
+    point.wind_on_from_wind_off =
+        synthetic_motion(options.order, options.bending, options.width, options.height);
     point.dark_level = 2400;
     point.camera = camera.record();
     point.paint = synthetic_paint();
     point.flow = synthetic_flow();
-    const SyntheticScene scene(options.width, options.height, options.seed);
+    const SyntheticScene scene(
+        options.width, options.height, options.seed,
+        options.bending == 0 ? SyntheticScene::Surface::plain : SyntheticScene::Surface::speckled);
     const PaintResponse response(point.paint, point.flow);
     const SyntheticLights lights = lights_of(options, scene, response);
     const bool two = options.channels != SyntheticOptions::Channels::single;
@@ -178,7 +184,7 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     SubProgress reference(progress, 0.45, 0.9);
     SubProgress truth(progress, 0.9, 1);
 
-    const PolyTransform& motion = point.wind_on_from_wind_off;
+    const ImageMap& motion = point.wind_on_from_wind_off;
     place_dots(scene, motion, camera, point);
     take_pictures(camera, options, motion, lights.signal, point, signal);
     if (two) {
@@ -198,7 +204,7 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     if (options.channels == SyntheticOptions::Channels::binary)
         point.single_channel = field_of(options, scene, "single_channel", truth, [&](Point place) {
             const double ratio = response.ratio(scene.pressure(place)) *
-                                 lamp_factor(options, place, apply_poly(motion, place));
+                                 lamp_factor(options, place, motion.at(place));
             return quantity(response.pressure(ratio), ratio);
         });
     return point;

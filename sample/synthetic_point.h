@@ -24,6 +24,9 @@ struct SyntheticOptions {
     int height = 480;        ///< 64 to 16384 pixels
     std::uint64_t seed = 1;  ///< of texture, marker places and noise
     int order = 2;           ///< of the model's motion, 0 to 3
+    /// Pixels, 0 to 4, by which the model bends between its dots, beside that motion. Not 0: the
+    /// paint has a fine texture, and there are fewer dots.
+    double bending = 0;
     /// Radial distortion (see Distortion). Without a2: about 3 px in the corners.
     std::optional<double> a2 = std::nullopt;
     double a4 = 0;
@@ -61,8 +64,8 @@ struct SyntheticPoint : SyntheticPictures {
 
     SyntheticOptions options;
     Distortion lens;
-    PolyTransform wind_on_from_wind_off;  ///< the model's motion, ideal positions
-    double dark_level = 0;                ///< counts; between the ground and the model
+    ImageMap wind_on_from_wind_off;  ///< the model's motion, ideal positions
+    double dark_level = 0;           ///< counts; between the ground and the model
 
     cameraFeatures camera;
     paintFeatures paint;

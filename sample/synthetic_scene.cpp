@@ -23,8 +23,20 @@ constexpr double dot_depth = 0.75;
 constexpr std::uint64_t texture_stream = 1;
 constexpr std::uint64_t dot_stream = 2;
 
-constexpr int dot_columns = 6;
-constexpr int dot_rows = 5;
+constexpr std::uint64_t speckle_stream = 3;
+
+constexpr double speckle_strength = 0.15;  // standard deviation, relative
+constexpr double speckle_size = 1.8;       // of its Gaussian grains, standard deviation in pixels
+constexpr int grain_distance = 2;          // pixels
+
+/// Dots of a surface, along chord and span.
+struct DotLattice {
+    int columns;
+    int rows;
+};
+constexpr DotLattice dots_of(SyntheticScene::Surface surface) {
+    return surface == SyntheticScene::Surface::plain ? DotLattice{6, 5} : DotLattice{4, 3};
+}
 constexpr double lattice_chord = 0.75;
 constexpr double lattice_span = 0.72;
 constexpr double jitter = 0.02;
@@ -56,11 +68,13 @@ double hashed_normal(std::uint64_t seed, std::uint64_t stream, std::uint64_t ind
     return radius * std::cos(angle);
 }
 
-SyntheticScene::SyntheticScene(int width, int height, std::uint64_t seed)
+SyntheticScene::SyntheticScene(int width, int height, std::uint64_t seed, Surface surface)
     : centre_{0.5 * (width - 1), 0.5 * (height - 1)},
       half_chord_(0.38 * width),
       half_span_(0.36 * height),
-      compression_width_(std::max(0.05, 9 / (2 * half_chord_))) {
+      compression_width_(std::max(0.05, 9 / (2 * half_chord_))),
+      seed_(seed),
+      surface_(surface) {
     for (std::size_t i = 0; i < texture_.size(); ++i) {
         const auto random = [&](std::uint64_t k) {
             return hashed_uniform(seed, texture_stream, 3 * i + k);
@@ -71,6 +85,7 @@ SyntheticScene::SyntheticScene(int width, int height, std::uint64_t seed)
         texture_[i] = {wave_number * std::cos(direction), wave_number * std::sin(direction),
                        2 * std::numbers::pi * random(2)};
     }
+    const auto [dot_columns, dot_rows] = dots_of(surface);
     for (int row = 0; row < dot_rows; ++row)
         for (int column = 0; column < dot_columns; ++column) {
             const std::uint64_t k = 2 * dots_.size();
@@ -79,10 +94,12 @@ SyntheticScene::SyntheticScene(int width, int height, std::uint64_t seed)
             dots_.push_back(from_wing({lattice(column, dot_columns, lattice_chord) + du,
                                        lattice(row, dot_rows, lattice_span) + dv}));
         }
-    for (int row = 0; row + 1 < dot_rows; ++row)
-        for (int column = 0; column + 1 < dot_columns; ++column)
-            ports_.push_back(from_wing({lattice(column + 0.5, dot_columns, lattice_chord),
-                                        lattice(row + 0.5, dot_rows, lattice_span)}));
+    // Between the dots of a plain surface.
+    const auto [port_columns, port_rows] = dots_of(Surface::plain);
+    for (int row = 0; row + 1 < port_rows; ++row)
+        for (int column = 0; column + 1 < port_columns; ++column)
+            ports_.push_back(from_wing({lattice(column + 0.5, port_columns, lattice_chord),
+                                        lattice(row + 0.5, port_rows, lattice_span)}));
 }
 
 SyntheticScene::Wing SyntheticScene::wing(Point p) const {
@@ -111,7 +128,27 @@ double SyntheticScene::paint(Point p) const {
     for (const Wave& wave : texture_)
         texture += std::sin(wave.kx * p.x + wave.ky * p.y + wave.phase);
     const double light = 1 + 0.15 * u - 0.08 * v - 0.06 * (u * u + v * v);
-    return paint_counts * light * (1 + texture_amplitude * texture) * dot_factor(p);
+    const double even = paint_counts * light * (1 + texture_amplitude * texture) * dot_factor(p);
+    return surface_ == Surface::plain ? even : even * (1 + speckle(p));
+}
+
+/// Gaussian grains of random heights on a lattice.
+double SyntheticScene::speckle(Point p) const {
+    constexpr int reach = 3;  // lattice distances; there a grain is below 1e-4
+    // Of a sum of such grains of unit variance.
+    const double deviation = std::sqrt(std::numbers::pi) * speckle_size / grain_distance;
+    const auto column = static_cast<std::int64_t>(std::round(p.x / grain_distance));
+    const auto row = static_cast<std::int64_t>(std::round(p.y / grain_distance));
+    double sum = 0;
+    for (std::int64_t r = row - reach; r <= row + reach; ++r)
+        for (std::int64_t c = column - reach; c <= column + reach; ++c) {
+            const double dx = p.x - static_cast<double>(c * grain_distance);
+            const double dy = p.y - static_cast<double>(r * grain_distance);
+            const auto index = static_cast<std::uint64_t>((r << 32) + c);
+            sum += hashed_normal(seed_, speckle_stream, index) *
+                   std::exp(-(dx * dx + dy * dy) / (2 * square(speckle_size)));
+        }
+    return speckle_strength / deviation * sum;
 }
 
 double SyntheticScene::dot_factor(Point p) const {

@@ -19,6 +19,9 @@ double hashed_normal(std::uint64_t seed, std::uint64_t stream, std::uint64_t ind
 /// defined everywhere.
 class SyntheticScene {
   public:
+    /// `speckled`: a fine texture of 15 % of the light everywhere, and 12 dots instead of 30.
+    enum class Surface { plain, speckled };
+
     /// Radius of a registration dot, and distance from its centre at which its trace is below 1e-9.
     static constexpr double dot_radius = 3.0;
     static constexpr double dot_reach = 2.2 * dot_radius;
@@ -28,7 +31,7 @@ class SyntheticScene {
     static constexpr double dynamic_pressure = 25000;
 
     /// The picture's size in pixels. The seed chooses texture and the places of dots and ports.
-    SyntheticScene(int width, int height, std::uint64_t seed);
+    SyntheticScene(int width, int height, std::uint64_t seed, Surface surface = Surface::plain);
 
     /// Distance to the model's outline in pixels (first order near it), positive inside.
     double inside(Point p) const;
@@ -57,6 +60,7 @@ class SyntheticScene {
     Wing wing(Point p) const;
     Point from_wing(Wing w) const;
     double paint(Point p) const;
+    double speckle(Point p) const;
     double dot_factor(Point p) const;
     double before_ground(Point p, double paint_light, double ground) const;
 
@@ -64,6 +68,8 @@ class SyntheticScene {
     double half_chord_;
     double half_span_;
     double compression_width_;  ///< in units of the chord
+    std::uint64_t seed_;
+    Surface surface_;
     std::array<Wave, 6> texture_{};
     std::vector<Point> dots_;
     std::vector<Point> ports_;

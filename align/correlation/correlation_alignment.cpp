@@ -23,6 +23,7 @@ constexpr int global_side = 128;  ///< long side of the copies that the global p
 constexpr int smallest_side = 16;
 constexpr double least_continuation_width = 2;  ///< nodes
 constexpr double search_share = 0.2;            ///< of the progress
+constexpr double passes_from = 0.25;            ///< likewise
 constexpr double first_low_pass = 1;            ///< pixels, until the pictures are aligned
 
 [[noreturn]] void refuse(const std::string& why) {
@@ -318,10 +319,11 @@ CorrelationResult align_by_correlation(const image& off, const image& on,
         return search_field(pyramids.levels, options.step, options.cell, base, kind, searching);
     }();
 
-    Refinement refinement(off_plane, on_plane, grid, std::move(found), kind, progress);
+    SubProgress preparing(progress, search_share, passes_from);
+    Refinement refinement(off_plane, on_plane, grid, std::move(found), kind, preparing);
     for (int i = 0; i < options.iterations; ++i) {
-        const double share = (1 - search_share) / options.iterations;
-        SubProgress pass(progress, search_share + i * share, search_share + (i + 1) * share);
+        const double share = (1 - passes_from) / options.iterations;
+        SubProgress pass(progress, passes_from + i * share, passes_from + (i + 1) * share);
         refinement.pass(pass);
         if (!refinement.has_enough()) break;
     }

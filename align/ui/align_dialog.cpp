@@ -67,14 +67,16 @@ QGroupBox* QVynAlign::marker_group() {
 QGroupBox* QVynAlign::correlation_group() {
     QGroupBox* group = form().group(keys::qped_enable.path, tr("&QPED alignment options."));
     auto* rows = new FormGrid(group);
-    auto* note = new QLabel(tr("Not computed yet: Calculate All leaves it out, with a warning."));
+    auto* note = new QLabel(
+        tr("Detail that can be followed: about 4 steps. Smallest useful texture: 3 cells in "
+           "a row."));
     note->setObjectName(QStringLiteral("qped_note"));
     note->setWordWrap(true);
-    rows->add_wide(note);
     rows->add_wide(form().flag(keys::qped_global.path, tr("Global pass")));
     rows->add_row(tr("&Iterations:"), form().number(keys::qped_iter.path));
     rows->add_row(tr("&Step:"), form().number(keys::qped_step.path), tr("px"));
     rows->add_row(tr("C&ell size:"), form().number(keys::qped_cell.path), tr("px"));
+    rows->add_wide(note);
     return group;
 }
 

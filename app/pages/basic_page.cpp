@@ -126,6 +126,7 @@ std::shared_ptr<RunReport> BasicPage::report_for(PageStep step) const {
         report->aligned.reset();
         report->alignment.reset();
         report->channels.reset();
+        report->correlation.reset();
     }
     return report;
 }
@@ -134,6 +135,14 @@ void BasicPage::open_in_situ() {
     form_calibr_single(worker_, this).exec();
     watcher_->look();
     Q_EMIT project_changed();
+}
+
+void BasicPage::show_trial(const RunReport& found) {
+    if (!found.correlation) return;
+    last_run_failed_ = !found.correlation->failure.empty();
+    last_run_ = QString::fromStdString(last_run_failed_ ? found.correlation->failure
+                                                        : report_lines(*found.correlation).front());
+    if (!last_run_failed_) view(image_names::displacement);
 }
 
 void BasicPage::run_step(PageStep step) {
@@ -151,8 +160,10 @@ void BasicPage::run_step(PageStep step) {
         return;
     }
     if (step == PageStep::save_field ? !may_replace_field() : !may_replace_results(step)) return;
-    if (step != PageStep::save_field) report_ = report;
+    // A trial says nothing of how the present field was made.
+    if (step != PageStep::save_field && step != PageStep::try_texture) report_ = report;
     run(job);
+    if (step == PageStep::try_texture) show_trial(*report);
 }
 
 bool BasicPage::may_replace_field() {

@@ -47,6 +47,8 @@ class BasicPage : public ExperimentPage {
 
     QBusyBox& busy_box();
     TaskOutcome run(const std::shared_ptr<Job>& job);
+    /// What an alignment by texture found that was only tried.
+    void show_trial(const RunReport& found);
     std::shared_ptr<RunReport> report_for(PageStep step) const;
     void run_step(PageStep step);
     void open_in_situ();

@@ -35,14 +35,19 @@ ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("R
     for (const std::string& image : page_results(type)) {
         const QString label = QString::fromStdString(image_label(type, image));
         auto* view = icon_button(image + "_view_btn", "thumbnail", tr("View %1").arg(label), this);
-        Line line{image, new QLabel(this), new ElidedLabel(Qt::ElideRight, this), view, 0};
+        Line line{image,
+                  new QLabel(this),
+                  new QLabel(label, this),
+                  new ElidedLabel(Qt::ElideRight, this),
+                  view,
+                  0};
         line.preview->setFixedSize(preview_size);
         line.preview->setScaledContents(false);
         line.preview->setAlignment(Qt::AlignCenter);
         line.state->setObjectName(QString::fromStdString(image + "_state"));
         const int row = grid->rowCount();
         grid->addWidget(line.preview, row, 0);
-        grid->addWidget(new QLabel(label, this), row, 1);
+        grid->addWidget(line.label, row, 1);
         grid->addWidget(line.state, row, 2);
         grid->addWidget(line.view, row, 3);
         connect(view, &QToolButton::clicked, this, [this, image] { Q_EMIT view_wanted(image); });
@@ -53,6 +58,13 @@ ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("R
 }
 
 void ResultsList::show_look(const PageLook& look) {
+    for (const Line& line : lines_) {
+        const bool listed = std::ranges::find(look.state.results, line.image,
+                                              &ResultEntry::image) != look.state.results.end();
+        for (QWidget* part :
+             std::initializer_list<QWidget*>{line.preview, line.label, line.state, line.view})
+            part->setVisible(listed);
+    }
     for (const ResultEntry& result : look.state.results) {
         const auto line = std::ranges::find(lines_, result.image, &Line::image);
         if (line == lines_.end()) continue;

@@ -28,6 +28,7 @@ class ResultsList : public QGroupBox {
     struct Line {
         std::string image;
         QLabel* preview;
+        QLabel* label;
         ElidedLabel* state;
         QToolButton* view;
         qint64 shown;  ///< which picture the preview shows

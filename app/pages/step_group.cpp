@@ -22,6 +22,9 @@ StepGroup::StepGroup(bool two_channels, QWidget* parent)
     add(*column, PageStep::ratio, "calc_ratio_btn", tr("Align and calculate &I/Iref"),
         two_channels ? tr("Corrects and aligns all pictures and forms the ratio of the channels")
                      : tr("Moves wind-on to wind-off and divides the images"));
+    add(*column, PageStep::try_texture, "try_texture_btn", tr("Tr&y alignment by texture"),
+        tr("Shows the displacement and how many cells could be measured; the ratio stays as it "
+           "is"));
     add(*column, PageStep::field, "calc_field_btn", tr("Calculate fi&eld"),
         tr("Converts I/Iref by the paint's law"));
     auto* last = new QHBoxLayout;

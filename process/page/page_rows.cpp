@@ -70,6 +70,14 @@ const Labels& lifetime_labels() {
     return labels;
 }
 
+/// Of every type.
+const Labels& common_labels() {
+    static const Labels labels{{names::displacement, "Displacement"},
+                               {names::displacement_sigma, "SD of the displacement"},
+                               {names::displacement_left, "Displacement left after the markers"}};
+    return labels;
+}
+
 const Labels& labels_of(ExperimentType type) {
     switch (type) {
         case ExperimentType::binary:
@@ -145,9 +153,9 @@ std::vector<std::string> page_results(ExperimentType type) {
 }
 
 std::string image_label(ExperimentType type, std::string_view image) {
-    const Labels& labels = labels_of(type);
-    const auto found = labels.find(image);
-    return found == labels.end() ? std::string(image) : found->second;
+    for (const Labels* labels : {&labels_of(type), &common_labels()})
+        if (const auto found = labels->find(image); found != labels->end()) return found->second;
+    return std::string(image);
 }
 
 bool is_camera_file(std::string_view image) {

@@ -31,7 +31,7 @@ std::vector<PageCard> page_cards(ExperimentType type);
 /// The flat fields of the cameras that the type uses.
 std::vector<PageRow> flat_rows(ExperimentType type);
 
-/// The results that the page lists, in the order of computation.
+/// The results that there can be, in the order of computation.
 std::vector<std::string> page_results(ExperimentType type);
 
 /// The label under which an image of the list is shown in a viewer; its name where it has none.

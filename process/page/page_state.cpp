@@ -3,6 +3,7 @@
 #include "core/keys.h"
 #include "process/page/input_remarks.h"
 #include "process/point/project_paths.h"
+#include "process/steps/step_table.h"
 
 namespace vyn {
 
@@ -58,7 +59,8 @@ PageState page_state(const dataSetInterface& data, const imagesList& images) {
     for (const PageRow& row : flat_rows(state.type))
         add_row(row);
     for (const std::string& name : page_results(state.type))
-        state.results.push_back({name, image_label(state.type, name), states.of(name)});
+        if (images.find(name) || would_give(name, {data, images}))
+            state.results.push_back({name, image_label(state.type, name), states.of(name)});
     state.needs = step_needs(data, images);
     state.remarks = input_remarks(data, images);
     return state;

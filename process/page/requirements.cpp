@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/keys.h"
 #include "process/page/page_rows.h"
 
 namespace vyn {
@@ -38,6 +39,8 @@ std::optional<Goal> goal_of(PageStep step) {
             return Goal::correct_wind_off;
         case PageStep::correct_wind_on:
             return Goal::correct_wind_on;
+        case PageStep::try_texture:
+            return Goal::displacement;
         case PageStep::ratio:
             return Goal::ratio_of_corrected;
         case PageStep::field:
@@ -58,6 +61,8 @@ std::string missing_for(PageStep step, const dataSetInterface& data, const image
         return images.find(names::field) ? "" : "Field is not calculated!";
     const ExperimentType type = experiment_type(data);
     if (type == ExperimentType::s3f) return not_evaluated_text;
+    if (step == PageStep::try_texture && read(data, keys::qped_enable) == 0)
+        return "Switch on the QPED alignment in the alignment options first.";
     if (const auto goal = goal_of(step)) return advice(type, missing_images(*goal, {data, images}));
     const char* shown = step == PageStep::check ? names::field : names::ratio;
     return images.find(shown) ? std::string() : advice(type, {shown});

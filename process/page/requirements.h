@@ -14,6 +14,7 @@ namespace vyn {
 enum class PageStep {
     correct_wind_off,
     correct_wind_on,
+    try_texture,  ///< the alignment by texture alone, to look at
     ratio,
     field,
     all,

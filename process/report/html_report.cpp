@@ -109,6 +109,26 @@ std::string residuals(const MarkerMatch& match) {
     return table.html();
 }
 
+/// One row per picture aligned by the texture of the paint.
+std::string by_texture(const PointCheck& check) {
+    if (check.by_texture.empty()) return {};
+    Table table({"alignment by texture", "cells measured", "median displacement, px", "largest, px",
+                 "left after the markers, px", "largest left, px", "at"});
+    for (const auto& [what, found] : check.by_texture) {
+        const CorrelationStatistics& s = found.statistics;
+        const std::string cells = std::to_string(s.measured) + " of " + std::to_string(s.cells);
+        if (!found.failure.empty()) {
+            table.add({what, cells, found.failure, "", "", "", ""});
+            continue;
+        }
+        const auto& left = found.left_after_markers;
+        table.add({what, cells, pixels(s.median_displacement), pixels(s.largest_displacement),
+                   left ? pixels(left->rms) : "", left ? pixels(left->largest) : "",
+                   left ? number(left->at.x) + ", " + number(left->at.y) : ""});
+    }
+    return table.html();
+}
+
 /// One row per alignment.
 std::string alignments(const PointCheck& check) {
     Table table(
@@ -126,7 +146,7 @@ std::string alignments(const PointCheck& check) {
                           pixels(check.consistency->rms) + " px, largest " +
                           pixels(check.consistency->max) + " px at " +
                           std::to_string(check.consistency->points) + " markers");
-    return html + paragraph(check.noise);
+    return html + paragraph(check.noise) + by_texture(check);
 }
 
 /// Leave-one-out errors and the residuals of every marker.

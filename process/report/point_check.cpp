@@ -63,6 +63,20 @@ std::vector<AlignmentCheck> alignments_of(const RunReport& report, ExperimentTyp
     return checks;
 }
 
+std::vector<TextureCheck> textures_of(const RunReport& report, ExperimentType type) {
+    std::vector<TextureCheck> checks;
+    const auto add = [&](const std::optional<CorrelationReport>& found, const char* moved,
+                         const char* reference) {
+        if (found)
+            checks.push_back(
+                {image_label(type, moved) + " to " + image_label(type, reference), *found});
+    };
+    add(report.correlation, names::wind_on_sens, names::wind_off_sens);
+    if (report.channels)
+        add(report.channels->correlation, names::wind_on_refe, names::wind_off_refe);
+    return checks;
+}
+
 /// Inputs first, then the results in the order of computation.
 std::vector<StageCheck> stages_of(const imagesList& images, ExperimentType type) {
     const auto& results = names::results;
@@ -224,6 +238,7 @@ PointCheck check_point(const RunReport& report, const dataSetInterface& data,
     check.quantity = field ? quantity_words(*field) : "not calculated";
     check.aligned = report.aligned;
     check.alignments = alignments_of(report, type);
+    check.by_texture = textures_of(report, type);
     if (report.channels) {
         check.consistency = report.channels->consistency;
         check.noise = ratio_of_ratios_noise;

@@ -20,6 +20,12 @@ struct AlignmentCheck {
     MarkerMatch match;
 };
 
+/// One alignment by the texture of the paint.
+struct TextureCheck {
+    std::string what;  ///< which picture was aligned to which
+    CorrelationReport found;
+};
+
 /// One image of the point.
 struct StageCheck {
     std::string name;      ///< in the image list
@@ -52,6 +58,7 @@ struct PointCheck {
     bool computed = true;    ///< the field comes from the run that the report is of
     std::optional<bool> aligned;
     std::vector<AlignmentCheck> alignments;
+    std::vector<TextureCheck> by_texture;
     std::optional<MapConsistency> consistency;
     std::string noise;               ///< what to know of it; may be empty
     std::vector<StageCheck> stages;  ///< in the order of computation

@@ -19,6 +19,7 @@ constexpr int histogram_height = 260;
 std::vector<std::byte> thumbnail(const image& picture, Progress& progress) {
     PictureOptions options;
     options.limits = robust_limits(picture, progress);
+    options.vectors = picture.displacement && !picture.quantity.deviation;
     options.scale = scale_for_side(picture, thumbnail_side);
     return png_bytes(draw_picture(picture, options));
 }

@@ -3,8 +3,35 @@
 #include <cstring>
 
 #include "core/log.h"
+#include "core/numbers.h"
 
 namespace vyn {
+
+namespace {
+
+std::string pixels(double value) {
+    return format_general(value, 3) + " px";
+}
+
+}  // namespace
+
+std::vector<std::string> report_lines(const CorrelationReport& found) {
+    const CorrelationStatistics& s = found.statistics;
+    std::string changes;
+    for (const double change : s.changes)
+        changes += (changes.empty() ? "" : ", ") + format_general(change, 3);
+    std::vector<std::string> lines{
+        std::to_string(s.measured) + " of " + std::to_string(s.cells) +
+            " cells measured, displacement median " + pixels(s.median_displacement) + ", largest " +
+            pixels(s.largest_displacement),
+        "changed by each iteration " + changes + " px, band width " + pixels(s.band_width) +
+            ", no texture on " + format_fixed(100 * s.no_texture, 1) + " % of the model"};
+    if (const auto& left = found.left_after_markers)
+        lines.push_back("left after the markers " + pixels(left->rms) +
+                        " root mean square, largest " + pixels(left->largest) + " at (" +
+                        format_general(left->at.x, 6) + ", " + format_general(left->at.y, 6) + ")");
+    return lines;
+}
 
 void warn(RunReport& report, WarningKind kind, const std::string& text) {
     get_log().write(LogLevel::information, text);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "align/channel_maps.h"
+#include "align/correlation/correlation_images.h"
 #include "align/marker_alignment.h"
 #include "api/image.h"
 #include "calib/paint_law.h"
@@ -12,18 +13,30 @@
 
 namespace vyn {
 
+/// How a wind-on picture was aligned by the texture of the paint.
+struct CorrelationReport {
+    CorrelationStatistics statistics;
+    std::optional<DisplacementLeft> left_after_markers;
+    std::string failure;  ///< why it was not; empty when it was
+};
+
+/// For log and console.
+std::vector<std::string> report_lines(const CorrelationReport& found);
+
 /// How the pictures of two channels were brought together, beside the signal channel's alignment.
 struct ChannelAlignment {
     std::optional<MarkerMatch> reference;  ///< wind-on from wind-off picture, reference channel
     std::optional<MarkerMatch> cameras;    ///< reference from signal picture, both wind-off
     std::optional<MapConsistency> consistency;
+    std::optional<CorrelationReport> correlation;  ///< of the reference channel
 };
 
 /// What the tasks of one run found out beside their images; they fill it, the report shows it.
 struct RunReport {
-    std::optional<bool> aligned;               ///< nothing until an alignment was tried
-    std::optional<MarkerMatch> alignment;      ///< of the markers, when pairing was reached
-    std::optional<ChannelAlignment> channels;  ///< of a point with two channels
+    std::optional<bool> aligned;                   ///< nothing until an alignment was tried
+    std::optional<MarkerMatch> alignment;          ///< of the markers, when pairing was reached
+    std::optional<CorrelationReport> correlation;  ///< of the signal channel, when asked for
+    std::optional<ChannelAlignment> channels;      ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
     bool field = false;              ///< the present field was computed
     std::vector<std::string> steps;  ///< that were run, by their names in the step table

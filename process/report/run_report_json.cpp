@@ -30,45 +30,11 @@ json image_json(const image& picture) {
     return entry;
 }
 
-json alignment_json(const MarkerMatch& match) {
-    json pairs = json::array();
-    for (std::size_t i = 0; i < match.pairs.size(); ++i) {
-        const MarkerPair& pair = match.pairs[i];
-        json entry{{"id", pair.reference_id},
-                   {"reference", {pair.reference.x, pair.reference.y}},
-                   {"moved", {pair.moved.x, pair.moved.y}}};
-        if (i < match.residuals.size())
-            entry["residual"] = {match.residuals[i].x, match.residuals[i].y};
-        pairs.push_back(std::move(entry));
-    }
-    json result{{"reference_markers", match.reference_count},
-                {"moved_markers", match.moved_count},
-                {"pair_count", match.pairs.size()},
-                {"pairs", std::move(pairs)},
-                {"underdetermined", match.underdetermined}};
-    json orders = json::array();
-    for (const std::optional<double>& error : match.orders.leave_one_out)
-        orders.push_back(error ? json(*error) : json());
-    result["leave_one_out_px"] = std::move(orders);
-    if (match.orders.suggested) result["suggested_order"] = *match.orders.suggested;
-    if (!match.ok) {
-        result["failure"] = match.failure;
-        return result;
-    }
-    result["mean_square_error_px"] = match.mean_square_error;
-    result["mean_absolute_error_px"] = match.mean_absolute_error;
-    result["max_absolute_error_px"] = match.max_absolute_error;
-    result["max_error_marker"] = match.max_error_marker;
-    result["coefficients_per_axis"] = match.moved_from_reference.n;
-    result["ax"] = match.moved_from_reference.ax;
-    result["ay"] = match.moved_from_reference.ay;
-    return result;
-}
-
 json channels_json(const ChannelAlignment& channels) {
     json result{{"noise", ratio_of_ratios_noise}};
-    if (channels.reference) result["reference_alignment"] = alignment_json(*channels.reference);
-    if (channels.cameras) result["camera_alignment"] = alignment_json(*channels.cameras);
+    if (channels.reference) result["reference_alignment"] = to_json(*channels.reference);
+    if (channels.cameras) result["camera_alignment"] = to_json(*channels.cameras);
+    if (channels.correlation) result["reference_correlation"] = to_json(*channels.correlation);
     if (channels.consistency)
         result["consistency_px"] = {{"points", channels.consistency->points},
                                     {"rms", channels.consistency->rms},
@@ -118,6 +84,59 @@ const char* outcome_name(TaskOutcome outcome) {
 
 }  // namespace
 
+json to_json(const MarkerMatch& match) {
+    json pairs = json::array();
+    for (std::size_t i = 0; i < match.pairs.size(); ++i) {
+        const MarkerPair& pair = match.pairs[i];
+        json entry{{"id", pair.reference_id},
+                   {"reference", {pair.reference.x, pair.reference.y}},
+                   {"moved", {pair.moved.x, pair.moved.y}}};
+        if (i < match.residuals.size())
+            entry["residual"] = {match.residuals[i].x, match.residuals[i].y};
+        pairs.push_back(std::move(entry));
+    }
+    json result{{"reference_markers", match.reference_count},
+                {"moved_markers", match.moved_count},
+                {"pair_count", match.pairs.size()},
+                {"pairs", std::move(pairs)},
+                {"underdetermined", match.underdetermined}};
+    json orders = json::array();
+    for (const std::optional<double>& error : match.orders.leave_one_out)
+        orders.push_back(error ? json(*error) : json());
+    result["leave_one_out_px"] = std::move(orders);
+    if (match.orders.suggested) result["suggested_order"] = *match.orders.suggested;
+    if (!match.ok) {
+        result["failure"] = match.failure;
+        return result;
+    }
+    result["mean_square_error_px"] = match.mean_square_error;
+    result["mean_absolute_error_px"] = match.mean_absolute_error;
+    result["max_absolute_error_px"] = match.max_absolute_error;
+    result["max_error_marker"] = match.max_error_marker;
+    result["coefficients_per_axis"] = match.moved_from_reference.n;
+    result["ax"] = match.moved_from_reference.ax;
+    result["ay"] = match.moved_from_reference.ay;
+    return result;
+}
+
+json to_json(const CorrelationReport& found) {
+    const CorrelationStatistics& s = found.statistics;
+    json result{{"cells", s.cells}, {"measured_cells", s.measured}};
+    if (!found.failure.empty()) {
+        result["failure"] = found.failure;
+        return result;
+    }
+    result["no_texture_share"] = s.no_texture;
+    result["median_displacement_px"] = s.median_displacement;
+    result["largest_displacement_px"] = s.largest_displacement;
+    result["change_by_iteration_px"] = s.changes;
+    result["band_width_px"] = s.band_width;
+    if (const auto& left = found.left_after_markers)
+        result["left_after_markers_px"] = {
+            {"rms", left->rms}, {"largest", left->largest}, {"at", {left->at.x, left->at.y}}};
+    return result;
+}
+
 json to_json(const RunReport& report, const dataSetInterface& data, const imagesList& images,
              TaskOutcome outcome, const std::string& failure,
              const std::vector<StageTime>& stages) {
@@ -125,7 +144,8 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     result["outcome"] = outcome_name(outcome);
     if (!failure.empty()) result["failure"] = failure;
     if (report.aligned) result["aligned"] = *report.aligned;
-    if (report.alignment) result["alignment"] = alignment_json(*report.alignment);
+    if (report.alignment) result["alignment"] = to_json(*report.alignment);
+    if (report.correlation) result["correlation"] = to_json(*report.correlation);
     if (report.channels) result["channels"] = channels_json(*report.channels);
     if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
     result["steps"] = report.steps;

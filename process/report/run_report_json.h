@@ -12,6 +12,11 @@
 
 namespace vyn {
 
+/// Pairs, residuals and coefficients of an alignment by markers, or why there is none.
+nlohmann::json to_json(const MarkerMatch& match);
+/// What the alignment by texture found, or why it failed.
+nlohmann::json to_json(const CorrelationReport& found);
+
 /// The whole report of a run: provenance, outcome, stages, alignment, conversion, images, warnings
 /// with their kinds.
 nlohmann::json to_json(const RunReport& report, const dataSetInterface& data,

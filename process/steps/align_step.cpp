@@ -151,11 +151,9 @@ TaskOutcome align_by_markers(const StepRun& run) {
     RunReport& report = run.report;
     const auto pictures = corrected_pictures(run);
     if (!pictures) return TaskOutcome::failed;
-    if (read(data, keys::qped_enable) != 0)
-        warn(report, WarningKind::alignment,
-             "Alignment by cross-correlation: not available, left out");
     const auto& [signal_off, signal_on, reference_off, reference_on] = *pictures;
     const bool aligns = read(data, keys::markers_enable) != 0;
+    const bool alone = read(data, keys::qped_enable) == 0;
     if (!signal_off) return TaskOutcome::done;
     if (reference_off) report.channels.emplace();
     if (!aligns) return TaskOutcome::done;
@@ -166,7 +164,8 @@ TaskOutcome align_by_markers(const StepRun& run) {
         mapping(*signal_off, *signal_on, match_options(data), report, report.alignment);
     run.alignment.from_frame[1] = path_through({signal_map});
     if (!reference_off)
-        run.alignment.copied = !signal_map && copy_accepted(report.alignment, run.context);
+        // The texture may still align what the markers do not.
+        run.alignment.copied = !signal_map && alone && copy_accepted(report.alignment, run.context);
     else if (experiment_type(data) == ExperimentType::lifetime)
         run.alignment.from_frame[3] = run.alignment.from_frame[1];
     else

@@ -68,6 +68,7 @@ std::vector<StepId> steps_of(Goal goal, const StepView& view) {
     if (!takes_corrected) steps = corrections(goal, view);
     const bool to_ratio =
         goal == Goal::ratio_of_corrected || goal == Goal::ratio || goal == Goal::all;
+    if (goal == Goal::displacement) append(steps, StepId::align_correlation);
     if (to_ratio) append(steps, StepId::ratio);
     if (goal == Goal::field || goal == Goal::all) append(steps, StepId::field);
     return steps;
@@ -105,7 +106,7 @@ std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunRe
     if (!missing_images(goal, view).empty()) return job;
     const auto alignment = std::make_shared<Alignment>();
     for (const StepId id : steps_of(goal, view)) {
-        report->steps.push_back(step_of(id).name);
+        if (has_work(step_of(id), view)) report->steps.push_back(step_of(id).name);
         job->append(std::make_unique<StepTask>(step_of(id), session, report, alignment));
     }
     return job;

@@ -14,6 +14,7 @@ enum class Goal {
     correct_wind_on,
     ratio_of_corrected,  ///< of one channel's corrected pictures as they are; two channels go back
                          ///< to what the cameras took
+    displacement,        ///< how the wind-on picture lies, without a ratio
     ratio,
     field,
     all

@@ -20,6 +20,7 @@ enum class StepId {
     correct_wind_off_refe,
     correct_wind_on_refe,
     align_markers,
+    align_correlation,
     ratio,
     field
 };

@@ -22,6 +22,15 @@ MarkerMatchOptions match_options(dataSetInterface& data) {
     return options;
 }
 
+CorrelationOptions correlation_options(dataSetInterface& data) {
+    CorrelationOptions options;
+    options.iterations = read(data, keys::qped_iter);
+    options.step = read(data, keys::qped_step);
+    options.cell = read(data, keys::qped_cell);
+    options.global = read(data, keys::qped_global) != 0 ? GlobalPass::yes : GlobalPass::no;
+    return options;
+}
+
 std::optional<FilterOptions> filter_options(dataSetInterface& data) {
     if (read(data, keys::filter_enable) == 0) return std::nullopt;
     FilterOptions options;

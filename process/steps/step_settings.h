@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "align/correlation/correlation_alignment.h"
 #include "align/marker_alignment.h"
 #include "api/field_conversion.h"
 #include "api/filters.h"
@@ -16,6 +17,7 @@ namespace vyn {
 /// Settings as the options of the computations. What is switched off is not read.
 RatioLimits ratio_limits(dataSetInterface& data);
 MarkerMatchOptions match_options(dataSetInterface& data);
+CorrelationOptions correlation_options(dataSetInterface& data);
 /// Nothing when filtering is off.
 std::optional<FilterOptions> filter_options(dataSetInterface& data);
 

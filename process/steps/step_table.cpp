@@ -4,6 +4,7 @@
 
 #include "process/steps/align_step.h"
 #include "process/steps/correct_step.h"
+#include "process/steps/correlation_step.h"
 #include "process/steps/field_step.h"
 #include "process/steps/image_origin.h"
 #include "process/steps/ratio_step.h"
@@ -54,10 +55,16 @@ const std::vector<Step>& step_table() {
          {},
          align_facts,
          align_by_markers},
+        {align_correlation,
+         "align by cross-correlation",
+         "the same, followed by the texture of the paint; only when switched on",
+         {align_markers},
+         correlation_facts,
+         align_by_texture},
         {ratio,
          "ratio",
          "filters, sampling of the aligned pictures, ratio, limits and thinning",
-         {align_markers},
+         {align_markers, align_correlation},
          ratio_facts,
          form_ratio_image},
         {field,
@@ -72,6 +79,18 @@ const std::vector<Step>& step_table() {
 
 const Step& step_of(StepId id) {
     return *std::ranges::find(step_table(), id, &Step::id);
+}
+
+bool has_work(const Step& step, const StepView& view) {
+    return !step.facts(view).takes.empty();
+}
+
+bool would_give(std::string_view result, const StepView& view) {
+    return std::ranges::any_of(step_table(), [&](const Step& step) {
+        const StepFacts facts = step.facts(view);
+        return !facts.takes.empty() &&
+               std::ranges::find(facts.gives, result, &StepResult::name) != facts.gives.end();
+    });
 }
 
 StepFacts whole_facts(const Step& step, const StepView& view) {

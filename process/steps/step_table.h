@@ -13,6 +13,12 @@ namespace vyn {
 const std::vector<Step>& step_table();
 const Step& step_of(StepId id);
 
+/// False for a step that is switched off and only removes its former results.
+bool has_work(const Step& step, const StepView& view);
+
+/// Whether the result would be there after a run, were nothing missing.
+bool would_give(std::string_view result, const StepView& view);
+
 /// The facts of a step together with those of the steps that hand over to it.
 StepFacts whole_facts(const Step& step, const StepView& view);
 

@@ -31,7 +31,7 @@ TEST(Keys, ReadGivesTheDefaultsOfTheTableAndParseTakesWhatItAllows) {
     EXPECT_EQ(read(data, keys::convert_field), "Pressure");
     write(data, keys::qped_cell, 24);
     EXPECT_EQ(data.read("project/processing/align/qped_cell", 0), 24);
-    EXPECT_EQ(parse_setting("project/processing/align/qped_cell", " 2 ").get<int>(), 2);
+    EXPECT_EQ(parse_setting("project/processing/align/qped_cell", " 8 ").get<int>(), 8);
     EXPECT_EQ(parse_setting("project/processing/align/qped_cell", "10000").get<int>(), 10000);
     EXPECT_EQ(parse_setting("project/flow/mach", "0.75").get<double>(), 0.75);
     EXPECT_EQ(parse_setting("project/head/dir", " a b ").get<std::string>(), " a b ");
@@ -65,9 +65,9 @@ TEST(Keys, ARefusedSettingIsAnErrorThatNamesItAndHelps) {
         {"nothing like any of them", "1", "there is no setting"},
         {"project/flow/", "1", "sub-tree"},
         {"roject/processing/resection/", "1", "sub-tree"},
-        {"project/processing/align/qped_iter", "1.5", "a whole number from 0 to 1000"},
-        {"project/processing/align/qped_iter", "1001", "\"1001\" is not allowed"},
-        {"project/processing/align/qped_cell", "1", "from 2 to 10000"},
+        {"project/processing/align/qped_iter", "1.5", "a whole number from 1 to 100"},
+        {"project/processing/align/qped_iter", "101", "\"101\" is not allowed"},
+        {"project/processing/align/qped_cell", "1", "from 4 to 10000"},
         {"project/test/single", "2", "a whole number from 0 to 1"},
         {"project/flow/mach", "0,5", "it takes a number"},
         {"project/flow/mach", "nan", "it takes a number"},

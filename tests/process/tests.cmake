@@ -8,6 +8,7 @@ vyn_tests(process
         report/point_check_test.cpp
         steps/chain_test.cpp
         steps/channels_test.cpp
+        steps/correlation_step_test.cpp
         steps/law_conditions_test.cpp
         steps/step_table_test.cpp
     LINK vyn_process vyn_sample)

@@ -10,6 +10,7 @@
 #include "core/errors.h"
 #include "core/project_file.h"
 #include "markers/marker_files.h"
+#include "sample/synthetic_geometry.h"
 #include "tests/support/project_fixture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -103,7 +104,7 @@ TEST_P(SyntheticTruth, FollowsFromThePictures) {
     double highest = -1e9;
     for (const Marker& port : point.ports.markers) {
         const Point x{port.x, port.y};
-        const Point moved = apply_poly(point.wind_on_from_wind_off, x);
+        const Point moved = point.wind_on_from_wind_off.at(x);
         const double ratio =
             interpolated(off, seen(point.lens, x)) / interpolated(on, seen(point.lens, moved));
         const double pressure = law(point.flow.wind_on_t, ratio * wind_off_ratio);
@@ -139,12 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
 /// Every order adds terms, or the samples of different orders would test the same thing.
 TEST(SyntheticPoint, MovesByAboutTheStatedAmount) {
     for (const int order : {0, 1, 2, 3}) {
-        SyntheticOptions options;
-        options.order = order;
-        options.width = 128;
-        options.height = 96;
-        const SyntheticPoint point = make(options);
-        const PolyTransform& map = point.wind_on_from_wind_off;
+        const PolyTransform map = synthetic_motion(order, 128, 96);
         EXPECT_EQ(map.n, poly_coefficient_count(order));
         EXPECT_NE(map.ax[static_cast<std::size_t>(map.n) - 1], 0);
         for (const Point p : {Point{0, 0}, {127, 0}, {0, 95}, {127, 95}, {63.5, 47.5}}) {

@@ -32,6 +32,13 @@ class Page : public ProjectTest {
                                                 .settings = {}}));
     }
 
+    /// The results that the page lists now.
+    static std::vector<std::string> listed() {
+        std::vector<std::string> names;
+        for (const ResultEntry& result : page_state(vyn_db(), get_images()).results)
+            names.push_back(result.image);
+        return names;
+    }
     TaskOutcome step(PageStep wanted) { return run(*page_job(wanted, program_session(), report)); }
     ImageState state_of(const std::string& name) {
         return ImageStates(vyn_db(), get_images()).of(name);
@@ -74,7 +81,7 @@ class OutOfDate : public Page, public testing::WithParamInterface<Change> {};
 
 TEST_P(OutOfDate, MarksWhatCameFromIt) {
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
-    const std::vector<std::string> results = page_results(ExperimentType::single);
+    const std::vector<std::string> results = listed();
     for (const std::string& name : results)
         ASSERT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
 
@@ -157,7 +164,7 @@ TEST_P(TwoChannels, EveryResultKnowsBothChannels) {
               TaskOutcome::done);
     ASSERT_EQ(step(PageStep::all), TaskOutcome::done);
     const auto whole = get_images().find(image_names::field);
-    const std::vector<std::string> results = page_results(experiment_type(vyn_db()));
+    const std::vector<std::string> results = listed();
     ASSERT_EQ(results.size(), 8u);
     for (const std::string& name : results)
         EXPECT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
@@ -187,7 +194,7 @@ TEST_F(Page, WhatHasNoEffectLeavesResultsCurrent) {
             file, std::filesystem::last_write_time(file) + std::chrono::hours(1));
     }
     std::filesystem::remove(folder / "wind_off_dark.tif");  // an unplugged disk
-    for (const std::string& name : page_results(ExperimentType::single))
+    for (const std::string& name : listed())
         EXPECT_EQ(state_of(name).kind, Kind::current) << name << ": " << state_of(name).reason;
 }
 

@@ -13,56 +13,17 @@
 #include "process/steps/chain.h"
 #include "sample/synthetic_light.h"
 #include "sample/synthetic_point.h"
+#include "tests/process/steps/synthetic_point_fixture.h"
 #include "tests/support/error_of.h"
-#include "tests/support/project_fixture.h"
 #include "tests/support/warns.h"
 
 namespace vyn::test {
 namespace {
 
-using Channels = SyntheticOptions::Channels;
-using Settings = std::vector<std::pair<std::string, any>>;
 using testing::AllOf;
 using testing::HasSubstr;
 
-class ChannelsTest : public ProjectTest {
-  protected:
-    void open_point(const SyntheticOptions& options, Settings settings = {}) {
-        point = make_synthetic_point(options, context);
-        write_synthetic_point(point, folder.path(), context);
-        open_project(std::move(settings));
-    }
-    void open_project(Settings settings) {
-        ASSERT_EQ(
-            run(ReadProjectTask(program_session(), {.file = folder / "project.xml",
-                                                    .geometry = ReadProject::Geometry::leave_out,
-                                                    .settings = std::move(settings)})),
-            TaskOutcome::done);
-    }
-    static std::pair<std::string, any> without(Key<std::string> key) {
-        return {std::string(key.path), any(std::string())};
-    }
-
-    TaskOutcome calculate() {
-        report = std::make_shared<RunReport>();
-        return run(*vyn::calculate(Goal::all, program_session(), report));
-    }
-
-    /// Away from edges and dots, as a share of the truth's range.
-    double relative_error(const char* name, const image& truth) {
-        const auto result = get_images().find(name);
-        ComparisonOptions comparison{.edge = 12, .dots = {}, .dot_distance = 7};
-        for (const Marker& dot : point.truth_markers.markers)
-            comparison.dots.push_back({dot.x, dot.y});
-        const FieldComparison difference = compare_fields(*result, truth, comparison, context);
-        EXPECT_GT(difference.count, 10000);
-        return difference.rms_error / difference.truth_range();
-    }
-    double field_error() { return relative_error(image_names::field, point.truth); }
-
-    SyntheticPoint point;
-    std::shared_ptr<RunReport> report;
-};
+using ChannelsTest = SyntheticPointTest;
 
 struct Accuracy {
     Channels channels;
@@ -70,7 +31,7 @@ struct Accuracy {
     FieldQuantity quantity;
 };
 
-class ChannelAccuracy : public ChannelsTest, public testing::WithParamInterface<Accuracy> {};
+class ChannelAccuracy : public SyntheticPointTest, public testing::WithParamInterface<Accuracy> {};
 
 /// The lamp's motion changes the light by up to a third; nothing of it may reach the field.
 TEST_P(ChannelAccuracy, GivesBackTheTruthWhateverTheLampDoes) {
@@ -118,12 +79,10 @@ TEST_F(ChannelsTest, NoiseIsAboutThatOfOneChannelOfTwiceTheVariance) {
     EXPECT_GE(binary, 0.7 * ideal);  // less would mean that some picture did not take part
 }
 
-TEST_F(ChannelsTest, ResultsAreThereUnderTheirNamesAndGoTogether) {
+TEST_F(ChannelsTest, TheReportShowsBothWaysAndThreadsDoNot) {
     open_point({.width = 200, .height = 150, .channels = Channels::binary});
     ASSERT_EQ(calculate(), TaskOutcome::done);
     const auto first = get_images().find(image_names::field);
-    for (const char* name : image_names::results)
-        EXPECT_TRUE(get_images().find(name)) << name;
     EXPECT_EQ(get_images().find(image_names::wind_off_refe_cor)->width(), 175);
     EXPECT_EQ(get_images().find(image_names::wind_on_refe_aligned)->width(), 200);
     for (const int threads : {1, 2}) {
@@ -137,9 +96,6 @@ TEST_F(ChannelsTest, ResultsAreThereUnderTheirNamesAndGoTogether) {
     EXPECT_EQ(json["camera_alignment"]["pair_count"], 30);
     EXPECT_EQ(json["camera_alignment"]["coefficients_per_axis"], 3);  // by its leave-one-out error
     EXPECT_THAT(json["noise"].get<std::string>(), HasSubstr("twice that of one channel"));
-    remove_results(get_images());
-    for (const char* name : image_names::results)
-        EXPECT_FALSE(get_images().find(name)) << name;
 }
 
 TEST_F(ChannelsTest, AnAbortedRatioLeavesTheAlignedPicturesOfTheOldOne) {
@@ -192,7 +148,7 @@ TEST_F(ChannelsTest, APixelExcludedInOnePictureIsExcludedInTheRatio) {
     const SyntheticCamera camera = reference_camera(point.options);
     const Point place =
         inverse_mapped(camera.ideal_from_laboratory, ideal_position(camera.lens, {82, 62}));
-    const Point on_model = inverse_mapped(point.wind_on_from_wind_off, place);
+    const Point on_model = point.wind_on_from_wind_off.inverse(place).value();
     EXPECT_EQ(ratio->mask()(static_cast<int>(on_model.x), static_cast<int>(on_model.y)), 1);
 }
 
@@ -225,10 +181,10 @@ TEST_F(ChannelsTest, LifetimeNeedsNoWindOffPictures) {
     const PaintResponse response(point.paint, point.flow);
     const SyntheticScene scene(640, 480, point.options.seed);
     for (const Marker& port : point.ports.markers) {
-        const Point moved = apply_poly(point.wind_on_from_wind_off, {port.x, port.y});
+        const Point moved = point.wind_on_from_wind_off.at({port.x, port.y});
         const int x = static_cast<int>(std::lround(moved.x));
         const int y = static_cast<int>(std::lround(moved.y));
-        const Point on_model = inverse_mapped(point.wind_on_from_wind_off, {double(x), double(y)});
+        const Point on_model = point.wind_on_from_wind_off.inverse({double(x), double(y)}).value();
         const double expected =
             response.ratio(scene.pressure(on_model)) / SyntheticPoint::gate_ratio;
         EXPECT_NEAR(ratio->values()(x, y), expected, 1e-4 * expected) << port.id;

@@ -76,6 +76,7 @@ struct Scenario {
     Channels channels;
     std::vector<std::pair<std::string, any>> settings;
     bool without_wind_off = false;
+    double bending = 0;
 };
 
 const std::string align = "project/processing/align/";
@@ -92,10 +93,13 @@ class StepFactsHold : public testing::TestWithParam<Scenario> {
   protected:
     StepFactsHold() {
         register_plugins("*.2dio");
-        write_synthetic_point(
-            make_synthetic_point({.width = 96, .height = 72, .channels = GetParam().channels},
-                                 context),
-            folder.path(), context);
+        write_synthetic_point(make_synthetic_point({.width = GetParam().bending == 0 ? 96 : 160,
+                                                    .height = GetParam().bending == 0 ? 72 : 120,
+                                                    .order = 1,
+                                                    .bending = GetParam().bending,
+                                                    .channels = GetParam().channels},
+                                                   context),
+                              folder.path(), context);
         ReadProject request{.file = folder / "project.xml", .settings = GetParam().settings};
         EXPECT_EQ(ReadProjectTask(session, request).run(context), TaskOutcome::done);
         if (!GetParam().without_wind_off) return;
@@ -159,7 +163,10 @@ TEST_P(StepFactsHold, SettingsAndImagesAreThoseOfTheRow) {
             deciding.insert(deciding.end(), result.settings.begin(), result.settings.end());
         }
         forget();
+        const Alignment handed_on = alignment;
         ASSERT_EQ(run(step), TaskOutcome::done);
+        EXPECT_EQ(images.published.contains(image_names::displacement),
+                  id == StepId::align_correlation && GetParam().bending > 0);
         const auto read = data.read;
         const auto looked_at = images.looked_at;
 
@@ -186,12 +193,14 @@ TEST_P(StepFactsHold, SettingsAndImagesAreThoseOfTheRow) {
             if (covers(deciding, path) || covers(facts.behind, path)) continue;
             const any kept = data.value(path);
             data.set_value(path, other_value(path, kept), false);
+            alignment = handed_on;
             run(step);
             for (const auto& [name, picture] : before)
                 EXPECT_TRUE(same_bits(picture, *images.find(name)))
                     << path << " decides on " << name;
             data.set_value(path, kept, false);
         }
+        alignment = handed_on;
         run(step);
     }
 }
@@ -205,7 +214,9 @@ INSTANTIATE_TEST_SUITE_P(
         Scenario{"binary", Channels::binary, {{convert + "field", any(std::string("P_Pstat"))}}},
         Scenario{"binary_with_everything", Channels::binary, everything_on()},
         Scenario{"lifetime", Channels::lifetime, everything_on()},
-        Scenario{"gates_without_wind_off", Channels::lifetime, {}, true}),
+        Scenario{"gates_without_wind_off", Channels::lifetime, {}, true},
+        Scenario{"single_bending", Channels::single, everything_on(), false, 1},
+        Scenario{"binary_bending", Channels::binary, {}, false, 1}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(StepTable, GivesEveryResultOnce) {

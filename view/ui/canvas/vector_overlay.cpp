@@ -4,25 +4,18 @@
 #include <algorithm>
 #include <cmath>
 
+#include "render/arrow.h"
+
 namespace vyn {
 
 namespace {
 
-constexpr double head_share = 0.3;  // of the shaft
-constexpr double longest_head = 8;  // widget pixels
-constexpr double most_length = 1e5;
-
 void add_arrow(QPainterPath& arrows, QPointF from, QPointF along) {
-    const double length = std::hypot(along.x(), along.y());
-    if (!(length > 0.5 && length < most_length)) return;
-    const QPointF tip = from + along;
-    arrows.moveTo(from);
-    arrows.lineTo(tip);
-    const QPointF back = along / length * std::min(head_share * length, longest_head);
-    const QPointF side = QPointF(-back.y(), back.x()) / 2;
-    arrows.moveTo(tip - back + side);
-    arrows.lineTo(tip);
-    arrows.lineTo(tip - back - side);
+    for (const Stroke& stroke : arrow({from.x(), from.y()}, {along.x(), along.y()})) {
+        arrows.moveTo(stroke.front().x, stroke.front().y);
+        for (const Point& p : stroke)
+            arrows.lineTo(p.x, p.y);
+    }
 }
 
 /// First and last drawn node of a row or column of them that lies in the widget, with a margin for

@@ -104,7 +104,7 @@ void VynFieldViewer::suggest_fashion(const image& picture, const Limits& limits)
     fashion.channels = {};
     if (picture.displacement) {
         fashion.vectors = suggested_vectors(*picture.displacement);
-        fashion.vectors.shown = true;
+        fashion.vectors.shown = !picture.quantity.deviation;
     }
     parts_->fashion_suggested = true;
     parts_->view->set_fashion(fashion);
