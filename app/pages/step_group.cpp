@@ -19,12 +19,12 @@ StepGroup::StepGroup(bool two_channels, QWidget* parent)
         tr("Calculate corrected Wind-&off image"), correction);
     add(*column, PageStep::correct_wind_on, "calc_wind_on_btn",
         tr("Calculate corrected Wind-o&n image"), correction);
-    add(*column, PageStep::ratio, "calc_ratio_btn", tr("Align and calculate &I/Iref"),
-        two_channels ? tr("Corrects and aligns all pictures and forms the ratio of the channels")
-                     : tr("Moves wind-on to wind-off and divides the images"));
     add(*column, PageStep::try_texture, "try_texture_btn", tr("Tr&y alignment by texture"),
         tr("Shows the displacement and how many cells could be measured; the ratio stays as it "
            "is"));
+    add(*column, PageStep::ratio, "calc_ratio_btn", tr("Align and calculate &I/Iref"),
+        two_channels ? tr("Corrects and aligns all pictures and forms the ratio of the channels")
+                     : tr("Moves wind-on to wind-off and divides the images"));
     add(*column, PageStep::field, "calc_field_btn", tr("Calculate fi&eld"),
         tr("Converts I/Iref by the paint's law"));
     auto* last = new QHBoxLayout;

@@ -29,7 +29,7 @@ struct ResultEntry {
 struct PageState {
     ExperimentType type = ExperimentType::single;
     std::map<std::string, RowState> rows;  ///< by the rows' stems
-    std::vector<ResultEntry> results;  ///< that are there or would be after a run
+    std::vector<ResultEntry> results;      ///< that are there or would be after a run
     StepNeeds needs;
     std::vector<std::string> remarks;
 };

@@ -25,14 +25,12 @@ struct Options {
 };
 
 /// A test point in a folder whose name looks the same on every machine and in every run.
-QString make_test_point(const char* name, SyntheticOptions::Channels channels) {
+QString make_test_point(const char* name, SyntheticOptions options) {
     QString folder = QDir::temp().filePath(QStringLiteral("tunnel/%1").arg(QLatin1String(name)));
     QDir(folder).removeRecursively();
-    SyntheticOptions options;
     options.width = 1024;
     options.height = 768;
     options.noise = SyntheticOptions::Noise::camera;
-    options.channels = channels;
     Progress progress;
     write_synthetic_point(make_synthetic_point(options, progress), folder.toStdString(), progress);
     return folder;
@@ -46,8 +44,9 @@ void play(const Options& options) {
     register_plugins("*.2dio");
     register_plugins("*.3dio");
     Worker worker;
-    Theatre theatre{worker, shots, make_test_point("wing", SyntheticOptions::Channels::single),
-                    make_test_point("binary", SyntheticOptions::Channels::binary)};
+    Theatre theatre{worker, shots, make_test_point("wing", {}),
+                    make_test_point("binary", {.channels = SyntheticOptions::Channels::binary}),
+                    make_test_point("bent", {.order = 1, .bending = 1.5})};
     play_window(theatre);
     play_dialogs(theatre);
     play_in_situ(theatre);

@@ -14,6 +14,7 @@ struct Theatre {
     Shots& shots;
     QString folder;         ///< of the synthetic test point; its project is project.xml
     QString binary_folder;  ///< of one with two channels
+    QString bent_folder;    ///< of one that bends between its markers
 };
 
 /// Reads a project into the data set and the image list.

@@ -83,6 +83,14 @@ void play_viewer(Theatre& theatre) {
     show_fashion(theatre, field, &VynFieldViewer::fashion, "fashion_dialog");
     show_fashion(theatre, field, &VynFieldViewer::advanced_fashion, "advanced_fashion_dialog");
     show_graph(theatre, field);
+    field.hide();
+
+    open_project(theatre, theatre.bent_folder + QStringLiteral("/project.xml"));
+    compute(theatre);
+    VynFieldViewer left(theatre.worker, "displacement_left", false,
+                        QStringLiteral("Displacement left after the markers"));
+    left.setAttribute(Qt::WA_DeleteOnClose, false);
+    theatre.shots.take(left, QStringLiteral("viewer_displacement"), viewer_size);
 }
 
 }  // namespace vyn::screenshots

@@ -138,6 +138,36 @@ TEST_F(Pages, ResultsTellWhenTheyAreOutOfDateAndAreSaved) {
     EXPECT_EQ(get_file(folder / "pressure.imp"), "old");
 }
 
+TEST_F(Pages, TheAlignmentByTextureIsTriedWithoutTouchingTheField) {
+    write_synthetic_point(
+        make_synthetic_point({.width = 160, .height = 120, .order = 1, .bending = 1}, context),
+        folder.path(), context);
+    open_project();
+    write(vyn_db(), keys::qped_enable, 0);
+    show_page<FormSingleBasic>();
+    press("calc_all_btn");
+    EXPECT_TRUE(wait_for_text("field_P_state", "up to date"));
+    auto* trial = child<QAbstractButton>("try_texture_btn");
+    EXPECT_FALSE(trial->isEnabled());
+    EXPECT_TRUE(trial->toolTip().contains(QStringLiteral("Switch on")));
+    auto* row = child<QWidget>("displacement_state");
+    EXPECT_FALSE(row->isVisible());
+    const auto field = get_images().find(image_names::field);
+
+    write(vyn_db(), keys::qped_enable, 1);
+    std::string viewed;
+    QObject::connect(page.get(), &BasicPage::show_image,
+                     [&](const std::string& name) { viewed = name; });
+    press("try_texture_btn");
+    EXPECT_TRUE(wait_for_text("displacement_state", "up to date"));
+    EXPECT_TRUE(row->isVisible());
+    EXPECT_EQ(viewed, image_names::displacement);
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return child<QLabel>("run_state")->text().contains(QStringLiteral("cells measured"));
+    }));
+    EXPECT_EQ(get_images().find(image_names::field), field);
+}
+
 TEST_F(Pages, NumbersThatAreNoneAreMarkedAndNotWritten) {
     open_project();
     show_page<FormSingleBasic>();
