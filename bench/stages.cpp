@@ -8,6 +8,7 @@
 
 #include "align/dots/marker_centroid.h"
 #include "align/dots/marker_detection.h"
+#include "align/image_map.h"
 #include "api/correction.h"
 #include "api/extended_edges.h"
 #include "api/filters.h"
@@ -81,6 +82,35 @@ Bitmap<float> continued(const image& picture) {
 image field_of(const Scene& scene, const image& off, const image& on) {
     Progress progress;
     return convert_field(form_ratio(off, on, {}, progress), scene.conversion, progress);
+}
+
+std::shared_ptr<const DisplacementField> waves(int n) {
+    constexpr int step = 8;
+    constexpr int ring = DisplacementField::ring;
+    Bitmap<double> u((n - 1) / step + 1 + 2 * ring, (n - 1) / step + 1 + 2 * ring);
+    Bitmap<double> v(u.width(), u.height());
+    for (int r = 0; r < u.height(); ++r)
+        for (int c = 0; c < u.width(); ++c) {
+            u(c, r) = std::sin(12.0 * step * (r - ring) / n);
+            v(c, r) = std::sin(9.0 * step * (c - ring) / n);
+        }
+    return std::make_shared<const DisplacementField>(step, u, v);
+}
+
+/// The corrected image through whatever lies between it and the wind-off image's ideal picture.
+image sampled_once(const Scene& scene, const image& picture,
+                   const std::shared_ptr<const DisplacementField>& bending) {
+    ImageMap map;
+    map.then(scene.off_from_on);
+    if (bending) map.then(bending);
+    map.then(scene.lens);
+    Progress progress;
+    return resample(picture, scene.size, scene.size, map.rows(), progress);
+}
+
+image field_of_point_once(const Scene& scene) {
+    const image off = undistorted(scene, corrected(scene, scene.off));
+    return field_of(scene, off, sampled_once(scene, corrected(scene, scene.on), nullptr));
 }
 
 image field_of_point(const Scene& scene) {
@@ -197,6 +227,7 @@ void triad(const Bitmap<float>& b, const Bitmap<float>& c, Bitmap<float>& a) {
 
 Inputs::Inputs(int n)
     : scene(n),
+      bending(waves(n)),
       corrected_off(corrected(scene, scene.off)),
       corrected_on(corrected(scene, scene.on)),
       undistorted_off(undistorted(scene, corrected_off)),
@@ -224,11 +255,14 @@ std::vector<Stage> our_stages(Inputs& inputs) {
         {"spline_eval", [&](Sink& sink) { sink.take(evaluated(scene, inputs.coefficients)); }},
         {"undistort", [&](Sink& sink) { sink.take(undistorted(scene, inputs.corrected_off)); }},
         {"polywarp", [&](Sink& sink) { sink.take(aligned(scene, inputs.undistorted_on)); }},
+        {"mapwarp",
+         [&](Sink& sink) { sink.take(sampled_once(scene, inputs.corrected_on, inputs.bending)); }},
         {"field_fused",
          [&](Sink& sink) {
              sink.take(field_of(scene, inputs.undistorted_off, inputs.aligned_on));
          }},
         {"chain", [&](Sink& sink) { sink.take(field_of_point(scene)); }},
+        {"chain_once", [&](Sink& sink) { sink.take(field_of_point_once(scene)); }},
         {"detect", [&](Sink& sink) { sink.take(detected(inputs.dotted)); }},
         {"centroid_surface",
          [&](Sink& sink) {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "align/displacement_field.h"
 #include "api/spline.h"
 #include "bench/scene.h"
 
@@ -27,6 +29,7 @@ struct Inputs {
     explicit Inputs(int n);
 
     Scene scene;
+    std::shared_ptr<const DisplacementField> bending;  ///< waves of 1 px, nodes every 8 pixels
     image corrected_off;
     image corrected_on;
     image undistorted_off;
@@ -50,6 +53,7 @@ struct Inputs {
 ///                made row by row as the program does
 /// undistort      prefilter, positions, values, mask and region of one image
 /// polywarp       the same through the alignment's polynomial
+/// mapwarp        the same of a corrected image through polynomial, displacements and lens together
 /// field_fused    ratio, law and limits in one pass that makes both images: the program keeps them
 /// medianK, boxK_masked, gaussK_masked, rangeK_masked
 ///                filters on windows of K x K pixels, K = 3, 5, 9 and 15
@@ -57,6 +61,7 @@ struct Inputs {
 /// centroid_surface, centroid_dot
 ///                refining each of these dots, one after the other (per pixel of the image too)
 /// chain          correct and undistort two images, align one, ratio, law, limits
+/// chain_once     the same with the aligned image sampled once, through polynomial and lens
 std::vector<Stage> our_stages(Inputs& inputs);
 
 /// A digest of all bits of the results of a stage.

@@ -398,7 +398,9 @@ double score_of(std::vector<Check>& checks) {
 }  // namespace
 
 BandWidth best_band_width(const FieldEquations& equations, Progress& progress) {
-    constexpr double widths[] = {0.6, 0.8, 1.0, 1.3, 1.7, 2.2, 2.9, 3.8, 5.0, 6.5, 8.5, 11, 14, 20};
+    constexpr double widths[] = {0.6, 0.8, 1.0, 1.3, 1.7, 2.2, 2.9, 3.8,
+                                 5.0, 6.5, 8.5, 11,  14,  20,  28,  40};
+    constexpr double wide = 20;  // beyond, only where that is the best so far: they cost most
     constexpr int most_spacing = 6;
     constexpr double enough = 1800;  // sampled nodes
     const double nodes = static_cast<double>(equations.columns()) * equations.rows();
@@ -411,6 +413,7 @@ BandWidth best_band_width(const FieldEquations& equations, Progress& progress) {
     BandWidth best{widths[0], std::numeric_limits<double>::infinity()};
     double done = 0;
     for (const double width : widths) {
+        if (width > wide && best.width < wide) break;
         SubProgress part(progress, done, done + 1.0 / std::size(widths));
         done += 1.0 / std::size(widths);
         const LatticeFit fit(equations, {4, width}, lattice, part);

@@ -76,7 +76,7 @@ struct BandWidth {
     double score = 1;  ///< variance of the equations' errors, in units of what they were divided by
 };
 
-/// The band width, 0.6 to 14 nodes, with the least RSS / N / (1 - tr / N)^2 over a sample of the
+/// The band width, 0.6 to 40 nodes, with the least RSS / N / (1 - tr / N)^2 over a sample of the
 /// nodes (Craven & Wahba 1979), for polynomials of degree 4.
 BandWidth best_band_width(const FieldEquations& equations, Progress& progress);
 

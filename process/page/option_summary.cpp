@@ -62,10 +62,11 @@ std::string alignment_summary(const dataSetInterface& data) {
     std::string text;
     if (read(data, keys::filter_enable))
         add(text, std::string("filter ") + filter_name(read(data, keys::filter_type)));
+    const bool by_texture = read(data, keys::qped_enable) != 0;
     if (read(data, keys::markers_enable))
         add(text, "markers, order " + std::to_string(read(data, keys::markers_order)));
-    else
-        add(text, "no alignment");
+    if (by_texture) add(text, "texture");
+    if (!read(data, keys::markers_enable) && !by_texture) add(text, "no alignment");
     if (read(data, keys::filter_threshold)) add(text, "limits of the ratio");
     if (read(data, keys::filter_thinning))
         add(text, "thinning " + std::to_string(read(data, keys::filter_thinning_depth)) + " px");
