@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "align/correlation/correlation_kernel_choice.h"
+#include "align/correlation/correlation_surface.h"
 #include "align/correlation/local_sums.h"
 #include "align/correlation/subpixel_peak.h"
 #include "api/parallel.h"
@@ -15,8 +16,6 @@ namespace {
 
 constexpr int node_rows_per_block = 2;
 constexpr double least_share = 0.5;
-constexpr double least_peak = 0.4;
-constexpr double least_ratio = 1.2;
 constexpr int column_group = 16;  ///< of the matching kernel
 constexpr double flat = 1e-9;     ///< sum of squares that is rounding only
 
@@ -86,51 +85,6 @@ double template_of(const Bitmap<float>& plane, const Bitmap<std::uint8_t>& used,
     return scatter;
 }
 
-struct Peak {
-    int column = 0;
-    int row = 0;
-    double height = 0;
-};
-
-/// The correlations of one cell with its window.
-class Surface {
-  public:
-    explicit Surface(int radius)
-        : side_(2 * radius + 1), values_(static_cast<std::size_t>(side_ * side_)) {}
-    double& at(int column, int row) {
-        return values_[static_cast<std::size_t>(row * side_ + column)];
-    }
-    double at(int column, int row) const {
-        return values_[static_cast<std::size_t>(row * side_ + column)];
-    }
-    /// The highest peak inside the border; false when it lies on the border or another one rivals
-    /// it.
-    bool peak(Peak& best) const {
-        best = {};
-        for (int r = 0; r < side_; ++r)
-            for (int c = 0; c < side_; ++c)
-                if (at(c, r) > best.height) best = {c, r, at(c, r)};
-        if (best.height < least_peak || is_border(best.column) || is_border(best.row)) return false;
-        for (int r = 0; r < side_; ++r)
-            for (int c = 0; c < side_; ++c)
-                if ((c != best.column || r != best.row) && at(c, r) * least_ratio > best.height &&
-                    is_maximum(c, r))
-                    return false;
-        return true;
-    }
-
-  private:
-    bool is_border(int i) const { return i == 0 || i == side_ - 1; }
-    bool is_maximum(int column, int row) const {
-        for (int r = std::max(row - 1, 0); r <= std::min(row + 1, side_ - 1); ++r)
-            for (int c = std::max(column - 1, 0); c <= std::min(column + 1, side_ - 1); ++c)
-                if ((c != column || r != row) && at(c, r) >= at(column, row)) return false;
-        return true;
-    }
-    int side_;
-    std::vector<double> values_;
-};
-
 }  // namespace
 
 Bitmap<float> contrast_plane(const MaskedPlane& plane, int cell, int margin, Progress& progress) {
@@ -166,7 +120,7 @@ CellMatches search_cells(const AlignedPair& pair, const NodeGrid& grid, int radi
     parallel_rows(rows, node_rows_per_block, progress, [&](int r0, int r1) {
         std::vector<float> cell(static_cast<std::size_t>(cell_stride * side), 0.0F);
         std::vector<float> products(static_cast<std::size_t>(2 * radius + 1));
-        Surface surface(radius);
+        CorrelationSurface surface(radius);
         for (int r = r0; r < r1; ++r)
             for (int c = 0; c < columns; ++c) {
                 const int x0 = c * grid.step - half + margin;
@@ -189,8 +143,8 @@ CellMatches search_cells(const AlignedPair& pair, const NodeGrid& grid, int radi
                                    : 0;
                     }
                 }
-                Peak peak;
-                if (!surface.peak(peak)) continue;
+                CorrelationSurface::Peak peak;
+                if (surface.judge(peak) != PeakVerdict::clear) continue;
                 const auto at = [&](int dx, int dy) {
                     return surface.at(peak.column + dx, peak.row + dy);
                 };

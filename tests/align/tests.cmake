@@ -1,6 +1,7 @@
 vyn_tests(align
     SOURCES
         channel_maps_test.cpp
+        correlation/cell_view_test.cpp
         correlation/correlation_alignment_test.cpp
         correlation/textured_pair.cpp
         displacement_field_test.cpp

@@ -7,6 +7,7 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QToolBar>
+#include <cmath>
 
 #include "core/keys.h"
 #include "tests/view_ui/viewer_fixture.h"
@@ -259,6 +260,31 @@ TEST_F(FieldViewer, ClosesWithEverythingOn) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return !gone; }, 2000));
     stays.view().zoom_about({10, 10}, 2);
     EXPECT_TRUE(stays.picture());
+}
+
+TEST_F(FieldViewer, ThePointerShowsTheCellOfTheAlignmentByTexture) {
+    const auto speckled = [](int x, int y) { return 1000 + 900 * std::sin(1.3 * x * y + x); };
+    for (const auto& [name, shift] : {std::pair{"wind_off_sens_cor", 0}, {"wind_on_sens_cor", 3}}) {
+        image picture = test::picture_of(
+            120, 100, [&, by = shift](int x, int y) { return speckled(x - by, y); });
+        picture.name = name;
+        get_images().add(std::move(picture));
+    }
+    VynFieldViewer& viewer = show("wind_off_sens_cor");
+    auto* verdict = viewer.findChild<QLabel*>(QStringLiteral("cell_verdict"));
+    ASSERT_TRUE(verdict);
+    QTest::mouseMove(&viewer.view(), at(viewer, 60, 50));
+    EXPECT_TRUE(verdict->text().startsWith(QStringLiteral("No cell"))) << "hidden";
+    viewer.findChild<QWidget*>(QStringLiteral("cell panel"))->show();
+    QApplication::processEvents();
+    QTest::mouseMove(&viewer.view(), at(viewer, 61, 50));
+    QTest::mouseMove(&viewer.view(), at(viewer, 62, 51));
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return verdict->text().contains(QStringLiteral("moved by (3.0"));
+    })) << verdict->text().toStdString();
+    QTest::mouseMove(&viewer.view(), at(viewer, 2, 2));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return verdict->text().startsWith(QStringLiteral("No cell")); }));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "view/ui/look/fashion_dialog.h"
 #include "view/ui/markers/marker_controller.h"
 #include "view/ui/region/region_controller.h"
+#include "view/ui/texture/cell_panel.h"
 #include "view/ui/window/field_viewer.h"
 #include "view/ui/window/function_bar.h"
 #include "view/ui/window/viewer_actions.h"
@@ -46,6 +47,7 @@ struct VynFieldViewer::Parts {
     VynFieldView* view;
     ColourBar* colour_bar = nullptr;
     VynFunctionBar* function_bar = nullptr;
+    CellPanel* cell_panel = nullptr;
     QLabel* state_label = nullptr;  ///< in the status bar: out of date, or why nothing is seen
     ViewerActions actions;
     QMenu* image_menu = nullptr;

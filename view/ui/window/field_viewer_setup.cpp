@@ -42,6 +42,13 @@ void VynFieldViewer::make_panels() {
     dock->setWidget(parts_->function_bar);
     addDockWidget(Qt::RightDockWidgetArea, dock);
 
+    parts_->cell_panel = new CellPanel;
+    auto* cell_dock = new QDockWidget(tr("Cell Under the Pointer"), this);
+    cell_dock->setObjectName(QStringLiteral("cell panel"));
+    cell_dock->setWidget(parts_->cell_panel);
+    addDockWidget(Qt::RightDockWidgetArea, cell_dock);
+    cell_dock->hide();
+
     parts_->state_label = new QLabel;
     parts_->state_label->setObjectName(QStringLiteral("state"));
     statusBar()->addPermanentWidget(parts_->state_label);
@@ -98,6 +105,8 @@ void VynFieldViewer::make_bars() {
     parts_->image_menu->addSeparator();
     parts_->image_menu->addAction(
         findChild<QDockWidget*>(QStringLiteral("function bar"))->toggleViewAction());
+    parts_->image_menu->addAction(
+        findChild<QDockWidget*>(QStringLiteral("cell panel"))->toggleViewAction());
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
 }
@@ -120,6 +129,10 @@ void VynFieldViewer::make_modes() {
 void VynFieldViewer::connect_view() {
     VynFieldView* view = parts_->view;
     connect(view, &VynFieldView::probe, this, &VynFieldViewer::show_probe);
+    connect(view, &VynFieldView::probe, this, [this](int x, int y) {
+        if (parts_->cell_panel->isVisible())
+            parts_->cell_panel->look(*parts_->list, parts_->image_name, x, y);
+    });
     connect(view, &VynFieldView::updated, this, &VynFieldViewer::refresh);
     connect(view, &VynFieldView::modifiedChanged, this, &VynFieldViewer::setModifiedChanged);
     connect(view, &VynFieldView::more_data, parts_->graph, &GraphController::more_data);
