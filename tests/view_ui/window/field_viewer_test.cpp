@@ -243,25 +243,6 @@ TEST_F(FieldViewer, BlinkAndDifferenceShowTheOtherImage) {
     EXPECT_EQ(probed(17, 5), 5117);
 }
 
-TEST_F(FieldViewer, ClosesWithEverythingOn) {
-    get_images().add(ramp_image("other"));
-    auto* viewer = new VynFieldViewer(worker, "field_P", false, {});
-    const QPointer<VynFieldViewer> gone(viewer);
-    viewer->show();
-    VynFieldViewer& stays = show("other");
-    viewer->actions().link->trigger();
-    stays.actions().link->trigger();
-    test::when_shown<QInputDialog>([](QInputDialog& dialog) { dialog.accept(); });
-    viewer->actions().blink->trigger();
-    viewer->actions().advanced_fashion->trigger();
-    viewer->actions().show_graph_mode->trigger();
-    QTest::mousePress(&viewer->view(), Qt::LeftButton, {}, {50, 50});
-    viewer->close();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !gone; }, 2000));
-    stays.view().zoom_about({10, 10}, 2);
-    EXPECT_TRUE(stays.picture());
-}
-
 TEST_F(FieldViewer, ThePointerShowsTheCellOfTheAlignmentByTexture) {
     const auto speckled = [](int x, int y) { return 1000 + 900 * std::sin(1.3 * x * y + x); };
     for (const auto& [name, shift] : {std::pair{"wind_off_sens_cor", 0}, {"wind_on_sens_cor", 3}}) {
@@ -285,6 +266,25 @@ TEST_F(FieldViewer, ThePointerShowsTheCellOfTheAlignmentByTexture) {
     QTest::mouseMove(&viewer.view(), at(viewer, 2, 2));
     EXPECT_TRUE(
         QTest::qWaitFor([&] { return verdict->text().startsWith(QStringLiteral("No cell")); }));
+}
+
+TEST_F(FieldViewer, ClosesWithEverythingOn) {
+    get_images().add(ramp_image("other"));
+    auto* viewer = new VynFieldViewer(worker, "field_P", false, {});
+    const QPointer<VynFieldViewer> gone(viewer);
+    viewer->show();
+    VynFieldViewer& stays = show("other");
+    viewer->actions().link->trigger();
+    stays.actions().link->trigger();
+    test::when_shown<QInputDialog>([](QInputDialog& dialog) { dialog.accept(); });
+    viewer->actions().blink->trigger();
+    viewer->actions().advanced_fashion->trigger();
+    viewer->actions().show_graph_mode->trigger();
+    QTest::mousePress(&viewer->view(), Qt::LeftButton, {}, {50, 50});
+    viewer->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !gone; }, 2000));
+    stays.view().zoom_about({10, 10}, 2);
+    EXPECT_TRUE(stays.picture());
 }
 
 }  // namespace
