@@ -121,9 +121,18 @@ Jacobian ImageMap::derivative(Point output) const {
 }
 
 RowMap ImageMap::rows() const {
-    const auto* first = parts_.empty() ? nullptr : std::get_if<PolyTransform>(&parts_.front());
-    RowMap start = row_map(first ? *first : PolyTransform());
-    std::vector<Part> rest(parts_.begin() + (first ? 1 : 0), parts_.end());
+    // The first part starts from whole pixels, for which polynomials and fields are quick.
+    RowMap start;
+    if (!parts_.empty()) {
+        if (const auto* map = std::get_if<PolyTransform>(&parts_.front())) start = row_map(*map);
+        if (const auto* field = std::get_if<Field>(&parts_.front()))
+            start = [first = *field](int x0, int n, int y, double* x, double* y_out) {
+                first->seen_at(x0, n, y, x, y_out);
+            };
+    }
+    const std::ptrdiff_t started = start ? 1 : 0;
+    if (!start) start = row_map(PolyTransform());
+    std::vector<Part> rest(parts_.begin() + started, parts_.end());
     return [start = std::move(start), rest = std::move(rest)](int x0, int n, int y, double* x,
                                                               double* y_out) {
         start(x0, n, y, x, y_out);

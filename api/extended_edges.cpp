@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <vector>
 
 #include "api/isa.h"
@@ -17,6 +18,10 @@ namespace {
 constexpr int rows_per_block = 32;
 /// Pixels on the line that a value is carried on along: the neighbour and the last one behind it.
 constexpr int line = 4;
+/// Pixels inside a border that may show what lies beyond it: the blur of the optics.
+constexpr int mixed_depth = 3;
+/// Pixels around a plane of states that are never known.
+constexpr int margin = 8;
 /// Bytes beyond the last pixel that the kernels read or write.
 constexpr int overhang = 64;
 
@@ -35,7 +40,7 @@ class EdgeExtension {
           height_(height),
           reach_(reach),
           out_(out),
-          states_(width + 2 * line + overhang, height + 2 * line),
+          states_(width + 2 * margin + overhang, height + 2 * margin),
           ring_(static_cast<std::size_t>(height)),
           next_ring_(static_cast<std::size_t>(height)) {}
 
@@ -43,9 +48,9 @@ class EdgeExtension {
     bool take_known(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
                     Progress& progress) {
         const EdgeKernels& kernels = active_edge_kernels();
-        for (int y = 0; y < line; ++y) {
+        for (int y = 0; y < margin; ++y) {
             forget(y, 0);
-            forget(height_ + line + y, 0);
+            forget(height_ + margin + y, 0);
         }
         std::atomic<bool> all{true};
         parallel_rows(height_, rows_per_block, progress, [&](int y0, int y1) {
@@ -53,15 +58,18 @@ class EdgeExtension {
                 if (!kernels.take_known({values.row(y), mask.row(y)}, width_, out_.row(y),
                                         state(y)))
                     all.store(false, std::memory_order_relaxed);
-                std::fill_n(state(y) - line, line, pixel_state::unknown);
-                forget(y + line, width_ + line);
+                std::fill_n(state(y) - margin, margin, pixel_state::unknown);
+                forget(y + margin, width_ + margin);
             }
         });
         return all;
     }
 
     void run(Progress& progress) {
-        find_first(progress);
+        find_first(progress, [](int) { return true; });
+        const std::vector<std::uint8_t> changed = drop_mixed();
+        if (!changed.empty())
+            find_first(progress, [&](int y) { return changed[static_cast<std::size_t>(y)] != 0; });
         Progress silent;
         for (int ring = 1; has_ring(); ++ring) {
             throw_if_aborted(progress);
@@ -72,8 +80,8 @@ class EdgeExtension {
     }
 
   private:
-    std::uint8_t* state(int y) { return states_.row(y + line) + line; }
-    const std::uint8_t* state(int y) const { return states_.row(y + line) + line; }
+    std::uint8_t* state(int y) { return states_.row(y + margin) + margin; }
+    const std::uint8_t* state(int y) const { return states_.row(y + margin) + margin; }
     /// From byte `from` of a row of states on.
     void forget(int row, int from) {
         std::fill(states_.row(row) + from, states_.row(row) + states_.width(),
@@ -84,16 +92,70 @@ class EdgeExtension {
         return std::ranges::any_of(ring_, [](const auto& columns) { return !columns.empty(); });
     }
 
-    void find_first(Progress& progress) {
+    /// The first ring, in the rows that are `wanted`.
+    template <class Wanted>
+    void find_first(Progress& progress, const Wanted& wanted) {
         const EdgeKernels& kernels = active_edge_kernels();
         parallel_rows(height_, rows_per_block, progress, [&](int y0, int y1) {
             std::vector<int> found(static_cast<std::size_t>(width_));
             for (int y = y0; y < y1; ++y) {
+                if (!wanted(y)) continue;
                 const int count =
                     kernels.border(state(y - 1), state(y), state(y + 1), width_, found.data());
                 ring_[static_cast<std::size_t>(y)].assign(found.begin(), found.begin() + count);
             }
         });
+    }
+
+    /// Makes usable pixels unknown that show what lies beyond the border as well. Gives 1 for the
+    /// rows at and beside them; nothing when there are none.
+    std::vector<std::uint8_t> drop_mixed() {
+        std::vector<std::vector<int>> mixed(static_cast<std::size_t>(height_));
+        Progress silent;
+        parallel_rows(height_, rows_per_block, silent, [&](int y0, int y1) {
+            for (int y = y0; y < y1; ++y)
+                for (const Direction& inwards : directions)
+                    for (int depth = 1; depth <= mixed_depth; ++depth) {
+                        const int border = y - depth * inwards.y;
+                        if (border < 0 || border >= height_) continue;
+                        for (const int x : ring_[static_cast<std::size_t>(border)])
+                            if (is_mixed(x + depth * inwards.x, y, depth, inwards))
+                                mixed[static_cast<std::size_t>(y)].push_back(x + depth * inwards.x);
+                    }
+        });
+        std::vector<std::uint8_t> changed;
+        for (int y = 0; y < height_; ++y) {
+            const std::vector<int>& columns = mixed[static_cast<std::size_t>(y)];
+            if (columns.empty()) continue;
+            changed.resize(static_cast<std::size_t>(height_), 0);
+            for (int near = std::max(y - 1, 0); near <= std::min(y + 1, height_ - 1); ++near)
+                changed[static_cast<std::size_t>(near)] = 1;
+            for (const int x : columns)
+                state(y)[x] = pixel_state::unknown;
+        }
+        return changed;
+    }
+
+    /// Whether a usable pixel `depth` pixels inwards of the border departs from the line through
+    /// the pixels farther inside by far more than their bend explains.
+    bool is_mixed(int x, int y, int depth, const Direction& inwards) const {
+        constexpr float of_bend = 3;
+        constexpr float of_value = 0.0005F;
+        const std::ptrdiff_t step = inwards.y * std::ptrdiff_t{states_.stride()} + inwards.x;
+        const std::uint8_t* const own_state = state(y) + x;
+        for (int k = 1 - depth; k <= margin - depth; ++k)
+            if (own_state[k * step] != pixel_state::known) return false;
+        const std::ptrdiff_t value_step = inwards.y * out_.stride + inwards.x;
+        const float* const own = out_.row(y) + x;
+        const int n = mixed_depth + 1 - depth;  // to the first pixel of the line
+        const auto behind = [&](int k) { return own[(n + k) * value_step]; };
+        const auto bend = [&](int k) {
+            return std::abs(behind(k - 1) - 2 * behind(k) + behind(k + 1));
+        };
+        const auto far = static_cast<float>(n);
+        const float expected = behind(0) + far * (behind(0) - behind(2)) / 2;
+        const float explained = std::max({bend(1), bend(2), bend(3)}) * far * (0.5F * far + 1);
+        return std::abs(*own - expected) > of_bend * explained + of_value * std::abs(expected);
     }
 
     /// Values of the pixels of a ring, from those of lower states only.

@@ -84,25 +84,26 @@ image field_of(const Scene& scene, const image& off, const image& on) {
     return convert_field(form_ratio(off, on, {}, progress), scene.conversion, progress);
 }
 
-std::shared_ptr<const DisplacementField> waves(int n) {
+/// The alignment's mapping and waves of 1 px besides, nodes every 8 pixels: what an alignment by
+/// texture gives.
+std::shared_ptr<const DisplacementField> bent(const Scene& scene) {
     constexpr int step = 8;
     constexpr int ring = DisplacementField::ring;
-    Bitmap<double> u((n - 1) / step + 1 + 2 * ring, (n - 1) / step + 1 + 2 * ring);
-    Bitmap<double> v(u.width(), u.height());
-    for (int r = 0; r < u.height(); ++r)
-        for (int c = 0; c < u.width(); ++c) {
-            u(c, r) = std::sin(12.0 * step * (r - ring) / n);
-            v(c, r) = std::sin(9.0 * step * (c - ring) / n);
+    const int nodes = (scene.size - 1) / step + 1 + 2 * ring;
+    Bitmap<double> u(nodes, nodes);
+    Bitmap<double> v(nodes, nodes);
+    for (int r = 0; r < nodes; ++r)
+        for (int c = 0; c < nodes; ++c) {
+            const Point at{double(step) * (c - ring), double(step) * (r - ring)};
+            const Point to = apply_poly(scene.off_from_on, at);
+            u(c, r) = to.x - at.x + std::sin(12 * at.y / scene.size);
+            v(c, r) = to.y - at.y + std::sin(9 * at.x / scene.size);
         }
     return std::make_shared<const DisplacementField>(step, u, v);
 }
 
-/// The corrected image through whatever lies between it and the wind-off image's ideal picture.
-image sampled_once(const Scene& scene, const image& picture,
-                   const std::shared_ptr<const DisplacementField>& bending) {
-    ImageMap map;
-    map.then(scene.off_from_on);
-    if (bending) map.then(bending);
+/// The corrected image through a map and the lens.
+image sampled_once(const Scene& scene, const image& picture, ImageMap map) {
     map.then(scene.lens);
     Progress progress;
     return resample(picture, scene.size, scene.size, map.rows(), progress);
@@ -110,7 +111,9 @@ image sampled_once(const Scene& scene, const image& picture,
 
 image field_of_point_once(const Scene& scene) {
     const image off = undistorted(scene, corrected(scene, scene.off));
-    return field_of(scene, off, sampled_once(scene, corrected(scene, scene.on), nullptr));
+    return field_of(
+        scene, off,
+        sampled_once(scene, corrected(scene, scene.on), ImageMap().then(scene.off_from_on)));
 }
 
 image field_of_point(const Scene& scene) {
@@ -227,7 +230,7 @@ void triad(const Bitmap<float>& b, const Bitmap<float>& c, Bitmap<float>& a) {
 
 Inputs::Inputs(int n)
     : scene(n),
-      bending(waves(n)),
+      bending(bent(scene)),
       corrected_off(corrected(scene, scene.off)),
       corrected_on(corrected(scene, scene.on)),
       undistorted_off(undistorted(scene, corrected_off)),
@@ -256,7 +259,9 @@ std::vector<Stage> our_stages(Inputs& inputs) {
         {"undistort", [&](Sink& sink) { sink.take(undistorted(scene, inputs.corrected_off)); }},
         {"polywarp", [&](Sink& sink) { sink.take(aligned(scene, inputs.undistorted_on)); }},
         {"mapwarp",
-         [&](Sink& sink) { sink.take(sampled_once(scene, inputs.corrected_on, inputs.bending)); }},
+         [&](Sink& sink) {
+             sink.take(sampled_once(scene, inputs.corrected_on, ImageMap().then(inputs.bending)));
+         }},
         {"field_fused",
          [&](Sink& sink) {
              sink.take(field_of(scene, inputs.undistorted_off, inputs.aligned_on));

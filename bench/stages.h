@@ -29,7 +29,7 @@ struct Inputs {
     explicit Inputs(int n);
 
     Scene scene;
-    std::shared_ptr<const DisplacementField> bending;  ///< waves of 1 px, nodes every 8 pixels
+    std::shared_ptr<const DisplacementField> bending;  ///< the mapping with waves of 1 px
     image corrected_off;
     image corrected_on;
     image undistorted_off;
@@ -53,7 +53,7 @@ struct Inputs {
 ///                made row by row as the program does
 /// undistort      prefilter, positions, values, mask and region of one image
 /// polywarp       the same through the alignment's polynomial
-/// mapwarp        the same of a corrected image through polynomial, displacements and lens together
+/// mapwarp        the same of a corrected image through a displacement field and the lens together
 /// field_fused    ratio, law and limits in one pass that makes both images: the program keeps them
 /// medianK, boxK_masked, gaussK_masked, rangeK_masked
 ///                filters on windows of K x K pixels, K = 3, 5, 9 and 15
