@@ -1,9 +1,25 @@
 // Compiled once per instruction set; see vyn_kernels in cmake/VynTargets.cmake.
 #include "align/kernels/displacement_kernels.h"
 
+#include <type_traits>
+
 namespace vyn::VYN_ISA {
 
 namespace {
+
+/// `count` pixels between two nodes, from a phase on; a constant count becomes straight vector
+/// code.
+template <class Count>
+inline __attribute__((always_inline)) void between_nodes(const double* c, const double* w0,
+                                                         std::ptrdiff_t stride, Count count,
+                                                         double start, double slope,
+                                                         double* __restrict out) {
+    const double* const w1 = w0 + stride;
+    const double* const w2 = w1 + stride;
+    const double* const w3 = w2 + stride;
+    for (int p = 0; p < count; ++p)
+        out[p] = (w0[p] * c[0] + w1[p] * c[1] + w2[p] * c[2] + w3[p] * c[3]) + (start + slope * p);
+}
 
 void row(const DisplacementRow& r, int x0, int n, double start, double slope,
          double* __restrict out) {
@@ -21,13 +37,12 @@ void row(const DisplacementRow& r, int x0, int n, double start, double slope,
         const int phase = x - first_pixel - node * r.step;
         const int left = n - i < r.step - phase ? n - i : r.step - phase;
         const double* const c = r.coefficients + node;
-        const double* const w0 = r.phases + phase;
-        const double* const w1 = w0 + r.stride;
-        const double* const w2 = w1 + r.stride;
-        const double* const w3 = w2 + r.stride;
-        for (int p = 0; p < left; ++p)
-            out[i + p] = (w0[p] * c[0] + w1[p] * c[1] + w2[p] * c[2] + w3[p] * c[3]) +
-                         (start + slope * (x + p));
+        const double* const w = r.phases + phase;
+        constexpr std::integral_constant<int, 8> usual;  // the default step
+        if (left == usual)
+            between_nodes(c, w, r.stride, usual, start + slope * x, slope, out + i);
+        else
+            between_nodes(c, w, r.stride, left, start + slope * x, slope, out + i);
         i += left;
     }
 }
