@@ -125,6 +125,29 @@ std::string text_keyword(FitsFile& file, const char* name) {
     return missing == 0 ? value : "";
 }
 
+/// The long line that the header's history holds from the first card on that opens one, as
+/// `write_header` puts it there; empty when there is none.
+std::string description(FitsFile& file) {
+    constexpr std::size_t keyword_columns = 8;
+    constexpr std::size_t text_columns = 72;
+    int missing = 0;
+    int cards = 0;
+    fits_get_hdrspace(file.handle(), &cards, nullptr, &missing);
+    std::string text;
+    for (int i = 1; i <= cards && missing == 0; ++i) {
+        char card[FLEN_CARD] = "";
+        fits_read_record(file.handle(), i, card, &missing);
+        const std::string_view whole(card);
+        if (!whole.starts_with("HISTORY ")) continue;
+        std::string part(whole.substr(keyword_columns));
+        if (text.empty() && !part.starts_with('{')) continue;
+        // Blanks at the end of a card are not kept.
+        part.resize(text_columns, ' ');
+        text += part;
+    }
+    return text;
+}
+
 void write_text_keyword(FitsFile& file, const char* name, std::string value) {
     // Headers are plain ASCII.
     if (value.empty() || std::ranges::any_of(value, [](char c) { return c < ' ' || c > '~'; }))
@@ -161,8 +184,11 @@ image FitsFormat::read(const fs::path& path, Progress& progress) const {
         }
     progress.fraction(1);
     image result = burst.take(path);
+    take_description(description(file), result);
     result.quantity = quantity_stored_as(text_keyword(file, quantity_keyword));
-    result.unit = sound_unit(text_keyword(file, unit_keyword));
+    // Units that are no plain ASCII stand in the description only.
+    if (const std::string unit = text_keyword(file, unit_keyword); !unit.empty())
+        result.unit = sound_unit(unit);
     return result;
 }
 

@@ -20,6 +20,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* format_name = "vynlite-imp";
+constexpr const char* extended = "extended";
 constexpr std::array known_pages{"values", "mask", "region", "u", "v", "saturated"};
 
 [[noreturn]] void reject(const std::string& reason) {
@@ -115,6 +116,7 @@ std::string write_description(const ImageAttributes& attributes,
                   {"pages", pages},
                   {"name", attributes.name},
                   {"degree", attributes.degree},
+                  {"edges", attributes.edges == SplineEdges::extended ? extended : "stored"},
                   {"displacementStep", attributes.displacement ? attributes.displacement->step : 1},
                   {"fullScale", from_double(attributes.full_scale)},
                   {"markers", marker_set_json(attributes.markers)}};
@@ -138,6 +140,9 @@ ImpDescription parse_description(const std::string& text) {
     ImageAttributes& attributes = content.attributes;
     attributes.name = entry(document, "name").get<std::string>();
     attributes.degree = to_int(document, "degree", 2, 5);
+    // Files written before edges could be extended do not say.
+    if (const auto edges = document.find("edges"); edges != document.end() && *edges == extended)
+        attributes.edges = SplineEdges::extended;
     content.displacement_step = to_int(document, "displacementStep", 1);
     attributes.full_scale = to_double(document, "fullScale");
     attributes.markers = parse_marker_set(entry(document, "markers"));

@@ -29,14 +29,17 @@ class Attributes : public testing::TestWithParam<const char*> {
 
 TEST_P(Attributes, ComeBackFromTheFile) {
     image picture = pressures();
-    picture.unit = fits_ ? "m'/s" : "\u00b5m";
+    picture.unit = "m'/s \u00b5";
+    picture.edges = SplineEdges::extended;
     const std::string provenances[] = {"", R"({"program": "x", "unit": 3})", "plain text"};
     for (int kind = 0; kind <= static_cast<int>(Kind::displacement); ++kind) {
         picture.quantity = {static_cast<Kind>(kind), kind % 2 == 1};
         const image back = read_back(picture, {.provenance = provenances[kind % 3]});
         EXPECT_EQ(back.quantity, picture.quantity) << kind;
         EXPECT_EQ(back.unit, picture.unit) << kind;
-        EXPECT_EQ(back.origin, fits_ ? ImageOrigin() : picture.origin) << kind;
+        EXPECT_EQ(back.edges,
+                  GetParam() == std::string("imp") ? SplineEdges::extended : SplineEdges::stored);
+        EXPECT_EQ(back.origin, picture.origin) << kind;
     }
 }
 

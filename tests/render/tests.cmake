@@ -1,8 +1,10 @@
 vyn_tests(render
     SOURCES
         colour_map_test.cpp
+        fashion_test.cpp
         limits_test.cpp
         line_profile_test.cpp
         palette_test.cpp
+        picture_test.cpp
         render_test.cpp
     LINK vyn_render PNG::PNG)

@@ -3,6 +3,5 @@ vyn_tests(view
         edit/marker_edit_test.cpp
         edit/mouse_gesture_test.cpp
         edit/region_edit_test.cpp
-        export_test.cpp
         viewer_rules_test.cpp
-    LINK vyn_view PNG::PNG)
+    LINK vyn_view)

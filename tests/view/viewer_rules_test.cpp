@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "api/image_io.h"
-#include "render/difference.h"
-#include "render/fashion.h"
-#include "render/ticks.h"
 #include "tests/support/temporary_folder.h"
 #include "view/edit/double_keys.h"
+#include "view/probe_text.h"
 #include "view/save_rules.h"
 
 namespace vyn {
@@ -29,59 +27,6 @@ TEST(DoubleKeys, MeanTheMarkerCommandWhileAMarkerModeIsOn) {
         EXPECT_EQ(command_of(DoubleKey::ctrl_e, mode), marker_edit);
         EXPECT_EQ(command_of(DoubleKey::ctrl_s, mode), save_markers);
     }
-}
-
-TEST(Ticks, AreRoundNumbersWithinTheLimits) {
-    struct Case {
-        double low;
-        double high;
-        int most;
-        std::vector<std::string> texts;
-    };
-    const Case cases[] = {
-        {0, 1, 6, {"0.0", "0.2", "0.4", "0.6", "0.8", "1.0"}},
-        {-0.31, 0.3, 4, {"-0.2", "0.0", "0.2"}},
-        {78060, 98630, 5, {"80000", "85000", "90000", "95000"}},
-        {1e-7, 3e-7, 3, {"1e-07", "2e-07", "3e-07"}},
-        {2e8, 4e8, 3, {"2e+08", "3e+08", "4e+08"}},
-        {5, 5, 5, {}},
-        {7, 3, 5, {}},
-        {0, std::numeric_limits<double>::infinity(), 5, {}},
-        {std::nan(""), 1, 5, {}},
-        {1e15, 1e15 + 1e-3, 5, {}},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(make_ticks(c.low, c.high, c.most).texts, c.texts) << c.low << ' ' << c.high;
-}
-
-TEST(Fashion, TidyLimitsKeepAThousandthOfTheirRange) {
-    const Limits tidied = tidy({78061.2346, 98629.8765});
-    EXPECT_EQ(tidied, (Limits{78060, 98630}));
-    EXPECT_EQ(tidy({0.123456, 0.234567}), (Limits{0.1235, 0.2346}));
-    EXPECT_EQ(tidy({5.5555, 5.5555}), (Limits{5.5555, 5.5555}));
-    EXPECT_EQ(tidy({-1e308, 1e308}), (Limits{-1e308, 1e308}));
-}
-
-TEST(Fashion, SuggestedVectorsReachTheirNeighbours) {
-    Displacement map{Bitmap<float>(200, 100, 0.3F), Bitmap<float>(200, 100, 0.4F), 8};
-    map.u(0, 0) = std::nanf("");
-    const VectorStyle style = suggested_vectors(map);
-    EXPECT_EQ(style.u_skip, 5);
-    EXPECT_NEAR(style.scale * 0.5, 5 * 8, 1) << "length 0.5 pixel, every fifth node";
-    EXPECT_EQ(suggested_vectors({}).scale, 1);
-}
-
-TEST(DifferenceLimits, AreEvenAboutZero) {
-    auto a = std::make_shared<image>(1200, 900);
-    auto b = std::make_shared<image>(1200, 900);
-    a->values().fill(10);
-    b->values().fill(12.5F);
-    for (int x = 0; x < 5; ++x)
-        a->values()(x, 0) = 1e9F;  // a few wild pixels do not count
-    const auto levels = [](const auto& picture) { return ImageLevels(picture); };
-    EXPECT_EQ(difference_limits(levels(a), levels(b)), (Limits{-2.5, 2.5}));
-    b->mask().fill(1);
-    EXPECT_EQ(difference_limits(levels(a), levels(b)), (Limits{0, 0}));
 }
 
 class SaveRules : public testing::Test {
@@ -129,6 +74,18 @@ TEST_F(SaveRules, RawDataIsNeverTheTarget) {
     computed_field.name = image_names::field;
     project.add(image(computed_field));
     EXPECT_TRUE(allowed(computed, computed_field, "pressure.imp"));
+}
+
+TEST(ProbeText, FollowsTheState) {
+    ProbedPixel pixel{3, 4, 1.5F, false, true, false, 0.25F, -1};
+    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Cp=1.500000 ");
+    pixel.has_vectors = true;
+    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Cp=1.500000 ; vectors: U=0.250000, V=-1.000000");
+    pixel.in_roi = false;
+    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, ROI excluded; vectors: U=0.250000, V=-1.000000");
+    pixel.background = true;
+    pixel.has_vectors = false;
+    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Background");
 }
 
 }  // namespace

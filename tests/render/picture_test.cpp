@@ -1,3 +1,5 @@
+#include "render/picture.h"
+
 #include <cmath>
 #include <limits>
 #include <random>
@@ -7,14 +9,11 @@
 #include <png.h>
 
 #include "core/errors.h"
-#include "core/keys.h"
-#include "render/picture.h"
 #include "render/tecplot.h"
 #include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/picture_of.h"
 #include "tests/support/temporary_folder.h"
-#include "view/probe_text.h"
 
 namespace vyn {
 namespace {
@@ -81,18 +80,6 @@ TEST(Tecplot, FailuresLeaveTheOldFile) {
         EXPECT_THROW(write_tecplot(large, "", folder / "f.dat", progress), FileError);
     }
     EXPECT_EQ(get_file(folder / "f.dat"), "old");
-}
-
-TEST(ProbeText, FollowsTheState) {
-    ProbedPixel pixel{3, 4, 1.5F, false, true, false, 0.25F, -1};
-    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Cp=1.500000 ");
-    pixel.has_vectors = true;
-    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Cp=1.500000 ; vectors: U=0.250000, V=-1.000000");
-    pixel.in_roi = false;
-    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, ROI excluded; vectors: U=0.250000, V=-1.000000");
-    pixel.background = true;
-    pixel.has_vectors = false;
-    EXPECT_EQ(probe_text(pixel, "Cp"), "x=3 y=4, Background");
 }
 
 /// Reads a PNG file's bytes by the PNG library.
