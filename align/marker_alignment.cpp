@@ -3,28 +3,25 @@
 #include <algorithm>
 #include <cmath>
 
+#include "align/consensus.h"
 #include "align/marker_matching.h"
 #include "core/numbers.h"
 
 namespace vyn {
 
+using namespace pairing_parts;
+
 namespace {
 
 constexpr int largest_box = 1'000'000;
+/// No marker is found better (pixels); below it residuals say nothing.
+constexpr double marker_accuracy = 0.05;
+constexpr std::size_t named_markers = 5;
+constexpr int max_rounds = 20;
 
 int active_count(const MarkerSet& set) {
     return static_cast<int>(std::count_if(set.markers.begin(), set.markers.end(),
                                           [](const Marker& marker) { return marker.active; }));
-}
-
-PolyFit fit_pairs(const std::vector<MarkerPair>& pairs, int coefficients) {
-    std::vector<Point> from;
-    std::vector<Point> to;
-    for (const MarkerPair& pair : pairs) {
-        from.push_back(pair.reference);
-        to.push_back(pair.moved);
-    }
-    return fit_poly(from, to, coefficients);
 }
 
 void measure_residuals(MarkerMatch& match) {
@@ -46,6 +43,55 @@ void measure_residuals(MarkerMatch& match) {
     const auto count = static_cast<double>(match.pairs.size());
     match.mean_square_error = std::sqrt(squares / count);
     match.mean_absolute_error = distances / count;
+}
+
+/// Tells of markers far from the mapping that fits all others, and how far.
+void note_far_markers(MarkerMatch& match, int coefficients) {
+    PolyTransform mapping = match.moved_from_reference;
+    std::vector<std::size_t> far;
+    std::vector<double> distances = distances_from(mapping, match.pairs);
+    for (int round = 0; round < max_rounds; ++round) {
+        const double limit = suspicious_distance(distances);
+        std::vector<std::size_t> now;
+        std::vector<MarkerPair> near;
+        for (std::size_t i = 0; i < distances.size(); ++i)
+            if (distances[i] > limit)
+                now.push_back(i);
+            else
+                near.push_back(match.pairs[i]);
+        if (now == far || near.size() <= static_cast<std::size_t>(coefficients)) break;
+        far = std::move(now);
+        const PolyFit fit = fit_pairs(near, coefficients);
+        if (!fit.ok) break;
+        distances = distances_from(fit.map, match.pairs);
+    }
+    if (far.empty()) return;
+    std::string text = "Far from where the other markers put them, but used:";
+    for (std::size_t k = 0; k < std::min(far.size(), named_markers); ++k)
+        text += (k == 0 ? " No " : ", No ") + std::to_string(match.pairs[far[k]].reference_id) +
+                " by " + format_fixed(distances[far[k]], 1) + " px";
+    if (far.size() > named_markers)
+        text += " and " + std::to_string(far.size() - named_markers) + " more";
+    match.notes.push_back(text);
+}
+
+void judge_residuals(MarkerMatch& match, int coefficients) {
+    const double middle = median(distances_from(match.moved_from_reference, match.pairs));
+    const double worst = match.max_absolute_error;
+    if (worst > marker_accuracy &&
+        (worst > suspicious_pixels || worst > suspicious_medians * middle)) {
+        note_far_markers(match, coefficients);
+        match.notes.push_back("The worst residual of the markers is " + format_general(worst, 3) +
+                              " px at marker No " + std::to_string(match.max_error_marker) +
+                              ", their median " + format_general(middle, 3) + " px");
+    }
+    match.poor = match.poor || match.mean_square_error > poor_alignment_rms;
+    if (match.poor)
+        match.notes.push_back("Poorly aligned: the markers' root mean square error is " +
+                              format_general(match.mean_square_error, 3) + " px" +
+                              (match.mean_square_error > poor_alignment_rms
+                                   ? ""
+                                   : ", but too few pairs agree"));
 }
 
 }  // namespace
@@ -71,6 +117,7 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
         match.failure = "Pairing the markers failed: " + pairing.notes.back();
         return match;
     }
+    match.poor = pairing.doubtful;
     match.pairs = std::move(pairing.pairs);
     if (match.pairs.empty()) {
         match.failure = no_pairs_text;
@@ -94,6 +141,7 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
             "The marker pairs do not determine a mapping of this order; the least correction that "
             "fits them is used");
     measure_residuals(match);
+    judge_residuals(match, coefficients);
     match.ok = true;
     return match;
 }
@@ -101,18 +149,21 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
 std::vector<std::string> report_lines(const MarkerMatch& match, const std::string& reference_name,
                                       const std::string& moved_name) {
     const auto number = [](double value) { return format_general(value, 6); };
-    return {
+    std::vector<std::string> lines{
         "Markers Connection:",
         "Number of markers:" + std::to_string(match.moved_count),
         "Number of standard markers = " + std::to_string(match.reference_count),
         "Number of pairs = " + std::to_string(match.pairs.size()),
-        "Mean-square error = " + number(match.mean_square_error),
-        "Mean absolute error = " + number(match.mean_absolute_error),
-        "Maximal absolute error = " + number(match.max_absolute_error) + " at marker No " +
-            std::to_string(match.max_error_marker),
-        "Image Alignment:    " + moved_name + " - (" + reference_name + ")",
-        "",
     };
+    if (match.ok) {
+        lines.push_back("Mean-square error = " + number(match.mean_square_error));
+        lines.push_back("Mean absolute error = " + number(match.mean_absolute_error));
+        lines.push_back("Maximal absolute error = " + number(match.max_absolute_error) +
+                        " at marker No " + std::to_string(match.max_error_marker));
+        lines.push_back("Image Alignment:    " + moved_name + " - (" + reference_name + ")");
+    }
+    lines.emplace_back();
+    return lines;
 }
 
 std::vector<std::string> order_lines(const OrderErrors& orders) {

@@ -26,6 +26,7 @@ struct MarkerMatch {
     int moved_count = 0;
     bool different_counts = false;  ///< the sets have different numbers of active markers
     bool underdetermined = false;
+    bool poor = false;  ///< not to be trusted: a large error, or pairs that do not agree
     double mean_square_error = 0;    ///< root of the mean of the squared distances
     double mean_absolute_error = 0;  ///< mean of the distances
     double max_absolute_error = 0;
@@ -39,12 +40,17 @@ struct MarkerMatch {
 inline constexpr const char* no_pairs_text =
     "There are no pairs to transform Image.\nCopy is available only.";
 
+/// Above it (root mean square, pixels) pictures count as poorly aligned.
+inline constexpr double poor_alignment_rms = 2;
+
 /// Pairs the markers, fits the mapping that takes a reference pixel to the moved image's pixel, and
-/// measures its residuals. Fails when pairing fails, 2 * pairs < coefficients, or the fit fails.
+/// measures its residuals. Notes tell of a worst residual above one pixel or five times the median,
+/// and of markers far from where the others put them. Fails when pairing fails, 2 * pairs < coefficients, or the fit fails.
 MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
                           const MarkerMatchOptions& options);
 
-/// The report as lines for the log, the last one empty; the names are those of the two images.
+/// The report as lines for the log, the last one empty; the names are those of the two images. A
+/// match that failed has no errors to report.
 std::vector<std::string> report_lines(const MarkerMatch& match, const std::string& reference_name,
                                       const std::string& moved_name);
 

@@ -44,12 +44,6 @@ std::vector<Point> positions(const std::vector<Marker>& markers) {
     return points;
 }
 
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 /// Indices of the points nearest to a place, nearest first.
 std::vector<std::size_t> nearest_indices(std::span<const Point> points, Point place,
                                          std::size_t count) {
@@ -65,22 +59,13 @@ std::vector<std::size_t> nearest_indices(std::span<const Point> points, Point pl
     return indices;
 }
 
-/// The similarity that takes a0 to b0 and a1 to b1; nothing when it turns or stretches too much.
-std::optional<PolyTransform> similarity(Point a0, Point a1, Point b0, Point b1) {
-    const Point a{a1.x - a0.x, a1.y - a0.y};
-    const Point b{b1.x - b0.x, b1.y - b0.y};
-    const double square = a.x * a.x + a.y * a.y;
-    const double c = (a.x * b.x + a.y * b.y) / square;
-    const double s = (a.x * b.y - a.y * b.x) / square;
+/// Whether a similarity stretches and turns no more than pictures of one point do.
+bool is_likely(const PolyTransform& similarity) {
+    const double c = similarity.ax[1];
+    const double s = similarity.ay[1];
     const double stretch = std::hypot(c, s);
-    if (!(stretch <= max_stretch) || !(stretch >= 1 / max_stretch) ||
-        std::abs(std::atan2(s, c)) > max_turn)
-        return std::nullopt;
-    PolyTransform map;
-    map.n = 3;
-    map.ax = {b0.x - c * a0.x + s * a0.y, c, -s};
-    map.ay = {b0.y - s * a0.x - c * a0.y, s, c};
-    return map;
+    return stretch <= max_stretch && stretch >= 1 / max_stretch &&
+           std::abs(std::atan2(s, c)) <= max_turn;
 }
 
 class GeometryMatcher {
@@ -134,7 +119,8 @@ class GeometryMatcher {
                             reference_[j].y + moved_[p].y - reference_[i].y};
         const std::optional<std::size_t> q = among_moved_.nearest(carried, Window(2 * spacing_));
         if (!q || *q == p) return std::nullopt;
-        return similarity(reference_[i], reference_[j], moved_[p], moved_[*q]);
+        const auto map = similarity(reference_[i], reference_[j], moved_[p], moved_[*q]);
+        return map && is_likely(*map) ? map : std::nullopt;
     }
 
     double score(const PolyTransform& map) const {

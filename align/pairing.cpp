@@ -1,10 +1,12 @@
 #include "align/pairing.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <unordered_map>
 
-#include "align/pairing_parts.h"
+#include "align/consensus.h"
+#include "core/numbers.h"
 
 namespace vyn {
 
@@ -49,53 +51,125 @@ std::vector<MarkerPair> pair_by_id(const std::vector<Marker>& reference,
     return pairs;
 }
 
-/// The mapping of the fullest order that so few pairs determine, but not above the one wanted; the
-/// identity without pairs.
-PolyTransform provisional_mapping(std::span<const MarkerPair> pairs, int wanted_coefficients) {
-    std::vector<Point> from;
-    std::vector<Point> to;
-    for (const MarkerPair& pair : pairs) {
-        from.push_back(pair.reference);
-        to.push_back(pair.moved);
-    }
-    int n = 0;
-    for (const int candidate : {1, 3, 6, 10})
-        if (candidate <= wanted_coefficients && static_cast<std::size_t>(candidate) <= pairs.size())
-            n = candidate;
-    const PolyFit fit = fit_poly(from, to, n);
-    return fit.ok ? fit.map : PolyTransform{};
-}
-
-/// Mutual nearest neighbours of the markers from `first` on, the reference ones taken through the
-/// mapping.
-void append_mutual_nearest(const std::vector<Marker>& reference, const std::vector<Marker>& moved,
-                           std::size_t first, const PolyTransform& mapping, const Window& window,
-                           std::vector<MarkerPair>& pairs) {
+/// The first `fixed` pairs by order as far as the window holds them, then mutual nearest neighbours
+/// of the other markers.
+std::vector<MarkerPair> pair_by_neighbour(const std::vector<Marker>& reference,
+                                          const std::vector<Marker>& moved, std::size_t fixed,
+                                          const PolyTransform& mapping, const Window& window) {
+    std::vector<MarkerPair> pairs;
+    std::vector<const Marker*> from;
     std::vector<Point> predicted;
-    for (std::size_t i = first; i < reference.size(); ++i)
-        predicted.push_back(apply_poly(mapping, position(reference[i])));
     std::vector<Point> found;
-    for (std::size_t i = first; i < moved.size(); ++i)
-        found.push_back(position(moved[i]));
+    for (std::size_t i = 0; i < std::max(reference.size(), moved.size()); ++i) {
+        if (i < fixed && window.holds(apply_poly(mapping, position(reference[i])),
+                                      position(moved[i]))) {
+            pairs.push_back(make_pair(reference[i], moved[i]));
+            continue;
+        }
+        if (i < reference.size()) {
+            from.push_back(&reference[i]);
+            predicted.push_back(apply_poly(mapping, position(reference[i])));
+        }
+        if (i < moved.size()) found.push_back(position(moved[i]));
+    }
     for (const IndexPair& pair : mutual_nearest(predicted, found, NearestFinder(found), window))
-        pairs.push_back(make_pair(reference[first + pair.first], moved[first + pair.second]));
+        pairs.push_back(
+            {position(*from[pair.first]), found[pair.second], from[pair.first]->id});
+    return pairs;
 }
 
-/// Drops the pairs after the first `fixed` that leave the window about their predicted position.
-void drop_outliers(std::vector<MarkerPair>& pairs, std::size_t fixed, const PairingOptions& options,
-                   std::vector<std::string>& notes) {
-    if (fixed == 0 || pairs.size() <= fixed) return;
-    const PolyTransform mapping = provisional_mapping({pairs.data(), fixed}, options.coefficients);
+std::vector<MarkerPair> pairs_inside(const std::vector<MarkerPair>& pairs,
+                                     const PolyTransform& mapping, const Window& window) {
+    std::vector<MarkerPair> inside;
+    std::ranges::copy_if(pairs, std::back_inserter(inside), [&](const MarkerPair& pair) {
+        return window.holds(apply_poly(mapping, pair.reference), pair.moved);
+    });
+    return inside;
+}
+
+/// How many of how many markers that could have pairs have them.
+struct Agreement {
+    std::size_t pairs;
+    std::size_t of;
+};
+
+/// Tells of the pairs that the window does not hold, and of doubt when there are such.
+void note_outside(const std::vector<MarkerPair>& pairs, const PolyTransform& mapping,
+                  const Window& window, Agreement agreement, Pairing& pairing) {
+    bool outside = false;
+    for (const MarkerPair& pair : pairs) {
+        const Point mapped = apply_poly(mapping, pair.reference);
+        if (window.holds(mapped, pair.moved)) continue;
+        outside = true;
+        const double off = std::hypot(pair.moved.x - mapped.x, pair.moved.y - mapped.y);
+        pairing.notes.push_back("Marker No " + std::to_string(pair.reference_id) + " is " +
+                                format_fixed(off, 1) +
+                                " px from where the other markers put it, outside the search "
+                                "window, and is left out");
+    }
+    if (!outside || (agreement.pairs > static_cast<std::size_t>(mapping.n) &&
+                     2 * agreement.pairs > agreement.of))
+        return;
+    pairing.doubtful = true;
+    pairing.notes.push_back("Only " + std::to_string(agreement.pairs) + " of " +
+                            std::to_string(agreement.of) +
+                            " marker pairs agree; which ones are true is not certain");
+}
+
+/// Pairs by number or order, less those outside the window.
+void pair_listed(const std::vector<Marker>& reference, const std::vector<Marker>& moved,
+                 std::size_t fixed, const PairingOptions& options, Pairing& pairing) {
+    std::vector<MarkerPair> pairs;
+    const auto moved_index = index_by_id(moved);
+    if (moved_index && index_by_id(reference)) {
+        pairs = pair_by_id(reference, moved, *moved_index);
+    } else {
+        pairing.notes.push_back("Marker numbers are not unique; markers are paired by their order");
+        pairs = pair_by_order(reference, moved, reference.size());
+    }
     const Window window(options.window_side);
-    const auto outside = [&](const MarkerPair& pair) {
-        if (window.holds(apply_poly(mapping, pair.reference), pair.moved)) return false;
-        notes.push_back("Marker No " + std::to_string(pair.reference_id) +
-                        " is outside the search window and is left out");
-        return true;
+    Evidence evidence;
+    for (const MarkerPair& pair : pairs)
+        evidence.places.push_back(pair.reference);
+    evidence.distance = [&](std::size_t i, const Point& mapped) -> std::optional<double> {
+        const Point& seen = pairs[i].moved;
+        if (!window.holds(mapped, seen)) return std::nullopt;
+        return std::hypot(seen.x - mapped.x, seen.y - mapped.y);
     };
-    pairs.erase(
-        std::remove_if(pairs.begin() + static_cast<std::ptrdiff_t>(fixed), pairs.end(), outside),
-        pairs.end());
+    evidence.agreeing = [&](const PolyTransform& map) { return pairs_inside(pairs, map, window); };
+    const std::size_t samples = fixed == 0 ? pairs.size() : std::min(fixed, pairs.size());
+    const PolyTransform mapping = consensus_mapping(
+        {pairs.data(), samples},
+        fixed == 0 ? std::max(options.coefficients, 3) : options.coefficients, evidence, window);
+    pairing.pairs = pairs_inside(pairs, mapping, window);
+    note_outside(pairs, mapping, window, {pairing.pairs.size(), pairs.size()}, pairing);
+}
+
+/// Fixed pairs by order and the rest by nearest neighbour.
+void pair_neighbours(const std::vector<Marker>& reference, const std::vector<Marker>& moved,
+                     std::size_t fixed, const PairingOptions& options, Pairing& pairing) {
+    const Window window(options.window_side);
+    const std::vector<MarkerPair> first = pair_by_order(reference, moved, fixed);
+    std::vector<Point> seen;
+    for (const Marker& marker : moved)
+        seen.push_back(position(marker));
+    const NearestFinder finder(seen);
+    Evidence evidence;
+    for (const Marker& marker : reference)
+        evidence.places.push_back(position(marker));
+    evidence.distance = [&](std::size_t, const Point& mapped) -> std::optional<double> {
+        const auto nearest = finder.nearest(mapped, window);
+        if (!nearest) return std::nullopt;
+        return std::hypot(seen[*nearest].x - mapped.x, seen[*nearest].y - mapped.y);
+    };
+    evidence.agreeing = [&](const PolyTransform& map) {
+        return pair_by_neighbour(reference, moved, first.size(), map, window);
+    };
+    const PolyTransform mapping =
+        consensus_mapping(first, options.coefficients, evidence, window);
+    pairing.pairs = pair_by_neighbour(reference, moved, first.size(), mapping, window);
+    note_outside(first, mapping, window,
+                 {pairing.pairs.size(), std::min(reference.size(), moved.size())}, pairing);
 }
 
 }  // namespace
@@ -113,21 +187,8 @@ Pairing pair_markers(const MarkerSet& reference_set, const MarkerSet& moved_set,
     const std::vector<Marker> moved = usable_markers(moved_set, pairing.notes);
     const auto fixed = static_cast<std::size_t>(std::max(options.fix_first, 0));
 
-    if (options.link == 1) {
-        pairing.pairs = pair_by_order(reference, moved, fixed);
-        append_mutual_nearest(reference, moved, pairing.pairs.size(),
-                              provisional_mapping(pairing.pairs, options.coefficients),
-                              Window(options.window_side), pairing.pairs);
-        return pairing;
-    }
-    const auto moved_index = index_by_id(moved);
-    if (moved_index && index_by_id(reference)) {
-        pairing.pairs = pair_by_id(reference, moved, *moved_index);
-    } else {
-        pairing.notes.push_back("Marker numbers are not unique; markers are paired by their order");
-        pairing.pairs = pair_by_order(reference, moved, reference.size());
-    }
-    drop_outliers(pairing.pairs, fixed, options, pairing.notes);
+    const auto pair = options.link == 1 ? pair_neighbours : pair_listed;
+    pair(reference, moved, fixed, options, pairing);
     return pairing;
 }
 

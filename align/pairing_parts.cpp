@@ -65,4 +65,24 @@ std::vector<IndexPair> mutual_nearest(std::span<const Point> first, std::span<co
     return pairs;
 }
 
+std::optional<PolyTransform> similarity(Point a0, Point a1, Point b0, Point b1) {
+    const Point a{a1.x - a0.x, a1.y - a0.y};
+    const Point b{b1.x - b0.x, b1.y - b0.y};
+    const double square = a.x * a.x + a.y * a.y;
+    if (!(square > 0)) return std::nullopt;
+    const double c = (a.x * b.x + a.y * b.y) / square;
+    const double s = (a.x * b.y - a.y * b.x) / square;
+    PolyTransform map;
+    map.n = 3;
+    map.ax = {b0.x - c * a0.x + s * a0.y, c, -s};
+    map.ay = {b0.y - s * a0.x - c * a0.y, s, c};
+    return map;
+}
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
 }  // namespace vyn::pairing_parts

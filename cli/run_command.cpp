@@ -81,9 +81,7 @@ TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
     }
     outcome = runner.run(calculate(Goal::all, session, report));
     failure = runner.failure();
-    if (outcome == TaskOutcome::done_with_errors)
-        failure = "the images could not be aligned" +
-                  std::string(report->warnings.empty() ? "" : ": " + report->warnings.back().text);
+    if (outcome == TaskOutcome::done_with_errors) failure = unaligned_text(*report);
     return outcome;
 }
 
@@ -210,7 +208,7 @@ Work prepare_run(CLI::App& app, const GlobalOptions&) {
                  "find the markers of images whose marker files the project does not name");
     add_detection_options(app, options->detection);
     app.add_flag("--allow-unaligned", options->allow_unaligned,
-                 "save results even when the images could not be aligned");
+                 "save results even when the images could not be aligned, or poorly");
     app.add_flag("--force", options->force, "replace existing files");
     std::string steps = "Steps of the computation:\n";
     for (const Step& step : step_table())

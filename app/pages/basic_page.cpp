@@ -102,7 +102,8 @@ TaskOutcome BasicPage::run(const std::shared_ptr<Job>& job) {
                 tr("Done in %1 s.").arg(static_cast<double>(clock.elapsed()) / 1000, 0, 'f', 1);
             break;
         case TaskOutcome::done_with_errors:
-            last_run_ = tr("Done, but the images could not be aligned.");
+            last_run_ = tr("Done, but %1").arg(
+                QString::fromStdString(report_ ? unaligned_text(*report_) : "with errors"));
             break;
         case TaskOutcome::failed:
             last_run_ = tr("Failed: %1").arg(failure.isEmpty() ? tr("see the log") : failure);
@@ -124,6 +125,7 @@ std::shared_ptr<RunReport> BasicPage::report_for(PageStep step) const {
     report->warnings.clear();
     if (step == PageStep::ratio) {
         report->aligned.reset();
+        report->copied = false;
         report->alignment.reset();
         report->channels.reset();
         report->correlation.reset();

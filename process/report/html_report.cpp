@@ -87,8 +87,14 @@ std::string verdict(const PointCheck& check) {
         return "How the pictures were aligned is not known: the field does not come from a run of "
                "this session.";
     if (!check.aligned) return "The pictures were not aligned.";
-    return *check.aligned ? "The pictures are aligned."
-                          : "The pictures could not be aligned; the result is not to be trusted.";
+    if (check.copied) return "The wind-on picture was taken as it is, as answered.";
+    return "The pictures are aligned.";
+}
+
+/// What must not be overlooked.
+std::string alarm(const PointCheck& check) {
+    return "<p style=\"color: red; font-weight: bold\">" +
+           html_escaped("The result is not to be trusted: " + check.unaligned) + "</p>\n";
 }
 
 /// Residuals of every marker, the largest first.
@@ -139,7 +145,7 @@ std::string alignments(const PointCheck& check) {
                        pixels(match.max_absolute_error), std::to_string(match.max_error_marker)});
         else
             table.add({what, std::to_string(match.pairs.size()), match.failure, "", ""});
-    std::string html = heading("Alignment") + paragraph(verdict(check));
+    std::string html = heading("Alignment") + (check.unaligned.empty() ? paragraph(verdict(check)) : alarm(check));
     if (!check.alignments.empty()) html += table.html();
     if (check.consistency)
         html += paragraph("Consistency of the channels' alignments: root mean square " +

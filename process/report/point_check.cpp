@@ -237,6 +237,8 @@ PointCheck check_point(const RunReport& report, const dataSetInterface& data,
     check.experiment = experiment_text(type);
     check.quantity = field ? quantity_words(*field) : "not calculated";
     check.aligned = report.aligned;
+    check.unaligned = unaligned_text(report);
+    check.copied = report.copied;
     check.alignments = alignments_of(report, type);
     check.by_texture = textures_of(report, type);
     if (report.channels) {

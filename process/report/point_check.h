@@ -57,6 +57,8 @@ struct PointCheck {
     std::string quantity;    ///< of the field, with its unit
     bool computed = true;    ///< the field comes from the run that the report is of
     std::optional<bool> aligned;
+    std::string unaligned;  ///< why the result is not to be trusted; empty when it is
+    bool copied = false;    ///< aligned by copy
     std::vector<AlignmentCheck> alignments;
     std::vector<TextureCheck> by_texture;
     std::optional<MapConsistency> consistency;

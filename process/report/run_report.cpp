@@ -1,5 +1,6 @@
 #include "process/report/run_report.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "core/log.h"
@@ -36,6 +37,32 @@ std::vector<std::string> report_lines(const CorrelationReport& found) {
 void warn(RunReport& report, WarningKind kind, const std::string& text) {
     get_log().write(LogLevel::information, text);
     report.warnings.push_back({kind, text});
+}
+
+bool poorly_aligned(const RunReport& report) {
+    const auto poor = [](const std::optional<MarkerMatch>& match) {
+        return match && match->ok && match->poor;
+    };
+    // What the markers left, the texture has corrected.
+    const auto refined = [](const std::optional<CorrelationReport>& found) {
+        return found && found->failure.empty();
+    };
+    const auto& channels = report.channels;
+    return (poor(report.alignment) && !refined(report.correlation)) ||
+           (channels && ((poor(channels->reference) && !refined(channels->correlation)) ||
+                         poor(channels->cameras)));
+}
+
+std::string unaligned_text(const RunReport& report) {
+    const bool failed = report.aligned == false;
+    if (!failed && !poorly_aligned(report)) return {};
+    std::string text =
+        failed ? "the images could not be aligned" : "the images are poorly aligned";
+    const auto reason = std::ranges::find_if(
+        report.warnings.rbegin(), report.warnings.rend(), [](const Warning& warning) {
+            return warning.kind == WarningKind::alignment || warning.kind == WarningKind::markers;
+        });
+    return reason == report.warnings.rend() ? text : text + ": " + reason->text;
 }
 
 void warn_if_empty(RunReport& report, const image& picture) {

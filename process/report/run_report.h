@@ -34,6 +34,7 @@ struct ChannelAlignment {
 /// What the tasks of one run found out beside their images; they fill it, the report shows it.
 struct RunReport {
     std::optional<bool> aligned;                   ///< nothing until an alignment was tried
+    bool copied = false;                           ///< aligned by copy, as the user answered
     std::optional<MarkerMatch> alignment;          ///< of the markers, when pairing was reached
     std::optional<CorrelationReport> correlation;  ///< of the signal channel, when asked for
     std::optional<ChannelAlignment> channels;      ///< of a point with two channels
@@ -50,6 +51,12 @@ inline constexpr const char* ratio_of_ratios_noise =
 
 /// Writes a warning to the log and into the report.
 void warn(RunReport& report, WarningKind kind, const std::string& text);
+
+/// True when an alignment was made that is not to be trusted.
+bool poorly_aligned(const RunReport& report);
+
+/// Why the results must not be used as they are; empty when nothing is known against it.
+std::string unaligned_text(const RunReport& report);
 
 /// Warns when no pixel of an image is valid.
 void warn_if_empty(RunReport& report, const image& picture);

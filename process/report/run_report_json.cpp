@@ -99,7 +99,8 @@ json to_json(const MarkerMatch& match) {
                 {"moved_markers", match.moved_count},
                 {"pair_count", match.pairs.size()},
                 {"pairs", std::move(pairs)},
-                {"underdetermined", match.underdetermined}};
+                {"underdetermined", match.underdetermined},
+                {"poor", match.poor}};
     json orders = json::array();
     for (const std::optional<double>& error : match.orders.leave_one_out)
         orders.push_back(error ? json(*error) : json());
@@ -143,7 +144,11 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     json result = provenance(data, images);
     result["outcome"] = outcome_name(outcome);
     if (!failure.empty()) result["failure"] = failure;
-    if (report.aligned) result["aligned"] = *report.aligned;
+    if (report.aligned) {
+        result["aligned"] = unaligned_text(report).empty();
+        result["poorly_aligned"] = poorly_aligned(report);
+        result["aligned_by_copy"] = report.copied;
+    }
     if (report.alignment) result["alignment"] = to_json(*report.alignment);
     if (report.correlation) result["correlation"] = to_json(*report.correlation);
     if (report.channels) result["channels"] = channels_json(*report.channels);

@@ -55,14 +55,17 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
     return match;
 }
 
-/// The mapping moved from reference. Nothing, with the report's mark, when there is none.
+void mark_failed(RunReport& report) {
+    get_log().write(LogLevel::error, "Aligning Images FAILED!");
+    report.aligned = false;
+}
+
+/// The mapping moved from reference; nothing when there is none.
 std::optional<PolyTransform> mapping(const image& reference, const image& moved,
                                      const MarkerMatchOptions& options, RunReport& report,
                                      std::optional<MarkerMatch>& match) {
     match = match_images(reference, moved, options, report);
     if (match && match->ok) return match->moved_from_reference;
-    get_log().write(LogLevel::error, "Aligning Images FAILED!");
-    report.aligned = false;
     return std::nullopt;
 }
 
@@ -77,8 +80,9 @@ std::optional<ImageMap> path_through(std::initializer_list<std::optional<PolyTra
     return path;
 }
 
+/// Asks where there is nothing to pair: no markers in one of the pictures, or no pairs.
 bool copy_accepted(const std::optional<MarkerMatch>& match, TaskContext& context) {
-    if (!match || !match->pairs.empty()) return false;
+    if (match && match->failure != no_pairs_text) return false;
     context.message("There are no pairs to transform Image.\nCopy is available only.");
     return context.question("Would You like to copy Image?");
 }
@@ -119,6 +123,7 @@ void align_reference_camera(const StepRun& run, const CorrectedPictures& picture
                                    *signal_off_picture, *reference_off_picture, options);
     const auto cameras = mapping(*signal_off_picture, *reference_off_picture, options, report,
                                  report.channels->cameras);
+    if (!reference_on || !cameras) mark_failed(report);
     run.alignment.from_frame[2] = path_through({cameras});
     run.alignment.from_frame[3] = path_through({cameras, reference_on});
     if (signal_on && reference_on && cameras)
@@ -163,10 +168,13 @@ TaskOutcome align_by_markers(const StepRun& run) {
     const auto signal_map =
         mapping(*signal_off, *signal_on, match_options(data), report, report.alignment);
     run.alignment.from_frame[1] = path_through({signal_map});
-    if (!reference_off)
-        // The texture may still align what the markers do not.
-        run.alignment.copied = !signal_map && alone && copy_accepted(report.alignment, run.context);
-    else if (experiment_type(data) == ExperimentType::lifetime)
+    // The texture may still align what the markers do not.
+    run.alignment.copied = !signal_map && !reference_off && alone &&
+                           copy_accepted(report.alignment, run.context);
+    report.copied = run.alignment.copied;
+    if (!signal_map && !report.copied) mark_failed(report);
+    if (!reference_off) return TaskOutcome::done;
+    if (experiment_type(data) == ExperimentType::lifetime)
         run.alignment.from_frame[3] = run.alignment.from_frame[1];
     else
         align_reference_camera(run, *pictures, signal_map);

@@ -196,7 +196,7 @@ TaskOutcome form_ratio_image(const StepRun& run) {
     for (image& picture : aligned)
         run.publish(std::move(picture));
     run.publish(std::move(ratio));
-    return run.report.aligned.value_or(true) ? TaskOutcome::done : TaskOutcome::done_with_errors;
+    return unaligned_text(run.report).empty() ? TaskOutcome::done : TaskOutcome::done_with_errors;
 }
 
 }  // namespace vyn

@@ -50,6 +50,27 @@ TEST(MarkerMatch, PairCountDecidesWhetherThereIsAFit) {
     }
 }
 
+/// A five-pixel error inside the window is told, with the marker and how far it is off.
+TEST(MarkerMatch, ErrorsAreTold) {
+    using testing::ElementsAre;
+    using testing::HasSubstr;
+    MarkerSet reference = markers(5);
+    for (int i = 6; i <= 12; ++i)
+        reference.markers.push_back({.x = 70.0 * i, .y = 900 - 5.0 * i * i, .id = i});
+    MarkerSet moved = reference;
+    EXPECT_THAT(match_markers(reference, moved, {}).notes, ElementsAre());
+    moved.markers[6].x += 5;
+    const MarkerMatch match = match_markers(reference, moved, {});
+    EXPECT_THAT(match.notes, ElementsAre(HasSubstr("No 7 by 5.0 px"), HasSubstr("marker No 7")));
+    EXPECT_FALSE(match.poor);
+    moved.markers[6].x += 10;
+    const MarkerMatch poor = match_markers(reference, moved, {});
+    EXPECT_TRUE(poor.poor);
+    EXPECT_THAT(poor.notes.back(), HasSubstr("Poorly aligned"));
+    moved.markers[6].x += 10;
+    EXPECT_FALSE(match_markers(reference, moved, {}).poor) << "outside the window";
+}
+
 TEST(MarkerMatch, FailuresAndWindow) {
     MarkerSet inactive = markers(5);
     for (Marker& marker : inactive.markers)
@@ -61,6 +82,8 @@ TEST(MarkerMatch, FailuresAndWindow) {
         EXPECT_THAT(none.notes, testing::ElementsAre("Different count of 'align' markers"));
         EXPECT_EQ(none.reference_count, 4);
         EXPECT_EQ(none.moved_count, 5);
+        EXPECT_THAT(report_lines(none, "a", "b"), testing::Not(testing::Contains(
+                                                      testing::HasSubstr("error"))));
     }
     const MarkerMatch method = match_markers(markers(5), markers(5), {.link = 2});
     EXPECT_FALSE(method.ok);

@@ -84,11 +84,13 @@ TEST(PairingByNumber, FirstPairsSetTheWindowThatDropsFalseOnes) {
     moved.markers[10].x += 16.6;  // outside
     moved.markers[11].y -= 200;
     PairingOptions options{.link = 0, .window_side = 33, .fix_first = 0, .coefficients = 3};
-    EXPECT_EQ(pair_markers(reference, moved, options).pairs.size(), 25U) << "no fixed, no window";
-    options.fix_first = 8;
-    const Pairing pairing = pair_markers(reference, moved, options);
-    EXPECT_EQ(pairing.pairs.size(), 23U);
-    EXPECT_THAT(pairing.notes, ElementsAre(HasSubstr("No 11 "), HasSubstr("No 12 ")));
+    for (const int fixed : {0, 8}) {
+        options.fix_first = fixed;
+        const Pairing pairing = pair_markers(reference, moved, options);
+        EXPECT_EQ(pairing.pairs.size(), 23U);
+        EXPECT_THAT(pairing.notes, ElementsAre(HasSubstr("No 11 is 1"), HasSubstr("No 12 is 20")));
+        EXPECT_FALSE(pairing.doubtful);
+    }
     // The provisional mapping never has more freedom than the wanted one: a shift does not follow
     // the stretch, and a narrow window tells.
     options.window_side = 9;
@@ -112,6 +114,56 @@ TEST(PairingByNeighbour, FixedMarkersLeadToTheRest) {
     moved.markers.resize(3);
     EXPECT_EQ(pair_markers(reference, moved, {.link = 1, .fix_first = 1000}).pairs.size(), 3U);
 }
+
+/// What happens to markers of the first image that the user lists wrongly.
+struct Mistake {
+    const char* name;
+    int link;
+    int fix_first;
+    std::size_t markers;
+    std::vector<std::pair<std::size_t, std::size_t>> swapped;  ///< places in the list
+    bool mirrored;
+    std::size_t pairs;
+    bool doubtful;
+};
+
+class PairingOfWrongLists : public testing::TestWithParam<Mistake> {};
+
+/// Whatever is wrong in the list, the true pairs are found or the doubt is told.
+TEST_P(PairingOfWrongLists, FollowsTheMarkersThatAgree) {
+    const Mistake& mistake = GetParam();
+    MarkerSet reference = grid();
+    std::swap(reference.markers[2], reference.markers[20]);
+    reference.markers.resize(mistake.markers);
+    MarkerSet moved = under_load(reference);
+    for (const auto& [a, b] : mistake.swapped) {
+        std::swap(moved.markers[a].x, moved.markers[b].x);
+        std::swap(moved.markers[a].y, moved.markers[b].y);
+    }
+    if (mistake.mirrored)
+        for (Marker& marker : moved.markers)
+            marker.x = 700 - marker.x;
+    const Pairing pairing = pair_markers(
+        reference, moved,
+        {.link = mistake.link, .fix_first = mistake.fix_first, .coefficients = 3});
+    EXPECT_EQ(pairing.doubtful, mistake.doubtful);
+    EXPECT_EQ(pairing.pairs.size(), mistake.pairs);
+    EXPECT_EQ(pairing.notes.empty(), mistake.swapped.empty());
+    if (mistake.doubtful || mistake.mirrored) return;
+    expect_true_pairs(pairing);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, PairingOfWrongLists,
+    testing::Values(
+        Mistake{"two_swapped", 0, 0, 25, {{3, 20}}, false, 23, false},
+        Mistake{"two_of_six_swapped", 0, 0, 6, {{0, 5}}, false, 4, false},
+        Mistake{"two_of_four_swapped", 0, 0, 4, {{0, 2}}, false, 3, true},
+        Mistake{"a_fixed_one_swapped", 0, 5, 25, {{1, 20}}, false, 23, false},
+        Mistake{"six_swapped_and_mirrored", 0, 0, 25, {{1, 9}, {4, 12}, {7, 23}}, true, 19, false},
+        Mistake{"mirrored", 0, 0, 4, {}, true, 4, false},
+        Mistake{"neighbours_of_fixed_ones", 1, 5, 25, {{1, 3}}, false, 25, false}),
+    [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(PairingByNeighbour, IsMutualInsideTheWindow) {
     MarkerSet reference;

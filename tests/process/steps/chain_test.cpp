@@ -210,9 +210,43 @@ INSTANTIATE_TEST_SUITE_P(
                                  any(std::string())}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
+struct WillingUser final : TaskContext {
+    void message(const std::string& /*text*/) override {}
+    bool question(const std::string& /*text*/) override {
+        ++asked;
+        return true;
+    }
+    int asked = 0;
+};
+
+/// Without markers the user may take the picture as it is; a wrong setting is no question.
+TEST_F(Chain, CopiesThePictureWhenTold) {
+    open_point({.width = 200, .height = 150},
+               {{std::string(keys::wind_on_sens_mark_file.path), any(std::string())}});
+    for (const auto& [link, outcome] :
+         {std::pair{0, TaskOutcome::done}, {2, TaskOutcome::done_with_errors}}) {
+        write(vyn_db(), keys::markers_link, link);
+        WillingUser user;
+        get_log_mgr().take_new_lines();
+        report = std::make_shared<RunReport>();
+        EXPECT_EQ(vyn::calculate(Goal::all, program_session(), report)->run(user), outcome);
+        EXPECT_EQ(user.asked, report->copied ? 1 : 0);
+        EXPECT_EQ(report->copied, link == 0);
+        EXPECT_EQ(get_images().find(image_names::wind_on_sens_aligned) != nullptr, link == 0);
+        std::size_t failures = 0;
+        for (const LogLine& line : get_log_mgr().take_new_lines())
+            failures += line.text == "Aligning Images FAILED!" ? 1 : 0;
+        EXPECT_EQ(failures, link == 0 ? 0U : 1U);
+        image picture = *get_images().find(image_names::wind_on_sens);
+        picture.markers = get_images().find(image_names::wind_off_sens)->markers;
+        get_images().add(std::move(picture));
+    }
+}
+
 TEST_F(Chain, AlignmentOrderOutOfRangeIsTheIdentity) {
     open_point({.width = 200, .height = 150}, {{std::string(keys::markers_order.path), any(7)}});
-    EXPECT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_EQ(calculate(), TaskOutcome::done_with_errors) << "the markers show what is wrong";
+    EXPECT_THAT(unaligned_text(*report), HasSubstr("poorly aligned"));
     const auto aligned = get_images().find(image_names::wind_on_sens_aligned);
     const auto source = get_images().find(image_names::wind_on_sens_cor);
     for (int y = 0; y < source->height(); ++y)
