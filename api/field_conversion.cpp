@@ -29,12 +29,15 @@ FieldRowLaw::Output row_output(FieldQuantity quantity) {
         case FieldQuantity::cp:
             return FieldRowLaw::Output::cp;
         case FieldQuantity::ratio:
+        case FieldQuantity::kept:
             break;
     }
     return FieldRowLaw::Output::ratio;
 }
 
 FieldRowLaw row_law(const FieldConversion& conversion) {
+    if (conversion.quantity == FieldQuantity::kept)
+        return {FieldRowLaw::Output::scaled, 0, 1, 0, 1, 0, 0, 1};  // the value, if it is finite
     return {row_output(conversion.quantity),
             conversion.law.a,
             conversion.law.b,
@@ -112,6 +115,7 @@ Quantity quantity_of(FieldQuantity quantity) {
         case FieldQuantity::cp:
             return {Quantity::Kind::cp};
         case FieldQuantity::ratio:
+        case FieldQuantity::kept:
             break;
     }
     return intensity_ratio;
@@ -171,7 +175,8 @@ image convert_field(const image& ratio, const FieldConversion& conversion, Progr
         kernels.field(const_row(ratio, y), region_row(ratio, y), law, row_limits(conversion),
                       ratio.width(), result.row(y));
     });
-    if (conversion.quantity == FieldQuantity::ratio) return result.take(ratio.quantity, ratio.unit);
+    if (conversion.quantity == FieldQuantity::ratio || conversion.quantity == FieldQuantity::kept)
+        return result.take(ratio.quantity, ratio.unit);
     return result.take(quantity_of(conversion.quantity),
                        conversion.quantity == FieldQuantity::pressure ? conversion.unit : "");
 }

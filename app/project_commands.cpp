@@ -93,7 +93,7 @@ bool ProjectCommands::new_point() {
     empty_point_settings(*settings);
     take_next_point(*settings, point);
     const fs::path old_folder = project_folder(vyn_db());
-    rebase_relative_names(*settings, old_folder, path_of(file).parent_path());
+    rebase_names(*settings, old_folder, path_of(file).parent_path());
     return create_from(std::move(settings), file);
 }
 
@@ -212,7 +212,7 @@ void ProjectCommands::set_file(const QString& file) {
     const fs::path present = present_file();
     if (target == present) return;
     if (!present.empty() && !target.empty())
-        rebase_relative_names(vyn_db(), present.parent_path(), target.parent_path());
+        rebase_names(vyn_db(), present.parent_path(), target.parent_path());
     write(vyn_db(), keys::head_file, target.string());
     lock_.reset();
     Q_EMIT changed();

@@ -1,5 +1,7 @@
 #include "calib/camera.h"
 
+#include <vector>
+
 #include "calib/camera_fields.h"
 #include "calib/record_fields.h"
 #include "core/log.h"
@@ -38,18 +40,26 @@ void write(dataSetInterface& data, const std::string& tree, const cameraFeatures
         record, [&](const char* key, const auto& field) { write_field(data, tree + key, field); });
 }
 
-fs::path find_flat_file(const cameraFeatures& record, const fs::path& project_folder) {
+fs::path find_flat_file(const cameraFeatures& record, const fs::path& project_folder,
+                        SearchLog log) {
+    const auto tell = [log](const std::string& line) {
+        if (log == SearchLog::written) get_log().write(LogLevel::progress, line);
+    };
     const std::string& name = record.flat_file;
     if (name.empty()) return {};
-    if (is_file(name)) return name;
-    get_log().write(LogLevel::progress, "File " + name + " not exists");
+    std::vector<fs::path> folders{fs::path(record.camera).parent_path(), project_folder};
+    std::erase_if(folders, [](const fs::path& folder) { return folder.empty(); });
+    if (fs::path(name).is_absolute() && is_file(name)) return name;
+    if (fs::path(name).is_relative())
+        for (const fs::path& folder : folders)
+            if (is_file(folder / name)) return folder / name;
+    tell("File " + name + " not exists");
 
     const std::string base_name = name.substr(name.find_last_of("/\\") + 1);
-    for (const fs::path& folder : {fs::path(record.camera).parent_path(), project_folder}) {
-        if (folder.empty()) continue;
+    for (const fs::path& folder : folders) {
         fs::path alternate = folder / base_name;
         if (is_file(alternate)) return alternate;
-        get_log().write(LogLevel::progress, alternate.string() + " - wrong alternate path");
+        tell(alternate.string() + " - wrong alternate path");
     }
     return {};
 }

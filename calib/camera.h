@@ -36,10 +36,14 @@ RecordOutcome read_camera(const std::string& path, cameraFeatures& record);
 /// Writes a camera file atomically. Raises FileError.
 RecordOutcome write_camera(const std::string& path, const cameraFeatures& record);
 
-/// Where the flat-field image is: as named; else its base name (after the last / or \) in the
-/// camera file's folder, then in `project_folder`. Empty when nowhere; what was tried is logged.
+enum class SearchLog { written, none };
+
+/// Where the flat-field image is: a full name as it stands, a relative one in the camera file's
+/// folder, then in `project_folder`; else its base name (after the last / or \) in these two. The
+/// working folder does not count. Empty when nowhere; what was tried is logged.
 std::filesystem::path find_flat_file(const cameraFeatures& record,
-                                     const std::filesystem::path& project_folder);
+                                     const std::filesystem::path& project_folder,
+                                     SearchLog log = SearchLog::written);
 
 /// The record in a sub-tree ("project/sens_cam/") of the data set. Reading creates what is absent,
 /// but not in constant settings.

@@ -24,7 +24,10 @@ InSituOutcome failed(const char* warning, const std::string& line, const std::st
 /// The result of reading, a file that cannot be opened included.
 MarkerFileResult read_ports(const std::string& file, MarkerSet& ports, int image_height) {
     try {
-        return read_markers(file, ports, image_height);
+        MarkerFileResult result = read_image_markers(file, ports, image_height);
+        const std::string problem = result ? port_problem(ports) : std::string();
+        if (problem.empty() || !ports.hasF) return result;
+        return {MarkerFileOutcome::malformed, file + ": " + problem};
     } catch (const FileError& error) {
         return {MarkerFileOutcome::malformed, error.detail};
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <set>
 
 #include "core/errors.h"
 #include "core/numbers.h"
@@ -57,6 +58,17 @@ std::string label(const Marker& port) {
 }
 
 }  // namespace
+
+std::string port_problem(const MarkerSet& ports) {
+    std::set<std::int32_t> numbers;
+    for (const Marker& port : ports.markers) {
+        if (!port.active) continue;
+        if (!std::isfinite(port.f)) return label(port) + ": its pressure is no finite number";
+        if (!numbers.insert(port.id).second)
+            return label(port) + ": another active port has this number";
+    }
+    return {};
+}
 
 PixelBox averaged_box(const Marker& port, int side) {
     if (side < 1) return {};

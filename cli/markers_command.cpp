@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "cli/settings.h"
+#include "markers/marker_files.h"
 #include "process/point/marker_io.h"
 
 namespace vyn::cli {
@@ -22,12 +23,9 @@ struct MarkersOptions {
 ExitStatus convert_markers(const MarkersOptions& options) {
     if (options.source.empty() || options.target.empty())
         throw UsageError("markers: IN and OUT are required, or one of find, refine and pair");
-    if (std::filesystem::path(options.source).extension() == ".inm" && !options.height)
-        throw UsageError(options.source +
-                         ": rows count from the bottom in this format; --height must give the "
-                         "image's height in pixels");
+    const int height = height_for(options.source, options.height);
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
-    write_marker_file(options.target, read_marker_file(options.source, options.height.value_or(0)));
+    write_marker_file(options.target, read_marker_file(options.source, height));
     return ExitStatus::done;
 }
 
@@ -39,6 +37,14 @@ ExitStatus work(const MarkersOptions& options) {
 }
 
 }  // namespace
+
+int height_for(const std::string& marker_file, std::optional<int> height) {
+    if (!height && rows_count_from_bottom(marker_file))
+        throw UsageError(marker_file +
+                         ": rows count from the bottom in this format; --height must give the "
+                         "image's height in pixels");
+    return height.value_or(0);
+}
 
 Work prepare_markers(CLI::App& app, const GlobalOptions&) {
     const auto options = std::make_shared<MarkersOptions>();

@@ -16,6 +16,7 @@ struct PairOptions {
     std::string wind_on;
     int order = 1;
     int box = 16;
+    std::optional<int> height;
 };
 
 /// One line for each pair: both positions and what the mapping leaves.
@@ -34,8 +35,8 @@ std::string pair_lines(const MarkerMatch& match) {
 }
 
 ExitStatus pair(const PairOptions& options) {
-    const MarkerSet wind_off = read_marker_file(options.wind_off, 0);
-    const MarkerSet wind_on = read_marker_file(options.wind_on, 0);
+    const MarkerSet wind_off = read_marker_file(options.wind_off, height_for(options.wind_off, options.height));
+    const MarkerSet wind_on = read_marker_file(options.wind_on, height_for(options.wind_on, options.height));
     const MarkerMatch match = match_markers(
         wind_off, wind_on, {.order = options.order, .box = options.box, .by_geometry = true});
     if (!match.ok) throw AlgoError("Pairing failed!", match.failure);
@@ -64,6 +65,8 @@ void add_markers_pair(CLI::App& markers, Work& work) {
     app->add_option("--box", options->box, "half-size of the search window in pixels")
         ->check(CLI::Range(1, 10000))
         ->capture_default_str();
+    app->add_option("--height", options->height, "height of the images in pixels, for inm")
+        ->check(CLI::Range(1, 1000000));
     app->callback([options, &work] { work = [options] { return pair(*options); }; });
 }
 

@@ -65,7 +65,7 @@ SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
 TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
                     const std::shared_ptr<RunReport>& report, std::string& failure) {
     TaskOutcome outcome = runner.run(job_of(std::make_unique<ReadProjectTask>(
-        session, read_request(options.project, options.settings))));
+        session, read_request(options.project, options.settings, report))));
     failure = runner.failure();
     if (outcome != TaskOutcome::done) return outcome;
 

@@ -33,8 +33,10 @@ std::shared_ptr<Job> job_of(std::unique_ptr<Task> task) {
     return job;
 }
 
-ReadProject read_request(const std::string& project, const std::vector<std::string>& settings) {
+ReadProject read_request(const std::string& project, const std::vector<std::string>& settings,
+                         std::shared_ptr<RunReport> report) {
     ReadProject request;
+    request.report = std::move(report);
     request.file = project;
     simpleNamedDataSet wanted;
     apply_settings(wanted, settings);

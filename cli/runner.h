@@ -38,7 +38,8 @@ class Runner {
 std::shared_ptr<Job> job_of(std::unique_ptr<Task> task);
 
 /// How to open a project with "KEY=VALUE" settings in the place of its own. Raises UsageError for a
-/// setting that the key table does not allow.
-ReadProject read_request(const std::string& project, const std::vector<std::string>& settings);
+/// setting that the key table does not allow. Warnings go into the report, too, where there is one.
+ReadProject read_request(const std::string& project, const std::vector<std::string>& settings,
+                         std::shared_ptr<RunReport> report = {});
 
 }  // namespace vyn::cli

@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "core/numbers.h"
+#include "core/quotes.h"
 
 namespace vyn {
 
@@ -96,13 +97,19 @@ const KeyInfo* nearest_key(std::string_view path) {
     return nearest;
 }
 
-[[noreturn]] void refuse_key(std::string_view path) {
-    std::string why = "there is no setting \"" + std::string(path) + "\"";
+std::string no_such_key(std::string_view path) {
+    std::string why = "there is no setting " + in_quotes(path);
     if (path.ends_with('/'))
         why += " (it names a sub-tree)";
     else if (const KeyInfo* nearest = nearest_key(path))
         why += "; did you mean \"" + nearest->path + "\"?";
-    throw AlgoError("Trying to get not existing data!", why);
+    return why;
+}
+
+/// Whether the table would know the setting: others may keep their own elsewhere.
+bool is_known_tree(std::string_view path) {
+    return (path.starts_with("project/") || path.starts_with("roject/")) &&
+           !path.starts_with(keys::resection);
 }
 
 std::string describe(const KeyInfo& key) {
@@ -157,19 +164,32 @@ const KeyInfo* find_key(std::string_view path) {
 
 any parse_setting(std::string_view path, std::string_view text) {
     const KeyInfo* key = find_key(path);
-    if (!key) refuse_key(path);
+    if (!key) throw AlgoError("Trying to get not existing data!", no_such_key(path));
     any value = convert(*key, text);
     if (value.empty())
-        throw AlgoError("Algorithm error!", key->path + ": \"" + std::string(text) +
-                                                "\" is not allowed; it takes " + describe(*key));
+        throw AlgoError("Algorithm error!", key->path + ": " + in_quotes(text) +
+                                                " is not allowed; it takes " + describe(*key));
     return value;
+}
+
+std::string non_finite_setting(const dataSetInterface& data) {
+    std::string complaint;
+    data.for_each([&](const std::string& path, const any& value) {
+        if (complaint.empty() && value.holds<double>() && !std::isfinite(value.get<double>()) &&
+            find_key(path))
+            complaint = path + ": " + format_setting(value) + " is no finite number";
+    });
+    return complaint;
 }
 
 std::vector<std::string> check_settings(dataSetInterface& data) {
     std::vector<std::string> complaints;
     data.for_each([&](const std::string& path, const any& value) {
         const KeyInfo* key = find_key(path);
-        if (!key) return;
+        if (!key) {
+            if (is_known_tree(path)) complaints.push_back(no_such_key(path));
+            return;
+        }
         const std::string text = format_setting(value);
         const bool right_type = value.type() == key->fallback.type();
         const any allowed = convert(*key, text);
@@ -177,8 +197,8 @@ std::vector<std::string> check_settings(dataSetInterface& data) {
             data.set_value(path, allowed, /*is_default=*/true);
         else if (allowed.empty() || !right_type)
             complaints.push_back(
-                key->path + ": \"" + text + "\" is not what it takes, " + describe(*key) +
-                (right_type ? ""
+                key->path + ": " + in_quotes(text) + " is not what it takes, " + describe(*key) +
+                (right_type ? "; it is used as it stands"
                             : "; its default \"" + format_setting(key->fallback) + "\" is used"));
     });
     return complaints;

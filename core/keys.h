@@ -78,8 +78,13 @@ any parse_setting(std::string_view path, std::string_view text);
 /// A value as text that `parse_setting` reads back.
 std::string format_setting(const any& value);
 
+/// Names a setting of the table whose number is not finite, with its value; empty when there is
+/// none.
+std::string non_finite_setting(const dataSetInterface& data);
+
 /// For settings of a file that others may have written: makes whole numbers doubles where a setting
-/// is one, and says of each other value that its setting does not take, naming the key.
+/// is one, and says of each other value that its setting does not take, naming the key, and of each
+/// name that no setting has.
 std::vector<std::string> check_settings(dataSetInterface& data);
 
 }  // namespace vyn

@@ -10,6 +10,7 @@
 #include "core/ascii.h"
 #include "core/atomic_file.h"
 #include "core/numbers.h"
+#include "core/quotes.h"
 #include "core/version.h"
 #include "core/xml_document.h"
 #include "core/xml_writer.h"
@@ -180,8 +181,11 @@ void collect(const XmlElement& parent, const std::string& tree, const std::strin
             refuse(file, element, "nodes are nested too deep");
         if (const std::string* type = element.attribute("type")) {
             any value = read_value(element, *type);
-            if (value.empty()) refuse(file, element, "no valid value of type \"" + *type + "\"");
+            if (value.empty()) refuse(file, element, "no valid value of type " + in_quotes(*type));
             leaves.emplace_back(path, std::move(value));
+        } else if (element.attribute("value") || element.attribute("bits") ||
+                   element.attribute("bytes")) {
+            refuse(file, element, "a value without its type");
         }
         collect(element, path + "/", file, leaves);
     }

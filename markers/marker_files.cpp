@@ -38,6 +38,24 @@ MarkerFileResult write_markers(const std::string& file_name, const MarkerSet& se
     return {};
 }
 
+bool rows_count_from_bottom(const std::string& file_name) {
+    return lower_case_extension(file_name) == "inm";
+}
+
+MarkerFileResult read_image_markers(const std::string& file_name, MarkerSet& set,
+                                    int image_height) {
+    MarkerSet read;
+    MarkerFileResult result = read_markers(file_name, read, image_height);
+    if (result && !read.markers.empty() && !(read.hasX && read.hasY)) {
+        if (result.detail.empty())
+            result.detail =
+                file_name + ": there is no column " + (read.hasX ? "y" : "x") + " of positions";
+        result.outcome = MarkerFileOutcome::malformed;
+    }
+    if (result || result.outcome == MarkerFileOutcome::no_markers) set = std::move(read);
+    return result;
+}
+
 MarkerFileResult read_markers(const std::string& file_name, MarkerSet& set, int image_height) {
     using marker_formats::RowOrigin;
     if (file_name.empty()) return no_name();

@@ -27,9 +27,17 @@ struct MarkerFileResult {
 /// six significant digits. Raises FileError "File error!" when the file cannot be written.
 MarkerFileResult write_markers(const std::string& file_name, const MarkerSet& set);
 
+/// True for names of files whose rows count from the bottom, so that reading needs the height.
+bool rows_count_from_bottom(const std::string& file_name);
+
 /// Reads "mrk", "mpt", "inm" or "apm" by the extension and replaces the set's markers wholesale.
 /// `image_height` (pixels) turns the rows of "inm", which count from the bottom. Raises FileError
 /// "File error!" when the file cannot be opened; the set is then unchanged.
 MarkerFileResult read_markers(const std::string& file_name, MarkerSet& set, int image_height);
+
+/// The same for markers of an image: a set with markers but without a usable x or y column is
+/// malformed, and the detail says what is wrong with the column.
+MarkerFileResult read_image_markers(const std::string& file_name, MarkerSet& set,
+                                    int image_height);
 
 }  // namespace vyn

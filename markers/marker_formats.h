@@ -26,6 +26,9 @@ MarkerFileResult read_text_2d(const std::string& file_name, MarkerSet& set, RowO
                               int image_height);
 MarkerFileResult read_text_3d(const std::string& file_name, MarkerSet& set);
 
+/// The text behind a byte order mark, where it begins with one.
+std::string without_byte_order_mark(std::string text);
+
 /// The parts of a text between runs of white space; they live as long as the text.
 std::vector<std::string_view> split(std::string_view text);
 

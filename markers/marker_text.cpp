@@ -1,9 +1,11 @@
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/numbers.h"
+#include "core/quotes.h"
 #include "markers/marker_formats.h"
 
 namespace vyn::marker_formats {
@@ -17,10 +19,15 @@ constexpr int text_3d_line = 87;
 
 std::string read_whole(const std::string& file_name, int line) {
     try {
-        return read_file(file_name, max_file_bytes);
+        return without_byte_order_mark(read_file(file_name, max_file_bytes));
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {source_unit, line});
     }
+}
+
+/// Where a marker begins in the text, from 1.
+std::size_t line_of(const std::string& text, std::string_view token) {
+    return 1 + static_cast<std::size_t>(std::count(text.data(), token.data(), '\n'));
 }
 
 /// A coordinate as formatted extraction takes it: "nan" and "inf" are no numbers.
@@ -69,13 +76,30 @@ MarkerFileResult parse_markers(const std::string& file_name, const std::string& 
     }
     MarkerFileResult result;
     if (markers.empty()) result.outcome = MarkerFileOutcome::no_markers;
-    if (next != tokens.size() || markers.empty())
-        result.detail = file_name + ": marker " + std::to_string(markers.size() + 1) +
-                        " is incomplete or not a number; reading stopped there";
+    if (next == tokens.size() && !markers.empty()) return result;
+    result.detail = file_name + ": marker " + std::to_string(markers.size() + 1);
+    if (next == tokens.size()) {
+        result.detail += " is missing, there is none";
+        return result;
+    }
+    result.detail += " (line " + std::to_string(line_of(text, tokens[next])) +
+                     ") is incomplete or not a number; reading stopped there";
+    const auto end = tokens.begin() + static_cast<std::ptrdiff_t>(
+                                          std::min(next + fields, tokens.size()));
+    for (auto token = tokens.begin() + static_cast<std::ptrdiff_t>(next); token != end; ++token)
+        if (!parse_coordinate(*token)) {
+            result.detail += ": " + number_in_quotes(*token);
+            break;
+        }
     return result;
 }
 
 }  // namespace
+
+std::string without_byte_order_mark(std::string text) {
+    if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
+    return text;
+}
 
 std::vector<std::string_view> split(std::string_view text) {
     constexpr std::string_view white_space = " \t\n\v\f\r";

@@ -6,6 +6,7 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/numbers.h"
+#include "core/quotes.h"
 #include "core/xml_document.h"
 #include "markers/marker_formats.h"
 
@@ -134,17 +135,6 @@ std::optional<std::vector<std::string_view>> column_tokens(const XmlElement* fun
     return tokens;
 }
 
-std::optional<std::vector<double>> parse_doubles(const std::vector<std::string_view>& tokens) {
-    std::vector<double> values;
-    values.reserve(tokens.size());
-    for (const std::string_view token : tokens) {
-        const std::optional<double> value = parse_double(token);
-        if (!value) return std::nullopt;
-        values.push_back(*value);
-    }
-    return values;
-}
-
 bool parse_active(std::string_view token) {
     if (token == "false") return false;
     return parse_int(token).value_or(1) != 0;
@@ -170,17 +160,24 @@ void read_column(const XmlElement& root, const Column& column, MarkerSet& set,
                  std::string& problems) {
     const XmlElement* function = find_function(root, column.id);
     if (!function) return;
-    const auto tokens = column_tokens(function, set.markers.size());
-    const auto values = tokens ? parse_doubles(*tokens) : std::nullopt;
-    if (!values) {
-        problems +=
-            (problems.empty() ? "" : "; ") + ("column " + std::string(column.id)) +
-            (tokens ? " holds something that is no number" : " does not hold one value per marker");
-        return;
+    const auto complain = [&](const std::string& problem) {
+        problems += (problems.empty() ? "" : "; ") + ("column " + std::string(column.id)) + problem;
+    };
+    const std::vector<std::string_view> tokens = split(function->text);
+    if (tokens.size() != set.markers.size())
+        return complain(" does not hold one value per marker: " + std::to_string(tokens.size()) +
+                        " for " + std::to_string(set.markers.size()));
+    std::vector<double> values;
+    for (const std::string_view token : tokens) {
+        const std::optional<double> value = parse_double(token);
+        if (!value)
+            return complain(" holds something that is no number: " + number_in_quotes(token) +
+                            " at marker " + std::to_string(values.size() + 1));
+        values.push_back(*value);
     }
     set.*column.present = true;
-    for (std::size_t i = 0; i < values->size(); ++i)
-        set.markers[i].*column.value = (*values)[i];
+    for (std::size_t i = 0; i < values.size(); ++i)
+        set.markers[i].*column.value = values[i];
 }
 
 /// How many markers the document says it holds; nothing when that cannot be, by its size: every
@@ -206,7 +203,7 @@ std::size_t first_not_finite(const std::vector<Marker>& markers) {
 MarkerFileResult from_xml(const std::string& file_name, const XmlElement& root,
                           std::size_t file_bytes, MarkerSet& set) {
     if (root.name != "ObjectMarkers")
-        return malformed(file_name, "the root element is not ObjectMarkers but " + root.name);
+        return malformed(file_name, "the root element is not ObjectMarkers but " + in_quotes(root.name));
     const std::optional<std::size_t> count = marker_count(root, file_bytes);
     if (!count) return malformed(file_name, "NodesNumber is no count that the file can hold");
 
@@ -241,7 +238,7 @@ void write_xml(const std::string& file_name, const MarkerSet& set) {
 MarkerFileResult read_xml(const std::string& file_name, MarkerSet& set) {
     std::string text;
     try {
-        text = read_file(file_name, max_file_bytes);
+        text = without_byte_order_mark(read_file(file_name, max_file_bytes));
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {source_unit});
     }

@@ -60,6 +60,7 @@ double in_quantity(FieldQuantity quantity, double pressure, double ratio,
         case FieldQuantity::cp:
             return (pressure - flow.static_p) / flow.dynamic_p;
         case FieldQuantity::ratio:
+        case FieldQuantity::kept:
             break;
     }
     return ratio;

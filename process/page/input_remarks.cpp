@@ -6,6 +6,7 @@
 #include "core/keys.h"
 #include "process/page/page_rows.h"
 #include "process/point/per_image.h"
+#include "process/point/picture_warnings.h"
 #include "process/report/image_statistics.h"
 #include "process/steps/law_conditions.h"
 
@@ -34,6 +35,9 @@ void picture_remarks(const dataSetInterface& data, const imagesList& images, Exp
         if (!images.find(camera_partner(data, *card.raw).flat_name))
             remarks.push_back(card.title + ": no flat field is used.");
         saturation_remark(data, picture, card.title, remarks);
+        for (const std::string& remark :
+             {lens_warning(data, *card.raw, *picture), folder_warning(data, *picture)})
+            if (!remark.empty()) remarks.push_back(remark + ".");
     }
 }
 

@@ -7,18 +7,14 @@ namespace vyn {
 
 namespace {
 
-/// The flat field of a camera: as its record names it, in the project's folder, or where else
-/// `find_flat_file` looks. Empty when the record names none.
-std::string flat_file_of(const dataSetInterface& data, std::string_view camera) {
+/// Where the flat field of a camera's record is; empty when nowhere.
+std::filesystem::path flat_file_of(const dataSetInterface& data, std::string_view camera,
+                                   SearchLog log) {
     cameraFeatures record;
     read(data, std::string(camera), record);
     const std::filesystem::path folder = std::filesystem::absolute(project_folder(data));
-    std::error_code ignored;
-    if (record.flat_file.empty() || std::filesystem::exists(folder / record.flat_file, ignored))
-        return record.flat_file;
     if (!record.camera.empty()) record.camera = (folder / record.camera).string();
-    const std::filesystem::path found = find_flat_file(record, folder);
-    return found.empty() ? record.flat_file : std::filesystem::absolute(found).string();
+    return find_flat_file(record, folder, log);
 }
 
 /// The setting of a camera's flat field, by the table of all settings.
@@ -55,20 +51,19 @@ const InputFile* input_of_image(std::string_view image) {
 }
 
 std::string named_file(const dataSetInterface& data, const InputFile& input) {
-    if (input.role == InputFile::Role::flat) return flat_file_of(data, input.raw->camera);
-    return read(data, input.file);
+    const std::string name = read(data, input.file);
+    if (input.role != InputFile::Role::flat || name.empty()) return name;
+    const std::filesystem::path found = flat_file_of(data, input.raw->camera, SearchLog::written);
+    return found.empty() ? name : found.string();
 }
 
 std::filesystem::path located_file(const dataSetInterface& data, const InputFile& input) {
     const std::filesystem::path name = read(data, input.file);
     if (name.empty()) return {};
-    const std::filesystem::path folder = project_folder(data);
-    std::filesystem::path found = locate(name, folder);
-    if (!found.empty() || input.role != InputFile::Role::flat) return found;
     // Asked often, so without the log lines of the search that loading makes.
-    cameraFeatures record;
-    read(data, std::string(input.raw->camera), record);
-    return locate(name.filename(), (folder / record.camera).parent_path());
+    return input.role == InputFile::Role::flat
+               ? flat_file_of(data, input.raw->camera, SearchLog::none)
+               : locate(name, project_folder(data));
 }
 
 }  // namespace vyn

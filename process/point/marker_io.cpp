@@ -1,16 +1,15 @@
 #include "process/point/marker_io.h"
 
+#include "calib/port_sampling.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "markers/marker_files.h"
 
 namespace vyn {
 
-namespace {}  // namespace
-
 MarkerSet read_marker_file(const std::filesystem::path& file, int image_height) {
     MarkerSet set;
-    const MarkerFileResult result = read_markers(file.string(), set, image_height);
+    const MarkerFileResult result = read_image_markers(file.string(), set, image_height);
     if (!result) throw FileError("File error!", result.detail);
     if (!result.detail.empty()) get_log().write(LogLevel::information, result.detail);
     return set;
@@ -20,6 +19,8 @@ MarkerSet read_port_file(const std::filesystem::path& file, int image_height) {
     MarkerSet ports = read_marker_file(file, image_height);
     if (!ports.hasF)
         throw FileError("File error!", file.string() + ": the markers have no pressures");
+    if (const std::string problem = port_problem(ports); !problem.empty())
+        throw FileError("File error!", file.string() + ": " + problem);
     return ports;
 }
 

@@ -10,7 +10,8 @@ namespace vyn {
 /// them goes to the log. Raises FileError naming the file and what is wrong.
 MarkerSet read_marker_file(const std::filesystem::path& file, int image_height);
 
-/// The same for pressure ports; raises FileError, too, when the markers have no pressures.
+/// The same for pressure ports; raises FileError, too, when the markers have no pressures, or those
+/// or their numbers cannot be right (`port_problem`).
 MarkerSet read_port_file(const std::filesystem::path& file, int image_height);
 
 /// Writes markers; the extension picks the format. Raises FileError "Error writing Markers" naming

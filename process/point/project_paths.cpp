@@ -53,19 +53,20 @@ bool names_input_file(const std::string& path) {
 
 }  // namespace
 
-void rebase_relative_names(dataSetInterface& data, const fs::path& old_folder,
-                           const fs::path& new_folder) {
+void rebase_names(dataSetInterface& data, const fs::path& old_folder, const fs::path& new_folder) {
     const fs::path from = fs::absolute(old_folder).lexically_normal();
     const fs::path to = fs::absolute(new_folder).lexically_normal();
-    if (from == to) return;
     std::vector<std::pair<std::string, std::string>> changed;
     data.for_each([&](const std::string& path, const any& value) {
         if (!names_input_file(path) || !value.holds<std::string>()) return;
         const fs::path name = value.get<std::string>();
-        if (name.empty() || name.is_absolute()) return;
+        if (name.empty() || (name.is_relative() && (old_folder.empty() || from == to))) return;
         const fs::path full = (from / name).lexically_normal();
         const fs::path relative = full.lexically_relative(to);
-        changed.emplace_back(path, (relative.empty() ? full : relative).string());
+        if (name.is_relative())
+            changed.emplace_back(path, (relative.empty() ? full : relative).string());
+        else if (!relative.empty() && *relative.begin() != "..")
+            changed.emplace_back(path, relative.string());
     });
     for (const auto& [path, name] : changed)
         data.write(path, name);

@@ -24,9 +24,10 @@ std::filesystem::path locate(const std::filesystem::path& name,
 std::filesystem::path find_input(const dataSetInterface& data, const std::string& file_name,
                                  std::string_view key);
 
-/// After the project file moved to another folder: names relative to the old folder become relative
-/// to the new one (full where there is no way). Names of output files stay.
-void rebase_relative_names(dataSetInterface& data, const std::filesystem::path& old_folder,
-                           const std::filesystem::path& new_folder);
+/// For a project file that is written to a folder: names relative to the old folder (empty when
+/// there was none) become relative to the new one (full where there is no way), and so do full names
+/// in or below the new folder. Names of output files stay.
+void rebase_names(dataSetInterface& data, const std::filesystem::path& old_folder,
+                  const std::filesystem::path& new_folder);
 
 }  // namespace vyn

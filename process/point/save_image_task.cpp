@@ -6,6 +6,7 @@
 #include "api/image_list.h"
 #include "core/errors.h"
 #include "core/keys.h"
+#include "core/log.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "process/point/unsaved_work.h"
@@ -46,6 +47,23 @@ std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
     return files;
 }
 
+namespace {
+
+/// Markers of another field must not be taken for those of the one just written.
+void set_aside(const std::filesystem::path& markers) {
+    std::error_code failed;
+    if (!std::filesystem::is_regular_file(markers, failed)) return;
+    const std::filesystem::path old = markers.string() + ".old";
+    std::filesystem::rename(markers, old, failed);
+    get_log().write(LogLevel::information,
+                    failed ? markers.string() + " belongs to another field and could not be renamed"
+                           : "The field has no markers; " + markers.string() +
+                                 " belongs to another one and is " + old.filename().string() +
+                                 " now");
+}
+
+}  // namespace
+
 TaskOutcome SaveFieldTask::run(TaskContext& context) {
     const auto field = session_.images.find(image_names::field);
     if (!field) {
@@ -54,7 +72,10 @@ TaskOutcome SaveFieldTask::run(TaskContext& context) {
     }
     const auto files = field_files(session_.data, session_.images);
     write_with_provenance(session_, *field, files.front(), context);
-    if (files.size() > 1) write_marker_file(files[1], field->markers);
+    if (files.size() > 1)
+        write_marker_file(files[1], field->markers);
+    else
+        set_aside(output_folder(session_.data) / read(session_.data, keys::pressure_mark_file));
     note_written(session_.images, field);
     return TaskOutcome::done;
 }

@@ -30,7 +30,8 @@ std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
                                                const imagesList& images);
 
 /// Writes the field image and its markers to the files that the project names for them, in the
-/// output folder. Shows "Field is not calculated!" and fails when there is none.
+/// output folder. Of a field without markers, an old marker file of that name is renamed to end in
+/// ".old". Shows "Field is not calculated!" and fails when there is none.
 class SaveFieldTask final : public Task {
   public:
     explicit SaveFieldTask(Session session) : session_(session) {}

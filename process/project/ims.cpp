@@ -1,6 +1,5 @@
 #include "process/project/ims.h"
 
-#include "core/log.h"
 #include "core/project_file.h"
 #include "process/point/raw_images.h"
 
@@ -27,22 +26,12 @@ void fixMarkersDs(const dataSetInterface& data, imagesList& images) {
     for (const RawImage& raw : raw_images()) {
         const auto stored = images.find(raw.name);
         if (!stored) continue;
-        const bool has_markers = !stored->markers.markers.empty();
-        const bool has_file = !read(data, raw.marker_file).empty();
-        if (has_markers == has_file) continue;
-
+        if (!stored->markers.markers.empty() || read(data, raw.marker_file).empty()) continue;
         image changed = *stored;
-        changed.markers = MarkerSet();
-        if (has_file) {
-            try {
-                changed.markers = load_markers(data, raw.marker_file, stored->height());
-            } catch (const FileError&) {
-                continue;  // logged when it was raised; the project can be used without
-            }
-        } else {
-            get_log().write(LogLevel::information,
-                            stored->name + ": markers removed, the project names no marker file (" +
-                                std::string(raw.marker_file.path) + ")");
+        try {
+            changed.markers = load_markers(data, raw.marker_file, stored->height());
+        } catch (const FileError&) {
+            continue;  // logged when it was raised; the project can be used without
         }
         changed.note_markers_saved();
         images.add(std::move(changed));

@@ -101,8 +101,12 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     } else {
         load_xml(data, name.c_str());
     }
+    if (const std::string complaint = non_finite_setting(data); !complaint.empty())
+        throw FileError("File error!", name + ": " + complaint);
+    RunReport unread;
+    RunReport& report = request_.report ? *request_.report : unread;
     for (const std::string& complaint : check_settings(data))
-        get_log().write(LogLevel::information, std::string(name).append(": ").append(complaint));
+        warn(report, WarningKind::settings, std::string(name).append(": ").append(complaint));
     if (!request_.inputs.empty()) take_stored_inputs(data, request_.inputs, read_images, context);
     write(data, keys::head_file, fs::absolute(request_.file).lexically_normal().string());
     for (const auto& [path, value] : request_.settings)
@@ -111,7 +115,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
 
     context.status("Reading image files");
     fixMarkersDs(data, read_images);
-    for (image& picture : load_images(data, read_images, context))
+    for (image& picture : load_images(data, read_images, context, &report))
         read_images.add(std::move(picture));
     std::optional<field_data<double>> geometry;
     if (request_.geometry == ReadProject::Geometry::read) geometry = read_geometry(data, context);
@@ -163,8 +167,8 @@ TaskOutcome WriteProjectTask::run(TaskContext& context) {
     context.status("Writing IMS file:" + file_.string());
     const fs::path real = fs::absolute(file_).lexically_normal();
     KeepSettings settings(data);
-    if (!read(data, keys::head_file).empty())
-        rebase_relative_names(data, project_folder(data), real.parent_path());
+    rebase_names(data, read(data, keys::head_file).empty() ? fs::path() : project_folder(data),
+                 real.parent_path());
     write(data, keys::head_file, real.string());
     write_project(data, session_.images, real, context);
     if (is_container(real)) note_contained(data, session_.images);

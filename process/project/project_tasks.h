@@ -11,6 +11,7 @@
 #include "core/data_set.h"
 #include "core/task.h"
 #include "process/point/session.h"
+#include "process/report/run_report.h"
 
 namespace vyn {
 
@@ -27,6 +28,8 @@ struct ReadProject {
     std::filesystem::path inputs{};
     /// Settings that replace those of the file before anything that they name is read.
     std::vector<std::pair<std::string, any>> settings;
+    /// Where warnings of settings and marker files go beside the log; may be null.
+    std::shared_ptr<RunReport> report{};
 };
 
 /// Reads a project file or container into the data set, then the images that it names into the

@@ -174,7 +174,9 @@ void range_remark(const image& field, const PreparedConversion& prepared,
                   std::vector<Warning>& warnings) {
     constexpr double told_share = 0.01;  // less comes from edges and dots
     const paintFeatures& paint = prepared.paint;
-    if (!(paint.minimal_pressure < paint.maximal_pressure)) return;
+    if (prepared.conversion.quantity == FieldQuantity::kept ||
+        !(paint.minimal_pressure < paint.maximal_pressure))
+        return;
     const auto in_field = [&](double pressure) {
         const FieldConversion& conversion = prepared.conversion;
         switch (conversion.quantity) {
@@ -184,6 +186,7 @@ void range_remark(const image& field, const PreparedConversion& prepared,
                 return (pressure - conversion.static_pressure) / conversion.dynamic_pressure;
             case FieldQuantity::pressure:
             case FieldQuantity::ratio:
+            case FieldQuantity::kept:
                 break;
         }
         return pressure * conversion.unit_factor;
@@ -250,7 +253,10 @@ PointCheck check_point(const RunReport& report, const dataSetInterface& data,
     check.conversion = report.conversion;
     check.computed = report.field || !field;
     state_remark(data, images, check.warnings);
-    saturation_remarks(check.stages, check.warnings);
+    if (std::ranges::none_of(report.warnings, [](const Warning& warning) {
+            return warning.kind == WarningKind::saturation;
+        }))
+        saturation_remarks(check.stages, check.warnings);
     if (field && report.conversion) range_remark(*field, *report.conversion, check.warnings);
     check.warnings.insert(check.warnings.end(), report.warnings.begin(), report.warnings.end());
     return check;

@@ -16,6 +16,8 @@ const char* name(WarningKind kind) {
             return "missing_correction";
         case WarningKind::saturation:
             return "saturation";
+        case WarningKind::settings:
+            return "settings";
         case WarningKind::empty_image:
             return "empty_image";
         case WarningKind::out_of_date:

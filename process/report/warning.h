@@ -13,6 +13,7 @@ enum class WarningKind {
     paint_range,         ///< outside of what the paint is calibrated for
     missing_correction,  ///< no dark image, no flat field
     saturation,
+    settings,     ///< the project holds what no setting takes
     empty_image,  ///< no valid pixel is left
     out_of_date,  ///< a result that no longer follows from its sources
     failure       ///< the run ended early

@@ -17,14 +17,17 @@ namespace {
 /// As with the marker file of another camera's picture.
 void warn_of_markers_outside(const image& picture, RunReport& report) {
     const std::vector<Marker>& markers = picture.markers.markers;
+    const auto active = std::ranges::count_if(markers, &Marker::active);
     const auto outside = std::ranges::count_if(markers, [&](const Marker& marker) {
         return marker.active && !(marker.x >= 0 && marker.x < picture.width() && marker.y >= 0 &&
                                   marker.y < picture.height());
     });
     if (outside == 0) return;
     const Warning outside_image{WarningKind::markers,
-                                picture.name + ": " + std::to_string(outside) + " of " +
-                                    std::to_string(markers.size()) +
+                                picture.name + ": " +
+                                    (outside == active ? "all " + std::to_string(active)
+                                                       : std::to_string(outside) + " of " +
+                                                             std::to_string(active)) +
                                     " markers lie outside the image; look at its marker file"};
     // Wind-off pictures take part in two alignments.
     if (std::ranges::find(report.warnings, outside_image) == report.warnings.end())

@@ -6,6 +6,7 @@
 #include "process/point/experiment_type.h"
 #include "process/point/image_sizes.h"
 #include "process/point/marker_frames.h"
+#include "process/point/picture_warnings.h"
 #include "process/steps/step_settings.h"
 
 namespace vyn {
@@ -56,7 +57,8 @@ StepFacts correct_facts(const StepView& view, std::size_t picture) {
     settings.add(taker.camera, {"cx", "cy", "a2", "a4"});
     facts.settings = settings.take();
     facts.behind = {experiment_flags};
-    facts.told = {std::string(taker.camera)};
+    facts.told = picture_warning_settings();
+    facts.told.emplace_back(taker.camera);
     facts.gives = {{raw.corrected_name, {}}};
     return facts;
 }
@@ -81,6 +83,8 @@ TaskOutcome correct_picture(const StepRun& run, std::size_t picture) {
     context.status("Calculating corrected image");
     report_part(correction.use_dark, correction.dark, "Substracting dark image", "a dark image");
     report_part(correction.use_flat, correction.flat, "Applying flat-field image", "a flat field");
+    for (const Warning& warning : picture_warnings(run.session.data, raw_images()[picture], *source))
+        warn(run.report, warning.kind, warning.text);
     image corrected = corrected_intensity(correction, *source, run.session, context);
 
     const Distortion lens = lens_of_correction(run.session.data, correction);

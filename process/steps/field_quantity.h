@@ -23,11 +23,10 @@ inline const char* field_name(FieldQuantity quantity) {
     return "";
 }
 
-/// A name that no quantity has stands for the ratio, which is left as it is.
 inline FieldQuantity field_quantity(std::string_view wanted) {
     for (const auto& [value, name] : field_quantities)
         if (name == wanted) return value;
-    return FieldQuantity::ratio;
+    return FieldQuantity::kept;
 }
 
 /// The rule by its name in the setting "project/processing/convert/wind_off_ratio".

@@ -108,6 +108,18 @@ image ratio_of(const CorrectedPictures& pictures, const RatioLimits& limits,
                                 context);
 }
 
+/// The operations work inside the region only; outside, raw counts would pass for ratios.
+void exclude_outside_region(image& ratio) {
+    if (!ratio.has_region()) return;
+    const image& constant = ratio;
+    for (int y = 0; y < ratio.height(); ++y) {
+        const std::uint8_t* region = constant.region().row(y);
+        std::uint8_t* mask = ratio.mask().row(y);
+        for (int x = 0; x < ratio.width(); ++x)
+            if (region[x] == 0) mask[x] = 1;
+    }
+}
+
 void thin_if_asked(image& ratio, dataSetInterface& data, TaskContext& context) {
     if (read(data, keys::filter_thinning) == 0) return;
     const int depth = read(data, keys::filter_thinning_depth);
@@ -188,6 +200,7 @@ TaskOutcome form_ratio_image(const StepRun& run) {
                 aligned.emplace_back(*pictures[i]).name = raw_images()[i].aligned_name;
     if (sampling == Sampling::once) filter_all(pictures, filter, run.context);
     image ratio = ratio_of(pictures, ratio_limits(data), type, run.context);
+    exclude_outside_region(ratio);
     thin_if_asked(ratio, data, run.context);
     ratio.name = names::ratio;
 
