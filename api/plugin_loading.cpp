@@ -3,6 +3,8 @@
 #include <system_error>
 
 #include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <fnmatch.h>
 
 #include "api/image_io.h"
@@ -80,10 +82,27 @@ int load_plugin(const fs::path& file) {
     return added;
 }
 
+/// Code is loaded only from full names, and from where nobody else can put it.
+bool is_trusted(const fs::path& folder) {
+    struct stat info {};
+    const bool there = stat(folder.c_str(), &info) == 0;
+    const bool others_write =
+        there && ((info.st_mode & S_IWOTH) != 0 || (info.st_uid != 0 && info.st_uid != geteuid()));
+    if (folder.is_absolute() && !others_write) return true;
+    get_log().write(LogLevel::information,
+                    "No plug-ins are loaded from " + folder.string() +
+                        (folder.is_absolute() ? ": others may write to it" : ": no full name"));
+    return false;
+}
+
 }  // namespace
 
 std::vector<fs::path> plugin_folders() {
-    if (const char* chosen = std::getenv("VYNLITE_PLUGINS")) return split_search_path(chosen);
+    if (const char* chosen = std::getenv("VYNLITE_PLUGINS")) {
+        std::vector<fs::path> folders = split_search_path(chosen);
+        std::erase_if(folders, [](const fs::path& folder) { return !is_trusted(folder); });
+        return folders;
+    }
     std::error_code problem;
     const fs::path programs = fs::read_symlink("/proc/self/exe", problem).parent_path();
     return {programs / "plugins",

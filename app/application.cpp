@@ -1,14 +1,17 @@
 #include "app/application.h"
 
 #include <QLocale>
+#include <QMessageBox>
 #include <QSettings>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <array>
 #include <clocale>
 #include <csignal>
 
 #include <unistd.h>
 
+#include "core/ui/command.h"
 #include "core/ui/icons.h"
 #include "core/version.h"
 
@@ -54,18 +57,37 @@ int Application::run() {
         connect(notifier, &QSocketNotifier::activated, this, [] { QCoreApplication::exit(); });
         for (const int number : {SIGTERM, SIGINT, SIGHUP})
             std::signal(number, tell_event_loop);
+        std::signal(SIGXFSZ, SIG_IGN);  // writing fails instead, and says so
     }
     const int status = exec();
+    goes_on_ = false;
     if (error_) std::rethrow_exception(error_);
     return status;
+}
+
+void Application::show_error(const QString& text) {
+    if (showing_) return;
+    showing_ = true;
+    // Not from within the handler that failed.
+    QTimer::singleShot(0, this, [this, text] {
+        QMessageBox box(QMessageBox::Warning, QStringLiteral("VynLite"), text, QMessageBox::Ok,
+                        activeWindow());
+        box.setTextFormat(Qt::PlainText);
+        box.exec();
+        showing_ = false;
+    });
 }
 
 bool Application::notify(QObject* receiver, QEvent* event) {
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
-        if (!error_) error_ = std::current_exception();
-        exit();
+        if (goes_on_)
+            show_error(text_of_exception());
+        else {
+            if (!error_) error_ = std::current_exception();
+            exit();
+        }
         return false;
     }
 }

@@ -6,7 +6,8 @@
 namespace vyn {
 
 /// The program's application object. An error that leaves an event handler cannot pass through the
-/// toolkit's event loop: it ends the loop and leaves `run`.
+/// toolkit's event loop: while the window is open it is shown and logged, and the program goes on.
+/// Before that it ends the loop and leaves `run`.
 class Application : public QApplication {
     Q_OBJECT
   public:
@@ -17,8 +18,15 @@ class Application : public QApplication {
     int run();
     bool notify(QObject* receiver, QEvent* event) override;
 
+    /// From now on errors do not end the program.
+    void go_on_after_errors() { goes_on_ = true; }
+
   private:
+    void show_error(const QString& text);
+
     std::exception_ptr error_;
+    bool goes_on_ = false;
+    bool showing_ = false;  ///< one error at a time: drawing may fail again and again
 };
 
 }  // namespace vyn

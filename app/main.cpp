@@ -52,9 +52,10 @@ void report(const GenericError& error) {
     std::cerr << "Generic Error " << error.where() << '\n';
 }
 
-void open_at_start(VynLiteForm& window, const QStringList& files) {
-    QTimer::singleShot(0, &window, [&window, files] {
+void open_at_start(Application& application, VynLiteForm& window, const QStringList& files) {
+    QTimer::singleShot(0, &window, [&application, &window, files] {
         get_log().write(LogLevel::progress, "The window is open");
+        application.go_on_after_errors();
         window.offer_lost_work();
         if (!files.isEmpty()) window.open_files(files);
     });
@@ -87,7 +88,7 @@ int main(int argc, char** argv) {
     set_message_parent(window.get());
     set_custom_message_fun(show_information, ask_question);
     window->show();
-    open_at_start(*window, options.positionalArguments());
+    open_at_start(application, *window, options.positionalArguments());
     try {
         application.run();
     } catch (const SystemError& error) {

@@ -47,6 +47,10 @@ VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
     setAcceptDrops(true);
     resize(on_screen({fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 58}));
     restoreGeometry(QSettings().value(geometry_setting()).toByteArray());
+    connect(parts_->recovery, &RecoveryKeeper::failed, this, [this] {
+        statusBar()->showMessage(
+            tr("The copy for a crash could not be written: see the log. Save the project."));
+    });
     start_pages();
     startTimer(title_period_ms);
 }

@@ -52,13 +52,6 @@ std::unique_ptr<ReadProjectTask> reading(const fs::path& file,
     return std::make_unique<ReadProjectTask>(program_session(), std::move(request));
 }
 
-fs::path lock_file_of(const fs::path& project) {
-    fs::path name(".");
-    name += project.filename();
-    name += ".lock";
-    return project.parent_path() / name;
-}
-
 fs::path present_file() {
     return read(vyn_db(), keys::head_file);
 }
@@ -148,6 +141,7 @@ ProjectCommands::Recovered ProjectCommands::recover(const LostWork& work) {
     }
     lock_ = std::move(held);
     file_ = work.project;
+    written_ = {};
     Q_EMIT replaced();
     if (read_all && job->outcome() != TaskOutcome::done)
         report_failure(window_, tr("Not all drawn markers and masks were put back: see the log. "
@@ -166,6 +160,12 @@ bool ProjectCommands::save_as() {
     return save_to(path_of(file), Overwriting::allowed);  // the dialog asked
 }
 
+bool ProjectCommands::changed_by_others() const {
+    std::error_code missing;
+    const auto written = fs::last_write_time(file_, missing);
+    return !missing && written_ != fs::file_time_type{} && written != written_;
+}
+
 bool ProjectCommands::save_to(const fs::path& file, Overwriting overwriting) {
     std::error_code ignored;
     if (overwriting == Overwriting::ask && file != file_ && fs::exists(file, ignored) &&
@@ -173,6 +173,14 @@ bool ProjectCommands::save_to(const fs::path& file, Overwriting overwriting) {
             window_, tr("VynLite"),
             tr("%1 already exists.\nDo you want to replace it?").arg(text_of(file))) !=
             QMessageBox::Yes)
+        return false;
+    if (file == file_ && changed_by_others() &&
+        QMessageBox::question(window_, tr("VynLite"),
+                              tr("%1 was changed by another program meanwhile.\nReplace it all the "
+                                 "same?")
+                                  .arg(text_of(file)),
+                              QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::No) != QMessageBox::Yes)
         return false;
     Lock held = lock(file);
     if (!held) return false;
@@ -203,6 +211,7 @@ void ProjectCommands::reset(bool totally_new) {
         write(vyn_db(), keys::head_file, std::string());
     }
     file_.clear();
+    names_folder_.clear();
     lock_.reset();
     Q_EMIT replaced();
 }
@@ -211,8 +220,10 @@ void ProjectCommands::set_file(const QString& file) {
     const fs::path target = file.trimmed().isEmpty() ? fs::path() : path_of(file.trimmed());
     const fs::path present = present_file();
     if (target == present) return;
-    if (!present.empty() && !target.empty())
-        rebase_names(vyn_db(), present.parent_path(), target.parent_path());
+    // A name that is emptied and typed anew still starts from the folder that the names belong to.
+    if (!present.empty()) names_folder_ = present.parent_path();
+    if (!target.empty() && !names_folder_.empty())
+        rebase_names(vyn_db(), names_folder_, target.parent_path());
     write(vyn_db(), keys::head_file, target.string());
     lock_.reset();
     Q_EMIT changed();
@@ -284,7 +295,7 @@ QString ProjectCommands::ask_target(const QString& caption, const QString& propo
 
 ProjectCommands::Lock ProjectCommands::lock(const fs::path& file) {
     if (lock_ && file == file_) return lock_;
-    auto held = std::make_shared<FileLock>(lock_file_of(file));
+    auto held = std::make_shared<FileLock>(project_lock(file));
     if (held->state() != FileLock::State::taken) return held;
     const bool go_on = QMessageBox::question(
                            window_, tr("VynLite"),
@@ -296,6 +307,8 @@ ProjectCommands::Lock ProjectCommands::lock(const fs::path& file) {
 
 void ProjectCommands::take(const fs::path& file, Lock held) {
     file_ = file;
+    std::error_code ignored;
+    written_ = fs::last_write_time(file, ignored);
     lock_ = std::move(held);
     Q_EMIT opened(text_of(file));
 }

@@ -61,6 +61,8 @@ class ProjectCommands : public QObject {
 
     bool carry_out(const std::shared_ptr<Job>& job, const QString& what_failed);
     bool create_from(std::shared_ptr<simpleNamedDataSet> settings, const QString& file);
+    /// The project's file is not as this program read or wrote it last.
+    bool changed_by_others() const;
     bool save_to(const std::filesystem::path& file, Overwriting overwriting);
     QString ask_target(const QString& caption, const QString& proposal);
     /// The lock of a project file that is to be opened or written; null when the user stays away
@@ -71,6 +73,8 @@ class ProjectCommands : public QObject {
     Worker& worker_;
     QWidget* window_;
     std::filesystem::path file_;  ///< opened or written last: it may be written again
+    std::filesystem::file_time_type written_{};  ///< when that was
+    std::filesystem::path names_folder_;  ///< that relative names belong to while there is no file
     Lock lock_;
 };
 

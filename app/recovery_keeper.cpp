@@ -2,8 +2,8 @@
 
 #include <QTimer>
 
-#include "core/errors.h"
 #include "core/project_file.h"
+#include "core/ui/command.h"
 #include "process/point/unsaved_work.h"
 
 namespace vyn {
@@ -26,10 +26,21 @@ RecoveryKeeper::~RecoveryKeeper() {
     if (!has_unsaved_work(vyn_db(), get_images())) copy_.drop();
 }
 
+void RecoveryKeeper::note_written(bool well) {
+    if (!well) {
+        kept_revision_ = {};  // tried again
+        if (!told_) Q_EMIT failed();
+    }
+    told_ = !well;
+}
+
 void RecoveryKeeper::look() {
     using namespace std::chrono_literals;
     if (stopped_) return;
-    if (writing_.valid() && writing_.wait_for(0s) != std::future_status::ready) return;
+    if (writing_.valid()) {
+        if (writing_.wait_for(0s) != std::future_status::ready) return;
+        note_written(writing_.get());
+    }
     const std::pair revision{vyn_db().revision(), get_images().revision()};
     if (!has_unsaved_work(vyn_db(), get_images())) {
         if (kept_) copy_.drop();
@@ -41,11 +52,7 @@ void RecoveryKeeper::look() {
     kept_revision_ = revision;
     writing_ = std::async(std::launch::async, [this, project = to_xml(vyn_db()),
                                                pictures = unsaved_pictures(get_images())] {
-        try {
-            copy_.keep(project, pictures);
-        } catch (const GenericError&) {
-            // Its error stands in the log; the next change tries again.
-        }
+        return run_logged([&] { copy_.keep(project, pictures); });
     });
 }
 

@@ -19,15 +19,21 @@ class RecoveryKeeper : public QObject {
 
     /// Writes or removes the copy where that is due. Called by a timer.
     void look();
+    /// The copy could not be written; told once until it can be again.
+    Q_SIGNAL void failed();
+
     /// The user gave up what is unsaved: the copy goes, and nothing is kept any more.
     void stop();
 
   private:
+    void note_written(bool well);
+
     RecoveryCopy copy_;
     std::pair<std::uint64_t, std::uint64_t> kept_revision_;  ///< of settings and images
     bool kept_ = false;
     bool stopped_ = false;
-    std::future<void> writing_;
+    std::future<bool> writing_;  ///< whether it went well
+    bool told_ = false;
 };
 
 }  // namespace vyn

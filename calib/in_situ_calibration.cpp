@@ -22,7 +22,7 @@ InSituOutcome failed(const char* warning, const std::string& line, const std::st
 }
 
 /// The result of reading, a file that cannot be opened included.
-MarkerFileResult read_ports(const std::string& file, MarkerSet& ports, int image_height) {
+MarkerFileResult read_checked(const std::string& file, MarkerSet& ports, int image_height) {
     try {
         MarkerFileResult result = read_image_markers(file, ports, image_height);
         const std::string problem = result ? port_problem(ports) : std::string();
@@ -90,15 +90,13 @@ InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& option
     return {InSituCalibration{std::move(samples), std::move(*fit), std::move(paint)}, {}, {}};
 }
 
-InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio,
-                                const InSituOptions& options) {
-    const gauss_approximation refuses_other_terms(options.terms);
+std::optional<InSituOutcome> read_ports(const std::string& port_file, int image_height,
+                                        MarkerSet& ports) {
     std::error_code ignored;
     if (!std::filesystem::exists(port_file, ignored))
         return failed("Error Reading Markers", "Calibration file doesn't exists:" + port_file, {},
                       "Choose the marker file of the pressure ports");
-    MarkerSet ports;
-    const MarkerFileResult read = read_ports(port_file, ports, ratio ? ratio->height() : 0);
+    const MarkerFileResult read = read_checked(port_file, ports, image_height);
     if (!read && read.outcome != MarkerFileOutcome::no_markers)
         return failed("Error Reading Markers", "Calibration file can't be read:" + port_file,
                       read.detail, "Save the ports anew as a marker file (mrk)");
@@ -110,6 +108,15 @@ InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio
         return failed("Markers file doesn't have pressure information",
                       "Calibration file doesn't have Pressure information:" + port_file,
                       read.detail, "Give each port its pressure as function value and save as mrk");
+    return std::nullopt;
+}
+
+InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio,
+                                const InSituOptions& options) {
+    const gauss_approximation refuses_other_terms(options.terms);
+    MarkerSet ports;
+    if (auto wrong = read_ports(port_file, ratio ? ratio->height() : 0, ports))
+        return std::move(*wrong);
     if (!ratio)
         return failed("I/Iref image doesn't exists", "Calibration I/Iref doesn't exists", {},
                       "Calculate I/Iref first");

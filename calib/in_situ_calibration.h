@@ -28,6 +28,11 @@ struct InSituOutcome {
     std::string reason;   ///< why not and what to do about it, for the user
 };
 
+/// Reads the ports' markers (`image_height` in pixels, of the ratio image) and looks whether they can
+/// be calibrated with. What is wrong is logged and comes back as an outcome without calibration.
+std::optional<InSituOutcome> read_ports(const std::string& port_file, int image_height,
+                                        MarkerSet& ports);
+
 /// Fits the paint's law to the pressures measured at ports on the model: reads the port file,
 /// averages the ratio image around each active port and fits the pressure as a polynomial in the
 /// ratio. Every step is logged. `ratio` may be null; ports in its pixels. Raises AlgoError for

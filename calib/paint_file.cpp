@@ -39,6 +39,9 @@ void read_2_51(const IniFile& ini, paintFeatures& record) {
 
 void write_2_51(IniFile& ini, const paintFeatures& record) {
     ini.set("version", "head", version_2_51);
+    // Coefficients of an older format would contradict these.
+    for (const char* old : {section_2_5, unversioned_section})
+        ini.remove_section(old);
     for_each_calibration_field(record, [&](const PaintKey& key, const auto& field) {
         write_field(ini, section_2_51, key.name, field);
     });

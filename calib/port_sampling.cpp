@@ -63,7 +63,7 @@ std::string port_problem(const MarkerSet& ports) {
     std::set<std::int32_t> numbers;
     for (const Marker& port : ports.markers) {
         if (!port.active) continue;
-        if (!std::isfinite(port.f)) return label(port) + ": its pressure is no finite number";
+        if (std::isinf(port.f)) return label(port) + ": its pressure is infinite";
         if (!numbers.insert(port.id).second)
             return label(port) + ": another active port has this number";
     }

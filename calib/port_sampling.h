@@ -38,8 +38,8 @@ PixelBox averaged_box(const Marker& port, int side);
 /// has no values or no mask.
 PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side);
 
-/// What cannot be right with ports, whatever the image: an active one whose pressure is no finite
-/// number, or two with one number. Empty when nothing is wrong.
+/// What cannot be right with ports, whatever the image: an active one whose pressure is infinite,
+/// or two with one number. Empty when nothing is wrong.
 std::string port_problem(const MarkerSet& ports);
 
 }  // namespace vyn

@@ -39,6 +39,15 @@ T read_number(const IniFile& ini, std::string_view section, std::string_view key
     return value;
 }
 
+/// Whether the lines are those of a record or could become ones: a picture that is replaced by a
+/// record must not keep its bytes before it.
+bool is_record(const IniFile& ini) {
+    static constexpr const char* sections[] = {"version", "camera", "paint", "Calibr",
+                                               "Calibration"};
+    return std::ranges::any_of(sections,
+                               [&](const char* section) { return ini.has_section(section); });
+}
+
 }  // namespace
 
 double read_double_key(const IniFile& ini, std::string_view section, std::string_view key,
@@ -66,6 +75,7 @@ void update_ini_file(const std::string& path, const std::function<void(IniFile&)
     try {
         IniFile ini;
         ini.open(path, IniFile::Mode::read_write);
+        if (!is_new && !is_record(ini)) ini.clear();
         fill(ini);
         ini.save();
     } catch (...) {

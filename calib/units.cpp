@@ -1,5 +1,6 @@
 #include "calib/units.h"
 
+#include <atomic>
 #include <iostream>
 #include <set>
 #include <span>
@@ -40,6 +41,7 @@ constexpr Unit length_units[] = {{"mm", 0.001}, {"sm", 0.01}, {"dm", 0.1}, {"m",
 
 /// The lines told already, while a UnitMessagesOnce lives.
 thread_local std::set<std::string>* told_once = nullptr;
+std::atomic<UnitMessages> messages{UnitMessages::shown};
 /// A UnitMessagesOff lives.
 thread_local bool told_never = false;
 
@@ -56,7 +58,7 @@ const Unit& find_or_report(std::span<const Unit> units, const std::string& name,
     if (told_never) return unknown_unit;
     const std::string line = name + ": " + complaint;
     if (told_once && !told_once->insert(line).second) return unknown_unit;
-    std::cerr << line + '\n' << std::flush;
+    if (messages == UnitMessages::shown) std::cerr << line + '\n' << std::flush;
     get_log().write(LogLevel::progress, line);
     return unknown_unit;
 }
@@ -87,6 +89,10 @@ UnitMessagesOff::UnitMessagesOff() : outer_(std::exchange(told_never, true)) {}
 
 UnitMessagesOff::~UnitMessagesOff() {
     told_never = outer_;
+}
+
+void set_unit_messages(UnitMessages where) {
+    messages = where;
 }
 
 double convert_pressure(double value, const std::string& from, const std::string& to) {

@@ -45,6 +45,11 @@ class UnitMessagesOff {
     bool outer_;
 };
 
+/// Whether complaints go to the standard error stream beside the log: a quiet program has them in
+/// the log only.
+enum class UnitMessages { shown, logged };
+void set_unit_messages(UnitMessages where);
+
 bool is_pressure_unit(const std::string& name);
 bool is_temperature_unit(const std::string& name);
 

@@ -88,6 +88,7 @@ ExitStatus calibrate(const CalibrateOptions& options) {
     const Overwriting overwriting = options.force ? Overwriting::allowed : Overwriting::refused;
     for (const std::string& file : {options.calibration_file, options.report, options.results})
         check_output(file, overwriting);
+    const auto lock = options.accept ? lock_project(options.project) : nullptr;
     const std::string& unit = options.law.pressure_unit;
     if (unit != "Pa" && !is_pressure_unit(unit))
         throw UsageError("--unit " + unit + ": there is no such pressure unit");
@@ -96,6 +97,11 @@ ExitStatus calibrate(const CalibrateOptions& options) {
     for (const std::string& setting : options.settings)
         if (setting.starts_with(rule + "="))
             throw UsageError("--set " + setting + ": here --wind-off-ratio says it");
+
+    // What is wrong with the ports is said before anything is computed.
+    MarkerSet ports;
+    if (const auto wrong = read_ports(options.ports, /*image_height=*/0, ports))
+        throw std::runtime_error(wrong->warning + ": " + wrong->reason);
 
     OwnSession point;
     const Session session = point.get();

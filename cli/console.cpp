@@ -116,7 +116,8 @@ Console& console() {
 }
 
 void prepare_standard_streams() {
-    std::signal(SIGPIPE, SIG_IGN);
+    for (const int signal_number : {SIGPIPE, SIGXFSZ})
+        std::signal(signal_number, SIG_IGN);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) != -1 || errno != EBADF) continue;
         // The lowest free number is this stream's. Opened the wrong way round, its use fails.

@@ -56,7 +56,7 @@ class Console {
 Console& console();
 
 /// Makes the standard streams safe to use: a closed one fails on writing instead of lending its
-/// number to the next file, and a broken pipe is an error instead of a signal. For the start of
+/// number to the next file, and a broken pipe, and a file that may grow no further, is an error instead of a signal. For the start of
 /// main.
 void prepare_standard_streams();
 

@@ -4,7 +4,7 @@
 
 namespace vyn::cli {
 
-/// While it lives, the first SIGINT or SIGTERM only sets a mark; a second one of the same kind ends
+/// While it lives, the first SIGINT, SIGTERM or SIGHUP only sets a mark; a second one of the same kind ends
 /// the program at once. One object at a time.
 class InterruptGuard {
   public:

@@ -6,12 +6,14 @@
 
 #include "api/image_io.h"
 #include "api/parallel.h"
+#include "calib/units.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "core/errors.h"
 #include "core/messages.h"
 #include "core/progress.h"
 #include "core/version.h"
+#include "process/report/provenance.h"
 
 using namespace vyn;
 using namespace vyn::cli;
@@ -28,6 +30,9 @@ void add_global_options(CLI::App& app, GlobalOptions& global) {
     app.add_flag_callback(
         "-y,--yes", [&] { global.answer = GlobalOptions::Answer::yes; },
         "answer every question with yes; without it the answer is no");
+    app.add_flag_callback(
+        "--anonymous", [] { set_provenance_detail(ProvenanceDetail::anonymous); },
+        "tell no paths, names and settings in the images and reports written");
     app.add_option("--threads", global.threads, "number of threads; 0: all cores")
         ->check(CLI::Range(0, 1024));
 }
@@ -77,6 +82,8 @@ ExitStatus parse_and_work(int argc, char** argv) {
     if (!chosen) throw UsageError("a command is missing (vynlite-batch --help lists them)");
     console().set_verbosity(global.verbosity);
     connect_messages(global);
+    if (global.verbosity == GlobalOptions::Verbosity::quiet)
+        set_unit_messages(UnitMessages::logged);
     const ThreadLimit threads(global.threads);
     register_plugins("*.2dio");
     register_plugins("*.3dio");

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "cli/settings.h"
+#include "core/messages.h"
 #include "markers/marker_files.h"
 #include "process/point/marker_io.h"
 
@@ -25,7 +26,11 @@ ExitStatus convert_markers(const MarkersOptions& options) {
         throw UsageError("markers: IN and OUT are required, or one of find, refine and pair");
     const int height = height_for(options.source, options.height);
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
-    write_marker_file(options.target, read_marker_file(options.source, height));
+    MarkerSet markers = read_marker_file(options.source, height);
+    if (would_be_unreadable(options.target, markers) &&
+        question("With the length unit nobody could read the file. Write it without the unit?"))
+        markers.lengthUnit = 0;
+    write_marker_file(options.target, markers);
     return ExitStatus::done;
 }
 

@@ -37,6 +37,7 @@ void take_over_paint(dataSetInterface& data, const std::string& file) {
     paintFeatures paint;
     check_record(read_paint_calibration(file, paint), file, "paint calibration");
     write(data, std::string(keys::sens_paint), paint);
+    take_units_of_paint(data, paint);
 }
 
 void take_over_camera(dataSetInterface& data, const std::string& file, const fs::path& folder) {
@@ -64,6 +65,7 @@ ExitStatus make_project(const NewOptions& options) {
     apply_settings(data, options.settings);
     write(data, keys::head_file, file.string());
     check_target(file, options.force ? Overwriting::allowed : Overwriting::refused);
+    const auto lock = lock_project(file);
     save_xml(data, file.c_str());
     return ExitStatus::done;
 }

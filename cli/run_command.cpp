@@ -49,7 +49,7 @@ struct SaveRequest {
 };
 
 /// Splits NAME=FILE and refuses at once what could not be written at the end of a long run.
-SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
+SaveRequest parse_save(const std::string& text, Overwriting existing) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
         throw UsageError("--save " + text + ": expected NAME=FILE");
@@ -57,8 +57,12 @@ SaveRequest parse_save(const std::string& text, Overwriting overwriting) {
     const ImageFormat* format = get_2dio().by_extension(request.file);
     if (!format || !format->info().can_write)
         throw UsageError("--save " + text + ": no format writes files with this extension");
-    check_output(request.file, overwriting);
+    check_output(request.file, existing);
     return request;
+}
+
+Overwriting overwriting(const RunOptions& options) {
+    return options.force ? Overwriting::allowed : Overwriting::refused;
 }
 
 /// Loads the project and runs the chain. The outcome is the worst of both.
@@ -71,6 +75,9 @@ TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
 
     failure = missing_input({session.data, session.images});
     if (!failure.empty()) return TaskOutcome::failed;
+    if (options.save_field)
+        for (const fs::path& file : named_field_files(session.data))
+            check_output(file, overwriting(options));
     if (options.auto_markers) {
         outcome = runner.run(job_of(std::make_unique<FindMarkersTask>(
             session, detection_options(options.detection), report)));
@@ -88,6 +95,8 @@ TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
 TaskOutcome save_all(const RunOptions& options, Session session,
                      const std::vector<SaveRequest>& saves, Runner& runner) {
     auto job = std::make_shared<Job>();
+    for (const SaveRequest& save : saves)
+        check_target(save.file, overwriting(options));
     for (const SaveRequest& save : saves)
         job->append(std::make_unique<SaveImageTask>(session, save.name, save.file));
     if (options.save_field) job->append(std::make_unique<SaveFieldTask>(session));
@@ -140,21 +149,24 @@ void write_html(const RunOptions& options, Session session, RunReport report,
         session, std::make_shared<const RunReport>(std::move(report)),
         read_ports(options, field ? field->height() : 0));
     const std::shared_ptr<const PointReport> result = task->result();
-    if (runner.run(job_of(std::move(task))) != TaskOutcome::done)
-        throw std::runtime_error("the page could not be made: " + runner.failure());
+    const TaskOutcome outcome = runner.run(job_of(std::move(task)));
+    if (outcome != TaskOutcome::done)
+        throw std::runtime_error(
+            "the page could not be made: " +
+            (outcome == TaskOutcome::aborted ? "interrupted" : runner.failure()));
     write_file(options.html, html_report(*result));
 }
 
 ExitStatus run(const RunOptions& options) {
-    const Overwriting overwriting = options.force ? Overwriting::allowed : Overwriting::refused;
     check_detection(options);
     std::vector<SaveRequest> saves;
     for (const std::string& text : options.saves)
-        saves.push_back(parse_save(text, overwriting));
+        saves.push_back(parse_save(text, overwriting(options)));
     for (const std::string& file : {options.report, options.html, options.save_project})
-        check_output(file, overwriting);
+        check_output(file, overwriting(options));
     read_ports(options, /*image_height=*/0);  // a file that cannot be read is said at once
 
+    const auto lock = options.save_project.empty() ? nullptr : lock_project(options.save_project);
     OwnSession point;
     const Session session = point.get();
     Runner runner;

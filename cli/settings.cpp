@@ -1,8 +1,10 @@
 #include "cli/settings.h"
 
 #include "cli/commands.h"
+#include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
+#include "process/point/project_paths.h"
 
 namespace vyn::cli {
 
@@ -25,7 +27,8 @@ void apply_settings(dataSetInterface& data, const std::vector<std::string>& assi
 
 void check_target(const std::filesystem::path& file, Overwriting overwriting) {
     std::error_code ignored;
-    if (overwriting == Overwriting::refused && std::filesystem::exists(file, ignored))
+    if (overwriting == Overwriting::refused && !is_stream(file) &&
+        std::filesystem::exists(file, ignored))
         throw FileError("File exists!", file.string() + " (--force replaces it)");
 }
 
@@ -37,6 +40,17 @@ void check_output(const std::filesystem::path& file, Overwriting overwriting) {
         throw FileError("Can't open file for writing!",
                         file.string() + ": there is no folder " + folder.string());
     check_target(file, overwriting);
+    if (!is_stream(file)) const AtomicFile can_be_written(file);
+}
+
+std::unique_ptr<FileLock> lock_project(const std::filesystem::path& file) {
+    auto lock = std::make_unique<FileLock>(project_lock(file));
+    if (lock->state() == FileLock::State::taken)
+        throw StateError("State error!", file.string() + " is open elsewhere (" +
+                                             (lock->holder().empty() ? "by another user"
+                                                                     : lock->holder()) +
+                                             "); nothing was written");
+    return lock;
 }
 
 }  // namespace vyn::cli

@@ -1,8 +1,8 @@
 #include "core/atomic_file.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "core/errors.h"
+#include "core/temporary_files.h"
 
 namespace vyn {
 
@@ -56,37 +57,50 @@ bool write_all(int descriptor, std::string_view bytes) {
     return true;
 }
 
-/// Names no other thread or process uses; short, so that a long target name stays possible.
-fs::path temporary_beside(const fs::path& target) {
-    static std::atomic<unsigned> counter{0};
-    std::string name = ".vyn-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-    return target.parent_path() / (name + target.extension().string());
-}
-
 void flush_folder(const fs::path& file) {
     const fs::path folder = file.parent_path();
     const Descriptor descriptor(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
     if (descriptor) ::fsync(descriptor.number());
 }
 
+/// The file at the end of a chain of links, there or not; nothing when the chain has no end.
+std::optional<fs::path> end_of_links(fs::path file) {
+    constexpr int most_links = 40;
+    std::error_code error;
+    for (int i = 0; i < most_links; ++i) {
+        if (!fs::is_symlink(file, error)) return file;
+        const fs::path next = fs::read_symlink(file, error);
+        if (error) return std::nullopt;
+        file = next.is_absolute() ? next : file.parent_path() / next;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
+
+bool is_stream(const fs::path& target) {
+    const std::string name = target.lexically_normal().string();
+    return name.starts_with("/dev/std") || name.starts_with("/dev/fd/") || name == "/dev/null";
+}
 
 AtomicFile::AtomicFile(fs::path target, ErrorPlace at) : target_(std::move(target)), place_(at) {
     if (target_.empty()) throw FileError("File Name is empty!", "", place_);
-    std::error_code error;
-    if (fs::is_symlink(target_, error)) target_ = fs::weakly_canonical(target_, error);
+    const std::optional<fs::path> followed = end_of_links(target_);
+    if (!followed) fail(cannot_open, ELOOP);
+    target_ = *followed;
 
     struct stat old {};
     const bool replaces = ::stat(target_.c_str(), &old) == 0;
+    if (!replaces && errno != ENOENT) fail(cannot_open, errno);
     if (replaces && S_ISDIR(old.st_mode)) fail(cannot_open, EISDIR);
     if (replaces && !S_ISREG(old.st_mode)) fail(cannot_open, EINVAL);
     if (replaces && ::access(target_.c_str(), W_OK) != 0) fail(cannot_open, errno);
 
     do {
-        temporary_ = temporary_beside(target_);
+        temporary_ = temporary_name(target_.parent_path(), target_.extension().string());
         const Descriptor created(temporary_, O_WRONLY | O_CREAT | O_EXCL, 0666);
         if (created) {
-            if (replaces) ::fchmod(created.number(), old.st_mode & 07777);
+            if (replaces) replaced_mode_ = old.st_mode & 07777;
             return;
         }
     } while (errno == EEXIST);
@@ -99,10 +113,21 @@ AtomicFile::~AtomicFile() {
 
 void AtomicFile::commit() {
     Descriptor written(temporary_, O_RDONLY);
-    if (!written || ::fsync(written.number()) != 0 || !written.close()) fail(cannot_write, errno);
-    if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail(cannot_write, errno);
+    if (!written) fail(cannot_write, errno);
+    if (replaced_mode_) ::fchmod(written.number(), *replaced_mode_);
+    if (::fsync(written.number()) != 0 || !written.close()) fail(cannot_write, errno);
+    if (!move_to_target()) fail(cannot_write, errno);
     committed_ = true;
     flush_folder(target_);
+}
+
+bool AtomicFile::move_to_target() const {
+    if (replaced_mode_) return ::rename(temporary_.c_str(), target_.c_str()) == 0;
+    if (::renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    // Not every file system can.
+    return (errno == EINVAL || errno == ENOSYS) &&
+           ::rename(temporary_.c_str(), target_.c_str()) == 0;
 }
 
 void AtomicFile::fail(const char* text, int os_error) const {
@@ -110,6 +135,12 @@ void AtomicFile::fail(const char* text, int os_error) const {
 }
 
 void write_file(const fs::path& target, std::string_view bytes, ErrorPlace at) {
+    if (is_stream(target)) {
+        Descriptor stream(target, O_WRONLY | O_APPEND);
+        if (!stream || !write_all(stream.number(), bytes) || !stream.close())
+            throw FileError(cannot_write, target.string() + ": " + reason(errno), at);
+        return;
+    }
     AtomicFile file(target, at);
     Descriptor descriptor(file.temporary(), O_WRONLY);
     if (!descriptor || !write_all(descriptor.number(), bytes) || !descriptor.close())

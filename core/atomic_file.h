@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,8 +13,9 @@ namespace vyn {
 /// Writes a file beside its target, flushes it to disk and renames it over the target.
 ///
 /// Whatever fails (read-only folder, disk full, the writer itself), the old target stays and the
-/// half-written file is removed. A symbolic link stays one: the file that it names is replaced. A
-/// new file gets the usual permissions, a replaced one keeps its own. Library writers get
+/// half-written file is removed. A symbolic link stays one: the file that it names is replaced, or
+/// made. A new file gets the usual permissions, a replaced one keeps its own; a target that was not
+/// there at first is not replaced when somebody else has made it meanwhile. Library writers get
 /// `temporary()` as the path to write to.
 class AtomicFile {
   public:
@@ -33,15 +35,21 @@ class AtomicFile {
 
   private:
     friend void write_file(const std::filesystem::path&, std::string_view, ErrorPlace);
+    bool move_to_target() const;
     [[noreturn]] void fail(const char* text, int os_error) const;
 
     std::filesystem::path target_;
     std::filesystem::path temporary_;
     ErrorPlace place_;
+    std::optional<unsigned> replaced_mode_;  ///< permissions of the file that is replaced
     bool committed_ = false;
 };
 
-/// Replaces the target by these bytes, atomically. Raises FileError.
+/// True for the names of the standard streams and of descriptors (/dev/stdout, /dev/fd/3), and for
+/// /dev/null: they take bytes, but nothing can take their place.
+bool is_stream(const std::filesystem::path& target);
+
+/// Replaces the target by these bytes, atomically; a stream gets them at once. Raises FileError.
 void write_file(const std::filesystem::path& target, std::string_view bytes,
                 ErrorPlace at = std::source_location::current());
 

@@ -37,7 +37,14 @@ FileLock::FileLock(std::filesystem::path file) : file_(std::move(file)) {
     constexpr int attempts = 10;  // others may be removing theirs
     for (int i = 0; i < attempts; ++i) {
         descriptor_ = open(file_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
-        if (descriptor_ < 0) return;
+        // Another user's lock can be looked at and locked, though not written to.
+        if (descriptor_ < 0 && errno == EACCES)
+            descriptor_ = open(file_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+        if (descriptor_ < 0) {
+            struct stat there {};
+            if (errno == EACCES && lstat(file_.c_str(), &there) == 0) state_ = State::taken;
+            return;
+        }
         if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
             if (errno == EWOULDBLOCK) {
                 state_ = State::taken;

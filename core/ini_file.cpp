@@ -79,7 +79,12 @@ void IniFile::split_lines(std::string_view bytes) {
         const std::size_t line_feed = bytes.find('\n');
         std::string_view line = bytes.substr(0, line_feed);
         std::string_view end = line_feed == std::string_view::npos ? "" : "\n";
-        bytes.remove_prefix(line.size() + end.size());
+        const std::string_view whole = bytes.substr(0, line.size() + end.size());
+        bytes.remove_prefix(whole.size());
+        if (is_blank(line) && !lines_.empty() && !line_ends_.back().empty()) {
+            line_ends_.back() += whole;
+            continue;
+        }
         if (!end.empty() && line.ends_with('\r')) {
             line.remove_suffix(1);
             end = "\r\n";
@@ -143,15 +148,57 @@ void IniFile::set(std::string_view section, std::string_view key, std::string_vi
         line += trim(value);
         return;
     }
-    if (!place.section_end) insert(lines_.size(), "[" + std::string(section) + "]");
+    if (!place.section_end) {
+        // A new section goes behind everything, blank lines at the end included.
+        if (!lines_.empty() && line_ends_.back().find('\n') + 1 < line_ends_.back().size()) {
+            lines_.emplace_back();
+            line_ends_.push_back(line_ends_.back().substr(line_ends_.back().find('\n') + 1));
+            line_ends_[lines_.size() - 2].resize(line_ends_[lines_.size() - 2].find('\n') + 1);
+        }
+        insert(lines_.size(), "[" + std::string(section) + "]");
+    }
     insert(place.section_end.value_or(lines_.size()),
            std::string(key) + "=" + std::string(trim(value)));
 }
 
+void IniFile::clear() {
+    check_writable();
+    lines_.clear();
+    line_ends_.clear();
+}
+
+void IniFile::remove_section(std::string_view section) {
+    check_writable();
+    bool inside = false;
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        const Reading line = classify(lines_[i]);
+        if (line.section) inside = same_name(*line.section, section);
+        if (inside) continue;
+        if (kept != i) {
+            lines_[kept] = std::move(lines_[i]);
+            line_ends_[kept] = std::move(line_ends_[i]);
+        }
+        ++kept;
+    }
+    lines_.resize(kept);
+    line_ends_.resize(kept);
+}
+
 void IniFile::insert(std::size_t position, std::string line) {
-    const std::string end =
-        line_ends_.empty() || line_ends_.front().empty() ? "\n" : line_ends_.front();
-    if (position > 0 && line_ends_[position - 1].empty()) line_ends_[position - 1] = end;
+    const auto first_break = [](const std::string& end) {
+        return end.substr(0, end.find('\n') + 1);
+    };
+    std::string end = line_ends_.empty() ? "" : first_break(line_ends_.front());
+    if (end.empty()) end = "\n";
+    if (position > 0) {
+        // Blank lines behind the line before stay behind the new one.
+        std::string& before = line_ends_[position - 1];
+        const std::string own = before.empty() ? end : first_break(before);
+        const std::string blank = before.substr(std::min(own.size(), before.size()));
+        before = own;
+        end += blank;
+    }
     const auto offset = static_cast<std::ptrdiff_t>(position);
     lines_.insert(lines_.begin() + offset, std::move(line));
     line_ends_.insert(line_ends_.begin() + offset, end);

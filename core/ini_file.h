@@ -43,12 +43,14 @@ class IniFile {
     /// section with "]", say.
     void set(std::string_view section, std::string_view key, std::string_view value);
 
+    /// Removes every line, or those of a section: header, keys and comments. Raises AlgoError in
+    /// read-only mode.
+    void clear();
+    void remove_section(std::string_view section);
+
     /// Writes the lines back, atomically. Raises FileError or AlgoError.
     void save() const;
     void save_as(const std::filesystem::path& file) const;
-
-    /// The lines without their line ends.
-    const std::vector<std::string>& lines() const { return lines_; }
 
   private:
     /// What a walk to a key found, as line numbers.
@@ -67,7 +69,8 @@ class IniFile {
     Mode mode_ = Mode::read_only;
     bool opened_ = false;
     std::vector<std::string> lines_;
-    std::vector<std::string> line_ends_;  ///< of each line; the last one's may be empty
+    /// Of each line, with the blank lines behind it; the last one's may be empty.
+    std::vector<std::string> line_ends_;
 };
 
 }  // namespace vyn

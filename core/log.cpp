@@ -3,11 +3,14 @@
 #include <ctime>
 #include <iterator>
 
+#include "core/quotes.h"
+
 namespace vyn {
 
 namespace {
 
 constexpr std::size_t most_pending_lines = 100'000;
+constexpr std::size_t longest_line = 1024;
 
 std::string local_time() {
     const std::time_t now = std::time(nullptr);
@@ -20,7 +23,7 @@ std::string local_time() {
 }  // namespace
 
 void LogManager::write(LogLevel level, std::string_view text) {
-    const LogLine line{level, std::string(text), local_time()};
+    const LogLine line{level, shortened(text, longest_line), local_time()};
     const std::lock_guard lock(mutex_);
     keep(line);
     if (!in_sink_) hand_to_sinks(line);

@@ -1,6 +1,7 @@
 #include "core/task.h"
 
 #include <algorithm>
+#include <new>
 
 #include "core/errors.h"
 #include "core/log.h"
@@ -67,6 +68,10 @@ TaskOutcome Job::run(TaskContext& context) {
         }
     } catch (const Aborted&) {
         outcome_ = TaskOutcome::aborted;
+        throw;
+    } catch (const std::bad_alloc&) {
+        outcome_ = TaskOutcome::failed;
+        failure_ = "not enough memory";
         throw;
     } catch (const std::exception& error) {
         outcome_ = TaskOutcome::failed;

@@ -123,4 +123,20 @@ bool xml_can_hold(std::string_view text) {
     return true;
 }
 
+std::string valid_utf8(std::string_view text) {
+    std::string valid;
+    while (!text.empty()) {
+        std::string_view rest = text;
+        const auto character = take_character(rest);
+        if (character && is_xml_character(*character)) {
+            valid += text.substr(0, text.size() - rest.size());
+            text = rest;
+        } else {
+            valid += "\xEF\xBF\xBD";
+            text.remove_prefix(1);
+        }
+    }
+    return valid;
+}
+
 }  // namespace vyn

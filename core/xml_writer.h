@@ -32,4 +32,8 @@ class XmlWriter {
 /// characters but tab and line ends, no U+FFFE and U+FFFF.
 bool xml_can_hold(std::string_view text);
 
+/// The text with U+FFFD in the place of every byte that keeps `xml_can_hold` from being true: for
+/// file names, which may be any bytes, in documents that must be UTF-8.
+std::string valid_utf8(std::string_view text);
+
 }  // namespace vyn

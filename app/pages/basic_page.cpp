@@ -22,9 +22,11 @@
 #include "core/ui/command.h"
 #include "process/page/likely_places.h"
 #include "process/page/page_steps.h"
+#include "process/point/marker_frames.h"
 #include "process/point/save_image_task.h"
 #include "process/point/set_input_task.h"
 #include "process/point/unsaved_work.h"
+#include "view/ui/markers/marker_file_dialogs.h"
 
 namespace vyn {
 
@@ -213,7 +215,43 @@ void BasicPage::select_file(const PageRow& row) {
         put_file(row.input, file);
 }
 
+bool BasicPage::may_replace_input(const InputFile& input) {
+    const bool camera = input.role == InputFile::Role::picture;
+    QStringList drawn;
+    for (const auto& picture : unsaved_pictures(get_images())) {
+        const bool own = picture->name == input.image;
+        const bool result = !input_of_image(picture->name);
+        const bool goes = camera ? own || result
+                                 : own && ((input.role == InputFile::Role::markers &&
+                                            picture->has_unsaved_markers()) ||
+                                           (input.role == InputFile::Role::mask &&
+                                            (picture->has_unsaved_mask() ||
+                                             picture->has_unsaved_markers())));
+        if (goes) drawn << QString::fromStdString(image_label(type_, picture->name));
+    }
+    return drawn.isEmpty() ||
+           QMessageBox::question(this, tr("Image file"),
+                                 tr("Markers or masks drawn on these images are in no file and will "
+                                    "be lost:\n%1\nGo on all the same?")
+                                     .arg(drawn.join(QStringLiteral(", "))),
+                                 QMessageBox::Yes | QMessageBox::No,
+                                 QMessageBox::No) == QMessageBox::Yes;
+}
+
+void BasicPage::save_markers(const InputFile& input) {
+    const auto picture = get_images().find(input.image);
+    if (!picture) return;
+    const QString file = ask_marker_file_to_save(this, *picture, /*is_project_image=*/true);
+    if (file.isEmpty()) return;
+    attempt(this, tr("Markers"), [&] {
+        save_image_markers(vyn_db(), get_images(), *picture, file.toStdString());
+    });
+    watcher_->look();
+    Q_EMIT project_changed();
+}
+
 void BasicPage::put_file(const InputFile& input, const std::string& file) {
+    if (!may_replace_input(input)) return;
     auto job = std::make_shared<Job>();
     job->append(std::make_unique<SetInputTask>(program_session(), input, file));
     run(job);

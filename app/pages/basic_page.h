@@ -53,6 +53,10 @@ class BasicPage : public ExperimentPage {
     void run_step(PageStep step);
     void open_in_situ();
     void select_file(const PageRow& row);
+    /// Asks where drawn markers and masks, or results of work, would be lost with the old file.
+    bool may_replace_input(const InputFile& input);
+    /// Asks for the file and saves the markers drawn on the image there.
+    void save_markers(const InputFile& input);
     void put_file(const InputFile& input, const std::string& file);
     void view(const std::string& image);
     void open_camera(std::string_view tree);

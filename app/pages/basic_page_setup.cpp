@@ -109,6 +109,7 @@ void BasicPage::connect_row(InputRow* row) {
     connect(row, &InputRow::chosen, this,
             [this, place](const QString& file) { put_file(place.input, file.toStdString()); });
     connect(row, &InputRow::remove_wanted, this, [this, place] { put_file(place.input, {}); });
+    connect(row, &InputRow::save_wanted, this, [this, place] { save_markers(place.input); });
     connect(row, &InputRow::reload_wanted, this,
             [this, place] { put_file(place.input, read(vyn_db(), place.input.file)); });
 }

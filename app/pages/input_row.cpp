@@ -34,6 +34,11 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     name_->setObjectName(QString::fromStdString(stem + "_file"));
     reload_ = icon_button(stem + "_reload_btn", "refresh", tr("Load the file anew"), this);
     reload_->setVisible(false);
+    if (row_.input.role == InputFile::Role::markers) {
+        save_ = icon_button(stem + "_save_btn", "filesave", tr("Save the markers"), this);
+        save_->setVisible(false);
+        connect(save_, &QToolButton::clicked, this, &InputRow::save_wanted);
+    }
     auto* select = icon_button(stem + "_select", "fileopen", tr("Select a file"), this);
     const bool is_image =
         row_.input.role != InputFile::Role::markers && row_.input.role != InputFile::Role::mask;
@@ -45,6 +50,7 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     line->setSpacing(2);
     line->addWidget(name_, 1);
     line->addWidget(reload_);
+    if (save_) line->addWidget(save_);
     line->addWidget(select);
     if (is_image) {
         line->addWidget(view_);
@@ -52,6 +58,7 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     } else {
         line->addSpacing(select->sizeHint().width() + line->spacing());
     }
+    line->addSpacing(remove_->sizeHint().width() / 2);  // no slip from view to remove
     line->addWidget(remove_);
     connect(select, &QToolButton::clicked, this, &InputRow::select_wanted);
     connect(remove_, &QToolButton::clicked, this, &InputRow::remove_wanted);
@@ -62,7 +69,8 @@ void InputRow::show_state(const RowState& state) {
     const QString file = QString::fromStdString(state.file);
     const QString problem = QString::fromStdString(state.problem);
     name_->set_text(QFileInfo(file).fileName(), QString::fromStdString(state.note));
-    name_->set_alarm(!problem.isEmpty());
+    name_->set_alarm(!problem.isEmpty() || state.unsaved);
+    if (save_) save_->setVisible(state.unsaved);
     const QString path = state.path.empty() ? file : QString::fromStdString(state.path);
     name_->setToolTip(problem.isEmpty() ? path : path + QLatin1Char('\n') + problem);
     reload_->setVisible(!problem.isEmpty() && !state.path.empty());

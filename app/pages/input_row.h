@@ -26,6 +26,8 @@ class InputRow : public QWidget {
     void select_wanted();
     void view_wanted();
     void remove_wanted();
+    /// Markers that no file holds are to be saved.
+    void save_wanted();
     /// The file is to be loaded again.
     void reload_wanted();
 
@@ -37,6 +39,7 @@ class InputRow : public QWidget {
     PageRow row_;
     ElidedLabel* name_;
     QToolButton* reload_;
+    QToolButton* save_ = nullptr;  ///< of markers
     QToolButton* view_ = nullptr;
     QToolButton* remove_;
 };

@@ -1,6 +1,7 @@
 #include "app/pages/page_watcher.h"
 
 #include "app/pages/thumbnail.h"
+#include "core/ui/command.h"
 #include "core/worker.h"
 
 namespace vyn {
@@ -53,12 +54,13 @@ void PageWatcher::look() {
     seen_settings_ = vyn_db().revision();
     seen_images_ = get_images().revision();
     pool_.start([this] {
-        const std::shared_ptr<const PageLook> found = make_look();
+        std::shared_ptr<const PageLook> found;
+        run_logged([&] { found = make_look(); });
         QMetaObject::invokeMethod(
             this,
             [this, found] {
                 looking_ = false;
-                Q_EMIT looked(found);
+                if (found) Q_EMIT looked(found);
                 if (again_) look();
             },
             Qt::QueuedConnection);

@@ -99,7 +99,9 @@ void QVynCamera::show_record(const cameraFeatures& record) {
 }
 
 void QVynCamera::store() {
-    write(settings(), tree_, shown_record());
+    const cameraFeatures record = shown_record();
+    convert_length(1, record.default_length_unit, "m");  // reports a name that it does not know
+    write(settings(), tree_, record);
 }
 
 void QVynCamera::open_camera() {

@@ -76,7 +76,7 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
       edt_p_units(form_.text(keys::in_situ_pressure_unit.path, "edt_p_units")),
       spn_approx(form_.spin(keys::in_situ_area.path, "spn_approx")) {
     setWindowTitle(tr("In-situ calibration"));
-    offer_names(*edt_p_units, unit_list(pressure_unit_names()));
+    offer_names(*edt_p_units, pressure_units_to_type());
     edt_mrk_file->setMinimumWidth(file_chars * fontMetrics().averageCharWidth());
     edt_cal_file->setPlaceholderText(tr("none: stored in the project only"));
 

@@ -111,7 +111,12 @@ QLayout* QVynPaint::buttons() {
 }
 
 void QVynPaint::accept() {
-    write(settings_, tree, record());
+    const paintFeatures paint = record();
+    write(settings_, tree, paint);
+    const std::string rule = read(draft_, keys::convert_wind_off_ratio);
+    if (rule != read(settings_, keys::convert_wind_off_ratio))
+        write(settings_, keys::convert_wind_off_ratio, rule);
+    take_units_of_paint(settings_, paint);
     QDialog::accept();
 }
 
@@ -139,6 +144,7 @@ void QVynPaint::open_paint() {
             case RecordOutcome::no_path:
             case RecordOutcome::done:
                 write(draft_, tree, paint);
+                ask_for_law();
                 show_draft();
                 break;
             case RecordOutcome::unknown_version:
@@ -149,6 +155,15 @@ void QVynPaint::open_paint() {
                 break;
         }
     });
+}
+
+void QVynPaint::ask_for_law() {
+    if (read(draft_, keys::convert_wind_off_ratio) != "unity") return;
+    if (QMessageBox::question(
+            this, windowTitle(),
+            tr("The project takes the wind-off ratio fa as 1, as for a law fitted to its pressure "
+               "ports.\nTake it from the law of this paint?")) == QMessageBox::Yes)
+        write(draft_, keys::convert_wind_off_ratio, std::string("law"));
 }
 
 void QVynPaint::save_paint() {

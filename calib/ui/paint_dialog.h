@@ -24,6 +24,8 @@ class QVynPaint : public QDialog {
     QLayout* buttons();
     void show_draft();
     void open_paint();
+    /// A paint of a file is no law fitted to ports.
+    void ask_for_law();
     void save_paint();
     void edit_calibration();
     paintFeatures record();

@@ -33,8 +33,8 @@ QVynTest::QVynTest(dataSetInterface& settings, QWidget* parent) : SettingDialog(
 
     QLineEdit* p_unit = text("flow/p_unit", "_p_unit_edt");
     QLineEdit* t_unit = text("flow/t_unit", "_t_unit");
-    offer_names(*p_unit, unit_list(pressure_unit_names()));
-    offer_names(*t_unit, unit_list(temperature_unit_names()));
+    offer_names(*p_unit, pressure_units_to_type());
+    offer_names(*t_unit, temperature_units_to_type());
     const auto pressure = [&](FormGrid& grid, const QString& label, const char* key,
                               const char* name) {
         grid.add_row(label, number(key, name), unit_label(p_unit));

@@ -3,6 +3,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <new>
 
 #include "core/errors.h"
 #include "core/log.h"
@@ -20,26 +21,57 @@ std::string ask(QFileDialog& dialog, const FileQuestion& question) {
     return dialog.selectedFiles().constFirst().toStdString();
 }
 
+/// File names in the text are no markup.
+void warn(QWidget* parent, const QString& caption, const QString& text) {
+    QMessageBox box(QMessageBox::Warning, caption, text, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
 }  // namespace
+
+QString text_of_exception() {
+    try {
+        throw;
+    } catch (const GenericError& error) {
+        return QString::fromUtf8(error.what());
+    } catch (const std::bad_alloc&) {
+        get_log().write(LogLevel::error, "not enough memory");
+        return QObject::tr("There is not enough memory for this.");
+    } catch (const std::exception& error) {
+        get_log().write(LogLevel::error, error.what());
+        return QString::fromUtf8(error.what());
+    } catch (...) {
+        get_log().write(LogLevel::error, "an error of unknown kind");
+        return QObject::tr("Something went wrong.");
+    }
+}
 
 bool attempt(QWidget* parent, const QString& caption, const std::function<void()>& command) {
     QString failure;
     try {
         command();
         return true;
-    } catch (const GenericError& error) {
-        failure = QString::fromUtf8(error.what());
-    } catch (const std::exception& error) {
-        get_log().write(LogLevel::error, error.what());
-        failure = QString::fromUtf8(error.what());
+    } catch (...) {
+        failure = text_of_exception();
     }
-    QMessageBox::warning(parent, caption, failure);
+    warn(parent, caption, failure);
     return false;
+}
+
+bool run_logged(const std::function<void()>& work) {
+    try {
+        work();
+        return true;
+    } catch (...) {
+        text_of_exception();
+        return false;
+    }
 }
 
 void report_failure(QWidget* parent, const QString& caption, const QString& text) {
     get_log().write(LogLevel::error, text.toStdString());
-    QMessageBox::warning(parent, caption, text);
+    warn(parent, caption, text);
 }
 
 void finish_editing(const QWidget& window) {

@@ -30,4 +30,12 @@ struct FileQuestion {
 std::string ask_open_file(QWidget* parent, const FileQuestion& question);
 std::string ask_save_file(QWidget* parent, const FileQuestion& question);
 
+/// Runs work whose errors nobody else would catch, in a thread pool, say: they go to the log. True
+/// when there was none.
+bool run_logged(const std::function<void()>& work);
+
+/// What to tell the user of the exception that is being handled; errors that do not stand in the log
+/// yet are written there.
+QString text_of_exception();
+
 }  // namespace vyn

@@ -16,7 +16,7 @@ namespace vyn::plugins {
 [[noreturn]] void fail_writing(const std::filesystem::path& file, const std::string& reason,
                                ErrorPlace at = std::source_location::current());
 
-/// Refuses a picture without pixels or beyond the limits of a bitmap.
+/// Refuses a picture without pixels, beyond the limits of a bitmap or larger than the free memory.
 void check_sides(const std::filesystem::path& file, std::int64_t width, std::int64_t height,
                  ErrorPlace at = std::source_location::current());
 

@@ -19,7 +19,9 @@ std::string note_of(const InputFile& input, const image& picture) {
     if (input.role == Role::mask) return {};
     if (input.role == Role::markers) {
         if (picture.markers.markers.empty()) return {};
-        return counted(picture.markers.markers.size(), "marker");
+        return picture.has_unsaved_markers()
+                   ? std::to_string(picture.markers.markers.size()) + " drawn, not saved"
+                   : counted(picture.markers.markers.size(), "marker");
     }
     return std::to_string(picture.width()) + " x " + std::to_string(picture.height());
 }
@@ -32,6 +34,8 @@ RowState row_state(const dataSetInterface& data, const imagesList& images, Image
     shown.path = located_file(data, row.input).string();
     shown.loaded = picture != nullptr;
     if (picture) shown.note = note_of(row.input, *picture);
+    shown.unsaved = picture && row.input.role == Role::markers &&
+                    !picture->markers.markers.empty() && picture->has_unsaved_markers();
     if (!shown.file.empty() && shown.path.empty())
         shown.problem = "The file is not there: " + shown.file;
     else if (row.input.role == Role::markers || row.input.role == Role::mask)

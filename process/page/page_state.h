@@ -16,6 +16,7 @@ struct RowState {
     std::string path;     ///< where it is; empty: nowhere
     std::string note;     ///< what was read from it: "640 x 480", "25 markers"
     std::string problem;  ///< why it needs attention; may be empty
+    bool unsaved = false;  ///< markers are drawn that no file holds
     bool loaded = false;  ///< its image, or the image that it belongs to, is in the list
 };
 

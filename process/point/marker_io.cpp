@@ -1,6 +1,7 @@
 #include "process/point/marker_io.h"
 
 #include "calib/port_sampling.h"
+#include "core/ascii.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "markers/marker_files.h"
@@ -24,11 +25,21 @@ MarkerSet read_port_file(const std::filesystem::path& file, int image_height) {
     return ports;
 }
 
+bool would_be_unreadable(const std::filesystem::path& file, const MarkerSet& set) {
+    return set.hasZ && set.lengthUnit != 0 && lower_extension(file) == "mrk";
+}
+
 void write_marker_file(const std::filesystem::path& file, const MarkerSet& set) {
     constexpr const char* text = "Error writing Markers";
     MarkerFileResult result;
+    if (would_be_unreadable(file, set))
+        throw FileError(text, file.string() +
+                                  ": with a length unit nobody could read the file; take the unit "
+                                  "off the markers");
     try {
-        result = write_markers(file.string(), set);
+        MarkerSet written = set;
+        if (!set.hasZ) written.lengthUnit = 0;
+        result = write_markers(file.string(), written);
     } catch (const FileError& error) {
         throw FileError(text, error.detail);
     }

@@ -14,6 +14,13 @@ fs::path project_folder(const dataSetInterface& data) {
     return folder.empty() ? fs::path(".") : folder;
 }
 
+fs::path project_lock(const fs::path& project) {
+    fs::path name(".");
+    name += project.filename();
+    name += ".lock";
+    return project.parent_path() / name;
+}
+
 fs::path output_folder(const dataSetInterface& data) {
     const std::string folder = read(data, keys::head_dir);
     return folder.empty() ? project_folder(data) : fs::path(folder);
@@ -54,7 +61,8 @@ bool names_input_file(const std::string& path) {
 }  // namespace
 
 void rebase_names(dataSetInterface& data, const fs::path& old_folder, const fs::path& new_folder) {
-    const fs::path from = fs::absolute(old_folder).lexically_normal();
+    const fs::path from =
+        fs::absolute(old_folder.empty() ? new_folder : old_folder).lexically_normal();
     const fs::path to = fs::absolute(new_folder).lexically_normal();
     std::vector<std::pair<std::string, std::string>> changed;
     data.for_each([&](const std::string& path, const any& value) {

@@ -10,6 +10,9 @@ namespace vyn {
 /// The project file's folder; the working folder while there is no project file.
 std::filesystem::path project_folder(const dataSetInterface& data);
 
+/// The lock file of a project, beside it.
+std::filesystem::path project_lock(const std::filesystem::path& project);
+
 /// Where output files go: `project/head/dir`, or the project file's folder when that is empty.
 std::filesystem::path output_folder(const dataSetInterface& data);
 

@@ -36,14 +36,17 @@ TaskOutcome SaveImageTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
+std::vector<std::filesystem::path> named_field_files(const dataSetInterface& data) {
+    const std::filesystem::path folder = output_folder(data);
+    return {folder / read(data, keys::pressure_file), folder / read(data, keys::pressure_mark_file)};
+}
+
 std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
                                                const imagesList& images) {
     const auto field = images.find(image_names::field);
     if (!field) return {};
-    const std::filesystem::path folder = output_folder(data);
-    std::vector<std::filesystem::path> files{folder / read(data, keys::pressure_file)};
-    if (!field->markers.markers.empty())
-        files.push_back(folder / read(data, keys::pressure_mark_file));
+    std::vector<std::filesystem::path> files = named_field_files(data);
+    if (field->markers.markers.empty()) files.pop_back();
     return files;
 }
 
@@ -75,7 +78,7 @@ TaskOutcome SaveFieldTask::run(TaskContext& context) {
     if (files.size() > 1)
         write_marker_file(files[1], field->markers);
     else
-        set_aside(output_folder(session_.data) / read(session_.data, keys::pressure_mark_file));
+        set_aside(named_field_files(session_.data).back());
     note_written(session_.images, field);
     return TaskOutcome::done;
 }

@@ -24,6 +24,9 @@ class SaveImageTask final : public Task {
     std::filesystem::path file_;
 };
 
+/// The files that the project names for the field and its markers.
+std::vector<std::filesystem::path> named_field_files(const dataSetInterface& data);
+
 /// The files that saving the field writes: its image, and its markers where it has any. None while
 /// there is no field.
 std::vector<std::filesystem::path> field_files(const dataSetInterface& data,

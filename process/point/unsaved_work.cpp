@@ -16,12 +16,10 @@ bool has_unsaved_work(const dataSetInterface& data, const imagesList& images) {
     return data.modified() || !unsaved_pictures(images).empty();
 }
 
-void note_contained(const dataSetInterface& data, imagesList& images) {
+void note_contained(imagesList& images) {
     for (const auto& picture : unsaved_pictures(images)) {
         image noted = *picture;
-        const InputFile* input = input_of_image(picture->name);
-        const bool camera = input && input->role == InputFile::Role::picture;
-        if (!camera || !read(data, input->raw->marker_file).empty()) noted.note_markers_saved();
+        noted.note_markers_saved();
         noted.note_mask_saved();
         images.add(std::move(noted));
     }

@@ -16,7 +16,7 @@ bool has_unsaved_work(const dataSetInterface& data, const imagesList& images);
 
 /// After the project with these images was written as a container, which keeps masks and markers;
 /// of a camera picture's markers only where the project names a file for them.
-void note_contained(const dataSetInterface& data, imagesList& images);
+void note_contained(imagesList& images);
 
 /// After an image of the list was written with its markers and mask. A camera picture is not what
 /// was written: the project reads its own files.

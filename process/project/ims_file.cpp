@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <fstream>
 #include <memory>
-#include <random>
+#include <set>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
@@ -11,7 +11,10 @@
 #include "api/image_io.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
+#include "core/free_memory.h"
 #include "core/project_file.h"
+#include "core/quotes.h"
+#include "core/temporary_files.h"
 #include "core/version.h"
 #include "process/project/ims.h"
 #include "process/report/json_text.h"
@@ -33,28 +36,6 @@ constexpr int max_images = 1000;
 [[noreturn]] void fail(const fs::path& file, const std::string& reason) {
     throw FileError("File error!", file.string() + ": " + reason);
 }
-
-/// A folder for the images on their way into or out of a container.
-class ScratchFolder {
-  public:
-    ScratchFolder() {
-        std::random_device random;
-        path_ = fs::temp_directory_path() /
-                ("vynlite_" + std::to_string(random()) + std::to_string(random()));
-        std::error_code error;
-        if (!fs::create_directory(path_, error)) fail(path_, "cannot make a folder");
-    }
-    ~ScratchFolder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    fs::path operator/(const std::string& name) const { return path_ / name; }
-
-  private:
-    fs::path path_;
-};
 
 struct DiscardArchive {
     void operator()(zip_t* archive) const { zip_discard(archive); }
@@ -153,6 +134,27 @@ std::string text_of(const json& object, const char* member) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+/// What a container may unpack to: more is a bomb, or does not fit.
+void check_total(zip_t* archive, const json& images, const fs::path& file) {
+    // Of images nobody would make the average shrink further, small ones aside.
+    constexpr std::uint64_t most_growth_of_all = 100;
+    constexpr std::uint64_t always_allowed = std::uint64_t{64} << 20;
+    std::set<std::string> names;
+    std::uint64_t total = 0;
+    for (const json& image : images) {
+        const std::string name = text_of(image, "entry");
+        if (!names.insert(name).second) fail(file, "names the entry " + in_quotes(name) + " twice");
+        total += Entry(archive, name, file).size();
+    }
+    std::error_code ignored;
+    const std::uint64_t packed = fs::file_size(file, ignored);
+    const std::uint64_t most =
+        std::min(free_memory(), std::max(always_allowed, most_growth_of_all * packed));
+    if (total > most)
+        fail(file, "unpacks to " + std::to_string(total >> 20) + " MiB; at most " +
+                       std::to_string(most >> 20) + " MiB are allowed for its size and fit");
+}
+
 /// Where an image came from; empty in containers that do not tell.
 ImageOrigin origin_of(const json& entry) {
     ImageOrigin origin;
@@ -193,8 +195,9 @@ ImsData read_ims_data(const fs::path& file, Progress& progress) {
     ims.version = text_of(header, "version");
     ims.project = read_text(archive.get(), "project.xml", file);
 
-    const ScratchFolder scratch;
     const json& entries = header["images"];
+    check_total(archive.get(), entries, file);
+    const ScratchFolder scratch(temporary_folder());
     for (std::size_t i = 0; i < entries.size(); ++i) {
         throw_if_aborted(progress);
         const std::string entry = text_of(entries[i], "entry");
@@ -219,7 +222,7 @@ void write_ims_strings(const fs::path& file, const ImsData& ims, Progress& progr
     std::error_code ignored;
     fs::remove(target.temporary(), ignored);
 
-    const ScratchFolder scratch;
+    const ScratchFolder scratch(target.temporary().parent_path());
     const auto& all = ims.images;
     const auto count = static_cast<double>(all.size());
     json entries = json::array();
@@ -248,7 +251,13 @@ void write_ims_strings(const fs::path& file, const ImsData& ims, Progress& progr
         add_stored_file(archive.get(), entries[i]["entry"].get<std::string>(),
                         scratch / (std::to_string(i) + ".imp"), file);
     throw_if_aborted(progress);
-    if (zip_close(archive.get()) != 0) fail(file, zip_strerror(archive.get()));
+    zip_register_cancel_callback_with_state(
+        archive.get(), [](zip_t*, void* state) { return static_cast<Progress*>(state)->aborted() ? 1 : 0; },
+        nullptr, &progress);
+    if (zip_close(archive.get()) != 0) {
+        throw_if_aborted(progress);
+        fail(file, zip_strerror(archive.get()));
+    }
     (void)archive.release();  // closed
     progress.fraction(1);
     target.commit();

@@ -171,7 +171,7 @@ TaskOutcome WriteProjectTask::run(TaskContext& context) {
                  real.parent_path());
     write(data, keys::head_file, real.string());
     write_project(data, session_.images, real, context);
-    if (is_container(real)) note_contained(data, session_.images);
+    if (is_container(real)) note_contained(session_.images);
     settings.accept();
     data.set_modified(false);
     return TaskOutcome::done;

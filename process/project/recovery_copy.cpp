@@ -1,8 +1,10 @@
 #include "process/project/recovery_copy.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <system_error>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "api/image_io.h"
@@ -37,6 +39,32 @@ fs::path new_pictures_of(fs::path copy) {
     return copy.replace_extension(".new");
 }
 
+constexpr std::string_view copy_prefix = "unsaved-";
+
+/// In a folder of pictures that holds all of them.
+constexpr const char* complete = "complete";
+/// Extension for a picture whose markers were all removed.
+constexpr const char* no_markers = ".none";
+
+/// Puts a folder in the place of another, which lies in the first one's place then. There is no
+/// moment without either, where the file system can do so.
+void exchange(const fs::path& fresh, const fs::path& old) {
+    if (::renameat2(AT_FDCWD, fresh.c_str(), AT_FDCWD, old.c_str(), RENAME_EXCHANGE) == 0) return;
+    std::error_code problem;
+    fs::remove_all(old, problem);
+    fs::rename(fresh, old, problem);
+    if (problem)
+        throw FileError("Error writing file", old.string() + ": " + problem.message());
+}
+
+/// The pictures of a copy: where they belong, or complete ones that did not get there any more.
+fs::path present_pictures(const fs::path& copy) {
+    std::error_code ignored;
+    const bool fresh = !fs::exists(pictures_of(copy), ignored) &&
+                       fs::exists(new_pictures_of(copy) / complete, ignored);
+    return fresh ? new_pictures_of(copy) : pictures_of(copy);
+}
+
 void remove_copy(const fs::path& copy) {
     std::error_code ignored;
     fs::remove(copy, ignored);
@@ -61,7 +89,7 @@ RecoveryCopy::RecoveryCopy(const fs::path& folder) {
         return lock_->state() == FileLock::State::taken || fs::exists(file_, ignored);
     };
     for (int i = 0; !lock_ || taken(); ++i) {
-        file_ = folder / ("unsaved-" + std::to_string(getpid()) + "-" + std::to_string(i) + ".xml");
+        file_ = folder / (std::string(copy_prefix) + std::to_string(getpid()) + "-" + std::to_string(i) + ".xml");
         lock_ = std::make_unique<FileLock>(lock_of(file_));
     }
 }
@@ -76,13 +104,20 @@ void RecoveryCopy::keep(const std::string& project,
     for (const auto& picture : pictures) {
         if (!input_of_image(picture->name)) continue;
         fs::create_directories(fresh, ignored);
-        if (picture->has_unsaved_markers() && !picture->markers.markers.empty())
+        if (picture->has_unsaved_markers() && picture->markers.markers.empty())
+            write_file(fresh / (picture->name + no_markers), "");
+        else if (picture->has_unsaved_markers())
             write_marker_file(fresh / (picture->name + ".mrk"), picture->markers);
         if (picture->has_unsaved_mask())
             write_mask(*picture, fresh / (picture->name + ".png"), silent);
     }
-    fs::remove_all(pictures_of(file_), ignored);
-    if (fs::exists(fresh, ignored)) fs::rename(fresh, pictures_of(file_), ignored);
+    if (!fs::exists(fresh, ignored)) {
+        fs::remove_all(pictures_of(file_), ignored);
+        return;
+    }
+    write_file(fresh / complete, "");
+    exchange(fresh, pictures_of(file_));
+    fs::remove_all(fresh, ignored);
 }
 
 void RecoveryCopy::drop() {
@@ -91,7 +126,7 @@ void RecoveryCopy::drop() {
 
 bool LostWork::has_pictures() const {
     std::error_code ignored;
-    return fs::exists(pictures_of(copy), ignored);
+    return fs::exists(present_pictures(copy), ignored);
 }
 
 void LostWork::discard() const {
@@ -102,7 +137,9 @@ std::vector<LostWork> find_lost_work(const fs::path& folder) {
     std::vector<LostWork> found;
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(folder, ignored)) {
-        if (entry.path().extension() != ".xml") continue;
+        if (entry.path().extension() != ".xml" ||
+            !entry.path().filename().string().starts_with(copy_prefix))
+            continue;
         auto lock = std::make_shared<FileLock>(lock_of(entry.path()));
         if (lock->state() != FileLock::State::held) continue;
         try {
@@ -137,14 +174,17 @@ TaskOutcome RestorePicturesTask::run(TaskContext& context) {
     imagesList& images = session_.images;
     TaskOutcome outcome = TaskOutcome::done;
     std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(pictures_of(copy_), ignored)) {
+    for (const auto& entry : fs::directory_iterator(present_pictures(copy_), ignored)) {
         const fs::path& file = entry.path();
+        if (file.filename() == complete) continue;
         try {
             const auto picture = images.find(file.stem().string());
             if (!picture)
                 throw StateError("State error!", file.string() + ": its image is not loaded");
             image restored = *picture;
-            if (file.extension() == ".mrk")
+            if (file.extension() == no_markers)
+                restored.markers.markers.clear();
+            else if (file.extension() == ".mrk")
                 restore_markers(restored, file);
             else
                 restore_mask(restored, file, context);

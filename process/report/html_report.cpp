@@ -7,6 +7,7 @@
 #include <span>
 
 #include "core/numbers.h"
+#include "core/xml_writer.h"
 
 namespace vyn {
 
@@ -235,7 +236,7 @@ std::string stages(const PointReport& report) {
 
 std::string html_escaped(const std::string& text) {
     std::string escaped;
-    for (const char c : text)
+    for (const char c : valid_utf8(text))
         switch (c) {
             case '&':
                 escaped += "&amp;";

@@ -46,9 +46,12 @@ PointReport make_point_report(const RunReport& report, const dataSetInterface& d
         result.histogram = png_bytes(
             draw_histogram(histogram, result.check.quantity, histogram_width, histogram_height));
     }
+    for (Warning& warning : result.check.warnings)
+        warning.text = for_report(std::move(warning.text), data, images);
+    result.check.unaligned = for_report(std::move(result.check.unaligned), data, images);
     const nlohmann::json source = provenance(data, images);
     for (const auto& input : source.at("inputs"))
-        result.inputs.emplace_back(input["file"].get<std::string>(),
+        result.inputs.emplace_back(input.value("file", input.value("role", "")),
                                    input["sha256"].get<std::string>());
     result.program = std::string("VynLite ") + program_version;
     return result;

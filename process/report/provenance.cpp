@@ -1,6 +1,7 @@
 #include "process/report/provenance.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -22,6 +23,17 @@ namespace vyn {
 using json = nlohmann::json;
 
 namespace {
+
+std::atomic<ProvenanceDetail> chosen_detail{ProvenanceDetail::full};
+
+/// As the user wants it told.
+json told(json provenance) {
+    if (chosen_detail == ProvenanceDetail::full) return provenance;
+    provenance.erase("settings");
+    for (json& input : provenance["inputs"])
+        input.erase("file");
+    return provenance;
+}
 
 json setting_json(const any& value) {
     if (value.holds<int>()) return value.get<int>();
@@ -116,9 +128,9 @@ json provenance(const dataSetInterface& data, const imagesList& images) {
                               {"file", picture->file_name},
                               {"sha256", picture->file_sha256}});
     }
-    return {{"program", std::string("VynLite ") + program_version},
-            {"settings", std::move(settings)},
-            {"inputs", std::move(inputs)}};
+    return told({{"program", std::string("VynLite ") + program_version},
+                 {"settings", std::move(settings)},
+                 {"inputs", std::move(inputs)}});
 }
 
 json provenance(const image& picture, const imagesList& images) {
@@ -135,9 +147,27 @@ json provenance(const image& picture, const imagesList& images) {
             inputs.push_back(input_json(item, images));
         }
     }
-    return {{"program", std::string("VynLite ") + program_version},
-            {"settings", std::move(settings)},
-            {"inputs", std::move(inputs)}};
+    return told({{"program", std::string("VynLite ") + program_version},
+                 {"settings", std::move(settings)},
+                 {"inputs", std::move(inputs)}});
+}
+
+void set_provenance_detail(ProvenanceDetail detail) {
+    chosen_detail = detail;
+}
+
+std::string for_report(std::string text, const dataSetInterface& data, const imagesList& images) {
+    if (chosen_detail == ProvenanceDetail::full) return text;
+    std::set<std::string> folders{project_folder(data).string()};
+    for (const auto& picture : images.all())
+        folders.insert(std::filesystem::path(picture->file_name).parent_path().string());
+    for (const std::string& folder : folders) {
+        if (folder.size() < 2) continue;  // of a relative name
+        const std::string prefix = folder + "/";
+        for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
+            text.erase(at, prefix.size());
+    }
+    return text;
 }
 
 }  // namespace vyn

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include <nlohmann/json_fwd.hpp>
 
 #include "api/image_list.h"
@@ -14,5 +16,15 @@ nlohmann::json provenance(const dataSetInterface& data, const imagesList& images
 /// project may no longer have. A file keeps its whole path while the list has its image. Of an
 /// image without origin nothing but the program is known.
 nlohmann::json provenance(const image& picture, const imagesList& images);
+
+/// How much images and reports tell of where they come from. `anonymous`: the program's version and
+/// the digests of the inputs, but no paths and no settings.
+enum class ProvenanceDetail { full, anonymous };
+
+/// For the whole program, before it starts to write.
+void set_provenance_detail(ProvenanceDetail detail);
+
+/// A text for a report of the point: without the folders of its files where these are not to be told.
+std::string for_report(std::string text, const dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

@@ -143,7 +143,7 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
              const std::vector<StageTime>& stages) {
     json result = provenance(data, images);
     result["outcome"] = outcome_name(outcome);
-    if (!failure.empty()) result["failure"] = failure;
+    if (!failure.empty()) result["failure"] = for_report(failure, data, images);
     if (report.aligned) {
         result["aligned"] = unaligned_text(report).empty();
         result["poorly_aligned"] = poorly_aligned(report);
@@ -154,7 +154,9 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     if (report.channels) result["channels"] = channels_json(*report.channels);
     if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
     result["steps"] = report.steps;
-    result["warnings"] = texts(report.warnings);
+    result["warnings"] = json::array();
+    for (const Warning& warning : report.warnings)
+        result["warnings"].push_back(for_report(warning.text, data, images));
     result["warning_kinds"] = json::array();
     for (const Warning& warning : report.warnings)
         result["warning_kinds"].push_back(name(warning.kind));

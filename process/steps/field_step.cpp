@@ -15,12 +15,23 @@ std::string general(double value) {
     return format_general(value, 6);
 }
 
-PreparedConversion prepare(dataSetInterface& data, FieldQuantity quantity, WindOffRule rule) {
+PreparedConversion prepare(const StepRun& run, FieldQuantity quantity, WindOffRule rule) {
+    dataSetInterface& data = run.session.data;
     paintFeatures paint;
     flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);
     read(data, std::string(keys::flow), flow);
-    return prepare_conversion(quantity, paint, flow, rule);
+    PreparedConversion prepared = prepare_conversion(quantity, paint, flow, rule);
+    // The conversion has complained of every name that its tables lack, the right ones among them.
+    const std::vector<std::string> wrong = unit_warnings(
+        paint, flow, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
+    for (const std::string& text : wrong)
+        warn(run.report, WarningKind::conditions, text);
+    if (wrong.empty())
+        get_log().write(LogLevel::information,
+                        "The unit names are right: the law takes " + prepared.paint.pressure_unit +
+                            " and " + prepared.paint.temperature_unit + " as they stand");
+    return prepared;
 }
 
 /// What enters the law, as lines of the log and as warnings.
@@ -91,7 +102,7 @@ TaskOutcome calculate_field(const StepRun& run) {
         const WindOffRule rule = uses_wind_off(data, images)
                                      ? wind_off_rule(read(data, keys::convert_wind_off_ratio))
                                      : WindOffRule::unity;
-        const PreparedConversion prepared = prepare(data, conversion.quantity, rule);
+        const PreparedConversion prepared = prepare(run, conversion.quantity, rule);
         conversion = prepared.conversion;
         tell(run, prepared, rule);
         run.report.conversion = prepared;

@@ -45,12 +45,16 @@ std::string describe(const UnitName& unit) {
     for (const std::string& name : unit.table)
         names += (names.empty() ? "" : ", ") + name;
     return unit.key + " \"" + unit.name + "\" is no known unit name (" + names + "): " + unit.what +
-           " are taken as they stand";
+           " are taken as they stand. For numbers that are those of the law, type " +
+           std::string(unit.in_law);
 }
+
+}  // namespace
 
 std::vector<std::string> unit_warnings(const paintFeatures& paint, const flowFeatures& flow,
                                        const std::string& law_unit,
                                        const std::string& law_temperature_unit) {
+    const UnitMessagesOff preview;
     const auto pressure = [&](std::string_view tree, const char* key, const std::string& name) {
         return UnitName{std::string(tree) + key, name,       is_pressure_unit(name), "pa", law_unit,
                         pressure_unit_names(),   "pressures"};
@@ -71,11 +75,19 @@ std::vector<std::string> unit_warnings(const paintFeatures& paint, const flowFea
           pressure(keys::sens_paint, "default_pressure_unit", paint.pressure_unit),
           temperature(keys::sens_paint, "default_temperature_unit", paint.temperature_unit)})
         if (misleading(unit)) warnings.push_back(describe(unit));
+    // Names of the table convert to kelvin, whatever the law was measured in.
+    if (lower_case(paint.temperature_unit) == "c" && is_temperature_unit(flow.t_unit))
+        warnings.push_back(std::string(keys::flow) + "t_unit \"" + flow.t_unit +
+                           "\" enters the law in kelvin, but the paint's temperatures are in "
+                           "degrees Celsius: type " +
+                           law_temperature_unit + ", and temperatures in degrees Celsius");
     if (convert_pressure(1, paint.pressure_unit, "pa") != 1)
         warnings.push_back("The paint's coefficients are taken as they stand for a law in " +
                            law_unit + ", although its pressure unit is " + paint.pressure_unit);
     return warnings;
 }
+
+namespace {
 
 std::vector<LawConditions::Line> lines_of(const flowFeatures& entered,
                                           const paintFeatures& entered_paint,
@@ -84,27 +96,25 @@ std::vector<LawConditions::Line> lines_of(const flowFeatures& entered,
     const paintFeatures& paint = prepared.paint;
     std::vector<LawConditions::Line> lines;
     const auto pressure = [&](const char* name, double value, double in_law) {
-        lines.push_back(
-            {name, with_unit(value, entered.p_unit), with_unit(in_law, paint.pressure_unit)});
+        lines.push_back({name, with_unit(value, entered.p_unit), format_general(in_law, digits)});
     };
     const auto temperature = [&](const char* name, double value, double in_law) {
-        lines.push_back(
-            {name, with_unit(value, entered.t_unit), with_unit(in_law, paint.temperature_unit)});
+        lines.push_back({name, with_unit(value, entered.t_unit), format_general(in_law, digits)});
     };
     temperature("Wind-on T", entered.wind_on_t, flow.wind_on_t);
     temperature("Wind-off T", entered.wind_off_t, flow.wind_off_t);
     pressure("Wind-off P", entered.wind_off_p, flow.wind_off_p);
     pressure("Static P", entered.static_p, flow.static_p);
     pressure("Dynamic P", entered.dynamic_p, flow.dynamic_p);
-    const auto span = [](double low, double high, const std::string& unit) {
-        return format_general(low, digits) + " to " + with_unit(high, unit);
+    const auto span = [](double low, double high) {
+        return format_general(low, digits) + " to " + format_general(high, digits);
     };
     if (paint.minimal_temperature < paint.maximal_temperature)
         lines.push_back(
             {"Paint's T range",
-             span(entered_paint.minimal_temperature, entered_paint.maximal_temperature,
-                  entered_paint.temperature_unit),
-             span(paint.minimal_temperature, paint.maximal_temperature, paint.temperature_unit)});
+             span(entered_paint.minimal_temperature, entered_paint.maximal_temperature) + " " +
+                 entered_paint.temperature_unit,
+             span(paint.minimal_temperature, paint.maximal_temperature)});
     lines.push_back({"Wind-off ratio fa", rule == WindOffRule::unity ? "unity" : "by the law",
                      format_general(prepared.conversion.wind_off_ratio, digits)});
     return lines;
@@ -136,7 +146,8 @@ std::vector<Warning> condition_warnings(const PreparedConversion& prepared, Wind
                                 std::string(keys::flow) + name + " enters the law as " +
                                     general(value) + ", outside the paint's range " +
                                     general(paint.minimal_temperature) + " to " +
-                                    general(paint.maximal_temperature) + "; check the unit names"});
+                                    general(paint.maximal_temperature) + "; check the unit names: " +
+                                    paint.temperature_unit + " takes temperatures as they stand"});
     return warnings;
 }
 

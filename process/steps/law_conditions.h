@@ -17,13 +17,20 @@ WindOffRule wind_off_rule(const dataSetInterface& data, const imagesList& images
 /// outside the paint's range.
 std::vector<Warning> condition_warnings(const PreparedConversion& prepared, WindOffRule rule);
 
+/// What is wrong with the unit names of a project's paint and test conditions, each with what to
+/// type instead; `law_unit` and `law_temperature_unit` are those of the prepared conversion. Empty
+/// when every number enters the law as it should.
+std::vector<std::string> unit_warnings(const paintFeatures& paint, const flowFeatures& flow,
+                                       const std::string& law_unit,
+                                       const std::string& law_temperature_unit);
+
 /// The test conditions of a project as they will enter the paint's law. Unit names are compared
 /// exactly, and a wrong one is no error to the computation: only the numbers show it.
 struct LawConditions {
     struct Line {
         std::string name;
         std::string entered;  ///< number and unit as the user gave them
-        std::string in_law;   ///< number and unit of the law; empty where nothing is converted
+        std::string in_law;   ///< the number in the law; empty where nothing is converted
     };
     std::vector<Line> lines;           ///< empty when the quantity asked for is the ratio itself
     std::vector<std::string> remarks;  ///< for the user: what the field will suffer from

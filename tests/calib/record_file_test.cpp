@@ -126,6 +126,27 @@ TEST(CameraFile, ByteForByteAndBackAndMissingKeys) {
     EXPECT_EQ(back, camera) << "the other fields stayed";
 }
 
+/// A record replaces what is no record, and one of an older format.
+TEST(RecordFiles, DoNotMixWithWhatWasThere) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder / "p.clb";
+    paintFeatures back;
+    test::put_file(path, std::string("II*\0picture = [", 15));
+    paint_file_version() = "2.51";
+    write_paint_calibration(path, sample());
+    EXPECT_THAT(test::get_file(path), testing::Not(testing::HasSubstr("picture")));
+    EXPECT_EQ(read_paint_calibration(path, back), RecordOutcome::done);
+
+    test::put_file(path, "; mine\n[Version]\nHead=2.5\n[Calibr]\nGamma11=77\n[other]\nkept=1\n");
+    paint_file_version() = "2.51";
+    write_paint_calibration(path, sample());
+    EXPECT_THAT(test::get_file(path),
+                testing::AllOf(testing::HasSubstr("; mine"), testing::HasSubstr("kept=1"),
+                               testing::Not(testing::HasSubstr("Calibr]"))));
+    EXPECT_EQ(read_paint_calibration(path, back), RecordOutcome::done);
+    EXPECT_EQ(back.gamma, sample().gamma);
+}
+
 TEST(RecordFiles, PathsThatLeadNowhere) {
     const test::TemporaryFolder folder;
     paintFeatures paint = sample();

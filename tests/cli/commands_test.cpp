@@ -66,6 +66,22 @@ TEST(Markers, ConvertBetweenFormats) {
     output_of({"markers", folder / "b.mrk", folder / "c.mpt", "--force"});
 }
 
+/// The format's line for a length unit makes a file that nobody can read.
+TEST(Markers, WithAUnitAreWrittenWithoutItOrNotAtAll) {
+    const TemporaryFolder folder;
+    put_file(folder / "unit.mrk",
+             "<ObjectMarkers><NodesNumber>1</NodesNumber><LengthUnit>2</LengthUnit>"
+             "<Function id='x'>1</Function><Function id='y'>2</Function>"
+             "<Function id='z'>3</Function></ObjectMarkers>");
+    const std::vector<std::string> arguments{"markers", folder / "unit.mrk", folder / "new.mrk"};
+    const ProgramRun refused = run_program(arguments);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, HasSubstr("length unit nobody could read"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "new.mrk"));
+    EXPECT_EQ(run_program({"-y", "markers", folder / "unit.mrk", folder / "new.mrk"}).status, 0);
+    EXPECT_EQ(run_program({"markers", folder / "new.mrk", folder / "again.mrk"}).status, 0);
+}
+
 TEST(Filter, SmoothsFillsAndRefusesNonsense) {
     const TemporaryFolder folder;
     output_of({"sample", folder / "s", "--size", "80x64"});

@@ -32,7 +32,7 @@ TEST_P(Refused, WithOneLineAndStatus) {
     ASSERT_EQ(run_program({"new", folder / "p.xml"}).status, 0);
     const std::string project = get_file(folder / "p.xml");
     put_file(folder / "text.tif", "this is no image");
-    put_file(folder / "m.inm", "1 2 0 0 1\n");
+    put_file(folder / "M.INM", "1 2 0 0 1\n");
     put_file(folder / "m.mpt", "1 2 0 0 1\n");
     put_file(folder / "m.txt", "1 2 0 0 1\n");
     put_file(folder / "p.clb", "[version]\nhead=9.99\n");
@@ -73,7 +73,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"no_value", {"new", "@/q.xml", "--set", "project/flow/mach"}, 2, {"KEY=VALUE"}},
         Refusal{"get_unknown", {"get", "@/p.xml", "project/nothing"}, 2, {"project/nothing"}},
         Refusal{"get_nothing", {"get"}, 2, {"PROJECT"}},
-        Refusal{"inm_without_height", {"markers", "@/m.inm", "@/out.mrk"}, 2, {"--height"}},
+        Refusal{"inm_without_height", {"markers", "@/M.INM", "@/out.mrk"}, 2, {"--height"}},
+        Refusal{"pair_without_height", {"markers", "pair", "@/m.mpt", "@/M.INM"}, 2, {"--height"}},
         Refusal{"sample_size", {"sample", "@/s", "--size", "63x480"}, 2, {"63"}},
         Refusal{"sample_size_text", {"sample", "@/s", "--size", "640"}, 2, {"--size"}},
         Refusal{"sample_order", {"sample", "@/s", "--order", "4"}, 2, {"--order"}},

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "core/errors.h"
 #include "tests/support/error_of.h"
@@ -61,6 +62,63 @@ TEST(AtomicFile, AWriterThatGivesUpOrAFullDiskLeavesTheOldTarget) {
     fs::remove(vanished.temporary());
     EXPECT_STREQ(error_of<FileError>([&] { vanished.commit(); }).text, "Error writing file");
     EXPECT_EQ(get_file(target), "old");
+}
+
+TEST(AtomicFile, FollowsLinksToTheirEnd) {
+    const test::TemporaryFolder folder;
+    fs::create_symlink("second", folder / "first");
+    fs::create_symlink("target", folder / "second");
+    write_file(folder / "first", "new");
+    EXPECT_EQ(get_file(folder / "target"), "new") << "it was not there before";
+    EXPECT_TRUE(fs::is_symlink(folder / "first"));
+    fs::create_symlink("circle", folder / "circle");
+    EXPECT_THAT(error_of<FileError>([&] { write_file(folder / "circle", "new"); }).detail,
+                HasSubstr("circle: Too many levels"));
+    put_file(folder / "stream", "before ");
+    EXPECT_TRUE(is_stream("/dev/stdout"));
+    EXPECT_FALSE(is_stream(folder / "stream"));
+}
+
+TEST(AtomicFile, DoesNotReplaceWhatOthersMadeMeanwhile) {
+    const test::TemporaryFolder folder;
+    AtomicFile mine(folder / "new");
+    put_file(mine.temporary(), "mine");
+    put_file(folder / "new", "theirs");
+    EXPECT_THAT(error_of<FileError>([&] { mine.commit(); }).detail, HasSubstr("exists"));
+    EXPECT_EQ(get_file(folder / "new"), "theirs");
+}
+
+/// Libraries may make the file anew.
+TEST(AtomicFile, KeepsThePermissionsWhoeverWrites) {
+    const test::TemporaryFolder folder;
+    put_file(folder / "old", "old");
+    fs::permissions(folder / "old", fs::perms::owner_read | fs::perms::owner_write);
+    AtomicFile file(folder / "old");
+    fs::remove(file.temporary());
+    put_file(file.temporary(), "new");
+    file.commit();
+    EXPECT_EQ(get_file(folder / "old"), "new");
+    EXPECT_EQ(fs::status(folder / "old").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(TemporaryFiles, LeftoversOfKilledProgramsGo) {
+    const test::TemporaryFolder folder;
+    const std::string own = std::to_string(getpid());
+    const auto hours_ago = fs::file_time_type::clock::now() - std::chrono::hours(2);
+    for (const std::string& name : {std::string(".vyn-999999999-0.tif"), ".vyn-" + own + "-7.tif",
+                                    std::string(".vyn-notes"), std::string("999999999-0.tif")}) {
+        put_file(folder / name, "x");
+        fs::last_write_time(folder / name, hours_ago);
+    }
+    put_file(folder / ".vyn-999999999-1.tif", "young");
+    fs::create_directory(folder / ".vyn-999999999-2");
+    put_file(folder / ".vyn-999999999-2/part", "x");
+    fs::last_write_time(folder / ".vyn-999999999-2", hours_ago);
+    write_file(folder / "any", "x");
+    EXPECT_FALSE(fs::exists(folder / ".vyn-999999999-0.tif"));
+    EXPECT_FALSE(fs::exists(folder / ".vyn-999999999-2"));
+    EXPECT_EQ(files_in(folder.path()), 5) << "all others stay";
 }
 
 TEST(AtomicFile, WhatCannotBeAFileIsRefused) {

@@ -45,15 +45,18 @@ TEST(Keys, SettingsOfOthersAreCheckedAndWholeNumbersAreNumbers) {
     data.write(keys::convert_field.path, "Presure");
     data.write(keys::spline_degree.path, 9);
     data.write(keys::markers_order.path, "2");
-    data.write("project/not/ours", 1);
+    data.write("project/flow/mech", 1);
+    data.write("others/own", 1);
+    data.write("roject/processing/resection/own", 1);
     data.set_modified(false);
     const std::vector<std::string> complaints = check_settings(data);
-    ASSERT_EQ(complaints.size(), 3u);
-    EXPECT_THAT(complaints[0],
+    ASSERT_EQ(complaints.size(), 4u);
+    EXPECT_THAT(complaints[0], HasSubstr("\"project/flow/mech\"; did you mean \"project/flow/mach"));
+    EXPECT_THAT(complaints[1],
                 HasSubstr("markers_order: \"2\" is not what it takes, a whole number;"
                           " its default \"1\" is used"));
-    EXPECT_THAT(complaints[1], HasSubstr("spline_degree: \"9\""));
-    EXPECT_THAT(complaints[2], HasSubstr("\"Presure\" is not what it takes, one of \"Pressure\""));
+    EXPECT_THAT(complaints[2], HasSubstr("spline_degree: \"9\""));
+    EXPECT_THAT(complaints[3], HasSubstr("\"Presure\" is not what it takes, one of \"Pressure\""));
     EXPECT_EQ(data.read(pressure, 0.0), 100000.0);
     EXPECT_FALSE(data.modified());
 }

@@ -9,6 +9,7 @@ vyn_tests(core
         log_file_test.cpp
         numbers_test.cpp
         project_file_test.cpp
+        quotes_test.cpp
         threads_test.cpp
         worker_test.cpp
     LINK vyn_core)

@@ -32,6 +32,18 @@ TEST_F(PluginLoading, LeavesOutWhatDoesNotFitAndSaysWhy) {
     EXPECT_THAT(log.lines(), testing::Not(Contains(HasSubstr("other.txt"))));
 }
 
+TEST_F(PluginLoading, TakesNothingFromWhereOthersMayPutIt) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "open");
+    std::filesystem::permissions(folder / "open", std::filesystem::perms::all);
+    const std::string path = (folder / "open").string() + ":plugins:" + folder.path().string();
+    setenv("VYNLITE_PLUGINS", path.c_str(), 1);
+    const LogCapture log;
+    EXPECT_THAT(plugin_folders(), testing::ElementsAre(folder.path()));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("open: others may write to it")));
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("from plugins: no full name")));
+}
+
 TEST_F(PluginLoading, KeepsTheFirstOfEachFormat) {
     const auto count = get_2dio().formats().size();
     const LogCapture log;

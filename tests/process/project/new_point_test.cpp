@@ -1,6 +1,12 @@
 #include "process/project/new_point.h"
 
+#include <chrono>
+#include <csignal>
+#include <thread>
+
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "core/keys.h"
 #include "core/project_file.h"
@@ -122,6 +128,78 @@ TEST_F(Recovery, ABrokenMaskDoesNotLoseTheMarkers) {
     EXPECT_EQ(found->markers.markers[0].id, 5);
     EXPECT_EQ(found->mask()(1, 2), 0);
     EXPECT_TRUE(found->has_unsaved_markers());
+}
+
+image marked(const char* name, int markers) {
+    image picture(4, 4);
+    picture.name = name;
+    picture.note_mask_saved();
+    picture.note_markers_saved();
+    picture.markers.hasX = picture.markers.hasY = true;
+    for (int i = 1; i <= markers; ++i)
+        picture.markers.markers.push_back({.x = 1, .y = 2, .id = i});
+    return picture;
+}
+
+/// Removing all markers is work, too, and so are those with a unit that no file can hold.
+TEST_F(Recovery, KeepsThatAllMarkersWereRemoved) {
+    const fs::path states = folder / "states";
+    image emptied = marked(image_names::wind_off_sens, 3);
+    emptied.note_markers_saved();
+    get_images().add(image(emptied));
+    get_images().add(marked(image_names::wind_on_sens, 0));
+    emptied.markers.markers.clear();
+    image drawn = marked(image_names::wind_on_sens, 2);
+    drawn.markers.lengthUnit = 3;
+    auto running = std::make_unique<RecoveryCopy>(states);
+    running->keep("", {std::make_shared<const image>(std::move(emptied)),
+                       std::make_shared<const image>(std::move(drawn))});
+    const fs::path pictures = [&] {
+        for (const auto& entry : fs::directory_iterator(states))
+            if (entry.is_directory()) return entry.path();
+        return fs::path();
+    }();
+    const fs::path copy = pictures.string() + ".xml";
+    // As after a crash right before they got to their place.
+    fs::rename(pictures, pictures.string() + ".new");
+    EXPECT_EQ(run(RestorePicturesTask(program_session(), copy)), TaskOutcome::done);
+    EXPECT_TRUE(get_images().find(image_names::wind_off_sens)->markers.markers.empty());
+    EXPECT_EQ(get_images().find(image_names::wind_on_sens)->markers.markers.size(), 2u);
+}
+
+/// Killed whenever it may be, a program leaves a whole copy.
+TEST_F(Recovery, SurvivesKills) {
+    constexpr int kills = 25;
+    const auto first = std::make_shared<const image>(marked(image_names::wind_off_sens, 40));
+    const auto second = std::make_shared<const image>(marked(image_names::wind_on_sens, 40));
+    for (int i = 0; i < kills; ++i) {
+        const fs::path states = folder / std::to_string(i);
+        int ready[2];
+        ASSERT_EQ(pipe(ready), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            RecoveryCopy copy(states);
+            simpleNamedDataSet data;
+            for (int k = 0;; ++k) {
+                copy.keep(to_xml(data), {first, second});
+                if (k == 0 && ::write(ready[1], "x", 1) != 1) _exit(1);
+            }
+        }
+        char byte = 0;
+        ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+        std::this_thread::sleep_for(std::chrono::microseconds(137 * i));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        close(ready[0]);
+        close(ready[1]);
+        const auto lost = find_lost_work(states);
+        ASSERT_EQ(lost.size(), 1u) << i;
+        get_images().add(marked(image_names::wind_off_sens, 0));
+        get_images().add(marked(image_names::wind_on_sens, 0));
+        EXPECT_EQ(run(RestorePicturesTask(program_session(), lost[0].copy)), TaskOutcome::done);
+        for (const char* name : {image_names::wind_off_sens, image_names::wind_on_sens})
+            EXPECT_EQ(get_images().find(name)->markers.markers.size(), 40u) << i;
+    }
 }
 
 TEST(RecoveryCopy, IsFoundOnlyWhenItsProgramIsGone) {

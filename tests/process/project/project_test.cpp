@@ -8,7 +8,9 @@
 #include "process/point/raw_images.h"
 #include "process/point/save_image_task.h"
 #include "process/point/unsaved_work.h"
+#include "process/point/picture_warnings.h"
 #include "process/project/project_tasks.h"
+#include "tests/support/error_of.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {
@@ -116,6 +118,25 @@ TEST_F(ProjectTasks, SaveAsInAnotherFolderKeepsRelativeNamesTrue) {
     EXPECT_EQ(read(moved), TaskOutcome::done);
 }
 
+/// So that a copy of the folder computes with its own pictures.
+TEST_F(ProjectTasks, FullNamesBelowTheProjectAreStoredRelatively) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    const std::string full = (folder / "images/off.tif");
+    const auto off = get_images().find("wind_off_sens");
+    write(vyn_db(), keys::wind_off_sens_file, full);
+    write<std::string>(vyn_db(), keys::wind_off_sens_dark_file, "/elsewhere/dark.tif");
+    EXPECT_EQ(folder_warning(vyn_db(), *off), "");
+    ASSERT_EQ(run(WriteProjectTask(program_session(), project)), TaskOutcome::done);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::wind_off_sens_file), "images/off.tif");
+    EXPECT_EQ(vyn::read(vyn_db(), keys::wind_off_sens_dark_file), "/elsewhere/dark.tif");
+
+    fs::create_directory(folder / "copy");
+    fs::copy_file(full, folder / "copy/off.tif");
+    write(vyn_db(), keys::head_file, std::string(folder / "copy/project.xml"));
+    EXPECT_THAT(folder_warning(vyn_db(), *off), HasSubstr("images/off.tif, although"));
+}
+
 TEST_F(ProjectTasks, ContainerHoldsSettingsAndImagesExactly) {
     write_project();
     ASSERT_EQ(read(project), TaskOutcome::done);
@@ -153,10 +174,7 @@ TEST_F(ProjectTasks, AContainerSavesWhatWasDrawnAndServesARecoveredProject) {
     write<std::string>(vyn_db(), keys::wind_on_sens_mark_file, "on.mrk");
     const fs::path container = folder / "point.ims";
     ASSERT_EQ(run(WriteProjectTask(program_session(), container)), TaskOutcome::done);
-    const auto unsaved = unsaved_pictures(get_images());
-    ASSERT_EQ(unsaved.size(), 1u) << "markers that no marker file is named for do not come back";
-    EXPECT_EQ(unsaved[0]->name, "wind_off_sens");
-    EXPECT_FALSE(unsaved[0]->has_unsaved_mask());
+    EXPECT_TRUE(unsaved_pictures(get_images()).empty());
 
     // The settings changed after that, and only a copy of them is left.
     write<std::string>(vyn_db(), keys::wind_off_sens_file, "images/on.tif");
@@ -228,6 +246,28 @@ TEST_F(ProjectTasks, NewerContainerIsRefused) {
     }
 }
 
+/// A small file must not fill disk and memory.
+TEST_F(ProjectTasks, ContainersThatUnpackToTooMuchAreRefused) {
+    const std::string one = R"({"entry": "a.imp", "name": "a"})";
+    const std::string zeros(std::size_t{80} << 20, '\0');
+    for (const auto& [images, told] :
+         {std::pair{one + "," + one, "names the entry \"a.imp\" twice"}, {one, "unpacks to 80 MiB"}}) {
+        const fs::path container = folder / "bomb.ims";
+        fs::remove(container);
+        const std::string header = R"({"format": 1, "images": [)" + images + "]}";
+        zip_t* archive = zip_open(container.c_str(), ZIP_CREATE, nullptr);
+        for (const auto& [name, content] : {std::pair<const char*, const std::string&>{
+                                                "ims.json", header},
+                                            {"project.xml", header},
+                                            {"a.imp", zeros}})
+            zip_file_add(archive, name,
+                         zip_source_buffer(archive, content.data(), content.size(), 0), 0);
+        ASSERT_EQ(zip_close(archive), 0);
+        EXPECT_LT(fs::file_size(container), 200'000u);
+        EXPECT_THAT(error_of<FileError>([&] { read(container); }).detail, HasSubstr(told));
+    }
+}
+
 TEST_F(ProjectTasks, FixMarkersFollowsTheDataSet) {
     const image with = sample_image("wind_off_sens");
     image without = sample_image("wind_on_sens");
@@ -239,8 +279,7 @@ TEST_F(ProjectTasks, FixMarkersFollowsTheDataSet) {
     get_images().add(std::move(without));
     write(vyn_db(), keys::wind_on_sens_mark_file, file.string());
     fixMarkersDs(vyn_db(), get_images());
-    EXPECT_TRUE(get_images().find("wind_off_sens")->markers.markers.empty())
-        << "its key names no file";
+    EXPECT_EQ(get_images().find("wind_off_sens")->markers, with.markers) << "no file has them";
     EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers.size(), 2u)
         << "read from the file that the key names";
 

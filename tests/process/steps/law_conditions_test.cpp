@@ -69,13 +69,15 @@ TEST_P(LawUnits, ShowWhatEntersTheLaw) {
 
 INSTANTIATE_TEST_SUITE_P(
     Names, LawUnits,
-    testing::Values(UnitCase{"as_the_law", "Pa", "C", "1 Pa", "25 C", nullptr},
-                    UnitCase{"converted", "bar", "C", "100000 Pa", "25 C", nullptr},
-                    UnitCase{"too_warm", "Pa", "c", "1 Pa", "298.16 C",
+    testing::Values(UnitCase{"as_the_law", "Pa", "C", "1", "25", nullptr},
+                    UnitCase{"converted", "bar", "C", "100000", "25", nullptr},
+                    UnitCase{"too_warm", "Pa", "c", "1", "298.16",
                              "wind_on_t enters the law as 298.16, outside the paint's range 0 to"},
-                    UnitCase{"unknown_pressure", "mbar", "C", "1 Pa", "25 C",
+                    UnitCase{"table_name", "Pa", "c", "1", "298.16",
+                             "t_unit \"c\" enters the law in kelvin"},
+                    UnitCase{"unknown_pressure", "mbar", "C", "1", "25",
                              "project/flow/p_unit \"mbar\" is no known unit name (bar, atm,"},
-                    UnitCase{"capital", "Bar", "C", "1 Pa", "25 C", "\"Bar\" is no known"}),
+                    UnitCase{"capital", "Bar", "C", "1", "25", "\"Bar\" is no known"}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(LawConditions, RatioAndUnityAndPaintUnits) {

@@ -1,5 +1,7 @@
 #include "view/ui/canvas/preparation.h"
 
+#include "core/ui/command.h"
+
 #include "api/image.h"
 
 namespace vyn {
@@ -35,7 +37,7 @@ void Preparation::run(When when, const std::function<void(Progress&)>& compute,
         return;
     }
     pool_.start([this, context, compute, deliver] {
-        compute(*context);
+        if (!run_logged([&] { compute(*context); })) context->abort();
         QMetaObject::invokeMethod(
             this, [this, context, deliver] { finish(context, deliver); }, Qt::QueuedConnection);
     });

@@ -131,6 +131,7 @@ void MarkerFindingDialog::accept() {
     markers_.change([&](MarkerEdit& edit) {
         edit.replace(keep ? joined(edit.set(), found, distance) : found);
     });
+    viewer_.set_mode(MouseMode::marker_edit);  // saving means the markers now
     QDialog::accept();
 }
 

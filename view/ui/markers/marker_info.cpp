@@ -78,18 +78,21 @@ VynMarkerInfo::VynMarkerInfo(MarkerController& markers)
     connect(next_, &QPushButton::clicked, this, &VynMarkerInfo::go_next);
     connect(apply_, &QPushButton::clicked, this, &VynMarkerInfo::accept);
     for (NumberEdit* edit : {number_, x_, y_, f_})
-        connect(edit, &QLineEdit::returnPressed, this, &VynMarkerInfo::accept);
+        // By the return key, and when the keyboard goes elsewhere.
+        connect(edit, &QLineEdit::editingFinished, this, [this, edit = edit] {
+            if (edit->isModified()) accept();
+        });
     connect(active_, &QCheckBox::clicked, this, &VynMarkerInfo::accept);
     connect(&markers_, &MarkerController::markers_changed, this, &VynMarkerInfo::read);
     read();
 }
 
 void VynMarkerInfo::go_prev() {
-    markers_.go_prev();
+    if (accept()) markers_.go_prev();
 }
 
 void VynMarkerInfo::go_next() {
-    markers_.go_next();
+    if (accept()) markers_.go_next();
 }
 
 void VynMarkerInfo::read() {
@@ -119,13 +122,13 @@ void VynMarkerInfo::read() {
         field->check();
 }
 
-void VynMarkerInfo::accept() {
+bool VynMarkerInfo::accept() {
     const auto current = markers_.markers().current();
-    if (!current) return;
+    if (!current) return true;
     bool sound = true;
     for (NumberEdit* field : {number_, x_, y_, f_})
         sound = field->check() && sound;
-    if (!sound) return;
+    if (!sound) return false;
     Marker marker = markers_.markers().at(*current);
     marker.id = static_cast<std::int32_t>(*number_->number());
     // A position that was not typed keeps the digits that are not shown.
@@ -133,7 +136,7 @@ void VynMarkerInfo::accept() {
     if (y_->isModified()) marker.y = *y_->number();
     marker.f = *f_->number();
     marker.active = active_->isChecked();
-    markers_.change([&](MarkerEdit& edit) { edit.edit(*current, marker); });
+    return markers_.change([&](MarkerEdit& edit) { edit.edit(*current, marker); });
 }
 
 }  // namespace vyn

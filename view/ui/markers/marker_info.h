@@ -23,7 +23,8 @@ class VynMarkerInfo : public QWidget {
     /// Loads the panel from the current marker.
     void read();
     /// Writes the edited values back; what is no number is marked and nothing changes.
-    void accept();
+    /// Writes what was typed into the marker; false when that is no marker.
+    bool accept();
 
   private:
     MarkerController& markers_;

@@ -139,6 +139,7 @@ void MarkerPairingDialog::accept() {
     const std::vector<MarkerPair> pairs = overlay_.pairs;
     markers_.change(
         [&](MarkerEdit& edit) { edit.replace(numbered_like_partners(edit.set(), pairs)); });
+    viewer_.set_mode(MouseMode::marker_edit);  // saving means the markers now
     QDialog::accept();
 }
 
