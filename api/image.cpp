@@ -1,6 +1,7 @@
 #include "api/image.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/errors.h"
 
@@ -80,14 +81,39 @@ bool image::shares_planes_with(const image& other) const {
            region_.shares_with(other.region_);
 }
 
+void image::note_mask_saved() {
+    saved_mask_ = mask_;
+    saved_region_ = region_;
+}
+
+namespace {
+
+using BytePlane = SharedPlane<std::uint8_t>;
+
+bool same_bytes(const BytePlane& a, const BytePlane& b) {
+    if (a.shares_with(b)) return true;
+    if (!a.get().same_size(b.get())) return false;
+    for (int y = 0; y < a.get().height(); ++y)
+        if (!std::equal(a.get().row(y), a.get().row(y) + a.get().width(), b.get().row(y)))
+            return false;
+    return true;
+}
+
+/// No region plane means inside everywhere.
+bool all_inside(const BytePlane& region) {
+    for (int y = 0; y < region.get().height(); ++y)
+        if (std::memchr(region.get().row(y), 0, static_cast<std::size_t>(region.get().width())))
+            return false;
+    return true;
+}
+
+}  // namespace
+
 bool image::has_unsaved_mask() const {
-    if (!saved_mask_ || saved_mask_->shares_with(mask_)) return false;
-    const Bitmap<std::uint8_t>& saved = saved_mask_->get();
-    const Bitmap<std::uint8_t>& now = mask_.get();
-    if (!saved.same_size(now)) return true;
-    for (int y = 0; y < now.height(); ++y)
-        if (!std::equal(now.row(y), now.row(y) + now.width(), saved.row(y))) return true;
-    return false;
+    if (!saved_mask_) return false;
+    if (!same_bytes(*saved_mask_, mask_)) return true;
+    return !same_bytes(saved_region_, region_) &&
+           !(all_inside(saved_region_) && all_inside(region_));
 }
 
 void image::drop_values() {

@@ -94,9 +94,10 @@ class image : public ImageAttributes {
     /// The same for values, mask and region.
     bool shares_planes_with(const image& other) const;
 
-    /// Markers and mask are now as the image's files have them. Copies of the image know it.
+    /// Markers, or mask and region, are now as the image's files have them. Copies of the image know
+    /// it.
     void note_markers_saved() { saved_markers_ = markers; }
-    void note_mask_saved() { saved_mask_ = mask_; }
+    void note_mask_saved();
     /// True when they differ from what was noted; false when nothing was.
     bool has_unsaved_markers() const { return saved_markers_ && *saved_markers_ != markers; }
     bool has_unsaved_mask() const;
@@ -118,6 +119,7 @@ class image : public ImageAttributes {
     SharedPlane<std::uint8_t> region_;
     std::optional<MarkerSet> saved_markers_;
     std::optional<SharedPlane<std::uint8_t>> saved_mask_;
+    SharedPlane<std::uint8_t> saved_region_;  ///< empty when there was none
     bool has_values_ = true;
     bool has_mask_ = true;
     bool has_region_ = false;

@@ -44,6 +44,12 @@ std::string digest_of_mask(const image& picture) {
     Fnv digest;
     for (int y = 0; y < picture.height(); ++y)
         digest.add(picture.mask().row(y), picture.width());
+    if (!picture.has_region()) return digest.text();
+    // Pixels that are excluded, too, as those that a lens moves in from outside, say nothing new.
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            if (picture.region()(x, y) == 0 && picture.mask()(x, y) == 0)
+                digest.add(static_cast<std::uint64_t>(y) << 32 | static_cast<std::uint64_t>(x));
     return digest.text();
 }
 

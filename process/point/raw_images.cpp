@@ -1,5 +1,7 @@
 #include "process/point/raw_images.h"
 
+#include <algorithm>
+
 #include "api/image_io.h"
 #include "core/errors.h"
 #include "core/log.h"
@@ -19,19 +21,19 @@ namespace names = image_names;
 const std::array<RawImage, 4>& raw_images() {
     static const std::array<RawImage, 4> table{{
         {names::wind_off_sens, names::wind_off_dark_sens, names::flat_sens,
-         keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file,
+         keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file, keys::wind_off_sens_region_file,
          keys::wind_off_sens_dark_file, keys::wind_off_sens_dark, keys::sens_camera,
          names::wind_off_sens_cor, nullptr},
         {names::wind_on_sens, names::wind_on_dark_sens, names::flat_sens, keys::wind_on_sens_file,
-         keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_dark_file,
+         keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_region_file, keys::wind_on_sens_dark_file,
          keys::wind_on_sens_dark, keys::sens_camera, names::wind_on_sens_cor,
          names::wind_on_sens_aligned},
         {names::wind_off_refe, names::wind_off_dark_refe, names::flat_refe,
-         keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file,
+         keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file, keys::wind_off_refe_region_file,
          keys::wind_off_refe_dark_file, keys::wind_off_refe_dark, keys::refe_camera,
          names::wind_off_refe_cor, nullptr},
         {names::wind_on_refe, names::wind_on_dark_refe, names::flat_refe, keys::wind_on_refe_file,
-         keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_dark_file,
+         keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_region_file, keys::wind_on_refe_dark_file,
          keys::wind_on_refe_dark, keys::refe_camera, names::wind_on_refe_cor,
          names::wind_on_refe_aligned},
     }};
@@ -59,6 +61,15 @@ void apply_mask_file(image& picture, const image& mask) {
         for (int x = 0; x < picture.width(); ++x)
             if (excluded[x] != 0) bytes[x] = 1;
     }
+}
+
+Bitmap<std::uint8_t> region_of_file(const image& picture, const image& file) {
+    require_same_size(file, picture);
+    Bitmap<std::uint8_t> region(picture.width(), picture.height());
+    for (int y = 0; y < picture.height(); ++y)
+        std::transform(file.values().row(y), file.values().row(y) + picture.width(), region.row(y),
+                       [](float value) { return value != 0 ? 1 : 0; });
+    return region;
 }
 
 /// Counts the pixels at the sensor's maximum and excludes them when the project says so.
@@ -104,6 +115,10 @@ image load_raw(const dataSetInterface& data, const RawImage& raw, const std::str
     const std::string mask_file = read(data, raw.mask_file);
     if (!mask_file.empty())
         apply_mask_file(picture, load_named(data, mask_file, raw.mask_file.path, "mask", context));
+    const std::string region_file = read(data, raw.region_file);
+    if (!region_file.empty())
+        picture.set_region(region_of_file(
+            picture, load_named(data, region_file, raw.region_file.path, "region", context)));
     if (!read(data, raw.marker_file).empty())
         picture.markers = load_markers(data, raw.marker_file, picture.height(), report);
     return picture;

@@ -23,6 +23,7 @@ struct RawImage {
     Key<std::string> file;
     Key<std::string> marker_file;
     Key<std::string> mask_file;
+    Key<std::string> region_file;
     Key<std::string> dark_file;
     Key<double> dark_level;
     std::string_view camera;     ///< sub-tree of its camera's record

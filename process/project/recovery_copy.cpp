@@ -43,6 +43,8 @@ constexpr std::string_view copy_prefix = "unsaved-";
 
 /// In a folder of pictures that holds all of them.
 constexpr const char* complete = "complete";
+/// Behind the name of the picture whose region of interest it is.
+constexpr const char* region_ending = "-region.png";
 /// Extension for a picture whose markers were all removed.
 constexpr const char* no_markers = ".none";
 
@@ -110,6 +112,8 @@ void RecoveryCopy::keep(const std::string& project,
             write_marker_file(fresh / (picture->name + ".mrk"), picture->markers);
         if (picture->has_unsaved_mask())
             write_mask(*picture, fresh / (picture->name + ".png"), silent);
+        if (picture->has_unsaved_mask() && picture->has_region())
+            write_region(*picture, fresh / (picture->name + region_ending), silent);
     }
     if (!fs::exists(fresh, ignored)) {
         fs::remove_all(pictures_of(file_), ignored);
@@ -160,6 +164,16 @@ void restore_markers(image& picture, const fs::path& file) {
     picture.markers = read_marker_file(file, picture.height());
 }
 
+void restore_region(image& picture, const fs::path& file, Progress& progress) {
+    const image region = read_image(file, progress);
+    require_same_size(region, picture);
+    Bitmap<std::uint8_t> bytes(picture.width(), picture.height());
+    for (int y = 0; y < picture.height(); ++y)
+        std::transform(region.values().row(y), region.values().row(y) + picture.width(),
+                       bytes.row(y), [](float value) { return value != 0 ? 1 : 0; });
+    picture.set_region(std::move(bytes));
+}
+
 void restore_mask(image& picture, const fs::path& file, Progress& progress) {
     const image mask = read_image(file, progress);
     require_same_size(mask, picture);
@@ -178,7 +192,10 @@ TaskOutcome RestorePicturesTask::run(TaskContext& context) {
         const fs::path& file = entry.path();
         if (file.filename() == complete) continue;
         try {
-            const auto picture = images.find(file.stem().string());
+            const bool is_region = file.filename().string().ends_with(region_ending);
+            std::string name = file.stem().string();
+            if (is_region) name = name.substr(0, name.rfind('-'));
+            const auto picture = images.find(name);
             if (!picture)
                 throw StateError("State error!", file.string() + ": its image is not loaded");
             image restored = *picture;
@@ -186,6 +203,8 @@ TaskOutcome RestorePicturesTask::run(TaskContext& context) {
                 restored.markers.markers.clear();
             else if (file.extension() == ".mrk")
                 restore_markers(restored, file);
+            else if (is_region)
+                restore_region(restored, file, context);
             else
                 restore_mask(restored, file, context);
             images.add(std::move(restored));

@@ -86,6 +86,7 @@ TaskOutcome correct_picture(const StepRun& run, std::size_t picture) {
     for (const Warning& warning : picture_warnings(run.session.data, raw_images()[picture], *source))
         warn(run.report, warning.kind, warning.text);
     image corrected = corrected_intensity(correction, *source, run.session, context);
+    if (source->has_region()) corrected.share_region(*source);
 
     const Distortion lens = lens_of_correction(run.session.data, correction);
     if (!lens.none()) {

@@ -1,5 +1,7 @@
 #include "process/steps/image_origin.h"
 
+#include <vector>
+
 #include <fstream>
 #include <system_error>
 
@@ -49,7 +51,8 @@ ImageOrigin input_origin(const dataSetInterface& data, const InputFile& input) {
     add_setting(origin, data, std::string(keys::saturation_exclude.path));
     const fs::path folder = project_folder(data);
     for (const auto& [item, key] : {std::pair{"marker file", input.raw->marker_file},
-                                    std::pair{"mask file", input.raw->mask_file}})
+                                    std::pair{"mask file", input.raw->mask_file},
+                                    std::pair{"region file", input.raw->region_file}})
         if (const std::string name = read(data, key); !name.empty())
             add_stamp(origin, item, locate(name, folder));
     return origin;
@@ -84,10 +87,13 @@ void note_file_saved(const dataSetInterface& data, imagesList& images, const std
     else
         noted.note_mask_saved();
     if (const InputFile* input = input_of_image(name); input && !noted.origin.empty()) {
-        const char* item = markers ? "marker file" : "mask file";
-        noted.origin.erase(item);
-        if (auto found = input_origin(data, *input).extract(item))
-            noted.origin.insert(std::move(found));
+        ImageOrigin now = input_origin(data, *input);
+        const std::vector<const char*> items =
+            markers ? std::vector{"marker file"} : std::vector{"mask file", "region file"};
+        for (const char* item : items) {
+            noted.origin.erase(item);
+            if (auto found = now.extract(item)) noted.origin.insert(std::move(found));
+        }
     }
     images.add(std::move(noted));
 }

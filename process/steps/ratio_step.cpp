@@ -1,6 +1,7 @@
 #include "process/steps/ratio_step.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "api/resample.h"
 #include "api/thinning.h"
@@ -66,7 +67,9 @@ image taken_by_camera(const StepRun& run, const Correction& correction) {
     if (!source)
         throw StateError("State error!",
                          "the image " + correction.source + " is not loaded any more");
-    return corrected_intensity(correction, *source, run.session, run.context);
+    image taken = corrected_intensity(correction, *source, run.session, run.context);
+    if (source->has_region()) taken.share_region(*source);
+    return taken;
 }
 
 /// The pictures that the alignment moves, sampled in the frame of the results.
@@ -108,15 +111,18 @@ image ratio_of(const CorrectedPictures& pictures, const RatioLimits& limits,
                                 context);
 }
 
-/// The operations work inside the region only; outside, raw counts would pass for ratios.
-void exclude_outside_region(image& ratio) {
-    if (!ratio.has_region()) return;
-    const image& constant = ratio;
-    for (int y = 0; y < ratio.height(); ++y) {
-        const std::uint8_t* region = constant.region().row(y);
-        std::uint8_t* mask = ratio.mask().row(y);
-        for (int x = 0; x < ratio.width(); ++x)
-            if (region[x] == 0) mask[x] = 1;
+/// The operations work inside the region of a picture only; outside, counts would pass for ratios.
+void exclude_outside_regions(const CorrectedPictures& pictures, image& ratio) {
+    for (const Picture& picture : pictures) {
+        if (!picture || !picture->has_region() ||
+            !picture->region().same_size(std::as_const(ratio).mask()))
+            continue;
+        for (int y = 0; y < ratio.height(); ++y) {
+            const std::uint8_t* region = picture->region().row(y);
+            std::uint8_t* mask = ratio.mask().row(y);
+            for (int x = 0; x < ratio.width(); ++x)
+                if (region[x] == 0) mask[x] = 1;
+        }
     }
 }
 
@@ -200,7 +206,7 @@ TaskOutcome form_ratio_image(const StepRun& run) {
                 aligned.emplace_back(*pictures[i]).name = raw_images()[i].aligned_name;
     if (sampling == Sampling::once) filter_all(pictures, filter, run.context);
     image ratio = ratio_of(pictures, ratio_limits(data), type, run.context);
-    exclude_outside_region(ratio);
+    exclude_outside_regions(pictures, ratio);
     thin_if_asked(ratio, data, run.context);
     ratio.name = names::ratio;
 

@@ -110,7 +110,8 @@ ImageOrigin ImageStates::compute_origin(const std::string& name) {
     const ImageOrigin& loaded = picture->origin;
     if (const auto old = loaded.find("file"); old != loaded.end()) now.insert(*old);
     for (const auto& [item, key] : {std::pair{"marker file", input->raw->marker_file},
-                                    std::pair{"mask file", input->raw->mask_file}}) {
+                                    std::pair{"mask file", input->raw->mask_file},
+                                    std::pair{"region file", input->raw->region_file}}) {
         const auto old = loaded.find(item);
         if (old != loaded.end() && !now.contains(item) && !read(data_, key).empty())
             now.insert(*old);

@@ -112,6 +112,8 @@ TEST_F(Recovery, ABrokenMaskDoesNotLoseTheMarkers) {
     picture.markers.markers.push_back({.x = 3, .y = 4, .id = 5});
     picture.markers.hasX = picture.markers.hasY = true;
     picture.mask()(1, 2) = 1;
+    picture.fill_region(1);
+    picture.region()(5, 5) = 0;
     const fs::path states = folder / "states";
     auto running = std::make_unique<RecoveryCopy>(states);
     running->keep(to_xml(vyn_db()), {std::make_shared<const image>(std::move(picture))});
@@ -120,13 +122,15 @@ TEST_F(Recovery, ABrokenMaskDoesNotLoseTheMarkers) {
     ASSERT_EQ(lost.size(), 1u);
     ASSERT_TRUE(lost[0].has_pictures());
     for (const auto& entry : fs::recursive_directory_iterator(states))
-        if (entry.path().extension() == ".png") put_file(entry.path(), "cut off");
+        if (entry.path().filename() == "wind_off_sens.png") put_file(entry.path(), "cut off");
     EXPECT_EQ(run(RestorePicturesTask(program_session(), lost[0].copy)),
               TaskOutcome::done_with_errors);
     const auto found = get_images().find(image_names::wind_off_sens);
     ASSERT_EQ(found->markers.markers.size(), 1u);
     EXPECT_EQ(found->markers.markers[0].id, 5);
     EXPECT_EQ(found->mask()(1, 2), 0);
+    EXPECT_EQ(found->region()(5, 5), 0);
+    EXPECT_EQ(found->region()(5, 4), 1);
     EXPECT_TRUE(found->has_unsaved_markers());
 }
 

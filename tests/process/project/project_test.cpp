@@ -5,11 +5,13 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "markers/marker_files.h"
+#include "process/point/mask_file_task.h"
+#include "process/point/picture_warnings.h"
 #include "process/point/raw_images.h"
 #include "process/point/save_image_task.h"
 #include "process/point/unsaved_work.h"
-#include "process/point/picture_warnings.h"
 #include "process/project/project_tasks.h"
+#include "process/steps/chain.h"
 #include "tests/support/error_of.h"
 #include "tests/support/project_fixture.h"
 
@@ -106,6 +108,39 @@ TEST_F(ProjectTasks, MaskFileAndSaturationExcludePixels) {
     const auto on = get_images().find("wind_on_sens");
     EXPECT_EQ(on->mask()(8, 6), 1) << "60.8, saturated";
     EXPECT_EQ(on->mask()(7, 6), 0) << "60.7, below the level";
+}
+
+/// Drawn regions are work like masks: saved, asked for, and used.
+TEST_F(ProjectTasks, RegionsAreSavedBesideTheMask) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    image drawn = *get_images().find("wind_off_sens");
+    drawn.fill_region(1);
+    EXPECT_FALSE(drawn.has_unsaved_mask()) << "inside everywhere, as without a region";
+    drawn.region()(3, 2) = 0;
+    EXPECT_TRUE(drawn.has_unsaved_mask());
+    get_images().add(std::move(drawn));
+    const RawImage& raw = raw_images()[0];
+    ASSERT_EQ(run(SaveMaskTask(program_session(), get_images().find("wind_off_sens"),
+                               folder / "m.png", &raw)),
+              TaskOutcome::done);
+    EXPECT_FALSE(get_images().find("wind_off_sens")->has_unsaved_mask());
+    ASSERT_EQ(run(WriteProjectTask(program_session(), project)), TaskOutcome::done);
+    EXPECT_EQ(vyn::read(vyn_db(), keys::wind_off_sens_region_file), "m_region.png");
+    reset();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    const auto loaded = get_images().find("wind_off_sens");
+    ASSERT_TRUE(loaded->has_region());
+    EXPECT_EQ(loaded->region()(3, 2), 0);
+    EXPECT_EQ(loaded->region()(2, 3), 1);
+    EXPECT_FALSE(loaded->has_unsaved_mask());
+
+    const auto report = std::make_shared<RunReport>();
+    write(vyn_db(), keys::markers_enable, 0);
+    ASSERT_EQ(run(*calculate(Goal::ratio, program_session(), report)), TaskOutcome::done);
+    EXPECT_EQ(get_images().find("wind_off_sens_cor")->region()(3, 2), 0);
+    EXPECT_NE(get_images().find("Iref")->mask()(3, 2), 0);
+    EXPECT_EQ(get_images().find("Iref")->mask()(2, 3), 0);
 }
 
 TEST_F(ProjectTasks, SaveAsInAnotherFolderKeepsRelativeNamesTrue) {

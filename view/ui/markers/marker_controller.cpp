@@ -20,6 +20,7 @@
 #include "view/ui/markers/marker_info.h"
 #include "view/ui/markers/marker_options_dialog.h"
 #include "view/ui/markers/marker_pairing.h"
+#include "view/ui/markers/marker_table.h"
 #include "view/ui/markers/marker_tool.h"
 
 namespace vyn {
@@ -38,7 +39,8 @@ MarkerController::MarkerController(PictureWindow& viewer)
       viewer_(viewer),
       overlay_(marker_colour),
       info_(new VynMarkerInfo(*this)),
-      dock_(new QDockWidget(VynMarkerInfo::tr("Marker info"), &viewer)) {
+      dock_(new QDockWidget(VynMarkerInfo::tr("Marker info"), &viewer)),
+      table_dock_(new QDockWidget(tr("Marker table"), &viewer)) {
     for (const MouseMode mode :
          {MouseMode::marker_add, MouseMode::marker_move, MouseMode::marker_revise,
           MouseMode::marker_toggle, MouseMode::marker_edit, MouseMode::marker_delete})
@@ -50,6 +52,10 @@ MarkerController::MarkerController(PictureWindow& viewer)
     if (auto* bar = viewer.findChild<QDockWidget*>(QStringLiteral("function bar")))
         viewer.tabifyDockWidget(bar, dock_);
     dock_->hide();
+    table_dock_->setObjectName(QStringLiteral("Marker table"));
+    table_dock_->setWidget(new MarkerTable(*this));
+    viewer.addDockWidget(Qt::BottomDockWidgetArea, table_dock_);
+    table_dock_->hide();
     make_actions();
 }
 
@@ -71,6 +77,7 @@ void MarkerController::make_actions() {
                tr("Pair the markers with those of another image"), &MarkerController::pair);
     menu.addSeparator();
     menu.addAction(dock_->toggleViewAction());
+    menu.addAction(table_dock_->toggleViewAction());
 }
 
 ViewTool* MarkerController::tool(MouseMode mode) {

@@ -90,6 +90,7 @@ class MarkerController : public EditController {
 
     VynMarkerInfo* info_;
     QDockWidget* dock_;
+    QDockWidget* table_dock_;
     QPointer<MarkerFindingDialog> finding_;
     QPointer<MarkerPairingDialog> pairing_;
 };

@@ -22,8 +22,7 @@ class VynMarkerInfo : public QWidget {
     void go_next();
     /// Loads the panel from the current marker.
     void read();
-    /// Writes the edited values back; what is no number is marked and nothing changes.
-    /// Writes what was typed into the marker; false when that is no marker.
+    /// Writes the edited values back. False when one is no number: it is marked and nothing changes.
     bool accept();
 
   private:
