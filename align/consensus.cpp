@@ -63,9 +63,9 @@ std::vector<Sample> samples_of(std::size_t count, std::size_t size, std::mt19937
 
 bool is_thin(Point a, Point b, Point c) {
     const double area = std::abs((b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x));
-    const double longest = std::max({std::hypot(b.x - a.x, b.y - a.y),
-                                     std::hypot(c.x - a.x, c.y - a.y),
-                                     std::hypot(c.x - b.x, c.y - b.y)});
+    const double longest =
+        std::max({std::hypot(b.x - a.x, b.y - a.y), std::hypot(c.x - a.x, c.y - a.y),
+                  std::hypot(c.x - b.x, c.y - b.y)});
     return !(area > thinnest_triangle * longest * longest);
 }
 

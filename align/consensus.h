@@ -21,9 +21,9 @@ struct Evidence {
 /// The mapping that most of the evidence agrees with, of at most so many coefficients per axis.
 ///
 /// Shifts, similarities and affine maps through one, two and three of the candidate pairs are tried
-/// (random sample consensus, Fischler & Bolles 1981; all of them where they are few, else drawn with
-/// a fixed seed); of equals the one that moves the markers less wins. The best is fitted to the
-/// pairs that agree with it, order by order, until these stay the same. The identity without
+/// (random sample consensus, Fischler & Bolles 1981; all of them where they are few, else drawn
+/// with a fixed seed); of equals the one that moves the markers less wins. The best is fitted to
+/// the pairs that agree with it, order by order, until these stay the same. The identity without
 /// candidates.
 PolyTransform consensus_mapping(std::span<const MarkerPair> candidates, int coefficients,
                                 const Evidence& evidence, const Window& window);

@@ -87,11 +87,10 @@ void judge_residuals(MarkerMatch& match, int coefficients) {
     }
     match.poor = match.poor || match.mean_square_error > poor_alignment_rms;
     if (match.poor)
-        match.notes.push_back("Poorly aligned: the markers' root mean square error is " +
-                              format_general(match.mean_square_error, 3) + " px" +
-                              (match.mean_square_error > poor_alignment_rms
-                                   ? ""
-                                   : ", but too few pairs agree"));
+        match.notes.push_back(
+            "Poorly aligned: the markers' root mean square error is " +
+            format_general(match.mean_square_error, 3) + " px" +
+            (match.mean_square_error > poor_alignment_rms ? "" : ", but too few pairs agree"));
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ struct MarkerMatch {
     int moved_count = 0;
     bool different_counts = false;  ///< the sets have different numbers of active markers
     bool underdetermined = false;
-    bool poor = false;  ///< not to be trusted: a large error, or pairs that do not agree
-    double mean_square_error = 0;    ///< root of the mean of the squared distances
+    bool poor = false;             ///< not to be trusted: a large error, or pairs that do not agree
+    double mean_square_error = 0;  ///< root of the mean of the squared distances
     double mean_absolute_error = 0;  ///< mean of the distances
     double max_absolute_error = 0;
     int max_error_marker = 0;  ///< number (id) of that marker
@@ -45,7 +45,8 @@ inline constexpr double poor_alignment_rms = 2;
 
 /// Pairs the markers, fits the mapping that takes a reference pixel to the moved image's pixel, and
 /// measures its residuals. Notes tell of a worst residual above one pixel or five times the median,
-/// and of markers far from where the others put them. Fails when pairing fails, 2 * pairs < coefficients, or the fit fails.
+/// and of markers far from where the others put them. Fails when pairing fails, 2 * pairs <
+/// coefficients, or the fit fails.
 MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
                           const MarkerMatchOptions& options);
 

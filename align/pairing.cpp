@@ -61,8 +61,8 @@ std::vector<MarkerPair> pair_by_neighbour(const std::vector<Marker>& reference,
     std::vector<Point> predicted;
     std::vector<Point> found;
     for (std::size_t i = 0; i < std::max(reference.size(), moved.size()); ++i) {
-        if (i < fixed && window.holds(apply_poly(mapping, position(reference[i])),
-                                      position(moved[i]))) {
+        if (i < fixed &&
+            window.holds(apply_poly(mapping, position(reference[i])), position(moved[i]))) {
             pairs.push_back(make_pair(reference[i], moved[i]));
             continue;
         }
@@ -73,8 +73,7 @@ std::vector<MarkerPair> pair_by_neighbour(const std::vector<Marker>& reference,
         if (i < moved.size()) found.push_back(position(moved[i]));
     }
     for (const IndexPair& pair : mutual_nearest(predicted, found, NearestFinder(found), window))
-        pairs.push_back(
-            {position(*from[pair.first]), found[pair.second], from[pair.first]->id});
+        pairs.push_back({position(*from[pair.first]), found[pair.second], from[pair.first]->id});
     return pairs;
 }
 
@@ -165,8 +164,7 @@ void pair_neighbours(const std::vector<Marker>& reference, const std::vector<Mar
     evidence.agreeing = [&](const PolyTransform& map) {
         return pair_by_neighbour(reference, moved, first.size(), map, window);
     };
-    const PolyTransform mapping =
-        consensus_mapping(first, options.coefficients, evidence, window);
+    const PolyTransform mapping = consensus_mapping(first, options.coefficients, evidence, window);
     pairing.pairs = pair_by_neighbour(reference, moved, first.size(), mapping, window);
     note_outside(first, mapping, window,
                  {pairing.pairs.size(), std::min(reference.size(), moved.size())}, pairing);

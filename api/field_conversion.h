@@ -7,8 +7,8 @@
 
 namespace vyn {
 
-/// Which quantity a field holds. `kept` stands for a name that no quantity has: the law is prepared,
-/// but its values are those of the ratio, less what is not finite.
+/// Which quantity a field holds. `kept` stands for a name that no quantity has: the law is
+/// prepared, but its values are those of the ratio, less what is not finite.
 enum class FieldQuantity { pressure, p_over_static, cp, ratio, kept };
 
 /// As an image of it states it.

@@ -94,8 +94,8 @@ class image : public ImageAttributes {
     /// The same for values, mask and region.
     bool shares_planes_with(const image& other) const;
 
-    /// Markers, or mask and region, are now as the image's files have them. Copies of the image know
-    /// it.
+    /// Markers, or mask and region, are now as the image's files have them. Copies of the image
+    /// know it.
     void note_markers_saved() { saved_markers_ = markers; }
     void note_mask_saved();
     /// True when they differ from what was noted; false when nothing was.

@@ -3,9 +3,9 @@
 #include <system_error>
 
 #include <dlfcn.h>
+#include <fnmatch.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <fnmatch.h>
 
 #include "api/image_io.h"
 #include "core/log.h"

@@ -80,6 +80,11 @@ void Application::show_error(const QString& text) {
 
 bool Application::notify(QObject* receiver, QEvent* event) {
     try {
+        // File names in the texts of boxes are no markup.
+        if (event->type() == QEvent::Polish)
+            if (auto* box = qobject_cast<QMessageBox*>(receiver);
+                box && box->textFormat() == Qt::AutoText)
+                box->setTextFormat(Qt::PlainText);
         return QApplication::notify(receiver, event);
     } catch (...) {
         if (goes_on_)

@@ -28,8 +28,9 @@ struct InSituOutcome {
     std::string reason;   ///< why not and what to do about it, for the user
 };
 
-/// Reads the ports' markers (`image_height` in pixels, of the ratio image) and looks whether they can
-/// be calibrated with. What is wrong is logged and comes back as an outcome without calibration.
+/// Reads the ports' markers (`image_height` in pixels, of the ratio image) and looks whether they
+/// can be calibrated with. What is wrong is logged and comes back as an outcome without
+/// calibration.
 std::optional<InSituOutcome> read_ports(const std::string& port_file, int image_height,
                                         MarkerSet& ports);
 

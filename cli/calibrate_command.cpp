@@ -54,8 +54,7 @@ std::shared_ptr<const image> compute_ratio(const CalibrateOptions& options, Sess
                  runner.failure());
     const TaskOutcome outcome = runner.run(calculate(Goal::ratio, session, report));
     require_done(outcome, runner.failure());
-    if (outcome == TaskOutcome::done_with_errors)
-        throw std::runtime_error(unaligned_text(*report));
+    if (outcome == TaskOutcome::done_with_errors) throw std::runtime_error(unaligned_text(*report));
     auto ratio = session.images.find(image_names::ratio);
     if (!ratio) throw std::runtime_error(missing_input({session.data, session.images}));
     return ratio;

@@ -56,8 +56,8 @@ class Console {
 Console& console();
 
 /// Makes the standard streams safe to use: a closed one fails on writing instead of lending its
-/// number to the next file, and a broken pipe, and a file that may grow no further, is an error instead of a signal. For the start of
-/// main.
+/// number to the next file, and a broken pipe, and a file that may grow no further, is an error
+/// instead of a signal. For the start of main.
 void prepare_standard_streams();
 
 /// Writes to standard output and flushes. Raises FileError when not everything arrived.

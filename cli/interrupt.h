@@ -4,8 +4,8 @@
 
 namespace vyn::cli {
 
-/// While it lives, the first SIGINT, SIGTERM or SIGHUP only sets a mark; a second one of the same kind ends
-/// the program at once. One object at a time.
+/// While it lives, the first SIGINT, SIGTERM or SIGHUP only sets a mark; a second one of the same
+/// kind ends the program at once. One object at a time.
 class InterruptGuard {
   public:
     InterruptGuard();

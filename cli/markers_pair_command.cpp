@@ -35,8 +35,10 @@ std::string pair_lines(const MarkerMatch& match) {
 }
 
 ExitStatus pair(const PairOptions& options) {
-    const MarkerSet wind_off = read_marker_file(options.wind_off, height_for(options.wind_off, options.height));
-    const MarkerSet wind_on = read_marker_file(options.wind_on, height_for(options.wind_on, options.height));
+    const MarkerSet wind_off =
+        read_marker_file(options.wind_off, height_for(options.wind_off, options.height));
+    const MarkerSet wind_on =
+        read_marker_file(options.wind_on, height_for(options.wind_on, options.height));
     const MarkerMatch match = match_markers(
         wind_off, wind_on, {.order = options.order, .box = options.box, .by_geometry = true});
     if (!match.ok) throw AlgoError("Pairing failed!", match.failure);

@@ -151,9 +151,9 @@ void write_html(const RunOptions& options, Session session, RunReport report,
     const std::shared_ptr<const PointReport> result = task->result();
     const TaskOutcome outcome = runner.run(job_of(std::move(task)));
     if (outcome != TaskOutcome::done)
-        throw std::runtime_error(
-            "the page could not be made: " +
-            (outcome == TaskOutcome::aborted ? "interrupted" : runner.failure()));
+        throw std::runtime_error("the page could not be made: " + (outcome == TaskOutcome::aborted
+                                                                       ? "interrupted"
+                                                                       : runner.failure()));
     write_file(options.html, html_report(*result));
 }
 

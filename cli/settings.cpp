@@ -46,10 +46,10 @@ void check_output(const std::filesystem::path& file, Overwriting overwriting) {
 std::unique_ptr<FileLock> lock_project(const std::filesystem::path& file) {
     auto lock = std::make_unique<FileLock>(project_lock(file));
     if (lock->state() == FileLock::State::taken)
-        throw StateError("State error!", file.string() + " is open elsewhere (" +
-                                             (lock->holder().empty() ? "by another user"
-                                                                     : lock->holder()) +
-                                             "); nothing was written");
+        throw StateError("State error!",
+                         file.string() + " is open elsewhere (" +
+                             (lock->holder().empty() ? "by another user" : lock->holder()) +
+                             "); nothing was written");
     return lock;
 }
 

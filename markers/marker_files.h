@@ -37,7 +37,6 @@ MarkerFileResult read_markers(const std::string& file_name, MarkerSet& set, int 
 
 /// The same for markers of an image: a set with markers but without a usable x or y column is
 /// malformed, and the detail says what is wrong with the column.
-MarkerFileResult read_image_markers(const std::string& file_name, MarkerSet& set,
-                                    int image_height);
+MarkerFileResult read_image_markers(const std::string& file_name, MarkerSet& set, int image_height);
 
 }  // namespace vyn

@@ -84,8 +84,8 @@ MarkerFileResult parse_markers(const std::string& file_name, const std::string& 
     }
     result.detail += " (line " + std::to_string(line_of(text, tokens[next])) +
                      ") is incomplete or not a number; reading stopped there";
-    const auto end = tokens.begin() + static_cast<std::ptrdiff_t>(
-                                          std::min(next + fields, tokens.size()));
+    const auto end =
+        tokens.begin() + static_cast<std::ptrdiff_t>(std::min(next + fields, tokens.size()));
     for (auto token = tokens.begin() + static_cast<std::ptrdiff_t>(next); token != end; ++token)
         if (!parse_coordinate(*token)) {
             result.detail += ": " + number_in_quotes(*token);

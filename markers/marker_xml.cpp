@@ -203,7 +203,8 @@ std::size_t first_not_finite(const std::vector<Marker>& markers) {
 MarkerFileResult from_xml(const std::string& file_name, const XmlElement& root,
                           std::size_t file_bytes, MarkerSet& set) {
     if (root.name != "ObjectMarkers")
-        return malformed(file_name, "the root element is not ObjectMarkers but " + in_quotes(root.name));
+        return malformed(file_name,
+                         "the root element is not ObjectMarkers but " + in_quotes(root.name));
     const std::optional<std::size_t> count = marker_count(root, file_bytes);
     if (!count) return malformed(file_name, "NodesNumber is no count that the file can hold");
 

@@ -104,8 +104,9 @@ TaskOutcome BasicPage::run(const std::shared_ptr<Job>& job) {
                 tr("Done in %1 s.").arg(static_cast<double>(clock.elapsed()) / 1000, 0, 'f', 1);
             break;
         case TaskOutcome::done_with_errors:
-            last_run_ = tr("Done, but %1").arg(
-                QString::fromStdString(report_ ? unaligned_text(*report_) : "with errors"));
+            last_run_ = tr("Done, but %1")
+                            .arg(QString::fromStdString(report_ ? unaligned_text(*report_)
+                                                                : "with errors"));
             break;
         case TaskOutcome::failed:
             last_run_ = tr("Failed: %1").arg(failure.isEmpty() ? tr("see the log") : failure);
@@ -221,21 +222,22 @@ bool BasicPage::may_replace_input(const InputFile& input) {
     for (const auto& picture : unsaved_pictures(get_images())) {
         const bool own = picture->name == input.image;
         const bool result = !input_of_image(picture->name);
-        const bool goes = camera ? own || result
-                                 : own && ((input.role == InputFile::Role::markers &&
-                                            picture->has_unsaved_markers()) ||
-                                           (input.role == InputFile::Role::mask &&
-                                            (picture->has_unsaved_mask() ||
-                                             picture->has_unsaved_markers())));
+        const bool goes =
+            camera
+                ? own || result
+                : own &&
+                      ((input.role == InputFile::Role::markers && picture->has_unsaved_markers()) ||
+                       (input.role == InputFile::Role::mask &&
+                        (picture->has_unsaved_mask() || picture->has_unsaved_markers())));
         if (goes) drawn << QString::fromStdString(image_label(type_, picture->name));
     }
     return drawn.isEmpty() ||
-           QMessageBox::question(this, tr("Image file"),
-                                 tr("Markers or masks drawn on these images are in no file and will "
-                                    "be lost:\n%1\nGo on all the same?")
-                                     .arg(drawn.join(QStringLiteral(", "))),
-                                 QMessageBox::Yes | QMessageBox::No,
-                                 QMessageBox::No) == QMessageBox::Yes;
+           QMessageBox::question(
+               this, tr("Image file"),
+               tr("Markers or masks drawn on these images are in no file and will "
+                  "be lost:\n%1\nGo on all the same?")
+                   .arg(drawn.join(QStringLiteral(", "))),
+               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
 
 void BasicPage::save_markers(const InputFile& input) {
@@ -243,9 +245,8 @@ void BasicPage::save_markers(const InputFile& input) {
     if (!picture) return;
     const QString file = ask_marker_file_to_save(this, *picture, /*is_project_image=*/true);
     if (file.isEmpty()) return;
-    attempt(this, tr("Markers"), [&] {
-        save_image_markers(vyn_db(), get_images(), *picture, file.toStdString());
-    });
+    attempt(this, tr("Markers"),
+            [&] { save_image_markers(vyn_db(), get_images(), *picture, file.toStdString()); });
     watcher_->look();
     Q_EMIT project_changed();
 }

@@ -25,8 +25,9 @@ QString html_of(const LawConditions& conditions) {
     for (const std::string& remark : conditions.remarks)
         html += QStringLiteral("<p>&#9888; %1.</p>").arg(escaped(remark));
     if (conditions.lines.empty()) return html;
-    html += QStringLiteral("<table><tr><td></td><td align=right>&nbsp;&nbsp;%1</td><td></td>"
-                           "<td>%2</td></tr>")
+    html += QStringLiteral(
+                "<table><tr><td></td><td align=right>&nbsp;&nbsp;%1</td><td></td>"
+                "<td>%2</td></tr>")
                 .arg(QObject::tr("entered"), QObject::tr("number in the law"));
     for (const LawConditions::Line& line : conditions.lines)
         html += row_of(line);

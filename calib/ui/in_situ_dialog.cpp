@@ -190,8 +190,7 @@ void form_calibr_single::refresh_ports() {
     const std::string file = edt_mrk_file->text().isEmpty() ? std::string() : port_file();
     attempt(this, caption(), [&] {
         if (file.empty()) return;
-        const MarkerFileResult read =
-            read_image_markers(file, ports, ratio ? ratio->height() : 0);
+        const MarkerFileResult read = read_image_markers(file, ports, ratio ? ratio->height() : 0);
         if (!read) throw FileError("File error!", read.detail);
     });
     ports_.set_ports(std::move(ports), spn_approx->value());

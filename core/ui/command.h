@@ -34,8 +34,8 @@ std::string ask_save_file(QWidget* parent, const FileQuestion& question);
 /// when there was none.
 bool run_logged(const std::function<void()>& work);
 
-/// What to tell the user of the exception that is being handled; errors that do not stand in the log
-/// yet are written there.
+/// What to tell the user of the exception that is being handled; errors that do not stand in the
+/// log yet are written there.
 QString text_of_exception();
 
 }  // namespace vyn

@@ -12,12 +12,12 @@ namespace vyn {
 
 /// What a page shows in the row of an input file.
 struct RowState {
-    std::string file;     ///< as the setting names it; empty: none
-    std::string path;     ///< where it is; empty: nowhere
-    std::string note;     ///< what was read from it: "640 x 480", "25 markers"
-    std::string problem;  ///< why it needs attention; may be empty
+    std::string file;      ///< as the setting names it; empty: none
+    std::string path;      ///< where it is; empty: nowhere
+    std::string note;      ///< what was read from it: "640 x 480", "25 markers"
+    std::string problem;   ///< why it needs attention; may be empty
     bool unsaved = false;  ///< markers are drawn that no file holds
-    bool loaded = false;  ///< its image, or the image that it belongs to, is in the list
+    bool loaded = false;   ///< its image, or the image that it belongs to, is in the list
 };
 
 struct ResultEntry {

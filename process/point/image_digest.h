@@ -11,8 +11,8 @@ namespace vyn {
 /// 64 bits, hexadecimal).
 std::string marker_digest(const MarkerSet& set);
 
-/// Of the exclusion mask and of what the region of interest leaves out beside it; remembered as long as the image lives, so asking again costs nothing. May
-/// be called from any thread.
+/// Of the exclusion mask and of what the region of interest leaves out beside it; remembered as
+/// long as the image lives, so asking again costs nothing. May be called from any thread.
 std::string mask_digest(const std::shared_ptr<const image>& picture);
 
 }  // namespace vyn

@@ -22,8 +22,8 @@ std::string lens_warning(const dataSetInterface& data, const RawImage& raw, cons
     if ((camera.a2 == 0 && camera.a4 == 0) || centred) return {};
     return std::string(raw.name) + ": the lens has a distortion, but its centre (" +
            format_general(camera.cx, 6) + ", " + format_general(camera.cy, 6) +
-           ") is not in the picture; set " + tree + "cx and " + tree +
-           "cy, in the middle to " + format_general((picture.width() - 1) / 2.0, 6) + " and " +
+           ") is not in the picture; set " + tree + "cx and " + tree + "cy, in the middle to " +
+           format_general((picture.width() - 1) / 2.0, 6) + " and " +
            format_general((picture.height() - 1) / 2.0, 6);
 }
 

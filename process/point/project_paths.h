@@ -28,8 +28,8 @@ std::filesystem::path find_input(const dataSetInterface& data, const std::string
                                  std::string_view key);
 
 /// For a project file that is written to a folder: names relative to the old folder (empty when
-/// there was none) become relative to the new one (full where there is no way), and so do full names
-/// in or below the new folder. Names of output files stay.
+/// there was none) become relative to the new one (full where there is no way), and so do full
+/// names in or below the new folder. Names of output files stay.
 void rebase_names(dataSetInterface& data, const std::filesystem::path& old_folder,
                   const std::filesystem::path& new_folder);
 

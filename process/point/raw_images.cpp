@@ -21,21 +21,21 @@ namespace names = image_names;
 const std::array<RawImage, 4>& raw_images() {
     static const std::array<RawImage, 4> table{{
         {names::wind_off_sens, names::wind_off_dark_sens, names::flat_sens,
-         keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file, keys::wind_off_sens_region_file,
-         keys::wind_off_sens_dark_file, keys::wind_off_sens_dark, keys::sens_camera,
-         names::wind_off_sens_cor, nullptr},
+         keys::wind_off_sens_file, keys::wind_off_sens_mark_file, keys::wind_off_sens_mask_file,
+         keys::wind_off_sens_region_file, keys::wind_off_sens_dark_file, keys::wind_off_sens_dark,
+         keys::sens_camera, names::wind_off_sens_cor, nullptr},
         {names::wind_on_sens, names::wind_on_dark_sens, names::flat_sens, keys::wind_on_sens_file,
-         keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_region_file, keys::wind_on_sens_dark_file,
-         keys::wind_on_sens_dark, keys::sens_camera, names::wind_on_sens_cor,
-         names::wind_on_sens_aligned},
+         keys::wind_on_sens_mark_file, keys::wind_on_sens_mask_file, keys::wind_on_sens_region_file,
+         keys::wind_on_sens_dark_file, keys::wind_on_sens_dark, keys::sens_camera,
+         names::wind_on_sens_cor, names::wind_on_sens_aligned},
         {names::wind_off_refe, names::wind_off_dark_refe, names::flat_refe,
-         keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file, keys::wind_off_refe_region_file,
-         keys::wind_off_refe_dark_file, keys::wind_off_refe_dark, keys::refe_camera,
-         names::wind_off_refe_cor, nullptr},
+         keys::wind_off_refe_file, keys::wind_off_refe_mark_file, keys::wind_off_refe_mask_file,
+         keys::wind_off_refe_region_file, keys::wind_off_refe_dark_file, keys::wind_off_refe_dark,
+         keys::refe_camera, names::wind_off_refe_cor, nullptr},
         {names::wind_on_refe, names::wind_on_dark_refe, names::flat_refe, keys::wind_on_refe_file,
-         keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_region_file, keys::wind_on_refe_dark_file,
-         keys::wind_on_refe_dark, keys::refe_camera, names::wind_on_refe_cor,
-         names::wind_on_refe_aligned},
+         keys::wind_on_refe_mark_file, keys::wind_on_refe_mask_file, keys::wind_on_refe_region_file,
+         keys::wind_on_refe_dark_file, keys::wind_on_refe_dark, keys::refe_camera,
+         names::wind_on_refe_cor, names::wind_on_refe_aligned},
     }};
     return table;
 }

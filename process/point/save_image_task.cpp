@@ -38,7 +38,8 @@ TaskOutcome SaveImageTask::run(TaskContext& context) {
 
 std::vector<std::filesystem::path> named_field_files(const dataSetInterface& data) {
     const std::filesystem::path folder = output_folder(data);
-    return {folder / read(data, keys::pressure_file), folder / read(data, keys::pressure_mark_file)};
+    return {folder / read(data, keys::pressure_file),
+            folder / read(data, keys::pressure_mark_file)};
 }
 
 std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
@@ -59,10 +60,10 @@ void set_aside(const std::filesystem::path& markers) {
     const std::filesystem::path old = markers.string() + ".old";
     std::filesystem::rename(markers, old, failed);
     get_log().write(LogLevel::information,
-                    failed ? markers.string() + " belongs to another field and could not be renamed"
-                           : "The field has no markers; " + markers.string() +
-                                 " belongs to another one and is " + old.filename().string() +
-                                 " now");
+                    failed
+                        ? markers.string() + " belongs to another field and could not be renamed"
+                        : "The field has no markers; " + markers.string() +
+                              " belongs to another one and is " + old.filename().string() + " now");
 }
 
 }  // namespace

@@ -252,7 +252,8 @@ void write_ims_strings(const fs::path& file, const ImsData& ims, Progress& progr
                         scratch / (std::to_string(i) + ".imp"), file);
     throw_if_aborted(progress);
     zip_register_cancel_callback_with_state(
-        archive.get(), [](zip_t*, void* state) { return static_cast<Progress*>(state)->aborted() ? 1 : 0; },
+        archive.get(),
+        [](zip_t*, void* state) { return static_cast<Progress*>(state)->aborted() ? 1 : 0; },
         nullptr, &progress);
     if (zip_close(archive.get()) != 0) {
         throw_if_aborted(progress);

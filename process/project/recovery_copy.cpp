@@ -55,8 +55,7 @@ void exchange(const fs::path& fresh, const fs::path& old) {
     std::error_code problem;
     fs::remove_all(old, problem);
     fs::rename(fresh, old, problem);
-    if (problem)
-        throw FileError("Error writing file", old.string() + ": " + problem.message());
+    if (problem) throw FileError("Error writing file", old.string() + ": " + problem.message());
 }
 
 /// The pictures of a copy: where they belong, or complete ones that did not get there any more.
@@ -91,7 +90,8 @@ RecoveryCopy::RecoveryCopy(const fs::path& folder) {
         return lock_->state() == FileLock::State::taken || fs::exists(file_, ignored);
     };
     for (int i = 0; !lock_ || taken(); ++i) {
-        file_ = folder / (std::string(copy_prefix) + std::to_string(getpid()) + "-" + std::to_string(i) + ".xml");
+        file_ = folder / (std::string(copy_prefix) + std::to_string(getpid()) + "-" +
+                          std::to_string(i) + ".xml");
         lock_ = std::make_unique<FileLock>(lock_of(file_));
     }
 }

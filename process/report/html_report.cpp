@@ -146,7 +146,8 @@ std::string alignments(const PointCheck& check) {
                        pixels(match.max_absolute_error), std::to_string(match.max_error_marker)});
         else
             table.add({what, std::to_string(match.pairs.size()), match.failure, "", ""});
-    std::string html = heading("Alignment") + (check.unaligned.empty() ? paragraph(verdict(check)) : alarm(check));
+    std::string html =
+        heading("Alignment") + (check.unaligned.empty() ? paragraph(verdict(check)) : alarm(check));
     if (!check.alignments.empty()) html += table.html();
     if (check.consistency)
         html += paragraph("Consistency of the channels' alignments: root mean square " +

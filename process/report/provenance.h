@@ -24,7 +24,8 @@ enum class ProvenanceDetail { full, anonymous };
 /// For the whole program, before it starts to write.
 void set_provenance_detail(ProvenanceDetail detail);
 
-/// A text for a report of the point: without the folders of its files where these are not to be told.
+/// A text for a report of the point: without the folders of its files where these are not to be
+/// told.
 std::string for_report(std::string text, const dataSetInterface& data, const imagesList& images);
 
 }  // namespace vyn

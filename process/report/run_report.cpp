@@ -56,8 +56,7 @@ bool poorly_aligned(const RunReport& report) {
 std::string unaligned_text(const RunReport& report) {
     const bool failed = report.aligned == false;
     if (!failed && !poorly_aligned(report)) return {};
-    std::string text =
-        failed ? "the images could not be aligned" : "the images are poorly aligned";
+    std::string text = failed ? "the images could not be aligned" : "the images are poorly aligned";
     const auto reason = std::ranges::find_if(
         report.warnings.rbegin(), report.warnings.rend(), [](const Warning& warning) {
             return warning.kind == WarningKind::alignment || warning.kind == WarningKind::markers;

@@ -95,12 +95,9 @@ json to_json(const MarkerMatch& match) {
             entry["residual"] = {match.residuals[i].x, match.residuals[i].y};
         pairs.push_back(std::move(entry));
     }
-    json result{{"reference_markers", match.reference_count},
-                {"moved_markers", match.moved_count},
-                {"pair_count", match.pairs.size()},
-                {"pairs", std::move(pairs)},
-                {"underdetermined", match.underdetermined},
-                {"poor", match.poor}};
+    json result{{"reference_markers", match.reference_count}, {"moved_markers", match.moved_count},
+                {"pair_count", match.pairs.size()},           {"pairs", std::move(pairs)},
+                {"underdetermined", match.underdetermined},   {"poor", match.poor}};
     json orders = json::array();
     for (const std::optional<double>& error : match.orders.leave_one_out)
         orders.push_back(error ? json(*error) : json());

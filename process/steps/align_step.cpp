@@ -23,12 +23,12 @@ void warn_of_markers_outside(const image& picture, RunReport& report) {
                                   marker.y < picture.height());
     });
     if (outside == 0) return;
-    const Warning outside_image{WarningKind::markers,
-                                picture.name + ": " +
-                                    (outside == active ? "all " + std::to_string(active)
-                                                       : std::to_string(outside) + " of " +
-                                                             std::to_string(active)) +
-                                    " markers lie outside the image; look at its marker file"};
+    const Warning outside_image{
+        WarningKind::markers,
+        picture.name + ": " +
+            (outside == active ? "all " + std::to_string(active)
+                               : std::to_string(outside) + " of " + std::to_string(active)) +
+            " markers lie outside the image; look at its marker file"};
     // Wind-off pictures take part in two alignments.
     if (std::ranges::find(report.warnings, outside_image) == report.warnings.end())
         warn(report, outside_image.kind, outside_image.text);
@@ -172,8 +172,8 @@ TaskOutcome align_by_markers(const StepRun& run) {
         mapping(*signal_off, *signal_on, match_options(data), report, report.alignment);
     run.alignment.from_frame[1] = path_through({signal_map});
     // The texture may still align what the markers do not.
-    run.alignment.copied = !signal_map && !reference_off && alone &&
-                           copy_accepted(report.alignment, run.context);
+    run.alignment.copied =
+        !signal_map && !reference_off && alone && copy_accepted(report.alignment, run.context);
     report.copied = run.alignment.copied;
     if (!signal_map && !report.copied) mark_failed(report);
     if (!reference_off) return TaskOutcome::done;

@@ -83,7 +83,8 @@ TaskOutcome correct_picture(const StepRun& run, std::size_t picture) {
     context.status("Calculating corrected image");
     report_part(correction.use_dark, correction.dark, "Substracting dark image", "a dark image");
     report_part(correction.use_flat, correction.flat, "Applying flat-field image", "a flat field");
-    for (const Warning& warning : picture_warnings(run.session.data, raw_images()[picture], *source))
+    for (const Warning& warning :
+         picture_warnings(run.session.data, raw_images()[picture], *source))
         warn(run.report, warning.kind, warning.text);
     image corrected = corrected_intensity(correction, *source, run.session, context);
     if (source->has_region()) corrected.share_region(*source);

@@ -23,8 +23,8 @@ PreparedConversion prepare(const StepRun& run, FieldQuantity quantity, WindOffRu
     read(data, std::string(keys::flow), flow);
     PreparedConversion prepared = prepare_conversion(quantity, paint, flow, rule);
     // The conversion has complained of every name that its tables lack, the right ones among them.
-    const std::vector<std::string> wrong = unit_warnings(
-        paint, flow, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
+    const std::vector<std::string> wrong =
+        unit_warnings(paint, flow, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
     for (const std::string& text : wrong)
         warn(run.report, WarningKind::conditions, text);
     if (wrong.empty())

@@ -1,9 +1,8 @@
 #include "process/steps/image_origin.h"
 
-#include <vector>
-
 #include <fstream>
 #include <system_error>
+#include <vector>
 
 #include "core/errors.h"
 #include "core/keys.h"

@@ -142,12 +142,12 @@ std::vector<Warning> condition_warnings(const PreparedConversion& prepared, Wind
                                                            {"wind_on_t", flow.wind_on_t}};
     for (const auto& [name, value] : temperatures)
         if (!(value >= paint.minimal_temperature && value <= paint.maximal_temperature))
-            warnings.push_back({WarningKind::paint_range,
-                                std::string(keys::flow) + name + " enters the law as " +
-                                    general(value) + ", outside the paint's range " +
-                                    general(paint.minimal_temperature) + " to " +
-                                    general(paint.maximal_temperature) + "; check the unit names: " +
-                                    paint.temperature_unit + " takes temperatures as they stand"});
+            warnings.push_back(
+                {WarningKind::paint_range,
+                 std::string(keys::flow) + name + " enters the law as " + general(value) +
+                     ", outside the paint's range " + general(paint.minimal_temperature) + " to " +
+                     general(paint.maximal_temperature) + "; check the unit names: " +
+                     paint.temperature_unit + " takes temperatures as they stand"});
     return warnings;
 }
 

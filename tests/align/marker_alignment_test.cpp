@@ -82,8 +82,8 @@ TEST(MarkerMatch, FailuresAndWindow) {
         EXPECT_THAT(none.notes, testing::ElementsAre("Different count of 'align' markers"));
         EXPECT_EQ(none.reference_count, 4);
         EXPECT_EQ(none.moved_count, 5);
-        EXPECT_THAT(report_lines(none, "a", "b"), testing::Not(testing::Contains(
-                                                      testing::HasSubstr("error"))));
+        EXPECT_THAT(report_lines(none, "a", "b"),
+                    testing::Not(testing::Contains(testing::HasSubstr("error"))));
     }
     const MarkerMatch method = match_markers(markers(5), markers(5), {.link = 2});
     EXPECT_FALSE(method.ok);

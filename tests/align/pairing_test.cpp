@@ -143,9 +143,9 @@ TEST_P(PairingOfWrongLists, FollowsTheMarkersThatAgree) {
     if (mistake.mirrored)
         for (Marker& marker : moved.markers)
             marker.x = 700 - marker.x;
-    const Pairing pairing = pair_markers(
-        reference, moved,
-        {.link = mistake.link, .fix_first = mistake.fix_first, .coefficients = 3});
+    const Pairing pairing =
+        pair_markers(reference, moved,
+                     {.link = mistake.link, .fix_first = mistake.fix_first, .coefficients = 3});
     EXPECT_EQ(pairing.doubtful, mistake.doubtful);
     EXPECT_EQ(pairing.pairs.size(), mistake.pairs);
     EXPECT_EQ(pairing.notes.empty(), mistake.swapped.empty());

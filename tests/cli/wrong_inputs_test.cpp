@@ -72,44 +72,66 @@ const auto in_file = [](const char* file, std::string old, std::string with) {
 
 INSTANTIATE_TEST_SUITE_P(
     Points, WrongInputs,
-    testing::Values(
-        WrongInput{"swapped_numbers",
-                   in_file("wind_on.mrk", "        1    2    3", "        3    2    1"),
-                   0,
-                   {"Marker No 1 is 5", "Marker No 3 is 5", "left out"}},
-        WrongInput{"decimal_comma", in_file("wind_on.mrk", "41.3686", "41,3686"), 1,
-                   {"wind_on.mrk: column y", "41,3686", "decimal point"}},
-        WrongInput{"a_token_short", in_file("wind_on.mrk", "47.8001    ", ""), 1,
-                   {"wind_on.mrk: column x", "29 for 30"}},
-        WrongInput{"no_column", in_file("wind_on.mrk", "id=\"y\"", "id=\"why\""), 1,
-                   {"wind_on.mrk: there is no column y"}},
-        WrongInput{"text_cut_off", [](const auto& point) { markers_as_text(point, "7 8 0 O 1\n"); },
-                   0, {"wind_on.mpt: marker 31 (line 31)", "\"O\""}},
-        WrongInput{"value_without_type",
-                   in_file("project.xml", "<static_p type=\"double\" ", "<static_p "), 1,
-                   {"project.xml:", "<static_p>: a value without its type"}},
-        WrongInput{"misspelled_name", in_file("project.xml", "<mach ", "<mech "), 0,
-                   {"project/flow/mech", "did you mean"}},
-        WrongInput{"out_of_range",
-                   in_file("project.xml", "<markers_enable type=\"int\" value=\"1\"",
-                           "<markers_enable type=\"int\" value=\"7\""),
-                   0, {"markers_enable: \"7\" is not what it takes", "as it stands"}},
-        WrongInput{"not_finite", in_file("project.xml", "value=\"90000\"", "value=\"nan\""), 1,
-                   {"project/flow/static_p: nan"}},
-        WrongInput{"lens_without_centre",
-                   nothing, 0, {"119.5 and 89.5"},
-                   {"project/sens_cam/cx=0", "project/sens_cam/cy=0"}},
-        WrongInput{"quantity_unknown",
-                   in_file("project.xml", "value=\"Pressure\"", "value=\"Temperature\""), 0,
-                   {"convert/field: \"Temperature\" is not what it takes"}},
-        WrongInput{"saturated", nothing, 0, {"wind_off_sens: ", "saturated"},
-                   {"project/processing/saturation_level=30000"}},
-        WrongInput{"all_markers_outside",
-                   [](const auto& point) {
-                       put_file(point / "out.mpt", "900 10 0 0 1\n910 10 0 0 1\n900 20 0 0 1\n");
-                   },
-                   0, {"all 3 markers lie outside"},
-                   {"project/test_point/wind_on_sens_mark_file=out.mpt"}}),
+    testing::Values(WrongInput{"swapped_numbers",
+                               in_file("wind_on.mrk", "        1    2    3", "        3    2    1"),
+                               0,
+                               {"Marker No 1 is 5", "Marker No 3 is 5", "left out"}},
+                    WrongInput{"decimal_comma",
+                               in_file("wind_on.mrk", "41.3686", "41,3686"),
+                               1,
+                               {"wind_on.mrk: column y", "41,3686", "decimal point"}},
+                    WrongInput{"a_token_short",
+                               in_file("wind_on.mrk", "47.8001    ", ""),
+                               1,
+                               {"wind_on.mrk: column x", "29 for 30"}},
+                    WrongInput{"no_column",
+                               in_file("wind_on.mrk", "id=\"y\"", "id=\"why\""),
+                               1,
+                               {"wind_on.mrk: there is no column y"}},
+                    WrongInput{"text_cut_off",
+                               [](const auto& point) { markers_as_text(point, "7 8 0 O 1\n"); },
+                               0,
+                               {"wind_on.mpt: marker 31 (line 31)", "\"O\""}},
+                    WrongInput{"value_without_type",
+                               in_file("project.xml", "<static_p type=\"double\" ", "<static_p "),
+                               1,
+                               {"project.xml:", "<static_p>: a value without its type"}},
+                    WrongInput{"misspelled_name",
+                               in_file("project.xml", "<mach ", "<mech "),
+                               0,
+                               {"project/flow/mech", "did you mean"}},
+                    WrongInput{"out_of_range",
+                               in_file("project.xml", "<markers_enable type=\"int\" value=\"1\"",
+                                       "<markers_enable type=\"int\" value=\"7\""),
+                               0,
+                               {"markers_enable: \"7\" is not what it takes", "as it stands"}},
+                    WrongInput{"not_finite",
+                               in_file("project.xml", "value=\"90000\"", "value=\"nan\""),
+                               1,
+                               {"project/flow/static_p: nan"}},
+                    WrongInput{"lens_without_centre",
+                               nothing,
+                               0,
+                               {"119.5 and 89.5"},
+                               {"project/sens_cam/cx=0", "project/sens_cam/cy=0"}},
+                    WrongInput{
+                        "quantity_unknown",
+                        in_file("project.xml", "value=\"Pressure\"", "value=\"Temperature\""),
+                        0,
+                        {"convert/field: \"Temperature\" is not what it takes"}},
+                    WrongInput{"saturated",
+                               nothing,
+                               0,
+                               {"wind_off_sens: ", "saturated"},
+                               {"project/processing/saturation_level=30000"}},
+                    WrongInput{"all_markers_outside",
+                               [](const auto& point) {
+                                   put_file(point / "out.mpt",
+                                            "900 10 0 0 1\n910 10 0 0 1\n900 20 0 0 1\n");
+                               },
+                               0,
+                               {"all 3 markers lie outside"},
+                               {"project/test_point/wind_on_sens_mark_file=out.mpt"}}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 /// Where the flat field of a camera record is looked for, in which order.
@@ -120,9 +142,8 @@ TEST(FlatField, LiesBesideItsCamerasRecord) {
     std::filesystem::create_directory(folder / "camera");
     replace_in(point / "project.xml", "\"camera.ini\"", "\"../camera/camera.ini\"");
     const auto flat = [&] {
-        const ProgramRun run =
-            run_program({"run", point / "project.xml", "-q", "--report", folder / "r.json",
-                         "--force"});
+        const ProgramRun run = run_program(
+            {"run", point / "project.xml", "-q", "--report", folder / "r.json", "--force"});
         EXPECT_EQ(run.status, 0) << run.err;
         std::string found;
         const auto report = nlohmann::json::parse(get_file(folder / "r.json"));
@@ -142,7 +163,8 @@ TEST(Container, KeepsFoundMarkers) {
     ASSERT_EQ(run_program({"sample", point, "--size", "240x180", "-q"}).status, 0);
     const auto run = [&](const std::string& project, const std::string& field,
                          std::vector<std::string> more) {
-        more.insert(more.begin(), {"run", project, "-q", "--save", "Iref=" + (folder / field).string()});
+        more.insert(more.begin(),
+                    {"run", project, "-q", "--save", "Iref=" + (folder / field).string()});
         const ProgramRun ended = run_program(more);
         EXPECT_EQ(ended.status, 0) << ended.err;
     };
@@ -162,8 +184,9 @@ TEST(SaveField, TouchesNoOtherFieldsFiles) {
     const std::filesystem::path point = folder / "point";
     ASSERT_EQ(run_program({"sample", point, "--size", "64x64", "-q"}).status, 0);
     put_file(point / "pressure.mrk", "another field's");
-    std::vector<std::string> arguments{"run", point / "project.xml", "-q", "--save-field", "--set",
-                                       "project/processing/align/markers_enable=0"};
+    std::vector<std::string> arguments{"run",   point / "project.xml",
+                                       "-q",    "--save-field",
+                                       "--set", "project/processing/align/markers_enable=0"};
     for (const char* kind : {"off", "on"})
         arguments.insert(arguments.end(), {"--set", "project/test_point/wind_" + std::string(kind) +
                                                         "_sens_mark_file="});

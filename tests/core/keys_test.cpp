@@ -51,7 +51,8 @@ TEST(Keys, SettingsOfOthersAreCheckedAndWholeNumbersAreNumbers) {
     data.set_modified(false);
     const std::vector<std::string> complaints = check_settings(data);
     ASSERT_EQ(complaints.size(), 4u);
-    EXPECT_THAT(complaints[0], HasSubstr("\"project/flow/mech\"; did you mean \"project/flow/mach"));
+    EXPECT_THAT(complaints[0],
+                HasSubstr("\"project/flow/mech\"; did you mean \"project/flow/mach"));
     EXPECT_THAT(complaints[1],
                 HasSubstr("markers_order: \"2\" is not what it takes, a whole number;"
                           " its default \"1\" is used"));

@@ -142,8 +142,8 @@ MarkerSet with_cells(MarkerSet set, std::size_t row, MarkerColumn column, std::s
             }
             const auto first = static_cast<std::size_t>(column);
             for (std::size_t k = 0; k < cells.size() && first + k < marker_columns; ++k) {
-                set.markers[target] = with_cell(set.markers[target],
-                                                static_cast<MarkerColumn>(first + k), cells[k]);
+                set.markers[target] =
+                    with_cell(set.markers[target], static_cast<MarkerColumn>(first + k), cells[k]);
                 set.hasF = set.hasF || first + k == static_cast<std::size_t>(MarkerColumn::value);
             }
         } catch (const AlgoError& error) {

@@ -17,8 +17,8 @@ inline constexpr int marker_columns = 5;
 /// comma. Lines without content are left out.
 std::vector<std::vector<std::string>> text_cells(std::string_view text);
 
-/// A marker's value as text, and the marker with the value that a text gives. Raises AlgoError naming
-/// the text and what it should be.
+/// A marker's value as text, and the marker with the value that a text gives. Raises AlgoError
+/// naming the text and what it should be.
 std::string marker_cell(const Marker& marker, MarkerColumn column);
 Marker with_cell(Marker marker, MarkerColumn column, const std::string& text);
 

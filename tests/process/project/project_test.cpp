@@ -286,15 +286,16 @@ TEST_F(ProjectTasks, ContainersThatUnpackToTooMuchAreRefused) {
     const std::string one = R"({"entry": "a.imp", "name": "a"})";
     const std::string zeros(std::size_t{80} << 20, '\0');
     for (const auto& [images, told] :
-         {std::pair{one + "," + one, "names the entry \"a.imp\" twice"}, {one, "unpacks to 80 MiB"}}) {
+         {std::pair{one + "," + one, "names the entry \"a.imp\" twice"},
+          {one, "unpacks to 80 MiB"}}) {
         const fs::path container = folder / "bomb.ims";
         fs::remove(container);
         const std::string header = R"({"format": 1, "images": [)" + images + "]}";
         zip_t* archive = zip_open(container.c_str(), ZIP_CREATE, nullptr);
-        for (const auto& [name, content] : {std::pair<const char*, const std::string&>{
-                                                "ims.json", header},
-                                            {"project.xml", header},
-                                            {"a.imp", zeros}})
+        for (const auto& [name, content] :
+             {std::pair<const char*, const std::string&>{"ims.json", header},
+              {"project.xml", header},
+              {"a.imp", zeros}})
             zip_file_add(archive, name,
                          zip_source_buffer(archive, content.data(), content.size(), 0), 0);
         ASSERT_EQ(zip_close(archive), 0);

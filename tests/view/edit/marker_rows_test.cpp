@@ -13,7 +13,8 @@ using testing::HasSubstr;
 MarkerSet ports() {
     MarkerSet set;
     set.hasX = set.hasY = true;
-    set.markers = {{.x = 1.5, .y = 2, .id = 1}, {.x = 3, .y = 4, .id = 2}, {.x = 5, .y = 6, .id = 7}};
+    set.markers = {
+        {.x = 1.5, .y = 2, .id = 1}, {.x = 3, .y = 4, .id = 2}, {.x = 5, .y = 6, .id = 7}};
     return set;
 }
 
@@ -53,9 +54,9 @@ TEST(MarkerRows, WhatIsNoValueIsRefusedByLine) {
           {MarkerColumn::number, "1.5", "no whole number"},
           {MarkerColumn::number, "2", "number 2 would stand twice"},
           {MarkerColumn::active, "1\nperhaps", "line 2"}})
-        EXPECT_THAT(test::error_of<AlgoError>(
-                        [&, c = column, t = text] { with_cells(ports(), 0, c, t); })
-                        .detail,
+        EXPECT_THAT(test::error_of<AlgoError>([&, c = column, t = text] {
+                        with_cells(ports(), 0, c, t);
+                    }).detail,
                     HasSubstr(told));
 }
 

@@ -1,8 +1,7 @@
 #include "view/ui/canvas/preparation.h"
 
-#include "core/ui/command.h"
-
 #include "api/image.h"
+#include "core/ui/command.h"
 
 namespace vyn {
 

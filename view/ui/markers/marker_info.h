@@ -22,7 +22,8 @@ class VynMarkerInfo : public QWidget {
     void go_next();
     /// Loads the panel from the current marker.
     void read();
-    /// Writes the edited values back. False when one is no number: it is marked and nothing changes.
+    /// Writes the edited values back. False when one is no number: it is marked and nothing
+    /// changes.
     bool accept();
 
   private:

@@ -104,8 +104,10 @@ void MarkerTable::edited(QTableWidgetItem* item) {
         for (const std::size_t row : rows)
             set.markers[row] = with_cell(set.markers[row], column, text);
         set.hasF = set.hasF || column == MarkerColumn::value;
-        if (column == MarkerColumn::number) edit.edit(*rows.begin(), set.markers[*rows.begin()]);
-        else edit.replace(std::move(set));
+        if (column == MarkerColumn::number)
+            edit.edit(*rows.begin(), set.markers[*rows.begin()]);
+        else
+            edit.replace(std::move(set));
     });
     if (!done) show_markers();
 }
@@ -140,13 +142,13 @@ void MarkerTable::paste() {
 }
 
 void MarkerTable::import_csv() {
-    const std::string file =
-        ask_open_file(this, {tr("Import CSV"), tr("Tables (*.csv *.txt);;All files (*)"), {},
-                             output_folder(vyn_db()).string()});
+    const std::string file = ask_open_file(this, {tr("Import CSV"),
+                                                  tr("Tables (*.csv *.txt);;All files (*)"),
+                                                  {},
+                                                  output_folder(vyn_db()).string()});
     if (file.empty()) return;
-    attempt(this, tr("Import CSV"), [&] {
-        put(markers_.markers().count(), 0, read_file(file, most_csv_bytes));
-    });
+    attempt(this, tr("Import CSV"),
+            [&] { put(markers_.markers().count(), 0, read_file(file, most_csv_bytes)); });
 }
 
 }  // namespace vyn

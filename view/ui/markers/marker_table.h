@@ -10,8 +10,8 @@ namespace vyn {
 class MarkerController;
 
 /// Every marker of the image as a line: number, place, value and whether it is active. Cells are
-/// edited in their place, sorted by a click on their head, pasted from a spreadsheet and read from a
-/// CSV file; a value typed into one of several selected cells of a column goes into all of them.
+/// edited in their place, sorted by a click on their head, pasted from a spreadsheet and read from
+/// a CSV file; a value typed into one of several selected cells of a column goes into all of them.
 class MarkerTable : public QWidget {
     Q_OBJECT
   public:
