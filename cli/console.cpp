@@ -11,6 +11,7 @@
 
 #include "core/errors.h"
 #include "core/numbers.h"
+#include "core/temporary_files.h"
 
 namespace vyn::cli {
 
@@ -94,7 +95,9 @@ void Console::finish() {
     const std::lock_guard lock(mutex_);
     clear_bar();
     for (const std::string& line : held_back_) {
-        const bool wanted = verbosity_ == GlobalOptions::Verbosity::verbose || !is_trace(line);
+        // An error of a temporary file was told as that of its target.
+        const bool wanted = verbosity_ == GlobalOptions::Verbosity::verbose ||
+                            (!is_trace(line) && !names_temporary(line));
         if (wanted && reported_.find(line) == std::string::npos) put(line);
     }
     held_back_.clear();

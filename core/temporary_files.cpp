@@ -51,6 +51,10 @@ fs::path temporary_name(const fs::path& folder, const std::string& extension) {
                      std::to_string(counter++) + extension);
 }
 
+bool names_temporary(std::string_view text) {
+    return text.starts_with(prefix) || text.find("/" + std::string(prefix)) != std::string::npos;
+}
+
 void remove_leftovers(const fs::path& folder) {
     std::error_code problem;
     for (fs::directory_iterator entry(folder.empty() ? "." : folder, problem), end;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
+#include <string_view>
 
 namespace vyn {
 
@@ -9,6 +11,9 @@ namespace vyn {
 /// the folder the first time that this program makes such a name there.
 std::filesystem::path temporary_name(const std::filesystem::path& folder,
                                      const std::string& extension = {});
+
+/// True for a text that tells of such a name, which means nothing to the user.
+bool names_temporary(std::string_view text);
 
 /// Removes temporary files and folders whose process is gone and that nobody has written to for an
 /// hour: on a shared disk the process may run on another machine.

@@ -3,6 +3,7 @@
 #include <QBoxLayout>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 
 #include "calib/ui/conditions_panel.h"
@@ -13,6 +14,7 @@
 #include "core/ui/command.h"
 #include "core/ui/icons.h"
 #include "process/point/project_paths.h"
+#include "process/project/new_project.h"
 
 namespace vyn {
 

@@ -161,7 +161,8 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     json stage_list = json::array();
     double total = 0;
     for (const StageTime& stage : stages) {
-        stage_list.push_back({{"name", stage.name}, {"seconds", stage.seconds}});
+        stage_list.push_back(
+            {{"name", for_report(stage.name, data, images)}, {"seconds", stage.seconds}});
         total += stage.seconds;
     }
     result["stages"] = std::move(stage_list);

@@ -5,7 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
+#include "core/file_lock.h"
+#include "process/point/project_paths.h"
 #include "tests/cli/program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -177,6 +180,46 @@ TEST(Container, KeepsFoundMarkers) {
         run_program({"compare", folder / "a.fits", folder / "b.fits", "--json"}).out);
     EXPECT_EQ(difference.at("max_error"), 0);
     EXPECT_GT(difference.at("count"), 20000);
+}
+
+TEST(Projects, ThatAreOpenElsewhereAreNotWritten) {
+    const TemporaryFolder folder;
+    const std::string project = folder / "p.xml";
+    ASSERT_EQ(run_program({"new", project}).status, 0);
+    const std::string before = get_file(project);
+    const FileLock window(project_lock(project));
+    for (const auto& arguments :
+         {std::vector<std::string>{"new", project, "--force", "--set", "project/flow/mach=0.8"},
+          {"run", project, "--save-project", project, "--force"}}) {
+        const ProgramRun run = run_program(arguments);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_THAT(run.err, HasSubstr("is open elsewhere (process " + std::to_string(getpid())));
+    }
+    EXPECT_EQ(get_file(project), before);
+}
+
+/// Neither images nor reports tell where they come from, and a quiet program is quiet.
+TEST(Anonymous, TellsNoPathsAndSettings) {
+    const TemporaryFolder folder;
+    const std::filesystem::path point = folder / "point";
+    ASSERT_EQ(run_program({"sample", point, "--size", "240x180", "-q"}).status, 0);
+    replace_in(point / "wind_on.mrk", "        1    2    3", "        3    2    1");
+    for (const bool anonymous : {false, true}) {
+        std::vector<std::string> arguments{"run",      point / "project.xml",
+                                           "-q",       "--force",
+                                           "--save",   "Iref=" + (folder / "r.tif").string(),
+                                           "--report", folder / "r.json",
+                                           "--html",   folder / "r.html"};
+        if (anonymous) arguments.emplace_back("--anonymous");
+        const ProgramRun run = run_program(arguments);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        for (const char* file : {"r.tif", "r.json", "r.html"}) {
+            const std::string text = get_file(folder / file);
+            EXPECT_EQ(text.find(folder.path().string()) == std::string::npos, anonymous) << file;
+        }
+        EXPECT_EQ(get_file(folder / "r.json").find("gamma11") == std::string::npos, anonymous);
+    }
 }
 
 TEST(SaveField, TouchesNoOtherFieldsFiles) {

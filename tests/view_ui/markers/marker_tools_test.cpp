@@ -1,7 +1,9 @@
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 #include "tests/support/dotted_image.h"
 #include "tests/view_ui/edit_fixture.h"
 #include "view/ui/markers/marker_info.h"
+#include "view/ui/markers/marker_table.h"
 
 namespace vyn {
 namespace {
@@ -208,6 +211,51 @@ TEST_F(MarkerTools, ThePanelShowsAndChangesTheCurrentMarker) {
     EXPECT_NEAR(*field("x")->number(), second.x, tolerance);
     panel->go_prev();
     EXPECT_EQ(field("number")->number(), 17);
+}
+
+TEST_F(MarkerTools, TheTableTakesPastedPressuresAndManyAtOnce) {
+    show_dots();
+    trigger("marker_add_mode");
+    click(50, 31);
+    click(20, 20);
+    auto* table = viewer->findChild<QTableWidget*>(QStringLiteral("marker_table"));
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(table->rowCount(), 2);
+    // Sorted by x the second marker comes first, and what is pasted follows the lines.
+    table->sortByColumn(1, Qt::AscendingOrder);
+    table->setCurrentCell(0, 3);
+    QGuiApplication::clipboard()->setText(QStringLiteral("98000\n97500,5\n"));
+    viewer->findChild<MarkerTable*>()->paste();
+    EXPECT_EQ(markers()[1].f, 98000);
+    EXPECT_EQ(markers()[0].f, 97500.5);
+    EXPECT_TRUE(published()->markers.hasF);
+    table->selectColumn(4);
+    table->item(0, 4)->setText(QStringLiteral("0"));
+    EXPECT_FALSE(markers()[0].active || markers()[1].active);
+    answer_box(QMessageBox::Ok);
+    table->item(0, 0)->setText(QStringLiteral("1"));
+    EXPECT_EQ(answered, 1) << "the number is taken";
+    EXPECT_EQ(markers()[1].id, 2);
+    trigger("undo");
+    EXPECT_TRUE(markers()[0].active && markers()[1].active) << "one step";
+}
+
+/// What was typed is kept when the panel goes on to the next marker.
+TEST_F(MarkerTools, ThePanelKeepsWhatWasTyped) {
+    show_dots();
+    trigger("marker_add_mode");
+    click(20, 20);
+    click(50, 31);
+    auto* panel = viewer->findChild<VynMarkerInfo*>();
+    auto* value = panel->findChild<NumberEdit*>(QStringLiteral("function"));
+    value->setText(QStringLiteral("5"));
+    panel->go_next();
+    value->setText(QStringLiteral("6"));
+    panel->go_prev();
+    EXPECT_EQ(markers()[1].f + markers()[0].f, 11);
+    value->setText(QStringLiteral("none"));
+    panel->go_next();
+    EXPECT_EQ(value->text(), QStringLiteral("none")) << "no number: it stays here";
 }
 
 TEST_F(MarkerTools, OptionsAreKeptOrDropped) {

@@ -77,11 +77,13 @@ VynMarkerInfo::VynMarkerInfo(MarkerController& markers)
     connect(prev_, &QPushButton::clicked, this, &VynMarkerInfo::go_prev);
     connect(next_, &QPushButton::clicked, this, &VynMarkerInfo::go_next);
     connect(apply_, &QPushButton::clicked, this, &VynMarkerInfo::accept);
-    for (NumberEdit* edit : {number_, x_, y_, f_})
-        // By the return key, and when the keyboard goes elsewhere.
-        connect(edit, &QLineEdit::editingFinished, this, [this, edit = edit] {
+    for (NumberEdit* edit : {number_, x_, y_, f_}) {
+        connect(edit, &QLineEdit::returnPressed, this, &VynMarkerInfo::accept);
+        // The keyboard goes elsewhere.
+        connect(edit, &QLineEdit::editingFinished, this, [this, edit] {
             if (edit->isModified()) accept();
         });
+    }
     connect(active_, &QCheckBox::clicked, this, &VynMarkerInfo::accept);
     connect(&markers_, &MarkerController::markers_changed, this, &VynMarkerInfo::read);
     read();
