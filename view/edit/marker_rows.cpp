@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <set>
 
 #include "core/ascii.h"
@@ -19,11 +20,14 @@ constexpr int position_decimals = 3;
     throw AlgoError("Algorithm error!", number_in_quotes(text) + " is no " + wanted);
 }
 
-/// Between tabs or semicolons a comma can only be a decimal one.
+/// Where cells are told apart already a comma can only be a decimal one.
+std::optional<double> parse_cell(std::string text) {
+    std::ranges::replace(text, ',', '.');
+    return parse_double(text);
+}
+
 double number_of(const std::string& text) {
-    std::string pointed = text;
-    std::ranges::replace(pointed, ',', '.');
-    const auto number = parse_double(pointed);
+    const auto number = parse_cell(text);
     if (!number || !std::isfinite(*number)) refuse(text, "finite number");
     return *number;
 }
@@ -44,7 +48,7 @@ char separator_of(std::string_view text) {
 
 bool is_head(const std::vector<std::string>& line) {
     return std::ranges::none_of(
-        line, [](const std::string& cell) { return parse_double(cell).has_value(); });
+        line, [](const std::string& cell) { return parse_cell(cell).has_value(); });
 }
 
 std::int32_t next_number(const MarkerSet& set) {
@@ -125,7 +129,7 @@ Marker with_cell(Marker marker, MarkerColumn column, const std::string& text) {
 
 MarkerSet with_cells(MarkerSet set, std::size_t row, MarkerColumn column, std::string_view text) {
     std::vector<std::vector<std::string>> lines = text_cells(text);
-    if (!lines.empty() && is_head(lines.front())) lines.erase(lines.begin());
+    if (lines.size() > 1 && is_head(lines.front())) lines.erase(lines.begin());
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const std::vector<std::string>& cells = lines[i];
         const bool whole = column == MarkerColumn::number && cells.size() == marker_columns;

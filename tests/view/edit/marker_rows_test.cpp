@@ -19,7 +19,7 @@ MarkerSet ports() {
 }
 
 TEST(MarkerRows, APastedColumnFillsValues) {
-    const MarkerSet set = with_cells(ports(), 1, MarkerColumn::value, "98000\r\n97500,5\n\n");
+    const MarkerSet set = with_cells(ports(), 1, MarkerColumn::value, "P, Pa\n98000\r\n97500,5\n\n");
     EXPECT_TRUE(set.hasF);
     EXPECT_EQ(set.markers[0].f, 0);
     EXPECT_EQ(set.markers[1].f, 98000);
@@ -51,6 +51,7 @@ TEST(MarkerRows, WhatIsNoValueIsRefusedByLine) {
     for (const auto& [column, text, told] :
          {std::tuple{MarkerColumn::value, "1\nmany\n", "line 2: \"many\" is no finite number"},
           {MarkerColumn::value, "inf", "no finite number"},
+          {MarkerColumn::value, "many", "\"many\" is no finite number"},
           {MarkerColumn::number, "1.5", "no whole number"},
           {MarkerColumn::number, "2", "number 2 would stand twice"},
           {MarkerColumn::active, "1\nperhaps", "line 2"}})
