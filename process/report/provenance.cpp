@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <regex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -167,7 +168,9 @@ std::string for_report(std::string text, const dataSetInterface& data, const ima
         for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
             text.erase(at, prefix.size());
     }
-    return text;
+    // Of other folders, such as those of what is written, names without blanks are recognised.
+    static const std::regex full_name("(^|[\\s:\"(])/(?:[^/\\s]+/)+");
+    return std::regex_replace(text, full_name, "$1");
 }
 
 }  // namespace vyn
