@@ -84,7 +84,7 @@ ScratchFolder::~ScratchFolder() {
 
 fs::path temporary_folder() {
     std::error_code error;
-    const fs::path folder = fs::temp_directory_path(error);
+    fs::path folder = fs::temp_directory_path(error);
     if (error)
         throw FileError("Error writing file",
                         "the folder for temporary files, as TMPDIR names it, cannot be used: " +

@@ -25,7 +25,8 @@ Marker with_cell(Marker marker, MarkerColumn column, const std::string& text);
 /// The set after cells were put into it, the first at this row and column, as when a spreadsheet's
 /// cells are pasted: rows behind the last become new markers with the next numbers. Of cells of all
 /// columns a line whose number a marker has goes to that marker instead; a first line of several
-/// without any number is a head and left out. Raises AlgoError naming line and text; the set is then unchanged.
+/// without any number is a head and left out. Raises AlgoError naming line and text; the set is
+/// then unchanged.
 MarkerSet with_cells(MarkerSet set, std::size_t row, MarkerColumn column, std::string_view text);
 
 }  // namespace vyn

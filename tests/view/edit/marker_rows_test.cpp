@@ -19,7 +19,8 @@ MarkerSet ports() {
 }
 
 TEST(MarkerRows, APastedColumnFillsValues) {
-    const MarkerSet set = with_cells(ports(), 1, MarkerColumn::value, "P, Pa\n98000\r\n97500,5\n\n");
+    const MarkerSet set =
+        with_cells(ports(), 1, MarkerColumn::value, "P, Pa\n98000\r\n97500,5\n\n");
     EXPECT_TRUE(set.hasF);
     EXPECT_EQ(set.markers[0].f, 0);
     EXPECT_EQ(set.markers[1].f, 98000);
