@@ -29,8 +29,11 @@ bool has_extension(const FormatInfo& info, const std::string& extension) {
     throw FileError(text, file.string() + ": " + why, at);
 }
 
-/// The first 64 bytes of a file that is there, is a file and has a content.
-std::vector<std::byte> read_head(const fs::path& file) {
+constexpr std::size_t image_head = 64;
+constexpr std::size_t mesh_head = 4096;
+
+/// The first bytes of a file that is there, is a file and has a content.
+std::vector<std::byte> read_head(const fs::path& file, std::size_t most) {
     std::error_code problem;
     const auto status = fs::status(file, problem);
     if (!fs::exists(status)) fail(unreadable, file, "no such file");
@@ -39,23 +42,32 @@ std::vector<std::byte> read_head(const fs::path& file) {
 
     std::ifstream stream(file, std::ios::binary);
     if (!stream) fail(unreadable, file, "no permission to read it");
-    std::array<char, 64> head{};
-    stream.read(head.data(), head.size());
-    const auto count = static_cast<std::size_t>(stream.gcount());
-    if (count == 0) fail(unreadable, file, "the file is empty");
-    const auto* bytes = reinterpret_cast<const std::byte*>(head.data());
-    return {bytes, bytes + count};
+    std::vector<std::byte> head(most);
+    stream.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(most));
+    head.resize(static_cast<std::size_t>(stream.gcount()));
+    if (head.empty()) fail(unreadable, file, "the file is empty");
+    return head;
+}
+
+Claim claim_of(const ImageFormat& format, std::span<const std::byte> head, const fs::path& file) {
+    return format.recognises(head) ? format.claim(file) : Claim::none;
+}
+
+Claim claim_of(const MeshFormat& format, std::span<const std::byte> head, const fs::path& file) {
+    return format.claim(head, file);
 }
 
 /// The surest of the formats that recognise the file; the extension decides between equals, the
 /// order of registration after that.
-const ImageFormat* format_of_content(const fs::path& file, std::span<const std::byte> head) {
+template <class Format>
+const Format* format_of_content(const FormatRegistry<Format>& registry, const fs::path& file,
+                                std::span<const std::byte> head) {
     const std::string extension = lower_extension(file);
-    const ImageFormat* best = nullptr;
+    const Format* best = nullptr;
     int best_rank = 0;
-    for (const auto& format : get_2dio().formats()) {
-        if (!format->info().can_read || !format->recognises(head)) continue;
-        const Claim claim = format->claim(file);
+    for (const auto& format : registry.formats()) {
+        if (!format->info().can_read) continue;
+        const Claim claim = claim_of(*format, head, file);
         if (claim == Claim::none) continue;
         const int rank = 2 * static_cast<int>(claim) + has_extension(format->info(), extension);
         if (rank <= best_rank) continue;
@@ -164,8 +176,8 @@ MeshFormats& get_3dio() {
 }
 
 image read_image(const fs::path& file, Progress& progress) {
-    const auto head = read_head(file);
-    const ImageFormat* format = format_of_content(file, head);
+    const auto head = read_head(file, image_head);
+    const ImageFormat* format = format_of_content(get_2dio(), file, head);
     if (!format) fail(unreadable, file, "not an image that any plug-in reads");
     image picture = reading(file, [&] { return format->read(file, progress); });
     if (picture.name.empty()) picture.name = file.stem().string();
@@ -193,15 +205,18 @@ void write_image(const image& picture, const fs::path& file, const ImageWriteOpt
     write_image(picture, file, options, silent);
 }
 
-field_data<double> read_field(const fs::path& file, Progress& progress) {
-    read_head(file);
-    const auto& format = format_of_extension(get_3dio(), file, &FormatInfo::can_read, unreadable);
-    return reading(file, [&] { return format.read(file, progress); });
+field_data<double> read_field(const fs::path& file, Progress& progress,
+                              const MeshReadOptions& options) {
+    const auto head = read_head(file, mesh_head);
+    const MeshFormat* format = format_of_content(get_3dio(), file, head);
+    if (!format) fail(unreadable, file, "not a mesh that any plug-in reads");
+    return reading(file, [&] { return format->read(file, options, progress); });
 }
 
-void write_field(const field_data<double>& field, const fs::path& file) {
+void write_field(const field_data<double>& field, const fs::path& file, Progress& progress) {
     const auto& format = format_of_extension(get_3dio(), file, &FormatInfo::can_write, unwritable);
-    writing(file, [&](const fs::path& temporary) { format.write(field, temporary); });
+    if (!field.has_data()) fail(unwritable, file, "the mesh has no vertices");
+    writing(file, [&](const fs::path& temporary) { format.write(field, temporary, progress); });
 }
 
 }  // namespace vyn

@@ -55,15 +55,27 @@ class ImageFormat {
                        const ImageWriteOptions& options, Progress& progress) const = 0;
 };
 
-/// A 3-D file format.
+struct MeshReadOptions {
+    /// For a file that can be read in several ways: the one wanted, in the words of the refusal.
+    std::string variant;
+};
+
+/// A 3-D file format. A reader trusts nothing in the file: it refuses coordinates that are not
+/// finite, vertices that are not there and counts that the file cannot back, and raises FileError
+/// naming the file and what is wrong.
 class MeshFormat {
   public:
     virtual ~MeshFormat() = default;
     virtual const FormatInfo& info() const = 0;
+    /// How sure the format is of a file that starts with these bytes (up to 4096). Must not throw
+    /// or log.
+    virtual Claim claim(std::span<const std::byte> head,
+                        const std::filesystem::path& file) const = 0;
     virtual field_data<double> read(const std::filesystem::path& file,
-                                    Progress& progress) const = 0;
-    virtual void write(const field_data<double>& field,
-                       const std::filesystem::path& file) const = 0;
+                                    const MeshReadOptions& options, Progress& progress) const = 0;
+    /// Writes to exactly this path; the caller makes the replacement atomic.
+    virtual void write(const field_data<double>& field, const std::filesystem::path& file,
+                       Progress& progress) const = 0;
 };
 
 /// Formats by id; a second format of the same id is refused with a log line. Filled before other
@@ -98,7 +110,7 @@ int register_plugins(const char* pattern);
 std::vector<std::filesystem::path> plugin_folders();
 
 /// What a plug-in exports under the name `vyn_plugin_2dio` or `vyn_plugin_3dio`.
-inline constexpr int plugin_interface_version = 3;
+inline constexpr int plugin_interface_version = 4;
 template <class Format>
 struct PluginEntry {
     int interface_version;
@@ -126,9 +138,12 @@ void write_image(const image& picture, const std::filesystem::path& file,
 void write_image(const image& picture, const std::filesystem::path& file,
                  const ImageWriteOptions& options = {});
 
-/// The same for 3-D fields, whose formats are told apart by the extension alone.
-field_data<double> read_field(const std::filesystem::path& file, Progress& progress);
-void write_field(const field_data<double>& field, const std::filesystem::path& file);
+/// The same for meshes and fields on them: read by their content, written by the extension. A mesh
+/// that was read has triangles and zones. Raise FileError; Aborted when told to stop.
+field_data<double> read_field(const std::filesystem::path& file, Progress& progress,
+                              const MeshReadOptions& options = {});
+void write_field(const field_data<double>& field, const std::filesystem::path& file,
+                 Progress& progress);
 
 }  // namespace vyn
 
@@ -138,3 +153,10 @@ void write_field(const field_data<double>& field, const std::filesystem::path& f
         vyn_plugin_2dio;                                                                       \
     const vyn::PluginEntry<vyn::ImageFormat> vyn_plugin_2dio = {                               \
         vyn::plugin_interface_version, &vyn::create_format<vyn::ImageFormat, FormatClass>};
+
+/// The same for a 3-D plug-in.
+#define VYN_MESH_PLUGIN(FormatClass)                                                          \
+    extern "C" __attribute__((visibility("default"))) const vyn::PluginEntry<vyn::MeshFormat> \
+        vyn_plugin_3dio;                                                                      \
+    const vyn::PluginEntry<vyn::MeshFormat> vyn_plugin_3dio = {                               \
+        vyn::plugin_interface_version, &vyn::create_format<vyn::MeshFormat, FormatClass>};

@@ -13,6 +13,7 @@ struct Distortion {
     double a2 = 0;
     double a4 = 0;
     bool none() const { return a2 == 0 && a4 == 0; }
+    bool operator==(const Distortion&) const = default;
 };
 
 /// Where the camera saw an ideal point: fixed-point iteration of d = 1 + a2 (d r)^2 + a4 (d r)^4

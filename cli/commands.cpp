@@ -15,6 +15,8 @@ const std::array<Command, 11>& commands() {
         {"filter", "smooth an image, fill its excluded pixels", prepare_filter},
         {"markers", "convert a marker file into another format; find, refine and pair markers",
          prepare_markers},
+        {"mesh", "convert a mesh of the model into another format; say what it holds, check it",
+         prepare_mesh},
         {"render", "draw an image in false colour, for papers and reports", prepare_render},
         {"sample", "make a test point whose true field is known", prepare_sample},
         {"compare", "measure how far a field is from the truth", prepare_compare},

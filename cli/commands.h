@@ -51,6 +51,7 @@ Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
 Work prepare_align(CLI::App& app, const GlobalOptions& global);
 Work prepare_filter(CLI::App& app, const GlobalOptions& global);
+Work prepare_mesh(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_render(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);

@@ -136,12 +136,16 @@ TEST_F(ImageFiles, AreNotMadeOfImagesWithoutPlanes) {
 class CountFormat final : public MeshFormat {
   public:
     const FormatInfo& info() const override { return info_; }
-    field_data<double> read(const fs::path& file, Progress&) const override {
+    Claim claim(std::span<const std::byte> head, const fs::path&) const override {
+        return head[0] == std::byte{'.'} ? Claim::likely : Claim::none;
+    }
+    field_data<double> read(const fs::path& file, const MeshReadOptions&,
+                            Progress&) const override {
         field_data<double> field;
         field.vertices.resize(get_file(file).size());
         return field;
     }
-    void write(const field_data<double>& field, const fs::path& file) const override {
+    void write(const field_data<double>& field, const fs::path& file, Progress&) const override {
         put_file(file, std::string(field.vertices.size(), '.'));
     }
 
@@ -149,15 +153,19 @@ class CountFormat final : public MeshFormat {
     FormatInfo info_{"count", "count", {"count"}, true, true};
 };
 
-TEST(FieldFiles, AreReadAndWrittenByExtension) {
+TEST(FieldFiles, AreReadByContentAndWrittenByExtension) {
     TemporaryFolder folder;
     Progress silent;
     ASSERT_TRUE(get_3dio().add(std::make_unique<CountFormat>()));
     field_data<double> field;
     field.vertices.resize(3);
-    write_field(field, folder / "a.count");
-    EXPECT_EQ(read_field(folder / "a.count", silent).vertices.size(), 3u);
-    EXPECT_THROW(write_field(field, folder / "a.other"), FileError);
+    write_field(field, folder / "a.count", silent);
+    fs::rename(folder / "a.count", folder / "a.any");
+    EXPECT_EQ(read_field(folder / "a.any", silent).vertices.size(), 3u);
+    put_file(folder / "c.count", "not dots");
+    EXPECT_THROW(read_field(folder / "c.count", silent), FileError);
+    EXPECT_THROW(write_field(field, folder / "a.other", silent), FileError);
+    EXPECT_THROW(write_field({}, folder / "d.count", silent), FileError);
     EXPECT_THROW(read_field(folder / "b.count", silent), FileError);
     field.clear();
     EXPECT_FALSE(field.has_data());

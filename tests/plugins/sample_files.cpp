@@ -23,6 +23,7 @@ class Plugins final : public testing::Environment {
     void SetUp() override {
         ASSERT_EQ(setenv("VYNLITE_PLUGINS", PLUGINS, 1), 0);
         ASSERT_EQ(register_plugins("*.2dio"), 4);
+        ASSERT_EQ(register_plugins("*.3dio"), 8);
     }
 };
 const auto* const plugins = testing::AddGlobalTestEnvironment(new Plugins);

@@ -4,6 +4,9 @@ vyn_tests(plugins
         fits_test.cpp
         hostile_files_test.cpp
         imp_test.cpp
+        mesh_formats_test.cpp
+        mesh_samples.cpp
+        vtk_samples.cpp
         plugin_loading_test.cpp
         png_test.cpp
         sample_files.cpp
@@ -19,7 +22,7 @@ set_target_properties(plugin_from_the_future PROPERTIES
 target_compile_definitions(test_plugins PRIVATE
     TEST_PLUGINS="${CMAKE_BINARY_DIR}/test_plugins" PLUGINS="${CMAKE_BINARY_DIR}/bin/plugins")
 add_dependencies(test_plugins plugin_from_the_future
-                 vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
+                 plugins)
 
 # An uninstrumented plug-in tells the sanitizers nothing.
 if(NOT VYN_SANITIZE)

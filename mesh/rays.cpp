@@ -1,0 +1,117 @@
+// The only file that sees Embree; version 4 differs in the header's path and in how the filter
+// and the query's arguments are handed over.
+#include "mesh/rays.h"
+
+#include <embree3/rtcore.h>
+
+#include "core/errors.h"
+
+namespace vyn {
+
+namespace {
+
+struct ReleaseDevice {
+    void operator()(RTCDevice device) const { rtcReleaseDevice(device); }
+};
+struct ReleaseScene {
+    void operator()(RTCScene scene) const { rtcReleaseScene(scene); }
+};
+using Device = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
+using SceneHandle = std::unique_ptr<RTCSceneTy, ReleaseScene>;
+
+/// A query that leaves out the faces at the line's own vertex.
+struct Query {
+    RTCIntersectContext context;  // first: the filter gets a pointer to it
+    const std::vector<std::array<int, 3>>* faces;
+    int place;
+};
+
+void leave_out_own_faces(const RTCFilterFunctionNArguments* args) {
+    const auto& query = *reinterpret_cast<const Query*>(args->context);
+    for (unsigned i = 0; i < args->N; ++i) {
+        if (args->valid[i] == 0) continue;
+        const unsigned face = RTCHitN_primID(args->hit, args->N, i);
+        for (const int place : (*query.faces)[face])
+            if (place == query.place) args->valid[i] = 0;
+    }
+}
+
+}  // namespace
+
+struct RayScene::Scene {
+    Device device;
+    SceneHandle scene;
+    Vec3 middle{};
+    std::vector<std::array<int, 3>> faces;  ///< places of the corners, by the scene's face number
+};
+
+RayScene::RayScene(const field_data<double>& mesh, const Surface& surface)
+    : scene_(std::make_unique<Scene>()) {
+    scene_->device.reset(rtcNewDevice("start_threads=0,set_affinity=0"));
+    if (!scene_->device) throw AlgoError("Algorithm error!", "the ray tracer does not start");
+    const RTCDevice device = scene_->device.get();
+    scene_->middle = surface.middle;
+    for (std::size_t t = 0; t < surface.triangles.size(); ++t)
+        if (surface.counts[t]) {
+            auto& face = scene_->faces.emplace_back();
+            for (std::size_t c = 0; c < 3; ++c)
+                face[c] = surface.place[static_cast<std::size_t>(surface.triangles[t][c])];
+        }
+
+    const RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
+    auto* vertices = static_cast<float*>(
+        rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
+                                3 * sizeof(float), mesh.vertices.size()));
+    auto* corners = static_cast<unsigned*>(
+        rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
+                                3 * sizeof(unsigned), scene_->faces.size()));
+    if (!vertices || !corners) {
+        rtcReleaseGeometry(geometry);
+        throw AlgoError("Algorithm error!", "not enough memory for the rays");
+    }
+    for (const Vec3& vertex : mesh.vertices)
+        for (std::size_t i = 0; i < 3; ++i)
+            *vertices++ = static_cast<float>(vertex[i] - surface.middle[i]);
+    for (const auto& face : scene_->faces)
+        for (const int place : face)
+            *corners++ = static_cast<unsigned>(place);
+    rtcCommitGeometry(geometry);
+    scene_->scene.reset(rtcNewScene(device));
+    const RTCScene scene = scene_->scene.get();
+    rtcSetSceneFlags(scene, static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST |
+                                                       RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
+    rtcAttachGeometry(scene, geometry);
+    rtcReleaseGeometry(geometry);
+    rtcCommitScene(scene);
+    if (rtcGetDeviceError(device) != RTC_ERROR_NONE)
+        throw AlgoError("Algorithm error!", "the ray tracer did not take the mesh");
+}
+
+RayScene::~RayScene() = default;
+
+void RayScene::hidden(std::span<const SightLine> lines, std::span<std::uint8_t> answers) const {
+    Query query{};
+    rtcInitIntersectContext(&query.context);
+    query.context.filter = leave_out_own_faces;
+    query.faces = &scene_->faces;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const SightLine& line = lines[i];
+        const Vec3 from = line.from - scene_->middle;
+        const Vec3 way = line.to - line.from;
+        query.place = line.place;
+        RTCRay ray{};
+        ray.org_x = static_cast<float>(from[0]);
+        ray.org_y = static_cast<float>(from[1]);
+        ray.org_z = static_cast<float>(from[2]);
+        ray.dir_x = static_cast<float>(way[0]);
+        ray.dir_y = static_cast<float>(way[1]);
+        ray.dir_z = static_cast<float>(way[2]);
+        ray.tnear = 0;
+        ray.tfar = 1;
+        ray.mask = ~0U;
+        rtcOccluded1(scene_->scene.get(), &query.context, &ray);
+        answers[i] = ray.tfar < 0;
+    }
+}
+
+}  // namespace vyn

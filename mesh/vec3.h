@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <cmath>
+
+namespace vyn {
+
+/// A place or direction in the model's axes.
+using Vec3 = std::array<double, 3>;
+
+constexpr Vec3 operator+(const Vec3& a, const Vec3& b) {
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
+constexpr Vec3 operator-(const Vec3& a, const Vec3& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+constexpr Vec3 operator*(double s, const Vec3& a) {
+    return {s * a[0], s * a[1], s * a[2]};
+}
+constexpr double dot(const Vec3& a, const Vec3& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+constexpr Vec3 cross(const Vec3& a, const Vec3& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+inline double length(const Vec3& a) {
+    return std::sqrt(dot(a, a));
+}
+
+}  // namespace vyn

@@ -1,0 +1,3 @@
+vyn_tests(mesh
+    SOURCES surface_test.cpp
+    LINK vyn_mesh)
