@@ -2,8 +2,8 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 11>& commands() {
-    static constexpr std::array<Command, 11> table{{
+const std::array<Command, 15>& commands() {
+    static constexpr std::array<Command, 15> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
@@ -15,6 +15,10 @@ const std::array<Command, 11>& commands() {
         {"filter", "smooth an image, fill its excluded pixels", prepare_filter},
         {"markers", "convert a marker file into another format; find, refine and pair markers",
          prepare_markers},
+        {"resect", "find where the camera stood, from markers on the model", prepare_resect},
+        {"project", "put fields of one or several cameras on the model's mesh", prepare_project},
+        {"section", "cut a mesh with values by planes", prepare_section},
+        {"loads", "forces and moments of a mesh with values", prepare_loads},
         {"mesh", "convert a mesh of the model into another format; say what it holds, check it",
          prepare_mesh},
         {"render", "draw an image in false colour, for papers and reports", prepare_render},

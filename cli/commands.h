@@ -42,7 +42,7 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 11>& commands();
+const std::array<Command, 15>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
@@ -51,6 +51,10 @@ Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
 Work prepare_align(CLI::App& app, const GlobalOptions& global);
 Work prepare_filter(CLI::App& app, const GlobalOptions& global);
+Work prepare_resect(CLI::App& app, const GlobalOptions& global);
+Work prepare_project(CLI::App& app, const GlobalOptions& global);
+Work prepare_section(CLI::App& app, const GlobalOptions& global);
+Work prepare_loads(CLI::App& app, const GlobalOptions& global);
 Work prepare_mesh(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_render(CLI::App& app, const GlobalOptions& global);

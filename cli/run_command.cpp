@@ -11,6 +11,8 @@
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
+#include "core/keys.h"
+#include "process/model/resect_task.h"
 #include "process/point/experiment_type.h"
 #include "process/point/find_markers_task.h"
 #include "process/point/marker_io.h"
@@ -36,6 +38,9 @@ struct RunOptions {
     std::string report;
     std::string html;
     std::string ports;
+    std::string mesh;
+    std::string markers3d;
+    std::string save_mesh;
     DetectionArguments detection;
     bool auto_markers = false;
     bool save_field = false;
@@ -65,11 +70,26 @@ Overwriting overwriting(const RunOptions& options) {
     return options.force ? Overwriting::allowed : Overwriting::refused;
 }
 
+/// How the project is opened: with its mesh where that is named or to be saved.
+ReadProject project_request(const RunOptions& options, const std::shared_ptr<RunReport>& report) {
+    std::vector<std::string> settings = options.settings;
+    const auto name = [&](const Key<std::string>& key, const std::string& file) {
+        if (file.empty()) return;
+        settings.push_back(std::string(key.path) + "=" + fs::absolute(file).string());
+    };
+    name(keys::mesh_file, options.mesh);
+    name(keys::mesh_mark_file, options.markers3d);
+    ReadProject request = read_request(options.project, settings, report);
+    if (!options.mesh.empty() || !options.save_mesh.empty())
+        request.geometry = ReadProject::Geometry::read;
+    return request;
+}
+
 /// Loads the project and runs the chain. The outcome is the worst of both.
 TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
                     const std::shared_ptr<RunReport>& report, std::string& failure) {
-    TaskOutcome outcome = runner.run(job_of(std::make_unique<ReadProjectTask>(
-        session, read_request(options.project, options.settings, report))));
+    TaskOutcome outcome = runner.run(
+        job_of(std::make_unique<ReadProjectTask>(session, project_request(options, report))));
     failure = runner.failure();
     if (outcome != TaskOutcome::done) return outcome;
 
@@ -99,6 +119,10 @@ TaskOutcome save_all(const RunOptions& options, Session session,
         check_target(save.file, overwriting(options));
     for (const SaveRequest& save : saves)
         job->append(std::make_unique<SaveImageTask>(session, save.name, save.file));
+    if (!options.save_mesh.empty()) {
+        check_target(options.save_mesh, overwriting(options));
+        job->append(std::make_unique<SaveMeshTask>(session, options.save_mesh));
+    }
     if (options.save_field) job->append(std::make_unique<SaveFieldTask>(session));
     if (!options.save_project.empty())
         job->append(std::make_unique<WriteProjectTask>(session, options.save_project));
@@ -162,7 +186,8 @@ ExitStatus run(const RunOptions& options) {
     std::vector<SaveRequest> saves;
     for (const std::string& text : options.saves)
         saves.push_back(parse_save(text, overwriting(options)));
-    for (const std::string& file : {options.report, options.html, options.save_project})
+    for (const std::string& file :
+         {options.report, options.html, options.save_project, options.save_mesh})
         check_output(file, overwriting(options));
     read_ports(options, /*image_height=*/0);  // a file that cannot be read is said at once
 
@@ -216,6 +241,11 @@ Work prepare_run(CLI::App& app, const GlobalOptions&) {
     app.add_option("--ports", options->ports,
                    "marker file of the pressure ports for the page: pixels of the field, pressure "
                    "as f in the unit of the test conditions");
+    app.add_option("--mesh", options->mesh,
+                   "the model's mesh: find where the camera stood and put the field on it");
+    app.add_option("--markers3d", options->markers3d, "markers on the model (mrk, apm) for --mesh");
+    app.add_option("--save-mesh", options->save_mesh,
+                   "write the mesh with its values; the extension picks the format");
     app.add_flag("--auto-markers", options->auto_markers,
                  "find the markers of images whose marker files the project does not name");
     add_detection_options(app, options->detection);

@@ -26,8 +26,7 @@ inline constexpr std::string_view sens_camera = "project/sens_cam/";
 inline constexpr std::string_view refe_camera = "project/refe_cam/";
 inline constexpr std::string_view sens_paint = "project/sens_paint/";
 inline constexpr std::string_view flow = "project/flow/";
-/// Camera resection. The prefix has no leading "p": that is how projects store it. What stands in
-/// it is not in the table.
+/// Camera resection. The prefix has no leading "p": that is how projects store it.
 inline constexpr std::string_view resection = "roject/processing/resection/";
 }  // namespace keys
 

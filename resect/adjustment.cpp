@@ -53,12 +53,12 @@ class Solver {
   public:
     Solver(Adjustment& problem, const Progress& progress) : problem_(problem), progress_(progress) {
         for (const AdjustView& view : problem.views)
-            for (const MarkerPair& pair : view.pairs)
+            for (const DotPair& pair : view.pairs)
                 highest_ = std::max(highest_, pair.marker);
         slot_.assign(static_cast<std::size_t>(highest_ + 1), -1);
         std::size_t pairs = 0;
         for (const AdjustView& view : problem.views)
-            for (const MarkerPair& pair : view.pairs) {
+            for (const DotPair& pair : view.pairs) {
                 middle_ += pair.place;
                 ++pairs;
                 int& slot = slot_[static_cast<std::size_t>(pair.marker)];
@@ -119,7 +119,7 @@ class Solver {
         }
     }
 
-    Vector3d place_of(const State& state, const MarkerPair& pair) const {
+    Vector3d place_of(const State& state, const DotPair& pair) const {
         const int slot = slot_[static_cast<std::size_t>(pair.marker)];
         return slot < 0 ? pair.place : pair.place + state.markers[static_cast<std::size_t>(slot)];
     }
@@ -130,7 +130,7 @@ class Solver {
             const AdjustView& view = problem_.views[v];
             const Pose& pose = state.about_middle[v];
             const auto& camera = state.cameras[static_cast<std::size_t>(view.camera)];
-            for (const MarkerPair& pair : view.pairs) {
+            for (const DotPair& pair : view.pairs) {
                 const auto pixel =
                     raw_pixel(camera, pose.in_camera(place_of(state, pair) - middle_));
                 if (!pixel) return std::nullopt;
@@ -153,7 +153,7 @@ class Solver {
         double weight = 0;  ///< of the squared residual: robust, over sigma squared
     };
 
-    Row row_of(const AdjustView& view, const Pose& pose, const MarkerPair& pair) const {
+    Row row_of(const AdjustView& view, const Pose& pose, const DotPair& pair) const {
         const Vector3d turned = pose.rotation * (place_of(state_, pair) - middle_);
         const auto projected = raw_projection(state_.cameras[static_cast<std::size_t>(view.camera)],
                                               turned + pose.shift);
@@ -186,7 +186,7 @@ class Solver {
         marker_gradient_.assign(static_cast<std::size_t>(slots_), Vector3d::Zero());
         mixed_.assign(static_cast<std::size_t>(slots_), MatrixXd::Zero(parameters_, 3));
         for (std::size_t v = 0; v < problem_.views.size(); ++v)
-            for (const MarkerPair& pair : problem_.views[v].pairs)
+            for (const DotPair& pair : problem_.views[v].pairs)
                 add(v, pair, row_of(problem_.views[v], state_.about_middle[v], pair));
         const double prior = moving() ? 1 / (problem_.marker_sigma * problem_.marker_sigma) : 0;
         for (std::size_t m = 0; m < marker_normal_.size(); ++m) {
@@ -195,7 +195,7 @@ class Solver {
         }
     }
 
-    void add(std::size_t v, const MarkerPair& pair, const Row& row) {
+    void add(std::size_t v, const DotPair& pair, const Row& row) {
         const AdjustView& view = problem_.views[v];
         const Index pose = 6 * static_cast<Index>(v);
         const auto& numbers = intrinsic_[static_cast<std::size_t>(view.camera)];
@@ -317,7 +317,7 @@ class Solver {
         double sum = 0;
         for (std::size_t v = 0; v < problem_.views.size(); ++v) {
             auto& residuals = report.residuals.emplace_back();
-            for (const MarkerPair& pair : problem_.views[v].pairs) {
+            for (const DotPair& pair : problem_.views[v].pairs) {
                 const Row row = row_of(problem_.views[v], state_.about_middle[v], pair);
                 const MatrixXd full = spread_out(problem_.views[v], v, row);
                 sum += row.weight * row.residual.squaredNorm();

@@ -5,7 +5,7 @@
 
 #include "core/progress.h"
 #include "resect/camera_model.h"
-#include "resect/marker_pair.h"
+#include "resect/dot_pair.h"
 
 namespace vyn {
 
@@ -20,10 +20,10 @@ struct AdjustCamera {
 struct AdjustView {
     int camera = 0;  ///< index
     Pose pose;
-    std::vector<MarkerPair> pairs;
+    std::vector<DotPair> pairs;
 };
 
-/// Cameras, poses and markers that are found together. Markers are known by `MarkerPair::marker`.
+/// Cameras, poses and markers that are found together. Markers are known by `DotPair::marker`.
 struct Adjustment {
     std::vector<AdjustCamera> cameras;
     std::vector<AdjustView> views;

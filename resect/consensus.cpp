@@ -22,7 +22,7 @@ std::size_t pairs_a_draw(StartKind kind) {
 }
 
 std::vector<Pose> poses_of(const PinholeCamera& camera, StartKind kind,
-                           const std::vector<MarkerPair>& drawn) {
+                           const std::vector<DotPair>& drawn) {
     switch (kind) {
         case StartKind::direct_linear:
             return direct_linear_poses(camera, drawn);
@@ -38,7 +38,7 @@ std::vector<Pose> poses_of(const PinholeCamera& camera, StartKind kind,
     }
 }
 
-Consensus judge(const PinholeCamera& camera, const std::vector<MarkerPair>& pairs, const Pose& pose,
+Consensus judge(const PinholeCamera& camera, const std::vector<DotPair>& pairs, const Pose& pose,
                 double reach) {
     Consensus result{pose, {}, 0};
     for (std::size_t i = 0; i < pairs.size(); ++i) {
@@ -60,14 +60,14 @@ std::size_t draws_needed(double share, std::size_t count) {
 
 }  // namespace
 
-double miss_of(const PinholeCamera& camera, const Pose& pose, const MarkerPair& pair) {
+double miss_of(const PinholeCamera& camera, const Pose& pose, const DotPair& pair) {
     const auto pixel = raw_pixel(camera, pose.in_camera(pair.place));
     if (!pixel) return std::numeric_limits<double>::infinity();
     return std::hypot(pair.pixel.x - pixel->x, pair.pixel.y - pixel->y);
 }
 
 std::optional<Consensus> find_consensus(const PinholeCamera& camera,
-                                        const std::vector<MarkerPair>& pairs, StartKind kind,
+                                        const std::vector<DotPair>& pairs, StartKind kind,
                                         double reach, std::size_t least, const Progress& progress) {
     constexpr std::size_t fewest_draws = 30;
     const std::size_t count = pairs_a_draw(kind);
@@ -78,7 +78,7 @@ std::optional<Consensus> find_consensus(const PinholeCamera& camera,
     std::vector<std::size_t> order(pairs.size());
     for (std::size_t i = 0; i < order.size(); ++i)
         order[i] = i;
-    std::vector<MarkerPair> drawn(count);
+    std::vector<DotPair> drawn(count);
     for (std::size_t draw = 0; draw < std::max(wanted, fewest_draws); ++draw) {
         if (draw % 256 == 0) throw_if_aborted(progress);
         for (std::size_t i = 0; i < count; ++i) {

@@ -19,14 +19,14 @@ struct Consensus {
 };
 
 /// Distance in raw pixels between a dot and where its marker is seen; infinite where it is not.
-double miss_of(const PinholeCamera& camera, const Pose& pose, const MarkerPair& pair);
+double miss_of(const PinholeCamera& camera, const Pose& pose, const DotPair& pair);
 
 /// The pose of the draw of few pairs whose poses most of all agree with (Fischler and Bolles 1981,
 /// scored as Torr and Zisserman 2000): three pairs a draw for the automatic start, six, four or
 /// seven for the others. A fixed seed; as many draws as the share of agreeing pairs asks for.
 /// Nothing when no draw gives a pose with `least` agreeing pairs.
 std::optional<Consensus> find_consensus(const PinholeCamera& camera,
-                                        const std::vector<MarkerPair>& pairs, StartKind kind,
+                                        const std::vector<DotPair>& pairs, StartKind kind,
                                         double reach, std::size_t least, const Progress& progress);
 
 /// Draws whole numbers below a limit, the same on every machine.

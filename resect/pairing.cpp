@@ -17,8 +17,8 @@ Vector3d place_of(const Marker& marker) {
     return {marker.x, marker.y, marker.z};
 }
 
-MarkerPair pair_of(const std::vector<Marker>& markers, std::size_t marker,
-                   const std::vector<Marker>& dots, std::size_t dot, double sigma) {
+DotPair pair_of(const std::vector<Marker>& markers, std::size_t marker,
+                const std::vector<Marker>& dots, std::size_t dot, double sigma) {
     return {static_cast<int>(marker),
             static_cast<int>(dot),
             place_of(markers[marker]),
@@ -175,8 +175,8 @@ class TripleSearch {
     /// A pose that pairs other dots: the better one stays, the other is its rival.
     static void compare(GeometryPairing& best, GeometryPairing& found) {
         std::size_t shared = 0;
-        for (const MarkerPair& pair : found.pairs)
-            for (const MarkerPair& known : best.pairs)
+        for (const DotPair& pair : found.pairs)
+            for (const DotPair& known : best.pairs)
                 shared += pair.marker == known.marker && pair.dot == known.dot;
         const bool same = 2 * shared > std::min(found.pairs.size(), best.pairs.size());
         if (found.pairs.size() > best.pairs.size()) {
@@ -204,10 +204,10 @@ class TripleSearch {
 
 }  // namespace
 
-std::vector<MarkerPair> pairs_by_number(const std::vector<Marker>& markers,
-                                        const std::vector<Marker>& dots, double image_sigma) {
+std::vector<DotPair> pairs_by_number(const std::vector<Marker>& markers,
+                                     const std::vector<Marker>& dots, double image_sigma) {
     const auto marker_numbers = by_number(markers);
-    std::vector<MarkerPair> pairs;
+    std::vector<DotPair> pairs;
     for (const auto& [number, dot] : by_number(dots)) {
         const auto marker = marker_numbers.find(number);
         if (dot < 0 || marker == marker_numbers.end() || marker->second < 0) continue;
@@ -217,10 +217,10 @@ std::vector<MarkerPair> pairs_by_number(const std::vector<Marker>& markers,
     return pairs;
 }
 
-std::vector<MarkerPair> nearest_pairs(const PinholeCamera& camera, const Pose& pose,
-                                      const std::vector<Marker>& markers,
-                                      const std::vector<Marker>& dots, double reach,
-                                      double image_sigma) {
+std::vector<DotPair> nearest_pairs(const PinholeCamera& camera, const Pose& pose,
+                                   const std::vector<Marker>& markers,
+                                   const std::vector<Marker>& dots, double reach,
+                                   double image_sigma) {
     constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
     std::vector<std::size_t> dot_of(markers.size(), none);
     std::vector<std::size_t> marker_of(dots.size(), none);
@@ -243,7 +243,7 @@ std::vector<MarkerPair> nearest_pairs(const PinholeCamera& camera, const Pose& p
             }
         }
     }
-    std::vector<MarkerPair> pairs;
+    std::vector<DotPair> pairs;
     for (std::size_t m = 0; m < markers.size(); ++m)
         if (dot_of[m] != none && marker_of[dot_of[m]] == m)
             pairs.push_back(pair_of(markers, m, dots, dot_of[m], image_sigma));
@@ -257,8 +257,8 @@ std::optional<GeometryPairing> settle_pairs(const PinholeCamera& camera, const P
     GeometryPairing result;
     result.pose = start;
     double reach = 4 * gate;
-    const auto same = [](const std::vector<MarkerPair>& a, const std::vector<MarkerPair>& b) {
-        return std::ranges::equal(a, b, [](const MarkerPair& p, const MarkerPair& q) {
+    const auto same = [](const std::vector<DotPair>& a, const std::vector<DotPair>& b) {
+        return std::ranges::equal(a, b, [](const DotPair& p, const DotPair& q) {
             return p.marker == q.marker && p.dot == q.dot;
         });
     };

@@ -11,20 +11,20 @@
 namespace vyn {
 
 /// Pairs of equal numbers among active markers; a number that stands twice in a list is left out.
-std::vector<MarkerPair> pairs_by_number(const std::vector<Marker>& markers,
-                                        const std::vector<Marker>& dots, double image_sigma);
+std::vector<DotPair> pairs_by_number(const std::vector<Marker>& markers,
+                                     const std::vector<Marker>& dots, double image_sigma);
 
 /// Pairs of markers and dots that are each other's nearest within the reach (pixels) of a pose.
-std::vector<MarkerPair> nearest_pairs(const PinholeCamera& camera, const Pose& pose,
-                                      const std::vector<Marker>& markers,
-                                      const std::vector<Marker>& dots, double reach,
-                                      double image_sigma);
+std::vector<DotPair> nearest_pairs(const PinholeCamera& camera, const Pose& pose,
+                                   const std::vector<Marker>& markers,
+                                   const std::vector<Marker>& dots, double reach,
+                                   double image_sigma);
 
 /// Starting near a pose: pairs within four gates, fit, a smaller reach, until the pairs stand
 /// still.
 struct GeometryPairing {
     Pose pose;
-    std::vector<MarkerPair> pairs;
+    std::vector<DotPair> pairs;
     std::size_t rival = 0;  ///< pairs of another pose that explains nearly as many; 0 = none
 };
 std::optional<GeometryPairing> settle_pairs(const PinholeCamera& camera, const Pose& start,

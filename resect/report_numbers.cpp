@@ -85,7 +85,7 @@ void add_residuals(ViewResult& result, const AdjustView& view, const AdjustmentR
     double left_out_squares = 0;
     std::vector<Vector2d> pixels;
     for (std::size_t i = 0; i < view.pairs.size(); ++i) {
-        const MarkerPair& pair = view.pairs[i];
+        const DotPair& pair = view.pairs[i];
         const auto& residual = report.residuals[v][i];
         const Vector2d r(residual.dx, residual.dy);
         const Eigen::Matrix2d rest = Eigen::Matrix2d::Identity() - residual.leverage;
@@ -149,7 +149,7 @@ ViewResult view_numbers(const Adjustment& problem, const AdjustmentReport& repor
     return result;
 }
 
-MarkerResult marker_numbers(const ViewResult& view, const MarkerPair& pair) {
+MarkerResult marker_numbers(const ViewResult& view, const DotPair& pair) {
     MarkerResult result{pair.marker, pair.dot, pair.place, pair.pixel};
     const auto pixel = raw_pixel(view.camera, view.pose.in_camera(pair.place));
     if (!pixel) return result;
@@ -188,7 +188,7 @@ WeakIntrinsic weakest_intrinsic(const Adjustment& problem, const AdjustmentRepor
         double edge = 0;
         for (const AdjustView& view : problem.views)
             if (static_cast<std::size_t>(view.camera) == c)
-                for (const MarkerPair& pair : view.pairs)
+                for (const DotPair& pair : view.pairs)
                     edge =
                         std::max(edge, std::hypot(pair.pixel.x - lens.cx, pair.pixel.y - lens.cy));
         const Index i2 = at[static_cast<std::size_t>(Intrinsic::a2)];

@@ -11,7 +11,7 @@ namespace vyn {
 ViewResult view_numbers(const Adjustment& problem, const AdjustmentReport& report,
                         std::size_t view);
 /// The residual of a pair that took no part.
-MarkerResult marker_numbers(const ViewResult& view, const MarkerPair& pair);
+MarkerResult marker_numbers(const ViewResult& view, const DotPair& pair);
 
 /// The angle between a plane's normal and the line of sight to its middle, degrees.
 double tilt_of(const Pose& pose, const Spread& spread);

@@ -44,8 +44,8 @@ void check_input(const std::vector<Marker>& markers, const std::vector<ResectVie
 /// A view with its candidate pairs and what the gate has left of them.
 struct Candidate {
     const ResectView* view = nullptr;
-    std::vector<MarkerPair> offered;
-    std::vector<MarkerPair> used;
+    std::vector<DotPair> offered;
+    std::vector<DotPair> used;
     Pose pose;
     std::string how;
 };
@@ -118,8 +118,7 @@ class Resection {
     double start_reach() const { return 2 * options_.gate; }
 
     std::optional<Consensus> agreement(const PinholeCamera& camera,
-                                       const std::vector<MarkerPair>& pairs,
-                                       const Pose& pose) const {
+                                       const std::vector<DotPair>& pairs, const Pose& pose) const {
         // A stored pose is of another picture: what it explains within a wide reach is a start.
         constexpr double wide = 10;
         Consensus found{pose, {}, 0};
@@ -173,7 +172,7 @@ class Resection {
         if (candidate.used.size() < least_pairs()) too_few(view, candidate.used.size());
     }
 
-    void refuse_degenerate(const std::vector<MarkerPair>& pairs) const {
+    void refuse_degenerate(const std::vector<DotPair>& pairs) const {
         if (spread_of(pairs).in_line())
             fail("the markers lie on a line: no pose follows from them");
     }
@@ -221,9 +220,9 @@ class Resection {
                 candidate.pose = problem.views[v].pose;
                 const PinholeCamera& camera =
                     problem.cameras[static_cast<std::size_t>(problem.views[v].camera)].camera;
-                std::vector<MarkerPair> inside;
-                for (MarkerPair pair : candidate.offered) {
-                    const MarkerPair moved = with_correction(pair, report);
+                std::vector<DotPair> inside;
+                for (DotPair pair : candidate.offered) {
+                    const DotPair moved = with_correction(pair, report);
                     if (miss_of(camera, candidate.pose, moved) <= gate) inside.push_back(pair);
                 }
                 changed |= inside.size() != candidate.used.size();
@@ -235,7 +234,7 @@ class Resection {
         }
     }
 
-    static MarkerPair with_correction(MarkerPair pair, const AdjustmentReport& report) {
+    static DotPair with_correction(DotPair pair, const AdjustmentReport& report) {
         if (static_cast<std::size_t>(pair.marker) < report.corrections.size())
             pair.place += report.corrections[static_cast<std::size_t>(pair.marker)];
         return pair;
@@ -350,8 +349,8 @@ class Resection {
 
     void add_left_out(ViewResult& view, const Candidate& candidate,
                       const AdjustmentReport& report) {
-        for (const MarkerPair& pair : candidate.offered) {
-            const bool used = std::ranges::any_of(candidate.used, [&](const MarkerPair& other) {
+        for (const DotPair& pair : candidate.offered) {
+            const bool used = std::ranges::any_of(candidate.used, [&](const DotPair& other) {
                 return other.marker == pair.marker && other.dot == pair.dot;
             });
             if (used) continue;
@@ -382,7 +381,7 @@ class Resection {
         other.pose = mirrored_pose(view.pose, spread);
         Adjustment problem = problem_of({other}, {});
         problem.cameras[0].camera = view.camera;
-        for (const MarkerPair& pair : other.used)
+        for (const DotPair& pair : other.used)
             if (!raw_pixel(view.camera, other.pose.in_camera(pair.place))) return;
         const AdjustmentReport report = adjust(problem, progress_);
         const ViewResult second = view_numbers(problem, report, 0);

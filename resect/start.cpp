@@ -21,12 +21,12 @@ Vector2d normalised(const PinholeCamera& camera, Point raw) {
     return {(ideal.x - camera.lens.cx) / camera.fx, (ideal.y - camera.lens.cy) / camera.fy};
 }
 
-bool all_in_front(const Pose& pose, const std::vector<MarkerPair>& pairs) {
+bool all_in_front(const Pose& pose, const std::vector<DotPair>& pairs) {
     return std::ranges::all_of(
-        pairs, [&](const MarkerPair& pair) { return pose.in_camera(pair.place).z() > 0; });
+        pairs, [&](const DotPair& pair) { return pose.in_camera(pair.place).z() > 0; });
 }
 
-std::vector<Pose> those_in_front(std::vector<Pose> poses, const std::vector<MarkerPair>& pairs) {
+std::vector<Pose> those_in_front(std::vector<Pose> poses, const std::vector<DotPair>& pairs) {
     std::erase_if(poses, [&](const Pose& pose) {
         return !pose.rotation.allFinite() || !pose.shift.allFinite() || !all_in_front(pose, pairs);
     });
@@ -53,22 +53,21 @@ Matrix3d hartley(const std::vector<Vector2d>& points) {
     return matrix;
 }
 
-std::vector<Vector2d> image_points(const PinholeCamera& camera,
-                                   const std::vector<MarkerPair>& pairs) {
+std::vector<Vector2d> image_points(const PinholeCamera& camera, const std::vector<DotPair>& pairs) {
     std::vector<Vector2d> points;
-    for (const MarkerPair& pair : pairs)
+    for (const DotPair& pair : pairs)
         points.push_back(normalised(camera, pair.pixel));
     return points;
 }
 
 }  // namespace
 
-Spread spread_of(const std::vector<MarkerPair>& pairs) {
+Spread spread_of(const std::vector<DotPair>& pairs) {
     Spread spread;
-    for (const MarkerPair& pair : pairs)
+    for (const DotPair& pair : pairs)
         spread.middle += pair.place / double(pairs.size());
     Matrix3d covariance = Matrix3d::Zero();
-    for (const MarkerPair& pair : pairs) {
+    for (const DotPair& pair : pairs) {
         const Vector3d d = pair.place - spread.middle;
         covariance += d * d.transpose() / double(pairs.size());
     }
@@ -97,7 +96,7 @@ Pose mirrored_pose(const Pose& pose, const Spread& spread) {
 }
 
 std::vector<Pose> direct_linear_poses(const PinholeCamera& camera,
-                                      const std::vector<MarkerPair>& pairs) {
+                                      const std::vector<DotPair>& pairs) {
     if (pairs.size() < 6) return {};
     const Spread spread = spread_of(pairs);
     if (spread.in_line() || spread.in_plane()) return {};
@@ -128,7 +127,7 @@ std::vector<Pose> direct_linear_poses(const PinholeCamera& camera,
     return those_in_front({pose}, pairs);
 }
 
-std::vector<Pose> plane_poses(const PinholeCamera& camera, const std::vector<MarkerPair>& pairs) {
+std::vector<Pose> plane_poses(const PinholeCamera& camera, const std::vector<DotPair>& pairs) {
     if (pairs.size() < 4) return {};
     const Spread spread = spread_of(pairs);
     if (spread.in_line()) return {};
@@ -163,8 +162,7 @@ std::vector<Pose> plane_poses(const PinholeCamera& camera, const std::vector<Mar
     return those_in_front({pose, mirrored_pose(pose, spread)}, pairs);
 }
 
-std::vector<Pose> two_stage_poses(const PinholeCamera& camera,
-                                  const std::vector<MarkerPair>& pairs) {
+std::vector<Pose> two_stage_poses(const PinholeCamera& camera, const std::vector<DotPair>& pairs) {
     if (pairs.size() < 7) return {};
     const Spread spread = spread_of(pairs);
     if (spread.in_line() || spread.in_plane()) return {};

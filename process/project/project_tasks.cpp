@@ -6,6 +6,7 @@
 #include "core/log.h"
 #include "core/project_file.h"
 #include "core/version.h"
+#include "process/model/model_inputs.h"
 #include "process/point/input_files.h"
 #include "process/point/project_paths.h"
 #include "process/point/raw_images.h"
@@ -70,7 +71,8 @@ std::optional<field_data<double>> read_geometry(const dataSetInterface& data,
         return std::nullopt;
     }
     context.status("Reading geometry");
-    return read_field(find_input(data, mesh, keys::mesh_file.path), context);
+    return with_wanted_mirror(read_field(find_input(data, mesh, keys::mesh_file.path), context),
+                              data);
 }
 
 void write_project(const dataSetInterface& data, const imagesList& images, const fs::path& file,

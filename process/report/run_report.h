@@ -40,6 +40,7 @@ struct RunReport {
     std::optional<ChannelAlignment> channels;      ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
     bool field = false;              ///< the present field was computed
+    std::string model;               ///< poses and projection on the mesh (JSON); empty: not tried
     std::vector<std::string> steps;  ///< that were run, by their names in the step table
     std::vector<Warning> warnings;
 };

@@ -173,6 +173,7 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     for (const auto& picture : images.all())
         pictures[picture->name] = image_json(*picture);
     result["images"] = std::move(pictures);
+    if (!report.model.empty()) result.update(json::parse(report.model));
     return result;
 }
 

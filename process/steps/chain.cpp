@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "process/model/resect_task.h"
 #include "process/point/experiment_type.h"
 #include "process/point/input_files.h"
 #include "process/steps/step_table.h"
@@ -109,6 +110,8 @@ std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunRe
         if (has_work(step_of(id), view)) report->steps.push_back(step_of(id).name);
         job->append(std::make_unique<StepTask>(step_of(id), session, report, alignment));
     }
+    if (goal == Goal::all && session.field.has_data())
+        job->append(std::make_unique<ResectTask>(session, report));
     return job;
 }
 

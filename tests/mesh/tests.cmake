@@ -1,3 +1,3 @@
 vyn_tests(mesh
-    SOURCES surface_test.cpp
+    SOURCES loads_sections_test.cpp surface_test.cpp
     LINK vyn_mesh)

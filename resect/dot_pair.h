@@ -9,7 +9,7 @@
 namespace vyn {
 
 /// A marker on the model and the dot on the picture that it is taken for.
-struct MarkerPair {
+struct DotPair {
     int marker = 0;                  ///< index in the list of 3-D markers
     int dot = 0;                     ///< index in the list of dots
     Eigen::Vector3d place{0, 0, 0};  ///< model frame, mm
@@ -28,6 +28,6 @@ struct Spread {
     /// Nearly in one plane: two poses explain the dots.
     bool in_plane() const { return !(eigenvalues[2] > 1e-3 * eigenvalues[1]); }
 };
-Spread spread_of(const std::vector<MarkerPair>& pairs);
+Spread spread_of(const std::vector<DotPair>& pairs);
 
 }  // namespace vyn

@@ -1,0 +1,121 @@
+#include <cmath>
+#include <memory>
+
+#include "api/image_io.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/interrupt.h"
+#include "cli/model_arguments.h"
+#include "cli/settings.h"
+#include "core/atomic_file.h"
+#include "core/numbers.h"
+#include "mesh/sections.h"
+
+namespace vyn::cli {
+
+namespace {
+
+struct SectionArguments {
+    std::string field;
+    std::string quantity;
+    std::vector<std::string> planes;  ///< AXIS=VALUE
+    std::string normal;
+    std::string point;
+    std::string out;
+    bool force = false;
+};
+
+SectionPlane parse_plane(const std::string& text) {
+    const auto axis = std::string_view("xyz").find(text.empty() ? '?' : text[0]);
+    const auto value =
+        text.size() > 2 && text[1] == '=' ? parse_double(text.substr(2)) : std::nullopt;
+    if (axis == std::string_view::npos || !value)
+        throw UsageError("--plane " + text + ": expected x=VALUE, y=VALUE or z=VALUE");
+    SectionPlane plane;
+    plane.normal[axis] = 1;
+    plane.offset = *value;
+    return plane;
+}
+
+std::vector<SectionPlane> wanted_planes(const SectionArguments& arguments) {
+    std::vector<SectionPlane> planes;
+    for (const std::string& text : arguments.planes)
+        planes.push_back(parse_plane(text));
+    if (arguments.normal.empty() != arguments.point.empty())
+        throw UsageError("section: --normal and --point belong together");
+    if (!arguments.normal.empty()) {
+        const Vec3 normal = parse_vector("--normal", arguments.normal);
+        const double size = length(normal);
+        if (!(size > 0)) throw UsageError("--normal must not be 0,0,0");
+        const Vec3 unit = (1 / size) * normal;
+        planes.push_back({unit, dot(unit, parse_vector("--point", arguments.point))});
+    }
+    if (planes.empty()) throw UsageError("section: --plane or --normal and --point is required");
+    return planes;
+}
+
+std::string cell(double value) {
+    return std::isfinite(value) ? format_double(value) : std::string();
+}
+
+/// Points that were not seen are left out and end their piece of the curve.
+void add_rows(const Section& section, std::size_t number, std::string& text) {
+    std::size_t piece = 0;
+    for (const SectionCurve& curve : section.curves) {
+        bool within = false;
+        for (const SectionPoint& point : curve.points) {
+            if (std::isnan(point.value)) {
+                within = false;
+                continue;
+            }
+            if (!within) ++piece;
+            within = true;
+            text += std::to_string(number) + "," + std::to_string(piece);
+            for (const double coordinate : point.place)
+                text += "," + cell(coordinate);
+            text += "," + cell(point.s) + "," + cell(point.x_c) + "," + cell(point.value) + "," +
+                    cell(point.sigma) + "," + cell(point.view) + "\n";
+        }
+    }
+}
+
+ExitStatus work(const SectionArguments& arguments) {
+    const auto planes = wanted_planes(arguments);
+    check_output(arguments.out, arguments.force ? Overwriting::allowed : Overwriting::refused);
+    InterruptProgress progress;
+    const field_data<double> mesh = read_field(arguments.field, progress);
+    const Surface surface = prepare_surface(mesh, progress);
+    const std::string quantity = chosen_quantity(mesh, arguments.quantity);
+    std::string text = "section,curve,x,y,z,s,x_c,value,sigma,view\n";
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+        const Section section = cut_section(mesh, surface, planes[i], quantity);
+        const SectionLoads& loads = section.loads;
+        add_rows(section, i + 1, text);
+        const auto number = [](double value) { return format_general(value, 6); };
+        print("section " + std::to_string(i + 1) + "  chord " + number(loads.chord) + "  cn " +
+              number(loads.normal) + "  ca " + number(loads.axial) + "  cm " +
+              number(loads.moment) + "  covered " + number(100 * loads.covered_share) + " %\n");
+    }
+    write_file(arguments.out, text);
+    return ExitStatus::done;
+}
+
+}  // namespace
+
+Work prepare_section(CLI::App& app, const GlobalOptions&) {
+    const auto arguments = std::make_shared<SectionArguments>();
+    app.add_option("FIELD3D", arguments->field, "mesh with values at its nodes")->required();
+    app.add_option("--quantity", arguments->quantity,
+                   "values to take; by default the first quantity of the file");
+    app.add_option("--plane", arguments->planes,
+                   "x=VALUE, y=VALUE or z=VALUE, in the mesh's unit; several give several sections")
+        ->take_all()
+        ->allow_extra_args(false);
+    app.add_option("--normal", arguments->normal, "X,Y,Z: normal of another plane");
+    app.add_option("--point", arguments->point, "X,Y,Z: a point of it");
+    app.add_option("--out", arguments->out, "table to write (CSV)")->required();
+    app.add_flag("--force", arguments->force, "replace an existing file");
+    return [arguments] { return work(*arguments); };
+}
+
+}  // namespace vyn::cli

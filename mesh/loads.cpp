@@ -1,0 +1,116 @@
+#include "mesh/loads.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/errors.h"
+
+namespace vyn {
+
+namespace {
+
+using Field = field_data<double>;
+
+const Field::Quantity& quantity_of(const Field& mesh, const std::string& name) {
+    if (const auto* quantity = mesh.find(name)) return *quantity;
+    std::string known;
+    for (const auto& quantity : mesh.quantities)
+        known += (known.empty() ? "" : ", ") + quantity.name;
+    throw AlgoError("Algorithm error!", "the mesh has no values '" + name +
+                                            "'; there are: " + (known.empty() ? "none" : known));
+}
+
+std::array<double, 3> corner_values(const Field& mesh, const Field::Quantity& quantity,
+                                    const Surface& surface, std::size_t t) {
+    std::array<double, 3> values{};
+    for (std::size_t c = 0; c < 3; ++c)
+        values[c] = quantity.place == Field::Place::node
+                        ? quantity.values[static_cast<std::size_t>(surface.triangles[t][c])]
+                        : quantity.values[static_cast<std::size_t>(mesh.cell_of(t))];
+    return values;
+}
+
+void add_face(const Field& mesh, const Surface& surface, std::size_t t,
+              const std::array<double, 3>& p, const Vec3& about, PatchLoads& loads) {
+    const Vec3 vector = 0.5 * surface.area_vector(mesh, t);
+    const double area = length(vector);
+    loads.covered_area += area;
+    for (std::size_t i = 0; i < 3; ++i)
+        loads.covered_projected[i] += std::abs(vector[i]);
+    loads.force = loads.force - ((p[0] + p[1] + p[2]) / 3) * vector;
+    // ∫ p x dA / A, from which the moment is -(∫ p x dA) × n.
+    Vec3 first{};
+    const double sum = p[0] + p[1] + p[2];
+    for (std::size_t j = 0; j < 3; ++j) {
+        const Vec3& x = mesh.vertices[static_cast<std::size_t>(surface.triangles[t][j])];
+        first = first + ((sum + p[j]) / 12) * (x - about);
+    }
+    loads.moment = loads.moment - cross(first, vector);
+}
+
+PatchLoads loads_of(const Field& mesh, const Surface& surface, const Field::Zone& zone,
+                    const LoadsRequest& request) {
+    const Field::Quantity& quantity = quantity_of(mesh, request.quantity);
+    const Field::Quantity* sigma = mesh.find("sigma_pose");
+    PatchLoads loads;
+    loads.name = zone.name;
+    PatchLoads deviation;
+    for (auto t = zone.first_triangle; t < zone.end_triangle(); ++t) {
+        if (!surface.counts[t]) continue;
+        const Vec3 vector = 0.5 * surface.area_vector(mesh, t);
+        loads.area += length(vector);
+        for (std::size_t i = 0; i < 3; ++i)
+            loads.projected[i] += std::abs(vector[i]);
+        auto p = corner_values(mesh, quantity, surface, t);
+        if (std::ranges::any_of(p, [](double value) { return std::isnan(value); })) continue;
+        for (double& value : p)
+            value -= request.reference;
+        add_face(mesh, surface, t, p, request.about, loads);
+        if (sigma)
+            add_face(mesh, surface, t, corner_values(mesh, *sigma, surface, t), request.about,
+                     deviation);
+    }
+    if (sigma) loads.force_sigma = -1 * deviation.force;
+    return loads;
+}
+
+void add(PatchLoads& sum, const PatchLoads& part) {
+    sum.force = sum.force + part.force;
+    sum.moment = sum.moment + part.moment;
+    sum.area += part.area;
+    sum.covered_area += part.covered_area;
+    sum.projected = sum.projected + part.projected;
+    sum.covered_projected = sum.covered_projected + part.covered_projected;
+    if (part.force_sigma) sum.force_sigma = sum.force_sigma.value_or(Vec3{}) + *part.force_sigma;
+}
+
+}  // namespace
+
+std::vector<PatchLoads> surface_loads(const Field& mesh, const Surface& surface,
+                                      const LoadsRequest& request) {
+    quantity_of(mesh, request.quantity);
+    for (const std::string& name : request.zones)
+        if (std::ranges::find(mesh.zones, name, &Field::Zone::name) == mesh.zones.end())
+            throw AlgoError("Algorithm error!", "the mesh has no zone '" + name + "'");
+    std::vector<PatchLoads> patches;
+    PatchLoads sum;
+    sum.name = "sum";
+    for (const auto& zone : mesh.zones) {
+        const bool wanted = request.zones.empty() ||
+                            std::ranges::find(request.zones, zone.name) != request.zones.end();
+        if (!wanted) continue;
+        patches.push_back(loads_of(mesh, surface, zone, request));
+        add(sum, patches.back());
+    }
+    patches.push_back(sum);
+    return patches;
+}
+
+Vec3 in_wind_axes(const Vec3& force, double alpha, double beta) {
+    const Vec3 downstream{std::cos(alpha) * std::cos(beta), -std::sin(beta),
+                          std::sin(alpha) * std::cos(beta)};
+    const Vec3 up{-std::sin(alpha), 0, std::cos(alpha)};
+    return {dot(force, downstream), dot(force, cross(up, downstream)), dot(force, up)};
+}
+
+}  // namespace vyn

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "api/image.h"
+#include "api/point.h"
+#include "api/spline.h"
+
+namespace vyn {
+
+/// A value read from a field with its mask.
+struct FieldSample {
+    double value = 0;
+    int pixels = 1;  ///< averaged
+};
+
+/// Reads a field at places between its pixels. Excluded and non-finite pixels never enter a value.
+class FieldSampler {
+  public:
+    /// The field must outlive it.
+    FieldSampler(const image& field, double min_valid, Progress& progress);
+
+    /// The field's B-spline where all its pixels are valid; elsewhere bilinear by the valid ones
+    /// of the four pixels around, whose weight must be `min_valid` at least.
+    std::optional<FieldSample> at(Point place) const;
+    /// The mean over the valid pixels whose centres lie in a union of quadrangles that do not
+    /// overlap; `min_valid` of the pixels inside must be valid. Nothing inside: as `at(place)`.
+    std::optional<FieldSample> mean(Point place, std::span<const std::array<Point, 4>> quads) const;
+    /// Change of the value per pixel in x and y; 0 where it is not known.
+    std::array<double, 2> gradient(Point place) const;
+    bool valid(int x, int y) const { return valid_.contains(x, y) && valid_(x, y) != 0; }
+
+  private:
+    std::optional<double> bilinear(Point place) const;
+
+    const image& field_;
+    double min_valid_;
+    Bitmap<std::uint8_t> valid_;   ///< 1 = may be used
+    Bitmap<std::uint8_t> smooth_;  ///< 1 = all pixels of the spline's window there are valid
+    SplineCoefficients spline_;
+};
+
+}  // namespace vyn
