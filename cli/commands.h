@@ -42,7 +42,7 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 15>& commands();
+const std::array<Command, 16>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);

@@ -47,7 +47,8 @@ struct RayScene::Scene {
 
 RayScene::RayScene(const field_data<double>& mesh, const Surface& surface)
     : scene_(std::make_unique<Scene>()) {
-    scene_->device.reset(rtcNewDevice("start_threads=0,set_affinity=0"));
+    // Its own threads would know no limit of ours.
+    scene_->device.reset(rtcNewDevice("threads=1,set_affinity=0"));
     if (!scene_->device) throw AlgoError("Algorithm error!", "the ray tracer does not start");
     const RTCDevice device = scene_->device.get();
     scene_->middle = surface.middle;

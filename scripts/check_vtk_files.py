@@ -1,0 +1,116 @@
+#!/usr/bin/python3
+"""Opens what vynlite-batch writes with VTK's own readers (package python3-vtk9) and compares.
+
+    scripts/check_vtk_files.py build/release/bin/vynlite-batch FIELD.vtp
+
+FIELD.vtp is a field on a mesh, as `project` and `run --save-mesh` write it. It is converted to
+every format that VTK reads; points and values must be the same, NaN where not seen included.
+"""
+import math
+import os
+import subprocess
+import sys
+import tempfile
+
+import vtk
+
+
+def polydata(reader, path):
+    reader.SetFileName(path)
+    reader.Update()
+    return reader.GetOutput()
+
+
+def numbers(array):
+    return [array.GetTuple(i) for i in range(array.GetNumberOfTuples())]
+
+
+def points(data):
+    return [data.GetPoint(i) for i in range(data.GetNumberOfPoints())]
+
+
+def same(a, b):
+    return len(a) == len(b) and all(
+        x == y or (math.isnan(x) and math.isnan(y)) for s, t in zip(a, b) for x, y in zip(s, t))
+
+
+def check(label, data, truth):
+    failures = 0
+    if not same(points(data), points(truth)):
+        print(f"{label}: points differ")
+        failures += 1
+    for i in range(truth.GetPointData().GetNumberOfArrays()):
+        wanted = truth.GetPointData().GetArray(i)
+        found = data.GetPointData().GetArray(wanted.GetName())
+        if wanted.GetName() == "vtkGhostType":
+            continue
+        if found is None or not same(numbers(found), numbers(wanted)):
+            print(f"{label}: {wanted.GetName()} differs")
+            failures += 1
+    print(f"{label}: {data.GetNumberOfPoints()} points, {data.GetNumberOfCells()} cells, "
+          f"{data.GetPointData().GetNumberOfArrays()} arrays, {failures} failures")
+    return failures
+
+
+def main():
+    program, field = sys.argv[1:3]
+    truth = polydata(vtk.vtkXMLPolyDataReader(), field)
+    failures = 0
+    with tempfile.TemporaryDirectory() as folder:
+        def convert(extension):
+            target = os.path.join(folder, "field." + extension)
+            subprocess.run([program, "mesh", "convert", field, target], check=True)
+            return target
+
+        again = convert("vtp")
+        failures += check("vtp", polydata(vtk.vtkXMLPolyDataReader(), again), truth)
+        failures += check("vtk", polydata(vtk.vtkPolyDataReader(), convert("vtk")), truth)
+        if not failures:
+            failures += check_tecplot(convert("dat"), truth)
+        names = truth.GetFieldData().GetArray("zone_sizes")
+        if names and all(row[0] > 0 for row in numbers(names)):
+            failures += check_plot3d(convert("xyz"), convert("f"), truth)
+    return 1 if failures else 0
+
+
+def check_tecplot(path, truth):
+    reader = vtk.vtkTecplotReader()
+    reader.SetFileName(path)
+    reader.Update()
+    blocks = reader.GetOutput()
+    found = sum(blocks.GetBlock(i).GetNumberOfPoints() for i in range(blocks.GetNumberOfBlocks()))
+    failures = 0 if found >= truth.GetNumberOfPoints() - 1 else 1
+    if blocks.GetNumberOfBlocks() == 1:
+        block = blocks.GetBlock(0)
+        failures += 0 if same_as_floats(points(block), points(truth)) else 1
+    print(f"dat: {blocks.GetNumberOfBlocks()} zones, {found} points, {failures} failures")
+    return failures
+
+
+def same_as_floats(a, b):
+    """VTK's Tecplot reader keeps 32 bits."""
+    return len(a) == len(b) and all(
+        abs(x - y) <= 1e-6 * max(1, abs(y)) for s, t in zip(a, b) for x, y in zip(s, t))
+
+
+def check_plot3d(grid, functions, truth):
+    reader = vtk.vtkMultiBlockPLOT3DReader()
+    reader.SetXYZFileName(grid)
+    reader.SetFunctionFileName(functions)
+    reader.MultiGridOn()
+    reader.SetByteOrderToLittleEndian()
+    reader.HasByteCountOff()
+    reader.IBlankingOn()
+    reader.DoublePrecisionOn()
+    reader.Update()
+    blocks = reader.GetOutput()
+    found = []
+    for i in range(blocks.GetNumberOfBlocks()):
+        found += points(blocks.GetBlock(i))
+    failures = 0 if same(found, points(truth)) else 1
+    print(f"xyz: {blocks.GetNumberOfBlocks()} grids, {len(found)} points, {failures} failures")
+    return failures
+
+
+if __name__ == "__main__":
+    sys.exit(main())
