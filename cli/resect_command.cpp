@@ -9,6 +9,7 @@
 #include "cli/interrupt.h"
 #include "cli/settings.h"
 #include "core/atomic_file.h"
+#include "core/keys.h"
 #include "process/model/model_inputs.h"
 #include "process/model/resect_json.h"
 #include "process/point/marker_io.h"

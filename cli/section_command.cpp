@@ -27,8 +27,9 @@ struct SectionArguments {
 
 SectionPlane parse_plane(const std::string& text) {
     const auto axis = std::string_view("xyz").find(text.empty() ? '?' : text[0]);
-    const auto value =
-        text.size() > 2 && text[1] == '=' ? parse_double(text.substr(2)) : std::nullopt;
+    const auto value = text.size() > 2 && text[1] == '='
+                           ? parse_double(std::string_view(text).substr(2))
+                           : std::nullopt;
     if (axis == std::string_view::npos || !value)
         throw UsageError("--plane " + text + ": expected x=VALUE, y=VALUE or z=VALUE");
     SectionPlane plane;

@@ -84,10 +84,9 @@ class BodyOfSample : public testing::Test {
         put_file(folder_ / "model.obj", text);
     }
     std::string run_point(const std::string& target, const std::vector<std::string>& more = {}) {
-        std::vector<std::string> arguments{"run",          sample_ / "project.xml",
-                                           "--mesh",       folder_ / "model.obj",
-                                           "--markers3d",  folder_ / "m.apm",
-                                           "--save-mesh",  folder_ / target};
+        std::vector<std::string> arguments{
+            "run",         sample_ / "project.xml", "--mesh",      folder_ / "model.obj",
+            "--markers3d", folder_ / "m.apm",       "--save-mesh", folder_ / target};
         arguments.insert(arguments.end(), camera_.begin(), camera_.end());
         arguments.insert(arguments.end(), more.begin(), more.end());
         return output_of(arguments);
@@ -102,8 +101,8 @@ class BodyOfSample : public testing::Test {
             std::size_t at = 0;
             for (std::size_t c = 0; c < column; ++c)
                 at = row.find(',', at) + 1;
-            values.push_back(parse_double(row.substr(at, row.find(',', at) - at))
-                                 .value_or(std::nan("")));
+            values.push_back(
+                parse_double(row.substr(at, row.find(',', at) - at)).value_or(std::nan("")));
         }
         return values;
     }
@@ -152,9 +151,9 @@ TEST_F(BodyOfSample, GetsItsPressuresSectionsAndLoads) {
                            folder_ / "section.csv"}),
                 HasSubstr("section 1  chord "));
     EXPECT_GT(values_in("section.csv", 7).size(), 20u);
-    const auto loads = nlohmann::json::parse(
-        output_of({"loads", folder_ / "a.vtp", "--area", "1", "--chord", "1", "--span", "1",
-                   "--about", "0,0,0"}));
+    const auto loads =
+        nlohmann::json::parse(output_of({"loads", folder_ / "a.vtp", "--area", "1", "--chord", "1",
+                                         "--span", "1", "--about", "0,0,0"}));
     const auto& sum = loads.at("patches").back();
     EXPECT_EQ(sum.at("patch"), "sum");
     EXPECT_GT(sum.at("covered_share").get<double>(), 0.2);
