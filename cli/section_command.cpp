@@ -71,11 +71,11 @@ void add_rows(const Section& section, std::size_t number, std::string& text) {
             }
             if (!within) ++piece;
             within = true;
-            text += std::to_string(number) + "," + std::to_string(piece);
-            for (const double coordinate : point.place)
-                text += "," + cell(coordinate);
-            text += "," + cell(point.s) + "," + cell(point.x_c) + "," + cell(point.value) + "," +
-                    cell(point.sigma) + "," + cell(point.view) + "\n";
+            text.append(std::to_string(number)).append(",").append(std::to_string(piece));
+            for (const double value : {point.place[0], point.place[1], point.place[2], point.s,
+                                       point.x_c, point.value, point.sigma, point.view})
+                text.append(",").append(cell(value));
+            text.append("\n");
         }
     }
 }

@@ -205,10 +205,10 @@ TEST_F(BodyOfSample, RefusesWhatCannotBe) {
         EXPECT_EQ(run.status, status);
         EXPECT_THAT(run.err, HasSubstr(why));
     };
-    // Without focal length the camera of the sample is no pinhole camera.
-    refused({"run", sample_ / "project.xml", "--mesh", folder_ / "model.obj", "--markers3d",
-             folder_ / "m.apm", "--save-mesh", folder_ / "a.csv"},
-            1, "the camera cannot be used");
+    refused(
+        {"run", sample_ / "project.xml", "--set", "project/sens_cam/focus=0", "--mesh",
+         folder_ / "model.obj", "--markers3d", folder_ / "m.apm", "--save-mesh", folder_ / "a.csv"},
+        1, "the camera cannot be used");
     refused({"run", sample_ / "project.xml", "--mesh", folder_ / "model.obj", "--markers3d",
              sample_ / "wind_off.mrk"},
             1, "these are image markers");
