@@ -67,7 +67,8 @@ class XmlFile {
     void array(const char* type, const std::string& name, int components, const T* values,
                std::size_t count) {
         out_ << "<DataArray type=\"" << type << "\" Name=\"" << escaped(name)
-             << "\" NumberOfComponents=\"" << components << "\" format=\"appended\" offset=\""
+             << "\" NumberOfComponents=\"" << components << "\" NumberOfTuples=\""
+             << count / static_cast<std::size_t>(components) << "\" format=\"appended\" offset=\""
              << offset_ << "\"/>\n";
         blocks_.push_back({reinterpret_cast<const char*>(values), count * sizeof(T)});
         offset_ += count * sizeof(T) + 8;
