@@ -69,6 +69,7 @@ TEST(Projection, SeesTheCapOfASphere) {
     const Shot shot({distance, 0, 0}, {0, 0, 1}, linear);
     ProjectionOptions options;
     options.obliqueness = 90;
+    options.sampling = ProjectionOptions::Sampling::point;
     const ProjectionResult result = project(mesh, {shot}, options);
     const Values p = values_of(result, "P");
     const Values angle = values_of(result, "angle");
