@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <sstream>
@@ -141,11 +142,15 @@ TEST_F(BodyOfSample, GetsItsPressuresSectionsAndLoads) {
     }
     EXPECT_GT(seen, p.size() / 3);
     EXPECT_LT(seen, p.size()) << "the model does not fill the picture";
-    const auto [low, high] = std::minmax_element(p.begin(), p.end(), [](double a, double b) {
-        return a < b || (std::isnan(b) && !std::isnan(a));
-    });
+    double low = 1e300;
+    double high = -1e300;
+    for (const double value : p) {
+        if (std::isnan(value)) continue;
+        low = std::min(low, value);
+        high = std::max(high, value);
+    }
     // Means over 8 x 8 pixels against the pixel in the middle.
-    EXPECT_LT(std::sqrt(squares / double(seen)), 0.02 * (*high - *low));
+    EXPECT_LT(std::sqrt(squares / double(seen)), 0.02 * (high - low));
 
     EXPECT_THAT(output_of({"section", folder_ / "a.vtp", "--plane", "x=0", "--out",
                            folder_ / "section.csv"}),
@@ -165,7 +170,10 @@ TEST_F(BodyOfSample, GetsItsPressuresSectionsAndLoads) {
 
 /// The parts one by one give the nodes of the whole run; the camera file carries the record.
 TEST_F(BodyOfSample, IsReachedInParts) {
-    run_point("a.csv", {"--save", "field_P=" + std::string(folder_ / "field.imp")});
+    // Pixels on the border of two nodes' shares go to either, as rounding has it.
+    const std::string sampling = "roject/processing/resection/sampling=point";
+    run_point("a.csv",
+              {"--save", "field_P=" + std::string(folder_ / "field.imp"), "--set", sampling});
     put_file(folder_ / "c.ini", "");
     std::filesystem::copy_file(sample_ / "camera.ini", folder_ / "c.ini",
                                std::filesystem::copy_options::overwrite_existing);
@@ -190,9 +198,17 @@ TEST_F(BodyOfSample, IsReachedInParts) {
     output_of({"resect", "--markers3d", folder_ / "m.apm", "--view", folder_ / "c.ini", dots,
                "--report", folder_ / "pose.json", "--accept", folder_ / "c2.ini"});
     output_of({"project", "--mesh", folder_ / "model.obj", "--poses", folder_ / "pose.json",
-               "--view", folder_ / "field.imp", folder_ / "c.ini", dots, "--save",
-               folder_ / "b.csv", "--save", folder_ / "b.dat"});
-    EXPECT_EQ(get_file(folder_ / "b.csv"), get_file(folder_ / "a.csv"));
+               "--view", folder_ / "field.imp", folder_ / "c.ini", dots, "--set", sampling,
+               "--save", folder_ / "b.csv", "--save", folder_ / "b.dat"});
+    const std::vector<double> whole = values_in("a.csv", 4);
+    const std::vector<double> parts = values_in("b.csv", 4);
+    ASSERT_EQ(parts.size(), whole.size());
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        EXPECT_EQ(std::isnan(parts[i]), std::isnan(whole[i]));
+        if (!std::isnan(parts[i])) {
+            EXPECT_NEAR(parts[i], whole[i], 1e-6 * whole[i]);
+        }
+    }
     EXPECT_THAT(output_of({"mesh", "check", folder_ / "b.dat"}), HasSubstr("1 pieces, 0 closed"));
     EXPECT_THAT(output_of({"mesh", "info", folder_ / "b.dat"}), HasSubstr("\"P\""));
     EXPECT_TRUE(std::filesystem::exists(folder_ / "c2.ini"));
@@ -215,7 +231,8 @@ TEST_F(BodyOfSample, RefusesWhatCannotBe) {
     refused({"section", folder_ / "model.obj", "--plane", "y=1", "--out", folder_ / "a.csv"}, 2,
             "the mesh has no values");
     refused({"loads", folder_ / "model.obj", "--area", "0"}, 2, "above 0");
-    refused({"mesh", "convert", folder_ / "model.obj", folder_ / "a.obj"}, 1, "only read");
+    refused({"mesh", "convert", folder_ / "model.obj", folder_ / "a.obj"}, 1,
+            "no plug-in for this extension");
     EXPECT_FALSE(std::filesystem::exists(folder_ / "a.csv"));
     EXPECT_FALSE(std::filesystem::exists(folder_ / "a.obj"));
 }
