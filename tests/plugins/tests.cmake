@@ -1,7 +1,7 @@
 vyn_tests(plugins
     SOURCES
-        attributes_test.cpp
         fits_test.cpp
+        formats_test.cpp
         hostile_files_test.cpp
         imp_test.cpp
         mesh_formats_test.cpp
@@ -11,7 +11,6 @@ vyn_tests(plugins
         png_test.cpp
         sample_files.cpp
         tiff_test.cpp
-        writing_test.cpp
     LINK vyn_api vyn_core TIFF::TIFF PNG::PNG PkgConfig::CFITSIO)
 
 # A plug-in that was made for another version of the interface.

@@ -1,6 +1,14 @@
+#include <cerrno>
+#include <cmath>
+#include <system_error>
+
 #include <gmock/gmock.h>
 
+#include "core/errors.h"
 #include "tests/plugins/sample_files.h"
+#include "tests/support/error_of.h"
+#include "tests/support/full_disk.h"
+#include "tests/support/picture_of.h"
 
 namespace vyn::test {
 namespace {
@@ -15,7 +23,8 @@ image pressures() {
     return picture;
 }
 
-class Attributes : public testing::TestWithParam<const char*> {
+/// What all formats have in common.
+class Formats : public testing::TestWithParam<const char*> {
   protected:
     image read_back(const image& picture, const ImageWriteOptions& options = {}) const {
         write_image(picture, file_, options);
@@ -27,7 +36,7 @@ class Attributes : public testing::TestWithParam<const char*> {
     bool fits_ = std::string(GetParam()) == "fits";
 };
 
-TEST_P(Attributes, ComeBackFromTheFile) {
+TEST_P(Formats, KeepAttributes) {
     image picture = pressures();
     picture.unit = "m'/s \u00b5";
     picture.edges = SplineEdges::extended;
@@ -43,14 +52,20 @@ TEST_P(Attributes, ComeBackFromTheFile) {
     }
 }
 
-TEST_P(Attributes, AreNotGuessedForAFileWithoutThem) {
-    const image back = read_back(example_image());
+/// A mask becomes NaN, but for IMP, which keeps it, and PNG, which has neither.
+TEST_P(Formats, KeepPixelsAndGuessNoAttributes) {
+    const image picture = example_image();
+    const image back = read_back(picture);
     EXPECT_EQ(back.quantity, Quantity());
     EXPECT_EQ(field_label(back).text(), "value");
     EXPECT_TRUE(back.origin.empty());
+    if (GetParam() == std::string("png") || GetParam() == std::string("imp")) return;
+    expect_picture(back, Numbers(7, 5, [&](int x, int y) {
+                       return picture.mask()(x, y) != 0 ? NAN : picture.values()(x, y);
+                   }));
 }
 
-TEST_P(Attributes, ThatMakeNoSenseAreLeftOut) {
+TEST_P(Formats, LeaveOutAttributesThatMakeNoSense) {
     image picture = pressures();
     for (const std::string& unit :
          {std::string(100000, 'x'), std::string("a\tb"), std::string("Pa\x1b[31m"),
@@ -82,7 +97,29 @@ TEST_P(Attributes, ThatMakeNoSenseAreLeftOut) {
     EXPECT_TRUE(back.origin.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, Attributes, testing::Values("imp", "tif", "fits", "png"));
+class Impatient : public Progress {
+    void fraction(double done) override { done_ = done; }
+    bool aborted() const override { return done_ > 0.2; }
+    double done_ = 0;
+};
+
+TEST_P(Formats, LeaveTheOldFileOnAFullDiskAndWhenStoppedMidway) {
+    put_file(file_, "old");
+    const image noise =
+        picture_of(300, 300, [](int x, int y) { return (x * 7919 + y * y * 1047) % 65521; });
+    {
+        const FullDisk disk(20000);
+        EXPECT_THAT(
+            error_of<FileError>([&] { write_image(noise, file_); }).what(),
+            testing::HasSubstr(file_.string() + ": " + std::generic_category().message(EFBIG)));
+    }
+    Impatient impatient;
+    EXPECT_THROW(write_image(image(16, 1000), file_, {}, impatient), Aborted);
+    EXPECT_EQ(get_file(file_), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Formats, testing::Values("imp", "tif", "fits", "png"));
 
 TEST(PngAttributes, AStretchedPictureIsOfNoQuantity) {
     TemporaryFolder folder;
