@@ -13,6 +13,7 @@ namespace vyn {
 namespace {
 
 using test::bits;
+using test::row_of;
 
 /// The valid pixels of a window with their Gaussian weights.
 struct WindowPixel {
@@ -281,13 +282,6 @@ TEST(Filters, AbsurdWindowsEnd) {
     EXPECT_EQ(bits(filtered_now(picture, options)), bits(picture));
 }
 
-image row_of(const std::vector<float>& values, const std::vector<std::uint8_t>& mask) {
-    image picture(static_cast<int>(values.size()), 1);
-    std::copy(values.begin(), values.end(), picture.values().row(0));
-    std::copy(mask.begin(), mask.end(), picture.mask().row(0));
-    return picture;
-}
-
 TEST(Filters, HandValues) {
     FilterOptions options;
     options.max = 100;
@@ -333,9 +327,7 @@ TEST(Filters, RefuseUnknownTypesAndMissingPlanesAndStop) {
     picture.drop_mask();
     EXPECT_THROW(filtered_now(picture, {}), AlgoError);
     EXPECT_EQ(filtered_now(image(0, 7), {}).height(), 7);
-    class Stopped final : public Progress {
-        bool aborted() const override { return true; }
-    } stopped;
+    test::Stopped stopped;
     for (int type = 0; type <= 4; ++type)
         EXPECT_THROW(filtered(image(9, 9), {.type = filter_type(type)}, stopped), Aborted);
 }

@@ -1,5 +1,6 @@
 #include "tests/api/pictures.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,13 @@ image random_image(Size size, unsigned seed, Values kind) {
                 odd ? odd_ones[random() % 5] : static_cast<float>(random() % 24000) / 100 - 20;
             if (random() % 5 == 0) picture.mask()(x, y) = random() % 2 ? 1 : 7;
         }
+    return picture;
+}
+
+image row_of(const std::vector<float>& values, const std::vector<std::uint8_t>& mask) {
+    image picture(static_cast<int>(values.size()), 1);
+    std::copy(values.begin(), values.end(), picture.values().row(0));
+    std::copy(mask.begin(), mask.end(), picture.mask().row(0));
     return picture;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "api/image.h"
+#include "core/progress.h"
 
 namespace vyn::test {
 
@@ -30,8 +31,15 @@ inline constexpr Size sizes[] = {{1, 1}, {1, 9}, {9, 1}, {2, 2}, {7, 5}, {37, 41
 /// some excluded pixels of mask bytes 1 and 7.
 enum class Values { finite, special };
 image random_image(Size size, unsigned seed, Values kind);
+/// An image of one row.
+image row_of(const std::vector<float>& values, const std::vector<std::uint8_t>& mask);
 /// Random 0 and 1 bytes.
 Bitmap<std::uint8_t> random_region(Size size, unsigned seed);
+
+/// Of somebody who stops everything at once.
+struct Stopped final : Progress {
+    bool aborted() const override { return true; }
+};
 
 /// Every bit of values, mask and region, each NaN counting as the same.
 std::vector<std::uint32_t> bits(const Bitmap<float>& plane);

@@ -10,12 +10,7 @@
 namespace vyn {
 namespace {
 
-image row_of(const std::vector<float>& values, const std::vector<std::uint8_t>& mask) {
-    image picture(static_cast<int>(values.size()), 1);
-    std::copy(values.begin(), values.end(), picture.values().row(0));
-    std::copy(mask.begin(), mask.end(), picture.mask().row(0));
-    return picture;
-}
+using test::row_of;
 
 struct TwoImageCase {
     const char* name;

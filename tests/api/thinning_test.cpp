@@ -57,9 +57,7 @@ TEST(Thinning, AFullPictureKeepsItsBorderAndAnAbortedOneItsMask) {
 
     picture.mask()(4, 4) = 1;
     const image holed = picture;
-    class Stopped final : public Progress {
-        bool aborted() const override { return true; }
-    } stopped;
+    test::Stopped stopped;
     EXPECT_THROW(thin(picture, 3, stopped), Aborted);
     EXPECT_EQ(test::bits(picture), test::bits(holed));
 }
