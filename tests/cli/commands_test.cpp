@@ -159,23 +159,6 @@ TEST(Markers, SubCommandsRefuseWhatMakesNoSense) {
     EXPECT_FALSE(std::filesystem::exists(target));
 }
 
-TEST(WholePoint, NeedsNoMarkerFiles) {
-    const TemporaryFolder folder;
-    const std::string sample = folder / "sample";
-    std::filesystem::create_directory(sample);
-    output_of({"sample", sample, "--size", "400x300", "--noise"});
-    const std::string report = folder / "report.json";
-    const ProgramRun run =
-        run_program({"run", sample + "/project.xml", "--quiet", "--auto-markers", "--report",
-                     report, "--set", "project/test_point/wind_off_sens_mark_file=", "--set",
-                     "project/test_point/wind_on_sens_mark_file="});
-    ASSERT_EQ(run.status, 0) << run.err;
-    const nlohmann::json json = nlohmann::json::parse(get_file(report));
-    EXPECT_EQ(json["aligned"], true);
-    EXPECT_EQ(json["alignment"]["suggested_order"], 2);
-    EXPECT_LT(json["alignment"]["max_absolute_error_px"].get<double>(), 0.05);
-}
-
 /// Sample to field to comparison, as a user would script it.
 TEST(WholePoint, ComesBackThroughTheBatchProgram) {
     const TemporaryFolder folder;
@@ -272,23 +255,6 @@ TEST_P(TwoChannels, SampleRunAndPage) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, TwoChannels, testing::Values("--binary", "--lifetime"));
-
-/// A target that cannot be written leaves the old file and no half-written one.
-TEST(Convert, KeepsTheOldFileWhenWritingFails) {
-    const TemporaryFolder folder;
-    output_of({"sample", folder / "s", "--size", "64x64"});
-    std::filesystem::create_directory(folder / "target.png");
-    put_file(folder / "target.png/content", "kept");
-    const ProgramRun run =
-        run_program({"convert", folder / "s/flat.tif", folder / "target.png", "--force"});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_THAT(run.err, HasSubstr("target.png"));
-    EXPECT_EQ(get_file(folder / "target.png/content"), "kept");
-    int files = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder.path()))
-        ++files;
-    EXPECT_EQ(files, 2);
-}
 
 }  // namespace
 }  // namespace vyn::test
