@@ -5,7 +5,6 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTest>
@@ -20,6 +19,7 @@
 #include "core/keys.h"
 #include "process/project/project_tasks.h"
 #include "sample/synthetic_point.h"
+#include "tests/support/modal_driver.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {
@@ -62,29 +62,13 @@ class Pages : public ProjectTest {
             << name << ": " << button->toolTip().toStdString();
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    /// Does something with the next modal dialog of that kind.
-    template <class Dialog>
-    void answer(std::function<void(Dialog&)> act) {
-        auto* watch = new QTimer(page.get());
-        QObject::connect(watch, &QTimer::timeout, [watch, act] {
-            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-            if (!dialog) return;
-            watch->stop();
-            watch->deleteLater();
-            act(*dialog);
-        });
-        watch->start(20);
-    }
     /// Presses a select button and answers its file dialog; cancels it without a file.
     void select(const char* button, const std::string& file) {
-        answer<QFileDialog>([this, file](QFileDialog& dialog) {
-            if (file.empty()) {
+        driver.expect<QFileDialog>([this, file](QFileDialog& dialog) {
+            if (file.empty())
                 dialog.reject();
-                return;
-            }
-            auto* name = dialog.findChild<QLineEdit*>();
-            name->setText(QString::fromStdString((folder / file).string()));
-            QTest::keyClick(name, Qt::Key_Return);
+            else
+                choose_file(dialog, folder / file);
         });
         press(button);
     }
@@ -97,6 +81,7 @@ class Pages : public ProjectTest {
 
     Worker worker;
     std::unique_ptr<BasicPage> page;
+    ModalDriver driver;
 };
 
 TEST_F(Pages, ResultsTellWhenTheyAreOutOfDateAndAreSaved) {
@@ -123,18 +108,17 @@ TEST_F(Pages, ResultsTellWhenTheyAreOutOfDateAndAreSaved) {
     image drawn = *get_images().find(image_names::ratio);
     drawn.markers.markers.clear();
     get_images().add(std::move(drawn));
-    answer<QMessageBox>([](QMessageBox& box) {
-        EXPECT_TRUE(box.text().contains(QStringLiteral("I/Iref")));
-        box.button(QMessageBox::No)->click();
-    });
+    driver.answer = QMessageBox::No;
     press("calc_ratio_btn");
+    ASSERT_EQ(driver.boxes.size(), 1u);
+    EXPECT_THAT(driver.boxes[0].text, testing::HasSubstr("I/Iref"));
     EXPECT_TRUE(get_images().find(image_names::ratio)->markers.markers.empty());
 
     press("save_field_btn");
     EXPECT_TRUE(std::filesystem::exists(folder / "pressure.imp"));
     put_file(folder / "pressure.imp", "old");
-    answer<QMessageBox>([](QMessageBox& box) { box.button(QMessageBox::No)->click(); });
     press("save_field_btn");
+    EXPECT_EQ(driver.boxes.size(), 2u);
     EXPECT_EQ(get_file(folder / "pressure.imp"), "old");
 }
 
@@ -270,7 +254,7 @@ TEST_F(Pages, DroppedFilesFindTheirPlace) {
     show_page<FormSingleBasic>();
     EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "wind_on.tif").string())));
     EXPECT_TRUE(get_images().find(image_names::wind_on_sens));
-    answer<QInputDialog>([](QInputDialog& question) { question.accept(); });
+    driver.expect<QInputDialog>([](QInputDialog& question) { question.accept(); });
     put_file(folder / "picture.tif", get_file(folder / "wind_off.tif"));
     EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "picture.tif").string())));
     EXPECT_TRUE(get_images().find(image_names::wind_off_sens)) << "the first place offered";

@@ -1,11 +1,7 @@
 #include <QApplication>
-#include <QDialogButtonBox>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
 #include <QTextBrowser>
-#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -13,6 +9,7 @@
 #include "process/project/project_tasks.h"
 #include "process/steps/chain.h"
 #include "sample/synthetic_point.h"
+#include "tests/support/modal_driver.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {
@@ -32,17 +29,6 @@ class PointCheckWindow : public ProjectTest {
         ASSERT_EQ(run(*vyn::calculate(Goal::all, program_session(), report)), TaskOutcome::done);
     }
 
-    /// Presses a button of the dialog that asks for a file, and answers.
-    static void press_and_choose(QDialog& dialog, const char* button, const std::string& file) {
-        QTimer::singleShot(100, [file] {
-            auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            ASSERT_TRUE(chooser);
-            chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
-                ->setText(QString::fromStdString(file));
-            static_cast<QDialog*>(chooser)->accept();
-        });
-        QTest::mouseClick(dialog.findChild<QPushButton*>(QLatin1String(button)), Qt::LeftButton);
-    }
     static std::string text_of(const QDialog& dialog) {
         return dialog.findChild<QTextBrowser*>(QStringLiteral("txt_check"))
             ->toPlainText()
@@ -53,28 +39,27 @@ class PointCheckWindow : public ProjectTest {
     Worker worker;
 };
 
-/// The dialog is modal, so timers press its buttons; the page in the file is the page shown.
+/// The page in the file is the page shown.
 TEST_F(PointCheckWindow, ShowsAndExportsThePage) {
     compute_point();
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QBusyBox box(worker);
     std::string first;
     std::string with_ports;
-    QTimer look;
-    QObject::connect(&look, &QTimer::timeout, [&] {
-        auto* dialog = qobject_cast<PointCheckDialog*>(QApplication::activeModalWidget());
-        if (!dialog) return;
-        look.stop();
-        first = text_of(*dialog);
-        press_and_choose(*dialog, "btn_ports", folder / "ports.mrk");
-        with_ports = text_of(*dialog);
-        press_and_choose(*dialog, "btn_export", folder / "check");
-        QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close),
-                          Qt::LeftButton);
+    ModalDriver driver;
+    driver.expect<PointCheckDialog>([&](PointCheckDialog& dialog) {
+        const auto press_and_choose = [&](const char* button, const std::string& file) {
+            driver.expect([file](QDialog& files) { choose_file(files, file); });
+            QTest::mouseClick(dialog.findChild<QPushButton*>(QLatin1String(button)),
+                              Qt::LeftButton);
+        };
+        first = text_of(dialog);
+        press_and_choose("btn_ports", folder / "ports.mrk");
+        with_ports = text_of(dialog);
+        press_and_choose("btn_export", folder / "check");
+        dialog.reject();
     });
-    look.start(20);
     show_point_check(box, report, nullptr);
-    EXPECT_FALSE(look.isActive());
     EXPECT_THAT(first, testing::HasSubstr("The pictures are aligned."));
     EXPECT_THAT(first, testing::HasSubstr("Wind-On Reference to Wind-Off Reference"));
     EXPECT_THAT(first, testing::HasSubstr("No ports with pressures were given."));
