@@ -278,6 +278,7 @@ TEST_F(InSitu, AFailureIsSaidInABoxAndInTheLogAndStoresNothing) {
     const auto before = vyn_db().revision();
     const LogCapture log;
     calculate();
+    set_ports(port_file());
     get_images().clear();
     calculate();
     ASSERT_EQ(driver.boxes.size(), 2U);
