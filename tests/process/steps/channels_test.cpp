@@ -84,7 +84,9 @@ TEST_F(ChannelsTest, TheReportShowsBothWaysAndThreadsDoNot) {
     ASSERT_EQ(calculate(), TaskOutcome::done);
     const auto first = get_images().find(image_names::field);
     EXPECT_EQ(get_images().find(image_names::wind_off_refe_cor)->width(), 175);
-    EXPECT_EQ(get_images().find(image_names::wind_on_refe_aligned)->width(), 200);
+    const auto aligned = get_images().find(image_names::wind_on_refe_aligned);
+    EXPECT_EQ(aligned->width(), 200);
+    EXPECT_EQ(aligned->markers, get_images().find(image_names::wind_off_sens_cor)->markers);
     for (const int threads : {1, 2}) {
         const ThreadLimit limit(threads);
         ASSERT_EQ(calculate(), TaskOutcome::done);

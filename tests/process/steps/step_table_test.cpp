@@ -166,6 +166,11 @@ TEST_P(StepFactsHold, SettingsAndImagesAreThoseOfTheRow) {
             given.push_back(result.name);
             deciding.insert(deciding.end(), result.settings.begin(), result.settings.end());
         }
+        for (const std::string& name : given) {
+            image old(1, 1);
+            old.name = name;
+            images.imagesList::add(std::make_shared<const image>(std::move(old)));
+        }
         forget();
         const Alignment handed_on = alignment;
         ASSERT_EQ(run(step), TaskOutcome::done);
@@ -187,6 +192,9 @@ TEST_P(StepFactsHold, SettingsAndImagesAreThoseOfTheRow) {
                             facts.takes.end() ||
                         covers(given, name))
                 << name << " is not taken";
+        for (const std::string& name : given)
+            EXPECT_TRUE(images.published.contains(name) || !images.find(name))
+                << "an old " << name << " stays";
         for (const std::string& name : images.published)
             EXPECT_TRUE(covers(given, name)) << name << " is not given";
 
@@ -243,6 +251,11 @@ INSTANTIATE_TEST_SUITE_P(
         Scenario{"lifetime", Channels::lifetime, everything_on()},
         Scenario{"gates_without_wind_off", Channels::lifetime, {}, true},
         Scenario{"single_bending", Channels::single, everything_on(), false, 1},
+        Scenario{"single_texture_alone",
+                 Channels::single,
+                 {{align + "markers_enable", any(0)}},
+                 false,
+                 1},
         Scenario{"binary_bending", Channels::binary, {}, false, 1}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
