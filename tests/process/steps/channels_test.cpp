@@ -110,6 +110,9 @@ TEST_F(ChannelsTest, AnAbortedRatioLeavesTheAlignedPicturesOfTheOldOne) {
     write(vyn_db(), keys::filter_enable, 1);
     EXPECT_THROW(vyn::calculate(Goal::ratio, program_session(), report)->run(stopped), Aborted);
     EXPECT_EQ(get_images().find(image_names::wind_on_refe_aligned), aligned);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_TRUE(same_bits(*get_images().find(image_names::wind_on_refe_aligned), *aligned))
+        << "filters come after sampling";
 }
 
 /// The two ways round the pictures differ when one mapping is wrong, and the report shows it.
@@ -148,10 +151,23 @@ TEST_F(ChannelsTest, APixelExcludedInOnePictureIsExcludedInTheRatio) {
     // 25 pixels of a camera with 7/8 of the resolution.
     EXPECT_NEAR(static_cast<double>(before - valid(*ratio)), 25 / 0.766, 8);
     const SyntheticCamera camera = reference_camera(point.options);
-    const Point place =
-        inverse_mapped(camera.ideal_from_laboratory, ideal_position(camera.lens, {82, 62}));
-    const Point on_model = point.wind_on_from_wind_off.inverse(place).value();
-    EXPECT_EQ(ratio->mask()(static_cast<int>(on_model.x), static_cast<int>(on_model.y)), 1);
+    const auto excluded_at = [&](const image& picture, Point seen) {
+        const Point place =
+            inverse_mapped(camera.ideal_from_laboratory, ideal_position(camera.lens, seen));
+        const Point on_model = point.wind_on_from_wind_off.inverse(place).value();
+        return picture.mask()(static_cast<int>(on_model.x), static_cast<int>(on_model.y)) != 0;
+    };
+    EXPECT_TRUE(excluded_at(*ratio, {82, 62}));
+    EXPECT_FALSE(excluded_at(*ratio, {102, 62}));
+
+    image outside = *get_images().find(image_names::wind_on_refe);
+    outside.fill_region(1);
+    for (int y = 60; y < 65; ++y)
+        for (int x = 100; x < 105; ++x)
+            outside.region()(x, y) = 0;
+    get_images().add(std::move(outside));
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_TRUE(excluded_at(*get_images().find(image_names::ratio), {102, 62}));
 }
 
 TEST_F(ChannelsTest, MarkersAreFoundInAllFourPictures) {
