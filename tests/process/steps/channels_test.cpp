@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "api/field_conversion.h"
+#include "api/filters.h"
 #include "api/parallel.h"
 #include "core/errors.h"
 #include "core/keys.h"
@@ -104,15 +106,27 @@ TEST_F(ChannelsTest, AnAbortedRatioLeavesTheAlignedPicturesOfTheOldOne) {
     struct StoppedWhileFiltering : TaskContext {
         bool aborted() const override { return snapshot().status == "Filtering Wind On"; }
     } stopped;
-    open_point({.width = 200, .height = 150, .channels = Channels::binary});
+    open_point({.width = 200, .height = 150, .channels = Channels::lifetime});
     ASSERT_EQ(calculate(), TaskOutcome::done);
     const auto aligned = get_images().find(image_names::wind_on_refe_aligned);
     write(vyn_db(), keys::filter_enable, 1);
+    write(vyn_db(), keys::filter_type, 4);
+    write(vyn_db(), keys::filter_dx, 5);
     EXPECT_THROW(vyn::calculate(Goal::ratio, program_session(), report)->run(stopped), Aborted);
     EXPECT_EQ(get_images().find(image_names::wind_on_refe_aligned), aligned);
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_TRUE(same_bits(*get_images().find(image_names::wind_on_refe_aligned), *aligned))
         << "filters come after sampling";
+    const FilterOptions median{.type = FilterType::median, .dx = 5, .dy = 3};
+    const auto smooth = [&](const char* name) {
+        return filtered(*get_images().find(name), median, context);
+    };
+    EXPECT_TRUE(same_bits(
+        *get_images().find(image_names::ratio),
+        form_ratio_of_ratios(
+            {smooth(image_names::wind_off_sens_cor), smooth(image_names::wind_on_sens_aligned),
+             smooth(image_names::wind_off_refe_cor), smooth(image_names::wind_on_refe_aligned)},
+            {}, context)));
 }
 
 /// The two ways round the pictures differ when one mapping is wrong, and the report shows it.
