@@ -5,6 +5,8 @@
 #include <cmath>
 #include <random>
 
+#include "api/median.h"
+
 namespace vyn::pairing_parts {
 
 namespace {

@@ -5,6 +5,7 @@
 
 #include "align/consensus.h"
 #include "align/marker_matching.h"
+#include "api/median.h"
 #include "core/numbers.h"
 
 namespace vyn {

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "align/pairing_parts.h"
+#include "api/median.h"
 
 namespace vyn {
 

@@ -79,10 +79,4 @@ std::optional<PolyTransform> similarity(Point a0, Point a1, Point b0, Point b1) 
     return map;
 }
 
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 }  // namespace vyn::pairing_parts

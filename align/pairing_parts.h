@@ -53,6 +53,4 @@ std::vector<IndexPair> mutual_nearest(std::span<const Point> first, std::span<co
 /// The similarity that takes a0 to b0 and a1 to b1; nothing for points that are the same.
 std::optional<PolyTransform> similarity(Point a0, Point a1, Point b0, Point b1);
 
-double median(std::vector<double> values);
-
 }  // namespace vyn::pairing_parts

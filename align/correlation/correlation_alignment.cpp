@@ -9,6 +9,7 @@
 #include "align/correlation/picture_pyramid.h"
 #include "align/correlation/vector_validation.h"
 #include "align/correlation/warp.h"
+#include "api/median.h"
 #include "core/numbers.h"
 
 namespace vyn {
@@ -89,13 +90,6 @@ BaseField moved_as_a_whole(const PictureLevels& levels, int cell, const BaseFiel
         const Point d = base(at);
         return Point{d.x + by.x * scale, d.y + by.y * scale};
     };
-}
-
-double median(std::vector<double> values) {
-    if (values.empty()) return 0;
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 /// Node by node over the measured ones.

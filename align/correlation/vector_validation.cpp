@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "api/median.h"
+
 namespace vyn {
 
 namespace {
@@ -11,12 +13,6 @@ namespace {
 /// Five times it is five standard deviations of normal errors.
 constexpr double deviation_of_median = 1.4826;
 constexpr double far_off = 5;
-
-double median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
 
 /// One component of the vectors around a node.
 struct Neighbours {

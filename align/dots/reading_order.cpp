@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "api/median.h"
+
 namespace vyn {
 
 namespace {
@@ -13,13 +15,6 @@ constexpr double max_row_slope = 0.3;
 /// Points this share of the typical distance to the nearest neighbour below a row's first point
 /// begin a new row.
 constexpr double row_height = 0.5;
-
-double median(std::vector<double> values) {
-    if (values.empty()) return 0;
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
 
 struct Neighbours {
     double slope = 0;     ///< typical tilt of a row
