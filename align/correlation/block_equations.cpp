@@ -374,9 +374,9 @@ TexturePowers PairComparison::powers(double low_pass, Progress& progress) const 
     constexpr int sampled_share = 8;
     constexpr double alike = 0.3;
     const int rows = parts_->grid.rows();
+    const int most_samples = std::max(rows / rows_per_sample, 1);
     const int samples = std::clamp(rows / (rows_per_sample * sampled_share),
-                                   std::min(least_samples, (rows + 1) / rows_per_sample),
-                                   std::max(rows / rows_per_sample, 1));
+                                   std::min(least_samples, most_samples), most_samples);
     std::vector<TexturePowers> parts(static_cast<std::size_t>(std::max(samples, 1)));
     const Gauss gauss(low_pass);
     parallel_rows(static_cast<int>(parts.size()), 1, progress, [&](int i, int) {

@@ -44,7 +44,8 @@ TEST(Loads, OfALinearPressureOnAClosedBody) {
                 EXPECT_NEAR(sum.moment[i], moment[i], 10 * scale);
         }
         put_pressure(mesh, [](const Vec3&) { return 1e5; });
-        for (const double force : surface_loads(mesh, surface, request).back().force)
+        const auto even = surface_loads(mesh, surface, request);
+        for (const double force : even.back().force)
             EXPECT_NEAR(force, 0, scale);
     }
 }
