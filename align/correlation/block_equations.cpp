@@ -325,8 +325,7 @@ BlockEquations PairComparison::equations(double low_pass, Progress& progress) co
         for (int j = -reach; j <= reach; ++j)
             for (int i = -reach; i <= reach; ++i) {
                 if (c + i < 0 || c + i >= columns || r + j < 0 || r + j >= rows) continue;
-                const double share = shares[static_cast<std::size_t>(i + reach)] *
-                                     shares[static_cast<std::size_t>(j + reach)];
+                const double share = *(shares.begin() + reach + i) * *(shares.begin() + reach + j);
                 const float* const block = blocks.at(c + i, r + j);
                 for (std::size_t q = 0; q < cell.size(); ++q)
                     cell[q] += share * static_cast<double>(block[q]);
