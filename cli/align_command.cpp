@@ -37,6 +37,7 @@ struct AlignCommand {
     bool by_texture = false;
     bool global = false;
     bool relative = false;
+    bool allow_unaligned = false;
     bool force = false;
     CorrelationOptions texture;
 };
@@ -157,6 +158,9 @@ ExitStatus align(AlignCommand command) {
         found.map = found.by_markers;
     }
     if (command.by_texture) align_by_texture(command, off, on, found, progress);
+    // What the markers left, the texture has corrected.
+    if (found.match && found.match->poor && !found.displacement && !command.allow_unaligned)
+        throw AlgoError("Aligning Images FAILED!", found.match->notes.back());
 
     const nlohmann::json provenance = provenance_of(command);
     if (!command.aligned.empty()) {
@@ -211,6 +215,8 @@ Work prepare_align(CLI::App& app, const GlobalOptions&) {
     app.add_flag("--relative", command->relative,
                  "write as displacement what the markers leave to the texture");
     app.add_option("--report", command->report, "what was found, as JSON");
+    app.add_flag("--allow-unaligned", command->allow_unaligned,
+                 "write results even when the markers align the images poorly");
     app.add_flag("--force", command->force, "replace existing files");
     return [command] { return align(*command); };
 }

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "api/image_io.h"
+#include "process/point/marker_io.h"
 #include "tests/cli/program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -80,6 +81,23 @@ TEST_F(Align, WritesWhatTheMarkersSayAndWhatTheyLeave) {
         align("wind_off.tif", "wind_on.tif", {"--qped", "--displacement", folder / "d.dat"});
     EXPECT_EQ(map.status, 0) << map.err;
     EXPECT_THAT(get_file(folder / "d.dat"), HasSubstr("ZONE T=\"wind_on.tif\" I=39,J=29,K=1"));
+}
+
+TEST_F(Align, RefusesMarkersThatDoNotAgree) {
+    // The wind-off picture's markers, some moved: no mapping of order 0 takes them there.
+    MarkerSet moved = read_marker_file(folder / "s/wind_off.mrk", 240);
+    for (std::size_t i = 0; i < moved.markers.size(); ++i)
+        moved.markers[i].x += i % 2 == 0 ? 6 : -6;
+    write_marker_file(folder / "moved.mrk", moved);
+    const std::vector<std::string> options{
+        "--markers", folder / "s/wind_off.mrk", folder / "moved.mrk", "--order", "0",
+        "--out",     folder / "o.tif"};
+    const ProgramRun refused = align("wind_off.tif", "wind_off.tif", options);
+    EXPECT_EQ(refused.status, 1) << refused.err;
+    EXPECT_THAT(refused.err, HasSubstr("oorly aligned"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "o.tif"));
+    EXPECT_EQ(align("wind_off.tif", "wind_off.tif", joined(options, {"--allow-unaligned"})).status,
+              0);
 }
 
 TEST_F(Align, RefusesWhatCannotBeAndLeavesNothing) {
