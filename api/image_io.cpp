@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <fstream>
 #include <system_error>
@@ -16,6 +17,8 @@ namespace vyn {
 namespace fs = std::filesystem;
 
 namespace {
+
+std::atomic<OriginInFiles> origin_in_files{OriginInFiles::told};
 
 constexpr const char* unreadable = "Can't open file for reading!";
 constexpr const char* unwritable = "Error writing file";
@@ -195,9 +198,15 @@ void write_image(const image& picture, const fs::path& file, const ImageWriteOpt
     picture.check_planes();
     const auto& format = format_of_extension(get_2dio(), file, &FormatInfo::can_write, unwritable);
     if (picture.values().empty()) fail(unwritable, file, "the image has no pixels");
+    image written = picture;
+    if (origin_in_files == OriginInFiles::left_out) written.origin.clear();
     writing(file, [&](const fs::path& temporary) {
-        format.write(picture, temporary, options, progress);
+        format.write(written, temporary, options, progress);
     });
+}
+
+void set_origin_in_files(OriginInFiles choice) {
+    origin_in_files = choice;
 }
 
 void write_image(const image& picture, const fs::path& file, const ImageWriteOptions& options) {

@@ -34,6 +34,12 @@ struct ImageWriteOptions {
     Depth depth = Depth::sixteen_bit;
 };
 
+/// Whether image files tell what their images came from (`ImageAttributes::origin`).
+enum class OriginInFiles { told, left_out };
+
+/// For the whole program, before it starts to write; told unless chosen.
+void set_origin_in_files(OriginInFiles choice);
+
 /// How sure a format is that a file which it recognises by its head is its own.
 enum class Claim { none, likely, certain };
 

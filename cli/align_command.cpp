@@ -15,9 +15,9 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/version.h"
-#include "process/point/digest.h"
 #include "process/point/marker_io.h"
 #include "process/report/json_text.h"
+#include "process/report/provenance.h"
 #include "process/report/run_report_json.h"
 
 namespace vyn::cli {
@@ -124,15 +124,12 @@ void write_displacement(const AlignCommand& command, const image& off, const Fou
 }
 
 nlohmann::json provenance_of(const AlignCommand& command) {
-    const auto file = [](const std::string& name) {
-        return nlohmann::json{{"file", name}, {"sha256", file_sha256(name)}};
-    };
     nlohmann::json result{{"program", std::string("VynLite ") + program_version},
-                          {"wind_off", file(command.off)},
-                          {"wind_on", file(command.on)}};
+                          {"wind_off", source_file(command.off)},
+                          {"wind_on", source_file(command.on)}};
     if (!command.markers.empty()) {
-        result["wind_off_markers"] = file(command.markers[0]);
-        result["wind_on_markers"] = file(command.markers[1]);
+        result["wind_off_markers"] = source_file(command.markers[0]);
+        result["wind_on_markers"] = source_file(command.markers[1]);
         result["order"] = command.order;
     }
     if (command.by_texture)

@@ -8,8 +8,8 @@
 #include "cli/interrupt.h"
 #include "cli/settings.h"
 #include "core/version.h"
-#include "process/point/digest.h"
 #include "process/report/json_text.h"
+#include "process/report/provenance.h"
 
 namespace vyn::cli {
 
@@ -26,9 +26,8 @@ ExitStatus convert(const ConvertOptions& options) {
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     InterruptProgress progress;
     const image picture = read_image(options.source, progress);
-    const nlohmann::json provenance = {
-        {"program", std::string("VynLite ") + program_version},
-        {"converted_from", {{"file", options.source}, {"sha256", file_sha256(options.source)}}}};
+    const nlohmann::json provenance = {{"program", std::string("VynLite ") + program_version},
+                                       {"converted_from", source_file(options.source)}};
     ImageWriteOptions write_options;
     if (options.scale) write_options.scale = ImageWriteOptions::Scale::stretch;
     write_options.provenance = json_text(provenance);

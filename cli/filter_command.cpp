@@ -8,8 +8,8 @@
 #include "cli/interrupt.h"
 #include "cli/settings.h"
 #include "core/version.h"
-#include "process/point/digest.h"
 #include "process/report/json_text.h"
+#include "process/report/provenance.h"
 
 namespace vyn::cli {
 
@@ -26,19 +26,18 @@ struct FilterCommand {
 
 std::string provenance_of(const FilterCommand& command) {
     const FilterOptions& filter = command.filter;
-    const nlohmann::json provenance = {
-        {"program", std::string("VynLite ") + program_version},
-        {"filtered_from", {{"file", command.source}, {"sha256", file_sha256(command.source)}}},
-        {"filter",
-         {{"type", command.type},
-          {"dx", filter.dx},
-          {"dy", filter.dy},
-          {"min", filter.min},
-          {"max", filter.max},
-          {"fill", filter.fill_percent},
-          {"range", filter.range_percent},
-          {"iterations", filter.iterations},
-          {"holes_only", command.holes_only}}}};
+    const nlohmann::json provenance = {{"program", std::string("VynLite ") + program_version},
+                                       {"filtered_from", source_file(command.source)},
+                                       {"filter",
+                                        {{"type", command.type},
+                                         {"dx", filter.dx},
+                                         {"dy", filter.dy},
+                                         {"min", filter.min},
+                                         {"max", filter.max},
+                                         {"fill", filter.fill_percent},
+                                         {"range", filter.range_percent},
+                                         {"iterations", filter.iterations},
+                                         {"holes_only", command.holes_only}}}};
     return json_text(provenance);
 }
 

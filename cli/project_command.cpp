@@ -14,9 +14,9 @@
 #include "process/model/field_on_mesh.h"
 #include "process/model/model_inputs.h"
 #include "process/model/resect_json.h"
-#include "process/point/digest.h"
 #include "process/point/marker_io.h"
 #include "process/report/json_text.h"
+#include "process/report/provenance.h"
 
 namespace vyn::cli {
 
@@ -102,9 +102,8 @@ ExitStatus work(const ProjectArguments& arguments) {
     field_data<double> mesh = with_wanted_mirror(read_field(arguments.mesh, progress), data);
     const std::string unit = mesh_unit_of(mesh, data);
     const Inputs inputs = read_inputs(arguments, progress);
-    nlohmann::json report = {
-        {"program", std::string("VynLite ") + program_version},
-        {"mesh", {{"file", arguments.mesh}, {"sha256", file_sha256(arguments.mesh)}}}};
+    nlohmann::json report = {{"program", std::string("VynLite ") + program_version},
+                             {"mesh", source_file(arguments.mesh)}};
     const auto poses = find_poses(arguments, inputs, data, unit, report, progress);
 
     std::vector<ProjectedView> views;

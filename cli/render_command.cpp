@@ -12,8 +12,8 @@
 #include "core/errors.h"
 #include "core/numbers.h"
 #include "core/version.h"
-#include "process/point/digest.h"
 #include "process/point/marker_io.h"
+#include "process/report/provenance.h"
 #include "render/picture.h"
 
 namespace vyn::cli {
@@ -64,14 +64,13 @@ std::string own_label(const image& picture) {
 
 PngTexts describe(const RenderOptions& options, const PictureOptions& drawing) {
     const std::string program = std::string("VynLite ") + program_version;
-    const nlohmann::ordered_json provenance = {
-        {"program", program},
-        {"rendered_from", {{"file", options.source}, {"sha256", file_sha256(options.source)}}},
-        {"title", options.title},
-        {"quantity", drawing.label},
-        {"palette", options.palette},
-        {"minimum", drawing.limits.minimum},
-        {"maximum", drawing.limits.maximum}};
+    const nlohmann::ordered_json provenance = {{"program", program},
+                                               {"rendered_from", source_file(options.source)},
+                                               {"title", options.title},
+                                               {"quantity", drawing.label},
+                                               {"palette", options.palette},
+                                               {"minimum", drawing.limits.minimum},
+                                               {"maximum", drawing.limits.maximum}};
     return {{"Software", program},
             {"Comment", provenance.dump(-1, ' ', /*ensure_ascii=*/true,
                                         nlohmann::json::error_handler_t::replace)}};

@@ -10,9 +10,9 @@
 #include "process/model/field_on_mesh.h"
 #include "process/model/model_inputs.h"
 #include "process/model/resect_json.h"
-#include "process/point/digest.h"
 #include "process/point/project_paths.h"
 #include "process/report/json_text.h"
+#include "process/report/provenance.h"
 
 namespace vyn {
 
@@ -29,9 +29,8 @@ std::string history_of(const dataSetInterface& data, const std::filesystem::path
             settings[key.path] = format_setting(value);
     }
     return json_text({{"program", std::string("VynLite ") + program_version},
-                      {"mesh", mesh.string()},
-                      {"mesh_sha256", known_file_sha256(mesh)},
-                      {"settings", std::move(settings)}});
+                      {"mesh", source_file(mesh)},
+                      {"settings", told_settings(std::move(settings))}});
 }
 
 }  // namespace

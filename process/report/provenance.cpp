@@ -12,6 +12,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "api/image_io.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/version.h"
@@ -155,6 +156,18 @@ json provenance(const image& picture, const imagesList& images) {
 
 void set_provenance_detail(ProvenanceDetail detail) {
     chosen_detail = detail;
+    set_origin_in_files(detail == ProvenanceDetail::full ? OriginInFiles::told
+                                                         : OriginInFiles::left_out);
+}
+
+json source_file(const std::filesystem::path& file) {
+    json source{{"sha256", file_sha256(file)}};
+    if (chosen_detail == ProvenanceDetail::full) source["file"] = file.string();
+    return source;
+}
+
+json told_settings(json settings) {
+    return chosen_detail == ProvenanceDetail::full ? std::move(settings) : json::object();
 }
 
 std::string for_report(std::string text, const dataSetInterface& data, const imagesList& images) {

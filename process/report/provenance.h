@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include <nlohmann/json_fwd.hpp>
@@ -21,8 +22,15 @@ nlohmann::json provenance(const image& picture, const imagesList& images);
 /// the digests of the inputs, but no paths and no settings.
 enum class ProvenanceDetail { full, anonymous };
 
-/// For the whole program, before it starts to write.
+/// For the whole program, before it starts to write; images then leave out their origin, too.
 void set_provenance_detail(ProvenanceDetail detail);
+
+/// A file that something was made from: its name, unless names are not to be told, and its digest.
+/// Raises FileError.
+nlohmann::json source_file(const std::filesystem::path& file);
+
+/// Settings for what is written: as they are, or nothing where settings are not to be told.
+nlohmann::json told_settings(nlohmann::json settings);
 
 /// A text for a report of the point: without the folders of its files where these are not to be
 /// told.

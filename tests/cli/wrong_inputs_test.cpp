@@ -208,10 +208,15 @@ TEST(Anonymous, TellsNoPathsAndSettings) {
         const ProgramRun run = run_program(arguments);
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(run.err, "");
-        for (const char* file : {"r.tif", "r.json", "r.html"}) {
+        std::vector<std::string> copy{"convert", folder / "r.tif", folder / "c.tif", "--force"};
+        if (anonymous) copy.emplace_back("--anonymous");
+        EXPECT_EQ(run_program(copy).status, 0);
+        for (const char* file : {"r.tif", "r.json", "r.html", "c.tif"}) {
             const std::string text = get_file(folder / file);
             EXPECT_EQ(text.find(folder.path().string()) == std::string::npos, anonymous) << file;
         }
+        EXPECT_EQ(get_file(folder / "r.tif").find("filter_thinning") == std::string::npos,
+                  anonymous);
         EXPECT_EQ(get_file(folder / "r.json").find("gamma11") == std::string::npos, anonymous);
     }
 }
