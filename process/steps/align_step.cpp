@@ -58,11 +58,6 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
     return match;
 }
 
-void mark_failed(RunReport& report) {
-    get_log().write(LogLevel::error, "Aligning Images FAILED!");
-    report.aligned = false;
-}
-
 /// The mapping moved from reference; nothing when there is none.
 std::optional<PolyTransform> mapping(const image& reference, const image& moved,
                                      const MarkerMatchOptions& options, RunReport& report,
@@ -126,7 +121,7 @@ void align_reference_camera(const StepRun& run, const CorrectedPictures& picture
                                    *signal_off_picture, *reference_off_picture, options);
     const auto cameras = mapping(*signal_off_picture, *reference_off_picture, options, report,
                                  report.channels->cameras);
-    if (!reference_on || !cameras) mark_failed(report);
+    if (!reference_on || !cameras) report.aligned = false;
     run.alignment.from_frame[2] = path_through({cameras});
     run.alignment.from_frame[3] = path_through({cameras, reference_on});
     if (signal_on && reference_on && cameras)
@@ -175,12 +170,13 @@ TaskOutcome align_by_markers(const StepRun& run) {
     run.alignment.copied =
         !signal_map && !reference_off && alone && copy_accepted(report.alignment, run.context);
     report.copied = run.alignment.copied;
-    if (!signal_map && !report.copied) mark_failed(report);
-    if (!reference_off) return TaskOutcome::done;
+    if (!signal_map && !report.copied) report.aligned = false;
     if (experiment_type(data) == ExperimentType::lifetime)
         run.alignment.from_frame[3] = run.alignment.from_frame[1];
-    else
+    else if (reference_off)
         align_reference_camera(run, *pictures, signal_map);
+    if (alone && report.aligned == false)
+        get_log().write(LogLevel::error, "Aligning Images FAILED!");
     return TaskOutcome::done;
 }
 

@@ -6,6 +6,7 @@
 #include "process/steps/step_table.h"
 #include "tests/process/steps/synthetic_point_fixture.h"
 #include "tests/support/error_of.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/warns.h"
 
 namespace vyn::test {
@@ -112,6 +113,30 @@ TEST_F(CorrelationStep, AlignsBothChannelsOfBinaryPaint) {
     remove_results(get_images());
     for (const char* name : names::results)
         EXPECT_FALSE(get_images().find(name)) << name;
+}
+
+TEST_F(CorrelationStep, AlignsBothGatesByOne) {
+    SyntheticOptions options = bent;
+    options.channels = Channels::lifetime;
+    open_point(options);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_LE(field_error(), 2e-3);
+}
+
+/// Neither a failure nor the question whether to copy the picture, as long as the texture may do.
+TEST_F(CorrelationStep, AlignsWhatTheMarkersDoNot) {
+    struct Asked : TaskContext {
+        bool question(const std::string& /*text*/) override { return asked = true; }
+        bool asked = false;
+    } asked;
+    open_point(bent, {without(keys::wind_on_sens_mark_file)});
+    report = std::make_shared<RunReport>();
+    const LogCapture log;
+    EXPECT_EQ(vyn::calculate(Goal::all, program_session(), report)->run(asked), TaskOutcome::done);
+    EXPECT_FALSE(asked.asked);
+    EXPECT_EQ(report->aligned, true);
+    EXPECT_LE(field_error(), 1e-3);
+    EXPECT_THAT(log.lines(), testing::Not(testing::Contains(HasSubstr("FAILED"))));
 }
 
 /// The markers' alignment stands, and without them there is none.
