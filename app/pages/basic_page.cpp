@@ -167,8 +167,9 @@ void BasicPage::run_step(PageStep step) {
     if (step == PageStep::save_field ? !may_replace_field() : !may_replace_results(step)) return;
     // A trial says nothing of how the present field was made.
     if (step != PageStep::save_field && step != PageStep::try_texture) report_ = report;
-    run(job);
-    if (step == PageStep::try_texture) show_trial(*report);
+    const TaskOutcome outcome = run(job);
+    if (step == PageStep::try_texture && outcome <= TaskOutcome::done_with_errors)
+        show_trial(*report);
 }
 
 bool BasicPage::may_replace_field() {

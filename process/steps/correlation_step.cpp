@@ -21,11 +21,13 @@ constexpr std::array given{image_names::displacement, image_names::displacement_
 std::optional<CorrelationResult> aligned_by_texture(const StepRun& run, const image& off,
                                                     const image& on,
                                                     const std::optional<ImageMap>& known,
-                                                    CorrelationReport& found, Progress& progress) {
+                                                    std::optional<CorrelationReport>& report,
+                                                    Progress& progress) {
     StartMapping start;
     if (known) start = [map = *known](Point at) { return map.at(at); };
     CorrelationResult result =
         align_by_correlation(off, on, correlation_options(run.session.data), start, progress);
+    CorrelationReport& found = report.emplace();
     found.statistics = result.statistics;
     found.failure = result.failure;
     if (!result.failure.empty()) {
@@ -50,8 +52,8 @@ bool align_reference(const StepRun& run, const CorrectedPictures& pictures, Prog
     std::optional<ImageMap> known;
     if (channels.reference && channels.reference->ok)
         known = ImageMap().then(channels.reference->moved_from_reference);
-    const auto result = aligned_by_texture(run, *pictures[2], *pictures[3], known,
-                                           channels.correlation.emplace(), progress);
+    const auto result =
+        aligned_by_texture(run, *pictures[2], *pictures[3], known, channels.correlation, progress);
     if (!result) return known.has_value();
     ImageMap map = run.alignment.from_frame[2].value_or(ImageMap());
     run.alignment.from_frame[3] = map.then(map_of(*result));
@@ -110,8 +112,8 @@ TaskOutcome align_by_texture(const StepRun& run) {
     SubProgress signal(run.context, 0, reference_off ? 0.45 : 0.9);
     SubProgress reference(run.context, 0.45, 0.9);
     SubProgress publishing(run.context, 0.9, 1);
-    const auto result = aligned_by_texture(run, *signal_off, *signal_on, known,
-                                           run.report.correlation.emplace(), signal);
+    const auto result =
+        aligned_by_texture(run, *signal_off, *signal_on, known, run.report.correlation, signal);
     if (result) run.alignment.from_frame[1] = map_of(*result);
     bool aligned = result || known;
     if (experiment_type(data) == ExperimentType::lifetime)

@@ -81,7 +81,19 @@ class Pages : public ProjectTest {
 
     Worker worker;
     std::unique_ptr<BasicPage> page;
+    /// From now on the busy box is closed when it says that there are errors.
+    void close_boxes_with_errors() {
+        QObject::connect(&close_box, &QTimer::timeout, [] {
+            auto* box = qobject_cast<QBusyBox*>(QApplication::activeModalWidget());
+            auto* button =
+                box ? box->findChild<QPushButton*>(QStringLiteral("abort_btn")) : nullptr;
+            if (button && button->text() == QStringLiteral("There are errors!")) button->click();
+        });
+        close_box.start(20);
+    }
+
     ModalDriver driver;
+    QTimer close_box;
 };
 
 TEST_F(Pages, ResultsTellWhenTheyAreOutOfDateAndAreSaved) {
@@ -150,6 +162,15 @@ TEST_F(Pages, TheAlignmentByTextureIsTriedWithoutTouchingTheField) {
         return child<QLabel>("run_state")->text().contains(QStringLiteral("cells measured"));
     }));
     EXPECT_EQ(get_images().find(image_names::field), field);
+
+    viewed.clear();
+    write(vyn_db(), keys::qped_cell, 400);
+    close_boxes_with_errors();
+    press("try_texture_btn");
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return child<QLabel>("run_state")->text().contains(QStringLiteral("cell of 400"));
+    })) << child<QLabel>("run_state")->text().toStdString();
+    EXPECT_EQ(viewed, "");
 }
 
 TEST_F(Pages, NumbersThatAreNoneAreMarkedAndNotWritten) {
@@ -235,13 +256,7 @@ TEST_F(Pages, ABrokenFileKeepsTheOldStateAndSaysWhy) {
     open_project();
     put_file(folder / "text.tif", "this is no picture");
     show_page<FormSingleBasic>();
-    QTimer close_box;
-    QObject::connect(&close_box, &QTimer::timeout, [] {
-        auto* box = qobject_cast<QBusyBox*>(QApplication::activeModalWidget());
-        auto* button = box ? box->findChild<QPushButton*>(QStringLiteral("abort_btn")) : nullptr;
-        if (button && button->text() == QStringLiteral("There are errors!")) button->click();
-    });
-    close_box.start(20);
+    close_boxes_with_errors();
     select("wind_off_select", "text.tif");
     EXPECT_EQ(read(vyn_db(), keys::wind_off_sens_file), "wind_off.tif");
     auto* said = child<QLabel>("run_state");

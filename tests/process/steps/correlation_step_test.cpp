@@ -167,6 +167,7 @@ TEST_F(CorrelationStep, EndsWithAnErrorWhenASettingCannotBe) {
     open_point({.width = 96, .height = 72, .bending = 1}, {set("qped_cell", 80)});
     EXPECT_THAT(error_of<AlgoError>([&] { calculate(); }).detail, HasSubstr("cell of 80 pixels"));
     EXPECT_FALSE(get_images().find(names::ratio));
+    EXPECT_FALSE(report->correlation);
 }
 
 }  // namespace
