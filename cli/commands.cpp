@@ -2,8 +2,8 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 16>& commands() {
-    static constexpr std::array<Command, 16> table{{
+const std::array<Command, 17>& commands() {
+    static constexpr std::array<Command, 17> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
@@ -22,6 +22,7 @@ const std::array<Command, 16>& commands() {
         {"mesh", "convert a mesh of the model into another format; say what it holds, check it",
          prepare_mesh},
         {"render", "draw an image in false colour, for papers and reports", prepare_render},
+        {"render3d", "draw a mesh with values in false colour", prepare_render3d},
         {"sample", "make a test point whose true field is known", prepare_sample},
         {"compare", "measure how far a field is from the truth", prepare_compare},
     }};

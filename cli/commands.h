@@ -42,7 +42,7 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 16>& commands();
+const std::array<Command, 17>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
@@ -58,6 +58,7 @@ Work prepare_loads(CLI::App& app, const GlobalOptions& global);
 Work prepare_mesh(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_render(CLI::App& app, const GlobalOptions& global);
+Work prepare_render3d(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);
 Work prepare_compare(CLI::App& app, const GlobalOptions& global);
 

@@ -26,6 +26,7 @@ struct LoadsArguments {
     double chord = 0;
     double span = 0;
     std::string about;
+    std::vector<std::string> hinge;  ///< two points
     double static_pressure = 0;
     double dynamic_pressure = 1;
     double alpha = 0;
@@ -82,6 +83,13 @@ nlohmann::ordered_json patch_json(const PatchLoads& patch, const LoadsArguments&
                              {"CD", wind[0] / q_s},
                              {"CY_wind", wind[1] / q_s},
                              {"CL", wind[2] / q_s}};
+    if (!arguments.hinge.empty()) {
+        const double moment = hinge_moment(patch, parse_vector("--about", arguments.about),
+                                           parse_vector("--hinge", arguments.hinge[0]),
+                                           parse_vector("--hinge", arguments.hinge[1]));
+        entry["hinge_moment"] = moment;
+        entry["coefficients"]["Ch"] = moment / (q_s * arguments.chord);
+    }
     if (patch.force_sigma) entry["force_of_one_sigma_pose"] = *patch.force_sigma;
     return entry;
 }
@@ -93,6 +101,9 @@ ExitStatus work(LoadsArguments arguments) {
         arguments.dynamic_pressure == 0)
         throw UsageError("loads: area, chord and span must be above 0, --dynamic-p not 0");
     const Vec3 about = parse_vector("--about", arguments.about);
+    if (!arguments.hinge.empty() &&
+        parse_vector("--hinge", arguments.hinge[0]) == parse_vector("--hinge", arguments.hinge[1]))
+        throw UsageError("loads: the two points of --hinge are one");
     InterruptProgress progress;
     const field_data<double> mesh = read_field(arguments.field, progress);
     const Surface surface = prepare_surface(mesh, progress);
@@ -136,6 +147,11 @@ Work prepare_loads(CLI::App& app, const GlobalOptions&) {
     app.add_option("--chord", arguments->chord, "reference length of pitching moments");
     app.add_option("--span", arguments->span, "reference length of the other moments");
     app.add_option("--about", arguments->about, "X,Y,Z: point of the moments");
+    app.add_option(
+           "--hinge", arguments->hinge,
+           "X,Y,Z X,Y,Z: two points of an axis; adds the moment about it, right-handed from "
+           "the first to the second")
+        ->expected(2);
     app.add_option("--static-p", arguments->static_pressure,
                    "subtracted from the values; 0 for Cp");
     app.add_option("--dynamic-p", arguments->dynamic_pressure,

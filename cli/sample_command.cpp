@@ -1,12 +1,13 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <tuple>
 
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/interrupt.h"
+#include "cli/picture_arguments.h"
 #include "cli/settings.h"
-#include "core/numbers.h"
 #include "process/steps/field_quantity.h"
 #include "sample/synthetic_point.h"
 
@@ -26,17 +27,6 @@ struct SampleOptions {
     bool force = false;
 };
 
-/// "WxH" in pixels.
-void take_size(const std::string& text, SyntheticOptions& point) {
-    const std::size_t cross = text.find('x');
-    const auto width = parse_int(text.substr(0, cross));
-    const auto height =
-        cross == std::string::npos ? std::nullopt : parse_int(text.substr(cross + 1));
-    if (!width || !height) throw UsageError("--size " + text + ": expected WxH, such as 640x480");
-    point.width = *width;
-    point.height = *height;
-}
-
 /// Shows the share of the rendering done.
 class SampleProgress final : public InterruptProgress {
   public:
@@ -49,7 +39,8 @@ class SampleProgress final : public InterruptProgress {
 
 ExitStatus make_sample(const SampleOptions& options) {
     SyntheticOptions point_options = options.point;
-    if (!options.size.empty()) take_size(options.size, point_options);
+    if (!options.size.empty())
+        std::tie(point_options.width, point_options.height) = parse_size("--size", options.size);
     if (options.noise) point_options.noise = SyntheticOptions::Noise::camera;
     if (options.binary) point_options.channels = SyntheticOptions::Channels::binary;
     if (options.lifetime) point_options.channels = SyntheticOptions::Channels::lifetime;

@@ -9,7 +9,7 @@
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "core/numbers.h"
-#include "mesh/sections.h"
+#include "process/model/chord_lines.h"
 
 namespace vyn::cli {
 
@@ -19,6 +19,8 @@ struct SectionArguments {
     std::string field;
     std::string quantity;
     std::vector<std::string> planes;  ///< AXIS=VALUE
+    std::vector<double> chords;       ///< x/c
+    std::string lines;
     std::string normal;
     std::string point;
     std::string out;
@@ -51,7 +53,10 @@ std::vector<SectionPlane> wanted_planes(const SectionArguments& arguments) {
         const Vec3 unit = (1 / size) * normal;
         planes.push_back({unit, dot(unit, parse_vector("--point", arguments.point))});
     }
-    if (planes.empty()) throw UsageError("section: --plane or --normal and --point is required");
+    if (arguments.chords.empty() != arguments.lines.empty())
+        throw UsageError("section: --xc and --lines belong together");
+    if (planes.empty() && arguments.chords.empty())
+        throw UsageError("section: --plane, --normal and --point, or --xc and --lines is required");
     return planes;
 }
 
@@ -60,9 +65,9 @@ std::string cell(double value) {
 }
 
 /// Points that were not seen are left out and end their piece of the curve.
-void add_rows(const Section& section, std::size_t number, std::string& text) {
+void add_rows(const std::vector<SectionCurve>& curves, std::size_t number, std::string& text) {
     std::size_t piece = 0;
-    for (const SectionCurve& curve : section.curves) {
+    for (const SectionCurve& curve : curves) {
         bool within = false;
         for (const SectionPoint& point : curve.points) {
             if (std::isnan(point.value)) {
@@ -83,6 +88,8 @@ void add_rows(const Section& section, std::size_t number, std::string& text) {
 ExitStatus work(const SectionArguments& arguments) {
     const auto planes = wanted_planes(arguments);
     check_output(arguments.out, arguments.force ? Overwriting::allowed : Overwriting::refused);
+    const ChordLines lines =
+        arguments.lines.empty() ? ChordLines{} : read_chord_lines(arguments.lines);
     InterruptProgress progress;
     const field_data<double> mesh = read_field(arguments.field, progress);
     const Surface surface = prepare_surface(mesh, progress);
@@ -91,12 +98,15 @@ ExitStatus work(const SectionArguments& arguments) {
     for (std::size_t i = 0; i < planes.size(); ++i) {
         const Section section = cut_section(mesh, surface, planes[i], quantity);
         const SectionLoads& loads = section.loads;
-        add_rows(section, i + 1, text);
+        add_rows(section.curves, i + 1, text);
         const auto number = [](double value) { return format_general(value, 6); };
         print("section " + std::to_string(i + 1) + "  chord " + number(loads.chord) + "  cn " +
               number(loads.normal) + "  ca " + number(loads.axial) + "  cm " +
               number(loads.moment) + "  covered " + number(100 * loads.covered_share) + " %\n");
     }
+    for (std::size_t i = 0; i < arguments.chords.size(); ++i)
+        add_rows(cut_at_chord(mesh, surface, lines, arguments.chords[i], quantity),
+                 planes.size() + i + 1, text);
     write_file(arguments.out, text);
     return ExitStatus::done;
 }
@@ -112,6 +122,14 @@ Work prepare_section(CLI::App& app, const GlobalOptions&) {
                    "x=VALUE, y=VALUE or z=VALUE, in the mesh's unit; several give several sections")
         ->take_all()
         ->allow_extra_args(false);
+    app.add_option("--xc", arguments->chords,
+                   "share of the chord between the lines of --lines: the curve along the span; "
+                   "several are possible")
+        ->take_all()
+        ->allow_extra_args(false);
+    app.add_option("--lines", arguments->lines,
+                   "table (CSV) with the columns line, x, y, z: points of the \"leading\" and the "
+                   "\"trailing\" edge in the mesh's unit");
     app.add_option("--normal", arguments->normal, "X,Y,Z: normal of another plane");
     app.add_option("--point", arguments->point, "X,Y,Z: a point of it");
     app.add_option("--out", arguments->out, "table to write (CSV)")->required();

@@ -106,6 +106,11 @@ std::vector<PatchLoads> surface_loads(const Field& mesh, const Surface& surface,
     return patches;
 }
 
+double hinge_moment(const PatchLoads& patch, const Vec3& about, const Vec3& from, const Vec3& to) {
+    const Vec3 axis = to - from;
+    return dot(patch.moment + cross(about - from, patch.force), axis) / length(axis);
+}
+
 Vec3 in_wind_axes(const Vec3& force, double alpha, double beta) {
     const Vec3 downstream{std::cos(alpha) * std::cos(beta), -std::sin(beta),
                           std::sin(alpha) * std::cos(beta)};

@@ -38,6 +38,10 @@ struct PatchLoads {
 std::vector<PatchLoads> surface_loads(const field_data<double>& mesh, const Surface& surface,
                                       const LoadsRequest& request);
 
+/// The moment of a patch about the axis through two points, right-handed from the first to the
+/// second; `about` is the point that its loads were taken about. NaN where the points are one.
+double hinge_moment(const PatchLoads& patch, const Vec3& about, const Vec3& from, const Vec3& to);
+
 /// A force of body axes (x downstream along the body, y to starboard, z up) as drag, side force and
 /// lift; angles in radians, beta positive for wind from starboard.
 Vec3 in_wind_axes(const Vec3& force, double alpha, double beta);

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
+#include <optional>
 
 #include "core/errors.h"
+#include "mesh/level_cut.h"
 
 namespace vyn {
 
@@ -13,144 +14,29 @@ namespace {
 
 using Field = field_data<double>;
 
+constexpr double infinite = std::numeric_limits<double>::infinity();
 constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
-/// A crossing of the plane with an edge of the mesh, and the segments that end there.
-struct Crossing {
-    SectionPoint point;
-    std::vector<int> segments;
-};
+const Field::Quantity& nodal_quantity(const Field& mesh, const std::string& name) {
+    const Field::Quantity* values = mesh.find(name);
+    if (!values || values->place != Field::Place::node)
+        throw AlgoError("Algorithm error!", "the mesh has no values '" + name + "' at its nodes");
+    return *values;
+}
 
-/// The cut through one triangle, with its outward normal times its length in the plane.
-struct Segment {
-    int ends[2];
-    Vec3 outward;
-    bool used = false;
-};
-
-class ZoneCut {
-  public:
-    ZoneCut(const Field& mesh, const Surface& surface, const SectionPlane& plane,
-            const Field::Quantity& quantity)
-        : mesh_(mesh),
-          surface_(surface),
-          plane_(plane),
-          quantity_(quantity),
-          sigma_(mesh.find("sigma_pose")),
-          view_(mesh.find("view")) {}
-
-    void run(const Field::Zone& zone) {
-        for (auto t = zone.first_triangle; t < zone.end_triangle(); ++t)
-            if (surface_.counts[t]) cut(t);
+/// A cut of every zone, and their curves.
+std::vector<LevelCut> cut_zones(const Field& mesh, const Surface& surface,
+                                std::span<const double> heights, const std::string& quantity,
+                                std::vector<SectionCurve>& curves) {
+    const Field::Quantity& values = nodal_quantity(mesh, quantity);
+    std::vector<LevelCut> cuts;
+    for (const auto& zone : mesh.zones) {
+        cuts.emplace_back(mesh, surface, heights, values).cut(zone);
+        for (SectionCurve& curve : cuts.back().curves(zone.name))
+            curves.push_back(std::move(curve));
     }
-
-    /// The curves: open ones from their ends first, then the closed ones.
-    std::vector<SectionCurve> curves(const std::string& zone) {
-        std::vector<SectionCurve> result;
-        for (const bool open_ends : {true, false})
-            for (std::size_t c = 0; c < crossings_.size(); ++c) {
-                if (open_ends && crossings_[c].segments.size() != 1) continue;
-                while (const Segment* next = unused_at(static_cast<int>(c))) {
-                    (void)next;
-                    result.push_back(walk(static_cast<int>(c)));
-                    result.back().zone = zone;
-                }
-            }
-        return result;
-    }
-
-    const std::vector<Segment>& segments() const { return segments_; }
-    const SectionPoint& point(int crossing) const {
-        return crossings_[static_cast<std::size_t>(crossing)].point;
-    }
-
-  private:
-    double height(int vertex) const {
-        return dot(plane_.normal, mesh_.vertices[static_cast<std::size_t>(vertex)]) - plane_.offset;
-    }
-
-    /// Vertices in the plane count as above it, so that every cut triangle has two cut edges.
-    void cut(std::size_t t) {
-        const auto& corners = surface_.triangles[t];
-        int found[2];
-        int count = 0;
-        for (std::size_t c = 0; c < 3 && count < 2; ++c) {
-            const int a = corners[c];
-            const int b = corners[(c + 1) % 3];
-            if ((height(a) >= 0) != (height(b) >= 0)) found[count++] = crossing(a, b);
-        }
-        if (count < 2) return;
-        const Vec3 normal = surface_.area_vector(mesh_, t);
-        const Vec3 along = point(found[1]).place - point(found[0]).place;
-        Vec3 outward = cross(along, plane_.normal);
-        if (dot(outward, normal) < 0) outward = -1 * outward;
-        const int number = static_cast<int>(segments_.size());
-        segments_.push_back({{found[0], found[1]}, outward});
-        for (const int end : found)
-            crossings_[static_cast<std::size_t>(end)].segments.push_back(number);
-    }
-
-    int crossing(int a, int b) {
-        const int place_a = surface_.place[static_cast<std::size_t>(a)];
-        const int place_b = surface_.place[static_cast<std::size_t>(b)];
-        const auto [known, fresh] =
-            numbers_.emplace(std::minmax(place_a, place_b), static_cast<int>(crossings_.size()));
-        if (!fresh) return known->second;
-        if (place_a > place_b) std::swap(a, b);
-        const double t = height(a) / (height(a) - height(b));
-        SectionPoint point;
-        const auto va = static_cast<std::size_t>(a);
-        const auto vb = static_cast<std::size_t>(b);
-        point.place = (1 - t) * mesh_.vertices[va] + t * mesh_.vertices[vb];
-        const auto between = [&](const Field::Quantity* quantity) {
-            if (!quantity || quantity->place != Field::Place::node) return unknown;
-            // The value of a vertex in the plane stands alone.
-            if (t == 0) return quantity->values[va];
-            if (t == 1) return quantity->values[vb];
-            return (1 - t) * quantity->values[va] + t * quantity->values[vb];
-        };
-        point.value = between(&quantity_);
-        point.sigma = between(sigma_);
-        point.view = view_ ? view_->values[t < 0.5 ? va : vb] : unknown;
-        crossings_.push_back({point, {}});
-        return known->second;
-    }
-
-    Segment* unused_at(int crossing) {
-        for (const int s : crossings_[static_cast<std::size_t>(crossing)].segments)
-            if (!segments_[static_cast<std::size_t>(s)].used)
-                return &segments_[static_cast<std::size_t>(s)];
-        return nullptr;
-    }
-
-    SectionCurve walk(int start) {
-        SectionCurve curve;
-        int at = start;
-        curve.points.push_back(point(at));
-        while (Segment* next = unused_at(at)) {
-            next->used = true;
-            at = next->ends[0] == at ? next->ends[1] : next->ends[0];
-            SectionPoint reached = point(at);
-            const double step = length(reached.place - curve.points.back().place);
-            reached.s = curve.points.back().s + step;
-            // Edges that meet in a vertex of the plane give the same point several times.
-            if (step > 0) curve.points.push_back(reached);
-            if (at == start) break;
-        }
-        curve.closed = at == start;
-        return curve;
-    }
-
-    const Field& mesh_;
-    const Surface& surface_;
-    const SectionPlane& plane_;
-    const Field::Quantity& quantity_;
-    const Field::Quantity* sigma_;
-    const Field::Quantity* view_;
-    std::map<std::pair<int, int>, int> numbers_;
-    std::vector<Crossing> crossings_;
-    std::vector<Segment> segments_;
-};
+    return cuts;
+}
 
 /// The part of an axis in the plane, of length 1.
 Vec3 in_plane(const Vec3& normal, std::size_t axis) {
@@ -170,25 +56,31 @@ void set_axes(const SectionPlane& plane, SectionLoads& loads) {
     if (loads.up[across_z ? 1 : 2] < 0) loads.up = -1 * loads.up;
 }
 
+/// The point of a polyline at a coordinate along an axis; nothing beyond its ends.
+std::optional<Vec3> point_at(const std::vector<Vec3>& line, std::size_t axis, double at) {
+    for (std::size_t i = 0; i + 1 < line.size(); ++i) {
+        const double a = line[i][axis];
+        const double b = line[i + 1][axis];
+        if (a == b || (at - a) * (at - b) > 0) continue;
+        const double share = (at - a) / (b - a);
+        return (1 - share) * line[i] + share * line[i + 1];
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 Section cut_section(const Field& mesh, const Surface& surface, const SectionPlane& plane,
                     const std::string& quantity) {
-    const Field::Quantity* values = mesh.find(quantity);
-    if (!values || values->place != Field::Place::node)
-        throw AlgoError("Algorithm error!",
-                        "the mesh has no values '" + quantity + "' at its nodes");
+    std::vector<double> heights(mesh.vertices.size());
+    for (std::size_t v = 0; v < heights.size(); ++v)
+        heights[v] = dot(plane.normal, mesh.vertices[v]) - plane.offset;
     Section section;
-    std::vector<ZoneCut> cuts;
-    for (const auto& zone : mesh.zones) {
-        cuts.emplace_back(mesh, surface, plane, *values).run(zone);
-        for (SectionCurve& curve : cuts.back().curves(zone.name))
-            section.curves.push_back(std::move(curve));
-    }
+    const auto cuts = cut_zones(mesh, surface, heights, quantity, section.curves);
     SectionLoads& loads = section.loads;
     set_axes(plane, loads);
-    double leading = std::numeric_limits<double>::infinity();
-    double trailing = -leading;
+    double leading = infinite;
+    double trailing = -infinite;
     for (const SectionCurve& curve : section.curves)
         for (const SectionPoint& point : curve.points) {
             leading = std::min(leading, dot(point.place, loads.along));
@@ -204,15 +96,18 @@ Section cut_section(const Field& mesh, const Surface& surface, const SectionPlan
         }
     double whole = 0;
     double covered = 0;
-    for (const ZoneCut& cut : cuts)
-        for (const Segment& segment : cut.segments()) {
-            const double size = length(segment.outward);
-            whole += size;
+    for (const LevelCut& cut : cuts)
+        for (const LevelCut::Segment& segment : cut.segments()) {
             const SectionPoint& a = cut.point(segment.ends[0]);
             const SectionPoint& b = cut.point(segment.ends[1]);
+            Vec3 outward = cross(b.place - a.place, plane.normal);
+            if (dot(outward, surface.area_vector(mesh, segment.triangle)) < 0)
+                outward = -1 * outward;
+            const double size = length(outward);
+            whole += size;
             if (std::isnan(a.value) || std::isnan(b.value)) continue;
             covered += size;
-            const Vec3 force = (-(a.value + b.value) / 2) * segment.outward;
+            const Vec3 force = (-(a.value + b.value) / 2) * outward;
             const Vec3 middle = 0.5 * (a.place + b.place);
             const double arm = dot(middle, loads.along) - leading - loads.chord / 4;
             const double rise = dot(middle, loads.up) - quarter_up;
@@ -223,6 +118,34 @@ Section cut_section(const Field& mesh, const Surface& surface, const SectionPlan
         }
     loads.covered_share = whole > 0 ? covered / whole : 0;
     return section;
+}
+
+std::vector<SectionCurve> cut_at_chord(const Field& mesh, const Surface& surface,
+                                       const ChordLines& lines, double x_c,
+                                       const std::string& quantity) {
+    if (lines.leading.size() < 2 || lines.trailing.size() < 2)
+        throw AlgoError("Algorithm error!",
+                        "leading and trailing line need two points at least, they have " +
+                            std::to_string(lines.leading.size()) + " and " +
+                            std::to_string(lines.trailing.size()));
+    const Vec3 reach = lines.leading.back() - lines.leading.front();
+    const std::size_t span = std::abs(reach[2]) > std::abs(reach[1]) ? 2 : 1;
+    std::vector<double> heights(mesh.vertices.size(), unknown);
+    for (std::size_t v = 0; v < heights.size(); ++v) {
+        const Vec3& place = mesh.vertices[v];
+        const auto from = point_at(lines.leading, span, place[span]);
+        const auto to = point_at(lines.trailing, span, place[span]);
+        if (!from || !to) continue;
+        const Vec3 chord = *to - *from;
+        const double size = dot(chord, chord);
+        if (size > 0) heights[v] = dot(place - *from, chord) / size - x_c;
+    }
+    std::vector<SectionCurve> curves;
+    cut_zones(mesh, surface, heights, quantity, curves);
+    for (SectionCurve& curve : curves)
+        for (SectionPoint& point : curve.points)
+            point.x_c = x_c;
+    return curves;
 }
 
 }  // namespace vyn

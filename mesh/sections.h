@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,5 +51,18 @@ struct Section {
 /// and last in it. Quantities at nodes only; raises AlgoError for one that is not there.
 Section cut_section(const field_data<double>& mesh, const Surface& surface,
                     const SectionPlane& plane, const std::string& quantity);
+
+/// The edges of a wing as polylines in the mesh's unit, both along its span (y, or z for a fin).
+struct ChordLines {
+    std::vector<Vec3> leading;
+    std::vector<Vec3> trailing;
+};
+
+/// The curves over the mesh at a constant share of the chord, from the leading (0) to the trailing
+/// line (1) at a point's place along the span; only between the ends of both lines. Raises
+/// AlgoError for lines of less than two points and a quantity that is not at the nodes.
+std::vector<SectionCurve> cut_at_chord(const field_data<double>& mesh, const Surface& surface,
+                                       const ChordLines& lines, double x_c,
+                                       const std::string& quantity);
 
 }  // namespace vyn

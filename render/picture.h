@@ -11,19 +11,24 @@
 #include "core/atomic_file.h"
 #include "render/limits.h"
 #include "render/palette.h"
+#include "render/render.h"
 
 namespace vyn {
 
-/// A picture of a field for papers and reports.
-struct PictureOptions {
+/// What stands round a field in a picture.
+struct FrameOptions {
     Limits limits;
     palette_array palette;
-    double scale = 1;         ///< picture pixels per image pixel
     bool colour_bar = false;  ///< with ticks, beside the field
     std::string label;        ///< of the colour bar: quantity and unit
     std::string title;        ///< above the field; printable ASCII, other characters become '?'
-    bool vectors = false;     ///< arrows of the image's displacement, where it is valid
-    bool markers = false;     ///< rings round the image's markers, with their numbers
+};
+
+/// A picture of a field for papers and reports.
+struct PictureOptions : FrameOptions {
+    double scale = 1;      ///< picture pixels per image pixel
+    bool vectors = false;  ///< arrows of the image's displacement, where it is valid
+    bool markers = false;  ///< rings round the image's markers, with their numbers
 };
 
 /// Rows of red, green and blue bytes without gaps.
@@ -39,6 +44,10 @@ struct RgbPicture {
     }
     const std::uint8_t* at(int x, int y) const { return const_cast<RgbPicture*>(this)->at(x, y); }
 };
+
+/// Puts the means of squares of `fineness` pixels into a rectangle of a picture.
+void average_pixels(PixelBuffer fine, int fineness, int width, int height, int to_x, int to_y,
+                    RgbPicture& out);
 
 /// Draws an image in false colour. Shown smaller, every pixel is the mean of its colours; larger,
 /// pixels stay crisp. With neither colour bar nor title there is nothing but the field. Raises

@@ -118,6 +118,36 @@ TEST(Sections, OfASphereAreClosedCircles) {
     EXPECT_TRUE(cut_section(mesh, surface, {{0, 1, 0}, 3}, "P").curves.empty());
 }
 
+/// A plate that tapers: the curve at a share of the chord is straight between the shares of the
+/// lines, and ends where a line does. A moment about a hinge is force times arm.
+TEST(Sections, AtAShareOfTheChordFollowTheLines) {
+    Mesh mesh;
+    add_patch(mesh, "wing", 41, 31, [](double u, double v) {
+        return MeshPlace{2 * v + (3 - v) * u, 5 * v, 0};
+    });
+    put_pressure(mesh, [](const Vec3& x) { return x[0]; });
+    const Surface surface = prepare_surface(mesh, silent);
+    const ChordLines lines{{{0, 0, 0}, {2, 5, 0}}, {{3, 0, 0}, {3.8, 4, 0}}};
+    const auto curves = cut_at_chord(mesh, surface, lines, 0.3, "P");
+    ASSERT_EQ(curves.size(), 1u);
+    double farthest = 0;
+    for (const SectionPoint& point : curves[0].points) {
+        const double y = point.place[1];
+        EXPECT_NEAR(point.place[0], 0.4 * y + 0.3 * (3 - 0.2 * y), 2e-3);
+        EXPECT_NEAR(point.value, point.place[0], 1e-12);
+        EXPECT_EQ(point.x_c, 0.3);
+        farthest = std::max(farthest, y);
+    }
+    EXPECT_GT(farthest, 3.8);
+    EXPECT_LE(farthest, 4);
+    EXPECT_THROW(cut_at_chord(mesh, surface, {{{0, 0, 0}}, lines.trailing}, 0.3, "P"), AlgoError);
+
+    PatchLoads patch;
+    patch.force = {0, 0, 10};
+    patch.moment = {0, -20, 0};  // the force acts 2 behind the origin
+    EXPECT_NEAR(hinge_moment(patch, {}, {1.5, -1, 3}, {1.5, 4, 3}), -5, 1e-12);
+}
+
 TEST(Sections, BreakWhereNothingWasSeenAndAtZones) {
     Mesh mesh = cube(9);
     put_pressure(mesh, [](const Vec3& x) { return x[0]; });

@@ -1,0 +1,78 @@
+#include "cli/picture_arguments.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/commands.h"
+#include "core/ascii.h"
+#include "core/numbers.h"
+#include "core/version.h"
+#include "process/report/provenance.h"
+
+namespace vyn::cli {
+
+void add_picture_arguments(CLI::App& app, PictureArguments& arguments) {
+    app.add_option("--palette", arguments.palette,
+                   "rainbow, grey, viridis, cividis, Cp, or a file *.lut; default rainbow");
+    app.add_option("--min", arguments.minimum,
+                   "value of the first colour; default the 0.5 percentile of the valid values");
+    app.add_option("--max", arguments.maximum,
+                   "value of the last colour; default the 99.5 percentile");
+    app.add_flag("--colour-bar,--color-bar", arguments.colour_bar,
+                 "draw the colours' values beside");
+    app.add_option(
+        "--label", arguments.label,
+        "text along the colour bar, such as \"Pressure, Pa\"; default the quantity and unit "
+        "that the file states");
+    app.add_option("--title", arguments.title, "text above the picture");
+}
+
+std::pair<int, int> parse_size(const std::string& option, const std::string& text) {
+    const std::size_t cross = text.find('x');
+    const auto width = parse_int(text.substr(0, cross));
+    const auto height =
+        cross == std::string::npos ? std::nullopt : parse_int(text.substr(cross + 1));
+    if (!width || !height || *width < 1 || *height < 1)
+        throw UsageError(option + " " + text + ": expected WxH, such as 640x480");
+    return {*width, *height};
+}
+
+void check_picture_target(const std::string& target, Overwriting overwriting) {
+    if (lower_extension(target) != "png")
+        throw UsageError(target + ": pictures are PNG files (*.png)");
+    check_output(target, overwriting);
+}
+
+palette_array chosen_palette(const std::string& wanted) {
+    if (const palette_array* const palette = find_palette(wanted)) return *palette;
+    if (lower_extension(wanted) == "lut") return read_lut(wanted);
+    std::string names;
+    for (const palette_array& palette : get_palette_list())
+        names += palette.name + ", ";
+    throw UsageError("--palette " + wanted + ": there are " + names + "or a file *.lut");
+}
+
+Limits chosen_limits(const PictureArguments& arguments, const Limits& found) {
+    const Limits limits{arguments.minimum.value_or(found.minimum),
+                        arguments.maximum.value_or(found.maximum)};
+    if (const std::string complaint = complaint_about(limits); !complaint.empty())
+        throw UsageError(format_general(limits.minimum, 6) + " to " +
+                         format_general(limits.maximum, 6) + ": " + complaint);
+    return limits;
+}
+
+PngTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
+                           const std::string& source) {
+    const std::string program = std::string("VynLite ") + program_version;
+    const nlohmann::ordered_json provenance = {{"program", program},
+                                               {"rendered_from", source_file(source)},
+                                               {"title", arguments.title},
+                                               {"quantity", drawing.label},
+                                               {"palette", arguments.palette},
+                                               {"minimum", drawing.limits.minimum},
+                                               {"maximum", drawing.limits.maximum}};
+    return {{"Software", program},
+            {"Comment", provenance.dump(-1, ' ', /*ensure_ascii=*/true,
+                                        nlohmann::json::error_handler_t::replace)}};
+}
+
+}  // namespace vyn::cli

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/settings.h"
+#include "render/picture.h"
+
+namespace vyn::cli {
+
+/// How a picture in false colour is asked for.
+struct PictureArguments {
+    std::string palette = "rainbow";
+    std::optional<double> minimum;
+    std::optional<double> maximum;
+    bool colour_bar = false;
+    std::optional<std::string> label;
+    std::string title;
+};
+void add_picture_arguments(CLI::App& app, PictureArguments& arguments);
+
+/// "WxH" in pixels. Raises UsageError naming the option.
+std::pair<int, int> parse_size(const std::string& option, const std::string& text);
+
+/// Raises UsageError where a picture that is no PNG file is asked for, FileError where it cannot be
+/// written.
+void check_picture_target(const std::string& target, Overwriting overwriting);
+
+/// The palette of that name or file; raises UsageError naming those that there are.
+palette_array chosen_palette(const std::string& wanted);
+
+/// The limits asked for, those found where none are. Raises UsageError for limits that span
+/// nothing.
+Limits chosen_limits(const PictureArguments& arguments, const Limits& found);
+
+/// The description in the PNG file.
+PngTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
+                           const std::string& source);
+
+}  // namespace vyn::cli

@@ -1,0 +1,48 @@
+#include "render/model/model_picture.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "render/picture_frame.h"
+
+namespace vyn {
+
+RgbPicture draw_model_picture(const field_data<double>& mesh, const Surface& surface,
+                              const VertexNormals& normals, const ModelView& view, ModelLook look,
+                              const FrameOptions& options, Progress& progress) {
+    constexpr int fineness = 2;  // drawn finer by this and averaged
+    const PictureFrame frame(view.width, view.height, options);
+    RgbPicture out = frame.paper();
+    ModelView fine = view;
+    fine.width *= fineness;
+    fine.height *= fineness;
+    fine.fx *= fineness;
+    fine.fy *= fineness;
+    fine.cx = fineness * (view.cx + 0.5) - 0.5;
+    fine.cy = fineness * (view.cy + 0.5) - 0.5;
+    look.colours = colour_map(options.limits.minimum, options.limits.maximum, options.palette);
+    VisibleFaces faces;
+    faces.draw(mesh, surface, fine, {}, progress);
+    Bitmap<std::uint32_t> pixels(fine.width, fine.height);
+    paint_model(mesh, surface, normals, faces, look, {pixels.row(0), pixels.stride()}, progress);
+    average_pixels({pixels.row(0), pixels.stride()}, fineness, view.width, view.height,
+                   frame.field_x(), frame.field_y(), out);
+    frame.draw(out);
+    return out;
+}
+
+Limits robust_limits(const field_data<double>::Quantity& quantity) {
+    std::vector<double> values;
+    std::ranges::copy_if(quantity.values, std::back_inserter(values),
+                         [](double value) { return std::isfinite(value); });
+    if (values.empty()) return {};
+    const auto at = [&](double share) {
+        const auto rank =
+            static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+        std::nth_element(values.begin(), values.begin() + rank, values.end());
+        return values[static_cast<std::size_t>(rank)];
+    };
+    return with_room({at(0.005), at(0.995)});
+}
+
+}  // namespace vyn
