@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,8 @@ struct field_data {
     std::string unit;  ///< "mm", "sm", "dm", "m", "km"; empty where the file does not say
     std::vector<View> views;
     std::string history;  ///< mesh file with digest, settings, program version (JSON)
+    /// What the values came from, item by item, as of images; empty when that is not known.
+    std::map<std::string, std::string> origin;
 
     bool has_data() const { return !vertices.empty(); }
     void clear() { *this = field_data(); }

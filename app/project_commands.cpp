@@ -47,6 +47,7 @@ std::unique_ptr<ReadProjectTask> reading(const fs::path& file,
                                          fs::path inputs = {}) {
     ReadProject request;
     request.file = file;
+    request.geometry = ReadProject::Geometry::if_named;
     request.settings = std::move(settings);
     request.inputs = std::move(inputs);
     return std::make_unique<ReadProjectTask>(program_session(), std::move(request));

@@ -12,7 +12,7 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
-#include "process/model/resect_task.h"
+#include "process/model/model_step.h"
 #include "process/point/experiment_type.h"
 #include "process/point/find_markers_task.h"
 #include "process/point/marker_io.h"
@@ -70,7 +70,8 @@ Overwriting overwriting(const RunOptions& options) {
     return options.force ? Overwriting::allowed : Overwriting::refused;
 }
 
-/// How the project is opened: with its mesh where that is named or to be saved.
+/// How the project is opened; that mesh or its markers are missing is said where they are asked
+/// for.
 ReadProject project_request(const RunOptions& options, const std::shared_ptr<RunReport>& report) {
     std::vector<std::string> settings = options.settings;
     const auto name = [&](const Key<std::string>& key, const std::string& file) {
@@ -80,8 +81,9 @@ ReadProject project_request(const RunOptions& options, const std::shared_ptr<Run
     name(keys::mesh_file, options.mesh);
     name(keys::mesh_mark_file, options.markers3d);
     ReadProject request = read_request(options.project, settings, report);
-    if (!options.mesh.empty() || !options.save_mesh.empty())
-        request.geometry = ReadProject::Geometry::read;
+    request.geometry = options.mesh.empty() && options.save_mesh.empty()
+                           ? ReadProject::Geometry::if_named
+                           : ReadProject::Geometry::read;
     return request;
 }
 
@@ -93,10 +95,10 @@ TaskOutcome compute(const RunOptions& options, Session session, Runner& runner,
     failure = runner.failure();
     if (outcome != TaskOutcome::done) return outcome;
 
-    failure = missing_input({session.data, session.images});
+    failure = missing_input(view_of(session));
     if (!failure.empty()) return TaskOutcome::failed;
     if (options.save_field)
-        for (const fs::path& file : named_field_files(session.data))
+        for (const fs::path& file : named_field_files(session))
             check_output(file, overwriting(options));
     if (options.auto_markers) {
         outcome = runner.run(job_of(std::make_unique<FindMarkersTask>(

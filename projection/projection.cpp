@@ -321,6 +321,21 @@ ViewCounts count(const ViewSamples& samples) {
     return counts;
 }
 
+void check_sizes(const std::vector<ProjectedView>& views) {
+    if (views.empty()) throw AlgoError("Algorithm error!", "there is no field to project");
+    for (const ProjectedView& view : views) {
+        view.field->check_planes();
+        if (view.field->width() != view.camera.width || view.field->height() != view.camera.height)
+            throw AlgoError("Algorithm error!",
+                            view.name + ": the field has " + std::to_string(view.field->width()) +
+                                " x " + std::to_string(view.field->height()) +
+                                " pixels, its camera " + std::to_string(view.camera.width) + " x " +
+                                std::to_string(view.camera.height));
+    }
+}
+
+}  // namespace
+
 void measure_cover(const PreparedMesh& prepared, const Field::Quantity& value,
                    ProjectionResult& result) {
     double all_covered = 0;
@@ -346,21 +361,6 @@ void measure_cover(const PreparedMesh& prepared, const Field::Quantity& value,
     }
     result.covered = all > 0 ? all_covered / all : 0;
 }
-
-void check_sizes(const std::vector<ProjectedView>& views) {
-    if (views.empty()) throw AlgoError("Algorithm error!", "there is no field to project");
-    for (const ProjectedView& view : views) {
-        view.field->check_planes();
-        if (view.field->width() != view.camera.width || view.field->height() != view.camera.height)
-            throw AlgoError("Algorithm error!",
-                            view.name + ": the field has " + std::to_string(view.field->width()) +
-                                " x " + std::to_string(view.field->height()) +
-                                " pixels, its camera " + std::to_string(view.camera.width) + " x " +
-                                std::to_string(view.camera.height));
-    }
-}
-
-}  // namespace
 
 ProjectionResult project_fields(const PreparedMesh& prepared, double mm_per_unit,
                                 const std::vector<ProjectedView>& views, const std::string& name,

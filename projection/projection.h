@@ -63,6 +63,10 @@ struct ProjectionResult {
     double covered = 0;                 ///< share of all zones' area
 };
 
+/// Sets the shares of the area at whose nodes, or in whose cells, a quantity is known.
+void measure_cover(const PreparedMesh& prepared, const field_data<double>::Quantity& value,
+                   ProjectionResult& result);
+
 /// Values of the views' fields at the nodes or cells of a mesh whose coordinates are `mm_per_unit`
 /// mm each. A node is seen when a normal of its is turned to the camera, nothing lies in between
 /// and its sample is valid; excluded pixels never enter a value. Splits by blocks of nodes: the

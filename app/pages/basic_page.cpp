@@ -174,7 +174,7 @@ void BasicPage::run_step(PageStep step) {
 
 bool BasicPage::may_replace_field() {
     QStringList present;
-    for (const std::filesystem::path& file : field_files(vyn_db(), get_images()))
+    for (const std::filesystem::path& file : field_files(program_session()))
         if (std::error_code ignored; std::filesystem::exists(file, ignored))
             present << QString::fromStdString(file.string());
     if (present.isEmpty()) return true;

@@ -2,6 +2,7 @@
 
 #include "core/errors.h"
 #include "core/log.h"
+#include "process/model/mesh_cache.h"
 #include "process/model/model_inputs.h"
 
 namespace vyn {
@@ -36,17 +37,22 @@ ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string&
             throw AlgoError("Algorithm error!",
                             view.name + " holds " + quantity_words(*view.field) + ", " +
                                 views.front().name + " " + quantity_words(first));
-    const PreparedMesh prepared(mesh, progress);
-    for (const std::string& line : describe(mesh, prepared.surface))
+    const auto prepared = prepare_once(mesh, progress);
+    for (const std::string& line : describe(mesh, prepared->surface))
         get_log().write(LogLevel::progress, "mesh: " + line);
     ProjectionResult result = project_fields(
-        prepared, mm_per(unit), views, mesh_quantity_name(first), first.unit, options, progress);
+        *prepared, mm_per(unit), views, mesh_quantity_name(first), first.unit, options, progress);
+    store_on_mesh(mesh, unit, views, result);
+    return result;
+}
+
+void store_on_mesh(field_data<double>& mesh, const std::string& unit,
+                   const std::vector<ProjectedView>& views, const ProjectionResult& result) {
     mesh.quantities = result.quantities;
     mesh.unit = unit;
     mesh.views.clear();
     for (const ProjectedView& view : views)
         mesh.views.push_back(stored_view(view));
-    return result;
 }
 
 }  // namespace vyn

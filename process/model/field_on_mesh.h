@@ -14,4 +14,8 @@ ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string&
                                     const std::vector<ProjectedView>& views,
                                     const ProjectionOptions& options, Progress& progress);
 
+/// Puts what was projected into the mesh, in the place of the values and views that it had.
+void store_on_mesh(field_data<double>& mesh, const std::string& unit,
+                   const std::vector<ProjectedView>& views, const ProjectionResult& result);
+
 }  // namespace vyn

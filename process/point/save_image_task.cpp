@@ -36,18 +36,41 @@ TaskOutcome SaveImageTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
-std::vector<std::filesystem::path> named_field_files(const dataSetInterface& data) {
+namespace {
+
+struct FieldFiles {
+    std::filesystem::path field;
+    std::filesystem::path markers;
+    std::filesystem::path mesh;  ///< empty: none
+};
+
+FieldFiles named_files(const Session& session) {
+    const dataSetInterface& data = session.data;
     const std::filesystem::path folder = output_folder(data);
-    return {folder / read(data, keys::pressure_file),
-            folder / read(data, keys::pressure_mark_file)};
+    FieldFiles files{folder / read(data, keys::pressure_file),
+                     folder / read(data, keys::pressure_mark_file),
+                     {}};
+    const std::string mesh = read(data, keys::field_3d_file);
+    if (session.field.has_data() && !mesh.empty()) files.mesh = folder / mesh;
+    return files;
 }
 
-std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
-                                               const imagesList& images) {
-    const auto field = images.find(image_names::field);
+}  // namespace
+
+std::vector<std::filesystem::path> named_field_files(const Session& session) {
+    const FieldFiles named = named_files(session);
+    std::vector<std::filesystem::path> files{named.field, named.markers};
+    if (!named.mesh.empty()) files.push_back(named.mesh);
+    return files;
+}
+
+std::vector<std::filesystem::path> field_files(const Session& session) {
+    const auto field = session.images.find(image_names::field);
     if (!field) return {};
-    std::vector<std::filesystem::path> files = named_field_files(data);
-    if (field->markers.markers.empty()) files.pop_back();
+    const FieldFiles named = named_files(session);
+    std::vector<std::filesystem::path> files{named.field};
+    if (!field->markers.markers.empty()) files.push_back(named.markers);
+    if (!named.mesh.empty() && !session.field.quantities.empty()) files.push_back(named.mesh);
     return files;
 }
 
@@ -74,12 +97,16 @@ TaskOutcome SaveFieldTask::run(TaskContext& context) {
         context.message("Field is not calculated!");
         return TaskOutcome::failed;
     }
-    const auto files = field_files(session_.data, session_.images);
-    write_with_provenance(session_, *field, files.front(), context);
-    if (files.size() > 1)
-        write_marker_file(files[1], field->markers);
+    const FieldFiles files = named_files(session_);
+    write_with_provenance(session_, *field, files.field, context);
+    if (field->markers.markers.empty())
+        set_aside(files.markers);
     else
-        set_aside(named_field_files(session_.data).back());
+        write_marker_file(files.markers, field->markers);
+    if (!files.mesh.empty() && !session_.field.quantities.empty()) {
+        context.status("Saving 3-D field:" + files.mesh.string());
+        write_field(session_.field, files.mesh, context);
+    }
     note_written(session_.images, field);
     return TaskOutcome::done;
 }

@@ -24,16 +24,17 @@ class SaveImageTask final : public Task {
     std::filesystem::path file_;
 };
 
-/// The files that the project names for the field and its markers.
-std::vector<std::filesystem::path> named_field_files(const dataSetInterface& data);
+/// The files that the project names for the field and its markers and, where a mesh is loaded and
+/// such a file is named, for the field on it.
+std::vector<std::filesystem::path> named_field_files(const Session& session);
 
-/// The files that saving the field writes: its image, and its markers where it has any. None while
-/// there is no field.
-std::vector<std::filesystem::path> field_files(const dataSetInterface& data,
-                                               const imagesList& images);
+/// The files of these that saving the field writes: markers where it has any, the mesh where it has
+/// values. None while there is no field.
+std::vector<std::filesystem::path> field_files(const Session& session);
 
-/// Writes the field image and its markers to the files that the project names for them, in the
-/// output folder. Of a field without markers, an old marker file of that name is renamed to end in
+/// Writes the field image, its markers and the mesh with the field to the files that the project
+/// names for them, in the output folder. Of a field without markers, an old marker file of that
+/// name is renamed to end in
 /// ".old". Shows "Field is not calculated!" and fails when there is none.
 class SaveFieldTask final : public Task {
   public:

@@ -6,6 +6,7 @@
 #include "core/log.h"
 #include "core/project_file.h"
 #include "core/version.h"
+#include "process/model/mesh_cache.h"
 #include "process/model/model_inputs.h"
 #include "process/point/input_files.h"
 #include "process/point/project_paths.h"
@@ -60,8 +61,13 @@ void take_stored_inputs(const dataSetInterface& data, const fs::path& container,
 
 /// The mesh that the project names, where that was asked for.
 std::optional<field_data<double>> read_geometry(const dataSetInterface& data,
+                                                ReadProject::Geometry wanted,
                                                 TaskContext& context) {
+    using Geometry = ReadProject::Geometry;
     const std::string mesh = read(data, keys::mesh_file);
+    const bool named = !mesh.empty() && !read(data, keys::mesh_mark_file).empty();
+    if (wanted == Geometry::leave_out || (wanted == Geometry::if_named && !named))
+        return std::nullopt;
     if (mesh.empty()) {
         get_log().write(LogLevel::information, "Mesh is not defined!");
         return std::nullopt;
@@ -71,7 +77,7 @@ std::optional<field_data<double>> read_geometry(const dataSetInterface& data,
         return std::nullopt;
     }
     context.status("Reading geometry");
-    return with_wanted_mirror(read_field(find_input(data, mesh, keys::mesh_file.path), context),
+    return with_wanted_mirror(read_mesh_once(find_input(data, mesh, keys::mesh_file.path), context),
                               data);
 }
 
@@ -119,8 +125,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     fixMarkersDs(data, read_images);
     for (image& picture : load_images(data, read_images, context, &report))
         read_images.add(std::move(picture));
-    std::optional<field_data<double>> geometry;
-    if (request_.geometry == ReadProject::Geometry::read) geometry = read_geometry(data, context);
+    std::optional<field_data<double>> geometry = read_geometry(data, request_.geometry, context);
     throw_if_aborted(context);
 
     imagesList& images = session_.images;
@@ -128,7 +133,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     images.clear();
     for (const auto& picture : read_images.all())
         images.add(picture);
-    if (geometry) session_.field = std::move(*geometry);
+    session_.field = geometry ? std::move(*geometry) : field_data<double>();
     settings.accept();
     return TaskOutcome::done;
 }

@@ -20,7 +20,9 @@ bool is_container(const std::filesystem::path& file);
 
 /// How a project is opened.
 struct ReadProject {
-    enum class Geometry { leave_out, read };
+    /// `if_named`: the mesh is read where the project names mesh and markers of it, and nothing is
+    /// said where it does not.
+    enum class Geometry { leave_out, if_named, read };
     std::filesystem::path file;  ///< .xml or .ims
     Geometry geometry = Geometry::leave_out;
     /// A container whose camera pictures, dark images and flat fields are taken where the settings

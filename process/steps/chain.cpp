@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "process/model/resect_task.h"
+#include "core/keys.h"
 #include "process/point/experiment_type.h"
 #include "process/point/input_files.h"
 #include "process/steps/step_table.h"
@@ -67,11 +67,17 @@ std::vector<StepId> steps_of(Goal goal, const StepView& view) {
     const bool takes_corrected =
         goal == Goal::field || (goal == Goal::ratio_of_corrected && type == ExperimentType::single);
     if (!takes_corrected) steps = corrections(goal, view);
+    const bool on_model = goal == Goal::all && view.has_mesh;
+    if (on_model && read(view.data, keys::resect_ratio_on_mesh) != 0) {
+        steps.push_back(StepId::model);
+        return steps;
+    }
     const bool to_ratio =
         goal == Goal::ratio_of_corrected || goal == Goal::ratio || goal == Goal::all;
     if (goal == Goal::displacement) append(steps, StepId::align_correlation);
     if (to_ratio) append(steps, StepId::ratio);
     if (goal == Goal::field || goal == Goal::all) append(steps, StepId::field);
+    if (on_model) steps.push_back(StepId::model);
     return steps;
 }
 
@@ -103,15 +109,13 @@ std::vector<std::string> results_of(Goal goal, const StepView& view) {
 
 std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunReport> report) {
     auto job = std::make_shared<Job>();
-    const StepView view{session.data, session.images};
+    const StepView view = view_of(session);
     if (!missing_images(goal, view).empty()) return job;
     const auto alignment = std::make_shared<Alignment>();
     for (const StepId id : steps_of(goal, view)) {
         if (has_work(step_of(id), view)) report->steps.push_back(step_of(id).name);
         job->append(std::make_unique<StepTask>(step_of(id), session, report, alignment));
     }
-    if (goal == Goal::all && session.field.has_data())
-        job->append(std::make_unique<ResectTask>(session, report));
     return job;
 }
 

@@ -89,12 +89,9 @@ StepFacts field_facts(const StepView& view) {
     return facts;
 }
 
-TaskOutcome calculate_field(const StepRun& run) {
+image field_of_ratio(const StepRun& run, const image& ratio) {
     dataSetInterface& data = run.session.data;
     const imagesList& images = run.session.images;
-    const auto ratio = images.find(image_names::ratio);
-    if (!ratio) return TaskOutcome::idle;
-
     run.context.status("Calculating Field");
     FieldConversion conversion;
     conversion.quantity = field_quantity(read(data, keys::convert_field));
@@ -112,12 +109,18 @@ TaskOutcome calculate_field(const StepRun& run) {
         conversion.lower = static_cast<float>(read(data, keys::convert_min));
         conversion.upper = static_cast<float>(read(data, keys::convert_max));
     }
-
-    image field = convert_field(*ratio, conversion, run.context);
+    image field = convert_field(ratio, conversion, run.context);
     field.name = image_names::field;
     warn_if_empty(run.report, field);
+    return field;
+}
+
+TaskOutcome calculate_field(const StepRun& run) {
+    const auto ratio = run.session.images.find(image_names::ratio);
+    if (!ratio) return TaskOutcome::idle;
+    image field = field_of_ratio(run, *ratio);
     run.report.field = true;
-    field.file_name = read(data, keys::pressure_file);
+    field.file_name = read(run.session.data, keys::pressure_file);
     run.publish(std::move(field));
     return TaskOutcome::done;
 }

@@ -6,10 +6,10 @@
 #include "api/resample.h"
 #include "api/thinning.h"
 #include "core/errors.h"
-#include "core/log.h"
 #include "process/point/experiment_type.h"
 #include "process/steps/correct_step.h"
 #include "process/steps/corrected_pictures.h"
+#include "process/steps/ratio_pictures.h"
 #include "process/steps/step_settings.h"
 
 namespace vyn {
@@ -47,20 +47,6 @@ void require_mapped(const CorrectedPictures& pictures, const Alignment& alignmen
                      std::string(keys::markers_enable.path) + " to 1");
 }
 
-void filter_all(CorrectedPictures& pictures, const std::optional<FilterOptions>& filter,
-                TaskContext& context) {
-    if (!filter) return;
-    const auto filter_pair = [&](const char* status, std::size_t signal, std::size_t reference) {
-        if (pictures[signal]) context.status(status);
-        for (const std::size_t i : {signal, reference})
-            if (pictures[i])
-                pictures[i] =
-                    std::make_shared<const image>(filtered(*pictures[i], *filter, context));
-    };
-    filter_pair("Filtering Wind Off", 0, 2);
-    filter_pair("Filtering Wind On", 1, 3);
-}
-
 /// A camera picture, corrected but as the camera saw it.
 image taken_by_camera(const StepRun& run, const Correction& correction) {
     const Picture source = run.session.images.find(correction.source);
@@ -89,40 +75,6 @@ void sample_in_frame(const StepRun& run, Sampling sampling, CorrectedPictures& p
                                map.rows(), run.context);
         moved.markers = frame.markers;
         pictures[i] = std::make_shared<const image>(std::move(moved));
-    }
-}
-
-image ratio_of(const CorrectedPictures& pictures, const RatioLimits& limits,
-               const ExperimentType type, TaskContext& context) {
-    const auto& [signal_off, signal_on, reference_off, reference_on] = pictures;
-    if (type == ExperimentType::single) {
-        context.status("Calculating I/Iref single");
-        return form_ratio(*signal_off, *signal_on, limits, context);
-    }
-    context.status(type == ExperimentType::lifetime ? "Calculating I/Iref lifetime"
-                                                    : "Calculating I/Iref binary");
-    if (!signal_off) {
-        image ratio = form_ratio(*reference_on, *signal_on, limits, context);
-        ratio.markers = signal_on->markers;
-        return ratio;
-    }
-    get_log().write(LogLevel::progress, ratio_of_ratios_noise);
-    return form_ratio_of_ratios({*signal_off, *signal_on, *reference_off, *reference_on}, limits,
-                                context);
-}
-
-/// The operations work inside the region of a picture only; outside, counts would pass for ratios.
-void exclude_outside_regions(const CorrectedPictures& pictures, image& ratio) {
-    for (const Picture& picture : pictures) {
-        if (!picture || !picture->has_region() ||
-            !picture->region().same_size(std::as_const(ratio).mask()))
-            continue;
-        for (int y = 0; y < ratio.height(); ++y) {
-            const std::uint8_t* region = picture->region().row(y);
-            std::uint8_t* mask = ratio.mask().row(y);
-            for (int x = 0; x < ratio.width(); ++x)
-                if (region[x] == 0) mask[x] = 1;
-        }
     }
 }
 
@@ -197,14 +149,14 @@ TaskOutcome form_ratio_image(const StepRun& run) {
     const Sampling sampling = sampling_of(data);
     const std::optional<FilterOptions> filter = filter_options(data);
 
-    if (sampling == Sampling::undistorted_again) filter_all(pictures, filter, run.context);
+    if (sampling == Sampling::undistorted_again) filter_pictures(pictures, filter, run.context);
     if (pictures.front()) sample_in_frame(run, sampling, pictures);
     std::vector<image> aligned;
     if (run.report.aligned == true || run.alignment.copied)
         for (std::size_t i = 0; i < pictures.size(); ++i)
             if (pictures[i] && pictures.front() && raw_images()[i].aligned_name)
                 aligned.emplace_back(*pictures[i]).name = raw_images()[i].aligned_name;
-    if (sampling == Sampling::once) filter_all(pictures, filter, run.context);
+    if (sampling == Sampling::once) filter_pictures(pictures, filter, run.context);
     image ratio = ratio_of(pictures, ratio_limits(data), type, run.context);
     exclude_outside_regions(pictures, ratio);
     thin_if_asked(ratio, data, run.context);

@@ -71,11 +71,23 @@ ImageState ImageStates::of(const std::string& name) {
     const auto picture = images_.find(name);
     if (!picture) return {};
     if (picture->origin.empty()) return {ImageState::Kind::unknown, {}};
+    return compare(name, picture->origin, origin_now(name));
+}
 
-    const ImageOrigin& old = picture->origin;
-    const ImageOrigin& now = origin_now(name);
+ImageState ImageStates::of_mesh(const field_data<double>& mesh) {
+    if (mesh.quantities.empty()) return {};
+    if (mesh.origin.empty()) return {ImageState::Kind::unknown, {}};
+    const StepView view{data_, images_, /*has_mesh=*/true};
+    const StepFacts facts = whole_facts(step_of(StepId::model), view);
+    return compare({}, mesh.origin,
+                   result_origin(data_, images_, facts,
+                                 [this](const std::string& source) { return origin_now(source); }));
+}
+
+ImageState ImageStates::compare(const std::string& name, const ImageOrigin& old,
+                                const ImageOrigin& now) const {
     std::string reason;
-    const auto compare = [&](const std::string& item) {
+    const auto compare_item = [&](const std::string& item) {
         const auto before = old.find(item);
         const auto after = now.find(item);
         const std::optional<std::string> fallback = default_of(item);
@@ -86,9 +98,9 @@ ImageState ImageStates::of(const std::string& name) {
             reason = describe(experiment_type(data_), name, item, was, is);
     };
     for (const auto& entry : old)
-        compare(entry.first);
+        compare_item(entry.first);
     for (const auto& entry : now)
-        if (!old.contains(entry.first)) compare(entry.first);
+        if (!old.contains(entry.first)) compare_item(entry.first);
     if (reason.empty()) return {ImageState::Kind::current, {}};
     return {ImageState::Kind::out_of_date, reason};
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "api/field_data.h"
 #include "api/image_list.h"
 #include "core/data_set.h"
 
@@ -31,8 +32,12 @@ class ImageStates {
     /// Of an input (camera picture, dark image, flat field) or a result. A file that is not there
     /// counts as unchanged.
     ImageState of(const std::string& name);
+    /// Of the values on the model's mesh; absent where it has none.
+    ImageState of_mesh(const field_data<double>& mesh);
 
   private:
+    ImageState compare(const std::string& name, const ImageOrigin& old,
+                       const ImageOrigin& now) const;
     const ImageOrigin& origin_now(const std::string& name);
     ImageOrigin compute_origin(const std::string& name);
 

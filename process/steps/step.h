@@ -22,7 +22,8 @@ enum class StepId {
     align_markers,
     align_correlation,
     ratio,
-    field
+    field,
+    model
 };
 
 /// An image that a step takes.
@@ -55,7 +56,12 @@ struct StepFacts {
 struct StepView {
     const dataSetInterface& data;
     const imagesList& images;
+    bool has_mesh = false;  ///< the model's mesh is loaded
 };
+
+inline StepView view_of(const Session& session) {
+    return {session.data, session.images, session.field.has_data()};
+}
 
 /// Where the pictures of a point show the pixels of the frame of the results, which is the
 /// wind-off picture of the signal channel without lens distortion.
@@ -76,7 +82,7 @@ struct StepRun {
     RunReport& report;
     Alignment& alignment;  ///< handed on by the steps of one job
 
-    StepView view() const { return {session.data, session.images}; }
+    StepView view() const { return view_of(session); }
     /// Puts a result of the step into the image list; it knows its origin then, and its markers and
     /// mask count as saved.
     void publish(image result) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "process/model/model_step.h"
 #include "process/steps/align_step.h"
 #include "process/steps/correct_step.h"
 #include "process/steps/correlation_step.h"
@@ -73,6 +74,12 @@ const std::vector<Step>& step_table() {
          {},
          field_facts,
          calculate_field},
+        {model,
+         "put on the model",
+         "where the cameras stood, and the field on the mesh; only where a mesh is loaded",
+         {},
+         model_facts,
+         put_on_model},
     };
     return table;
 }
