@@ -9,6 +9,7 @@
 #include "cli/picture_arguments.h"
 #include "cli/settings.h"
 #include "process/steps/field_quantity.h"
+#include "sample/model_point.h"
 #include "sample/synthetic_point.h"
 
 namespace vyn::cli {
@@ -24,6 +25,8 @@ struct SampleOptions {
     bool noise = false;
     bool binary = false;
     bool lifetime = false;
+    bool mesh = false;
+    ModelPointOptions model;
     bool force = false;
 };
 
@@ -37,6 +40,25 @@ class SampleProgress final : public InterruptProgress {
     std::string status_;
 };
 
+/// Refuses before the rendering what cannot be written.
+void check_files(const SampleOptions& options, const std::vector<std::string>& names) {
+    for (const std::string& name : names)
+        check_target(fs::path(options.folder) / name,
+                     options.force ? Overwriting::allowed : Overwriting::refused);
+}
+
+ExitStatus make_model_sample(const SampleOptions& options, const SyntheticOptions& point_options) {
+    ModelPointOptions model = options.model;
+    model.point = point_options;
+    if (const std::string problem = problem_of(model); !problem.empty()) throw UsageError(problem);
+    check_files(options, model_file_names(model));
+    SampleProgress progress("Making the test point");
+    SubProgress rendering(progress, 0, 0.8);
+    SubProgress writing(progress, 0.8, 1);
+    write_model_point(make_model_point(model, rendering), options.folder, writing);
+    return ExitStatus::done;
+}
+
 ExitStatus make_sample(const SampleOptions& options) {
     SyntheticOptions point_options = options.point;
     if (!options.size.empty())
@@ -44,17 +66,16 @@ ExitStatus make_sample(const SampleOptions& options) {
     if (options.noise) point_options.noise = SyntheticOptions::Noise::camera;
     if (options.binary) point_options.channels = SyntheticOptions::Channels::binary;
     if (options.lifetime) point_options.channels = SyntheticOptions::Channels::lifetime;
+    if (options.mesh) return make_model_sample(options, point_options);
     if (const std::string problem = problem_of(point_options); !problem.empty())
         throw UsageError(problem);
-    const fs::path folder = options.folder;
-    for (const std::string& name : synthetic_file_names(point_options.channels))
-        check_target(folder / name, options.force ? Overwriting::allowed : Overwriting::refused);
+    check_files(options, synthetic_file_names(point_options.channels));
 
     SampleProgress progress("Making the test point");
     SubProgress rendering(progress, 0, 0.8);
     SubProgress writing(progress, 0.8, 1);
     const SyntheticPoint point = make_synthetic_point(point_options, rendering);
-    write_synthetic_point(point, folder, writing);
+    write_synthetic_point(point, options.folder, writing);
     return ExitStatus::done;
 }
 
@@ -92,13 +113,30 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
     app.add_flag("--lifetime", options->lifetime,
                  "two gates after each pulse; the lamp moves with the wind")
         ->excludes(binary);
+    CLI::Option* const mesh =
+        app.add_flag("--mesh", options->mesh,
+                     "a model in space: a wing on a body, its mesh, markers on it, and cameras "
+                     "obliquely above")
+            ->excludes(binary)
+            ->excludes("--lifetime")
+            ->excludes("--bend");
+    app.add_option("--mesh-nodes", options->model.mesh_nodes, "nodes of the mesh, about")
+        ->needs(mesh)
+        ->capture_default_str();
+    app.add_option("--cameras", options->model.cameras,
+                   "1 or 2; the second has a project of its own, project_2.xml")
+        ->needs(mesh)
+        ->capture_default_str();
     app.add_flag("--force", options->force, "replace the files of an earlier test point");
     app.footer(
         "Writes wind_off.tif, wind_on.tif, their dark images and markers, flat.tif, ports.mrk,\n"
         "camera.ini, paint.clb, project.xml and the true field truth.tif. With --binary also the\n"
         "reference camera's files (..._refe) and single_channel.tif, the wrong field of the "
         "signal\n"
-        "channel alone; with --lifetime the pictures of gate 1 (..._gate1).");
+        "channel alone; with --lifetime the pictures of gate 1 (..._gate1). With --mesh also\n"
+        "model.vtp, markers3d.mrk, the truth at its nodes truth_mesh.vtp and of the cameras\n"
+        "pose.json, the wing's edges lines.csv, and reference.json for the loads; compute it by\n"
+        "run DIR/project.xml --save-mesh point.vtp.");
     return [options] { return make_sample(*options); };
 }
 

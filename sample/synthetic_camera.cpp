@@ -80,9 +80,9 @@ cameraFeatures SyntheticCamera::record() const {
     record.camera_ID = std::string(role == Role::reference ? "SYN2" : "SYN1");
     record.camera_name =
         std::string(role == Role::reference ? "synthetic reference camera" : "synthetic camera");
-    record.focus = 12.5;
-    record.dx = 0.0055;
-    record.dy = 0.0055;
+    record.focus = focus;
+    record.dx = pixel_spacing;
+    record.dy = pixel_spacing;
     record.ncx = record.nfx = width;
     record.ncy = record.nfy = height;
     record.cx = lens.cx;
@@ -125,7 +125,7 @@ SyntheticCamera reference_camera(const SyntheticOptions& options) {
 }
 
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
-                   const ImageMap& motion, const SyntheticLight& light, SyntheticPictures& pictures,
+                   const std::function<PixelLight(Point ideal)>& light, SyntheticPictures& pictures,
                    Progress& progress) {
     const auto empty_plane = [&camera](image& picture, const char* name,
                                        Quantity::Kind kind =
@@ -149,17 +149,27 @@ void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& option
                 const double off_dark = camera.wind_off_dark(x);
                 const double on_dark = camera.wind_on_dark(y);
                 const Point ideal = ideal_position(camera.lens, {double(x), double(y)});
-                const Point place = inverse_mapped(camera.ideal_from_laboratory, ideal);
-                const Point on_model = motion.inverse(place).value();
-                const double off_light = light.wind_off(place) * flat;
-                const double on_light = light.wind_on(place, on_model) * flat;
+                const PixelLight seen = light(ideal);
                 flat_plane(x, y) = static_cast<float>(flat);
                 off_dark_plane(x, y) = recorded(off_dark_picture, 0, off_dark, x, y);
                 on_dark_plane(x, y) = recorded(on_dark_picture, 0, on_dark, x, y);
-                off(x, y) = recorded(off_picture, off_light, off_dark, x, y);
-                on(x, y) = recorded(on_picture, on_light, on_dark, x, y);
+                off(x, y) = recorded(off_picture, seen.wind_off * flat, off_dark, x, y);
+                on(x, y) = recorded(on_picture, seen.wind_on * flat, on_dark, x, y);
             }
     });
+}
+
+void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
+                   const ImageMap& motion, const SyntheticLight& light, SyntheticPictures& pictures,
+                   Progress& progress) {
+    take_pictures(
+        camera, options,
+        [&](Point ideal) {
+            const Point place = inverse_mapped(camera.ideal_from_laboratory, ideal);
+            const Point on_model = motion.inverse(place).value();
+            return PixelLight{light.wind_off(place), light.wind_on(place, on_model)};
+        },
+        pictures, progress);
 }
 
 }  // namespace vyn

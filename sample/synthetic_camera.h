@@ -28,9 +28,12 @@ struct SyntheticPictures {
 /// A camera of a synthetic point, or a gate of it. The laboratory's places are those of the signal
 /// camera's ideal picture.
 struct SyntheticCamera {
-    enum class Role : std::uint64_t { signal, reference, gate_1 };
+    enum class Role : std::uint64_t { signal, reference, gate_1, second_view };
+
+    static constexpr double pixel_spacing = 0.0055;  ///< mm
 
     Role role = Role::signal;
+    double focus = 12.5;  ///< mm
     int width = 0;
     int height = 0;
     Distortion lens;
@@ -55,8 +58,18 @@ struct SyntheticLight {
     std::function<double(Point place, Point on_model)> wind_on;
 };
 
-/// Evaluates every pixel of the camera's pictures; `motion` is the model's, places with wind from
-/// places without.
+/// Light in counts at a pixel, before the flat field, without and with wind.
+struct PixelLight {
+    double wind_off = 0;
+    double wind_on = 0;
+};
+
+/// Evaluates every pixel of the camera's pictures from the light at its ideal position.
+void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
+                   const std::function<PixelLight(Point ideal)>& light, SyntheticPictures& pictures,
+                   Progress& progress);
+
+/// The same of a flat model; `motion` is the model's, places with wind from places without.
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,
                    const ImageMap& motion, const SyntheticLight& light, SyntheticPictures& pictures,
                    Progress& progress);

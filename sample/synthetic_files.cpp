@@ -25,6 +25,12 @@ constexpr const char* port_file = "ports.mrk";
 constexpr const char* paint_file = "paint.clb";
 constexpr const char* project_file = "project.xml";
 
+/// "truth.tif" as "truth_2.tif".
+std::string with_suffix(const std::string& name, const std::string& suffix) {
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos ? name : name.substr(0, dot) + suffix + name.substr(dot);
+}
+
 /// Names of the files of one camera; those that it has not are empty.
 struct CameraFiles {
     std::string wind_off;
@@ -45,9 +51,14 @@ struct CameraFiles {
     }
 };
 
-CameraFiles signal_files() {
-    return {"wind_off.tif", "wind_on.tif",  "wind_off_dark.tif", "wind_on_dark.tif",
-            "flat.tif",     "wind_off.mrk", "wind_on.mrk",       "camera.ini"};
+CameraFiles signal_files(const std::string& suffix) {
+    CameraFiles files{"wind_off.tif", "wind_on.tif",  "wind_off_dark.tif", "wind_on_dark.tif",
+                      "flat.tif",     "wind_off.mrk", "wind_on.mrk",       "camera.ini"};
+    for (std::string* name :
+         {&files.wind_off, &files.wind_on, &files.wind_off_dark, &files.wind_on_dark, &files.flat,
+          &files.wind_off_markers, &files.wind_on_markers, &files.camera})
+        *name = with_suffix(*name, suffix);
+    return files;
 }
 
 /// Gate 1 shares camera, flat field and markers with gate 2.
@@ -118,7 +129,7 @@ void name_files(dataSetInterface& data, const CameraFiles& files, const cameraFe
     write(data, std::string(off.camera), record);
 }
 
-void put_project(const fs::path& file, const SyntheticPoint& point) {
+void put_project(const fs::path& folder, const SyntheticPoint& point, const PointFiles& files) {
     const auto& [off_signal, on_signal, off_reference, on_reference] = raw_images();
     const Channels channels = point.options.channels;
     simpleNamedDataSet data;
@@ -126,7 +137,8 @@ void put_project(const fs::path& file, const SyntheticPoint& point) {
                                  : channels == Channels::binary ? ExperimentType::binary
                                                                 : ExperimentType::lifetime);
     write(data, keys::test_id, std::string("synthetic"));
-    name_files(data, signal_files(), point.camera, point.dark_level, off_signal, on_signal);
+    name_files(data, signal_files(files.suffix), point.camera, point.dark_level, off_signal,
+               on_signal);
     if (point.reference)
         name_files(data, second_files(channels), point.reference->camera, point.dark_level,
                    off_reference, on_reference);
@@ -139,7 +151,8 @@ void put_project(const fs::path& file, const SyntheticPoint& point) {
     write(data, keys::convert_field, std::string(field_name(point.options.quantity)));
     write(data, std::string(keys::sens_paint), point.paint);
     write(data, std::string(keys::flow), point.flow);
-    save_xml(data, file.c_str());
+    if (files.settings) files.settings(data);
+    save_xml(data, (folder / with_suffix(project_file, files.suffix)).c_str());
 }
 
 using NamedPicture = std::pair<std::string, const image*>;
@@ -159,9 +172,11 @@ void put_camera(const fs::path& folder, const CameraFiles& files, const Syntheti
 
 }  // namespace
 
-std::vector<std::string> synthetic_file_names(Channels channels) {
-    std::vector<std::string> names = signal_files().all();
-    names.insert(names.end(), {truth_file, truth_marker_file, port_file, paint_file, project_file});
+std::vector<std::string> synthetic_file_names(Channels channels, const std::string& suffix) {
+    std::vector<std::string> names = signal_files(suffix).all();
+    for (const char* name : {truth_file, truth_marker_file, port_file, project_file})
+        names.push_back(with_suffix(name, suffix));
+    names.emplace_back(paint_file);
     if (channels == Channels::single) return names;
     if (channels == Channels::binary) names.emplace_back(single_channel_file);
     for (std::string& name : second_files(channels).all())
@@ -169,14 +184,15 @@ std::vector<std::string> synthetic_file_names(Channels channels) {
     return names;
 }
 
-void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
-                           Progress& progress) {
+void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder, Progress& progress,
+                           const PointFiles& files) {
+    const auto named = [&files](const char* name) { return with_suffix(name, files.suffix); };
     std::error_code failure;
     fs::create_directories(folder, failure);
     if (failure)
         throw FileError("Can't open file for writing!", folder.string() + ": " + failure.message());
-    std::vector<NamedPicture> pictures{{truth_file, &point.truth}};
-    put_camera(folder, signal_files(), point, point.camera, pictures);
+    std::vector<NamedPicture> pictures{{named(truth_file), &point.truth}};
+    put_camera(folder, signal_files(files.suffix), point, point.camera, pictures);
     if (point.options.channels == Channels::binary)
         pictures.emplace_back(single_channel_file, &point.single_channel);
     if (point.reference)
@@ -191,10 +207,10 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder,
         write_image(*picture, folder / name, options, part);
         ++done;
     }
-    write_marker_file(folder / truth_marker_file, point.truth_markers);
-    write_marker_file(folder / port_file, point.ports);
+    write_marker_file(folder / named(truth_marker_file), point.truth_markers);
+    write_marker_file(folder / named(port_file), point.ports);
     write_paint_calibration((folder / paint_file).string(), point.paint);
-    put_project(folder / project_file, point);
+    put_project(folder, point, files);
 }
 
 }  // namespace vyn

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "calib/camera.h"
 #include "calib/flow.h"
 #include "calib/paint.h"
+#include "core/data_set.h"
 #include "core/progress.h"
 #include "sample/synthetic_camera.h"
 
@@ -84,14 +86,21 @@ struct SyntheticPoint : SyntheticPictures {
 /// the options only.
 SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& progress);
 
+/// How the files of a point are named and what its project says besides.
+struct PointFiles {
+    std::string suffix;  ///< of every name before its extension: "_2" for the second of a folder
+    std::function<void(dataSetInterface&)> settings;  ///< writes more of them; may be empty
+};
+
 /// Names of the files that `write_synthetic_point` makes of a point with these channels.
 std::vector<std::string> synthetic_file_names(
-    SyntheticOptions::Channels channels = SyntheticOptions::Channels::single);
+    SyntheticOptions::Channels channels = SyntheticOptions::Channels::single,
+    const std::string& suffix = {});
 
 /// Writes images, markers, records and a project file ("project.xml", relative names) that asks for
 /// the computation of the truth ("truth.tif"); makes the folder. The files are replaced one by one.
 /// Raises FileError.
 void write_synthetic_point(const SyntheticPoint& point, const std::filesystem::path& folder,
-                           Progress& progress);
+                           Progress& progress, const PointFiles& files = {});
 
 }  // namespace vyn
