@@ -109,6 +109,7 @@ std::optional<FieldSample> FieldSampler::mean(Point place,
         return static_cast<int>(std::floor(std::min(high, middle + most_side / 2.0)));
     };
     double sum = 0;
+    Point middle{0, 0};  // from the place
     int used = 0;
     int all = 0;
     for (int y = first(low_y, place.y); y <= last(high_y, place.y); ++y)
@@ -117,11 +118,14 @@ std::optional<FieldSample> FieldSampler::mean(Point place,
             ++all;
             if (!valid(x, y)) continue;
             sum += static_cast<double>(field_.values()(x, y));
+            middle.x += x - place.x;
+            middle.y += y - place.y;
             ++used;
         }
     if (all == 0) return at(place);
     if (used == 0 || used < min_valid_ * all) return std::nullopt;
-    return FieldSample{sum / used, used};
+    const auto slope = gradient(place);
+    return FieldSample{(sum - slope[0] * middle.x - slope[1] * middle.y) / used, used};
 }
 
 std::array<double, 2> FieldSampler::gradient(Point place) const {

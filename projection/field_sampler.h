@@ -27,7 +27,8 @@ class FieldSampler {
     /// of the four pixels around, whose weight must be `min_valid` at least.
     std::optional<FieldSample> at(Point place) const;
     /// The mean over the valid pixels whose centres lie in a union of quadrangles that do not
-    /// overlap; `min_valid` of the pixels inside must be valid. Nothing inside: as `at(place)`.
+    /// overlap, carried from their middle to the place by the field's slope there; `min_valid` of the
+    /// pixels inside must be valid. Nothing inside: as `at(place)`.
     std::optional<FieldSample> mean(Point place, std::span<const std::array<Point, 4>> quads) const;
     /// Change of the value per pixel in x and y; 0 where it is not known.
     std::array<double, 2> gradient(Point place) const;

@@ -104,7 +104,8 @@ ModelMesh model_mesh(int nodes) {
 }
 
 NodeView view_nodes(const ModelMesh& mesh, const ModelCamera& camera, Progress& progress) {
-    /// Places that lie as much nearer than the tangent plane hide it.
+    /// Places that lie as much nearer than the tangent plane hide it; those farther are past an
+    /// edge.
     const double nearer = 2 * camera.mm_per_pixel();
     constexpr double least_cosine = 0.08;  // closer to the silhouette all is doubt
     const std::size_t count = mesh.places.size();
@@ -121,18 +122,20 @@ NodeView view_nodes(const ModelMesh& mesh, const ModelCamera& camera, Progress& 
         if (cosine < least_cosine) return;
         const Point pixel = camera.ideal(at.place);
         int hidden = 0;
+        int missed = 0;
         for (int dy = -1; dy <= 1; ++dy)
             for (int dx = -1; dx <= 1; ++dx) {
                 const ModelRay ray = camera.ray({pixel.x + dx, pixel.y + dy});
                 const double plane = -dot(normal, sight) / dot(normal, ray.direction);
                 const auto hit = model_shape::nearest_hit(ray, 0);
                 hidden += hit && hit->distance < plane - nearer;
+                missed += !hit || hit->distance > plane + nearer;
             }
         const Point raw = camera.raw(at.place);
         const bool inside = raw.x > 1 && raw.y > 1 && raw.x < camera.pinhole.width - 2 &&
                             raw.y < camera.pinhole.height - 2;
         if (hidden == 9 || !inside) view.seen[i] = 0;
-        if (hidden == 0 && inside) view.seen[i] = 1;
+        if (hidden == 0 && missed == 0 && inside) view.seen[i] = 1;
     };
     const auto blocks = static_cast<int>((count + node_block - 1) / node_block);
     parallel_rows(blocks, 1, progress, [&](int b0, int b1) {
