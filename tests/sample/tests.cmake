@@ -1,2 +1,2 @@
-vyn_tests(sample SOURCES synthetic_point_test.cpp LINK vyn_sample)
+vyn_tests(sample SOURCES model_shape_test.cpp synthetic_point_test.cpp LINK vyn_sample)
 add_dependencies(test_sample vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
