@@ -67,15 +67,13 @@ std::string poses_text(const ModelPoint& point) {
            "\n";
 }
 
-/// Two lines of points, leading edge first, an empty line between them.
+/// The wing's edges as sections at a share of the chord take them.
 std::string lines_text(const ModelPoint& point) {
-    std::string text = "x,y,z\n";
-    for (const std::vector<Vec3>& edge : point.edges) {
-        if (&edge != &point.edges.front()) text += "\n";
-        for (const Vec3& p : edge)
-            text +=
-                format_double(p[0]) + "," + format_double(p[1]) + "," + format_double(p[2]) + "\n";
-    }
+    std::string text = "line,x,y,z\n";
+    for (std::size_t e = 0; e < point.edges.size(); ++e)
+        for (const Vec3& p : point.edges[e])
+            text += std::string(e == 0 ? "leading" : "trailing") + "," + format_double(p[0]) + "," +
+                    format_double(p[1]) + "," + format_double(p[2]) + "\n";
     return text;
 }
 
