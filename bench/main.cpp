@@ -66,7 +66,8 @@ int run(int argc, char** argv) {
         print_lines();
     } else if (peers) {
 #ifdef VYN_BENCH_PEERS
-        return print_peers();
+        const bool model_only = argc > 2 && std::strcmp(argv[2], "--model") == 0;
+        return print_peers(model_only ? Measured::model : Measured::all);
 #else
         std::cerr << "vyn_bench: built without the comparison; configure with "
                      "-DVYN_BENCH_PEERS=ON\n";

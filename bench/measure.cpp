@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "api/parallel.h"
+#include "bench/model_stages.h"
 #include "bench/stages.h"
 
 namespace vyn::bench {
@@ -65,6 +66,22 @@ double median_time(const std::function<double()>& once) {
     return median(times);
 }
 
+namespace {
+
+/// By the stage's own unit, whose number stands in the place of the size.
+void print_model_lines() {
+    const ModelInputs inputs;
+    for (const ModelStage& stage : model_stages(inputs))
+        for (const int threads : thread_counts()) {
+            const ThreadLimit limit(threads);
+            const double ns = median_time([&] { return time_once(stage); });
+            std::cout << "vynlite " << stage.name << ' ' << static_cast<long>(stage.units) << ' '
+                      << threads << ' ' << ns / stage.units << std::endl;
+        }
+}
+
+}  // namespace
+
 void print_lines() {
     std::cout.imbue(std::locale::classic());
     std::cout << std::fixed << std::setprecision(3);
@@ -80,6 +97,7 @@ void print_lines() {
             }
         }
     }
+    print_model_lines();
 }
 
 }  // namespace vyn::bench

@@ -16,6 +16,7 @@ double median_time(const std::function<double()>& once);
 double median(std::vector<double> times);
 
 /// "vynlite STAGE N THREADS NS" for every stage, size and thread count; NS per pixel of one plane.
+/// Of the stages on a model (bench/model_stages.h) N is the number of their units and NS per unit.
 void print_lines();
 
 }  // namespace vyn::bench

@@ -11,6 +11,7 @@
 
 #include "api/parallel.h"
 #include "bench/measure.h"
+#include "bench/model_peers.h"
 #include "bench/peer_stages.h"
 
 namespace vyn::bench {
@@ -170,14 +171,19 @@ bool measure_size(int n) {
 
 }  // namespace
 
-int print_peers() {
+int print_peers(Measured measured) {
     std::cout.imbue(std::locale::classic());
-    std::cout << std::fixed << std::setprecision(2)
-              << "stage              N threads     ours     ref.   ratio   against  "
+    std::cout << std::fixed << std::setprecision(2);
+    if (measured == Measured::model) {
+        print_model_peers();
+        return 0;
+    }
+    std::cout << "stage              N threads     ours     ref.   ratio   against  "
                  "acceptable    good\n";
     bool alike = true;
     for (const int n : sizes())
         alike &= measure_size(n);
+    print_model_peers();
     return alike ? 0 : 1;
 }
 
