@@ -1,7 +1,6 @@
 #include "align/image_map.h"
 
 #include <cmath>
-#include <ranges>
 
 namespace vyn {
 
@@ -103,8 +102,8 @@ Point ImageMap::at(Point output) const {
 }
 
 std::optional<Point> ImageMap::inverse(Point source) const {
-    for (const Part& part : std::views::reverse(parts_))
-        source = std::visit([&](const auto& each) { return back_through(each, source); }, part);
+    for (auto part = parts_.rbegin(); part != parts_.rend(); ++part)
+        source = std::visit([&](const auto& each) { return back_through(each, source); }, *part);
     if (!std::isfinite(source.x) || !std::isfinite(source.y)) return std::nullopt;
     return source;
 }

@@ -8,11 +8,18 @@ if(VYN_WERROR)
 endif()
 if(CMAKE_UNITY_BUILD)
     # True only of sources that are one; the other presets look for what is.
-    target_compile_options(vyn_flags INTERFACE -Wno-shadow -Wno-subobject-linkage)
+    target_compile_options(vyn_flags INTERFACE -Wno-shadow)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(vyn_flags INTERFACE -Wno-subobject-linkage)
+    endif()
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # g++ 12 sees overlapping copies in `"text" + std::string` where there are none (GCC bug 105651).
     target_compile_options(vyn_flags INTERFACE -Wno-restrict)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 16)
+    target_compile_options(vyn_flags INTERFACE
+        -include ${CMAKE_SOURCE_DIR}/cmake/source_location_for_clang.h)
 endif()
 # Bits must not depend on the machine: no contraction into fused multiply-adds. The other two
 # only promise that nobody reads errno or floating-point traps, so that loops vectorise.
@@ -30,10 +37,12 @@ if(VYN_MOLD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND
     target_link_options(vyn_flags INTERFACE -fuse-ld=mold)
 endif()
 if(VYN_SANITIZE)
-    # With their checks in between g++ takes variables for unset that are not (its manual says so).
     target_compile_options(vyn_flags INTERFACE
-        -fsanitize=${VYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-        -Wno-maybe-uninitialized)
+        -fsanitize=${VYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # With their checks in between g++ takes variables for unset that are not (its manual says so).
+        target_compile_options(vyn_flags INTERFACE -Wno-maybe-uninitialized)
+    endif()
     target_link_options(vyn_flags INTERFACE -fsanitize=${VYN_SANITIZE})
 endif()
 

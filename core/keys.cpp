@@ -183,11 +183,15 @@ std::string non_finite_setting(const dataSetInterface& data) {
 }
 
 std::vector<std::string> check_settings(dataSetInterface& data) {
+    // Who would read more? And to look for the nearest of each takes its time.
+    constexpr std::size_t most_unknown = 100;
+    std::size_t unknown = 0;
     std::vector<std::string> complaints;
     data.for_each([&](const std::string& path, const any& value) {
         const KeyInfo* key = find_key(path);
         if (!key) {
-            if (is_known_tree(path)) complaints.push_back(no_such_key(path));
+            if (is_known_tree(path) && ++unknown <= most_unknown)
+                complaints.push_back(no_such_key(path));
             return;
         }
         const std::string text = format_setting(value);
@@ -201,6 +205,9 @@ std::vector<std::string> check_settings(dataSetInterface& data) {
                 (right_type ? "; it is used as it stands"
                             : "; its default \"" + format_setting(key->fallback) + "\" is used"));
     });
+    if (unknown > most_unknown)
+        complaints.push_back("there are no settings of " + std::to_string(unknown - most_unknown) +
+                             " more names");
     return complaints;
 }
 

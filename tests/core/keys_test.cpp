@@ -60,6 +60,11 @@ TEST(Keys, SettingsOfOthersAreCheckedAndWholeNumbersAreNumbers) {
     EXPECT_THAT(complaints[3], HasSubstr("\"Presure\" is not what it takes, one of \"Pressure\""));
     EXPECT_EQ(data.read(pressure, 0.0), 100000.0);
     EXPECT_FALSE(data.modified());
+    for (int i = 0; i < 1000; ++i)
+        data.write("project/flow/no" + std::to_string(i), 1);
+    const std::vector<std::string> many = check_settings(data);
+    EXPECT_LT(many.size(), 110u);
+    EXPECT_THAT(many.back(), HasSubstr("901 more names"));
 }
 
 TEST(Keys, ARefusedSettingIsAnErrorThatNamesItAndHelps) {

@@ -1,6 +1,7 @@
 #pragma once
 
-// clang before 16 has no std::source_location of the standard library; the linter reads this one.
+// clang before 16 cannot read std::source_location of g++'s library; the linter and the fuzzers
+// read this one.
 #if defined(__clang__) && __clang_major__ < 16
 namespace std {
 struct source_location {
