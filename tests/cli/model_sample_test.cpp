@@ -147,8 +147,8 @@ TEST_F(ModelSample, GetsItsLoadsAndSections) {
     EXPECT_GT(lift, 0.1) << "suction above";
 
     const auto section = [&](const char* file, const char* table) {
-        return output_of(
-            {"section", in(file), "--plane", "y=250", "--plane", "y=-300", "--out", in(table)});
+        return output_of({"section", in(file), "--plane", "y=250", "--plane", "y=-300", "--xc",
+                          "0.3", "--lines", in("s/lines.csv"), "--out", in(table)});
     };
     section("point.vtp", "found.csv");
     section("same_faces.vtp", "wanted.csv");
@@ -158,6 +158,65 @@ TEST_F(ModelSample, GetsItsLoadsAndSections) {
     };
     EXPECT_GT(rows("found.csv"), 100);
     EXPECT_EQ(rows("found.csv"), rows("wanted.csv"));
+}
+
+/// Wind-off and wind-on pictures by poses of their own, ratio and law node by node: no alignment of
+/// pictures, the same answer.
+TEST_F(ModelSample, FormsTheRatioOnItsMesh) {
+    output_of({"run", in("s/project.xml"), "--set", "roject/processing/resection/ratio_on_mesh=1",
+               "--save-mesh", in("nodes.vtp"), "--report", in("nodes.json")});
+    const json away = json_of({"compare", in("nodes.vtp"), in("s/truth_mesh.vtp"), "--json",
+                               "--edge", "2", "--markers", in("s/markers3d.mrk"), "--dot", "14"});
+    EXPECT_GT(away.at("count").get<int>(), 4000);
+    EXPECT_EQ(away.at("hidden_with_value"), 0);
+    EXPECT_LT(away.at("rms_percent").get<double>(), 0.8) << "the wing bends, which no pose follows";
+    const json report = json::parse(get_file(in("nodes.json")));
+    EXPECT_EQ(report.at("resection").at("views").size(), 2u);
+    EXPECT_EQ(report.at("projection").at("views").size(), 2u);
+}
+
+/// The field that another project saved joins the mesh, and covers what the first camera missed.
+TEST_F(ModelSample, JoinsTheSavedFieldOfAFurtherProject) {
+    const std::vector<std::string> joined{
+        "run",         in("s/project.xml"),
+        "--set",       "roject/processing/resection/views=project_2.xml",
+        "--save-mesh", in("both.vtp"),
+        "--force"};
+    const ProgramRun early = run_program(joined);
+    EXPECT_EQ(early.status, 1);
+    EXPECT_THAT(early.err, testing::HasSubstr("Pressure_2.imp: no such file")) << "not saved yet";
+    output_of({"run", in("s/project_2.xml"), "--save-field"});
+    output_of(joined);
+    const field_data<double> both = mesh("both.vtp");
+    EXPECT_EQ(both.views.size(), 2u);
+    const auto count = [&](double views) {
+        return std::ranges::count(values(both, "views"), views);
+    };
+    EXPECT_GT(count(2), 2000);
+    EXPECT_GT(count(1), 500);
+    const json errors = json_of({"compare", in("both.vtp"), in("s/truth_mesh.vtp"), "--json",
+                                 "--edge", "2", "--markers", in("s/markers3d.mrk"), "--dot", "14"});
+    EXPECT_GT(errors.at("hidden_with_value"), 300) << "hidden from the first camera";
+    EXPECT_LT(errors.at("rms_percent").get<double>(), 0.5);
+}
+
+/// The picture of the model as its camera sees it lies on the camera's own field; other sides and
+/// wrong requests.
+TEST_F(ModelSample, IsDrawn) {
+    const auto draw = [&](std::vector<std::string> more) {
+        std::vector<std::string> arguments{"render3d", in("point.vtp"), in("model.png"), "--force"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run_program(arguments);
+    };
+    EXPECT_EQ(draw({"--view", "camera:1", "--no-light"}).status, 0);
+    const std::string picture = get_file(in("model.png"));
+    EXPECT_EQ(picture.substr(16, 8), std::string("\0\0\1\xE0\0\0\1\x68", 8)) << "480 x 360";
+    EXPECT_EQ(draw({"--azimuth", "-60", "--colour-bar", "--edges", "--size", "300x200"}).status, 0);
+    EXPECT_EQ(draw({"--view", "camera:2"}).status, 2);
+    EXPECT_EQ(draw({"--view", "behind"}).status, 2);
+    EXPECT_EQ(draw({"--view", "top", "--azimuth", "3"}).status, 2);
+    EXPECT_EQ(draw({"--quantity", "none"}).status, 2);
+    EXPECT_EQ(draw({"--size", "90000x90000"}).status, 1);
 }
 
 TEST_F(ModelSample, IsTheSameOnOneThread) {
