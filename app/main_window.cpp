@@ -87,8 +87,10 @@ void VynLiteForm::connect_actions() {
             [commands](const QString& file) { commands->open_file(file.toStdString()); });
     connect(commands, &ProjectCommands::opened, parts_->widgets.recent, &RecentFilesMenu::add);
     connect(commands, &ProjectCommands::changed, this, &VynLiteForm::update_state);
+    connect(parts_->model, &ModelCommands::changed, this, &VynLiteForm::update_state);
     connect(commands, &ProjectCommands::replaced, this, [this] {
         parts_->viewers.close_project_images();
+        parts_->model->close_viewer();
         remove_page();
         update_state();
     });
@@ -131,6 +133,7 @@ void VynLiteForm::update_state() {
         parts_->page->setEnabled(has_file);
         if (has_file) parts_->page->refresh();
     }
+    parts_->model->refresh();
     update_title();
 }
 
@@ -189,6 +192,7 @@ void VynLiteForm::closeEvent(QCloseEvent* event) {
         (!parts_->page || parts_->commands->agrees_to_discard()) && parts_->viewers.close_all();
     event->setAccepted(go_on);
     if (!go_on) return;
+    parts_->model->close_viewer();
     QSettings().setValue(geometry_setting(), saveGeometry());
     parts_->recovery->stop();
     parts_->help.reset();

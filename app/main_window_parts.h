@@ -6,6 +6,7 @@
 #include "app/help_window.h"
 #include "app/main_widgets.h"
 #include "app/main_window.h"
+#include "app/model_commands.h"
 #include "app/project_commands.h"
 #include "app/recovery_keeper.h"
 #include "app/viewer_windows.h"
@@ -27,13 +28,16 @@ struct VynLiteForm::Parts {
           widgets(window),
           commands(new ProjectCommands(used_worker, &window)),
           recovery(new RecoveryKeeper(recovery_folder(), &window)),
-          viewers(used_worker) {}
+          viewers(used_worker),
+          model(new ModelCommands(used_worker, &window, *widgets.file_menu,
+                                  widgets.actions.project_directory)) {}
 
     Worker& worker;
     MainWidgets widgets;
     ProjectCommands* commands;
     RecoveryKeeper* recovery;
     ViewerWindows viewers;
+    ModelCommands* model;
     std::unique_ptr<HelpWindow> help;
     QVynLog* log = nullptr;
     std::unique_ptr<ExperimentPage> page;

@@ -12,7 +12,7 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
-#include "process/model/model_step.h"
+#include "process/model/mesh_tasks.h"
 #include "process/point/experiment_type.h"
 #include "process/point/find_markers_task.h"
 #include "process/point/marker_io.h"

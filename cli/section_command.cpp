@@ -1,4 +1,3 @@
-#include <cmath>
 #include <memory>
 
 #include "api/image_io.h"
@@ -10,6 +9,7 @@
 #include "core/atomic_file.h"
 #include "core/numbers.h"
 #include "process/model/chord_lines.h"
+#include "process/model/section_table.h"
 
 namespace vyn::cli {
 
@@ -60,31 +60,6 @@ std::vector<SectionPlane> wanted_planes(const SectionArguments& arguments) {
     return planes;
 }
 
-std::string cell(double value) {
-    return std::isfinite(value) ? format_double(value) : std::string();
-}
-
-/// Points that were not seen are left out and end their piece of the curve.
-void add_rows(const std::vector<SectionCurve>& curves, std::size_t number, std::string& text) {
-    std::size_t piece = 0;
-    for (const SectionCurve& curve : curves) {
-        bool within = false;
-        for (const SectionPoint& point : curve.points) {
-            if (std::isnan(point.value)) {
-                within = false;
-                continue;
-            }
-            if (!within) ++piece;
-            within = true;
-            text.append(std::to_string(number)).append(",").append(std::to_string(piece));
-            for (const double value : {point.place[0], point.place[1], point.place[2], point.s,
-                                       point.x_c, point.value, point.sigma, point.view})
-                text.append(",").append(cell(value));
-            text.append("\n");
-        }
-    }
-}
-
 ExitStatus work(const SectionArguments& arguments) {
     const auto planes = wanted_planes(arguments);
     check_output(arguments.out, arguments.force ? Overwriting::allowed : Overwriting::refused);
@@ -94,20 +69,19 @@ ExitStatus work(const SectionArguments& arguments) {
     const field_data<double> mesh = read_field(arguments.field, progress);
     const Surface surface = prepare_surface(mesh, progress);
     const std::string quantity = chosen_quantity(mesh, arguments.quantity);
-    std::string text = "section,curve,x,y,z,s,x_c,value,sigma,view\n";
+    std::vector<std::vector<SectionCurve>> sections;
     for (std::size_t i = 0; i < planes.size(); ++i) {
         const Section section = cut_section(mesh, surface, planes[i], quantity);
         const SectionLoads& loads = section.loads;
-        add_rows(section.curves, i + 1, text);
+        sections.push_back(section.curves);
         const auto number = [](double value) { return format_general(value, 6); };
         print("section " + std::to_string(i + 1) + "  chord " + number(loads.chord) + "  cn " +
               number(loads.normal) + "  ca " + number(loads.axial) + "  cm " +
               number(loads.moment) + "  covered " + number(100 * loads.covered_share) + " %\n");
     }
-    for (std::size_t i = 0; i < arguments.chords.size(); ++i)
-        add_rows(cut_at_chord(mesh, surface, lines, arguments.chords[i], quantity),
-                 planes.size() + i + 1, text);
-    write_file(arguments.out, text);
+    for (const double x_c : arguments.chords)
+        sections.push_back(cut_at_chord(mesh, surface, lines, x_c, quantity));
+    write_file(arguments.out, section_csv(sections));
     return ExitStatus::done;
 }
 

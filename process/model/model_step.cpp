@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "api/image_io.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -140,12 +139,6 @@ TaskOutcome put_on_model(const StepRun& run) {
     session.field = std::move(mesh);
     store_pose(data, found.views.front().pose, views.front().record.default_length_unit);
     run.context.status("Resection Done!");
-    return TaskOutcome::done;
-}
-
-TaskOutcome SaveMeshTask::run(TaskContext& context) {
-    context.status("Saving 3-D field:" + file_.string());
-    write_field(session_.field, file_, context);
     return TaskOutcome::done;
 }
 

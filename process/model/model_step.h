@@ -1,9 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <utility>
-
-#include "core/task.h"
 #include "process/steps/step.h"
 
 namespace vyn {
@@ -16,17 +12,5 @@ StepFacts model_facts(const StepView& view);
 /// Raises AlgoError "Field3D:2d field is absent", "Field3D:3d field is absent" and "Resection
 /// Failed!"; mesh and settings are then as they were.
 TaskOutcome put_on_model(const StepRun& run);
-
-/// Writes the session's mesh with its values.
-class SaveMeshTask final : public Task {
-  public:
-    SaveMeshTask(Session session, std::filesystem::path file)
-        : session_(session), file_(std::move(file)) {}
-    TaskOutcome run(TaskContext& context) override;
-
-  private:
-    Session session_;
-    std::filesystem::path file_;
-};
 
 }  // namespace vyn

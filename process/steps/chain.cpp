@@ -64,6 +64,7 @@ std::vector<StepId> steps_of(Goal goal, const StepView& view) {
     std::vector<StepId> steps;
     const ExperimentType type = experiment_type(view.data);
     if (type == ExperimentType::s3f) return steps;
+    if (goal == Goal::model) return {StepId::model};
     const bool takes_corrected =
         goal == Goal::field || (goal == Goal::ratio_of_corrected && type == ExperimentType::single);
     if (!takes_corrected) steps = corrections(goal, view);

@@ -17,6 +17,7 @@ enum class Goal {
     displacement,        ///< how the wind-on picture lies, without a ratio
     ratio,
     field,
+    model,  ///< the field as it is, on the mesh
     all
 };
 

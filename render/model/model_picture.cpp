@@ -13,13 +13,7 @@ RgbPicture draw_model_picture(const field_data<double>& mesh, const Surface& sur
     constexpr int fineness = 2;  // drawn finer by this and averaged
     const PictureFrame frame(view.width, view.height, options);
     RgbPicture out = frame.paper();
-    ModelView fine = view;
-    fine.width *= fineness;
-    fine.height *= fineness;
-    fine.fx *= fineness;
-    fine.fy *= fineness;
-    fine.cx = fineness * (view.cx + 0.5) - 0.5;
-    fine.cy = fineness * (view.cy + 0.5) - 0.5;
+    const ModelView fine = resized(view, fineness * view.width, fineness * view.height);
     look.colours = colour_map(options.limits.minimum, options.limits.maximum, options.palette);
     VisibleFaces faces;
     faces.draw(mesh, surface, fine, {}, progress);

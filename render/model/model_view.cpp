@@ -70,4 +70,54 @@ ModelView view_of_camera(const field_data<double>::View& camera, double mm_per_u
     return view;
 }
 
+ModelView turned(ModelView view, const Vec3& pivot, double around, double over) {
+    constexpr double degree = std::numbers::pi / 180;
+    const double ca = std::cos(around * degree);
+    const double sa = std::sin(around * degree);
+    const double co = std::cos(over * degree);
+    const double so = std::sin(over * degree);
+    const Vec3 stays = view.in_view(pivot);
+    for (Vec3& row : view.rotation)
+        row = {row[0] * ca + row[1] * sa, row[1] * ca - row[0] * sa, row[2]};
+    const Vec3 down = view.rotation[1];
+    const Vec3 away = view.rotation[2];
+    view.rotation[1] = co * down - so * away;
+    view.rotation[2] = so * down + co * away;
+    for (std::size_t i = 0; i < 3; ++i)
+        view.shift[i] = stays[i] - dot(view.rotation[i], pivot);
+    return view;
+}
+
+ModelView panned(ModelView view, double dx, double dy) {
+    view.cx += dx;
+    view.cy += dy;
+    return view;
+}
+
+ModelView zoomed(ModelView view, double factor, double x, double y) {
+    view.fx *= factor;
+    view.fy *= factor;
+    view.cx = x + (view.cx - x) * factor;
+    view.cy = y + (view.cy - y) * factor;
+    return view;
+}
+
+ModelView resized(ModelView view, int width, int height) {
+    const double factor = std::min(static_cast<double>(width) / std::max(view.width, 1),
+                                   static_cast<double>(height) / std::max(view.height, 1));
+    const double x = (view.width - 1) / 2.0;
+    const double y = (view.height - 1) / 2.0;
+    view = panned(zoomed(view, factor, x, y), (width - 1) / 2.0 - x, (height - 1) / 2.0 - y);
+    view.width = width;
+    view.height = height;
+    return view;
+}
+
+std::optional<std::array<double, 2>> pixel_of(const ModelView& view, const Vec3& place) {
+    const Vec3 p = view.in_view(place);
+    const double w = view.kind == ModelView::Kind::perspective ? p[2] : 1;
+    if (!(w > 0)) return std::nullopt;
+    return std::array<double, 2>{view.fx * p[0] / w + view.cx, view.fy * p[1] / w + view.cy};
+}
+
 }  // namespace vyn

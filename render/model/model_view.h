@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 
 #include "mesh/surface.h"
 
@@ -37,5 +38,17 @@ ModelView view_from(double azimuth, double elevation, const field_data<double>& 
 /// What a camera of the mesh's views sees, in pixels of its corrected picture `zoom` times as
 /// large: it covers the field exactly, but for what a lens refined since then moves.
 ModelView view_of_camera(const field_data<double>::View& camera, double mm_per_unit, double zoom);
+
+/// The model turned: about its own z axis by `around`, then about the picture's horizontal by
+/// `over`, degrees; the point of the model at `pivot` stays where it is seen.
+ModelView turned(ModelView view, const Vec3& pivot, double around, double over);
+/// The picture moved by pixels, or `factor` times as large about a pixel.
+ModelView panned(ModelView view, double dx, double dy);
+ModelView zoomed(ModelView view, double factor, double x, double y);
+/// The same in a picture of another size: its middle stays, and it shows as much of the model.
+ModelView resized(ModelView view, int width, int height);
+
+/// The pixel of a place of the model; nothing behind the eye.
+std::optional<std::array<double, 2>> pixel_of(const ModelView& view, const Vec3& place);
 
 }  // namespace vyn

@@ -4,6 +4,7 @@ vyn_ui_tests(app
         appearance_test.cpp
         help_test.cpp
         main_window_test.cpp
+        model_commands_test.cpp
         pages_test.cpp
         point_check_test.cpp
         program_test.cpp
@@ -13,4 +14,4 @@ vyn_ui_tests(app
     LINK vyn_app vyn_sample vyn_test_program)
 target_compile_definitions(test_app PRIVATE VYN_PROGRAM="$<TARGET_FILE:vynlite>")
 add_dependencies(test_app
-    vynlite vyn_plugin_fits vyn_plugin_imp vyn_plugin_png vyn_plugin_tiff)
+    vynlite plugins)

@@ -4,6 +4,7 @@ vyn_ui_tests(view_ui
         canvas/preparation_test.cpp
         graph/graph_window_test.cpp
         look/fashion_test.cpp
+        model/model_viewer_test.cpp
         markers/marker_files_test.cpp
         markers/marker_tools_test.cpp
         region/region_tools_test.cpp

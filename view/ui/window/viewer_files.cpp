@@ -174,8 +174,11 @@ void ViewerFiles::export_picture() {
     const auto choice = choose(tr("Export field"), export_types(), *picture);
     if (!choice) return;
     const Fashion& fashion = viewer_.view().fashion();
-    ExportRequest request{
-        picture, choice->file, choice->type.kind, {}, viewer_.caption().toStdString(), false};
+    ExportRequest request;
+    request.picture = picture;
+    request.file = choice->file;
+    request.kind = choice->type.kind;
+    request.caption = viewer_.caption().toStdString();
     if (request.kind == ExportKind::png_graphics) {
         request.options.limits = fashion.limits;
         request.options.palette = *fashion.palette;

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <string>
+
+#include "core/task.h"
+#include "core/worker.h"
+
+class QAction;
+class QMenu;
+class QWidget;
+
+namespace vyn {
+
+class ModelViewer;
+
+/// The commands of the window that deal with the model: its mesh and the markers on it, where the
+/// camera stood, the view of it.
+class ModelCommands : public QObject {
+    Q_OBJECT
+  public:
+    /// Its actions are put into `file_menu` before `before`.
+    ModelCommands(Worker& worker, QWidget* window, QMenu& file_menu, QAction* before);
+    ~ModelCommands() override;
+
+    /// Brings the actions, and the model where it is shown, in line with the project.
+    void refresh();
+    /// After a computation: the model is shown with its new values where it is shown at all.
+    void follow();
+    ModelViewer* viewer() const;
+    void close_viewer();
+
+    void open_mesh_file(const std::string& file);
+    void open_markers_file(const std::string& file);
+
+  public Q_SLOTS:
+    void open_markers();
+    void open_mesh();
+    void resect();
+    void save_field();
+    void show_model();
+
+  Q_SIGNALS:
+    /// Settings changed.
+    void changed();
+
+  private:
+    TaskOutcome run(std::unique_ptr<Task> task);
+    QAction* add(QMenu& menu, QAction* before, const char* name, const QString& text,
+                 void (ModelCommands::*slot)());
+
+    Worker& worker_;
+    QWidget* window_;
+    QAction* resect_;
+    QAction* save_;
+    QAction* show_;
+    QPointer<ModelViewer> viewer_;
+};
+
+}  // namespace vyn

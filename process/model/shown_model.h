@@ -1,0 +1,39 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+#include "core/task.h"
+#include "mesh/prepared_mesh.h"
+#include "process/point/session.h"
+
+namespace vyn {
+
+/// The model as a window shows it: what the mesh held when it was looked at, made ready for
+/// drawing.
+struct ShownModel {
+    field_data<double> mesh;
+    std::shared_ptr<const PreparedMesh> prepared;
+    double mm_per_unit = 1;
+
+    const Surface& surface() const { return prepared->surface; }
+};
+
+/// Makes the session's mesh, or that of a file where one is given, ready to be shown. Raises
+/// AlgoError "Field3D:3d field is absent", FileError.
+class ShowModelTask final : public Task {
+  public:
+    explicit ShowModelTask(Session session, std::filesystem::path file = {})
+        : session_(session), file_(std::move(file)) {}
+    TaskOutcome run(TaskContext& context) override;
+    /// Filled when the task is done.
+    std::shared_ptr<const ShownModel> model() const { return model_; }
+
+  private:
+    Session session_;
+    std::filesystem::path file_;
+    std::shared_ptr<ShownModel> model_ = std::make_shared<ShownModel>();
+};
+
+}  // namespace vyn

@@ -1,0 +1,102 @@
+#include "app/model_commands.h"
+
+#include <QStatusBar>
+#include <bit>
+
+#include "api/image_io.h"
+#include "core/keys.h"
+#include "core/project_file.h"
+#include "process/point/session.h"
+#include "sample/model_point.h"
+#include "tests/app/app_fixture.h"
+#include "view/ui/model/model_viewer.h"
+
+namespace vyn::test {
+namespace {
+
+class ModelInTheWindow : public AppTest {
+  protected:
+    ModelInTheWindow() {
+        register_plugins("*.3dio");
+        ModelPointOptions options;
+        options.point.width = 240;
+        options.point.height = 180;
+        options.mesh_nodes = 4000;
+        Progress silent;
+        write_model_point(make_model_point(options, silent), folder.path(), silent);
+    }
+    ModelCommands& commands() { return *window->findChild<ModelCommands*>(); }
+    static const field_data<double>& mesh() { return program_session().field; }
+    QString state() { return action("resectAction").statusTip(); }
+};
+
+/// From a project without a model to the field on it: mesh and markers are opened, Calculate All
+/// goes on to the model, the view follows; what is changed makes the values stale.
+TEST_F(ModelInTheWindow, IsOpenedComputedShownAndSaved) {
+    simpleNamedDataSet data;
+    load_xml(data, (folder / "project.xml").c_str());
+    write(data, keys::mesh_file, std::string());
+    write(data, keys::mesh_mark_file, std::string());
+    save_xml(data, (folder / "plain.xml").c_str());
+    window->open_files({QString::fromStdString((folder / "plain.xml").string())});
+    EXPECT_FALSE(action("resectAction").isEnabled());
+    EXPECT_FALSE(action("saveField3dAction").isEnabled());
+
+    choose_file(QStringLiteral("Open mesh"), folder / "model.vtp");
+    action("openMeshAction").trigger();
+    EXPECT_TRUE(mesh().has_data());
+    press(QStringLiteral("Resect 3-D"), QStringLiteral("OK"));
+    action("resectAction").trigger();
+    EXPECT_NE(shown.find("Calculate the field first"), std::string::npos);
+    choose_file(QStringLiteral("Open 3D markers"), folder / "markers3d.mrk");
+    action("openMarkers3dAction").trigger();
+    EXPECT_NE(read(vyn_db(), keys::mesh_mark_file).find("markers3d.mrk"), std::string::npos);
+
+    window->calculateCalculate_AllAction_activated();
+    ASSERT_FALSE(mesh().quantities.empty());
+    EXPECT_EQ(state(), QStringLiteral("The values on the mesh are up to date"));
+    action("showModelAction").trigger();
+    ASSERT_TRUE(commands().viewer());
+    const auto seen = commands().viewer()->canvas().model();
+    ASSERT_EQ(seen->mesh.quantities.size(), mesh().quantities.size());
+
+    // The batch program gives the same bits.
+    choose_file(QStringLiteral("Save 3-D field"), folder / "window.vtp");
+    action("saveField3dAction").trigger();
+    Progress silent;
+    const auto saved = read_field(folder / "window.vtp", silent);
+    for (std::size_t q = 0; q < saved.quantities.size(); ++q)
+        for (std::size_t i = 0; i < saved.quantities[q].values.size(); ++i)
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(saved.quantities[q].values[i]),
+                      std::bit_cast<std::uint64_t>(mesh().quantities[q].values[i]));
+
+    write(vyn_db(), keys::resect_obliqueness, 40.0);
+    commands().refresh();
+    EXPECT_TRUE(state().contains(QStringLiteral("out of date"))) << state().toStdString();
+    action("resectAction").trigger();
+    EXPECT_EQ(state(), QStringLiteral("The values on the mesh are up to date"));
+    EXPECT_NE(commands().viewer()->canvas().model(), seen);
+    EXPECT_TRUE(all_answered());
+    vyn_db().set_modified(false);
+}
+
+/// What is no mesh, and markers of images, leave the old state.
+TEST_F(ModelInTheWindow, RefusesOtherFiles) {
+    window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    const std::size_t vertices = mesh().vertices.size();
+    EXPECT_GT(vertices, 1000u) << "read with the project";
+    put_file(folder / "bad.stl", "solid nothing");
+    for (const auto& [caption, name, file] :
+         {std::tuple{"Open mesh", "openMeshAction", "bad.stl"},
+          std::tuple{"Open 3D markers", "openMarkers3dAction", "wind_off.mrk"}}) {
+        choose_file(QString::fromLatin1(caption), folder / file);
+        press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
+        action(name).trigger();
+    }
+    EXPECT_EQ(mesh().vertices.size(), vertices);
+    EXPECT_EQ(read(vyn_db(), keys::mesh_mark_file), "markers3d.mrk");
+    vyn_db().set_modified(false);
+}
+
+}  // namespace
+}  // namespace vyn::test

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "mesh/sections.h"
+#include "process/model/shown_model.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QSlider;
+class QwtPlot;
+class QwtPlotCurve;
+
+namespace vyn {
+
+class NumberEdit;
+
+/// A plane through the model, moved by hand, and the values along its cut.
+class SectionPanel : public QWidget {
+    Q_OBJECT
+  public:
+    explicit SectionPanel(QWidget* parent = nullptr);
+    ~SectionPanel() override;
+
+    void set_model(std::shared_ptr<const ShownModel> model, const std::string& quantity);
+    const Section& section() const { return section_; }
+    /// Writes the section as a table (CSV). Raises FileError.
+    void write_table(const std::string& file) const;
+
+  public Q_SLOTS:
+    void set_plane(int axis, double value);
+
+  Q_SIGNALS:
+    /// Another cut, or none.
+    void section_changed();
+
+  private:
+    void cut();
+    void draw();
+    void save_table();
+    double low() const;
+    double high() const;
+
+    std::shared_ptr<const ShownModel> model_;
+    std::string quantity_;
+    Section section_;
+    QComboBox* axis_;
+    QSlider* slider_;
+    NumberEdit* value_;
+    QCheckBox* turned_over_;
+    QLabel* coefficients_;
+    QwtPlot* plot_;
+    std::vector<std::unique_ptr<QwtPlotCurve>> curves_;
+    bool writing_ = false;
+};
+
+}  // namespace vyn
