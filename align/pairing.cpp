@@ -172,10 +172,14 @@ void pair_neighbours(const std::vector<Marker>& reference, const std::vector<Mar
 
 }  // namespace
 
+bool is_pairing_method(int link) {
+    return link == 0 || link == 1;
+}
+
 Pairing pair_markers(const MarkerSet& reference_set, const MarkerSet& moved_set,
                      const PairingOptions& options) {
     Pairing pairing;
-    if (options.link != 0 && options.link != 1) {
+    if (!is_pairing_method(options.link)) {
         pairing.notes.push_back("There is no marker pairing method " +
                                 std::to_string(options.link) + ", only 0 and 1");
         return pairing;

@@ -31,6 +31,9 @@ struct Pairing {
     std::vector<std::string> notes;  ///< for the log
 };
 
+/// True for the values of `link` that `pair_markers` knows.
+bool is_pairing_method(int link);
+
 /// Pairs the active markers of two images.
 ///
 /// Method 0: by number when the numbers are unique in both sets, else the k-th active with the k-th

@@ -88,7 +88,7 @@ std::string verdict(const PointCheck& check) {
         return "How the pictures were aligned is not known: the field does not come from a run of "
                "this session.";
     if (!check.aligned) return "The pictures were not aligned.";
-    if (check.copied) return "The wind-on picture was taken as it is, as answered.";
+    if (check.copied) return "What has no pairs of markers was taken as it is, as answered.";
     return "The pictures are aligned.";
 }
 

@@ -33,8 +33,8 @@ struct ChannelAlignment {
 
 /// What the tasks of one run found out beside their images; they fill it, the report shows it.
 struct RunReport {
-    std::optional<bool> aligned;                   ///< nothing until an alignment was tried
-    bool copied = false;                           ///< aligned by copy, as the user answered
+    std::optional<bool> aligned;  ///< nothing until an alignment was tried
+    bool copied = false;          ///< pictures without pairs taken as they are, as answered
     std::optional<MarkerMatch> alignment;          ///< of the markers, when pairing was reached
     std::optional<CorrelationReport> correlation;  ///< of the signal channel, when asked for
     std::optional<ChannelAlignment> channels;      ///< of a point with two channels

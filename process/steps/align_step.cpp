@@ -35,7 +35,7 @@ void warn_of_markers_outside(const image& picture, RunReport& report) {
 }
 
 /// Matches the markers of two images; log and warnings are written. Nothing when one of the images
-/// has no markers.
+/// has no markers to be paired by a method that there is.
 std::optional<MarkerMatch> match_images(const image& reference, const image& moved,
                                         const MarkerMatchOptions& options, RunReport& report) {
     for (const image* picture : {&reference, &moved}) {
@@ -43,7 +43,7 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
         warn(report, WarningKind::markers,
              picture->name + " has no markers: set its marker file, or switch off " +
                  std::string(keys::markers_enable.path));
-        return std::nullopt;
+        if (options.by_geometry || is_pairing_method(options.link)) return std::nullopt;
     }
     for (const image* picture : {&reference, &moved})
         warn_of_markers_outside(*picture, report);
@@ -58,12 +58,21 @@ std::optional<MarkerMatch> match_images(const image& reference, const image& mov
     return match;
 }
 
+/// The pictures of a point that found no mapping.
+struct Unmapped {
+    bool any = false;
+    bool copies_do = true;  ///< for want of pairs only, and each fits where it would be copied
+};
+
 /// The mapping moved from reference; nothing when there is none.
 std::optional<PolyTransform> mapping(const image& reference, const image& moved,
                                      const MarkerMatchOptions& options, RunReport& report,
-                                     std::optional<MarkerMatch>& match) {
+                                     std::optional<MarkerMatch>& match, Unmapped& unmapped) {
     match = match_images(reference, moved, options, report);
     if (match && match->ok) return match->moved_from_reference;
+    unmapped.any = true;
+    if (match && match->failure != no_pairs_text) unmapped.copies_do = false;
+    if (!reference.values().same_size(moved.values())) unmapped.copies_do = false;
     return std::nullopt;
 }
 
@@ -78,10 +87,10 @@ std::optional<ImageMap> path_through(std::initializer_list<std::optional<PolyTra
     return path;
 }
 
-/// Asks where there is nothing to pair: no markers in one of the pictures, or no pairs.
-bool copy_accepted(const std::optional<MarkerMatch>& match, TaskContext& context) {
-    if (match && match->failure != no_pairs_text) return false;
-    context.message("There are no pairs to transform Image.\nCopy is available only.");
+/// Asks once, however many pictures have no pairs.
+bool copy_accepted(const Unmapped& unmapped, TaskContext& context) {
+    if (!unmapped.any || !unmapped.copies_do) return false;
+    context.message(no_pairs_text);
     return context.question("Would You like to copy Image?");
 }
 
@@ -110,18 +119,17 @@ MapConsistency consistency(const ChannelMaps& maps, const MarkerSet& signal_on) 
 
 /// The mappings that a second camera adds.
 void align_reference_camera(const StepRun& run, const CorrectedPictures& pictures,
-                            const std::optional<PolyTransform>& signal_on) {
+                            const std::optional<PolyTransform>& signal_on, Unmapped& unmapped) {
     const auto& [signal_off_picture, signal_on_picture, reference_off_picture,
                  reference_on_picture] = pictures;
     RunReport& report = run.report;
     MarkerMatchOptions options = match_options(run.session.data);
     const auto reference_on = mapping(*reference_off_picture, *reference_on_picture, options,
-                                      report, report.channels->reference);
+                                      report, report.channels->reference, unmapped);
     options.order = channels_order(read(run.session.data, keys::channels_order),
                                    *signal_off_picture, *reference_off_picture, options);
     const auto cameras = mapping(*signal_off_picture, *reference_off_picture, options, report,
-                                 report.channels->cameras);
-    if (!reference_on || !cameras) report.aligned = false;
+                                 report.channels->cameras, unmapped);
     run.alignment.from_frame[2] = path_through({cameras});
     run.alignment.from_frame[3] = path_through({cameras, reference_on});
     if (signal_on && reference_on && cameras)
@@ -162,19 +170,17 @@ TaskOutcome align_by_markers(const StepRun& run) {
     if (!aligns) return TaskOutcome::done;
 
     run.context.status("Aligning Images using markers");
-    report.aligned = true;
+    Unmapped unmapped;
     const auto signal_map =
-        mapping(*signal_off, *signal_on, match_options(data), report, report.alignment);
+        mapping(*signal_off, *signal_on, match_options(data), report, report.alignment, unmapped);
     run.alignment.from_frame[1] = path_through({signal_map});
-    // The texture may still align what the markers do not.
-    run.alignment.copied =
-        !signal_map && !reference_off && alone && copy_accepted(report.alignment, run.context);
-    report.copied = run.alignment.copied;
-    if (!signal_map && !report.copied) report.aligned = false;
     if (experiment_type(data) == ExperimentType::lifetime)
         run.alignment.from_frame[3] = run.alignment.from_frame[1];
     else if (reference_off)
-        align_reference_camera(run, *pictures, signal_map);
+        align_reference_camera(run, *pictures, signal_map, unmapped);
+    // The texture may still align what the markers do not.
+    report.copied = alone && copy_accepted(unmapped, run.context);
+    report.aligned = !unmapped.any || report.copied;
     if (alone && report.aligned == false)
         get_log().write(LogLevel::error, "Aligning Images FAILED!");
     return TaskOutcome::done;

@@ -152,7 +152,7 @@ TaskOutcome form_ratio_image(const StepRun& run) {
     if (sampling == Sampling::undistorted_again) filter_pictures(pictures, filter, run.context);
     if (pictures.front()) sample_in_frame(run, sampling, pictures);
     std::vector<image> aligned;
-    if (run.report.aligned == true || run.alignment.copied)
+    if (run.report.aligned == true)
         for (std::size_t i = 0; i < pictures.size(); ++i)
             if (pictures[i] && pictures.front() && raw_images()[i].aligned_name)
                 aligned.emplace_back(*pictures[i]).name = raw_images()[i].aligned_name;

@@ -69,7 +69,6 @@ struct Alignment {
     /// By the numbers of `raw_images`, from the frame to each picture without lens distortion;
     /// nothing where a picture is taken as it lies.
     std::array<std::optional<ImageMap>, 4> from_frame;
-    bool copied = false;  ///< the user takes the picture that could not be aligned as it is
 };
 
 struct Step;

@@ -7,6 +7,7 @@
 #include "api/filters.h"
 #include "api/parallel.h"
 #include "api/thinning.h"
+#include "calib/camera.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -219,29 +220,80 @@ struct WillingUser final : TaskContext {
     int asked = 0;
 };
 
-/// Without markers the user may take the picture as it is; a wrong setting is no question.
-TEST_F(Chain, CopiesThePictureWhenTold) {
-    open_point({.width = 200, .height = 150},
-               {{std::string(keys::wind_on_sens_mark_file.path), any(std::string())}});
-    for (const auto& [link, outcome] :
-         {std::pair{0, TaskOutcome::done}, {2, TaskOutcome::done_with_errors}}) {
-        write(vyn_db(), keys::markers_link, link);
-        WillingUser user;
-        get_log_mgr().take_new_lines();
-        report = std::make_shared<RunReport>();
-        EXPECT_EQ(vyn::calculate(Goal::all, program_session(), report)->run(user), outcome);
-        EXPECT_EQ(user.asked, report->copied ? 1 : 0);
-        EXPECT_EQ(report->copied, link == 0);
-        EXPECT_EQ(get_images().find(image_names::wind_on_sens_aligned) != nullptr, link == 0);
-        std::size_t failures = 0;
-        for (const LogLine& line : get_log_mgr().take_new_lines())
-            failures += line.text == "Aligning Images FAILED!" ? 1 : 0;
-        EXPECT_EQ(failures, link == 0 ? 0U : 1U);
-        image picture = *get_images().find(image_names::wind_on_sens);
-        picture.markers = get_images().find(image_names::wind_off_sens)->markers;
-        get_images().add(std::move(picture));
+struct CopyCase {
+    const char* name;
+    SyntheticOptions::Channels channels;
+    /// Pictures whose markers are gone, or far from all others, so that no window holds a pair.
+    std::vector<const char*> without;
+    std::vector<const char*> far;
+    int link;
+    bool copied;
+};
+
+using Channels = SyntheticOptions::Channels;
+
+class ChainCopy : public Chain, public testing::WithParamInterface<CopyCase> {};
+
+/// Without pairs the user may take the pictures as they are; a wrong setting is no question.
+TEST_P(ChainCopy, TakesPicturesWithoutPairsWhenTold) {
+    open_point({.width = 200, .height = 150, .channels = GetParam().channels},
+               {{std::string(keys::markers_link.path), any(GetParam().link)}});
+    if (GetParam().channels == Channels::binary) {  // the second camera is like the first one
+        cameraFeatures camera;
+        read(vyn_db(), std::string(keys::sens_camera), camera);
+        write(vyn_db(), std::string(keys::refe_camera), camera);
+        for (const std::size_t i : {2U, 3U}) {
+            const RawImage& raw = raw_images()[i];
+            get_images().remove(raw.dark_name);
+            get_images().remove(raw.flat_name);
+            image picture = *get_images().find(raw_images()[i - 2].name);
+            picture.name = raw.name;
+            get_images().add(std::move(picture));
+        }
     }
+    const auto change = [](const char* name, const std::function<void(MarkerSet&)>& how) {
+        image picture = *get_images().find(name);
+        how(picture.markers);
+        get_images().add(std::move(picture));
+    };
+    for (const char* name : GetParam().without)
+        change(name, [](MarkerSet& set) { set.markers.clear(); });
+    for (const char* name : GetParam().far)
+        change(name, [](MarkerSet& set) {
+            for (Marker& marker : set.markers)
+                marker.x += 1000;
+        });
+    WillingUser user;
+    get_log_mgr().take_new_lines();
+    report = std::make_shared<RunReport>();
+    const bool copied = GetParam().copied;
+    EXPECT_EQ(vyn::calculate(Goal::all, program_session(), report)->run(user),
+              copied ? TaskOutcome::done : TaskOutcome::done_with_errors);
+    EXPECT_EQ(user.asked, copied ? 1 : 0);
+    EXPECT_EQ(report->copied, copied);
+    EXPECT_EQ(report->aligned, copied);
+    for (const char* name : {image_names::wind_on_sens_aligned, image_names::wind_on_refe_aligned})
+        if (name == image_names::wind_on_sens_aligned || GetParam().channels != Channels::single) {
+            EXPECT_EQ(get_images().find(name) != nullptr, copied) << name;
+        }
+    std::size_t failures = 0;
+    for (const LogLine& line : get_log_mgr().take_new_lines())
+        failures += line.text == "Aligning Images FAILED!" ? 1 : 0;
+    EXPECT_EQ(failures, copied ? 0U : 1U);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Pictures, ChainCopy,
+    testing::Values(
+        CopyCase{"no_markers", Channels::single, {"wind_on_sens"}, {}, 0, true},
+        CopyCase{"no_pairs", Channels::single, {}, {"wind_on_sens"}, 1, true},
+        CopyCase{"wrong_method", Channels::single, {}, {}, 2, false},
+        CopyCase{"wrong_method_no_markers", Channels::single, {"wind_on_sens"}, {}, 2, false},
+        CopyCase{"both_gates", Channels::lifetime, {"wind_on_sens"}, {}, 0, true},
+        CopyCase{"one_camera", Channels::binary, {"wind_on_refe"}, {}, 0, true},
+        CopyCase{"every_camera", Channels::binary, {"wind_off_sens", "wind_off_refe"}, {}, 0, true},
+        CopyCase{"cameras_wrong_method", Channels::binary, {"wind_on_refe"}, {}, 2, false}),
+    [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST_F(Chain, AlignmentOrderOutOfRangeIsTheIdentity) {
     open_point({.width = 200, .height = 150}, {{std::string(keys::markers_order.path), any(7)}});
