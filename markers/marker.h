@@ -28,6 +28,9 @@ struct MarkerSet {
     bool hasY = false;
     bool hasZ = false;
     bool hasF = false;
+    /// What the file that they were read from holds beside them and nobody could read, for the
+    /// user; empty when all was read. No file keeps it.
+    std::string left_out;
 
     bool operator==(const MarkerSet&) const = default;
 };

@@ -36,7 +36,8 @@ void picture_remarks(const dataSetInterface& data, const imagesList& images, Exp
             remarks.push_back(card.title + ": no flat field is used.");
         saturation_remark(data, picture, card.title, remarks);
         for (const std::string& remark :
-             {lens_warning(data, *card.raw, *picture), folder_warning(data, *picture)})
+             {picture->markers.left_out, lens_warning(data, *card.raw, *picture),
+              folder_warning(data, *picture)})
             if (!remark.empty()) remarks.push_back(remark + ".");
     }
 }

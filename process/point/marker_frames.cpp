@@ -86,8 +86,15 @@ MarkerSaving save_image_markers(dataSetInterface& data, imagesList& images, cons
         if (const auto camera_picture = images.find(raw->name)) {
             image marked = *camera_picture;
             marked.markers = set;
+            marked.markers.left_out.clear();
             images.add(std::move(marked));
         }
+    }
+    if (const auto listed = images.find(picture.name);
+        listed && !listed->markers.left_out.empty()) {
+        image whole = *listed;
+        whole.markers.left_out.clear();
+        images.add(std::move(whole));
     }
     note_file_saved(data, images, picture.name, InputFile::Role::markers);
     if (saving.camera_frame) note_file_saved(data, images, raw->name, InputFile::Role::markers);

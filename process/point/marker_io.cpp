@@ -13,6 +13,7 @@ MarkerSet read_marker_file(const std::filesystem::path& file, int image_height) 
     const MarkerFileResult result = read_image_markers(file.string(), set, image_height);
     if (!result) throw FileError("File error!", result.detail);
     if (!result.detail.empty()) get_log().write(LogLevel::information, result.detail);
+    set.left_out = result.detail;
     return set;
 }
 
@@ -39,6 +40,7 @@ void write_marker_file(const std::filesystem::path& file, const MarkerSet& set) 
     try {
         MarkerSet written = set;
         if (!set.hasZ) written.lengthUnit = 0;
+        const UnloggedErrors told_below;
         result = write_markers(file.string(), written);
     } catch (const FileError& error) {
         throw FileError(text, error.detail);

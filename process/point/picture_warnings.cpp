@@ -56,6 +56,7 @@ std::vector<Warning> picture_warnings(const dataSetInterface& data, const RawIma
             picture.name + ": " + std::to_string(count) +
                 (count == 1 ? " pixel is" : " pixels are") + " saturated" +
                 (read(data, keys::saturation_exclude) != 0 ? " and excluded" : ""));
+    add(WarningKind::markers, picture.markers.left_out);
     add(WarningKind::missing_correction, lens_warning(data, raw, picture));
     add(WarningKind::settings, folder_warning(data, picture));
     return warnings;

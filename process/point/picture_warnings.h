@@ -8,8 +8,9 @@
 
 namespace vyn {
 
-/// What is to be feared of a camera picture: saturated pixels, a lens centred outside of it, and a
-/// file that is not the one beside the project. Reads `picture_warning_settings`.
+/// What is to be feared of a camera picture: saturated pixels, a marker file that was not read to
+/// its end, a lens centred outside of the picture, and a file that is not the one beside the
+/// project. Reads `picture_warning_settings`.
 std::vector<Warning> picture_warnings(const dataSetInterface& data, const RawImage& raw,
                                       const image& picture);
 

@@ -11,7 +11,6 @@
 #include "process/point/image_sizes.h"
 #include "process/point/input_files.h"
 #include "process/point/project_paths.h"
-#include "process/report/run_report.h"
 #include "process/steps/image_origin.h"
 
 namespace vyn {
@@ -109,7 +108,7 @@ void state_quantity(image& picture, InputFile::Role role) {
 }
 
 image load_raw(const dataSetInterface& data, const RawImage& raw, const std::string& file,
-               TaskContext& context, RunReport* report) {
+               TaskContext& context) {
     image picture = load_named(data, file, raw.file.path, raw.name, context);
     treat_saturated(data, picture);
     const std::string mask_file = read(data, raw.mask_file);
@@ -120,35 +119,31 @@ image load_raw(const dataSetInterface& data, const RawImage& raw, const std::str
         picture.set_region(region_of_file(
             picture, load_named(data, region_file, raw.region_file.path, "region", context)));
     if (!read(data, raw.marker_file).empty())
-        picture.markers = load_markers(data, raw.marker_file, picture.height(), report);
+        picture.markers = load_markers(data, raw.marker_file, picture.height());
     return picture;
 }
 
 }  // namespace
 
-MarkerSet load_markers(const dataSetInterface& data, Key<std::string> key, int image_height,
-                       RunReport* report) {
+MarkerSet load_markers(const dataSetInterface& data, Key<std::string> key, int image_height) {
     const std::filesystem::path file = find_input(data, read(data, key), key.path);
     MarkerSet set;
     const MarkerFileResult result = read_image_markers(file.string(), set, image_height);
     if (!result)
         throw FileError("File error!", result.detail + " (named by " + std::string(key.path) + ")");
-    if (result.detail.empty()) return set;
-    if (report)
-        warn(*report, WarningKind::markers, result.detail);
-    else
-        get_log().write(LogLevel::information, result.detail);
+    if (!result.detail.empty()) get_log().write(LogLevel::information, result.detail);
+    set.left_out = result.detail;
     return set;
 }
 
 std::optional<image> load_image(const dataSetInterface& data, std::string_view name,
-                                TaskContext& context, RunReport* report) {
+                                TaskContext& context) {
     const InputFile& input = *input_of_image(name);
     const std::string file = named_file(data, input);
     if (file.empty()) return std::nullopt;
     ImageOrigin origin = input_origin(data, input);
     image picture = input.role == InputFile::Role::picture
-                        ? load_raw(data, *input.raw, file, context, report)
+                        ? load_raw(data, *input.raw, file, context)
                         : load_named(data, file, input.file.path, input.image, context);
     state_quantity(picture, input.role);
     picture.origin = std::move(origin);
@@ -158,7 +153,7 @@ std::optional<image> load_image(const dataSetInterface& data, std::string_view n
 }
 
 std::vector<image> load_images(const dataSetInterface& data, const imagesList& present,
-                               TaskContext& context, RunReport* report) {
+                               TaskContext& context) {
     std::vector<image> loaded;
     const auto wanted = [&](const char* name) {
         if (present.find(name)) return false;
@@ -170,7 +165,7 @@ std::vector<image> load_images(const dataSetInterface& data, const imagesList& p
         if (read(data, raw.file).empty()) continue;
         for (const char* name : {raw.name, raw.dark_name, raw.flat_name})
             if (wanted(name))
-                if (auto picture = load_image(data, name, context, report))
+                if (auto picture = load_image(data, name, context))
                     loaded.push_back(std::move(*picture));
     }
     return loaded;

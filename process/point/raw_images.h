@@ -13,8 +13,6 @@
 
 namespace vyn {
 
-struct RunReport;
-
 /// One of the four camera pictures of a test point: its names, and the settings that belong to it.
 struct RawImage {
     const char* name;
@@ -36,19 +34,18 @@ const std::array<RawImage, 4>& raw_images();
 
 /// Reads every image, dark and flat field that the project names and that `present` does not hold,
 /// with masks, markers and saturated pixels applied. What was left out of a marker file goes to the
-/// log and, where there is one, into `report`. Raises FileError naming file and key.
+/// log, too. Raises FileError naming file and key.
 std::vector<image> load_images(const dataSetInterface& data, const imagesList& present,
-                               TaskContext& context, RunReport* report = nullptr);
+                               TaskContext& context);
 
 /// Reads one of those images: a camera picture, dark image or flat field by its name in the image
 /// list. Empty when the project names no file for it. Raises FileError naming file and key.
 std::optional<image> load_image(const dataSetInterface& data, std::string_view name,
-                                TaskContext& context, RunReport* report = nullptr);
+                                TaskContext& context);
 
 /// Reads the markers that a setting names for an image of this height (pixels). Raises FileError
 /// naming file and key when the file gives no markers with positions.
-MarkerSet load_markers(const dataSetInterface& data, Key<std::string> key, int image_height,
-                       RunReport* report = nullptr);
+MarkerSet load_markers(const dataSetInterface& data, Key<std::string> key, int image_height);
 
 /// Removes the corrected, aligned, ratio and field images, which a new raw image makes wrong;
 /// logged where there were any.

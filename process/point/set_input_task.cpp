@@ -4,6 +4,14 @@
 
 namespace vyn {
 
+namespace {
+
+void tell_left_out(const MarkerSet& markers, TaskContext& context) {
+    if (!markers.left_out.empty()) context.message(markers.left_out);
+}
+
+}  // namespace
+
 TaskOutcome SetInputTask::run(TaskContext& context) {
     dataSetInterface& data = session_.data;
     context.status(file_.empty() ? "Removing " + read(data, input_.file) : "Loading " + file_);
@@ -32,7 +40,7 @@ void SetInputTask::apply(TaskContext& context) const {
             if (session_.images.find(input_.image)) load(input_.image, context);
             break;
         case Role::markers:
-            change_markers();
+            change_markers(context);
             break;
     }
 }
@@ -42,18 +50,21 @@ void SetInputTask::load(std::string_view name, TaskContext& context) const {
     std::optional<image> picture = load_image(session_.data, name, context);
     throw_if_aborted(context);
     if (input_of_image(name)->role == InputFile::Role::picture) remove_results(images);
-    if (picture)
-        images.add(std::move(*picture));
-    else
+    if (!picture) {
         images.remove(name);
+        return;
+    }
+    tell_left_out(picture->markers, context);
+    images.add(std::move(*picture));
 }
 
-void SetInputTask::change_markers() const {
+void SetInputTask::change_markers(TaskContext& context) const {
     const auto picture = session_.images.find(input_.image);
     if (!picture) return;
     image marked = *picture;
     marked.markers =
         file_.empty() ? MarkerSet() : load_markers(session_.data, input_.file, picture->height());
+    tell_left_out(marked.markers, context);
     session_.images.add(std::move(marked));
     note_file_saved(session_.data, session_.images, input_.image, input_.role);
 }

@@ -22,7 +22,7 @@ class SetInputTask final : public Task {
   private:
     void apply(TaskContext& context) const;
     void load(std::string_view name, TaskContext& context) const;
-    void change_markers() const;
+    void change_markers(TaskContext& context) const;
 
     Session session_;
     InputFile input_;

@@ -22,6 +22,7 @@ MarkerSet header_of(const MarkerSet& set) {
     header.hasY = set.hasY;
     header.hasZ = set.hasZ;
     header.hasF = set.hasF;
+    header.left_out = set.left_out;
     return header;
 }
 
