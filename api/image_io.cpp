@@ -128,6 +128,7 @@ void writing(const fs::path& file, const Write& write) {
     AtomicFile target(file);
     errno = 0;
     try {
+        const UnloggedErrors told_below;
         write(target.temporary());
     } catch (const std::bad_alloc&) {
         fail(unwritable, file, "not enough memory");

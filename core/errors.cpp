@@ -31,7 +31,17 @@ const char* without_extension(std::string_view file) {
     return (known != units.end() ? known : units.emplace(unit).first)->c_str();
 }
 
+thread_local int unlogged = 0;
+
 }  // namespace
+
+UnloggedErrors::UnloggedErrors() {
+    ++unlogged;
+}
+
+UnloggedErrors::~UnloggedErrors() {
+    --unlogged;
+}
 
 GenericError::GenericError(const char* text_, int code_, std::string detail_, ErrorPlace at)
     : text(text_),
@@ -40,6 +50,7 @@ GenericError::GenericError(const char* text_, int code_, std::string detail_, Er
       line(at.line),
       detail(std::move(detail_)) {
     message_ = detail.empty() ? text : std::string(text) + ": " + detail;
+    if (unlogged > 0) return;
     get_log().write(LogLevel::error,
                     std::string(text) + " in:" + file + ":" + std::to_string(line));
     if (!detail.empty()) get_log().write(LogLevel::error, detail);
@@ -51,7 +62,8 @@ std::string GenericError::where() const {
 
 SystemError::SystemError(const char* text_, int os_error, std::string detail_, ErrorPlace at)
     : GenericError(text_, os_error, std::move(detail_), at) {
-    get_log().write(LogLevel::error, "System error # " + std::to_string(os_error));
+    if (unlogged == 0)
+        get_log().write(LogLevel::error, "System error # " + std::to_string(os_error));
 }
 
 std::string SystemError::system_message() const {

@@ -48,6 +48,16 @@ class GenericError : public std::exception {
     std::string message_;
 };
 
+/// While one lives, errors raised on its thread leave no line in the log: for code that catches
+/// them and raises one of its own instead, which does.
+class UnloggedErrors {
+  public:
+    UnloggedErrors();
+    ~UnloggedErrors();
+    UnloggedErrors(const UnloggedErrors&) = delete;
+    UnloggedErrors& operator=(const UnloggedErrors&) = delete;
+};
+
 struct IndexError : GenericError {
     explicit IndexError(std::string about = {}, ErrorPlace at = std::source_location::current())
         : GenericError("Index error!", 1, std::move(about), at) {}

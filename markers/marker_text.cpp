@@ -19,6 +19,7 @@ constexpr int text_3d_line = 87;
 
 std::string read_whole(const std::string& file_name, int line) {
     try {
+        const UnloggedErrors told_below;
         return without_byte_order_mark(read_file(file_name, max_file_bytes));
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {source_unit, line});
@@ -121,6 +122,7 @@ void write_text(const std::string& file_name, const MarkerSet& set) {
                 (marker.active ? "1\n" : "0\n");
     }
     try {
+        const UnloggedErrors told_below;
         write_file(file_name, text);
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {source_unit, text_writer_line});

@@ -230,6 +230,7 @@ MarkerFileResult from_xml(const std::string& file_name, const XmlElement& root,
 
 void write_xml(const std::string& file_name, const MarkerSet& set) {
     try {
+        const UnloggedErrors told_below;
         write_file(file_name, to_xml(set));
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {source_unit, xml_writer_line});
@@ -239,11 +240,13 @@ void write_xml(const std::string& file_name, const MarkerSet& set) {
 MarkerFileResult read_xml(const std::string& file_name, MarkerSet& set) {
     std::string text;
     try {
+        const UnloggedErrors told_below;
         text = without_byte_order_mark(read_file(file_name, max_file_bytes));
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {source_unit});
     }
     try {
+        const UnloggedErrors told_by_the_caller;
         return from_xml(file_name, parse_xml(text, file_name), text.size(), set);
     } catch (const FileError& e) {
         return {MarkerFileOutcome::malformed, e.detail};

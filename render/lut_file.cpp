@@ -35,6 +35,7 @@ class Words {
 
 std::string text_of(const std::filesystem::path& file) {
     try {
+        const UnloggedErrors told_below;
         return read_file(file, max_bytes, {unit});
     } catch (const FileError& e) {
         throw FileError("File error!", e.detail, {unit});

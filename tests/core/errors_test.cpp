@@ -24,6 +24,10 @@ TEST(Errors, LeaveTheirLogLinesEvenWhenSwallowed) {
     EXPECT_EQ(error.where(), "Can't open file for reading! at " + place);
     EXPECT_THROW(throw SystemError("Error creating mutex", 12, "", {"vyn_threads", 74}),
                  SystemError);
+    {
+        const UnloggedErrors told_in_other_words;
+        EXPECT_THROW(throw SystemError("not told", 1, "at all"), SystemError);
+    }
     EXPECT_THROW(throw DimError("", {"api/x", 1}), DimError);
     EXPECT_THAT(log.lines(),
                 ElementsAre("2 Can't open file for reading! in:" + place, "2 a.tif: too short",
