@@ -25,6 +25,9 @@ void take_units_of_paint(dataSetInterface& data, const paintFeatures& paint) {
     if (is_temperature_unit(flow.t_unit))
         flow.t_unit[0] = static_cast<char>(flow.t_unit[0] - 'a' + 'A');
     write(data, std::string(keys::flow), flow);
+    const std::string of_ports = read(std::as_const(data), keys::in_situ_pressure_unit);
+    if (of_ports == find_key(keys::in_situ_pressure_unit.path)->fallback.get<std::string>())
+        write(data, keys::in_situ_pressure_unit, paint.pressure_unit);
 }
 
 }  // namespace vyn

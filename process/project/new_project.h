@@ -9,8 +9,8 @@ namespace vyn {
 /// projects compute with: the better ways.
 void start_project(dataSetInterface& data);
 
-/// Test conditions in the units of the paint, which its law takes as they stand, where the project
-/// has no pressures and temperatures yet.
+/// Test conditions in the units of the paint, which its law takes as they stand, and pressures at
+/// ports in its unit, where the project has no pressures and temperatures yet.
 void take_units_of_paint(dataSetInterface& data, const paintFeatures& paint);
 
 }  // namespace vyn
