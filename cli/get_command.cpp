@@ -53,8 +53,7 @@ std::string table_text() {
 std::map<std::string, std::string> settings_of(const std::string& project) {
     simpleNamedDataSet data;
     if (is_container(project)) {
-        InterruptProgress progress;
-        from_xml(data, read_ims_data(project, progress).project, project);
+        from_xml(data, read_ims_project(project), project);
     } else {
         load_xml(data, project.c_str());
     }
@@ -71,8 +70,7 @@ std::string images_text(const std::string& file) {
     InterruptProgress progress;
     std::vector<std::shared_ptr<const image>> pictures;
     if (is_container(file)) {
-        read_ims_data(file, progress);
-        pictures = get_ims().images;
+        pictures = read_ims_data(file, progress).images;
     } else {
         pictures.push_back(std::make_shared<const image>(read_image(file, progress)));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,8 +30,13 @@ bool empty_ims();
 void ds2ims(const dataSetInterface& data, ImsData& ims);
 
 /// Reads a container (a ZIP archive of "ims.json", "project.xml" and one field file per image).
-/// Raises FileError naming the file; one of a newer container format is refused.
-ImsData read_ims_data(const std::filesystem::path& file, Progress& progress);
+/// Raises FileError naming the file; one of a newer container format is refused. Images that are
+/// not wanted are neither unpacked nor counted; without `wanted` all are.
+using WantedImages = std::function<bool(const std::string& name)>;
+ImsData read_ims_data(const std::filesystem::path& file, Progress& progress,
+                      const WantedImages& wanted = {});
+/// The project's settings alone.
+std::string read_ims_project(const std::filesystem::path& file);
 /// Writes a container, atomically. Raises FileError.
 void write_ims_strings(const std::filesystem::path& file, const ImsData& ims, Progress& progress);
 

@@ -128,6 +128,22 @@ json read_header(zip_t* archive, const fs::path& file) {
     return header;
 }
 
+/// A failure names the container: nobody knows the file on its way into it.
+void write_stored_image(const image& picture, const fs::path& scratch, const fs::path& file,
+                        Progress& progress) {
+    std::string reason;
+    try {
+        const UnloggedErrors told_below;
+        write_image(picture, scratch, {}, progress);
+        return;
+    } catch (const FileError& error) {
+        reason = error.detail;
+    }
+    const std::string prefix = scratch.string() + ": ";
+    if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
+    throw FileError("Error writing file", file.string() + ": " + reason);
+}
+
 /// Text of a member of a JSON object; empty when absent or of another type.
 std::string text_of(const json& object, const char* member) {
     const auto found = object.find(member);
@@ -135,7 +151,7 @@ std::string text_of(const json& object, const char* member) {
 }
 
 /// What a container may unpack to: more is a bomb, or does not fit.
-void check_total(zip_t* archive, const json& images, const fs::path& file) {
+void check_total(zip_t* archive, const std::vector<json>& images, const fs::path& file) {
     // Of images nobody would make the average shrink further, small ones aside.
     constexpr std::uint64_t most_growth_of_all = 100;
     constexpr std::uint64_t always_allowed = std::uint64_t{64} << 20;
@@ -188,14 +204,22 @@ void add_stored_file(zip_t* archive, const std::string& name, const fs::path& co
 
 }  // namespace
 
-ImsData read_ims_data(const fs::path& file, Progress& progress) {
+std::string read_ims_project(const fs::path& file) {
+    const Archive archive = open_archive(file, ZIP_RDONLY | ZIP_CHECKCONS, file);
+    read_header(archive.get(), file);
+    return read_text(archive.get(), "project.xml", file);
+}
+
+ImsData read_ims_data(const fs::path& file, Progress& progress, const WantedImages& wanted) {
     const Archive archive = open_archive(file, ZIP_RDONLY | ZIP_CHECKCONS, file);
     const json header = read_header(archive.get(), file);
     ImsData ims;
     ims.version = text_of(header, "version");
     ims.project = read_text(archive.get(), "project.xml", file);
 
-    const json& entries = header["images"];
+    std::vector<json> entries;
+    for (const json& entry : header["images"])
+        if (!wanted || wanted(text_of(entry, "name"))) entries.push_back(entry);
     check_total(archive.get(), entries, file);
     const ScratchFolder scratch(temporary_folder());
     for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -231,7 +255,7 @@ void write_ims_strings(const fs::path& file, const ImsData& ims, Progress& progr
         const std::string entry = "images/" + std::to_string(i) + ".imp";
         const auto images_done = static_cast<double>(i);
         SubProgress part(progress, 0.5 * images_done / count, 0.5 * (images_done + 1) / count);
-        write_image(picture, scratch / (std::to_string(i) + ".imp"), {}, part);
+        write_stored_image(picture, scratch / (std::to_string(i) + ".imp"), file, part);
         entries.push_back({{"entry", entry},
                            {"name", picture.name},
                            {"file", picture.file_name},

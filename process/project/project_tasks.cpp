@@ -13,6 +13,7 @@
 #include "process/point/raw_images.h"
 #include "process/point/unsaved_work.h"
 #include "process/project/ims.h"
+#include "process/report/provenance.h"
 
 namespace vyn {
 
@@ -50,13 +51,14 @@ class KeepSettings {
 /// The inputs in a container that the settings name as those in it do.
 void take_stored_inputs(const dataSetInterface& data, const fs::path& container, imagesList& images,
                         TaskContext& context) {
-    const ImsData ims = read_ims_data(container, context);
     simpleNamedDataSet stored;
-    from_xml(stored, ims.project, container.string());
-    for (const auto& picture : ims.images) {
-        const InputFile* input = input_of_image(picture->name);
-        if (input && read(stored, input->file) == read(data, input->file)) images.add(picture);
-    }
+    from_xml(stored, read_ims_project(container), container.string());
+    const auto wanted = [&](const std::string& name) {
+        const InputFile* input = input_of_image(name);
+        return input && read(stored, input->file) == read(data, input->file);
+    };
+    for (const auto& picture : read_ims_data(container, context, wanted).images)
+        images.add(picture);
 }
 
 /// The mesh that the project names, where that was asked for.
@@ -81,6 +83,21 @@ std::optional<field_data<double>> read_geometry(const dataSetInterface& data,
                               data);
 }
 
+/// The container with the settings, but none of the names in it.
+ImsData anonymous(const dataSetInterface& data, ImsData ims) {
+    simpleNamedDataSet settings;
+    from_xml(settings, to_xml(data), "settings");
+    leave_out_names(settings);
+    ds2ims(settings, ims);
+    for (auto& picture : ims.images) {
+        image unnamed = *picture;
+        unnamed.file_name.clear();
+        unnamed.origin.clear();
+        picture = std::make_shared<const image>(std::move(unnamed));
+    }
+    return ims;
+}
+
 void write_project(const dataSetInterface& data, const imagesList& images, const fs::path& file,
                    TaskContext& context) {
     if (!is_container(file)) {
@@ -88,7 +105,10 @@ void write_project(const dataSetInterface& data, const imagesList& images, const
         return;
     }
     ImsData ims{.version = file_version, .project = {}, .images = images.all()};
-    ds2ims(data, ims);
+    if (names_are_told())
+        ds2ims(data, ims);
+    else
+        ims = anonymous(data, std::move(ims));
     write_ims_strings(file, ims, context);
 }
 
@@ -102,9 +122,13 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     KeepSettings settings(data);
     imagesList read_images;
     if (is_container(request_.file)) {
-        const ImsData ims = read_ims_data(request_.file, context);
-        from_xml(data, ims.project, name);
-        for (const auto& picture : ims.images)
+        from_xml(data, read_ims_project(request_.file), name);
+        // Of the inputs only those that the project names; results have no names in it.
+        const auto wanted = [&](const std::string& image) {
+            const InputFile* input = input_of_image(image);
+            return !input || !read(data, input->file).empty();
+        };
+        for (const auto& picture : read_ims_data(request_.file, context, wanted).images)
             read_images.add(picture);
     } else {
         load_xml(data, name.c_str());
@@ -123,7 +147,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
 
     context.status("Reading image files");
     fixMarkersDs(data, read_images);
-    for (image& picture : load_images(data, read_images, context, &report))
+    for (image& picture : load_images(data, read_images, context))
         read_images.add(std::move(picture));
     std::optional<field_data<double>> geometry = read_geometry(data, request_.geometry, context);
     throw_if_aborted(context);

@@ -30,7 +30,7 @@ struct ReadProject {
     std::filesystem::path inputs{};
     /// Settings that replace those of the file before anything that they name is read.
     std::vector<std::pair<std::string, any>> settings;
-    /// Where warnings of settings and marker files go beside the log; may be null.
+    /// Where warnings of settings go beside the log; may be null.
     std::shared_ptr<RunReport> report{};
 };
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -17,6 +16,7 @@
 #include "core/keys.h"
 #include "core/version.h"
 #include "process/point/digest.h"
+#include "process/point/input_files.h"
 #include "process/point/project_paths.h"
 #include "process/point/raw_images.h"
 
@@ -114,6 +114,29 @@ json input_json(const OriginItem& item, const imagesList& images) {
             {"sha256", digest}};
 }
 
+/// The text without the folders of full file names; a name ends at a blank.
+std::string without_folders(const std::string& text) {
+    constexpr std::string_view blanks = " \t\n\v\f\r";
+    constexpr std::string_view before_name = " \t\n\v\f\r:\"(";
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        result += text[at];
+        const bool begins =
+            text[at] == '/' && (at == 0 || before_name.find(text[at - 1]) != before_name.npos);
+        if (!begins) continue;
+        std::size_t last = at;  // slash of the name
+        for (std::size_t i = at + 1; i < text.size() && blanks.find(text[i]) == blanks.npos; ++i) {
+            if (text[i] != '/') continue;
+            if (i == last + 1) break;
+            last = i;
+        }
+        if (last == at) continue;
+        result.pop_back();
+        at = last;
+    }
+    return result;
+}
+
 }  // namespace
 
 json provenance(const dataSetInterface& data, const imagesList& images) {
@@ -181,9 +204,26 @@ std::string for_report(std::string text, const dataSetInterface& data, const ima
         for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
             text.erase(at, prefix.size());
     }
-    // Of other folders, such as those of what is written, names without blanks are recognised.
-    static const std::regex full_name("(^|[\\s:\"(])/(?:[^/\\s]+/)+");
-    return std::regex_replace(text, full_name, "$1");
+    return without_folders(text);
+}
+
+void leave_out_names(dataSetInterface& settings) {
+    std::vector<std::pair<std::string, std::string>> changed;
+    settings.for_each([&](const std::string& path, const any& value) {
+        if (!value.holds<std::string>() || value.get<std::string>().empty()) return;
+        const KeyInfo* key = find_key(path);
+        if (path.ends_with("unit") || (key && key->allowed.kind == Allowed::Kind::list)) return;
+        changed.emplace_back(path, std::string());
+        for (const InputFile& input : input_files())
+            if (input.file.path == path && input_of_image(input.image) == &input)
+                changed.back().second = input.image;
+    });
+    for (const auto& [path, name] : changed)
+        settings.write(path, name);
+}
+
+bool names_are_told() {
+    return chosen_detail == ProvenanceDetail::full;
 }
 
 }  // namespace vyn

@@ -36,4 +36,12 @@ nlohmann::json told_settings(nlohmann::json settings);
 /// told.
 std::string for_report(std::string text, const dataSetInterface& data, const imagesList& images);
 
+/// False when what is written is to be anonymous.
+bool names_are_told();
+
+/// Empties the texts of settings: names of files, folders, people and tests. Units and choices
+/// stay, and a picture, dark image or flat field keeps a name for its file, that of its image, so
+/// that a container that holds the image can still be computed.
+void leave_out_names(dataSetInterface& settings);
+
 }  // namespace vyn

@@ -221,6 +221,29 @@ TEST(Anonymous, TellsNoPathsAndSettings) {
     }
 }
 
+/// Of a container the settings stay, so that it gives the same field again, but nobody's names.
+TEST(Anonymous, ContainersComputeWithoutNames) {
+    const TemporaryFolder folder;
+    const std::filesystem::path point = folder / "point";
+    ASSERT_EQ(run_program({"sample", point, "--size", "240x180", "-q"}).status, 0);
+    const auto run_to = [&](const std::filesystem::path& project, const std::string& to) {
+        const ProgramRun run =
+            run_program({"run", project, "-q", "--anonymous", "--set",
+                         "project/test/test_id=secret", "--save-project", folder / (to + ".ims"),
+                         "--save", "field_P=" + (folder / (to + ".tif")).string()});
+        EXPECT_EQ(run.status, 0) << run.err;
+    };
+    run_to(point / "project.xml", "first");
+    const ProgramRun settings = run_program({"get", folder / "first.ims"});
+    for (const char* name : {"secret", "wind_on.tif", "camera.ini", "/"})
+        EXPECT_THAT(settings.out, Not(HasSubstr("=" + std::string(name)))) << name;
+    EXPECT_EQ(get_file(folder / "first.ims").find(point.string()), std::string::npos);
+    EXPECT_THAT(run_program({"get", folder / "first.ims", "--images"}).out,
+                testing::AllOf(HasSubstr("wind_on_sens\t240\t180"), HasSubstr("field_P")));
+    run_to(folder / "first.ims", "second");
+    EXPECT_EQ(get_file(folder / "first.tif"), get_file(folder / "second.tif"));
+}
+
 TEST(SaveField, TouchesNoOtherFieldsFiles) {
     const TemporaryFolder folder;
     const std::filesystem::path point = folder / "point";

@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <csignal>
+
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <zip.h>
 
 #include "core/errors.h"
@@ -10,9 +14,11 @@
 #include "process/point/raw_images.h"
 #include "process/point/save_image_task.h"
 #include "process/point/unsaved_work.h"
+#include "process/project/ims.h"
 #include "process/project/project_tasks.h"
 #include "process/steps/chain.h"
 #include "tests/support/error_of.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/project_fixture.h"
 
 namespace vyn::test {
@@ -222,6 +228,47 @@ TEST_F(ProjectTasks, AContainerSavesWhatWasDrawnAndServesARecoveredProject) {
     EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers[0].x, 3);
     EXPECT_EQ(get_images().find("wind_off_sens")->mask()(4, 4), 0) << "another file is named now";
     EXPECT_FALSE(get_images().find("Iref"));
+}
+
+TEST_F(ProjectTasks, OfAContainersInputsThoseThatTheProjectNamesAreRead) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    get_images().add(sample_image("wind_off_dark_sens"));
+    get_images().add(sample_image("Iref"));
+    const fs::path container = folder / "point.ims";
+    ASSERT_EQ(run(WriteProjectTask(program_session(), container)), TaskOutcome::done);
+    EXPECT_EQ(read_ims_data(container, context).images.size(), get_images().all().size());
+    ASSERT_EQ(read(container), TaskOutcome::done);
+    EXPECT_TRUE(get_images().find("wind_on_sens"));
+    EXPECT_TRUE(get_images().find("Iref"));
+    EXPECT_FALSE(get_images().find("wind_off_dark_sens")) << "no setting names it";
+}
+
+/// Whichever of the container's parts the disk has no room for.
+TEST_F(ProjectTasks, AFullDiskIsSaidOnceWithTheTargetsName) {
+    write_project();
+    ASSERT_EQ(read(project), TaskOutcome::done);
+    const fs::path container = folder / "point.ims";
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    for (const rlim_t most : {100, 3000}) {
+        const rlimit full{most, unlimited.rlim_max};
+        const LogCapture log;
+        setrlimit(RLIMIT_FSIZE, &full);
+        const auto error = error_of<FileError>(
+            [&] { WriteProjectTask(program_session(), container).run(context); });
+        setrlimit(RLIMIT_FSIZE, &unlimited);
+        EXPECT_THAT(error.detail, testing::StartsWith(container.string() + ": "));
+        EXPECT_THAT(error.detail, testing::Not(HasSubstr(".vyn-")));
+        const auto lines = log.lines();
+        EXPECT_EQ(std::ranges::count_if(
+                      lines, [](const std::string& line) { return line.starts_with("2 "); }),
+                  2)
+            << "what failed, and why";
+        EXPECT_FALSE(fs::exists(container));
+    }
+    EXPECT_EQ(run(WriteProjectTask(program_session(), container)), TaskOutcome::done);
 }
 
 TEST_F(ProjectTasks, NamesThatAreNoUtf8AreNoHindrance) {
