@@ -18,6 +18,7 @@
 #include "core/ui/icons.h"
 #include "core/ui/window_size.h"
 #include "core/version.h"
+#include "process/point/unsaved_work.h"
 #include "process/project/ims.h"
 
 namespace vyn {
@@ -142,7 +143,7 @@ void VynLiteForm::update_title() {
     setWindowTitle(file.isEmpty()
                        ? tr("Vyn Lite") + QStringLiteral("[*]")
                        : QFileInfo(file).fileName() + QStringLiteral("[*] - ") + tr("Vyn Lite"));
-    setWindowModified(vyn_db().modified());
+    setWindowModified(has_unsaved_work(vyn_db(), get_images()));
 }
 
 ExperimentPage* VynLiteForm::experiment_page() const {
@@ -176,7 +177,7 @@ void VynLiteForm::remove_page() {
 }
 
 void VynLiteForm::timerEvent(QTimerEvent*) {
-    setWindowModified(vyn_db().modified());
+    setWindowModified(has_unsaved_work(vyn_db(), get_images()));
 }
 
 void VynLiteForm::changeEvent(QEvent* event) {

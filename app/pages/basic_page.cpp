@@ -246,8 +246,10 @@ void BasicPage::save_markers(const InputFile& input) {
     if (!picture) return;
     const QString file = ask_marker_file_to_save(this, *picture, /*is_project_image=*/true);
     if (file.isEmpty()) return;
+    image source = *picture;
+    if (!settle_length_unit(this, file, source.markers)) return;
     attempt(this, tr("Markers"),
-            [&] { save_image_markers(vyn_db(), get_images(), *picture, file.toStdString()); });
+            [&] { save_image_markers(vyn_db(), get_images(), source, file.toStdString()); });
     watcher_->look();
     Q_EMIT project_changed();
 }

@@ -13,6 +13,7 @@
 
 #include "api/image_list.h"
 #include "calib/ui/calibration_results.h"
+#include "calib/ui/port_editor.h"
 #include "calib/ui/unit_lists.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -20,7 +21,7 @@
 #include "core/ui/command.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
-#include "markers/marker_files.h"
+#include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "process/steps/calibrate_task.h"
 #include "view/ui/canvas/field_view.h"
@@ -115,6 +116,10 @@ QLayout* form_calibr_single::buttons() {
     auto* show = named(new QPushButton(tr("&Show ports")), "btn_show_ports");
     show->setToolTip(tr("Shows the ports on the ratio image with the squares that are averaged"));
     show->setAutoDefault(false);
+    auto* edit = named(new QPushButton(tr("&Edit ports...")), "btn_edit_ports");
+    edit->setToolTip(tr("The ports as a table: type their pressures or paste them in one go"));
+    edit->setAutoDefault(false);
+    connect(edit, &QPushButton::clicked, this, &form_calibr_single::edit_ports);
     auto* calculate = named(new QPushButton(tr("Calculate")), "btn_calculate");
     calculate->setDefault(true);
     auto* cancel = named(new QPushButton(tr("Cancel")), "btn_cancel");
@@ -124,6 +129,7 @@ QLayout* form_calibr_single::buttons() {
     connect(cancel, &QPushButton::clicked, this, &form_calibr_single::reject);
     auto* row = new QHBoxLayout;
     row->addWidget(show);
+    row->addWidget(edit);
     row->addStretch();
     row->addWidget(calculate);
     row->addWidget(cancel);
@@ -183,18 +189,33 @@ void form_calibr_single::show_ports() {
     viewer_->raise();
 }
 
+/// Those of the port file; none, and false, when it cannot be read, which the user is told.
+bool form_calibr_single::read_ports_of_file(MarkerSet& ports) {
+    if (edt_mrk_file->text().isEmpty()) return true;
+    const auto ratio = get_images().find(image_names::ratio);
+    return attempt(this, caption(),
+                   [&] { ports = read_marker_file(port_file(), ratio ? ratio->height() : 0); });
+}
+
 void form_calibr_single::refresh_ports() {
     if (!viewer_) return;
     MarkerSet ports;
-    const auto ratio = get_images().find(image_names::ratio);
-    const std::string file = edt_mrk_file->text().isEmpty() ? std::string() : port_file();
-    attempt(this, caption(), [&] {
-        if (file.empty()) return;
-        const MarkerFileResult read = read_image_markers(file, ports, ratio ? ratio->height() : 0);
-        if (!read) throw FileError("File error!", read.detail);
-    });
+    read_ports_of_file(ports);
     ports_.set_ports(std::move(ports), spn_approx->value());
     viewer_->view().update();
+}
+
+/// A file that is not there yet begins empty.
+void form_calibr_single::edit_ports() {
+    MarkerSet ports;
+    std::error_code ignored;
+    const std::string file = edt_mrk_file->text().isEmpty() ? std::string() : port_file();
+    if (std::filesystem::exists(file, ignored) && !read_ports_of_file(ports)) return;
+    PortEditor editor(std::move(ports), file, this);
+    if (editor.exec() != QDialog::Accepted) return;
+    if (editor.file() != file)
+        edt_mrk_file->setText(QString::fromStdString(editor.file().string()));
+    refresh_ports();
 }
 
 void form_calibr_single::btn_calculate_clicked() {

@@ -38,6 +38,8 @@ class form_calibr_single : public QDialog {
     /// False when the user chose none.
     bool select_calibration();
     void show_ports();
+    bool read_ports_of_file(MarkerSet& ports);
+    void edit_ports();
     void refresh_ports();
     /// The file to save the law to, relative names in the project's folder; empty when none.
     std::string calibration_file() const;

@@ -7,18 +7,25 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QToolBar>
+#include <filesystem>
+#include <new>
 #include <thread>
+
+#include <gmock/gmock.h>
 
 #include "api/image_list.h"
 #include "app/appearance.h"
+#include "app/application.h"
 #include "app/experiment_page.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
 #include "core/messages.h"
 #include "core/project_file.h"
+#include "core/ui/busy_box.h"
 #include "process/project/ims.h"
 #include "tests/app/app_fixture.h"
+#include "tests/support/log_capture.h"
 
 namespace vyn::test {
 namespace {
@@ -140,6 +147,46 @@ TEST_F(MainWindow, ErrorsShowInRedOnTheLogPage) {
         [&] { return log.toPlainText().contains(QStringLiteral("lost.tif")); }, 2000));
     QTextCursor cursor = log.document()->find(QStringLiteral("lost.tif"));
     EXPECT_EQ(cursor.charFormat().foreground().color(), QColor(Qt::red));
+}
+
+/// Whatever leaves the handler of an event: a box, a log line, and on it goes.
+TEST_F(MainWindow, AnErrorThatNobodyCaughtIsSaidAndTheWindowGoesOn) {
+    auto* application = dynamic_cast<Application*>(QCoreApplication::instance());
+    ASSERT_TRUE(application);
+    application->go_on_after_errors();
+    struct Thrown {
+        std::function<void()> raise;
+        const char* told;
+    };
+    const Thrown all[] = {
+        {[] { throw AlgoError("Algorithm error!", "units are <b>"); }, "units are <b>"},
+        {[] { throw std::bad_alloc(); }, "not enough memory"},
+        {[] {
+             throw std::filesystem::filesystem_error("cannot look", "gone",
+                                                     std::make_error_code(std::errc::io_error));
+         },
+         "cannot look"},
+        {[] { throw 7; }, "went wrong"}};
+    for (const Thrown& thrown : all) {
+        const LogCapture log;
+        shown.clear();
+        press(QStringLiteral("VynLite"), QStringLiteral("OK"));
+        QTimer::singleShot(0, window.get(), thrown.raise);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return all_answered() && !shown.empty(); }))
+            << thrown.told;
+        EXPECT_THAT(shown, testing::HasSubstr(thrown.told));
+        EXPECT_THAT(log.lines(), testing::Not(testing::IsEmpty()));
+        EXPECT_TRUE(QTest::qWaitFor([] { return !QApplication::activeModalWidget(); }));
+    }
+    // A task that throws, too.
+    struct Failing final : Task {
+        TaskOutcome run(TaskContext&) override { throw std::bad_alloc(); }
+    };
+    auto job = std::make_shared<Job>();
+    job->append(std::make_unique<Failing>());
+    press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
+    EXPECT_EQ(QBusyBox(worker, window.get()).run(job), TaskOutcome::failed);
+    EXPECT_TRUE(window->isVisible());
 }
 
 TEST_F(MainWindow, RemovingImsDataEmptiesTheImagesAfterAQuestion) {

@@ -13,14 +13,18 @@
 
 #include <gmock/gmock.h>
 
+#include "app/messages.h"
 #include "app/pages/elided_label.h"
 #include "app/pages/form_double_basic.h"
 #include "app/pages/form_single_basic.h"
 #include "core/keys.h"
+#include "core/messages.h"
 #include "process/project/project_tasks.h"
+#include "process/steps/chain.h"
 #include "sample/synthetic_point.h"
 #include "tests/support/modal_driver.h"
 #include "tests/support/project_fixture.h"
+#include "tests/support/warns.h"
 
 namespace vyn::test {
 namespace {
@@ -250,6 +254,57 @@ TEST_F(Pages, RowsSelectViewAndRemove) {
     press("wind_on_reload_btn");
     EXPECT_TRUE(same_bits(*get_images().find(image_names::wind_on_sens),
                           *get_images().find(image_names::wind_off_sens)));
+}
+
+TEST_F(Pages, DrawnMarkersAreShownAskedForAndSaved) {
+    open_project();
+    show_page<FormSingleBasic>();
+    const auto drawn = [&] {
+        const auto picture = get_images().find(image_names::wind_on_sens);
+        return picture && picture->has_unsaved_markers();
+    };
+    image picture = *get_images().find(image_names::wind_on_sens);
+    const std::size_t count = picture.markers.markers.size() + 1;
+    picture.markers.markers.push_back({.x = 11, .y = 12, .id = 99});
+    get_images().add(std::move(picture));
+    EXPECT_TRUE(wait_for_text("wind_on_mark_file",
+                              QString::number(count) + QStringLiteral(" drawn, not saved")));
+    driver.answer = QMessageBox::No;
+    for (const char* button : {"wind_on_remove_btn", "wind_on_mark_remove_btn"}) {
+        press(button);
+        EXPECT_TRUE(drawn()) << button;
+    }
+    select("wind_on_select", "wind_off.tif");
+    EXPECT_TRUE(drawn());
+    ASSERT_EQ(driver.boxes.size(), 3u);
+    for (const auto& box : driver.boxes)
+        EXPECT_THAT(box.text, testing::HasSubstr("in no file and will be lost:\nWind-On\n"));
+
+    driver.expect<QFileDialog>(
+        [this](QFileDialog& dialog) { choose_file(dialog, folder / "drawn.mrk"); });
+    press("wind_on_mark_save_btn");
+    EXPECT_FALSE(drawn());
+    EXPECT_TRUE(wait_for_text("wind_on_mark_file", QString::number(count) + " markers"));
+    EXPECT_FALSE(child<QToolButton>("wind_on_mark_save_btn")->isVisible());
+    press("wind_on_mark_remove_btn");  // without a question
+    EXPECT_EQ(driver.boxes.size(), 3u);
+}
+
+/// Who chooses a marker file that ends too early is told, and so is who runs with it.
+TEST_F(Pages, AMarkerFileThatIsCutOffIsSaid) {
+    open_project();
+    show_page<FormSingleBasic>();
+    put_file(folder / "cut.mpt", "10 12 0 0 1\n90 14 0 0 1\n30 80 0 O 1\n");
+    set_custom_message_fun(show_information, ask_question);
+    select("wind_on_mark_select", "cut.mpt");
+    set_default_message_fun();
+    ASSERT_EQ(driver.boxes.size(), 1u);
+    EXPECT_THAT(driver.boxes[0].text, testing::HasSubstr("cut.mpt: marker 3 (line 3)"));
+    EXPECT_EQ(get_images().find(image_names::wind_on_sens)->markers.markers.size(), 2u);
+    const auto report = std::make_shared<RunReport>();
+    run(*calculate(Goal::all, program_session(), report));
+    EXPECT_THAT(report->warnings,
+                testing::Contains(warns(WarningKind::markers, "cut.mpt: marker 3")));
 }
 
 TEST_F(Pages, ABrokenFileKeepsTheOldStateAndSaysWhy) {

@@ -299,10 +299,49 @@ TEST_F(Projects, WorkThatACrashLeftIsOfferedAndRecovered) {
     EXPECT_TRUE(all_answered());
 }
 
+TEST_F(Projects, AFileThatOthersChangedMeanwhileIsNotReplacedWithoutAWord) {
+    open_point_1();
+    const fs::path file = folder / "pt001.xml";
+    const std::string theirs = get_file(file) + "<!-- by another program -->";
+    put_file(file, theirs);
+    fs::last_write_time(file, fs::file_time_type::clock::now() + std::chrono::seconds(5));
+    write(vyn_db(), keys::markers_order, 2);
+    press(warning_caption, QStringLiteral("No"));
+    action("fileSaveAction").trigger();
+    EXPECT_THAT(shown, HasSubstr("was changed by another program meanwhile"));
+    EXPECT_EQ(get_file(file), theirs);
+    EXPECT_TRUE(vyn_db().modified());
+    press(warning_caption, QStringLiteral("Yes"));
+    action("fileSaveAction").trigger();
+    action("fileSaveAction").trigger();  // now it is as this window wrote it
+    EXPECT_TRUE(all_answered());
+    EXPECT_NE(get_file(file), theirs);
+}
+
+/// The next save tries again.
+TEST_F(Projects, ASaveThatFailedIsMadeUpFor) {
+    open_point_1();
+    const fs::path file = folder / "pt001.xml";
+    write(vyn_db(), keys::markers_order, 2);
+    fs::remove(file);
+    fs::create_directory(file);
+    expect_failure();
+    action("fileSaveAction").trigger();
+    EXPECT_TRUE(vyn_db().modified());
+    fs::remove(file);
+    action("fileSaveAction").trigger();
+    EXPECT_TRUE(all_answered());
+    EXPECT_FALSE(vyn_db().modified());
+    EXPECT_THAT(get_file(file), HasSubstr("markers_order"));
+}
+
 TEST_F(Projects, MarkersAndMasksInNoFileAreNotLostWithoutAWord) {
     open_point_1();
+    EXPECT_FALSE(window->isWindowModified());
     draw_on_wind_on();
     EXPECT_FALSE(vyn_db().modified());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->isWindowModified(); }))
+        << "the star means markers in no file, too";
     press(QStringLiteral("Warning!"), QStringLiteral("No"));
     action("fileCloseAction").trigger();
     EXPECT_TRUE(all_answered());
@@ -314,6 +353,7 @@ TEST_F(Projects, MarkersAndMasksInNoFileAreNotLostWithoutAWord) {
     SaveMaskTask(program_session(), picture, folder / "mask.png", &raw_images()[1]).run(context);
     save_image_markers(vyn_db(), get_images(), *picture, folder / "on.mrk");
     vyn_db().set_modified(false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->isWindowModified(); }));
     action("fileCloseAction").trigger();
     EXPECT_FALSE(get_images().find("wind_on_sens"));
 }

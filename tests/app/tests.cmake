@@ -3,6 +3,7 @@ vyn_ui_tests(app
         app_fixture.cpp
         appearance_test.cpp
         help_test.cpp
+        main.cpp
         main_window_test.cpp
         model_commands_test.cpp
         pages_test.cpp

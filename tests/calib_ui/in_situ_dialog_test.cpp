@@ -1,11 +1,14 @@
 #include "calib/ui/in_situ_dialog.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <QTest>
 #include <QTextEdit>
 #include <QToolTip>
@@ -16,6 +19,7 @@
 
 #include "calib/ui/calibration_plot.h"
 #include "calib/ui/calibration_results.h"
+#include "calib/ui/port_editor.h"
 #include "calib/ui/port_table.h"
 #include "core/keys.h"
 #include "markers/marker_files.h"
@@ -28,6 +32,7 @@
 #include "tests/support/modal_driver.h"
 #include "tests/support/project_fixture.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/markers/marker_table.h"
 #include "view/ui/window/field_viewer.h"
 
 namespace vyn::test {
@@ -271,6 +276,45 @@ TEST_F(InSitu, PortsAreDrawnOnTheRatioImage) {
         drawn += wide.pixel(column, y) != narrow.pixel(column, y);
     }
     EXPECT_EQ(drawn, 9 * 8);
+}
+
+TEST_F(InSitu, TwentyPressuresArePastedInOneGo) {
+    dialog.show();
+    MarkerSet ports;
+    ASSERT_TRUE(read_markers(port_file(), ports, 240));
+    const std::string file = folder / "mine.mrk";
+    std::filesystem::copy_file(port_file(), file);
+    set_ports(file);
+    QString column;
+    for (std::size_t i = 0; i < ports.markers.size(); ++i)
+        column += QString::number(90000 + 10 * int(i)) + QLatin1Char('\n');
+    driver.expect<PortEditor>([&](PortEditor& editor) {
+        child<QTableWidget>(editor, "marker_table").setCurrentCell(0, 3);
+        QGuiApplication::clipboard()->setText(column);
+        editor.findChild<MarkerTable*>()->paste();
+        editor.accept();
+    });
+    child<QPushButton>(dialog, "btn_edit_ports").click();
+    MarkerSet pasted;
+    ASSERT_TRUE(read_markers(file, pasted, 240));
+    ASSERT_EQ(pasted.markers.size(), ports.markers.size());
+    for (std::size_t i = 0; i < ports.markers.size(); ++i)
+        EXPECT_EQ(pasted.markers[i].f, 90000 + 10 * double(i));
+    EXPECT_TRUE(pasted.hasF);
+
+    // A file that is not there yet, named when it is written.
+    set_ports("");
+    driver.expect<PortEditor>([&](PortEditor& editor) {
+        QGuiApplication::clipboard()->setText(QStringLiteral("7\t30\t40\t95000\t1\n"));
+        editor.findChild<MarkerTable*>()->paste();
+        driver.expect<QFileDialog>(
+            [&](QFileDialog& files) { choose_file(files, folder / "new.mrk"); });
+        editor.accept();
+    });
+    child<QPushButton>(dialog, "btn_edit_ports").click();
+    ASSERT_TRUE(read_markers(folder / "new.mrk", pasted, 240));
+    EXPECT_EQ(pasted.markers.at(0).id, 7);
+    EXPECT_EQ(child<QLineEdit>(dialog, "edt_mrk_file").text().toStdString(), folder / "new.mrk");
 }
 
 TEST_F(InSitu, AFailureIsSaidInABoxAndInTheLogAndStoresNothing) {

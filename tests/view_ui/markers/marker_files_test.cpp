@@ -84,6 +84,36 @@ TEST_F(MarkerFiles, TheLossIsNamedBeforeItHappens) {
     EXPECT_EQ(read_file(folder / "saved.mrk").markers[0].id, 40);
 }
 
+/// Where the format's line for a length unit would be written.
+TEST_F(MarkerFiles, AFileThatNobodyCouldReadIsOfferedWithoutTheUnit) {
+    image picture = marked();
+    picture.markers.hasZ = true;
+    picture.markers.lengthUnit = 2;
+    show(std::move(picture), "wind_on_sens");
+    for (const auto& [button, written] :
+         {std::pair{QMessageBox::No, false}, {QMessageBox::Yes, true}}) {
+        choose_file(folder / "saved.mrk");
+        answer_box(button);
+        trigger("save_markers");
+        EXPECT_TRUE(box_text.contains(QStringLiteral("nobody could read")))
+            << box_text.toStdString();
+        EXPECT_EQ(std::filesystem::exists(folder / "saved.mrk"), written);
+    }
+    EXPECT_EQ(read_file(folder / "saved.mrk").markers.size(), 2U);
+}
+
+/// In every viewer, until a file holds them.
+TEST_F(MarkerFiles, TheStarMeansMarkersInNoFile) {
+    image picture = marked();
+    picture.note_markers_saved();
+    picture.markers.markers[0].x += 1;
+    show(std::move(picture), "wind_on_sens");
+    EXPECT_TRUE(viewer->isWindowModified()) << "drawn elsewhere";
+    choose_file(folder / "saved.mrk");
+    trigger("save_markers");
+    EXPECT_FALSE(viewer->isWindowModified());
+}
+
 TEST_F(MarkerFiles, AFailedSaveSaysSoAndKeepsTheOldFile) {
     show(marked(), "wind_on_sens");
     trigger("marker_toggle_mode");

@@ -11,6 +11,7 @@
 #include "core/keys.h"
 #include "core/log.h"
 #include "core/ui/busy_box.h"
+#include "core/ui/command.h"
 #include "process/point/marker_frames.h"
 #include "process/point/revise_markers_task.h"
 #include "view/ui/canvas/field_view.h"
@@ -53,7 +54,10 @@ MarkerController::MarkerController(PictureWindow& viewer)
         viewer.tabifyDockWidget(bar, dock_);
     dock_->hide();
     table_dock_->setObjectName(QStringLiteral("Marker table"));
-    table_dock_->setWidget(new MarkerTable(*this));
+    auto* table =
+        new MarkerTable(edit_, [this](const auto& operation) { return change(operation); });
+    connect(this, &MarkerController::markers_changed, table, &MarkerTable::show_markers);
+    table_dock_->setWidget(table);
     viewer.addDockWidget(Qt::BottomDockWidgetArea, table_dock_);
     table_dock_->hide();
     make_actions();
@@ -83,6 +87,11 @@ void MarkerController::make_actions() {
 ViewTool* MarkerController::tool(MouseMode mode) {
     const auto found = tools_.find(mode);
     return found == tools_.end() ? nullptr : found->second.get();
+}
+
+bool MarkerController::modified() const {
+    const auto picture = viewer_.picture();
+    return edit_.modified() || (picture && picture->has_unsaved_markers());
 }
 
 void MarkerController::picture_changed() {
@@ -286,9 +295,14 @@ void MarkerController::load() {
     if (file.isEmpty()) return;
     image target = *picture;
     if (!is_project_image()) target.name.clear();
+    std::string left_out;
     change([&](MarkerEdit& edit) {
-        edit.replace(load_image_markers(vyn_db(), target, file.toStdString()));
+        MarkerSet set = load_image_markers(vyn_db(), target, file.toStdString());
+        left_out = set.left_out;
+        edit.replace(std::move(set));
     });
+    if (!left_out.empty())
+        report_failure(&viewer_, tr("Markers"), QString::fromStdString(left_out));
 }
 
 void MarkerController::save() {
@@ -302,6 +316,7 @@ void MarkerController::save() {
     if (file.isEmpty()) return;
     image source = *picture;
     if (!is_project_image()) source.name.clear();
+    if (!settle_length_unit(&viewer_, file, source.markers)) return;
     try {
         save_image_markers(vyn_db(), get_images(), source, file.toStdString());
     } catch (const GenericError& error) {

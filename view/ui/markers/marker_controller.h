@@ -62,7 +62,8 @@ class MarkerController : public EditController {
     bool can_redo() const override { return edit_.can_redo(); }
     void undo() override;
     void redo() override;
-    bool modified() const override { return edit_.modified(); }
+    /// Also markers that were drawn before, in another window, and are in no file yet.
+    bool modified() const override;
 
   Q_SIGNALS:
     /// The markers, or which of them is the current one.

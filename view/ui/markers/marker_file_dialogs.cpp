@@ -7,6 +7,7 @@
 
 #include "core/keys.h"
 #include "process/point/marker_frames.h"
+#include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "view/edit/marker_edit.h"
 
@@ -85,6 +86,19 @@ QString ask_marker_file_to_save(QWidget* parent, const image& picture, bool is_p
                                  QMessageBox::No) == QMessageBox::Yes
                ? file
                : QString();
+}
+
+bool settle_length_unit(QWidget* parent, const QString& file, MarkerSet& markers) {
+    if (!would_be_unreadable(file.toStdString(), markers)) return true;
+    const QString question =
+        tr("The markers have a length unit. With it nobody could read %1, this program included."
+           "\n\nSave a copy without the unit?")
+            .arg(file);
+    if (QMessageBox::question(parent, tr("Markers"), question, QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::Yes) != QMessageBox::Yes)
+        return false;
+    markers.lengthUnit = 0;
+    return true;
 }
 
 }  // namespace vyn

@@ -16,4 +16,8 @@ QString ask_marker_file_to_load(QWidget* parent, const image& picture, bool is_p
 /// takes a question that names the loss. Empty when cancelled.
 QString ask_marker_file_to_save(QWidget* parent, const image& picture, bool is_project_image);
 
+/// Before markers are written: with a length unit nobody could read some files. Offers to write
+/// them without it, and takes it off then; false when the user would rather not write.
+bool settle_length_unit(QWidget* parent, const QString& file, MarkerSet& markers);
+
 }  // namespace vyn

@@ -13,7 +13,6 @@
 #include "core/ui/command.h"
 #include "process/point/project_paths.h"
 #include "view/edit/marker_rows.h"
-#include "view/ui/markers/marker_controller.h"
 
 namespace vyn {
 
@@ -35,8 +34,10 @@ class Cell final : public QTableWidgetItem {
 
 }  // namespace
 
-MarkerTable::MarkerTable(MarkerController& markers)
-    : markers_(markers), table_(new QTableWidget(0, marker_columns, this)) {
+MarkerTable::MarkerTable(const MarkerEdit& markers, Change change)
+    : markers_(markers),
+      change_(std::move(change)),
+      table_(new QTableWidget(0, marker_columns, this)) {
     setObjectName(QStringLiteral("MarkerTable"));
     table_->setObjectName(QStringLiteral("marker_table"));
     table_->setHorizontalHeaderLabels(
@@ -66,12 +67,11 @@ MarkerTable::MarkerTable(MarkerController& markers)
     connect(paste_button, &QPushButton::clicked, this, &MarkerTable::paste);
     connect(import, &QPushButton::clicked, this, &MarkerTable::import_csv);
     connect(table_, &QTableWidget::itemChanged, this, &MarkerTable::edited);
-    connect(&markers_, &MarkerController::markers_changed, this, &MarkerTable::show_markers);
     show_markers();
 }
 
 void MarkerTable::show_markers() {
-    const std::vector<Marker>& markers = markers_.markers().set().markers;
+    const std::vector<Marker>& markers = markers_.set().markers;
     filling_ = true;
     table_->setSortingEnabled(false);
     table_->setRowCount(static_cast<int>(markers.size()));
@@ -88,7 +88,7 @@ void MarkerTable::show_markers() {
 
 std::size_t MarkerTable::marker_of(int line) const {
     const QTableWidgetItem* cell = table_->item(line, 0);
-    return cell ? cell->data(Qt::UserRole).toUInt() : markers_.markers().count();
+    return cell ? cell->data(Qt::UserRole).toUInt() : markers_.count();
 }
 
 void MarkerTable::edited(QTableWidgetItem* item) {
@@ -99,7 +99,7 @@ void MarkerTable::edited(QTableWidgetItem* item) {
     if (item->isSelected() && column != MarkerColumn::number)
         for (const QTableWidgetItem* other : table_->selectedItems())
             if (other->column() == item->column()) rows.insert(marker_of(other->row()));
-    const bool done = markers_.change([&](MarkerEdit& edit) {
+    const bool done = change_([&](MarkerEdit& edit) {
         MarkerSet set = edit.set();
         for (const std::size_t row : rows)
             set.markers[row] = with_cell(set.markers[row], column, text);
@@ -113,7 +113,7 @@ void MarkerTable::edited(QTableWidgetItem* item) {
 }
 
 void MarkerTable::put(std::size_t row, int column, const std::string& text) {
-    markers_.change([&](MarkerEdit& edit) {
+    change_([&](MarkerEdit& edit) {
         edit.replace(with_cells(edit.set(), row, static_cast<MarkerColumn>(column), text));
     });
 }
@@ -122,13 +122,13 @@ void MarkerTable::paste() {
     const QTableWidgetItem* cell = table_->currentItem();
     // Lines in the order of the table: what is pasted below each other stays below each other.
     const std::string text = QGuiApplication::clipboard()->text().toStdString();
-    if (!cell) return put(markers_.markers().count(), 0, text);
+    if (!cell) return put(markers_.count(), 0, text);
     const std::vector<std::vector<std::string>> lines = text_cells(text);
     if (lines.empty() || lines.front().size() == marker_columns)
         return put(marker_of(cell->row()), cell->column(), text);
     const int first = cell->row();
     const int column = cell->column();
-    markers_.change([&](MarkerEdit& edit) {
+    change_([&](MarkerEdit& edit) {
         MarkerSet set = edit.set();
         for (std::size_t i = 0; i < lines.size(); ++i) {
             std::string line;
@@ -148,7 +148,7 @@ void MarkerTable::import_csv() {
                                                   output_folder(vyn_db()).string()});
     if (file.empty()) return;
     attempt(this, tr("Import CSV"),
-            [&] { put(markers_.markers().count(), 0, read_file(file, most_csv_bytes)); });
+            [&] { put(markers_.count(), 0, read_file(file, most_csv_bytes)); });
 }
 
 }  // namespace vyn
