@@ -129,6 +129,32 @@ TEST_F(ChannelsTest, AnAbortedRatioLeavesTheAlignedPicturesOfTheOldOne) {
             {}, context)));
 }
 
+TEST_F(ChannelsTest, LimitsClampTheRatioFromBothSides) {
+    for (const Channels channels : {Channels::binary, Channels::lifetime}) {
+        reset();
+        open_point({.width = 200, .height = 150, .order = 0, .channels = channels});
+        ASSERT_EQ(calculate(), TaskOutcome::done);
+        const auto free = get_images().find(image_names::ratio);
+        write(vyn_db(), keys::filter_threshold, 1);
+        write(vyn_db(), keys::threshold_min, 0.9);
+        write(vyn_db(), keys::threshold_max, 1.1);
+        ASSERT_EQ(calculate(), TaskOutcome::done);
+        const auto clamped = get_images().find(image_names::ratio);
+        int low = 0;
+        int high = 0;
+        for (int y = 0; y < free->height(); ++y)
+            for (int x = 0; x < free->width(); ++x) {
+                if (free->mask()(x, y) != 0) continue;
+                const float value = free->values()(x, y);
+                low += value < 0.9F;
+                high += value > 1.1F;
+                ASSERT_EQ(clamped->values()(x, y), std::clamp(value, 0.9F, 1.1F)) << x << ' ' << y;
+            }
+        EXPECT_GT(low, 0);
+        EXPECT_GT(high, 0);
+    }
+}
+
 /// The two ways round the pictures differ when one mapping is wrong, and the report shows it.
 TEST_F(ChannelsTest, ConsistencyShowsAWrongAlignment) {
     open_point({.width = 320, .height = 240, .order = 1, .channels = Channels::binary});

@@ -123,6 +123,31 @@ TEST_F(CorrelationStep, AlignsBothGatesByOne) {
     EXPECT_LE(field_error(), 2e-3);
 }
 
+/// The search of the texture reaches less far than the model moved here.
+TEST_F(CorrelationStep, GatesStartWhereTheMarkersPutThem) {
+    constexpr int motion = 60;
+    SyntheticOptions options = bent;
+    options.channels = Channels::lifetime;
+    open_point(options);
+    for (const RawImage* raw : {&raw_images()[1], &raw_images()[3]}) {
+        const auto still = get_images().find(raw->name);
+        image moved = *still;
+        for (int y = 0; y < moved.height(); ++y)
+            for (int x = 0; x < moved.width(); ++x) {
+                moved.values()(x, y) = still->values()(std::max(x - motion, 0), y);
+                moved.mask()(x, y) = x < motion ? 1 : still->mask()(x - motion, y);
+            }
+        for (Marker& marker : moved.markers.markers)
+            marker.x += motion;
+        get_images().add(std::move(moved));
+    }
+    calculate();
+    ASSERT_TRUE(report->correlation);
+    EXPECT_EQ(report->correlation->failure, "");
+    ASSERT_TRUE(report->correlation->left_after_markers);
+    EXPECT_NEAR(report->correlation->left_after_markers->rms, 1.1, 0.3);
+}
+
 /// Neither a failure nor the question whether to copy the picture, as long as the texture may do.
 TEST_F(CorrelationStep, AlignsWhatTheMarkersDoNot) {
     struct Asked : TaskContext {

@@ -192,6 +192,8 @@ TEST_P(StepFactsHold, SettingsAndImagesAreThoseOfTheRow) {
                             facts.takes.end() ||
                         covers(given, name))
                 << name << " is not taken";
+        for (const StepImage& taken : facts.takes)
+            EXPECT_TRUE(looked_at.contains(taken.name)) << taken.name << " is not looked at";
         for (const std::string& name : given)
             EXPECT_TRUE(images.published.contains(name) || !images.find(name))
                 << "an old " << name << " stays";
