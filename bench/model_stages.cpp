@@ -140,10 +140,18 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
     const auto sampler = std::make_shared<const FieldSampler>(inputs.field, 0.5, silent);
     const auto node_sample = [&inputs, sampler] {
         const ViewGeometry geometry(inputs.view, 1);
+        constexpr std::size_t block = 2048;
+        std::vector<Point> pixels(block);
+        std::vector<float> values(block);
         double sum = 0;
-        for (const Vec3& place : inputs.faced)
-            if (const auto pixel = geometry.pixel(place))
-                if (const auto value = sampler->at(*pixel)) sum += value->value;
+        for (std::size_t first = 0; first < inputs.faced.size(); first += block) {
+            const std::size_t here = std::min(block, inputs.faced.size() - first);
+            for (std::size_t i = 0; i < here; ++i)
+                pixels[i] = geometry.pixel(inputs.faced[first + i]).value_or(Point{-9, -9});
+            sampler->spline_values({pixels.data(), here}, values);
+            for (std::size_t i = 0; i < here; ++i)
+                if (const auto value = sampler->at(pixels[i], values[i])) sum += value->value;
+        }
         if (!(sum > 0)) throw std::runtime_error("the benchmark's field was not seen");
     };
     const auto project = [&inputs](const PreparedMesh& prepared) {

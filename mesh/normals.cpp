@@ -69,20 +69,35 @@ VertexNormals vertex_normals(const field_data<double>& mesh, const Surface& surf
         }
 
     // Each vertex's groups, once each, in the order of their roots.
-    std::vector<std::pair<int, std::size_t>> uses;
-    uses.reserve(3 * triangles);
-    for (std::size_t i = 0; i < 3 * triangles; ++i)
-        if (surface.counts[i / 3])
-            uses.emplace_back(surface.triangles[i / 3][i % 3], groups.root(i));
-    std::ranges::sort(uses);
-    uses.erase(std::unique(uses.begin(), uses.end()), uses.end());
+    const std::size_t vertices = mesh.vertices.size();
+    std::vector<std::size_t> next(vertices + 1, 0);
+    const auto for_corners = [&](const auto& each) {
+        for (std::size_t t = 0; t < triangles; ++t)
+            if (surface.counts[t])
+                for (std::size_t c = 0; c < 3; ++c)
+                    each(static_cast<std::size_t>(surface.triangles[t][c]), 3 * t + c);
+    };
+    for_corners([&](std::size_t vertex, std::size_t) { ++next[vertex + 1]; });
+    std::partial_sum(next.begin(), next.end(), next.begin());
+    std::vector<std::size_t> uses(next.back());
+    for_corners([&](std::size_t vertex, std::size_t corner) {
+        uses[next[vertex]++] = groups.root(corner);
+    });
     VertexNormals result;
-    result.first.assign(mesh.vertices.size() + 1, 0);
-    for (const auto& [vertex, group] : uses) {
-        const double size = length(sum[group]);
-        if (!(size > 0)) continue;  // faces back to back
-        result.normals.push_back((1 / size) * sum[group]);
-        ++result.first[static_cast<std::size_t>(vertex) + 1];
+    result.first.assign(vertices + 1, 0);
+    auto first = uses.begin();
+    for (std::size_t vertex = 0; vertex < vertices; ++vertex) {
+        // Filling has moved each start to its end.
+        const auto last = uses.begin() + static_cast<std::ptrdiff_t>(next[vertex]);
+        std::sort(first, last);
+        for (auto group = first; group != last; ++group) {
+            const double size = length(sum[*group]);
+            // Twice the same, or faces back to back.
+            if ((group != first && *group == group[-1]) || !(size > 0)) continue;
+            result.normals.push_back((1 / size) * sum[*group]);
+            ++result.first[vertex + 1];
+        }
+        first = last;
     }
     std::partial_sum(result.first.begin(), result.first.end(), result.first.begin());
     return result;

@@ -2,6 +2,8 @@
 // and the query's arguments are handed over.
 #include "mesh/rays.h"
 
+#include <algorithm>
+
 #include <embree3/rtcore.h>
 
 #include "core/errors.h"
@@ -19,11 +21,14 @@ struct ReleaseScene {
 using Device = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
 using SceneHandle = std::unique_ptr<RTCSceneTy, ReleaseScene>;
 
-/// A query that leaves out the faces at the line's own vertex.
+/// Lines that are traced at once; those of one block of nodes run close together.
+constexpr std::size_t packet = 8;
+
+/// A query that leaves out the faces at each line's own vertex.
 struct Query {
     RTCIntersectContext context;  // first: the filter gets a pointer to it
     const std::vector<std::array<int, 3>>* faces;
-    int place;
+    std::array<int, packet> places;  ///< by the ray's id
 };
 
 void leave_out_own_faces(const RTCFilterFunctionNArguments* args) {
@@ -31,8 +36,9 @@ void leave_out_own_faces(const RTCFilterFunctionNArguments* args) {
     for (unsigned i = 0; i < args->N; ++i) {
         if (args->valid[i] == 0) continue;
         const unsigned face = RTCHitN_primID(args->hit, args->N, i);
+        const int own = query.places[RTCRayN_id(args->ray, args->N, i)];
         for (const int place : (*query.faces)[face])
-            if (place == query.place) args->valid[i] = 0;
+            if (place == own) args->valid[i] = 0;
     }
 }
 
@@ -94,24 +100,31 @@ void RayScene::hidden(std::span<const SightLine> lines, std::span<std::uint8_t> 
     Query query{};
     rtcInitIntersectContext(&query.context);
     query.context.filter = leave_out_own_faces;
+    query.context.flags = RTC_INTERSECT_CONTEXT_FLAG_COHERENT;
     query.faces = &scene_->faces;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        const SightLine& line = lines[i];
-        const Vec3 from = line.from - scene_->middle;
-        const Vec3 way = line.to - line.from;
-        query.place = line.place;
-        RTCRay ray{};
-        ray.org_x = static_cast<float>(from[0]);
-        ray.org_y = static_cast<float>(from[1]);
-        ray.org_z = static_cast<float>(from[2]);
-        ray.dir_x = static_cast<float>(way[0]);
-        ray.dir_y = static_cast<float>(way[1]);
-        ray.dir_z = static_cast<float>(way[2]);
-        ray.tnear = 0;
-        ray.tfar = 1;
-        ray.mask = ~0U;
-        rtcOccluded1(scene_->scene.get(), &query.context, &ray);
-        answers[i] = ray.tfar < 0;
+    for (std::size_t first = 0; first < lines.size(); first += packet) {
+        const std::size_t count = std::min(packet, lines.size() - first);
+        alignas(32) std::array<int, packet> valid{};
+        RTCRay8 rays{};
+        for (std::size_t i = 0; i < count; ++i) {
+            const SightLine& line = lines[first + i];
+            const Vec3 from = line.from - scene_->middle;
+            const Vec3 way = line.to - line.from;
+            valid[i] = -1;
+            query.places[i] = line.place;
+            rays.id[i] = static_cast<unsigned>(i);
+            rays.org_x[i] = static_cast<float>(from[0]);
+            rays.org_y[i] = static_cast<float>(from[1]);
+            rays.org_z[i] = static_cast<float>(from[2]);
+            rays.dir_x[i] = static_cast<float>(way[0]);
+            rays.dir_y[i] = static_cast<float>(way[1]);
+            rays.dir_z[i] = static_cast<float>(way[2]);
+            rays.tfar[i] = 1;
+            rays.mask[i] = ~0U;
+        }
+        rtcOccluded8(valid.data(), scene_->scene.get(), &query.context, &rays);
+        for (std::size_t i = 0; i < count; ++i)
+            answers[first + i] = rays.tfar[i] < 0;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "core/errors.h"
 #include "core/numbers.h"
@@ -46,34 +47,49 @@ bool is_degenerate(const Field& mesh, const Surface& surface, std::size_t t) {
     return length(surface.area_vector(mesh, t)) <= flat_share * longest * longest;
 }
 
-/// One side of a triangle, under the key of its edge.
+/// One side of a triangle, under its edge: the lower and the higher of the places at its ends.
 struct Side {
-    std::uint64_t edge;
+    std::uint32_t low;
+    std::uint32_t high;
     std::uint32_t triangle;
     std::uint8_t corner;   ///< the side runs from this corner to the next
     std::uint8_t falling;  ///< from the higher place to the lower
+    bool same_edge(const Side& other) const { return low == other.low && high == other.high; }
 };
 
+/// By edge, those of one edge by triangle: counted by the lower place, of which few sides share
+/// one.
 std::vector<Side> sorted_sides(const Surface& surface) {
     std::vector<Side> sides;
     sides.reserve(3 * surface.triangles.size());
+    std::vector<std::uint32_t> next(surface.place.size() + 1, 0);
     for (std::size_t t = 0; t < surface.triangles.size(); ++t) {
         if (!surface.counts[t]) continue;
         for (std::uint8_t c = 0; c < 3; ++c) {
             const auto at = [&](int corner) {
-                return static_cast<std::uint64_t>(surface.place[static_cast<std::size_t>(
+                return static_cast<std::uint32_t>(surface.place[static_cast<std::size_t>(
                     surface.triangles[t][static_cast<std::size_t>(corner)])]);
             };
-            const std::uint64_t a = at(c);
-            const std::uint64_t b = at((c + 1) % 3);
+            const std::uint32_t a = at(c);
+            const std::uint32_t b = at((c + 1) % 3);
             sides.push_back(
-                {std::min(a, b) << 32 | std::max(a, b), static_cast<std::uint32_t>(t), c, a > b});
+                {std::min(a, b), std::max(a, b), static_cast<std::uint32_t>(t), c, a > b});
+            ++next[std::min(a, b) + 1];
         }
     }
-    std::ranges::sort(sides, [](const Side& a, const Side& b) {
-        return a.edge != b.edge ? a.edge < b.edge : a.triangle < b.triangle;
-    });
-    return sides;
+    std::partial_sum(next.begin(), next.end(), next.begin());
+    std::vector<Side> sorted(sides.size());
+    for (const Side& side : sides)
+        sorted[next[side.low]++] = side;
+    for (auto first = sorted.begin(); first != sorted.end();) {
+        const auto last = std::find_if(first, sorted.end(),
+                                       [&](const Side& side) { return side.low != first->low; });
+        std::sort(first, last, [](const Side& a, const Side& b) {
+            return a.high != b.high ? a.high < b.high : a.triangle < b.triangle;
+        });
+        first = last;
+    }
+    return sorted;
 }
 
 /// Neighbours across edges of two triangles, and whether both run the same way there (then one of
@@ -84,7 +100,7 @@ std::vector<std::uint8_t> connect(Surface& surface) {
     const std::vector<Side> sides = sorted_sides(surface);
     for (std::size_t i = 0; i < sides.size();) {
         std::size_t end = i + 1;
-        while (end < sides.size() && sides[end].edge == sides[i].edge)
+        while (end < sides.size() && sides[end].same_edge(sides[i]))
             ++end;
         if (end - i == 1) ++surface.open_edges;
         if (end - i > 2) ++surface.crowded_edges;

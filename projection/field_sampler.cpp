@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/parallel.h"
+
 namespace vyn {
 
 namespace {
@@ -10,26 +12,45 @@ namespace {
 /// A larger footprint than this is cut: a node so near that a single face fills the picture.
 constexpr int most_side = 512;
 
-Bitmap<std::uint8_t> valid_pixels(const image& field) {
+constexpr int row_block = 64;
+
+Bitmap<std::uint8_t> valid_pixels(const image& field, Progress& progress) {
     Bitmap<std::uint8_t> valid(field.width(), field.height());
-    for (int y = 0; y < field.height(); ++y)
-        for (int x = 0; x < field.width(); ++x)
-            valid(x, y) = field.mask()(x, y) == 0 && std::isfinite(field.values()(x, y));
+    parallel_rows(field.height(), row_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y) {
+            const std::uint8_t* mask = field.mask().row(y);
+            const float* values = field.values().row(y);
+            std::uint8_t* out = valid.row(y);
+            for (int x = 0; x < field.width(); ++x) {
+                // Not finite: infinite or NaN, whose difference from itself is NaN.
+                const bool finite = values[x] - values[x] == 0;
+                out[x] = static_cast<std::uint8_t>((mask[x] == 0) & finite);
+            }
+        }
+    });
     return valid;
 }
 
 /// Windows of 4 x 4 pixels from (x - 1, y - 1) that are valid throughout.
-Bitmap<std::uint8_t> smooth_windows(const Bitmap<std::uint8_t>& valid) {
+Bitmap<std::uint8_t> smooth_windows(const Bitmap<std::uint8_t>& valid, Progress& progress) {
     const int width = valid.width();
     const int height = valid.height();
-    Bitmap<std::uint8_t> rows(width, height, 0);
     Bitmap<std::uint8_t> smooth(width, height, 0);
-    for (int y = 0; y < height; ++y)
-        for (int x = 1; x + 2 < width; ++x)
-            rows(x, y) = valid(x - 1, y) & valid(x, y) & valid(x + 1, y) & valid(x + 2, y);
-    for (int y = 1; y + 2 < height; ++y)
-        for (int x = 0; x < width; ++x)
-            smooth(x, y) = rows(x, y - 1) & rows(x, y) & rows(x, y + 1) & rows(x, y + 2);
+    parallel_rows(height, row_block, progress, [&](int y0, int y1) {
+        std::vector<std::uint8_t> column(static_cast<std::size_t>(width));
+        for (int y = std::max(y0, 1); y < std::min(y1, height - 2); ++y) {
+            const std::uint8_t* rows[4];
+            for (int j = 0; j < 4; ++j)
+                rows[j] = valid.row(y - 1 + j);
+            for (int x = 0; x < width; ++x)
+                column[static_cast<std::size_t>(x)] =
+                    static_cast<std::uint8_t>(rows[0][x] & rows[1][x] & rows[2][x] & rows[3][x]);
+            std::uint8_t* out = smooth.row(y);
+            const std::uint8_t* c = column.data();
+            for (int x = 1; x + 2 < width; ++x)
+                out[x] = static_cast<std::uint8_t>(c[x - 1] & c[x] & c[x + 1] & c[x + 2]);
+        }
+    });
     return smooth;
 }
 
@@ -41,25 +62,34 @@ bool crosses(Point a, Point b, double x, double y) {
     return a.x + (b.x - a.x) * ((y - a.y) / (b.y - a.y)) <= x;
 }
 
-bool inside(std::span<const std::array<Point, 4>> quads, double x, double y) {
-    return std::ranges::any_of(quads, [&](const std::array<Point, 4>& quad) {
-        bool odd = false;
-        for (std::size_t i = 0; i < 4; ++i)
-            odd ^= crosses(quad[i], quad[(i + 1) % 4], x, y);
-        return odd;
-    });
+bool inside(const std::array<Point, 4>& quad, double x, double y) {
+    bool odd = false;
+    for (std::size_t i = 0; i < 4; ++i)
+        odd ^= crosses(quad[i], quad[(i + 1) % 4], x, y);
+    return odd;
 }
+
+/// The whole numbers between two coordinates, but for those farther than half of `most_side` from
+/// the middle.
+struct Range {
+    int first;
+    int last;
+    Range(double low, double high, double middle)
+        : first(static_cast<int>(std::ceil(std::max(low, middle - most_side / 2.0)))),
+          last(static_cast<int>(std::floor(std::min(high, middle + most_side / 2.0)))) {}
+};
 
 }  // namespace
 
 FieldSampler::FieldSampler(const image& field, double min_valid, Progress& progress)
     : field_(field),
       min_valid_(min_valid),
-      valid_(valid_pixels(field)),
-      smooth_(smooth_windows(valid_)),
-      spline_(field.values(), field.mask(), 3, SplineEdges::extended, progress) {}
+      valid_(valid_pixels(field, progress)),
+      smooth_(smooth_windows(valid_, progress)),
+      spline_(field.values(), field.mask(), 3, SplineEdges::extended, progress),
+      evaluation_(spline_) {}
 
-std::optional<double> FieldSampler::bilinear(Point place) const {
+std::optional<FieldSample> FieldSampler::bilinear(Point place) const {
     const int x0 = static_cast<int>(std::floor(place.x));
     const int y0 = static_cast<int>(std::floor(place.y));
     const double fx = place.x - x0;
@@ -74,54 +104,57 @@ std::optional<double> FieldSampler::bilinear(Point place) const {
             weight += w;
         }
     if (!(weight >= min_valid_) || !(weight > 0)) return std::nullopt;
-    return sum / weight;
+    return FieldSample{sum / weight};
 }
 
 std::optional<FieldSample> FieldSampler::at(Point place) const {
-    if (!(place.x > -1 && place.y > -1 && place.x < valid_.width() && place.y < valid_.height()))
-        return std::nullopt;
-    const int x0 = static_cast<int>(std::floor(place.x));
-    const int y0 = static_cast<int>(std::floor(place.y));
-    if (smooth_.contains(x0, y0) && smooth_(x0, y0))
-        return FieldSample{static_cast<double>(spline_.at(place.x, place.y))};
-    const auto value = bilinear(place);
-    if (!value) return std::nullopt;
-    return FieldSample{*value};
+    if (outside(place)) return std::nullopt;
+    if (smooth_at(place)) return FieldSample{static_cast<double>(spline_.at(place.x, place.y))};
+    return bilinear(place);
+}
+
+std::optional<FieldSample> FieldSampler::at(Point place, float spline_value) const {
+    if (outside(place)) return std::nullopt;
+    if (smooth_at(place)) return FieldSample{static_cast<double>(spline_value)};
+    return bilinear(place);
+}
+
+void FieldSampler::spline_values(std::span<const Point> places, std::span<float> values) const {
+    constexpr std::size_t chunk = 256;
+    std::array<double, chunk> x;
+    std::array<double, chunk> y;
+    for (std::size_t first = 0; first < places.size(); first += chunk) {
+        const std::size_t count = std::min(chunk, places.size() - first);
+        for (std::size_t i = 0; i < count; ++i) {
+            x[i] = places[first + i].x;
+            y[i] = places[first + i].y;
+        }
+        evaluation_(x.data(), y.data(), static_cast<int>(count), values.data() + first);
+    }
 }
 
 std::optional<FieldSample> FieldSampler::mean(Point place,
                                               std::span<const std::array<Point, 4>> quads) const {
-    double low_x = place.x;
-    double high_x = place.x;
-    double low_y = place.y;
-    double high_y = place.y;
-    for (const auto& quad : quads)
-        for (const Point& corner : quad) {
-            low_x = std::min(low_x, corner.x);
-            high_x = std::max(high_x, corner.x);
-            low_y = std::min(low_y, corner.y);
-            high_y = std::max(high_y, corner.y);
-        }
-    const auto first = [](double low, double middle) {
-        return static_cast<int>(std::ceil(std::max(low, middle - most_side / 2.0)));
-    };
-    const auto last = [](double high, double middle) {
-        return static_cast<int>(std::floor(std::min(high, middle + most_side / 2.0)));
-    };
     double sum = 0;
     Point middle{0, 0};  // from the place
     int used = 0;
     int all = 0;
-    for (int y = first(low_y, place.y); y <= last(high_y, place.y); ++y)
-        for (int x = first(low_x, place.x); x <= last(high_x, place.x); ++x) {
-            if (!inside(quads, x, y)) continue;
-            ++all;
-            if (!valid(x, y)) continue;
-            sum += static_cast<double>(field_.values()(x, y));
-            middle.x += x - place.x;
-            middle.y += y - place.y;
-            ++used;
-        }
+    for (const auto& quad : quads) {
+        const auto [left, right] = std::minmax({quad[0].x, quad[1].x, quad[2].x, quad[3].x});
+        const auto [top, bottom] = std::minmax({quad[0].y, quad[1].y, quad[2].y, quad[3].y});
+        const Range rows(top, bottom, place.y);
+        const Range columns(left, right, place.x);
+        for (int y = rows.first; y <= rows.last; ++y)
+            for (int x = columns.first; x <= columns.last; ++x) {
+                if (!inside(quad, x, y)) continue;
+                ++all;
+                if (!valid(x, y)) continue;
+                sum += static_cast<double>(field_.values()(x, y));
+                middle.x += x - place.x;
+                middle.y += y - place.y;
+                ++used;
+            }
+    }
     if (all == 0) return at(place);
     if (used == 0 || used < min_valid_ * all) return std::nullopt;
     const auto slope = gradient(place);

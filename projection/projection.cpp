@@ -23,6 +23,14 @@ constexpr int targets_per_block = 2048;
 
 enum class Fate : std::uint8_t { seen, off_surface, angle, occlusion, mask, border };
 
+int blocks_of(std::size_t count) {
+    return static_cast<int>((count + targets_per_block - 1) / targets_per_block);
+}
+
+std::size_t first_of(int block) {
+    return static_cast<std::size_t>(block) * targets_per_block;
+}
+
 /// What one view says of every target.
 struct ViewSamples {
     std::vector<Fate> fate;
@@ -52,6 +60,7 @@ class ViewProjector {
           sampler_(*view.field, options.min_valid, progress),
           least_cosine_(std::cos(options.obliqueness * std::numbers::pi / 180)),
           lift_(options.tolerance * targets.prepared().surface.diagonal) {
+        project_vertices(progress);
         if (with_edges)
             edges_ = edge_distance(sampler_, geometry_, targets.prepared(), view.field->width(),
                                    view.field->height(), progress);
@@ -62,21 +71,31 @@ class ViewProjector {
         Target target;
         for (std::size_t i = begin; i < end; ++i)
             look(i, target, samples, block);
+        Quads quads;
         std::vector<std::uint8_t> hidden(block.lines.size());
         targets_.prepared().rays.hidden(block.lines, hidden);
+        std::vector<const Candidate*> seen;
+        std::vector<Point> pixels;
         for (const Candidate& candidate : block.candidates) {
             std::size_t free = 0;
             for (std::size_t k = 0; k < candidate.lines; ++k)
                 free += !hidden[candidate.first_line + k];
             // A cell is seen when three of its places are, or all of fewer.
-            if (free < std::min<std::size_t>(candidate.lines, 3))
+            if (free < std::min<std::size_t>(candidate.lines, 3)) {
                 samples.fate[candidate.target] = Fate::occlusion;
-            else
-                sample(candidate, samples);
+            } else {
+                seen.push_back(&candidate);
+                pixels.push_back(candidate.pixel);
+            }
         }
+        std::vector<float> values(pixels.size());
+        sampler_.spline_values(pixels, values);
+        for (std::size_t i = 0; i < seen.size(); ++i)
+            sample(*seen[i], values[i], samples, quads);
     }
 
   private:
+    using Quads = std::vector<std::array<Point, 4>>;
     struct Candidate {
         std::size_t target;
         std::size_t first_line;
@@ -88,6 +107,17 @@ class ViewProjector {
         std::vector<SightLine> lines;
         std::vector<Candidate> candidates;
     };
+
+    /// Where the view sees every node; NaN where it does not.
+    void project_vertices(Progress& progress) {
+        const auto& vertices = targets_.prepared().mesh.vertices;
+        pixels_.resize(vertices.size());
+        parallel_rows(blocks_of(vertices.size()), 1, progress, [&](int b0, int b1) {
+            const std::size_t end = std::min(vertices.size(), first_of(b1));
+            for (std::size_t i = first_of(b0); i < end; ++i)
+                pixels_[i] = geometry_.pixel(vertices[i]).value_or(Point{unseen, unseen});
+        });
+    }
 
     /// The cheap tests; who passes them gets rays.
     void look(std::size_t index, Target& target, ViewSamples& samples, Block& block) const {
@@ -108,20 +138,23 @@ class ViewProjector {
         samples.fate[index] = Fate::angle;
         if (!(cosine >= least_cosine_)) return;
         samples.fate[index] = Fate::border;
-        const auto pixel = geometry_.pixel(target.place);
-        if (!pixel || !(pixel->x > -1 && pixel->y > -1 && pixel->x < view_.field->width() &&
-                        pixel->y < view_.field->height()))
+        const Point pixel = targets_.at_nodes()
+                                ? pixels_[index]
+                                : geometry_.pixel(target.place).value_or(Point{unseen, unseen});
+        if (!(pixel.x > -1 && pixel.y > -1 && pixel.x < view_.field->width() &&
+              pixel.y < view_.field->height()))
             return;
         samples.cosine[index] = static_cast<float>(cosine);
         block.candidates.push_back(
-            {index, block.lines.size(), target.probes.size(), *pixel, target.place});
+            {index, block.lines.size(), target.probes.size(), pixel, target.place});
         for (const Vec3& probe : target.probes)
             block.lines.push_back({probe + lift, geometry_.centre(), target.own_place});
     }
 
-    void sample(const Candidate& candidate, ViewSamples& samples) const {
+    void sample(const Candidate& candidate, float spline_value, ViewSamples& samples,
+                Quads& quads) const {
         const std::size_t i = candidate.target;
-        const auto found = value_of(candidate);
+        const auto found = value_of(candidate, spline_value, quads);
         if (!found) {
             samples.fate[i] = Fate::mask;
             return;
@@ -141,14 +174,15 @@ class ViewProjector {
                 candidate.place, candidate.pixel, sampler_.gradient(candidate.pixel)));
     }
 
-    std::optional<FieldSample> value_of(const Candidate& candidate) const {
+    /// `quads` is room to work in.
+    std::optional<FieldSample> value_of(const Candidate& candidate, float spline_value,
+                                        Quads& quads) const {
         using Sampling = ProjectionOptions::Sampling;
         if (options_.sampling == Sampling::point || !targets_.at_nodes())
-            return sampler_.at(candidate.pixel);
-        std::vector<std::array<Point, 4>> quads;
+            return sampler_.at(candidate.pixel, spline_value);
+        quads.clear();
         double area = 0;
         const Surface& surface = targets_.prepared().surface;
-        const Field& mesh = targets_.prepared().mesh;
         for (const int* face = targets_.faces_begin(candidate.target);
              face != targets_.faces_end(candidate.target); ++face) {
             const auto& corners = surface.triangles[static_cast<std::size_t>(*face)];
@@ -158,16 +192,15 @@ class ViewProjector {
             for (std::size_t c = 0; c < 3; ++c) {
                 const auto vertex = static_cast<std::size_t>(corners[c]);
                 if (vertex == candidate.target) own = c;
-                const auto pixel = geometry_.pixel(mesh.vertices[vertex]);
-                whole &= pixel.has_value();
-                if (pixel) seen[c] = *pixel;
+                seen[c] = pixels_[vertex];
+                whole &= !std::isnan(seen[c].x);
             }
             if (!whole) continue;
             quads.push_back(dual_quad(seen, own));
             area += quad_area(quads.back());
         }
         if (area < point_footprint && options_.sampling == Sampling::automatic)
-            return sampler_.at(candidate.pixel);
+            return sampler_.at(candidate.pixel, spline_value);
         return sampler_.mean(candidate.pixel, quads);
     }
 
@@ -192,6 +225,7 @@ class ViewProjector {
     const ProjectionOptions& options_;
     ViewGeometry geometry_;
     FieldSampler sampler_;
+    std::vector<Point> pixels_;  ///< by vertex of the mesh
     double least_cosine_;
     double lift_;
     Bitmap<float> edges_;
@@ -379,13 +413,9 @@ ProjectionResult project_fields(const PreparedMesh& prepared, double mm_per_unit
         Progress quiet;
         const ViewProjector projector(targets, views[v], mm_per_unit, options, several, quiet);
         ViewSamples& view = samples.emplace_back(targets.count());
-        const auto blocks =
-            static_cast<int>((targets.count() + targets_per_block - 1) / targets_per_block);
-        parallel_rows(blocks, 1, part, [&](int b0, int b1) {
-            for (int b = b0; b < b1; ++b) {
-                const auto begin = static_cast<std::size_t>(b) * targets_per_block;
-                projector.run(begin, std::min(begin + targets_per_block, targets.count()), view);
-            }
+        parallel_rows(blocks_of(targets.count()), 1, part, [&](int b0, int b1) {
+            for (int b = b0; b < b1; ++b)
+                projector.run(first_of(b), std::min(first_of(b + 1), targets.count()), view);
         });
         result.counts.push_back(count(view));
     }
