@@ -51,7 +51,11 @@ class TecplotNumbers {
 class TecplotReader {
   public:
     TecplotReader(const std::filesystem::path& file, const std::string& bytes, Progress& progress)
-        : file_(file), text_(file, bytes, progress), mesh_(file) {}
+        : file_(file),
+          bytes_(bytes),
+          progress_(progress),
+          text_(file, bytes, progress),
+          mesh_(file) {}
 
     field_data<double> read() {
         std::size_t zones = 0;
@@ -138,12 +142,25 @@ class TecplotReader {
         return cells;
     }
 
+    static std::int64_t shared_from(const TecplotZone& zone, std::size_t variable) {
+        return variable < zone.shared.size() ? zone.shared[variable] : 0;
+    }
+
     /// Puts the first `kept` of the zone's nodes (cells) behind those of earlier zones.
     void read_values(const TecplotZone& zone, std::size_t nodes, std::size_t cells,
                      std::size_t kept, std::size_t kept_cells) {
+        ZonePlace& place = zones_.emplace_back();
+        for (const std::vector<double>& values : values_)
+            place.first.push_back(values.size());
+        place.nodes = kept;
+        place.cells = kept_cells;
+        const auto own = [&](std::size_t v) { return shared_from(zone, v) == 0; };
+        for (std::size_t v = 0; v < names_.size(); ++v)
+            if (!own(v)) share_values(shared_from(zone, v), v);
         TecplotNumbers numbers(text_);
         if (zone.block) {
             for (std::size_t v = 0; v < names_.size(); ++v) {
+                if (!own(v)) continue;
                 const std::size_t count = cells_[v] ? cells : nodes;
                 const std::size_t wanted = cells_[v] ? kept_cells : kept;
                 for (std::size_t i = 0; i < count; ++i)
@@ -153,8 +170,30 @@ class TecplotReader {
             return;
         }
         for (std::size_t i = 0; i < nodes; ++i)
-            for (std::size_t v = 0; v < names_.size(); ++v)
+            for (std::size_t v = 0; v < names_.size(); ++v) {
+                if (!own(v)) continue;
                 if (const double value = numbers.next(); i < kept) values_[v].push_back(value);
+            }
+    }
+
+    /// A header of a few letters may ask for as many numbers as an earlier zone has: all of them
+    /// together may be no more than the file has bytes.
+    void count_shared(std::size_t numbers) {
+        shared_ += numbers;
+        if (shared_ > bytes_.size()) text_.refuse("its zones share more data than the file has");
+    }
+
+    void share_values(std::int64_t from, std::size_t v) {
+        const ZonePlace& source = zones_[static_cast<std::size_t>(from) - 1];
+        const ZonePlace& own = zones_.back();
+        const std::size_t count = cells_[v] ? own.cells : own.nodes;
+        if (count != (cells_[v] ? source.cells : source.nodes))
+            text_.refuse("'" + names_[v] + "' is shared with a zone of another size");
+        count_shared(count);
+        std::vector<double>& values = values_[v];
+        values.reserve(values.size() + count);
+        for (std::size_t i = 0; i < count; ++i)
+            values.push_back(values[source.first[v] + i]);
     }
 
     void read_elements(const TecplotZone& zone, std::int64_t first, std::int64_t nodes,
@@ -163,11 +202,30 @@ class TecplotReader {
                                   : zone.kind == Kind::triangles ? 3
                                                                  : 4;
         mesh_.begin_zone(zone.name);
+        ZonePlace& place = zones_.back();
+        place.sides = sides;
+        place.elements_at = text_.place();
+        if (zone.shared_elements == 0) {
+            add_elements(text_, sides, first, nodes, elements);
+            return;
+        }
+        const ZonePlace& source = zones_[static_cast<std::size_t>(zone.shared_elements) - 1];
+        if (source.sides != sides || source.cells != place.cells)
+            text_.refuse("the elements are shared with a zone of another kind or size");
+        count_shared(sides * place.cells);
+        place.elements_at = source.elements_at;
+        TextScanner again(file_, bytes_, progress_);
+        again.skip(source.elements_at);
+        add_elements(again, sides, first, nodes, elements);
+    }
+
+    void add_elements(TextScanner& text, std::size_t sides, std::int64_t first, std::int64_t nodes,
+                      std::int64_t elements) {
         std::vector<std::int64_t> corners;
         for (std::int64_t e = 0; e < elements; ++e) {
             corners.resize(sides);
             for (std::int64_t& corner : corners)
-                corner = first + text_.whole(1, nodes) - 1;
+                corner = first + text.whole(1, nodes) - 1;
             if (sides == 4 && corners[3] == corners[2]) corners.pop_back();
             mesh_.add_cell(corners);
         }
@@ -182,9 +240,22 @@ class TecplotReader {
 
     static constexpr std::int64_t most_numbers = std::int64_t{1} << 40;
 
+    /// Where a zone's numbers are, for zones that share them.
+    struct ZonePlace {
+        std::vector<std::size_t> first;  ///< by variable, in values_
+        std::size_t nodes = 0;
+        std::size_t cells = 0;
+        std::size_t elements_at = 0;  ///< in the text
+        std::size_t sides = 0;        ///< of an element; 0 of an ordered zone
+    };
+
     const std::filesystem::path& file_;
+    const std::string& bytes_;
+    Progress& progress_;
     TextScanner text_;
     MeshBuilder mesh_;
+    std::vector<ZonePlace> zones_;
+    std::size_t shared_ = 0;  ///< numbers
     std::vector<std::string> names_;
     std::vector<bool> cells_;
     std::vector<std::vector<double>> values_;

@@ -1,6 +1,7 @@
 #include "plugins/tecplot/tecplot_header.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "core/ascii.h"
 #include "core/numbers.h"
@@ -47,51 +48,75 @@ std::int64_t read_size(TextScanner& text) {
     return *number;
 }
 
-/// "([4-5,7]=CELLCENTERED)" or "(NODAL, CELLCENTERED)".
-std::vector<bool> cell_variables(const TextScanner& text, const std::string& value) {
+/// What a list says of each variable, "([4-5,7]=CELLCENTERED)" or "(NODAL, CELLCENTERED)"; nothing
+/// for those that it does not name, and an empty text for "([1-3])".
+std::vector<std::optional<std::string>> by_variable(const TextScanner& text, const std::string& key,
+                                                    const std::string& value) {
     constexpr int most_variables = 10'000;
-    std::vector<bool> at_cells;
+    std::vector<std::optional<std::string>> said;
+    if (value.size() < 2) text.refuse(key + " is no list");
     std::string inner = upper(value.substr(1, value.size() - 2));
     std::erase_if(inner, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
-    const auto take = [&](std::string_view list, std::size_t& at) {
-        const std::size_t end = std::min(list.find_first_of(",-]=", at), list.size());
-        const auto number = parse_int(list.substr(at, end - at));
+    const auto take = [&](std::size_t& at) {
+        const std::size_t end = std::min(inner.find_first_of(",-]=", at), inner.size());
+        const auto number = parse_int(std::string_view(inner).substr(at, end - at));
         if (!number || *number < 1 || *number > most_variables)
-            text.refuse("VARLOCATION names no variable");
+            text.refuse(key + " names no variable");
         at = end;
         return static_cast<std::size_t>(*number);
     };
-    std::size_t at = 0;
     std::size_t position = 0;
-    while (at < inner.size()) {
+    for (std::size_t at = 0; at < inner.size();) {
+        std::vector<std::size_t> named;
         if (inner[at] == '[') {
-            std::vector<std::size_t> named;
             ++at;
             while (at < inner.size() && inner[at] != ']') {
-                const std::size_t first = take(inner, at);
+                const std::size_t first = take(at);
                 std::size_t last = first;
-                if (at < inner.size() && inner[at] == '-') last = take(inner, ++at);
+                if (at < inner.size() && inner[at] == '-') last = take(++at);
                 for (std::size_t v = first; v <= last; ++v)
                     named.push_back(v - 1);
+                if (named.size() > most_variables) text.refuse(key + " is too long");
                 if (at < inner.size() && inner[at] == ',') ++at;
             }
-            at = std::min(at + 2, inner.size());  // "]="
-            const std::size_t end = std::min(inner.find(',', at), inner.size());
-            const bool cells = inner.compare(at, end - at, "CELLCENTERED") == 0;
-            for (const std::size_t v : named) {
-                at_cells.resize(std::max(at_cells.size(), v + 1));
-                at_cells[v] = cells;
-            }
-            at = end + 1;
+            at = std::min(at + 1, inner.size());
+            if (at < inner.size() && inner[at] == '=') ++at;
         } else {
-            const std::size_t end = std::min(inner.find(',', at), inner.size());
-            at_cells.resize(std::max(at_cells.size(), position + 1));
-            at_cells[position++] = inner.compare(at, end - at, "CELLCENTERED") == 0;
-            if (position > most_variables) text.refuse("VARLOCATION is too long");
-            at = end + 1;
+            if (position >= most_variables) text.refuse(key + " is too long");
+            named.push_back(position++);
         }
+        const std::size_t end = std::min(inner.find(',', at), inner.size());
+        for (const std::size_t v : named) {
+            said.resize(std::max(said.size(), v + 1));
+            said[v] = inner.substr(at, end - at);
+        }
+        at = end + 1;
     }
+    return said;
+}
+
+std::vector<bool> cell_variables(const TextScanner& text, const std::string& value) {
+    std::vector<bool> at_cells;
+    for (const auto& place : by_variable(text, "VARLOCATION", value))
+        at_cells.push_back(place == "CELLCENTERED");
     return at_cells;
+}
+
+/// A zone before this one, by its number; without one the zone just before.
+std::int64_t earlier_zone(const TextScanner& text, const std::string& key, const std::string& value,
+                          std::size_t number) {
+    const auto last = static_cast<std::int64_t>(number) - 1;
+    const std::int64_t zone = value.empty() ? last : parse_int(value).value_or(0);
+    if (zone < 1 || zone > last) text.refuse(key + " names no zone before this one");
+    return zone;
+}
+
+std::vector<std::int64_t> shared_variables(const TextScanner& text, const std::string& value,
+                                           std::size_t number) {
+    std::vector<std::int64_t> shared;
+    for (const auto& zone : by_variable(text, "VARSHARELIST", value))
+        shared.push_back(zone ? earlier_zone(text, "VARSHARELIST", *zone, number) : 0);
+    return shared;
 }
 
 void set_type(const TextScanner& text, const std::string& value, TecplotZone& zone) {
@@ -175,8 +200,6 @@ TecplotZone read_tecplot_zone(TextScanner& text, std::size_t number) {
             text.line();
             continue;
         }
-        if (key.ends_with("SHARELIST") || key == "CONNECTIVITYSHAREZONE")
-            text.refuse(key + ": zones that share data with others are not read");
         if (key == "I")
             zone.i = read_size(text);
         else if (key == "J")
@@ -193,8 +216,12 @@ TecplotZone read_tecplot_zone(TextScanner& text, std::size_t number) {
             set_type(text, value, zone);
         else if (key == "F" || key == "DATAPACKING")
             set_packing(text, value, zone);
-        else if (key == "VARLOCATION" && value.size() > 1)
+        else if (key == "VARLOCATION")
             zone.at_cells = cell_variables(text, value);
+        else if (key == "VARSHARELIST")
+            zone.shared = shared_variables(text, value, number);
+        else if (key == "CONNECTIVITYSHAREZONE")
+            zone.shared_elements = earlier_zone(text, key, value, number);
     }
     return zone;
 }

@@ -20,6 +20,9 @@ struct TecplotZone {
     std::int64_t nodes = 0;
     std::int64_t elements = 0;
     std::vector<bool> at_cells;  ///< by variable; short: the rest is at nodes
+    /// By variable: number of the zone, from 1, whose values these are; 0 or short: they follow.
+    std::vector<std::int64_t> shared;
+    std::int64_t shared_elements = 0;  ///< the same for the corners of the elements
 };
 
 /// The variables' names, from after the word VARIABLES.

@@ -1,6 +1,7 @@
 #include "plugins/vtk/vtk_cells.h"
 
 #include <algorithm>
+#include <span>
 
 #include "core/log.h"
 #include "plugins/support/refusal.h"
@@ -30,6 +31,7 @@ class Assembly {
         const std::size_t points = mesh_.vertex_count() - first;
         add_ghosts(piece, points);
         const std::size_t first_cell = mesh_.offered_cells();
+        take_strips_apart(piece);
         if (structured)
             mesh_.add_structured("grid " + std::to_string(++grids_),
                                  static_cast<int>(piece.size[0]), static_cast<int>(piece.size[1]),
@@ -100,23 +102,18 @@ class Assembly {
     }
 
     void add_cells(VtkPiece& piece, std::int64_t first_point) {
-        if (piece.types.size() != piece.ends.size())
-            refuse(file_, "the cells and their types are not equally many");
+        if (piece.types.size() != piece.ends.size()) wrong_types();
         const auto zones = std::ranges::find(piece.cell_data, vtk_names::zone, &VtkArray::name);
         const bool by_zone =
             zones != piece.cell_data.end() && zones->values.size() == piece.ends.size();
         std::vector<std::int64_t> corners;
-        std::int64_t begin = 0;
+        std::size_t begin = 0;
         for (std::size_t c = 0; c < piece.ends.size(); ++c) {
-            const std::int64_t end = piece.ends[c];
-            if (end < begin || end > static_cast<std::int64_t>(piece.connectivity.size()))
-                refuse(file_,
-                       "cell " + std::to_string(c + 1) + " ends outside of the cells' points");
-            const auto points = piece.connectivity.begin();
-            corners.assign(points + begin, points + end);
+            const std::span<const std::int64_t> points = corners_of(piece, c, begin);
+            begin += points.size();
+            corners.assign(points.begin(), points.end());
             for (std::int64_t& corner : corners)
                 corner = corner < 0 ? corner : corner + first_point;
-            begin = end;
             if (by_zone && (c == 0 || zones->values[c] != zones->values[c - 1]))
                 mesh_.begin_zone(zone_name(zones->values[c]));
             add_cell(piece.types[c], corners);
@@ -124,10 +121,60 @@ class Assembly {
         if (by_zone) piece.cell_data.erase(zones);
     }
 
+    /// Each strip becomes its triangles, every second one turned, with the values of the strip.
+    void take_strips_apart(VtkPiece& piece) const {
+        if (std::ranges::find(piece.types, vtk_types::strip) == piece.types.end()) return;
+        if (piece.types.size() != piece.ends.size()) wrong_types();
+        VtkPiece flat;
+        std::vector<std::size_t> cell_of;
+        const auto add = [&](int type, std::size_t cell, const auto& corners) {
+            flat.connectivity.insert(flat.connectivity.end(), corners.begin(), corners.end());
+            flat.ends.push_back(static_cast<std::int64_t>(flat.connectivity.size()));
+            flat.types.push_back(type);
+            cell_of.push_back(cell);
+        };
+        std::size_t begin = 0;
+        for (std::size_t c = 0; c < piece.ends.size(); ++c) {
+            const std::span<const std::int64_t> corners = corners_of(piece, c, begin);
+            begin += corners.size();
+            if (piece.types[c] != vtk_types::strip)
+                add(piece.types[c], c, corners);
+            else
+                for (std::size_t i = 0; i + 2 < corners.size(); ++i)
+                    add(vtk_types::triangle, c,
+                        std::array{corners[i], corners[i + 1 + i % 2], corners[i + 2 - i % 2]});
+        }
+        for (VtkArray& array : piece.cell_data) {
+            const auto components = static_cast<std::size_t>(array.components);
+            if (array.values.size() != piece.ends.size() * components) wrong_length(array);
+            std::vector<double> values;
+            for (const std::size_t cell : cell_of)
+                for (std::size_t k = 0; k < components; ++k)
+                    values.push_back(array.values[cell * components + k]);
+            array.values = std::move(values);
+        }
+        piece.connectivity = std::move(flat.connectivity);
+        piece.ends = std::move(flat.ends);
+        piece.types = std::move(flat.types);
+    }
+
+    [[noreturn]] void wrong_types() const {
+        refuse(file_, "the cells and their types are not equally many");
+    }
+
+    /// The points of cell `c`, which begin there.
+    std::span<const std::int64_t> corners_of(const VtkPiece& piece, std::size_t c,
+                                             std::size_t begin) const {
+        const std::int64_t end = piece.ends[c];
+        if (end < static_cast<std::int64_t>(begin) ||
+            end > static_cast<std::int64_t>(piece.connectivity.size()))
+            refuse(file_, "cell " + std::to_string(c + 1) + " ends outside of the cells' points");
+        return std::span(piece.connectivity).subspan(begin, static_cast<std::size_t>(end) - begin);
+    }
+
     void add_cell(int type, std::vector<std::int64_t>& corners) {
         using namespace vtk_types;
         const bool face = type == triangle || type == polygon || type == quad || type == pixel;
-        if (type == strip) refuse(file_, "triangle strips are not read: take them apart first");
         if (!face && type > polyline)
             refuse(file_, "cells of type " + std::to_string(type) +
                               " are no plane faces: extract the surface first");

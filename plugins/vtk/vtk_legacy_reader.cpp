@@ -35,6 +35,7 @@ class LegacyReader {
         append(vertices_);
         append(lines_);
         append(polygons_);
+        append(strips_);
         std::vector<VtkPiece> pieces;
         pieces.push_back(std::move(piece_));
         return mesh_of(file_, std::move(pieces), {});
@@ -63,7 +64,7 @@ class LegacyReader {
         else if (word == "polygons")
             polygons_ = read_cells(vtk_types::polygon);
         else if (word == "triangle_strips")
-            text_.refuse("triangle strips are not read: take them apart first");
+            strips_ = read_cells(vtk_types::strip);
         else if (word == "cells")
             append(read_cells(0));
         else if (word == "cell_types")
@@ -258,6 +259,7 @@ class LegacyReader {
     Cells vertices_;
     Cells lines_;
     Cells polygons_;
+    Cells strips_;
     std::vector<VtkArray>* data_ = nullptr;
     std::size_t data_count_ = 0;
 };

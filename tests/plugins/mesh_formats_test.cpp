@@ -177,6 +177,46 @@ TEST_F(MeshFiles, TecplotHeadersOfEveryKind) {
     EXPECT_EQ(cells.find("q")->values, (std::vector<double>{5, 6}));
 }
 
+TEST_F(MeshFiles, TecplotZonesThatShareData) {
+    const std::string first =
+        "VARIABLES = X Y Z p q\n"
+        "ZONE N=4, E=2, ZONETYPE=FETRIANGLE, DATAPACKING=BLOCK, VARLOCATION=([5]=CELLCENTERED)\n"
+        "0 1 1 0\n0 0 1 1\n4*2\n1 2 3 4\n5 6\n1 2 3\n1 3 4\n";
+    const std::string second =
+        "ZONE N=4, E=2, ZONETYPE=FETRIANGLE, DATAPACKING=BLOCK, VARLOCATION=([5]=CELLCENTERED), ";
+    const Mesh mesh = read_text("a.any", first + second +
+                                             "VARSHARELIST=([1-2,5]=1, [3]), "
+                                             "CONNECTIVITYSHAREZONE=1\n7 8 9 10\n");
+    ASSERT_EQ(mesh.zones.size(), 2u);
+    for (std::size_t v = 0; v < 4; ++v)
+        EXPECT_EQ(mesh.vertices[4 + v], mesh.vertices[v]);
+    EXPECT_EQ(mesh.triangles,
+              (std::vector<std::array<int, 3>>{{0, 1, 2}, {0, 2, 3}, {4, 5, 6}, {4, 6, 7}}));
+    EXPECT_EQ(mesh.find("p")->values, (std::vector<double>{1, 2, 3, 4, 7, 8, 9, 10}));
+    EXPECT_EQ(mesh.find("q")->values, (std::vector<double>{5, 6, 5, 6}));
+
+    for (const auto& [text, why] : std::vector<std::pair<std::string, std::string>>{
+             {first + second + "VARSHARELIST=([1-3]=2)\n", "VARSHARELIST names no zone"},
+             {first + second + "CONNECTIVITYSHAREZONE=0\n", "names no zone before this one"},
+             {first + "ZONE N=3, E=1, F=FEBLOCK, VARSHARELIST=([1]=1), "
+                      "VARLOCATION=([5]=CELLCENTERED)\n",
+              "'X' is shared with a zone of another size"}}) {
+        const auto error = error_of<FileError>([&, text = text] { read_text("b.any", text); });
+        EXPECT_THAT(error.detail, testing::HasSubstr(why));
+    }
+}
+
+TEST_F(MeshFiles, VtkStripsBecomeTriangles) {
+    const Mesh mesh =
+        read_text("a.any",
+                  "# vtk DataFile Version 3.0\ntitle\nASCII\nDATASET POLYDATA\nPOINTS 5 float\n"
+                  "0 0 0 1 0 0 0 1 0 1 1 0 0 2 0\nTRIANGLE_STRIPS 1 6\n5 0 1 2 3 4\nPOLYGONS 1 4\n"
+                  "3 2 3 4\nCELL_DATA 2\nSCALARS id int\nLOOKUP_TABLE default\n7 8\n");
+    EXPECT_EQ(mesh.triangles,
+              (std::vector<std::array<int, 3>>{{2, 3, 4}, {0, 1, 2}, {1, 3, 2}, {2, 3, 4}}));
+    EXPECT_EQ(mesh.find("id")->values, (std::vector<double>{7, 8, 8, 8}));
+}
+
 TEST_F(MeshFiles, VtkInTextAndOtherEncodings) {
     const Mesh legacy = read_text(
         "a.any",
