@@ -79,24 +79,51 @@ def main():
     return 1 if failures else 0
 
 
-def check_tecplot(path, truth):
-    reader = vtk.vtkTecplotReader()
-    reader.SetFileName(path)
-    reader.Update()
-    blocks = reader.GetOutput()
-    found = sum(blocks.GetBlock(i).GetNumberOfPoints() for i in range(blocks.GetNumberOfBlocks()))
-    failures = 0 if found >= truth.GetNumberOfPoints() - 1 else 1
-    if blocks.GetNumberOfBlocks() == 1:
-        block = blocks.GetBlock(0)
-        failures += 0 if same_as_floats(points(block), points(truth)) else 1
-    print(f"dat: {blocks.GetNumberOfBlocks()} zones, {found} points, {failures} failures")
+def blocks_of(data):
+    return [data.GetBlock(i) for i in range(data.GetNumberOfBlocks())]
+
+
+def joined(blocks, of_block):
+    """What the blocks hold, one after another."""
+    return [row for block in blocks for row in of_block(block)]
+
+
+def value_arrays(truth):
+    """Names of the quantities at the points, in their order; VTK's own marks left out."""
+    arrays = truth.GetPointData()
+    names = [arrays.GetArrayName(i) for i in range(arrays.GetNumberOfArrays())]
+    return [name for name in names if name != "vtkGhostType"]
+
+
+def check_blocks(label, blocks, truth, names, equal):
+    """Points and values of all blocks together; `names` are those that the blocks use."""
+    failures = 0
+    if not equal(joined(blocks, points), points(truth)):
+        print(f"{label}: points differ")
+        failures += 1
+    for name, wanted in zip(names, value_arrays(truth)):
+        found = joined(blocks, lambda block: numbers(block.GetPointData().GetArray(name)))
+        if not equal(found, numbers(truth.GetPointData().GetArray(wanted))):
+            print(f"{label}: {wanted} differs")
+            failures += 1
+    print(f"{label}: {len(blocks)} blocks, {len(joined(blocks, points))} points, "
+          f"{len(names)} arrays, {failures} failures")
     return failures
 
 
 def same_as_floats(a, b):
     """VTK's Tecplot reader keeps 32 bits."""
     return len(a) == len(b) and all(
-        abs(x - y) <= 1e-6 * max(1, abs(y)) for s, t in zip(a, b) for x, y in zip(s, t))
+        abs(x - y) <= 1e-6 * max(1, abs(y)) or (math.isnan(x) and math.isnan(y))
+        for s, t in zip(a, b) for x, y in zip(s, t))
+
+
+def check_tecplot(path, truth):
+    reader = vtk.vtkTecplotReader()
+    reader.SetFileName(path)
+    reader.Update()
+    return check_blocks("dat", blocks_of(reader.GetOutput()), truth, value_arrays(truth),
+                        same_as_floats)
 
 
 def check_plot3d(grid, functions, truth):
@@ -108,14 +135,11 @@ def check_plot3d(grid, functions, truth):
     reader.HasByteCountOff()
     reader.IBlankingOn()
     reader.DoublePrecisionOn()
+    names = [f"function {i}" for i in range(len(value_arrays(truth)))]
+    for name in names:
+        reader.AddFunctionName(name)
     reader.Update()
-    blocks = reader.GetOutput()
-    found = []
-    for i in range(blocks.GetNumberOfBlocks()):
-        found += points(blocks.GetBlock(i))
-    failures = 0 if same(found, points(truth)) else 1
-    print(f"xyz: {blocks.GetNumberOfBlocks()} grids, {len(found)} points, {failures} failures")
-    return failures
+    return check_blocks("xyz", blocks_of(reader.GetOutput()), truth, names, same)
 
 
 if __name__ == "__main__":
