@@ -44,6 +44,12 @@ void MeshBuilder::add_cell(std::span<const std::int64_t> corners) {
     corners_.insert(corners_.end(), corners.begin(), corners.end());
 }
 
+void MeshBuilder::reserve_triangles(std::size_t count) {
+    kept_.reserve(count);
+    cells_.reserve(count);
+    corners_.reserve(3 * count);
+}
+
 void MeshBuilder::add_structured(const std::string& name, int ni, int nj, std::size_t first) {
     zone_ = static_cast<int>(zones_.size());
     zones_.push_back({name, first, ni, nj});
@@ -74,7 +80,8 @@ void MeshBuilder::check_corners() const {
 std::vector<std::size_t> MeshBuilder::order() const {
     std::vector<std::size_t> cells(cells_.size());
     std::iota(cells.begin(), cells.end(), std::size_t{0});
-    std::ranges::stable_sort(cells, {}, [&](std::size_t i) { return cells_[i].zone; });
+    if (!std::ranges::is_sorted(cells_, {}, &Cell::zone))
+        std::ranges::stable_sort(cells, {}, [&](std::size_t i) { return cells_[i].zone; });
     return cells;
 }
 
@@ -108,6 +115,7 @@ void MeshBuilder::make_triangles(const std::vector<std::size_t>& cells) {
 }
 
 void MeshBuilder::arrange_cell_values(const std::vector<std::size_t>& cells) {
+    if (mesh_.quantities.empty()) return;
     std::vector<std::size_t> offered(cells_.size());
     for (std::size_t i = 0; i < kept_.size(); ++i)
         if (kept_[i] >= 0) offered[static_cast<std::size_t>(kept_[i])] = i;

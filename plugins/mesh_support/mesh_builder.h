@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -29,7 +30,9 @@ class MeshBuilder {
     std::vector<std::uint8_t>& blanked() { return mesh_.blanked; }
     std::size_t vertex_count() const { return mesh_.vertices.size(); }
     std::size_t offered_cells() const { return kept_.size(); }
+    const std::array<double, 3>& vertex(std::size_t number) const { return mesh_.vertices[number]; }
     void reserve_vertices(std::size_t count) { mesh_.vertices.reserve(count); }
+    void reserve_triangles(std::size_t count);
 
     /// The mesh; refuses one without faces, and faces of vertices that are not there.
     field_data<double> take();

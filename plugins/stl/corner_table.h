@@ -9,12 +9,12 @@
 
 namespace vyn::plugins {
 
-/// Gives equal corners one vertex. An open hash table of vertex numbers.
+/// Gives equal corners one vertex: an open hash table of the mesh's vertices, all of which it made.
 class CornerTable {
   public:
     CornerTable(MeshBuilder& mesh, std::size_t expected)
         : mesh_(mesh), slots_(std::bit_ceil(2 * expected + 16), -1) {
-        corners_.reserve(expected);
+        mesh_.reserve_vertices(expected);
     }
 
     int number_of(std::array<double, 3> corner) {
@@ -22,12 +22,11 @@ class CornerTable {
             coordinate += 0.0;  // -0 is 0
         std::size_t slot = free_or_equal(corner);
         if (slots_[slot] >= 0) return slots_[slot];
-        if (2 * corners_.size() >= slots_.size()) {
+        if (2 * mesh_.vertex_count() >= slots_.size()) {
             grow();
             slot = free_or_equal(corner);
         }
         slots_[slot] = mesh_.add_vertex(corner[0], corner[1], corner[2]);
-        corners_.push_back(corner);
         return slots_[slot];
     }
 
@@ -40,20 +39,19 @@ class CornerTable {
             hash ^= hash >> 32;
         }
         std::size_t slot = hash & (slots_.size() - 1);
-        while (slots_[slot] >= 0 && corners_[static_cast<std::size_t>(slots_[slot])] != corner)
+        while (slots_[slot] >= 0 && mesh_.vertex(static_cast<std::size_t>(slots_[slot])) != corner)
             slot = (slot + 1) & (slots_.size() - 1);
         return slot;
     }
 
     void grow() {
         slots_.assign(2 * slots_.size(), -1);
-        for (std::size_t i = 0; i < corners_.size(); ++i)
-            slots_[free_or_equal(corners_[i])] = static_cast<std::int32_t>(i);
+        for (std::size_t i = 0; i < mesh_.vertex_count(); ++i)
+            slots_[free_or_equal(mesh_.vertex(i))] = static_cast<std::int32_t>(i);
     }
 
     MeshBuilder& mesh_;
     std::vector<std::int32_t> slots_;
-    std::vector<std::array<double, 3>> corners_;
 };
 
 }  // namespace vyn::plugins

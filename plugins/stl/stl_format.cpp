@@ -29,6 +29,7 @@ field_data<double> read_binary(const std::filesystem::path& file, const std::str
     const std::size_t count = (bytes.size() - header_bytes) / triangle_bytes;
     MeshBuilder mesh(file);
     CornerTable corners(mesh, count / 2);
+    mesh.reserve_triangles(count);
     for (std::size_t t = 0; t < count; ++t) {
         if (t % 65536 == 0) {
             throw_if_aborted(progress);
