@@ -167,6 +167,8 @@ constexpr Target targets[] = {
     {"node_sample", "OpenCV", 0.8, 0.4, 0.25},
     {"project_known", "s", 0.5, 0.2, 0.1, Target::Threads::all},
     {"project_first", "s", 3, 1.5, 0.8, Target::Threads::all},
+    {"frame", "s", 0.06, 0.033, 0.02, Target::Threads::all},
+    {"frame_large", "s", 0.1, 0.06, 0.033, Target::Threads::all},
     {"stl_read", "assimp", 3, 1.5, 1},
 };
 

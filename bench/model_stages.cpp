@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <memory>
 #include <random>
 #include <stdexcept>
 
@@ -10,6 +11,7 @@
 #include "api/image_io.h"
 #include "projection/field_sampler.h"
 #include "projection/view_geometry.h"
+#include "render/model/model_painter.h"
 #include "resect/adjustment.h"
 #include "resect/pairing.h"
 #include "resect/start.h"
@@ -98,6 +100,14 @@ void add_markers(ModelInputs& inputs) {
     std::shuffle(inputs.dots.begin(), inputs.dots.end(), random);
 }
 
+/// Something to colour the faces with.
+std::shared_ptr<field_data<double>::Quantity> constant_values(const field_data<double>& mesh) {
+    auto values = std::make_shared<field_data<double>::Quantity>();
+    for (const auto& place : mesh.vertices)
+        values->values.push_back(place[0]);
+    return values;
+}
+
 }  // namespace
 
 ModelInputs::ModelInputs()
@@ -157,6 +167,17 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
     const auto project = [&inputs](const PreparedMesh& prepared) {
         project_fields(prepared, 1, {inputs.view}, "P", "Pa", {}, silent);
     };
+    const auto frame = [&inputs, faces = std::make_shared<VisibleFaces>(),
+                        values = constant_values(inputs.mesh)](int width, int height) {
+        ModelLook look;
+        look.quantity = values.get();
+        std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) *
+                                          static_cast<std::size_t>(height));
+        faces->draw(inputs.mesh, inputs.prepared.surface,
+                    view_from(30, 30, inputs.mesh, width, height), {}, silent);
+        paint_model(inputs.mesh, inputs.prepared.surface, inputs.prepared.normals, *faces, look,
+                    {pixels.data(), width}, silent);
+    };
     return {{"pose", 1, "pose", pose},
             {"pairing", 1, "pairing", pairing},
             {"visibility", count(inputs.lines), "ray", visibility},
@@ -165,6 +186,8 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
              [&inputs, project] { project(inputs.prepared); }},
             {"project_first", count(inputs.mesh.vertices), "node",
              [&inputs, project] { project(PreparedMesh(inputs.mesh, silent)); }},
+            {"frame", 1, "picture", [frame] { frame(1000, 800); }},
+            {"frame_large", 1, "picture", [frame] { frame(1600, 1000); }},
             {"stl_read", count(inputs.mesh.triangles), "triangle",
              [&inputs] { read_field(inputs.stl, silent); }}};
 }

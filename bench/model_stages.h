@@ -47,6 +47,7 @@ struct ModelStage {
 /// node_sample    node to pixel to value of the masked field, on the calling thread
 /// project_known  the whole projection, mesh and rays being there
 /// project_first  with normals, orientation and rays
+/// frame          a picture of the model, 1000 x 800, view and all; frame_large 1600 x 1000
 /// stl_read       the mesh from a binary STL file
 std::vector<ModelStage> model_stages(const ModelInputs& inputs);
 

@@ -10,6 +10,7 @@
 #include "core/errors.h"
 #include "core/progress.h"
 #include "core/worker.h"
+#include "sample/model_point.h"
 #include "sample/synthetic_point.h"
 #include "scripts/screenshots/scenes.h"
 
@@ -36,6 +37,17 @@ QString make_test_point(const char* name, SyntheticOptions options) {
     return folder;
 }
 
+QString make_model_test_point() {
+    QString folder = QDir::temp().filePath(QStringLiteral("tunnel/model"));
+    QDir(folder).removeRecursively();
+    ModelPointOptions options;
+    options.point.width = 1024;
+    options.point.height = 768;
+    Progress progress;
+    write_model_point(make_model_point(options, progress), folder.toStdString(), progress);
+    return folder;
+}
+
 void play(const Options& options) {
     QStringList only;
     for (const std::string& name : options.only)
@@ -44,13 +56,17 @@ void play(const Options& options) {
     register_plugins("*.2dio");
     register_plugins("*.3dio");
     Worker worker;
-    Theatre theatre{worker, shots, make_test_point("wing", {}),
+    Theatre theatre{worker,
+                    shots,
+                    make_test_point("wing", {}),
                     make_test_point("binary", {.channels = SyntheticOptions::Channels::binary}),
-                    make_test_point("bent", {.order = 1, .bending = 1.5})};
+                    make_test_point("bent", {.order = 1, .bending = 1.5}),
+                    make_model_test_point()};
     play_window(theatre);
     play_dialogs(theatre);
     play_in_situ(theatre);
     play_viewer(theatre);
+    play_model(theatre);
 }
 
 }  // namespace

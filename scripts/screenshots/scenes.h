@@ -15,6 +15,7 @@ struct Theatre {
     QString folder;         ///< of the synthetic test point; its project is project.xml
     QString binary_folder;  ///< of one with two channels
     QString bent_folder;    ///< of one that bends between its markers
+    QString model_folder;   ///< of one with a mesh
 };
 
 /// Reads a project into the data set and the image list.
@@ -33,5 +34,7 @@ void play_dialogs(Theatre& theatre);
 void play_in_situ(Theatre& theatre);
 /// Viewers, fashion dialogs, markers, graphs.
 void play_viewer(Theatre& theatre);
+/// The field on the model.
+void play_model(Theatre& theatre);
 
 }  // namespace vyn::screenshots

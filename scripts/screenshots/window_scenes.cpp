@@ -44,6 +44,7 @@ void open_project(Theatre& theatre, const QString& file) {
     auto job = std::make_shared<Job>();
     ReadProject request;
     request.file = file.toStdString();
+    request.geometry = ReadProject::Geometry::if_named;
     job->append(std::make_unique<ReadProjectTask>(program_session(), std::move(request)));
     run(theatre, job);
 }
