@@ -58,15 +58,23 @@ MeshComparison compare_on_mesh(const Field& field, const Field& truth,
     result.unit = found.unit;
     result.nodes = found.values.size();
 
-    const Field::Quantity* seen = truth.find("seen");
-    result.knows_seen = seen && seen->place == Field::Place::node;
+    std::vector<const std::vector<double>*> seen;
+    for (const Field::Quantity& quantity : truth.quantities)
+        if (quantity.place == Field::Place::node &&
+            (quantity.name == "seen" || quantity.name.starts_with("seen_")))
+            seen.push_back(&quantity.values);
+    result.knows_seen = !seen.empty();
+    const auto all_say = [&](std::size_t node, double what) {
+        return std::ranges::all_of(seen,
+                                   [&](const auto* values) { return (*values)[node] == what; });
+    };
     std::vector<std::uint8_t> kept(result.nodes);
     for (std::size_t i = 0; i < result.nodes; ++i) {
         kept[i] = !std::isnan(found.values[i]);
         result.seen += kept[i];
         if (!result.knows_seen) continue;
-        result.hidden_with_value += kept[i] && seen->values[i] == 0;
-        result.seen_without_value += !kept[i] && seen->values[i] == 1;
+        result.hidden_with_value += kept[i] && all_say(i, 0);
+        result.seen_without_value += !kept[i] && all_say(i, 1);
     }
     for (int i = 0; i < options.edge; ++i)
         shrink(field, kept);

@@ -28,8 +28,8 @@ struct MeshComparison {
     std::size_t worst = 0;  ///< node where that is, from 0
     double truth_min = 0;   ///< over the compared nodes
     double truth_max = 0;
-    /// Where the truth has a quantity "seen" (1 seen, 0 not, else in doubt): values at nodes that
-    /// are not seen, and nodes seen without a value.
+    /// Where the truth has quantities "seen", "seen_2" ... of its cameras (1 seen, 0 not, else in
+    /// doubt): values at nodes that no camera sees, and nodes that all see without a value.
     bool knows_seen = false;
     std::size_t hidden_with_value = 0;
     std::size_t seen_without_value = 0;
