@@ -98,8 +98,8 @@ std::string as_text(const MeshComparison& result, const field_data<double>& fiel
                        number(worst[1]) + ", " + number(worst[2]) + ")\n";
     if (result.knows_seen)
         text += "hidden nodes     " + std::to_string(result.hidden_with_value) +
-                " with a value; visible ones without (slanted, masked) " + std::to_string(result.seen_without_value) +
-                "\n";
+                " with a value; visible ones without (slanted, masked) " +
+                std::to_string(result.seen_without_value) + "\n";
     return text;
 }
 

@@ -86,6 +86,7 @@ ModelMesh model_mesh(int nodes) {
         });
     const int along_chord = rows(250);
     std::vector<double> roots;
+    roots.reserve(static_cast<std::size_t>(along_chord));
     for (int i = 0; i < along_chord; ++i)
         roots.push_back(model_shape::wing_root(between_edges(double(i) / (along_chord - 1))));
     for (const double side : {1.0, -1.0})
