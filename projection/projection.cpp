@@ -258,7 +258,8 @@ class Blending {
         if (with_sigma) add("sigma_pose", unit);
     }
 
-    void blend(std::size_t i) {
+    /// Of one target; `weight` is room to work in.
+    void blend(std::size_t i, std::vector<double>& weight) {
         const bool alone = views_.size() == 1;
         double clearest = 0;
         for (const ViewSamples& view : views_)
@@ -269,7 +270,6 @@ class Blending {
         double best = -1;
         std::size_t best_view = 0;
         int seen = 0;
-        std::vector<double>& weight = weight_;
         weight.assign(views_.size(), 0);
         for (std::size_t v = 0; v < views_.size(); ++v) {
             const ViewSamples& view = views_[v];
@@ -326,7 +326,6 @@ class Blending {
     const std::vector<ViewSamples>& views_;
     const ProjectionOptions& options_;
     bool with_sigma_;
-    std::vector<double> weight_;
 };
 
 ViewCounts count(const ViewSamples& samples) {
@@ -420,8 +419,13 @@ ProjectionResult project_fields(const PreparedMesh& prepared, double mm_per_unit
         result.counts.push_back(count(view));
     }
     Blending blending(samples, name, unit, options, with_sigma);
-    for (std::size_t i = 0; i < targets.count(); ++i)
-        blending.blend(i);
+    Progress quiet;
+    parallel_rows(blocks_of(targets.count()), 1, quiet, [&](int b0, int b1) {
+        std::vector<double> weight;
+        const std::size_t end = std::min(first_of(b1), targets.count());
+        for (std::size_t i = first_of(b0); i < end; ++i)
+            blending.blend(i, weight);
+    });
     result.quantities = std::move(blending.result);
     measure_cover(prepared, result.quantities.front(), result);
     return result;
