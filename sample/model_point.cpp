@@ -152,7 +152,7 @@ std::array<std::vector<Vec3>, 2> wing_edges() {
 }  // namespace
 
 std::string problem_of(const ModelPointOptions& options) {
-    if (const std::string problem = problem_of(options.point); !problem.empty()) return problem;
+    if (std::string problem = problem_of(options.point); !problem.empty()) return problem;
     if (options.mesh_nodes < fewest_nodes || options.mesh_nodes > most_nodes)
         return "a mesh of " + std::to_string(options.mesh_nodes) +
                " nodes: " + std::to_string(fewest_nodes) + " to " + std::to_string(most_nodes) +
