@@ -7,6 +7,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "api/scratch_image.h"
 #include "core/ascii.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
@@ -122,26 +123,47 @@ std::string disk_problem(int os_error) {
     return std::generic_category().message(os_error) + "; ";
 }
 
-/// Runs a writer on a temporary file; its failures name the target instead of that file.
+/// Runs a writer on a file that is not the one the user knows; its failures name that one.
 template <class Write>
-void writing(const fs::path& file, const Write& write) {
-    AtomicFile target(file);
+void writing_to(const fs::path& temporary, const fs::path& known, const Write& write) {
     errno = 0;
     try {
         const UnloggedErrors told_below;
-        write(target.temporary());
+        write(temporary);
     } catch (const std::bad_alloc&) {
-        fail(unwritable, file, "not enough memory");
+        fail(unwritable, known, "not enough memory");
     } catch (const GenericError& error) {
         const std::string problem = disk_problem(errno);
         std::string reason = error.detail.empty() ? error.text : error.detail;
-        const std::string prefix = target.temporary().string() + ": ";
+        const std::string prefix = temporary.string() + ": ";
         if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
-        fail(unwritable, file, problem + reason);
+        fail(unwritable, known, problem + reason);
     } catch (const std::exception& error) {
-        fail(unwritable, file, error.what());
+        fail(unwritable, known, error.what());
     }
+}
+
+/// Replaces the file by what the writer makes.
+template <class Write>
+void writing(const fs::path& file, const Write& write) {
+    AtomicFile target(file);
+    writing_to(target.temporary(), file, write);
     target.commit();
+}
+
+/// The format that the extension names, which can write the picture.
+const ImageFormat& writer_of(const image& picture, const fs::path& file) {
+    picture.check_planes();
+    const auto& format = format_of_extension(get_2dio(), file, &FormatInfo::can_write, unwritable);
+    if (picture.values().empty()) fail(unwritable, file, "the image has no pixels");
+    return format;
+}
+
+/// The picture as files may tell of it.
+image as_told(const image& picture) {
+    image told = picture;
+    if (origin_in_files == OriginInFiles::left_out) told.origin.clear();
+    return told;
 }
 
 }  // namespace
@@ -196,13 +218,18 @@ image read_image(const fs::path& file) {
 
 void write_image(const image& picture, const fs::path& file, const ImageWriteOptions& options,
                  Progress& progress) {
-    picture.check_planes();
-    const auto& format = format_of_extension(get_2dio(), file, &FormatInfo::can_write, unwritable);
-    if (picture.values().empty()) fail(unwritable, file, "the image has no pixels");
-    image written = picture;
-    if (origin_in_files == OriginInFiles::left_out) written.origin.clear();
-    writing(file, [&](const fs::path& temporary) {
-        format.write(written, temporary, options, progress);
+    const ImageFormat& format = writer_of(picture, file);
+    const image told = as_told(picture);
+    writing(file,
+            [&](const fs::path& temporary) { format.write(told, temporary, options, progress); });
+}
+
+void write_scratch_image(const image& picture, const fs::path& scratch, const fs::path& target,
+                         Progress& progress) {
+    const ImageFormat& format = writer_of(picture, scratch);
+    const image told = as_told(picture);
+    writing_to(scratch, target, [&](const fs::path& file) {
+        format.write(told, file, ImageWriteOptions(), progress);
     });
 }
 

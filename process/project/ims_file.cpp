@@ -9,6 +9,7 @@
 #include <zip.h>
 
 #include "api/image_io.h"
+#include "api/scratch_image.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/free_memory.h"
@@ -128,22 +129,6 @@ json read_header(zip_t* archive, const fs::path& file) {
     return header;
 }
 
-/// A failure names the container: nobody knows the file on its way into it.
-void write_stored_image(const image& picture, const fs::path& scratch, const fs::path& file,
-                        Progress& progress) {
-    std::string reason;
-    try {
-        const UnloggedErrors told_below;
-        write_image(picture, scratch, {}, progress);
-        return;
-    } catch (const FileError& error) {
-        reason = error.detail;
-    }
-    const std::string prefix = scratch.string() + ": ";
-    if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
-    throw FileError("Error writing file", file.string() + ": " + reason);
-}
-
 /// Text of a member of a JSON object; empty when absent or of another type.
 std::string text_of(const json& object, const char* member) {
     const auto found = object.find(member);
@@ -255,7 +240,7 @@ void write_ims_strings(const fs::path& file, const ImsData& ims, Progress& progr
         const std::string entry = "images/" + std::to_string(i) + ".imp";
         const auto images_done = static_cast<double>(i);
         SubProgress part(progress, 0.5 * images_done / count, 0.5 * (images_done + 1) / count);
-        write_stored_image(picture, scratch / (std::to_string(i) + ".imp"), file, part);
+        write_scratch_image(picture, scratch / (std::to_string(i) + ".imp"), file, part);
         entries.push_back({{"entry", entry},
                            {"name", picture.name},
                            {"file", picture.file_name},

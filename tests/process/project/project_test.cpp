@@ -332,6 +332,7 @@ TEST_F(ProjectTasks, NewerContainerIsRefused) {
 TEST_F(ProjectTasks, ContainersThatUnpackToTooMuchAreRefused) {
     const std::string one = R"({"entry": "a.imp", "name": "a"})";
     const std::string zeros(std::size_t{80} << 20, '\0');
+    const std::string settings = to_xml(simpleNamedDataSet());
     for (const auto& [images, told] :
          {std::pair{one + "," + one, "names the entry \"a.imp\" twice"},
           {one, "unpacks to 80 MiB"}}) {
@@ -341,7 +342,7 @@ TEST_F(ProjectTasks, ContainersThatUnpackToTooMuchAreRefused) {
         zip_t* archive = zip_open(container.c_str(), ZIP_CREATE, nullptr);
         for (const auto& [name, content] :
              {std::pair<const char*, const std::string&>{"ims.json", header},
-              {"project.xml", header},
+              {"project.xml", settings},
               {"a.imp", zeros}})
             zip_file_add(archive, name,
                          zip_source_buffer(archive, content.data(), content.size(), 0), 0);
