@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QCheckBox>
+#include <QDialogButtonBox>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QInputDialog>
@@ -78,8 +79,9 @@ class Pages : public ProjectTest {
     }
     bool wait_for_text(const char* label, const QString& words) {
         auto* shown = child<ElidedLabel>(label);
-        const bool right = QTest::qWaitFor([&] { return shown->text().contains(words); }, 10000);
-        if (!right) ADD_FAILURE() << label << ": " << shown->text().toStdString();
+        const auto whole = [&] { return shown->text() + QStringLiteral(", ") + shown->note(); };
+        const bool right = QTest::qWaitFor([&] { return whole().contains(words); }, 10000);
+        if (!right) ADD_FAILURE() << label << ": " << whole().toStdString();
         return right;
     }
 
@@ -280,8 +282,11 @@ TEST_F(Pages, DrawnMarkersAreShownAskedForAndSaved) {
     for (const auto& box : driver.boxes)
         EXPECT_THAT(box.text, testing::HasSubstr("in no file and will be lost:\nWind-On\n"));
 
-    driver.expect<QFileDialog>(
-        [this](QFileDialog& dialog) { choose_file(dialog, folder / "drawn.mrk"); });
+    driver.expect<QFileDialog>([this](QFileDialog& dialog) {
+        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+            ->setText(QString::fromStdString(folder / "drawn.mrk"));
+        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+    });
     press("wind_on_mark_save_btn");
     EXPECT_FALSE(drawn());
     EXPECT_TRUE(wait_for_text("wind_on_mark_file", QString::number(count) + " markers"));

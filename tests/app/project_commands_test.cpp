@@ -325,6 +325,7 @@ TEST_F(Projects, ASaveThatFailedIsMadeUpFor) {
     write(vyn_db(), keys::markers_order, 2);
     fs::remove(file);
     fs::create_directory(file);
+    press(warning_caption, QStringLiteral("Yes"));  // it is not as it was: replace it?
     expect_failure();
     action("fileSaveAction").trigger();
     EXPECT_TRUE(vyn_db().modified());

@@ -111,7 +111,7 @@ TEST_F(MarkerFiles, TheStarMeansMarkersInNoFile) {
     EXPECT_TRUE(viewer->isWindowModified()) << "drawn elsewhere";
     choose_file(folder / "saved.mrk");
     trigger("save_markers");
-    EXPECT_FALSE(viewer->isWindowModified());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !viewer->isWindowModified(); }));
 }
 
 TEST_F(MarkerFiles, AFailedSaveSaysSoAndKeepsTheOldFile) {

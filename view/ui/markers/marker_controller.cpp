@@ -100,7 +100,10 @@ void MarkerController::picture_changed() {
     const int width = picture ? picture->width() : 0;
     const int height = picture ? picture->height() : 0;
     const bool same = name == shown_name_ && width == shown_width_ && height == shown_height_;
-    if (same && (!picture || picture->markers == edit_.set())) return;
+    if (same && (!picture || picture->markers == edit_.set())) {
+        Q_EMIT state_changed();  // a file may hold them now
+        return;
+    }
     if (same) {
         // Computed anew, or changed in another viewer: what was here can be had back.
         edit_.replace(picture->markers);
