@@ -38,7 +38,8 @@ image full_image() {
                        true,
                        true,
                        false,
-                       true};
+                       true,
+                       {}};
     return picture;
 }
 

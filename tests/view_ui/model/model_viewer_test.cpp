@@ -1,7 +1,9 @@
 #include "view/ui/model/model_viewer.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QListWidget>
+#include <QMouseEvent>
 #include <QStatusBar>
 #include <QTest>
 #include <cmath>
@@ -60,6 +62,13 @@ class ModelWindow : public testing::Test {
         viewer.show_model(model, {}, QStringLiteral("Model"));
     }
     ModelCanvas& canvas() { return viewer.canvas(); }
+    void drag(QPoint from, QPoint to, Qt::KeyboardModifiers modifiers) {
+        QTest::mousePress(&canvas(), Qt::LeftButton, modifiers, from);
+        QMouseEvent move(QEvent::MouseMove, to, canvas().mapToGlobal(to), Qt::NoButton,
+                         Qt::LeftButton, modifiers);
+        QApplication::sendEvent(&canvas(), &move);
+        QTest::mouseRelease(&canvas(), Qt::LeftButton, modifiers, to);
+    }
 
     std::shared_ptr<const ShownModel> model = cube_model();
     ModelViewer viewer;
@@ -70,17 +79,13 @@ class ModelWindow : public testing::Test {
 TEST_F(ModelWindow, IsTurnedMovedAndZoomedByHand) {
     const ModelView before = canvas().model_view();
     const Vec3 middle{50, 50, 50};
-    QTest::mousePress(&canvas(), Qt::LeftButton, {}, {100, 100});
-    QTest::mouseMove(&canvas(), {150, 80});
-    QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, {150, 80});
+    drag({100, 100}, {150, 80}, {});
     EXPECT_TRUE(near(canvas().model_view(), turned(before, middle, 20, 8)));
     const auto stays = pixel_of(canvas().model_view(), middle);
     EXPECT_NEAR((*stays)[0], (*pixel_of(before, middle))[0], 1e-9);
 
     ModelView view = canvas().model_view();
-    QTest::mousePress(&canvas(), Qt::LeftButton, Qt::ShiftModifier, {100, 100});
-    QTest::mouseMove(&canvas(), {130, 110});
-    QTest::mouseRelease(&canvas(), Qt::LeftButton, Qt::ShiftModifier, {130, 110});
+    drag({100, 100}, {130, 110}, Qt::ShiftModifier);
     EXPECT_TRUE(near(canvas().model_view(), panned(view, 30, 10)));
 
     view = canvas().model_view();

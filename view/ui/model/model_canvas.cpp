@@ -58,13 +58,15 @@ void ModelCanvas::set_lines(std::vector<std::vector<Vec3>> lines) {
 }
 
 void ModelCanvas::set_model_view(const ModelView& view) {
-    change(resized(view, std::max(width(), 1), std::max(height(), 1)));
+    fit([this, view] { return resized(view, std::max(width(), 1), std::max(height(), 1)); });
 }
 
 void ModelCanvas::look_from(double azimuth, double elevation) {
-    if (model_)
-        change(view_from(azimuth, elevation, model_->mesh, std::max(width(), 1),
-                         std::max(height(), 1)));
+    if (!model_) return;
+    fit([this, azimuth, elevation] {
+        return view_from(azimuth, elevation, model_->mesh, std::max(width(), 1),
+                         std::max(height(), 1));
+    });
 }
 
 void ModelCanvas::look_as_camera(std::size_t camera) {
@@ -72,7 +74,14 @@ void ModelCanvas::look_as_camera(std::size_t camera) {
         set_model_view(view_of_camera(model_->mesh.views[camera], model_->mm_per_unit, 1));
 }
 
+void ModelCanvas::fit(std::function<ModelView()> choose) {
+    const ModelView view = choose();
+    change(view);
+    fit_ = std::move(choose);
+}
+
 void ModelCanvas::change(const ModelView& view) {
+    fit_ = nullptr;
     view_ = view;
     stale_ = true;
     update();
@@ -168,7 +177,10 @@ void ModelCanvas::draw_overlays(QPainter& painter) {
 }
 
 void ModelCanvas::resizeEvent(QResizeEvent*) {
-    if (view_.width > 0) change(resized(view_, std::max(width(), 1), std::max(height(), 1)));
+    if (fit_)
+        fit(fit_);
+    else if (view_.width > 0)
+        change(resized(view_, std::max(width(), 1), std::max(height(), 1)));
 }
 
 void ModelCanvas::mousePressEvent(QMouseEvent* event) {

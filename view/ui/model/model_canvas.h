@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -74,6 +75,7 @@ class ModelCanvas : public QWidget {
     void draw_overlays(QPainter& painter);
     const field_data<double>::Quantity* quantity() const;
     Vec3 pivot() const;
+    void fit(std::function<ModelView()> choose);
     void change(const ModelView& view);
 
     std::shared_ptr<const ShownModel> model_;
@@ -81,6 +83,8 @@ class ModelCanvas : public QWidget {
     std::vector<Marker> markers_;
     std::vector<std::vector<Vec3>> lines_;
     ModelView view_;
+    /// Chooses the view anew in a window of another size; none once the user has moved it.
+    std::function<ModelView()> fit_;
     VisibleFaces faces_;  ///< of the picture
     QImage picture_;
     Detail drawn_ = Detail::whole;

@@ -166,11 +166,14 @@ void SectionPanel::draw() {
     };
     if (section_.curves.empty())
         coefficients_->setText(tr("The plane does not meet the model."));
-    else
+    else if (quantity_ == "Cp")
         coefficients_->setText(tr("chord %1   cn %2   ca %3   cm %4   seen %5 %")
                                    .arg(number(loads.chord), number(loads.normal),
                                         number(loads.axial), number(loads.moment),
                                         number(100 * loads.covered_share)));
+    else
+        coefficients_->setText(
+            tr("chord %1   seen %2 %").arg(number(loads.chord), number(100 * loads.covered_share)));
 }
 
 void SectionPanel::write_table(const std::string& file) const {
