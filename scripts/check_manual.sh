@@ -23,6 +23,7 @@ trap 'rm -f "$heads"' EXIT
 awk -f help/heads.awk README.md >"$heads"
 sed -i 's/^README.md/..\/README.md/' "$heads"
 awk -f help/heads.awk help/*.md >>"$heads"
+known_heads=$(cut -f 1,3 "$heads")
 
 
 while IFS=$'\t' read -r page target; do
@@ -39,7 +40,7 @@ while IFS=$'\t' read -r page target; do
     elif [ -n "$anchor" ]; then
         name=$(basename "$path")
         [ "$path" = README.md ] && name=../README.md
-        cut -f 1,3 "$heads" | grep -qxF "$name"$'\t'"$anchor" ||
+        grep -qxF "$name"$'\t'"$anchor" <<<"$known_heads" ||
             report "$page: $target: there is no such head"
     fi
 done < <(links)
