@@ -147,7 +147,7 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
                              hidden = std::vector<std::uint8_t>(inputs.lines.size())]() mutable {
         inputs.prepared.rays.hidden(inputs.lines, hidden);
     };
-    const auto sampler = std::make_shared<const FieldSampler>(inputs.field, 0.5, silent);
+    const auto sampler = std::make_shared<const FieldSampler>(inputs.field, 0.5, 0, silent);
     const auto node_sample = [&inputs, sampler] {
         const ViewGeometry geometry(inputs.view, 1);
         constexpr std::size_t block = 2048;

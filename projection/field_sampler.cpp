@@ -31,6 +31,27 @@ Bitmap<std::uint8_t> valid_pixels(const image& field, Progress& progress) {
     return valid;
 }
 
+Bitmap<std::uint8_t> without_dots(Bitmap<std::uint8_t> valid, const MarkerSet& dots,
+                                  double radius) {
+    if (!(radius > 0)) return valid;
+    for (const Marker& dot : dots.markers) {
+        const auto reach = [radius](double middle, int size) {
+            const auto inside = [size](double at) {
+                return static_cast<int>(std::clamp(at, 0.0, size - 1.0));
+            };
+            return std::pair{inside(std::ceil(middle - radius)),
+                             inside(std::floor(middle + radius))};
+        };
+        if (!std::isfinite(dot.x) || !std::isfinite(dot.y)) continue;
+        const auto [x0, x1] = reach(dot.x, valid.width());
+        const auto [y0, y1] = reach(dot.y, valid.height());
+        for (int y = y0; y <= y1; ++y)
+            for (int x = x0; x <= x1; ++x)
+                if (std::hypot(x - dot.x, y - dot.y) <= radius) valid(x, y) = 0;
+    }
+    return valid;
+}
+
 /// Windows of 4 x 4 pixels from (x - 1, y - 1) that are valid throughout.
 Bitmap<std::uint8_t> smooth_windows(const Bitmap<std::uint8_t>& valid, Progress& progress) {
     const int width = valid.width();
@@ -81,10 +102,10 @@ struct Range {
 
 }  // namespace
 
-FieldSampler::FieldSampler(const image& field, double min_valid, Progress& progress)
+FieldSampler::FieldSampler(const image& field, double min_valid, double dots, Progress& progress)
     : field_(field),
       min_valid_(min_valid),
-      valid_(valid_pixels(field, progress)),
+      valid_(without_dots(valid_pixels(field, progress), field.markers, dots)),
       smooth_(smooth_windows(valid_, progress)),
       spline_(field.values(), field.mask(), 3, SplineEdges::extended, progress),
       evaluation_(spline_) {}

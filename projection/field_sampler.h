@@ -21,8 +21,9 @@ struct FieldSample {
 /// Reads a field at places between its pixels. Excluded and non-finite pixels never enter a value.
 class FieldSampler {
   public:
-    /// The field must outlive it.
-    FieldSampler(const image& field, double min_valid, Progress& progress);
+    /// The field must outlive it. Pixels within `dots` pixels of the field's markers count as
+    /// excluded.
+    FieldSampler(const image& field, double min_valid, double dots, Progress& progress);
     FieldSampler(const FieldSampler&) = delete;
     FieldSampler& operator=(const FieldSampler&) = delete;
 

@@ -57,7 +57,8 @@ class ViewProjector {
           view_(view),
           options_(options),
           geometry_(view, mm_per_unit),
-          sampler_(*view.field, options.min_valid, progress),
+          sampler_(*view.field, options.min_valid,
+                   options.marker_patch > 0 ? options.marker_patch + options.edge_px : 0, progress),
           least_cosine_(std::cos(options.obliqueness * std::numbers::pi / 180)),
           lift_(options.tolerance * targets.prepared().surface.diagonal) {
         project_vertices(progress);

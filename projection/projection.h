@@ -27,6 +27,9 @@ struct ProjectionOptions {
     Blend blend = Blend::weighted;
     double blend_power = 2;  ///< of the cosine
     double feather_px = 10;
+    /// Radius of the dots of the fields' markers, pixels; above 0 they and `edge_px` around them
+    /// are left out.
+    double marker_patch = 0;
 };
 
 /// A field in ideal pixels and where its camera stood. The field lives in pixels made with

@@ -62,6 +62,7 @@ ProjectionOptions projection_options(const dataSetInterface& data) {
     options.blend =
         read(data, keys::resect_blend) == "best" ? Options::Blend::best : Options::Blend::weighted;
     options.blend_power = read(data, keys::resect_blend_power);
+    options.marker_patch = read(data, keys::resect_marker_patch);
     options.feather_px = read(data, keys::resect_feather_px);
     return options;
 }

@@ -79,6 +79,13 @@ TEST_F(ModelSample, GetsThePressureOfItsFormulas) {
     const json away = json_of(inside);
     EXPECT_GT(away.at("count").get<int>(), 4000);
     EXPECT_LT(away.at("rms_percent").get<double>(), 0.5);
+    // Without the dots there is no need to look away from them.
+    output_of({"run", in("s/project.xml"), "--set", "roject/processing/resection/marker_patch=5",
+               "--save-mesh", in("patched.vtp")});
+    const json patched =
+        json_of({"compare", in("patched.vtp"), in("s/truth_mesh.vtp"), "--json", "--edge", "2"});
+    EXPECT_LT(patched.at("rms_percent").get<double>(), 0.5);
+    EXPECT_LT(patched.at("count").get<int>(), everywhere.at("count").get<int>());
 }
 
 /// The picture of the true pressure, projected by the true poses: the projection's own error. Every
