@@ -180,6 +180,7 @@ TEST(PaintDialog, AnOpenedPaintMayTakeTheWindOffRatioFromItsLaw) {
         EXPECT_EQ(read(settings, keys::convert_wind_off_ratio), rule);
         EXPECT_EQ(settings.read(std::string(keys::flow) + "t_unit", std::string()), "C")
             << "test conditions start in the paint's units";
+        EXPECT_EQ(read(settings, keys::in_situ_pressure_unit), "Pa") << "and so do ports";
     }
 }
 
