@@ -67,13 +67,13 @@ QString mesh_filter(bool writing) {
 
 ModelCommands::ModelCommands(Worker& worker, QWidget* window, QMenu& file_menu, QAction* before)
     : QObject(window), worker_(worker), window_(window) {
-    add(file_menu, before, "openMarkers3dAction", tr("Open 3D markers"),
+    add(file_menu, before, "openMarkers3dAction", tr("Open 3D &markers"),
         &ModelCommands::open_markers);
-    add(file_menu, before, "openMeshAction", tr("Open mesh…"), &ModelCommands::open_mesh);
-    resect_ = add(file_menu, before, "resectAction", tr("Resect 3-D"), &ModelCommands::resect);
-    show_ =
-        add(file_menu, before, "showModelAction", tr("Show the model"), &ModelCommands::show_model);
-    save_ = add(file_menu, before, "saveField3dAction", tr("Save 3-D field…"),
+    add(file_menu, before, "openMeshAction", tr("Open mes&h…"), &ModelCommands::open_mesh);
+    resect_ = add(file_menu, before, "resectAction", tr("Resec&t 3-D"), &ModelCommands::resect);
+    show_ = add(file_menu, before, "showModelAction", tr("Sho&w the model"),
+                &ModelCommands::show_model);
+    save_ = add(file_menu, before, "saveField3dAction", tr("Sa&ve 3-D field…"),
                 &ModelCommands::save_field);
     file_menu.insertSeparator(before);
     refresh();
