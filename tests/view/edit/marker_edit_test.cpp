@@ -46,7 +46,7 @@ TEST(MarkerEdit, EveryOperationIsOneStepThatUndoAndRedoRepeat) {
         [](MarkerEdit& edit) { edit.remove(1); },
         [](MarkerEdit& edit) { edit.clear(); },
         [](MarkerEdit& edit) {
-            edit.replace({{marker(1, 2, 3)}, "P", 0, true, true, false, true});
+            edit.replace({{marker(1, 2, 3)}, "P", 0, true, true, false, true, {}});
         },
         [&](MarkerEdit& edit) { EXPECT_TRUE(edit.revise(0, picture, options)); },
     };
