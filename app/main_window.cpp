@@ -18,6 +18,7 @@
 #include "core/ui/icons.h"
 #include "core/ui/window_size.h"
 #include "core/version.h"
+#include "process/page/page_state.h"
 #include "process/point/unsaved_work.h"
 #include "process/project/ims.h"
 
@@ -162,9 +163,13 @@ void VynLiteForm::make_page() {
     ExperimentPage* page = parts_->page.get();
     connect(page, &ExperimentPage::show_image, this,
             [this](const std::string& name, bool flag, const QString& title) {
-                show_image(name, flag, title.toUtf8().constData());
+                if (name == model_result)
+                    parts_->model->show_model();
+                else
+                    show_image(name, flag, title.toUtf8().constData());
             });
     connect(page, &ExperimentPage::result_looked_at, &parts_->viewers, &ViewerWindows::mark);
+    connect(page, &ExperimentPage::result_looked_at, parts_->model, &ModelCommands::mark);
     connect(page, &ExperimentPage::project_changed, this, &VynLiteForm::update_title);
     parts_->widgets.tasks->insertTab(0, page, page->label());
     parts_->widgets.tasks->setCurrentWidget(page);

@@ -11,9 +11,9 @@
 #include "process/model/mesh_tasks.h"
 #include "process/model/model_inputs.h"
 #include "process/model/shown_model.h"
+#include "process/page/page_state.h"
 #include "process/point/project_paths.h"
 #include "process/steps/chain.h"
-#include "process/steps/result_state.h"
 #include "view/ui/model/model_viewer.h"
 
 namespace vyn {
@@ -108,13 +108,14 @@ void ModelCommands::refresh() {
     resect_->setEnabled(mesh);
     show_->setEnabled(mesh);
     save_->setEnabled(values);
-    const ImageState state = ImageStates(session.data, session.images).of_mesh(session.field);
-    const bool old = state.kind == ImageState::Kind::out_of_date;
-    resect_->setStatusTip(!mesh     ? tr("No mesh is loaded: Open mesh…")
-                          : !values ? tr("The mesh has no values yet")
-                          : old     ? tr("The values on the mesh are out of date: %1")
-                                      .arg(QString::fromStdString(state.reason))
-                                : tr("The values on the mesh are up to date"));
+    if (!mesh) resect_->setStatusTip(tr("No mesh is loaded: Open mesh…"));
+    if (mesh && !values) resect_->setStatusTip(tr("The mesh has no values yet"));
+}
+
+void ModelCommands::mark(const std::string& result, bool out_of_date, const QString& why) {
+    if (result != model_result || !save_->isEnabled()) return;
+    resect_->setStatusTip(out_of_date ? tr("The values on the mesh are out of date: %1").arg(why)
+                                      : tr("The values on the mesh are up to date"));
 }
 
 void ModelCommands::follow() {

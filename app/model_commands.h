@@ -40,6 +40,8 @@ class ModelCommands : public QObject {
     void resect();
     void save_field();
     void show_model();
+    /// How the field on the model stands to settings and files.
+    void mark(const std::string& result, bool out_of_date, const QString& why);
 
   Q_SIGNALS:
     /// Settings changed.

@@ -1,5 +1,6 @@
 #include "app/pages/page_watcher.h"
 
+#include "api/field_data.h"
 #include "app/pages/thumbnail.h"
 #include "core/ui/command.h"
 #include "core/worker.h"
@@ -53,9 +54,11 @@ void PageWatcher::look() {
     last_look_ = std::chrono::steady_clock::now();
     seen_settings_ = vyn_db().revision();
     seen_images_ = get_images().revision();
-    pool_.start([this] {
+    // The field is the worker's and the window's, not the pool's.
+    if (idle_flag()) mesh_ = summary_of(get_field_data());
+    pool_.start([this, mesh = mesh_] {
         std::shared_ptr<const PageLook> found;
-        run_logged([&] { found = make_look(); });
+        run_logged([&] { found = make_look(mesh); });
         QMetaObject::invokeMethod(
             this,
             [this, found] {
@@ -67,10 +70,10 @@ void PageWatcher::look() {
     });
 }
 
-std::shared_ptr<const PageLook> PageWatcher::make_look() {
+std::shared_ptr<const PageLook> PageWatcher::make_look(const MeshSummary& mesh) {
     auto look = std::make_shared<PageLook>();
     const imagesList& images = get_images();
-    look->state = page_state(vyn_db(), images);
+    look->state = page_state(vyn_db(), images, mesh);
     for (const auto& picture : images.all())
         look->previews[picture->name] = previews_.get(picture, [this](const image& whole) {
             const bool raw = is_camera_file(whole.name) || whole.name.ends_with("_cor") ||

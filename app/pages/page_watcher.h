@@ -40,13 +40,14 @@ class PageWatcher : public QObject {
 
   private:
     void tick();
-    std::shared_ptr<const PageLook> make_look();
+    std::shared_ptr<const PageLook> make_look(const MeshSummary& mesh);
 
     QTimer timer_;
     QThreadPool pool_;
     const palette_array raw_palette_;
     const palette_array field_palette_;
     PerImage<QImage> previews_;
+    MeshSummary mesh_;
     bool looking_ = false;
     bool again_ = false;
     std::uint64_t seen_settings_ = 0;

@@ -32,8 +32,12 @@ QString words(const ImageState& state) {
 ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("Results"), parent) {
     auto* grid = new QGridLayout(this);
     grid->setVerticalSpacing(2);
-    for (const std::string& image : page_results(type)) {
-        const QString label = QString::fromStdString(image_label(type, image));
+    std::vector<std::string> results = page_results(type);
+    results.emplace_back(model_result);
+    for (const std::string& image : results) {
+        const QString label = image == model_result
+                                  ? tr("Field on the model")
+                                  : QString::fromStdString(image_label(type, image));
         auto* view = icon_button(image + "_view_btn", "thumbnail", tr("View %1").arg(label), this);
         Line line{image,
                   new QLabel(this),

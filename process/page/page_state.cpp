@@ -50,7 +50,8 @@ RowState row_state(const dataSetInterface& data, const imagesList& images, Image
 
 }  // namespace
 
-PageState page_state(const dataSetInterface& data, const imagesList& images) {
+PageState page_state(const dataSetInterface& data, const imagesList& images,
+                     const MeshSummary& mesh) {
     PageState state;
     state.type = experiment_type(data);
     ImageStates states(data, images);
@@ -65,6 +66,8 @@ PageState page_state(const dataSetInterface& data, const imagesList& images) {
     for (const std::string& name : page_results(state.type))
         if (images.find(name) || would_give(name, {data, images}))
             state.results.push_back({name, image_label(state.type, name), states.of(name)});
+    if (mesh.loaded)
+        state.results.push_back({model_result, "Field on the model", states.of_mesh(mesh)});
     state.needs = step_needs(data, images);
     state.remarks = input_remarks(data, images);
     return state;

@@ -20,6 +20,9 @@ struct RowState {
     bool loaded = false;   ///< its image, or the image that it belongs to, is in the list
 };
 
+/// In the place of an image's name: the field on the model's mesh.
+inline constexpr const char* model_result = "field_3d";
+
 struct ResultEntry {
     std::string image;
     std::string label;
@@ -36,6 +39,7 @@ struct PageState {
 };
 
 /// Looks at settings, images and files on disk, which may take its time where those are far away.
-PageState page_state(const dataSetInterface& data, const imagesList& images);
+PageState page_state(const dataSetInterface& data, const imagesList& images,
+                     const MeshSummary& mesh = {});
 
 }  // namespace vyn

@@ -74,8 +74,12 @@ ImageState ImageStates::of(const std::string& name) {
     return compare(name, picture->origin, origin_now(name));
 }
 
-ImageState ImageStates::of_mesh(const field_data<double>& mesh) {
-    if (mesh.quantities.empty()) return {};
+MeshSummary summary_of(const field_data<double>& mesh) {
+    return {mesh.has_data(), !mesh.quantities.empty(), mesh.origin};
+}
+
+ImageState ImageStates::of_mesh(const MeshSummary& mesh) {
+    if (!mesh.has_values) return {};
     if (mesh.origin.empty()) return {ImageState::Kind::unknown, {}};
     const StepView view{data_, images_, /*has_mesh=*/true};
     const StepFacts facts = whole_facts(step_of(StepId::model), view);

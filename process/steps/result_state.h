@@ -22,6 +22,14 @@ struct ImageState {
     std::string reason;  ///< when out of date: what changed, as half a sentence
 };
 
+/// What is to be known of the model's mesh to tell how its values stand.
+struct MeshSummary {
+    bool loaded = false;
+    bool has_values = false;
+    ImageOrigin origin;
+};
+MeshSummary summary_of(const field_data<double>& mesh);
+
 /// Compares what images came from with what they would come from now. It looks at files on disk,
 /// so it belongs on a thread that may wait.
 class ImageStates {
@@ -33,7 +41,7 @@ class ImageStates {
     /// counts as unchanged.
     ImageState of(const std::string& name);
     /// Of the values on the model's mesh; absent where it has none.
-    ImageState of_mesh(const field_data<double>& mesh);
+    ImageState of_mesh(const MeshSummary& mesh);
 
   private:
     ImageState compare(const std::string& name, const ImageOrigin& old,

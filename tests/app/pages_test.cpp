@@ -283,9 +283,9 @@ TEST_F(Pages, DrawnMarkersAreShownAskedForAndSaved) {
         EXPECT_THAT(box.text, testing::HasSubstr("in no file and will be lost:\nWind-On\n"));
 
     driver.expect<QFileDialog>([this](QFileDialog& dialog) {
-        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
-            ->setText(QString::fromStdString(folder / "drawn.mrk"));
-        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+        // Where the folder is listed already, the file proposed is chosen in the list.
+        dialog.selectFile(QString::fromStdString(folder / "drawn.mrk"));
+        choose_file(dialog, folder / "drawn.mrk");
     });
     press("wind_on_mark_save_btn");
     EXPECT_FALSE(drawn());

@@ -6,7 +6,7 @@ namespace vyn {
 
 namespace {
 
-constexpr double cross = 4;  // half its size, widget pixels
+constexpr double arm = 4;  // of the cross, widget pixels
 
 /// The square's outline around whole pixels, whose centres are whole positions.
 QRectF outline(const PixelBox& box, const ViewTransform& transform) {
@@ -34,11 +34,11 @@ void PortOverlay::paint(QPainter& painter, const ViewTransform& transform) const
         for (const QPen& pen : pens) {
             painter.setPen(pen);
             if (side_ > 0) painter.drawRect(square);
-            painter.drawLine(place - QPointF(cross, 0), place + QPointF(cross, 0));
-            painter.drawLine(place - QPointF(0, cross), place + QPointF(0, cross));
+            painter.drawLine(place - QPointF(arm, 0), place + QPointF(arm, 0));
+            painter.drawLine(place - QPointF(0, arm), place + QPointF(0, arm));
         }
         const QString number = QString::number(port.id);
-        const QPointF beside(std::max(square.right(), place.x() + cross) + 3, place.y() - cross);
+        const QPointF beside(std::max(square.right(), place.x() + arm) + 3, place.y() - arm);
         painter.setPen(pens[0]);
         painter.drawText(beside + QPointF(1, 1), number);
         painter.setPen(pens[1]);
