@@ -167,16 +167,17 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
     const auto project = [&inputs](const PreparedMesh& prepared) {
         project_fields(prepared, 1, {inputs.view}, "P", "Pa", {}, silent);
     };
-    const auto frame = [&inputs, faces = std::make_shared<VisibleFaces>(),
-                        values = constant_values(inputs.mesh)](int width, int height) {
-        ModelLook look;
-        look.quantity = values.get();
-        std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) *
-                                          static_cast<std::size_t>(height));
-        faces->draw(inputs.mesh, inputs.prepared.surface,
-                    view_from(30, 30, inputs.mesh, width, height), {}, silent);
-        paint_model(inputs.mesh, inputs.prepared.surface, inputs.prepared.normals, *faces, look,
-                    {pixels.data(), width}, silent);
+    const auto frame = [&inputs, values = constant_values(inputs.mesh)](int width, int height) {
+        return [&inputs, values, width, height, faces = std::make_shared<VisibleFaces>(),
+                view = view_from(30, 30, inputs.mesh, width, height),
+                pixels = std::vector<std::uint32_t>(static_cast<std::size_t>(width) *
+                                                    static_cast<std::size_t>(height))]() mutable {
+            ModelLook look;
+            look.quantity = values.get();
+            faces->draw(inputs.mesh, inputs.prepared.surface, view, {}, silent);
+            paint_model(inputs.mesh, inputs.prepared.surface, inputs.prepared.normals, *faces, look,
+                        {pixels.data(), width}, silent);
+        };
     };
     return {{"pose", 1, "pose", pose},
             {"pairing", 1, "pairing", pairing},
@@ -186,8 +187,8 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
              [&inputs, project] { project(inputs.prepared); }},
             {"project_first", count(inputs.mesh.vertices), "node",
              [&inputs, project] { project(PreparedMesh(inputs.mesh, silent)); }},
-            {"frame", 1, "picture", [frame] { frame(1000, 800); }},
-            {"frame_large", 1, "picture", [frame] { frame(1600, 1000); }},
+            {"frame", 1, "picture", frame(1000, 800)},
+            {"frame_large", 1, "picture", frame(1600, 1000)},
             {"stl_read", count(inputs.mesh.triangles), "triangle",
              [&inputs] { read_field(inputs.stl, silent); }}};
 }
