@@ -53,8 +53,8 @@ struct RayScene::Scene {
 
 RayScene::RayScene(const field_data<double>& mesh, const Surface& surface)
     : scene_(std::make_unique<Scene>()) {
-    // It builds on the threads that all parallel work shares. A number here would hold those down to
-    // it for the whole program, as long as the scene lives.
+    // It builds on the threads that all parallel work shares. A number here would hold those down
+    // to it for the whole program, as long as the scene lives.
     scene_->device.reset(rtcNewDevice("set_affinity=0"));
     if (!scene_->device) throw AlgoError("Algorithm error!", "the ray tracer does not start");
     const RTCDevice device = scene_->device.get();
