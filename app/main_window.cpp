@@ -171,6 +171,7 @@ void VynLiteForm::make_page() {
     connect(page, &ExperimentPage::result_looked_at, &parts_->viewers, &ViewerWindows::mark);
     connect(page, &ExperimentPage::result_looked_at, parts_->model, &ModelCommands::mark);
     connect(page, &ExperimentPage::project_changed, this, &VynLiteForm::update_title);
+    connect(page, &ExperimentPage::project_changed, parts_->model, &ModelCommands::follow);
     parts_->widgets.tasks->insertTab(0, page, page->label());
     parts_->widgets.tasks->setCurrentWidget(page);
 }

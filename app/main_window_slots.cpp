@@ -47,7 +47,6 @@ void VynLiteForm::dir_edit_returnPressed() {
 
 void VynLiteForm::calculateCalculate_AllAction_activated() {
     if (parts_->page && parts_->page->isEnabled()) parts_->page->calculate_all();
-    parts_->model->follow();
     update_title();
 }
 

@@ -120,7 +120,25 @@ void ModelCommands::mark(const std::string& result, bool out_of_date, const QStr
 
 void ModelCommands::follow() {
     refresh();
-    if (viewer_ && program_session().field.has_data()) show_model();
+    if (!viewer_ || !idle_flag()) return;
+    const field_data<double>& field = program_session().field;
+    const auto& shown = viewer_->canvas().model();
+    // The same origin stands for the same values.
+    if (field.has_data() && shown && field.origin != shown->mesh.origin) update_viewer();
+}
+
+bool ModelCommands::update_viewer() {
+    auto task = std::make_unique<ShowModelTask>(program_session());
+    const auto model = task->model();
+    if (run(std::move(task)) != TaskOutcome::done) return false;
+    if (!viewer_) {
+        viewer_ = new ModelViewer;
+        viewer_->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    const QString mesh = QString::fromStdString(
+        std::filesystem::path(read(vyn_db(), keys::mesh_file)).filename().string());
+    viewer_->show_model(model, markers_to_show(*model), tr("Model: %1").arg(mesh));
+    return true;
 }
 
 TaskOutcome ModelCommands::run(std::unique_ptr<Task> task) {
@@ -135,14 +153,14 @@ TaskOutcome ModelCommands::run(std::unique_ptr<Task> task) {
 void ModelCommands::open_mesh_file(const std::string& file) {
     if (run(std::make_unique<OpenMeshTask>(program_session(), file)) != TaskOutcome::done) return;
     Q_EMIT changed();
-    if (viewer_) show_model();
+    if (viewer_) update_viewer();
 }
 
 void ModelCommands::open_markers_file(const std::string& file) {
     if (run(std::make_unique<OpenModelMarkersTask>(program_session(), file)) != TaskOutcome::done)
         return;
     Q_EMIT changed();
-    if (viewer_) show_model();
+    if (viewer_) update_viewer();
 }
 
 void ModelCommands::open_markers() {
@@ -190,16 +208,7 @@ void ModelCommands::save_field() {
 }
 
 void ModelCommands::show_model() {
-    auto task = std::make_unique<ShowModelTask>(program_session());
-    const auto model = task->model();
-    if (run(std::move(task)) != TaskOutcome::done) return;
-    if (!viewer_) {
-        viewer_ = new ModelViewer;
-        viewer_->setAttribute(Qt::WA_DeleteOnClose);
-    }
-    const QString mesh = QString::fromStdString(
-        std::filesystem::path(read(vyn_db(), keys::mesh_file)).filename().string());
-    viewer_->show_model(model, markers_to_show(*model), tr("Model: %1").arg(mesh));
+    if (!update_viewer()) return;
     viewer_->show();
     viewer_->raise();
     viewer_->activateWindow();

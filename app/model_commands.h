@@ -24,9 +24,9 @@ class ModelCommands : public QObject {
     ModelCommands(Worker& worker, QWidget* window, QMenu& file_menu, QAction* before);
     ~ModelCommands() override;
 
-    /// Brings the actions, and the model where it is shown, in line with the project.
+    /// Brings the actions in line with the project.
     void refresh();
-    /// After a computation: the model is shown with its new values where it is shown at all.
+    /// After a computation: the model gets its new values where it is shown.
     void follow();
     ModelViewer* viewer() const;
     void close_viewer();
@@ -49,6 +49,8 @@ class ModelCommands : public QObject {
 
   private:
     TaskOutcome run(std::unique_ptr<Task> task);
+    /// False when the model could not be made ready, which the user was told.
+    bool update_viewer();
     QAction* add(QMenu& menu, QAction* before, const char* name, const QString& text,
                  void (ModelCommands::*slot)());
 

@@ -54,7 +54,9 @@ namespace {
 /// Settings that name a file to read end in "_file" or "/camera"; the program's own outputs and the
 /// project file itself do not belong to the folder in that way.
 bool names_input_file(const std::string& path) {
-    if (path == keys::pressure_file.path || path == keys::pressure_mark_file.path) return false;
+    for (const Key<std::string>& output :
+         {keys::pressure_file, keys::pressure_mark_file, keys::field_3d_file})
+        if (path == output.path) return false;
     return path.ends_with("_file") || path.ends_with("/camera");
 }
 

@@ -83,6 +83,22 @@ std::optional<field_data<double>> read_geometry(const dataSetInterface& data,
                               data);
 }
 
+/// The same; a mesh that was not asked for in so many words keeps no project from being opened.
+std::optional<field_data<double>> read_geometry_if_possible(const dataSetInterface& data,
+                                                            ReadProject::Geometry wanted,
+                                                            TaskContext& context,
+                                                            RunReport& report) {
+    if (wanted != ReadProject::Geometry::if_named) return read_geometry(data, wanted, context);
+    try {
+        const UnloggedErrors told_below;
+        return read_geometry(data, wanted, context);
+    } catch (const FileError& error) {
+        warn(report, WarningKind::settings,
+             "The model's mesh is left out: " + (error.detail.empty() ? error.text : error.detail));
+        return std::nullopt;
+    }
+}
+
 /// The container with the settings, but none of the names in it.
 ImsData anonymous(const dataSetInterface& data, ImsData ims) {
     simpleNamedDataSet settings;
@@ -149,7 +165,8 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     fixMarkersDs(data, read_images);
     for (image& picture : load_images(data, read_images, context))
         read_images.add(std::move(picture));
-    std::optional<field_data<double>> geometry = read_geometry(data, request_.geometry, context);
+    std::optional<field_data<double>> geometry =
+        read_geometry_if_possible(data, request_.geometry, context, report);
     throw_if_aborted(context);
 
     imagesList& images = session_.images;

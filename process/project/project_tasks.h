@@ -21,7 +21,7 @@ bool is_container(const std::filesystem::path& file);
 /// How a project is opened.
 struct ReadProject {
     /// `if_named`: the mesh is read where the project names mesh and markers of it, and nothing is
-    /// said where it does not.
+    /// said where it does not; one that cannot be read is a warning.
     enum class Geometry { leave_out, if_named, read };
     std::filesystem::path file;  ///< .xml or .ims
     Geometry geometry = Geometry::leave_out;

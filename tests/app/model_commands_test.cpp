@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "api/image_io.h"
+#include "app/experiment_page.h"
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "process/point/session.h"
@@ -78,7 +79,12 @@ TEST_F(ModelInTheWindow, IsOpenedComputedShownAndSaved) {
     EXPECT_TRUE(wait_for_state(QStringLiteral("out of date: ")));
     action("resectAction").trigger();
     EXPECT_TRUE(wait_for_state(QStringLiteral("are up to date")));
-    EXPECT_NE(commands().viewer()->canvas().model(), seen);
+    const auto again = commands().viewer()->canvas().model();
+    EXPECT_NE(again, seen);
+    // The page's own command is followed, too.
+    write(vyn_db(), keys::resect_obliqueness, 50.0);
+    window->experiment_page()->calculate_all();
+    EXPECT_NE(commands().viewer()->canvas().model(), again);
     EXPECT_TRUE(all_answered());
     vyn_db().set_modified(false);
 }
@@ -98,6 +104,12 @@ TEST_F(ModelInTheWindow, RefusesOtherFiles) {
     }
     EXPECT_EQ(mesh().vertices.size(), vertices);
     EXPECT_EQ(read(vyn_db(), keys::mesh_mark_file), "markers3d.mrk");
+    vyn_db().set_modified(false);
+    // A mesh that is gone keeps no project from being opened.
+    std::filesystem::remove(folder / "model.vtp");
+    window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    ASSERT_TRUE(window->experiment_page());
+    EXPECT_FALSE(mesh().has_data());
     vyn_db().set_modified(false);
 }
 

@@ -173,11 +173,12 @@ void ModelViewer::show_model(std::shared_ptr<const ShownModel> model, std::vecto
     fill_cameras();
     canvas_->set_markers(std::move(markers));
     canvas_->set_model(model_);
-    if (index < 0 || new_mesh)
+    if (index < 0 || new_mesh) {
         choose_quantity(quantity_->currentText());
-    else
+    } else {
         display();
-    section_->set_model(model_, display_.quantity);
+        section_->set_model(model_, display_.quantity);
+    }
 }
 
 void ModelViewer::fill_zones() {

@@ -85,10 +85,10 @@ SectionPanel::SectionPanel(QWidget* parent)
 SectionPanel::~SectionPanel() = default;
 
 double SectionPanel::low() const {
-    return extent(*model_, static_cast<std::size_t>(axis_->currentIndex())).first;
+    return extents_[static_cast<std::size_t>(axis_->currentIndex())].first;
 }
 double SectionPanel::high() const {
-    return extent(*model_, static_cast<std::size_t>(axis_->currentIndex())).second;
+    return extents_[static_cast<std::size_t>(axis_->currentIndex())].second;
 }
 
 void SectionPanel::set_model(std::shared_ptr<const ShownModel> model, const std::string& quantity) {
@@ -97,6 +97,9 @@ void SectionPanel::set_model(std::shared_ptr<const ShownModel> model, const std:
     if (quantity != quantity_) turned_over_->setChecked(quantity == "Cp");
     quantity_ = quantity;
     if (!model_) return;
+    if (first)
+        for (std::size_t axis = 0; axis < extents_.size(); ++axis)
+            extents_[axis] = extent(*model_, axis);
     if (first)
         set_plane(axis_->currentIndex(), low() + first_share * (high() - low()));
     else

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QWidget>
+#include <array>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "mesh/sections.h"
@@ -48,6 +50,7 @@ class SectionPanel : public QWidget {
     std::shared_ptr<const ShownModel> model_;
     std::string quantity_;
     Section section_;
+    std::array<std::pair<double, double>, 3> extents_{};  ///< of the model along x, y, z
     QComboBox* axis_;
     QSlider* slider_;
     NumberEdit* value_;
