@@ -28,6 +28,12 @@ using ImageOrigin = std::map<std::string, std::string>;
 /// a smooth continuation of the valid pixels around.
 enum class SplineEdges { stored, extended };
 
+/// What an average of frames tells of their noise.
+struct FrameStatistics {
+    int frames = 1;
+    Bitmap<float> variance;  ///< of a single frame at each pixel; NaN where fewer than two tell
+};
+
 /// Everything of an image but its pixels.
 struct ImageAttributes {
     std::string name;
@@ -46,6 +52,8 @@ struct ImageAttributes {
     /// and, when some pixel reached it in any averaged frame, where (1 = saturated).
     double full_scale = 0;
     std::shared_ptr<const Bitmap<std::uint8_t>> saturated;
+    /// Of a picture that was averaged from several frames; null for others.
+    std::shared_ptr<const FrameStatistics> frames;
 };
 
 /// A picture: values, exclusion mask and what belongs to them. Pixel centres lie at whole

@@ -71,6 +71,16 @@ inline constexpr const char* displacement_sigma = "displacement_sigma";
 inline constexpr const char* displacement_left = "displacement_left";
 inline constexpr const char* ratio = "Iref";
 inline constexpr const char* field = "field_P";
+/// Standard deviations of the field's pixels: of everything, of what is common to an area, and of
+/// what averages out over one.
+inline constexpr const char* sigma = "field_P_sigma";
+inline constexpr const char* sigma_common = "field_P_sigma_common";
+inline constexpr const char* sigma_area = "field_P_sigma_area";
+/// By what they come from.
+inline constexpr std::array sigma_terms{"field_P_sigma_noise",        "field_P_sigma_flat",
+                                        "field_P_sigma_registration", "field_P_sigma_lamp",
+                                        "field_P_sigma_temperature",  "field_P_sigma_reference",
+                                        "field_P_sigma_law",          "field_P_sigma_conditions"};
 /// What the program computes: not loaded from files, removed when what it came from changes.
 inline constexpr std::array results{wind_off_sens_cor,
                                     wind_on_sens_cor,
@@ -82,7 +92,18 @@ inline constexpr std::array results{wind_off_sens_cor,
                                     displacement_sigma,
                                     displacement_left,
                                     ratio,
-                                    field};
+                                    field,
+                                    sigma,
+                                    sigma_common,
+                                    sigma_area,
+                                    sigma_terms[0],
+                                    sigma_terms[1],
+                                    sigma_terms[2],
+                                    sigma_terms[3],
+                                    sigma_terms[4],
+                                    sigma_terms[5],
+                                    sigma_terms[6],
+                                    sigma_terms[7]};
 }  // namespace image_names
 
 }  // namespace vyn

@@ -16,6 +16,7 @@ image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t
     result.attributes() = source.attributes();
     result.file_sha256.clear();
     result.origin.clear();
+    result.frames.reset();
     if (frame == PixelFrame::other) {
         result.displacement.reset();
         result.saturated.reset();

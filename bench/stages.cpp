@@ -15,6 +15,7 @@
 #include "api/parallel.h"
 #include "api/pixel_ops.h"
 #include "api/resample.h"
+#include "uncertainty/uncertainty_map.h"
 
 namespace vyn::bench {
 
@@ -79,9 +80,18 @@ Bitmap<float> continued(const image& picture) {
     return values;
 }
 
-image field_of(const Scene& scene, const image& off, const image& on) {
+image ratio_of(const image& off, const image& on) {
     Progress progress;
-    return convert_field(form_ratio(off, on, {}, progress), scene.conversion, progress);
+    return form_ratio(off, on, {}, progress);
+}
+
+image converted(const Scene& scene, const image& ratio) {
+    Progress progress;
+    return convert_field(ratio, scene.conversion, progress);
+}
+
+image field_of(const Scene& scene, const image& off, const image& on) {
+    return converted(scene, ratio_of(off, on));
 }
 
 /// The alignment's mapping and waves of 1 px besides, nodes every 8 pixels: what an alignment by
@@ -120,6 +130,30 @@ image field_of_point(const Scene& scene) {
     const image off = undistorted(scene, corrected(scene, scene.off));
     const image on = aligned(scene, undistorted(scene, corrected(scene, scene.on)));
     return field_of(scene, off, on);
+}
+
+/// The point of `chain_once` as its uncertainty needs it: noise of the camera, its flat field, and
+/// an alignment as sure as a tenth of a pixel.
+UncertaintyMap uncertainty_of(const Inputs& inputs) {
+    const Scene& scene = inputs.scene;
+    UncertainPoint point;
+    point.ratio = &inputs.ratio;
+    point.field = &inputs.field;
+    NoiseLine noise;
+    noise.source = NoiseSource::transfer;
+    noise.offset = 9;
+    noise.slope = 0.5;
+    const RowMap off = ImageMap().then(scene.lens).rows();
+    const RowMap on = ImageMap().then(scene.off_from_on).then(scene.lens).rows();
+    point.pictures = {{&inputs.undistorted_off, off, {}, noise, &scene.flat},
+                      {&inputs.aligned_on, on, {}, noise, &scene.flat}};
+    point.shared = {{.a = 0, .b = 1, .flat_relative = 0.002, .same_dark = false}};
+    point.moved = {{{{1, -1}}, uniform_variance(0.1, scene.size, scene.size)}};
+    point.conversion = scene.conversion;
+    point.law.by_log_ratio = {0, scene.conversion.law.b, 2 * scene.conversion.law.c};
+    point.law.temperature = {1e4, 0, 0, 0, 0};
+    Progress progress;
+    return uncertainty_map(point, progress);
 }
 
 /// `off`, the ground excluded: no paint is as dark.
@@ -236,6 +270,8 @@ Inputs::Inputs(int n)
       undistorted_off(undistorted(scene, corrected_off)),
       undistorted_on(undistorted(scene, corrected_on)),
       aligned_on(aligned(scene, undistorted_on)),
+      ratio(ratio_of(undistorted_off, aligned_on)),
+      field(converted(scene, ratio)),
       filter_source(masked_off(scene)),
       dots(dot_centres(n)),
       dotted(dotted_off(scene, dots)),
@@ -266,6 +302,7 @@ std::vector<Stage> our_stages(Inputs& inputs) {
          [&](Sink& sink) {
              sink.take(field_of(scene, inputs.undistorted_off, inputs.aligned_on));
          }},
+        {"sigma", [&](Sink& sink) { sink.take(uncertainty_of(inputs).total); }},
         {"chain", [&](Sink& sink) { sink.take(field_of_point(scene)); }},
         {"chain_once", [&](Sink& sink) { sink.take(field_of_point_once(scene)); }},
         {"detect", [&](Sink& sink) { sink.take(detected(inputs.dotted)); }},

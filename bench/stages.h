@@ -35,6 +35,8 @@ struct Inputs {
     image undistorted_off;
     image undistorted_on;
     image aligned_on;
+    image ratio;
+    image field;
     image filter_source;              ///< the wind-off image, its ground excluded
     std::vector<Point> dots;          ///< centres of the dots drawn on `dotted`
     image dotted;                     ///< filter_source with dark dots, one per 64 x 64 pixels
@@ -55,6 +57,7 @@ struct Inputs {
 /// polywarp       the same through the alignment's polynomial
 /// mapwarp        the same of a corrected image through a displacement field and the lens together
 /// field_fused    ratio, law and limits in one pass that makes both images: the program keeps them
+/// sigma          the standard deviation of every pixel of the field
 /// medianK, boxK_masked, gaussK_masked, rangeK_masked
 ///                filters on windows of K x K pixels, K = 3, 5, 9 and 15
 /// detect         finding dots all over an image with one per 64 x 64 pixels

@@ -73,6 +73,14 @@ PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeature
         conversion.unit_factor = convert_pressure(1, prepared.paint.pressure_unit, flow.p_unit);
         conversion.unit = flow.p_unit;
     }
+    flowFeatures step = flow;
+    step.static_p += 1;
+    step.wind_on_t += 1;
+    const flowFeatures stepped =
+        in_units(step, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
+    prepared.pressure_factor = stepped.static_p - adjusted.static_p;
+    prepared.temperature_factor = stepped.wind_on_t - adjusted.wind_on_t;
+    prepared.rule = rule;
     prepared.flow_in_paint_units = adjusted;
     return prepared;
 }

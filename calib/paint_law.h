@@ -32,6 +32,10 @@ struct PreparedConversion {
     flowFeatures flow_in_paint_units;  ///< as the numbers enter the law
     paintFeatures paint;               ///< in pascal and Celsius
     const char* message = nullptr;     ///< as in WindOffRatio
+    WindOffRule rule = WindOffRule::law;
+    /// What a difference in the flow's own units is in the law's.
+    double pressure_factor = 1;
+    double temperature_factor = 1;
 };
 /// Converts the paint record to "Pa" and "C", the flow to the paint's units, finds fa and fills the
 /// conversion (without limits).

@@ -2,8 +2,8 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 17>& commands() {
-    static constexpr std::array<Command, 17> table{{
+const std::array<Command, 18>& commands() {
+    static constexpr std::array<Command, 18> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
@@ -21,6 +21,8 @@ const std::array<Command, 17>& commands() {
         {"loads", "forces and moments of a mesh with values", prepare_loads},
         {"mesh", "convert a mesh of the model into another format; say what it holds, check it",
          prepare_mesh},
+        {"noise", "measure a camera's gain and read-out noise from frames of still scenes",
+         prepare_noise},
         {"render", "draw an image in false colour, for papers and reports", prepare_render},
         {"render3d", "draw a mesh with values in false colour", prepare_render3d},
         {"sample", "make a test point whose true field is known", prepare_sample},

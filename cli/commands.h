@@ -42,7 +42,7 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 17>& commands();
+const std::array<Command, 18>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
@@ -57,6 +57,7 @@ Work prepare_section(CLI::App& app, const GlobalOptions& global);
 Work prepare_loads(CLI::App& app, const GlobalOptions& global);
 Work prepare_mesh(CLI::App& app, const GlobalOptions& global);
 Work prepare_markers(CLI::App& app, const GlobalOptions& global);
+Work prepare_noise(CLI::App& app, const GlobalOptions& global);
 Work prepare_render(CLI::App& app, const GlobalOptions& global);
 Work prepare_render3d(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -13,6 +14,7 @@ Burst::Burst(int width, int height, int frames, double full_scale)
     : frames_(frames), full_scale_(full_scale), values_(width, height) {
     if (frames_ == 1) return;
     sums_ = Bitmap<double>(width, height, 0.0);
+    squares_ = Bitmap<double>(width, height, 0.0);
     counts_ = Bitmap<std::uint32_t>(width, height, 0u);
 }
 
@@ -37,10 +39,12 @@ void Burst::note_saturation(int y, const double* values) {
 
 void Burst::accumulate(int y, const double* values) {
     double* sums = sums_.row(y);
+    double* squares = squares_.row(y);
     std::uint32_t* counts = counts_.row(y);
     for (int x = 0, width = values_.width(); x < width; ++x) {
         if (!std::isfinite(values[x])) continue;
         sums[x] += values[x];
+        squares[x] += values[x] * values[x];
         ++counts[x];
     }
 }
@@ -53,6 +57,20 @@ void Burst::average() {
         for (int x = 0, width = values_.width(); x < width; ++x)
             if (counts[x] > 0) values[x] = static_cast<float>(sums[x] / counts[x]);
     }
+}
+
+FrameStatistics Burst::statistics() const {
+    FrameStatistics found;
+    found.frames = frames_;
+    found.variance = Bitmap<float>(sums_.width(), sums_.height());
+    for (int y = 0; y < sums_.height(); ++y)
+        for (int x = 0; x < sums_.width(); ++x) {
+            const double n = counts_(x, y);
+            const double about_mean = squares_(x, y) - sums_(x, y) * sums_(x, y) / n;
+            found.variance(x, y) = n > 1 ? static_cast<float>(std::max(about_mean, 0.0) / (n - 1))
+                                         : std::numeric_limits<float>::quiet_NaN();
+        }
+    return found;
 }
 
 image Burst::take(const std::filesystem::path& file) {
@@ -68,6 +86,7 @@ image Burst::take(const std::filesystem::path& file) {
     image picture(std::move(values_), std::move(mask));
     picture.full_scale = full_scale_;
     picture.saturated = std::move(saturated_);
+    if (frames_ > 1) picture.frames = std::make_shared<const FrameStatistics>(statistics());
     return picture;
 }
 

@@ -10,7 +10,7 @@ namespace vyn::plugins {
 
 /// Turns the frames of a file into one picture: their average in 64-bit. A pixel that is not finite
 /// in some frame is averaged over the others; one that is finite in no frame is excluded and keeps
-/// its value in the last frame.
+/// its value in the last frame. The picture knows how its frames scatter.
 class Burst {
   public:
     /// `full_scale`: largest value that the pixel type can hold; 0 when it has none. A pixel that
@@ -27,11 +27,13 @@ class Burst {
     void note_saturation(int y, const double* values);
     void accumulate(int y, const double* values);
     void average();
+    FrameStatistics statistics() const;
 
     int frames_;
     double full_scale_;
     Bitmap<float> values_;
     Bitmap<double> sums_;           ///< empty for a single frame
+    Bitmap<double> squares_;        ///< likewise
     Bitmap<std::uint32_t> counts_;  ///< of finite frames; empty for a single frame
     std::shared_ptr<Bitmap<std::uint8_t>> saturated_;
 };

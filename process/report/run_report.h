@@ -10,6 +10,7 @@
 #include "api/image.h"
 #include "calib/paint_law.h"
 #include "process/report/warning.h"
+#include "uncertainty/uncertainty_budget.h"
 
 namespace vyn {
 
@@ -39,7 +40,8 @@ struct RunReport {
     std::optional<CorrelationReport> correlation;  ///< of the signal channel, when asked for
     std::optional<ChannelAlignment> channels;      ///< of a point with two channels
     std::optional<PreparedConversion> conversion;
-    bool field = false;              ///< the present field was computed
+    bool field = false;  ///< the present field was computed
+    std::optional<UncertaintyBudget> uncertainty;
     std::string model;               ///< poses and projection on the mesh (JSON); empty: not tried
     std::vector<std::string> steps;  ///< that were run, by their names in the step table
     std::vector<Warning> warnings;

@@ -59,6 +59,24 @@ json conversion_json(const PreparedConversion& prepared) {
             {"wind_on_t", flow.wind_on_t}};
 }
 
+json uncertainty_json(const UncertaintyBudget& budget) {
+    json result{{"unit", budget.unit},          {"noise_source", noise_source_name(budget.noise)},
+                {"median", budget.median},      {"quantile_95", budget.quantile_95},
+                {"largest", budget.largest},    {"shot_noise_floor", budget.shot_noise_floor},
+                {"valid_pixels", budget.valid}, {"too_noisy_pixels", budget.too_noisy},
+                {"not_known", json::array()},   {"terms", json::object()}};
+    if (!budget.registration_source.empty())
+        result["registration"] = {{"source", budget.registration_source},
+                                  {"typical_px", budget.registration_px}};
+    for (const BudgetLine& line : budget.lines)
+        if (line.known)
+            result["terms"][sigma_term_name(line.term)] = {
+                {"rms", line.rms}, {"share", line.share}, {"random", line.random}};
+        else
+            result["not_known"].push_back(sigma_term_name(line.term));
+    return result;
+}
+
 /// Most memory that the process has had in use so far.
 std::int64_t peak_memory_bytes() {
     rusage usage{};
@@ -150,6 +168,7 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     if (report.correlation) result["correlation"] = to_json(*report.correlation);
     if (report.channels) result["channels"] = channels_json(*report.channels);
     if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
+    if (report.uncertainty) result["uncertainty"] = uncertainty_json(*report.uncertainty);
     result["steps"] = report.steps;
     result["warnings"] = json::array();
     for (const Warning& warning : report.warnings)

@@ -5,7 +5,9 @@
 #include "core/keys.h"
 #include "process/point/experiment_type.h"
 #include "process/point/input_files.h"
+#include "process/steps/corrected_pictures.h"
 #include "process/steps/step_table.h"
+#include "process/steps/uncertainty_step.h"
 
 namespace vyn {
 
@@ -37,6 +39,13 @@ void append(std::vector<StepId>& steps, StepId id) {
     for (const StepId earlier : step_of(id).after)
         append(steps, earlier);
     steps.push_back(id);
+}
+
+/// A ratio may have been loaded without the pictures behind it.
+bool has_corrected(const StepView& view) {
+    return std::ranges::all_of(pictures_of_ratio(view), [&](std::size_t i) {
+        return view.images.find(raw_images()[i].corrected_name) != nullptr;
+    });
 }
 
 class StepTask final : public Task {
@@ -77,7 +86,13 @@ std::vector<StepId> steps_of(Goal goal, const StepView& view) {
         goal == Goal::ratio_of_corrected || goal == Goal::ratio || goal == Goal::all;
     if (goal == Goal::displacement) append(steps, StepId::align_correlation);
     if (to_ratio) append(steps, StepId::ratio);
-    if (goal == Goal::field || goal == Goal::all) append(steps, StepId::field);
+    if (goal == Goal::field || goal == Goal::all) {
+        append(steps, StepId::field);
+        if (!uncertainty_wanted(view))
+            steps.push_back(StepId::uncertainty);  // it removes an older one
+        else if (goal == Goal::all || has_corrected(view))
+            append(steps, StepId::uncertainty);
+    }
     if (on_model) steps.push_back(StepId::model);
     return steps;
 }

@@ -24,8 +24,7 @@ using Picture = std::shared_ptr<const image>;
 enum class Sampling { undistorted_again, once };
 
 Sampling sampling_of(dataSetInterface& data) {
-    if (experiment_type(data) != ExperimentType::single) return Sampling::once;
-    return read(data, keys::resample_once) != 0 ? Sampling::once : Sampling::undistorted_again;
+    return samples_twice(data) ? Sampling::undistorted_again : Sampling::once;
 }
 
 std::string size_text(const image& picture) {
@@ -109,6 +108,10 @@ void add_camera_pictures(const StepView& view, StepFacts& facts) {
 }
 
 }  // namespace
+
+bool samples_twice(dataSetInterface& data) {
+    return experiment_type(data) == ExperimentType::single && read(data, keys::resample_once) == 0;
+}
 
 StepFacts ratio_facts(const StepView& view) {
     const dataSetInterface& data = view.data;

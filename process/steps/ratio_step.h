@@ -18,4 +18,7 @@ namespace vyn {
 StepFacts ratio_facts(const StepView& view);
 TaskOutcome form_ratio_image(const StepRun& run);
 
+/// True when the moved pictures are sampled again after their lens is taken out.
+bool samples_twice(dataSetInterface& data);
+
 }  // namespace vyn

@@ -23,6 +23,7 @@ enum class StepId {
     align_correlation,
     ratio,
     field,
+    uncertainty,
     model
 };
 

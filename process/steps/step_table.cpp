@@ -9,6 +9,7 @@
 #include "process/steps/field_step.h"
 #include "process/steps/image_origin.h"
 #include "process/steps/ratio_step.h"
+#include "process/steps/uncertainty_step.h"
 
 namespace vyn {
 
@@ -74,6 +75,12 @@ const std::vector<Step>& step_table() {
          {},
          field_facts,
          calculate_field},
+        {uncertainty,
+         "uncertainty",
+         "the standard deviation of every pixel of the field; only when switched on",
+         {align_markers, align_correlation},
+         uncertainty_facts,
+         calculate_uncertainty},
         {model,
          "put on the model",
          "where the cameras stood, and the field on the mesh; only where a mesh is loaded",

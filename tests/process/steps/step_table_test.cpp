@@ -83,10 +83,16 @@ const std::string align = "project/processing/align/";
 const std::string convert = "project/processing/convert/";
 
 std::vector<std::pair<std::string, any>> everything_on() {
-    return {{align + "filter_enable", any(1)},          {align + "filter_threshold", any(1)},
-            {align + "filter_thinning", any(1)},        {align + "markers_geometry", any(1)},
-            {align + "resample_once", any(1)},          {convert + "threshold", any(1)},
-            {convert + "field", any(std::string("Cp"))}};
+    return {{align + "filter_enable", any(1)},
+            {align + "filter_threshold", any(1)},
+            {align + "filter_thinning", any(1)},
+            {align + "markers_geometry", any(1)},
+            {align + "resample_once", any(1)},
+            {convert + "threshold", any(1)},
+            {convert + "field", any(std::string("Cp"))},
+            {"project/processing/uncertainty/enable", any(1)},
+            {"project/processing/uncertainty/terms", any(1)},
+            {"project/sens_cam/noise_gain", any(2.0)}};
 }
 
 class StepFactsHold : public testing::TestWithParam<Scenario> {
@@ -247,21 +253,24 @@ TEST_P(StepFactsHold, SettingsAndImagesAreThoseOfTheRow) {
 
 INSTANTIATE_TEST_SUITE_P(
     Types, StepFactsHold,
-    testing::Values(
-        Scenario{"single", Channels::single, {}},
-        Scenario{"single_with_everything", Channels::single, everything_on()},
-        Scenario{"single_unaligned", Channels::single, {{align + "markers_enable", any(0)}}},
-        Scenario{"binary", Channels::binary, {{convert + "field", any(std::string("P_Pstat"))}}},
-        Scenario{"binary_with_everything", Channels::binary, everything_on()},
-        Scenario{"lifetime", Channels::lifetime, everything_on()},
-        Scenario{"gates_without_wind_off", Channels::lifetime, {}, true},
-        Scenario{"single_bending", Channels::single, everything_on(), false, 1},
-        Scenario{"single_texture_alone",
-                 Channels::single,
-                 {{align + "markers_enable", any(0)}},
-                 false,
-                 1},
-        Scenario{"binary_bending", Channels::binary, {}, false, 1}),
+    testing::Values(Scenario{"single", Channels::single, {}},
+                    Scenario{"single_with_everything", Channels::single, everything_on()},
+                    Scenario{
+                        "single_unaligned", Channels::single, {{align + "markers_enable", any(0)}}},
+                    Scenario{"binary",
+                             Channels::binary,
+                             {{convert + "field", any(std::string("P_Pstat"))},
+                              {"project/processing/uncertainty/enable", any(1)}}},
+                    Scenario{"binary_with_everything", Channels::binary, everything_on()},
+                    Scenario{"lifetime", Channels::lifetime, everything_on()},
+                    Scenario{"gates_without_wind_off", Channels::lifetime, {}, true},
+                    Scenario{"single_bending", Channels::single, everything_on(), false, 1},
+                    Scenario{"single_texture_alone",
+                             Channels::single,
+                             {{align + "markers_enable", any(0)}},
+                             false,
+                             1},
+                    Scenario{"binary_bending", Channels::binary, {}, false, 1}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(StepTable, GivesEveryResultOnce) {

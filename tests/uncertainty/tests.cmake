@@ -1,0 +1,4 @@
+vyn_tests(uncertainty
+    SOURCES
+        uncertainty_test.cpp
+    LINK vyn_uncertainty)

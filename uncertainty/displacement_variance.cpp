@@ -1,0 +1,153 @@
+#include "uncertainty/displacement_variance.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <Eigen/Dense>
+
+namespace vyn {
+
+namespace {
+
+/// Polynomials of sixth degree over a picture are straight enough over so many pixels.
+constexpr int node_step = 16;
+
+int nodes_over(int pixels) {
+    return (pixels + node_step - 2) / node_step + 1;
+}
+
+/// The terms of a mapping (align/poly_transform.h) about the middle of its points, scaled to +-1.
+class Terms {
+  public:
+    Terms(const std::vector<MarkerPair>& pairs, int count) : count_(count) {
+        for (const MarkerPair& pair : pairs) {
+            centre_.x += pair.reference.x / double(pairs.size());
+            centre_.y += pair.reference.y / double(pairs.size());
+        }
+        for (const MarkerPair& pair : pairs)
+            scale_ = std::max({scale_, std::abs(pair.reference.x - centre_.x),
+                               std::abs(pair.reference.y - centre_.y)});
+    }
+
+    Eigen::VectorXd at(Point place) const {
+        const double x = (place.x - centre_.x) / scale_;
+        const double y = (place.y - centre_.y) / scale_;
+        Eigen::VectorXd all(10);
+        all << 1, x, y, x * y, x * x, y * y, x * x * y, x * y * y, x * x * x, y * y * y;
+        return all.head(count_);
+    }
+
+  private:
+    int count_;
+    Point centre_;
+    double scale_ = 1;
+};
+
+/// Both axes' sums of squared residuals.
+Point squares(const std::vector<Point>& residuals) {
+    Point sum;
+    for (const Point& residual : residuals) {
+        sum.x += residual.x * residual.x;
+        sum.y += residual.y * residual.y;
+    }
+    return sum;
+}
+
+DisplacementVariance on_nodes(const char* source, int width, int height) {
+    DisplacementVariance variance;
+    variance.source = source;
+    variance.step = node_step;
+    variance.x = Bitmap<float>(nodes_over(width), nodes_over(height), 0);
+    variance.y = variance.x;
+    return variance;
+}
+
+void interpolated(const Bitmap<float>& nodes, int step, int n, int row, float* out) {
+    const auto last = [](int count) { return std::max(0, count - 2); };
+    const int r = std::min(row / step, last(nodes.height()));
+    const float fy = nodes.height() < 2 ? 0 : std::min(1.0F, float(row - r * step) / float(step));
+    const float* above = nodes.row(r);
+    const float* below = nodes.row(std::min(r + 1, nodes.height() - 1));
+    const auto at = [&](int c) { return above[c] + fy * (below[c] - above[c]); };
+    for (int c = 0; c * step < n; ++c) {
+        const float left = at(std::min(c, nodes.width() - 1));
+        const float right = at(std::min(c + 1, nodes.width() - 1));
+        const int end = std::min(n, (c + 1) * step);
+        for (int x = c * step; x < end; ++x)
+            out[x] = left + (right - left) * (float(x - c * step) / float(step));
+    }
+}
+
+}  // namespace
+
+void DisplacementVariance::row(int n, int row, float* var_x, float* var_y) const {
+    interpolated(x, step, n, row, var_x);
+    interpolated(y, step, n, row, var_y);
+}
+
+double DisplacementVariance::typical() const {
+    if (!known()) return 0;
+    double sum = 0;
+    for (int r = 0; r < x.height(); ++r)
+        for (int c = 0; c < x.width(); ++c)
+            sum += double(x(c, r)) + double(y(c, r));
+    return std::sqrt(sum / (2.0 * x.width() * x.height()));
+}
+
+DisplacementVariance variance_of_markers(const MarkerMatch& match, double marker_sigma, int width,
+                                         int height) {
+    const int n = match.moved_from_reference.n;
+    const int pairs = static_cast<int>(match.pairs.size());
+    const double of_pair = 2 * marker_sigma * marker_sigma;
+    const Point sse = squares(match.residuals);
+    const bool tells = pairs > n + 2;
+    const auto of_fit = [&](double sum) { return tells ? sum / (pairs - n - 2) : of_pair; };
+    const auto of_model = [&](double sum) {
+        return tells ? std::max(0.0, sum / (pairs - n) - of_pair) : 0.0;
+    };
+    DisplacementVariance variance =
+        on_nodes(tells ? "marker residuals" : "uncertainty of the markers", width, height);
+    const Terms terms(match.pairs, n);
+    Eigen::MatrixXd normal = Eigen::MatrixXd::Zero(n, n);
+    for (const MarkerPair& pair : match.pairs) {
+        const Eigen::VectorXd phi = terms.at({pair.reference.x, pair.reference.y});
+        normal += phi * phi.transpose();
+    }
+    // Where the pairs leave a term open, the mapping keeps the identity's.
+    const Eigen::MatrixXd inverse = normal.completeOrthogonalDecomposition().pseudoInverse();
+    for (int r = 0; r < variance.x.height(); ++r)
+        for (int c = 0; c < variance.x.width(); ++c) {
+            const Eigen::VectorXd phi = terms.at({double(c) * node_step, double(r) * node_step});
+            const double handed_on = n == 0 ? 0 : phi.dot(inverse * phi);
+            variance.x(c, r) = float(of_fit(sse.x) * handed_on + of_model(sse.x));
+            variance.y(c, r) = float(of_fit(sse.y) * handed_on + of_model(sse.y));
+        }
+    return variance;
+}
+
+DisplacementVariance variance_of_correlation(const image& sigma) {
+    DisplacementVariance variance;
+    if (!sigma.displacement) return variance;
+    variance.source = "cross-correlation";
+    variance.step = sigma.displacement->step;
+    const auto squared = [](Bitmap<float> plane) {
+        for (int r = 0; r < plane.height(); ++r)
+            for (int c = 0; c < plane.width(); ++c)
+                plane(c, r) = std::isfinite(plane(c, r)) ? plane(c, r) * plane(c, r) : 0;
+        return plane;
+    };
+    variance.x = squared(sigma.displacement->u);
+    variance.y = squared(sigma.displacement->v);
+    return variance;
+}
+
+DisplacementVariance uniform_variance(double sigma, int width, int height) {
+    if (!(sigma > 0)) return {};
+    DisplacementVariance variance = on_nodes("entered", width, height);
+    const float square = float(sigma * sigma);
+    variance.x = Bitmap<float>(variance.x.width(), variance.x.height(), square);
+    variance.y = variance.x;
+    return variance;
+}
+
+}  // namespace vyn

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vyn {
+
+/// Places of a row's pixels, in 32nd parts of a pixel.
+struct PlaceRow {
+    const std::int32_t* camera;       ///< in the camera's picture
+    const std::int32_t* undistorted;  ///< in the undistorted picture; null unless sampled twice
+};
+
+/// What a row of a picture's noise is made of.
+struct NoiseRow {
+    const float* intensity;  ///< corrected, in the frame of the results
+    const float* flat;       ///< the flat field at the camera's pixels
+    const float* measured;   ///< variance at each pixel; null: by offset and slope
+    float offset;            ///< of the variance over the signal, as in NoiseLine
+    float slope;
+    float relative2;
+    float dark;
+    float filter;  ///< variance of the filter beside its weights
+};
+
+/// A row of two pictures with a common flat field or dark picture.
+struct SharedRow {
+    const float* gain_a;
+    const float* gain_b;
+    const float* intensity_a;
+    const float* intensity_b;
+    const float* flat_a;
+    const float* flat_b;
+    float flat2;  ///< relative variance of the flat field
+    float dark;   ///< variance of the dark picture; 0: each has its own
+};
+
+struct LawRow {
+    float fa;
+    float by_log_ratio[3];
+    double temperature[5];
+    double reference[5];
+    double law[5];
+    float scale;      ///< output unit per unit of the law
+    float shift2;     ///< variance that the same error of all values adds, output unit squared
+    float of_value2;  ///< relative variance of the divisor
+};
+
+/// The same plane's rows y - 1, y and y + 1.
+struct ThreeRows {
+    const float* above;
+    const float* middle;
+    const float* below;
+};
+
+/// Relative variances of a row's ratios.
+struct RatioVarianceRow {
+    const float* noise;
+    const float* noise_white;
+    const float* shot;  ///< of it by photons alone
+    const float* flat;
+    const float* flat_white;
+    const float* registration;
+    float lamp;
+};
+
+constexpr int sigma_rows = 9;  ///< of variances that `combine` writes
+
+struct SigmaKernels {
+    /// Whole 32nd parts nearest to positions in pixels.
+    void (*places)(const double* positions, int n, std::int32_t* parts);
+    /// Number of the phase in tables of `seconds` second phases each, the parts divided by 2^shift.
+    void (*phase)(PlaceRow place, int seconds, int shift, int n, std::int32_t* phase);
+    /// Whole pixel of the first sampling.
+    void (*base)(PlaceRow place, int n, std::int32_t* base);
+    /// The plane's values at the nearest pixels, folded onto its border.
+    void (*nearest)(const float* plane, std::ptrdiff_t stride, int width, int height,
+                    const std::int32_t* x, const std::int32_t* y, int n, float* out);
+    /// gain = table_x[phase_x] * table_y[phase_y]
+    void (*gain)(const float* table_x, const float* table_y, const std::int32_t* phase_x,
+                 const std::int32_t* phase_y, int n, float* out);
+    /// Adds a picture's relative variances; `own` is what it adds to `noise`.
+    void (*noise)(const NoiseRow& row, const float* gain, int n, float* own, float* noise,
+                  float* white, float* shot);
+    /// Multiplies by the entry of one axis' table at the phases of a and b and the whole pixels
+    /// between their bases, up to most_apart of them; 0 beyond.
+    void (*shared)(const float* table, int b_phases, int most_apart, const std::int32_t* phase_a,
+                   const std::int32_t* base_a, const std::int32_t* phase_b,
+                   const std::int32_t* base_b, int n, float* correlation);
+    /// Adds what errors of a common flat field and dark picture make of the ratio.
+    void (*common)(const SharedRow& row, const float* correlation, int n, float* noise,
+                   float* white, float* flat, float* flat_white);
+    /// Adds `sign` times the logarithm's slopes; clears `valid` where a neighbour is excluded.
+    void (*slope)(const float* above, const float* middle, const float* below,
+                  const std::uint8_t* mask_above, const std::uint8_t* mask_middle,
+                  const std::uint8_t* mask_below, float sign, int n, float* along_x, float* along_y,
+                  float* valid);
+    /// Squares the slopes; 0 where they are not valid.
+    void (*squares)(int n, float* along_x, float* along_y, float* valid);
+    /// Adds the variance that uncertain places give: the mean of the squared slopes over 3 x 3
+    /// pixels less `of_difference`, not below 0, times the places' variances.
+    void (*registration)(ThreeRows x, ThreeRows y, ThreeRows valid, const float* of_difference,
+                         const float* var_x, const float* var_y, int n, float* variance);
+    /// Over the row, the same on every instruction set.
+    double (*sum)(const float* row, int n);
+    void (*root)(const float* row, int n, float* out);
+    /// Variances in the output unit squared into `terms`, sigma_rows rows of n: noise, flat,
+    /// registration, lamp, temperature, reference, law, conditions, and photons alone; 0 at
+    /// excluded pixels.
+    void (*combine)(const LawRow& law, const RatioVarianceRow& variances, const float* ratio,
+                    const float* value, const std::uint8_t* mask, int n, float* terms, float* total,
+                    float* common, float* area);
+};
+
+}  // namespace vyn

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "calib/paint_law.h"
+
+namespace vyn {
+
+/// Covariance of the law's nine coefficients, in the order gamma[0][0], gamma[0][1], ...; in the
+/// units of the law.
+using LawCovariance = std::array<std::array<double, 9>, 9>;
+
+/// Standard deviations of what enters the law, in the paint's units.
+struct ConditionSigmas {
+    double wind_on_t = 0;
+    double wind_off_t = 0;
+    double wind_off_p = 0;
+    double static_p = 0;
+    double dynamic_p = 0;
+};
+
+/// A polynomial c[0] + c[1] r + ...
+using Quadratic = std::array<double, 3>;
+using Quartic = std::array<double, 5>;
+
+/// How errors reach the pressure, as polynomials in R' = fa R, in the paint's pressure unit.
+///
+/// P = a + b R' + c R'^2 with a, b and c at the wind-on temperature; where fa solves the law at
+/// wind-off conditions it moves with them and with the coefficients. Derivatives after Liu, Guille
+/// & Sullivan (2001), carried through fa.
+struct LawVariance {
+    Quadratic by_log_ratio{};  ///< dP / d(ln R)
+    Quartic temperature{};     ///< variance by the wind-on temperature
+    Quartic reference{};       ///< by wind-off temperature and pressure, through fa
+    Quartic law{};             ///< by the coefficients
+    bool law_known = false;
+};
+
+/// `covariance` before `law_relative`, a standard deviation over pressure; neither: not known.
+LawVariance law_variance(const PreparedConversion& prepared, const ConditionSigmas& sigmas,
+                         const std::optional<LawCovariance>& covariance, double law_relative);
+
+/// Of the ratio itself: its variance is that of ln R times R^2.
+LawVariance identity_variance();
+
+double value_of(const Quartic& polynomial, double r);
+
+}  // namespace vyn
