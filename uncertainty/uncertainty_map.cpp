@@ -109,15 +109,24 @@ class MapRows {
 
     void operator()(int y0, int y1);
 
+    /// Of one row.
     struct Sums {
         std::array<double, sigma_rows> terms{};
+        float largest = 0;
+        int valid = 0;
+        int too_noisy = 0;
+    };
+    struct AllSums {
+        std::array<double, sigma_rows> terms{};
+        float largest = 0;
         std::int64_t valid = 0;
         std::int64_t too_noisy = 0;
     };
     /// Over all rows, in their order.
-    Sums sums() const {
-        Sums all;
+    AllSums sums() const {
+        AllSums all;
         for (const Sums& row : sums_) {
+            all.largest = std::max(all.largest, row.largest);
             for (std::size_t i = 0; i < all.terms.size(); ++i)
                 all.terms[i] += row.terms[i];
             all.valid += row.valid;
@@ -173,8 +182,9 @@ struct MapRows::Rows {
         const auto size = static_cast<std::size_t>(n);
         for (std::vector<double>* plane : {&x, &y})
             plane->resize(size);
-        for (Floats* plane : {&noise, &white, &shot, &flat, &flat_white, &registration,
-                              &correlation, &of_difference, &var_x, &var_y})
+        for (Floats* plane :
+             {&noise, &white, &shot, &largest, &slope_sums.x, &slope_sums.y, &slope_sums.valid,
+              &flat, &flat_white, &registration, &correlation, &of_difference, &var_x, &var_y})
             plane->resize(size);
         for (std::array<Slopes, 3>& three : slopes)
             for (Slopes& row : three)
@@ -182,13 +192,22 @@ struct MapRows::Rows {
                     plane->resize(size);
         for (Parts* plane : {&phase_a, &phase_b, &base_a, &base_b})
             plane->resize(size);
-        terms.resize(size * sigma_rows);
+        stride = n + 24;
+        terms.resize(static_cast<std::size_t>(stride) * sigma_rows);
     }
 
+    const float* term(std::size_t i) const {
+        return terms.data() + static_cast<std::ptrdiff_t>(i) * stride;
+    }
+
+    std::ptrdiff_t stride = 0;
     std::vector<PictureRow> of_picture;
     std::vector<double> x, y;
-    Floats noise, white, shot, flat, flat_white, registration, correlation, of_difference, var_x,
-        var_y, terms;
+    NoiseSums sums() { return {noise.data(), white.data(), shot.data(), largest.data()}; }
+
+    Slopes slope_sums;
+    Floats noise, white, shot, largest, flat, flat_white, registration, correlation, of_difference,
+        var_x, var_y, terms;
     std::vector<std::array<Slopes, 3>> slopes;  ///< of the rows y - 1, y and y + 1
     std::vector<int> slopes_of;                 ///< that y
     Parts phase_a, phase_b, base_a, base_b;
@@ -196,10 +215,6 @@ struct MapRows::Rows {
 
 void MapRows::place(const RowMap& map, int y, Rows& rows, Parts& x_out, Parts& y_out) const {
     map(0, width_, y, rows.x.data(), rows.y.data());
-    for (std::vector<double>* plane : {&rows.x, &rows.y})
-        for (double& position : *plane)
-            // a lens that diverges shows the pixel nowhere; it is excluded
-            position = std::abs(position) < 1e6 ? position : 0;
     kernels_.places(rows.x.data(), width_, x_out.data());
     kernels_.places(rows.y.data(), width_, y_out.data());
 }
@@ -241,8 +256,7 @@ void MapRows::picture_row(std::size_t i, int y, Rows& rows) const {
                          static_cast<float>(line.relative * line.relative),
                          static_cast<float>(line.dark),
                          tables.filter};
-    kernels_.noise(noise, row.gain.data(), width_, row.own.data(), rows.noise.data(),
-                   rows.white.data(), rows.shot.data());
+    kernels_.noise(noise, row.gain.data(), width_, rows.sums(), row.own.data());
 }
 
 PlaceRow MapRows::place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const {
@@ -279,8 +293,8 @@ void MapRows::shared_row(std::size_t pair, int y, Rows& rows) const {
                         b.flat.data(),
                         static_cast<float>(what.flat_relative * what.flat_relative),
                         what.same_dark ? float(point_.pictures[what.a].noise.dark) : 0.0F};
-    kernels_.common(row, rows.correlation.data(), width_, rows.noise.data(), rows.white.data(),
-                    rows.flat.data(), rows.flat_white.data());
+    kernels_.common(row, rows.correlation.data(), width_, rows.sums(), rows.flat.data(),
+                    rows.flat_white.data());
 }
 
 void MapRows::slopes(const MovedPictures& moved, int y, Slopes& slopes) const {
@@ -318,13 +332,17 @@ void MapRows::registration_row(std::size_t i, int y, Rows& rows) const {
         for (std::size_t x = 0; x < own.size(); ++x)
             rows.of_difference[x] += own[x] / 2;
     }
-    const auto rows_of = [&](Floats Slopes::*plane) {
-        return ThreeRows{(three[0].*plane).data(), (three[1].*plane).data(),
-                         (three[2].*plane).data()};
+    const auto column_sums = [&](Floats Slopes::*plane) {
+        kernels_.column_sums(
+            {(three[0].*plane).data(), (three[1].*plane).data(), (three[2].*plane).data()}, width_,
+            (rows.slope_sums.*plane).data());
     };
-    kernels_.registration(rows_of(&Slopes::x), rows_of(&Slopes::y), rows_of(&Slopes::valid),
-                          rows.of_difference.data(), rows.var_x.data(), rows.var_y.data(), width_,
-                          rows.registration.data());
+    for (Floats Slopes::*plane : {&Slopes::x, &Slopes::y, &Slopes::valid})
+        column_sums(plane);
+    kernels_.registration(
+        {rows.slope_sums.x.data(), rows.slope_sums.y.data(), rows.slope_sums.valid.data()},
+        rows.of_difference.data(), rows.var_x.data(), rows.var_y.data(), width_,
+        rows.registration.data());
 }
 
 void MapRows::count(int y, const Rows& rows) {
@@ -332,24 +350,19 @@ void MapRows::count(int y, const Rows& rows) {
     const std::uint8_t* mask = point_.field->mask().row(y);
     for (int term = 0; term < sigma_rows; ++term)
         sums.terms[static_cast<std::size_t>(term)] =
-            kernels_.sum(rows.terms.data() + std::ptrdiff_t{term} * width_, width_);
-    for (int x = 0; x < width_; ++x)
-        sums.valid += mask[x] == 0 ? 1 : 0;
-    constexpr float largest = 0.1F * 0.1F;
-    for (int x = 0; x < width_; ++x) {
-        bool noisy = false;
-        for (const PictureRow& row : rows.of_picture)
-            noisy = noisy || row.own[static_cast<std::size_t>(x)] > largest;
-        sums.too_noisy += mask[x] == 0 && noisy ? 1 : 0;
-    }
+            kernels_.sum(rows.term(static_cast<std::size_t>(term)), width_);
+    constexpr float limit = 0.1F * 0.1F;
+    kernels_.tally(rows.largest.data(), mask, width_, limit, &sums.valid, &sums.too_noisy);
+    const float* total = map_.total.values().row(y);
+    sums.largest = *std::max_element(total, total + width_);
 }
 
 void MapRows::operator()(int y0, int y1) {
     Rows rows(point_.pictures.size(), point_.moved.size(), width_);
     const auto lamp = static_cast<float>(point_.lamp + point_.other);
     for (int y = y0; y < y1; ++y) {
-        for (Floats* plane : {&rows.noise, &rows.white, &rows.shot, &rows.flat, &rows.flat_white,
-                              &rows.registration})
+        for (Floats* plane : {&rows.noise, &rows.white, &rows.shot, &rows.largest, &rows.flat,
+                              &rows.flat_white, &rows.registration})
             std::ranges::fill(*plane, 0.0F);
         for (std::size_t i = 0; i < point_.pictures.size(); ++i)
             picture_row(i, y, rows);
@@ -366,11 +379,10 @@ void MapRows::operator()(int y0, int y1) {
                                          lamp};
         kernels_.combine(law_, variances, point_.ratio->values().row(y),
                          point_.field->values().row(y), point_.field->mask().row(y), width_,
-                         rows.terms.data(), map_.total.values().row(y), map_.common.values().row(y),
-                         map_.area.values().row(y));
+                         {rows.terms.data(), rows.stride}, map_.total.values().row(y),
+                         map_.common.values().row(y), map_.area.values().row(y));
         for (std::size_t term = 0; term < map_.terms.size(); ++term)
-            kernels_.root(rows.terms.data() + std::ptrdiff_t(term) * width_, width_,
-                          map_.terms[term].values().row(y));
+            kernels_.root(rows.term(term), width_, map_.terms[term].values().row(y));
         count(y, rows);
     }
 }
@@ -391,21 +403,15 @@ void check_sizes(const UncertainPoint& point) {
         check_same_size(field, *picture.in_frame);
 }
 
-/// Median, 95 % and largest; of large images over every n-th pixel but for the largest.
+/// Median and 95 %; of large images over pixels of a grid.
 void quantiles(const image& total, UncertaintyBudget& budget) {
-    constexpr std::int64_t most = 200'000;
-    const std::int64_t every = std::max<std::int64_t>(1, budget.valid / most);
+    constexpr double most = 200'000;
+    const int step =
+        std::max(1, static_cast<int>(std::sqrt(double(total.width()) * total.height() / most)));
     Floats sample;
-    std::int64_t seen = 0;
-    for (int y = 0; y < total.height(); ++y) {
-        const float* values = total.values().row(y);
-        const std::uint8_t* mask = total.mask().row(y);
-        for (int x = 0; x < total.width(); ++x) {
-            if (mask[x] != 0) continue;
-            budget.largest = std::max(budget.largest, double(values[x]));
-            if (seen++ % every == 0) sample.push_back(values[x]);
-        }
-    }
+    for (int y = 0; y < total.height(); y += step)
+        for (int x = 0; x < total.width(); x += step)
+            if (total.mask()(x, y) == 0) sample.push_back(total.values()(x, y));
     if (sample.empty()) return;
     const auto at = [&](double share) {
         const auto place = sample.begin() + std::ptrdiff_t(share * double(sample.size() - 1));
@@ -416,12 +422,13 @@ void quantiles(const image& total, UncertaintyBudget& budget) {
     budget.quantile_95 = at(0.95);
 }
 
-UncertaintyBudget budget_of(const UncertainPoint& point, const MapRows::Sums& sums,
+UncertaintyBudget budget_of(const UncertainPoint& point, const MapRows::AllSums& sums,
                             const image& total) {
     UncertaintyBudget budget;
     budget.unit = total.unit;
     budget.valid = sums.valid;
     budget.too_noisy = sums.too_noisy;
+    budget.largest = double(sums.largest);
     budget.noise = point.pictures.empty() ? NoiseSource::unknown : point.pictures[0].noise.source;
     for (const UncertainPicture& picture : point.pictures)
         if (picture.noise.source == NoiseSource::unknown) budget.noise = NoiseSource::unknown;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "render/view_source.h"
@@ -7,6 +8,8 @@
 namespace vyn {
 
 /// The status line for a pixel of the field of this name.
-std::string probe_text(const ProbedPixel& pixel, const std::string& field_name);
+/// `sigma` is the standard deviation there, where it is known: shown as a band of two of them.
+std::string probe_text(const ProbedPixel& pixel, const std::string& field_name,
+                       std::optional<float> sigma = std::nullopt);
 
 }  // namespace vyn

@@ -15,6 +15,7 @@
 #include "calib/ui/convert_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/test_dialog.h"
+#include "calib/ui/uncertainty_dialog.h"
 #include "process/page/option_summary.h"
 #include "process/page/page_rows.h"
 
@@ -95,6 +96,10 @@ QWidget* BasicPage::option_group() {
     auto* convert = group->add_button("convert_btn", tr("Con&vert..."),
                                       [] { return conversion_summary(vyn_db()); });
     connect(convert, &QPushButton::clicked, this, [this] { open_dialog<QVynConvert>(); });
+    auto* uncertainty = group->add_button("uncertainty_btn", tr("&Uncertainty..."),
+                                          [] { return uncertainty_summary(vyn_db()); });
+    connect(uncertainty, &QPushButton::clicked, this,
+            [this] { open_dialog<UncertaintyDialog>(); });
     saturation_ = new SaturationRow(group);
     group->add_wide(saturation_);
     connect(saturation_, &SaturationRow::changed, this, &BasicPage::load_pictures_anew);

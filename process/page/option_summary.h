@@ -13,5 +13,6 @@ std::string paint_summary(const dataSetInterface& data);
 std::string conditions_summary(const dataSetInterface& data);
 std::string alignment_summary(const dataSetInterface& data);
 std::string conversion_summary(const dataSetInterface& data);
+std::string uncertainty_summary(const dataSetInterface& data);
 
 }  // namespace vyn

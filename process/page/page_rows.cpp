@@ -74,7 +74,18 @@ const Labels& lifetime_labels() {
 const Labels& common_labels() {
     static const Labels labels{{names::displacement, "Displacement"},
                                {names::displacement_sigma, "SD of the displacement"},
-                               {names::displacement_left, "Displacement left after the markers"}};
+                               {names::displacement_left, "Displacement left after the markers"},
+                               {names::sigma, "Uncertainty of the field"},
+                               {names::sigma_common, "Uncertainty common to an area"},
+                               {names::sigma_area, "Uncertainty that averages out"},
+                               {names::sigma_terms[0], "Uncertainty by noise"},
+                               {names::sigma_terms[1], "Uncertainty by the flat field"},
+                               {names::sigma_terms[2], "Uncertainty by registration"},
+                               {names::sigma_terms[3], "Uncertainty by the lamp"},
+                               {names::sigma_terms[4], "Uncertainty by temperature"},
+                               {names::sigma_terms[5], "Uncertainty by wind-off conditions"},
+                               {names::sigma_terms[6], "Uncertainty by the law"},
+                               {names::sigma_terms[7], "Uncertainty by the flow's pressures"}};
     return labels;
 }
 

@@ -5,6 +5,7 @@
 #include "calib/ui/paint_calibration_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/test_dialog.h"
+#include "calib/ui/uncertainty_dialog.h"
 #include "core/keys.h"
 #include "scripts/screenshots/scenes.h"
 
@@ -24,6 +25,7 @@ void play_dialogs(Theatre& theatre) {
     open_project(theatre, theatre.folder + QStringLiteral("/project.xml"));
     show_settings<QVynAlign>(theatre, "align_dialog");
     show_settings<QVynConvert>(theatre, "convert_dialog");
+    show_settings<UncertaintyDialog>(theatre, "uncertainty_dialog");
     show_settings<QVynCamera>(theatre, "camera_dialog", std::string(keys::sens_camera));
     show_settings<QVynPaint>(theatre, "paint_dialog");
     show_settings<QVynPaintCalibration>(theatre, "paint_calibration_dialog");

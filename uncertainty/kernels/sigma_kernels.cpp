@@ -10,9 +10,13 @@ namespace {
 
 constexpr int parts = 32;
 
-void places(const double* positions, int n, std::int32_t* out) {
-    for (int i = 0; i < n; ++i)
-        out[i] = static_cast<std::int32_t>(std::floor(positions[i] * parts + 0.5));
+void places(const double* positions, int n, std::int32_t* __restrict out) {
+    constexpr double farthest = 1e6;
+    for (int i = 0; i < n; ++i) {
+        // a lens that diverges shows the pixel nowhere; it is excluded
+        const double position = std::abs(positions[i]) < farthest ? positions[i] : 0.0;
+        out[i] = static_cast<std::int32_t>(std::floor(position * parts + 0.5));
+    }
 }
 
 void phase(PlaceRow place, int seconds, int shift, int n, std::int32_t* out) {
@@ -53,23 +57,43 @@ void gain(const float* table_x, const float* table_y, const std::int32_t* phase_
         out[i] = table_x[phase_x[i]] * table_y[phase_y[i]];
 }
 
-void noise(const NoiseRow& row, const float* gain, int n, float* own, float* noise, float* white,
-           float* shot) {
+/// `measured` is a row or nothing, as a type: the loop has no branches.
+template <class Measured>
+void add_noise(const NoiseRow row, const float* gain, int n, Measured measured,
+               const NoiseSums sums, float* __restrict own) {
+    const float* __restrict intensity = row.intensity;
+    const float* __restrict flat = row.flat;
+    float* __restrict noise = sums.noise;
+    float* __restrict white = sums.white;
+    float* __restrict shot = sums.shot;
+    float* __restrict largest = sums.largest;
     for (int i = 0; i < n; ++i) {
-        const float signal = row.intensity[i] * row.flat[i];
-        const float of_line = row.offset + row.slope * std::max(signal, 0.0F);
-        const float variance = row.dark + (row.measured ? row.measured[i] : of_line);
+        const float signal = intensity[i] * flat[i];
+        const float light = std::max(signal, 0.0F);
+        const float variance = row.dark + measured(i, row.offset + row.slope * light);
         const float relative = variance / (signal * signal) + row.relative2;
-        own[i] = row.filter * gain[i] * relative;
-        noise[i] += own[i];
+        const float of_pixel = row.filter * gain[i] * relative;
+        own[i] = of_pixel;
+        noise[i] += of_pixel;
         white[i] += relative;
         shot[i] += row.slope / std::max(signal, 1.0F);
+        largest[i] = std::max(largest[i], of_pixel);
     }
+}
+
+void noise(const NoiseRow& row, const float* gain, int n, const NoiseSums& sums, float* own) {
+    if (row.measured)
+        add_noise(
+            row, gain, n, [measured = row.measured](int i, float) { return measured[i]; }, sums,
+            own);
+    else
+        add_noise(
+            row, gain, n, [](int, float of_line) { return of_line; }, sums, own);
 }
 
 void shared(const float* table, int b_phases, int most_apart, const std::int32_t* phase_a,
             const std::int32_t* base_a, const std::int32_t* phase_b, const std::int32_t* base_b,
-            int n, float* out) {
+            int n, float* __restrict out) {
     const int across = 2 * most_apart + 1;
     for (int i = 0; i < n; ++i) {
         const int apart = base_b[i] - base_a[i];
@@ -80,8 +104,11 @@ void shared(const float* table, int b_phases, int most_apart, const std::int32_t
     }
 }
 
-void common(const SharedRow& row, const float* correlation, int n, float* noise, float* white,
-            float* flat, float* flat_white) {
+void common(const SharedRow& shared_row, const float* correlation, int n, const NoiseSums& sums,
+            float* __restrict flat, float* __restrict flat_white) {
+    const SharedRow row = shared_row;
+    float* __restrict noise = sums.noise;
+    float* __restrict white = sums.white;
     for (int i = 0; i < n; ++i) {
         const float gains = row.gain_a[i] + row.gain_b[i];
         const float together = correlation[i] * std::sqrt(row.gain_a[i] * row.gain_b[i]);
@@ -97,8 +124,8 @@ void common(const SharedRow& row, const float* correlation, int n, float* noise,
 
 void slope(const float* above, const float* middle, const float* below,
            const std::uint8_t* mask_above, const std::uint8_t* mask_middle,
-           const std::uint8_t* mask_below, float sign, int n, float* along_x, float* along_y,
-           float* valid) {
+           const std::uint8_t* mask_below, float sign, int n, float* __restrict along_x,
+           float* __restrict along_y, float* __restrict valid) {
     valid[0] = 0;
     valid[n - 1] = 0;
     for (int i = 1; i < n - 1; ++i) {
@@ -111,7 +138,8 @@ void slope(const float* above, const float* middle, const float* below,
     }
 }
 
-void squares(int n, float* along_x, float* along_y, float* valid) {
+void squares(int n, float* __restrict along_x, float* __restrict along_y,
+             const float* __restrict valid) {
     for (int i = 0; i < n; ++i) {
         const bool known = valid[i] != 0;
         along_x[i] = known ? along_x[i] * along_x[i] : 0.0F;
@@ -119,23 +147,28 @@ void squares(int n, float* along_x, float* along_y, float* valid) {
     }
 }
 
-inline float three(ThreeRows rows, int i) {
-    return rows.above[i] + rows.middle[i] + rows.below[i];
+void column_sums(ThreeRows rows, int n, float* __restrict out) {
+    for (int i = 0; i < n; ++i)
+        out[i] = rows.above[i] + rows.middle[i] + rows.below[i];
 }
 
-void registration(ThreeRows x, ThreeRows y, ThreeRows valid, const float* of_difference,
-                  const float* var_x, const float* var_y, int n, float* variance) {
-    for (int i = 0; i < n; ++i) {
-        // the outermost columns have no slopes of their own and take those beside
-        const int left = std::max(i - 1, 0);
-        const int right = std::min(i + 1, n - 1);
-        const float count = three(valid, left) + three(valid, i) + three(valid, right);
-        const float each = count > 0 ? 1 / count : 0.0F;
-        const float sum_x = three(x, left) + three(x, i) + three(x, right);
-        const float sum_y = three(y, left) + three(y, i) + three(y, right);
-        variance[i] += std::max(sum_x * each - of_difference[i], 0.0F) * var_x[i] +
-                       std::max(sum_y * each - of_difference[i], 0.0F) * var_y[i];
-    }
+void registration(const SlopeSums& sums, const float* of_difference, const float* var_x,
+                  const float* var_y, int n, float* __restrict variance) {
+    const float* __restrict x = sums.x;
+    const float* __restrict y = sums.y;
+    const float* __restrict count = sums.count;
+    const auto add = [&](int i, int left, int right) {
+        const float known = count[left] + count[i] + count[right];
+        const float each = known > 0 ? 1 / known : 0.0F;
+        const float mean_x = (x[left] + x[i] + x[right]) * each - of_difference[i];
+        const float mean_y = (y[left] + y[i] + y[right]) * each - of_difference[i];
+        variance[i] += std::max(mean_x, 0.0F) * var_x[i] + std::max(mean_y, 0.0F) * var_y[i];
+    };
+    // the outermost columns have no slopes of their own and take those beside
+    add(0, 0, std::min(1, n - 1));
+    for (int i = 1; i < n - 1; ++i)
+        add(i, i - 1, i + 1);
+    if (n > 1) add(n - 1, n - 2, n - 1);
 }
 
 double sum(const float* row, int n) {
@@ -153,57 +186,94 @@ double sum(const float* row, int n) {
     return all;
 }
 
-void root(const float* row, int n, float* out) {
+void root(const float* row, int n, float* __restrict out) {
     for (int i = 0; i < n; ++i)
         out[i] = std::sqrt(row[i]);
 }
 
-/// In double: the terms of a fitted law cancel each other.
-inline float quartic(const double* c, float r) {
-    const double x = r;
-    return static_cast<float>(
-        std::max((((c[4] * x + c[3]) * x + c[2]) * x + c[1]) * x + c[0], 0.0));
+void tally(const float* largest, const std::uint8_t* mask, int n, float limit, int* valid,
+           int* above) {
+    int count = 0;
+    int noisy = 0;
+    for (int i = 0; i < n; ++i) {
+        count += mask[i] == 0 ? 1 : 0;
+        noisy += (mask[i] == 0) & (largest[i] > limit) ? 1 : 0;
+    }
+    *valid = count;
+    *above = noisy;
 }
 
-void combine(const LawRow& law, const RatioVarianceRow& in, const float* ratio, const float* value,
-             const std::uint8_t* mask, int n, float* __restrict terms, float* __restrict total,
-             float* __restrict common, float* __restrict area) {
+/// A variance that is a polynomial in r = fa * ratio; in double, for the terms of a fitted law
+/// cancel each other.
+void quartic_row(const double* coefficients, double fa, float scale2, const float* ratio,
+                 const std::uint8_t* mask, int n, float* __restrict out) {
+    const double c0 = coefficients[0];
+    const double c1 = coefficients[1];
+    const double c2 = coefficients[2];
+    const double c3 = coefficients[3];
+    const double c4 = coefficients[4];
+    for (int i = 0; i < n; ++i) {
+        const double r = fa * static_cast<double>(ratio[i]);
+        out[i] = static_cast<float>((((c4 * r + c3) * r + c2) * r + c1) * r + c0);
+    }
+    for (int i = 0; i < n; ++i)
+        out[i] = mask[i] == 0 && out[i] > 0 ? scale2 * out[i] : 0.0F;
+}
+
+void combine(const LawRow& law_row, const RatioVarianceRow& variances, const float* ratio,
+             const float* value, const std::uint8_t* mask, int n, const TermRows& rows,
+             float* __restrict total, float* __restrict common, float* __restrict area) {
+    const LawRow law = law_row;
+    const RatioVarianceRow in = variances;
     const float scale2 = law.scale * law.scale;
+    const auto row = [&rows](int term) { return rows.first + term * rows.stride; };
+    float* __restrict noise = row(0);
+    float* __restrict flat = row(1);
+    float* __restrict registration = row(2);
+    float* __restrict lamp = row(3);
+    float* __restrict temperature = row(4);
+    float* __restrict reference = row(5);
+    float* __restrict coefficients = row(6);
+    float* __restrict conditions = row(7);
+    float* __restrict by_ratio = row(8);
     for (int i = 0; i < n; ++i) {
         const float r = law.fa * ratio[i];
         const float slope = (law.by_log_ratio[2] * r + law.by_log_ratio[1]) * r;
-        const float by_ratio = scale2 * slope * slope;
-        const bool valid = mask[i] == 0;
-        const auto kept = [valid](float variance) { return valid ? variance : 0.0F; };
-        const float of_noise = kept(by_ratio * in.noise[i]);
-        const float of_flat = kept(by_ratio * in.flat[i]);
-        const float of_registration = kept(by_ratio * in.registration[i]);
-        const float of_lamp = kept(by_ratio * in.lamp);
-        const float of_temperature = kept(scale2 * quartic(law.temperature, r));
-        const float of_reference = kept(scale2 * quartic(law.reference, r));
-        const float of_law = kept(scale2 * quartic(law.law, r));
-        const float of_conditions = kept(law.shift2 + law.of_value2 * value[i] * value[i]);
-        terms[i] = of_noise;
-        terms[n + i] = of_flat;
-        terms[2 * n + i] = of_registration;
-        terms[3 * n + i] = of_lamp;
-        terms[4 * n + i] = of_temperature;
-        terms[5 * n + i] = of_reference;
-        terms[6 * n + i] = of_law;
-        terms[7 * n + i] = of_conditions;
-        const float shared_variance =
-            of_registration + of_lamp + of_temperature + of_reference + of_law + of_conditions;
-        terms[8 * n + i] = kept(by_ratio * in.shot[i]);
+        by_ratio[i] = mask[i] == 0 ? scale2 * slope * slope : 0.0F;
+    }
+    for (int i = 0; i < n; ++i) {
+        noise[i] = by_ratio[i] * in.noise[i];
+        flat[i] = by_ratio[i] * in.flat[i];
+    }
+    for (int i = 0; i < n; ++i) {
+        registration[i] = by_ratio[i] * in.registration[i];
+        lamp[i] = by_ratio[i] * in.lamp;
+    }
+    const auto fa = static_cast<double>(law.fa);
+    quartic_row(law.temperature, fa, scale2, ratio, mask, n, temperature);
+    quartic_row(law.reference, fa, scale2, ratio, mask, n, reference);
+    quartic_row(law.law, fa, scale2, ratio, mask, n, coefficients);
+    for (int i = 0; i < n; ++i) {
+        const float divided = law.shift2 + law.of_value2 * value[i] * value[i];
+        conditions[i] = mask[i] == 0 ? divided : 0.0F;
+    }
+    for (int i = 0; i < n; ++i) {
+        const float shared_variance = registration[i] + lamp[i] + temperature[i] + reference[i] +
+                                      coefficients[i] + conditions[i];
         common[i] = std::sqrt(shared_variance);
-        total[i] = std::sqrt(of_noise + of_flat + shared_variance);
-        area[i] = std::sqrt(kept(by_ratio * (in.noise_white[i] + in.flat_white[i])));
+        total[i] = std::sqrt(noise[i] + flat[i] + shared_variance);
+    }
+    for (int i = 0; i < n; ++i) {
+        area[i] = std::sqrt(by_ratio[i] * (in.noise_white[i] + in.flat_white[i]));
+        by_ratio[i] *= in.shot[i];
     }
 }
 
 }  // namespace
 
 extern const SigmaKernels sigma_kernels;
-const SigmaKernels sigma_kernels{places, phase, base,    nearest,      gain, noise, shared,
-                                 common, slope, squares, registration, sum,  root,  combine};
+const SigmaKernels sigma_kernels{places, phase,  base,  nearest, gain,        noise,
+                                 shared, common, slope, squares, column_sums, registration,
+                                 sum,    root,   tally, combine};
 
 }  // namespace vyn::VYN_ISA

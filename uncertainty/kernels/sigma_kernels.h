@@ -23,6 +23,21 @@ struct NoiseRow {
     float filter;  ///< variance of the filter beside its weights
 };
 
+/// Sums of relative variances over the pictures, and the largest of them.
+struct NoiseSums {
+    float* noise;
+    float* white;
+    float* shot;
+    float* largest;
+};
+
+/// Sums of the squared slopes, and of the pixels that have them, of three rows.
+struct SlopeSums {
+    const float* x;
+    const float* y;
+    const float* count;
+};
+
 /// A row of two pictures with a common flat field or dark picture.
 struct SharedRow {
     const float* gain_a;
@@ -66,6 +81,11 @@ struct RatioVarianceRow {
 
 constexpr int sigma_rows = 9;  ///< of variances that `combine` writes
 
+struct TermRows {
+    float* first;
+    std::ptrdiff_t stride;  ///< no power of two: the rows are written side by side
+};
+
 struct SigmaKernels {
     /// Whole 32nd parts nearest to positions in pixels.
     void (*places)(const double* positions, int n, std::int32_t* parts);
@@ -79,37 +99,40 @@ struct SigmaKernels {
     /// gain = table_x[phase_x] * table_y[phase_y]
     void (*gain)(const float* table_x, const float* table_y, const std::int32_t* phase_x,
                  const std::int32_t* phase_y, int n, float* out);
-    /// Adds a picture's relative variances; `own` is what it adds to `noise`.
-    void (*noise)(const NoiseRow& row, const float* gain, int n, float* own, float* noise,
-                  float* white, float* shot);
+    /// Adds a picture's relative variances; `own` is what it adds to the noise.
+    void (*noise)(const NoiseRow& row, const float* gain, int n, const NoiseSums& sums, float* own);
     /// Multiplies by the entry of one axis' table at the phases of a and b and the whole pixels
     /// between their bases, up to most_apart of them; 0 beyond.
     void (*shared)(const float* table, int b_phases, int most_apart, const std::int32_t* phase_a,
                    const std::int32_t* base_a, const std::int32_t* phase_b,
                    const std::int32_t* base_b, int n, float* correlation);
     /// Adds what errors of a common flat field and dark picture make of the ratio.
-    void (*common)(const SharedRow& row, const float* correlation, int n, float* noise,
-                   float* white, float* flat, float* flat_white);
+    void (*common)(const SharedRow& row, const float* correlation, int n, const NoiseSums& sums,
+                   float* flat, float* flat_white);
     /// Adds `sign` times the logarithm's slopes; clears `valid` where a neighbour is excluded.
     void (*slope)(const float* above, const float* middle, const float* below,
                   const std::uint8_t* mask_above, const std::uint8_t* mask_middle,
                   const std::uint8_t* mask_below, float sign, int n, float* along_x, float* along_y,
                   float* valid);
     /// Squares the slopes; 0 where they are not valid.
-    void (*squares)(int n, float* along_x, float* along_y, float* valid);
+    void (*squares)(int n, float* along_x, float* along_y, const float* valid);
+    void (*column_sums)(ThreeRows rows, int n, float* out);
     /// Adds the variance that uncertain places give: the mean of the squared slopes over 3 x 3
     /// pixels less `of_difference`, not below 0, times the places' variances.
-    void (*registration)(ThreeRows x, ThreeRows y, ThreeRows valid, const float* of_difference,
-                         const float* var_x, const float* var_y, int n, float* variance);
+    void (*registration)(const SlopeSums& sums, const float* of_difference, const float* var_x,
+                         const float* var_y, int n, float* variance);
     /// Over the row, the same on every instruction set.
     double (*sum)(const float* row, int n);
     void (*root)(const float* row, int n, float* out);
+    /// Valid pixels, and those of them whose `largest` is above a limit.
+    void (*tally)(const float* largest, const std::uint8_t* mask, int n, float limit, int* valid,
+                  int* above);
     /// Variances in the output unit squared into `terms`, sigma_rows rows of n: noise, flat,
     /// registration, lamp, temperature, reference, law, conditions, and photons alone; 0 at
     /// excluded pixels.
     void (*combine)(const LawRow& law, const RatioVarianceRow& variances, const float* ratio,
-                    const float* value, const std::uint8_t* mask, int n, float* terms, float* total,
-                    float* common, float* area);
+                    const float* value, const std::uint8_t* mask, int n, const TermRows& terms,
+                    float* total, float* common, float* area);
 };
 
 }  // namespace vyn

@@ -10,6 +10,20 @@
 
 namespace vyn {
 
+namespace {
+
+/// The standard deviation of the shown picture's pixel, where the list has it beside.
+std::optional<float> sigma_at(const imagesList& images, const std::shared_ptr<const image>& shown,
+                              int x, int y) {
+    if (!shown) return std::nullopt;
+    const auto sigma = images.find(shown->name + "_sigma");
+    if (!sigma || !sigma->values().same_size(shown->values()) || sigma->mask()(x, y) != 0)
+        return std::nullopt;
+    return sigma->values()(x, y);
+}
+
+}  // namespace
+
 Worker& VynFieldViewer::worker() const {
     return parts_->worker;
 }
@@ -154,7 +168,8 @@ void VynFieldViewer::show_probe(int x, int y, float value, bool background, bool
     const ProbedPixel pixel{x, y, value, background, in_roi, has_vectors, u, v};
     const auto shown = picture();
     const std::string name = shown ? field_label(*shown).name : std::string();
-    statusBar()->showMessage(QString::fromStdString(probe_text(pixel, name)));
+    statusBar()->showMessage(
+        QString::fromStdString(probe_text(pixel, name, sigma_at(*parts_->list, shown, x, y))));
     parts_->function_bar->show_pixel(pixel);
 }
 
