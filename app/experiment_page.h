@@ -28,6 +28,8 @@ class ExperimentPage : public QWidget {
     virtual void calculate_all() = 0;
     /// Asks for the features of the camera (of the signal camera, where there are two).
     virtual void edit_camera() = 0;
+    /// Calibrates that camera from its pictures.
+    virtual void calibrate_camera() = 0;
     /// Puts an image file in the place that its name suggests, asking where it is not clear (files
     /// dropped on the window or given on the command line). False when the page has no use for it.
     virtual bool take_image_file(const QString& file) = 0;

@@ -51,7 +51,7 @@ void VynLiteForm::calculateCalculate_AllAction_activated() {
 }
 
 void VynLiteForm::camera_cal_btn_clicked() {
-    camera_sel_btn_clicked();
+    if (parts_->page && parts_->page->isEnabled()) parts_->page->calibrate_camera();
 }
 
 void VynLiteForm::camera_sel_btn_clicked() {

@@ -17,6 +17,7 @@
 #include "app/pages/saturation_row.h"
 #include "app/pages/step_group.h"
 #include "app/point_check_dialog.h"
+#include "calib/ui/camera_calibration/camera_calibration_dialog.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/in_situ_dialog.h"
 #include "core/ui/command.h"
@@ -294,6 +295,11 @@ bool BasicPage::run_dialog(QDialog& dialog) {
 
 void BasicPage::edit_camera() {
     open_camera(keys::sens_camera);
+}
+
+void BasicPage::calibrate_camera() {
+    CameraCalibrationDialog dialog(worker_, this);
+    run_dialog(dialog);
 }
 
 void BasicPage::open_camera(std::string_view tree) {

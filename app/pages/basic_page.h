@@ -32,6 +32,7 @@ class BasicPage : public ExperimentPage {
     void refresh() override;
     void calculate_all() override;
     void edit_camera() override;
+    void calibrate_camera() override;
     bool take_image_file(const QString& file) override;
 
     /// Of the last computation that ran from here; null before.

@@ -70,6 +70,12 @@ QWidget* BasicPage::camera_group() {
                    : +[] { return camera_summary(vyn_db(), keys::refe_camera); });
         const std::string_view tree = flats[i].input.raw->camera;
         connect(camera, &QPushButton::clicked, this, [this, tree] { open_camera(tree); });
+        if (signal) {
+            auto* calibrate = group->add_button("camera_cal_btn", tr("Cal&ibrate camera..."), [] {
+                return lens_summary(vyn_db(), keys::sens_camera);
+            });
+            connect(calibrate, &QPushButton::clicked, this, &BasicPage::calibrate_camera);
+        }
         auto* row = new InputRow(flats[i], group);
         flats_.push_back(row);
         connect_row(row);

@@ -36,20 +36,6 @@ std::string history_of(const dataSetInterface& data, const std::filesystem::path
                       {"settings", told_settings(std::move(settings))}});
 }
 
-/// The picture whose markers tell the pose, with the field that goes onto the mesh.
-PointView own_view(const Session& session, std::shared_ptr<const image> field) {
-    const std::string name = read(session.data, keys::resect_markers_view);
-    const auto picture = session.images.find(name);
-    if (!picture) throw AlgoError("Resection Failed!", "there is no picture '" + name + "'");
-    PointView view;
-    view.name = name;
-    view.field = std::move(field);
-    view.dots = picture->markers.markers;
-    read(session.data, std::string(keys::sens_camera), view.record);
-    view.stored = stored_pose(session.data, view.record.default_length_unit);
-    return view;
-}
-
 void log_lines(const std::vector<std::string>& lines) {
     for (const std::string& line : lines)
         get_log().write(LogLevel::progress, line);
@@ -110,7 +96,8 @@ TaskOutcome put_on_model(const StepRun& run) {
     } else {
         const auto field = session.images.find(image_names::field);
         if (!field) throw AlgoError("Field3D:2d field is absent");
-        views.push_back(own_view(session, field));
+        views.push_back(own_view(session));
+        views.back().field = field;
         for (const auto& project : further_projects(data))
             views.push_back(read_further_view(project, run.context));
     }

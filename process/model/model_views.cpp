@@ -1,6 +1,7 @@
 #include "process/model/model_views.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "api/image_io.h"
 #include "core/errors.h"
@@ -9,7 +10,6 @@
 #include "core/project_file.h"
 #include "process/point/project_paths.h"
 #include "process/point/raw_images.h"
-#include "process/project/ims.h"
 #include "process/project/project_tasks.h"
 
 namespace vyn {
@@ -18,45 +18,67 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::shared_ptr<const image> image_named(const ImsData& container, const std::string& name) {
-    for (const auto& picture : container.images)
-        if (picture->name == name) return picture;
-    return nullptr;
+FileError lack(const fs::path& project, const std::string& what) {
+    return FileError("Can't open file for reading!", project.string() + ": " + what);
 }
 
 }  // namespace
 
-PointView read_further_view(const fs::path& project, TaskContext& context) {
-    const auto fail = [&](const std::string& what) {
-        return FileError("Can't open file for reading!", project.string() + ": " + what);
-    };
-    simpleNamedDataSet data;
-    ImsData container;
-    if (is_container(project)) {
-        container = read_ims_data(project, context);
-        from_xml(data, container.project, project.string());
-    } else {
-        load_xml(data, project.c_str());
-    }
-    write(data, keys::head_file, fs::absolute(project).lexically_normal().string());
-
+PointView own_view(const Session& session) {
+    const std::string name = read(session.data, keys::resect_markers_view);
+    const auto picture = session.images.find(name);
+    if (!picture) throw AlgoError("Resection Failed!", "there is no picture '" + name + "'");
     PointView view;
-    view.name = project.stem().string();
-    read(data, std::string(keys::sens_camera), view.record);
-    view.stored = stored_pose(data, view.record.default_length_unit);
-    view.field = image_named(container, image_names::field);
-    if (!view.field) {
-        const std::string file = read(data, keys::pressure_file);
-        if (file.empty()) throw fail("it names no saved field");
-        view.field = std::make_shared<const image>(read_image(output_folder(data) / file, context));
+    view.name = name;
+    view.dots = picture->markers.markers;
+    read(std::as_const(session.data), std::string(keys::sens_camera), view.record);
+    view.stored = stored_pose(session.data, view.record.default_length_unit);
+    return view;
+}
+
+std::shared_ptr<const image> FurtherProject::find(const std::string& name) const {
+    const auto found = std::ranges::find(container.images, name, &image::name);
+    return found == container.images.end() ? nullptr : *found;
+}
+
+void open_further_project(const fs::path& file, FurtherProject& project, TaskContext& context) {
+    project.file = file;
+    if (is_container(file)) {
+        project.container = read_ims_data(file, context);
+        from_xml(project.data, project.container.project, file.string());
+    } else {
+        load_xml(project.data, file.c_str());
     }
-    const std::string picture = read(data, keys::resect_markers_view);
+    write(project.data, keys::head_file, fs::absolute(file).lexically_normal().string());
+}
+
+PointView view_of_project(const FurtherProject& project) {
+    PointView view;
+    view.name = project.file.stem().string();
+    read(project.data, std::string(keys::sens_camera), view.record);
+    view.stored = stored_pose(project.data, view.record.default_length_unit);
+    const std::string picture = read(project.data, keys::resect_markers_view);
     const auto raw = std::ranges::find(raw_images(), picture, &RawImage::name);
-    if (const auto stored = image_named(container, picture); stored)
+    if (const auto stored = project.find(picture); stored)
         view.dots = stored->markers.markers;
     else if (raw != raw_images().end())
-        view.dots = load_markers(data, raw->marker_file, view.record.nfy).markers;
-    if (view.dots.empty()) throw fail("there are no markers of the picture '" + picture + "'");
+        view.dots = load_markers(project.data, raw->marker_file, view.record.nfy).markers;
+    if (view.dots.empty())
+        throw lack(project.file, "there are no markers of the picture '" + picture + "'");
+    return view;
+}
+
+PointView read_further_view(const fs::path& file, TaskContext& context) {
+    FurtherProject project;
+    open_further_project(file, project, context);
+    PointView view = view_of_project(project);
+    view.field = project.find(image_names::field);
+    if (!view.field) {
+        const std::string saved = read(project.data, keys::pressure_file);
+        if (saved.empty()) throw lack(file, "it names no saved field");
+        view.field =
+            std::make_shared<const image>(read_image(output_folder(project.data) / saved, context));
+    }
     return view;
 }
 

@@ -7,6 +7,7 @@
 #include "core/task.h"
 #include "process/model/model_inputs.h"
 #include "process/point/session.h"
+#include "process/project/ims.h"
 
 namespace vyn {
 
@@ -21,6 +22,26 @@ struct PointView {
 
     Distortion lens() const { return {record.cx, record.cy, record.a2, record.a4}; }
 };
+
+/// Camera and dots of the picture whose markers tell the session's pose, named like the picture;
+/// without a field. Raises AlgoError when the picture is not there.
+PointView own_view(const Session& session);
+
+/// Settings of another project and, where it is a container, its images.
+struct FurtherProject {
+    std::filesystem::path file;
+    simpleNamedDataSet data;
+    ImsData container;
+
+    /// Of the container; null without.
+    std::shared_ptr<const image> find(const std::string& name) const;
+};
+/// Raises FileError.
+void open_further_project(const std::filesystem::path& file, FurtherProject& project,
+                          TaskContext& context);
+/// Its camera and dots, named like the project; without a field. Raises FileError naming the
+/// project and what it lacks.
+PointView view_of_project(const FurtherProject& project);
 
 /// The saved field of another project with its camera and markers, as "views" names it. Raises
 /// FileError naming the project and what it lacks.

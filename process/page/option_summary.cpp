@@ -36,6 +36,14 @@ std::string camera_summary(const dataSetInterface& data, std::string_view tree) 
     return text;
 }
 
+std::string lens_summary(const dataSetInterface& data, std::string_view tree) {
+    cameraFeatures camera;
+    read(data, std::string(tree), camera);
+    if (!(camera.focus > 0)) return "no focal length";
+    return "focus " + general(camera.focus) + " " + camera.default_length_unit + ", centre " +
+           general(camera.cx) + ", " + general(camera.cy);
+}
+
 std::string paint_summary(const dataSetInterface& data) {
     paintFeatures paint;
     read(data, std::string(keys::sens_paint), paint);

@@ -9,6 +9,8 @@ namespace vyn {
 
 /// What the settings behind a dialog say, in a few words for the button that opens it.
 std::string camera_summary(const dataSetInterface& data, std::string_view tree);
+/// Of the camera's lens.
+std::string lens_summary(const dataSetInterface& data, std::string_view tree);
 std::string paint_summary(const dataSetInterface& data);
 std::string conditions_summary(const dataSetInterface& data);
 std::string alignment_summary(const dataSetInterface& data);

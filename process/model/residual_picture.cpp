@@ -1,0 +1,83 @@
+#include "process/model/residual_picture.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "render/arrow.h"
+
+namespace vyn {
+
+namespace {
+
+RgbPicture background(const image* picture, const PinholeCamera& camera, int side, double& scale) {
+    if (!picture) {
+        scale = 1;
+        while (std::max(camera.width, camera.height) * scale > side)
+            scale /= 2;
+        RgbPicture paper;
+        paper.width = std::max(1, static_cast<int>(std::lround(camera.width * scale)));
+        paper.height = std::max(1, static_cast<int>(std::lround(camera.height * scale)));
+        paper.rgb.assign(
+            3 * static_cast<std::size_t>(paper.width) * static_cast<std::size_t>(paper.height),
+            255);
+        return paper;
+    }
+    Progress quiet;
+    PictureOptions options;
+    options.limits = robust_limits(*picture, quiet);
+    if (const palette_array* grey = find_palette("grey")) options.palette = *grey;
+    options.scale = scale = scale_for_side(*picture, side);
+    return draw_picture(*picture, options);
+}
+
+}  // namespace
+
+double largest_residual(const std::vector<MarkerResult>& markers) {
+    double largest = 0;
+    for (const MarkerResult& marker : markers)
+        if (marker.used) largest = std::max(largest, marker.length());
+    return largest;
+}
+
+Canvas::Colour residual_colour(const MarkerResult& marker, double largest) {
+    if (!marker.used) return {128, 128, 128};
+    const double share = largest > 0 ? std::min(marker.length() / largest, 1.0) : 0;
+    const auto mix = [share](double none, double all) {
+        return static_cast<std::uint8_t>(std::lround(none + share * (all - none)));
+    };
+    return {mix(30, 229), mix(136, 40), mix(229, 40)};
+}
+
+double residual_factor(const std::vector<MarkerResult>& markers, int width) {
+    const double largest = largest_residual(markers);
+    if (!(largest > 0)) return 1;
+    const double wanted = width / 12.0 / largest;
+    double factor = 1;
+    for (double decade = 1; decade <= 1e6; decade *= 10)
+        for (const double step : {1.0, 2.0, 5.0})
+            if (step * decade <= wanted) factor = step * decade;
+    return factor;
+}
+
+RgbPicture draw_residuals(const image* picture, const ViewResult& view, double factor, int side) {
+    double scale = 1;
+    RgbPicture out = background(picture, view.camera, side, scale);
+    Canvas canvas(out);
+    const double h = std::clamp(0.018 * out.width, 8.0, 20.0);
+    const double pen = std::max(0.14 * h, 1.4);
+    const double largest = largest_residual(view.markers);
+    for (const MarkerResult& marker : view.markers) {
+        const Point at{(marker.dot.x + 0.5) * scale - 0.5, (marker.dot.y + 0.5) * scale - 0.5};
+        const double length = factor * scale;
+        const auto strokes = arrow(at, {length * marker.dx, length * marker.dy});
+        const Canvas::Colour colour = residual_colour(marker, largest);
+        canvas.stroke({{at, at}}, 3.5 * pen, colour);
+        canvas.stroke(strokes, 2.2 * pen, {255, 255, 255});
+        canvas.stroke(strokes, pen, colour);
+        canvas.text(std::to_string(marker.marker_id), at.x + 0.6 * h, at.y - 0.6 * h, h, {},
+                    Canvas::Align::left, Canvas::Direction::right, 0.6 * pen);
+    }
+    return out;
+}
+
+}  // namespace vyn
