@@ -1,6 +1,5 @@
 #include <array>
 #include <memory>
-#include <numbers>
 
 #include <nlohmann/json.hpp>
 
@@ -12,6 +11,7 @@
 #include "cli/settings.h"
 #include "core/atomic_file.h"
 #include "mesh/loads.h"
+#include "process/model/loads_table.h"
 #include "process/report/json_text.h"
 
 namespace vyn::cli {
@@ -22,50 +22,15 @@ struct LoadsArguments {
     std::string field;
     std::string quantity;
     std::string reference_file;
-    double area = 0;
-    double chord = 0;
-    double span = 0;
+    LoadsReference reference;
     std::string about;
     std::vector<std::string> hinge;  ///< two points
-    double static_pressure = 0;
-    double dynamic_pressure = 1;
-    double alpha = 0;
-    double beta = 0;
     std::vector<std::string> patches;
     std::string report;
     bool force = false;
 };
 
-/// The reference of a file replaces what the options say.
-void take_reference(LoadsArguments& arguments) {
-    if (arguments.reference_file.empty()) return;
-    constexpr std::size_t largest = std::size_t{1} << 20;
-    const auto text =
-        nlohmann::json::parse(read_file(arguments.reference_file, largest), nullptr, false);
-    if (!text.is_object())
-        throw FileError("Can't open file for reading!",
-                        arguments.reference_file + ": no object with area, chord, span, about");
-    const auto number = [&](const char* name, double& value) {
-        if (text.contains(name) && text[name].is_number()) value = text[name];
-    };
-    number("area", arguments.area);
-    number("chord", arguments.chord);
-    number("span", arguments.span);
-    number("static_p", arguments.static_pressure);
-    number("dynamic_p", arguments.dynamic_pressure);
-    number("alpha", arguments.alpha);
-    number("beta", arguments.beta);
-    if (text.contains("about") && text["about"].is_array() && text["about"].size() == 3) {
-        arguments.about.clear();
-        for (const auto& number_text : text["about"])
-            arguments.about += (arguments.about.empty() ? "" : ",") + number_text.dump();
-    }
-}
-
 nlohmann::ordered_json patch_json(const PatchLoads& patch, const LoadsArguments& arguments) {
-    const double degree = std::numbers::pi / 180;
-    const double q_s = arguments.dynamic_pressure * arguments.area;
-    const Vec3 wind = in_wind_axes(patch.force, arguments.alpha * degree, arguments.beta * degree);
     nlohmann::ordered_json entry = {{"patch", patch.name},
                                     {"force", patch.force},
                                     {"moment", patch.moment},
@@ -74,21 +39,14 @@ nlohmann::ordered_json patch_json(const PatchLoads& patch, const LoadsArguments&
                                     {"covered_area", patch.covered_area},
                                     {"projected_area", patch.projected},
                                     {"covered_projected_area", patch.covered_projected}};
-    entry["coefficients"] = {{"CX", patch.force[0] / q_s},
-                             {"CY", patch.force[1] / q_s},
-                             {"CZ", patch.force[2] / q_s},
-                             {"Cl", patch.moment[0] / (q_s * arguments.span)},
-                             {"Cm", patch.moment[1] / (q_s * arguments.chord)},
-                             {"Cn", patch.moment[2] / (q_s * arguments.span)},
-                             {"CD", wind[0] / q_s},
-                             {"CY_wind", wind[1] / q_s},
-                             {"CL", wind[2] / q_s}};
+    for (const auto& [name, value] : load_coefficients(patch, arguments.reference))
+        entry["coefficients"][name] = value;
     if (!arguments.hinge.empty()) {
-        const double moment = hinge_moment(patch, parse_vector("--about", arguments.about),
+        const double moment = hinge_moment(patch, arguments.reference.about,
                                            parse_vector("--hinge", arguments.hinge[0]),
                                            parse_vector("--hinge", arguments.hinge[1]));
         entry["hinge_moment"] = moment;
-        entry["coefficients"]["Ch"] = moment / (q_s * arguments.chord);
+        entry["coefficients"]["Ch"] = hinge_coefficient(moment, arguments.reference);
     }
     if (patch.force_sigma) entry["force_of_one_sigma_pose"] = *patch.force_sigma;
     return entry;
@@ -96,11 +54,13 @@ nlohmann::ordered_json patch_json(const PatchLoads& patch, const LoadsArguments&
 
 ExitStatus work(LoadsArguments arguments) {
     check_output(arguments.report, arguments.force ? Overwriting::allowed : Overwriting::refused);
-    take_reference(arguments);
-    if (!(arguments.area > 0 && arguments.chord > 0 && arguments.span > 0) ||
-        arguments.dynamic_pressure == 0)
+    LoadsReference& reference = arguments.reference;
+    reference.about = parse_vector("--about", arguments.about);
+    // That of a file replaces what the options say.
+    if (!arguments.reference_file.empty())
+        read_loads_reference(arguments.reference_file, reference);
+    if (!problem_of(reference).empty())
         throw UsageError("loads: area, chord and span must be above 0, --dynamic-p not 0");
-    const Vec3 about = parse_vector("--about", arguments.about);
     if (!arguments.hinge.empty() &&
         parse_vector("--hinge", arguments.hinge[0]) == parse_vector("--hinge", arguments.hinge[1]))
         throw UsageError("loads: the two points of --hinge are one");
@@ -109,19 +69,19 @@ ExitStatus work(LoadsArguments arguments) {
     const Surface surface = prepare_surface(mesh, progress);
     const std::string quantity = chosen_quantity(mesh, arguments.quantity);
     const auto patches = surface_loads(
-        mesh, surface, {quantity, arguments.static_pressure, about, arguments.patches});
+        mesh, surface, {quantity, reference.static_pressure, reference.about, arguments.patches});
     nlohmann::ordered_json report = {{"field", arguments.field},
                                      {"quantity", quantity},
                                      {"unit", mesh.unit},
-                                     {"static_p", arguments.static_pressure},
-                                     {"dynamic_p", arguments.dynamic_pressure},
+                                     {"static_p", reference.static_pressure},
+                                     {"dynamic_p", reference.dynamic_pressure},
                                      {"reference",
-                                      {{"area", arguments.area},
-                                       {"chord", arguments.chord},
-                                       {"span", arguments.span},
-                                       {"about", about}}},
-                                     {"alpha", arguments.alpha},
-                                     {"beta", arguments.beta}};
+                                      {{"area", reference.area},
+                                       {"chord", reference.chord},
+                                       {"span", reference.span},
+                                       {"about", reference.about}}},
+                                     {"alpha", reference.alpha},
+                                     {"beta", reference.beta}};
     for (const PatchLoads& patch : patches)
         report["patches"].push_back(patch_json(patch, arguments));
     const std::string text =
@@ -143,21 +103,22 @@ Work prepare_loads(CLI::App& app, const GlobalOptions&) {
                    "values to take; by default the first quantity of the file");
     app.add_option("--reference", arguments->reference_file,
                    "JSON object with area, chord, span, about, static_p, dynamic_p, alpha, beta");
-    app.add_option("--area", arguments->area, "reference area, in the mesh's unit squared");
-    app.add_option("--chord", arguments->chord, "reference length of pitching moments");
-    app.add_option("--span", arguments->span, "reference length of the other moments");
+    app.add_option("--area", arguments->reference.area,
+                   "reference area, in the mesh's unit squared");
+    app.add_option("--chord", arguments->reference.chord, "reference length of pitching moments");
+    app.add_option("--span", arguments->reference.span, "reference length of the other moments");
     app.add_option("--about", arguments->about, "X,Y,Z: point of the moments");
     app.add_option(
            "--hinge", arguments->hinge,
            "X,Y,Z X,Y,Z: two points of an axis; adds the moment about it, right-handed from "
            "the first to the second")
         ->expected(2);
-    app.add_option("--static-p", arguments->static_pressure,
+    app.add_option("--static-p", arguments->reference.static_pressure,
                    "subtracted from the values; 0 for Cp");
-    app.add_option("--dynamic-p", arguments->dynamic_pressure,
+    app.add_option("--dynamic-p", arguments->reference.dynamic_pressure,
                    "divides the coefficients; 1 for Cp");
-    app.add_option("--alpha", arguments->alpha, "angle of attack, degrees");
-    app.add_option("--beta", arguments->beta, "angle of sideslip, degrees");
+    app.add_option("--alpha", arguments->reference.alpha, "angle of attack, degrees");
+    app.add_option("--beta", arguments->reference.beta, "angle of sideslip, degrees");
     app.add_option("--patch", arguments->patches, "zone to take; by default every one")
         ->take_all()
         ->allow_extra_args(false);

@@ -139,4 +139,8 @@ std::string valid_utf8(std::string_view text) {
     return valid;
 }
 
+std::string xml_escaped(std::string_view text) {
+    return escape(valid_utf8(text));
+}
+
 }  // namespace vyn

@@ -36,4 +36,7 @@ bool xml_can_hold(std::string_view text);
 /// file names, which may be any bytes, in documents that must be UTF-8.
 std::string valid_utf8(std::string_view text);
 
+/// A text as it stands between tags and in quoted attributes of XML and HTML, `valid_utf8` before.
+std::string xml_escaped(std::string_view text);
+
 }  // namespace vyn

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 
 #include "core/errors.h"
 
@@ -48,14 +49,16 @@ void add_face(const Field& mesh, const Surface& surface, std::size_t t,
     loads.moment = loads.moment - cross(first, vector);
 }
 
-PatchLoads loads_of(const Field& mesh, const Surface& surface, const Field::Zone& zone,
-                    const LoadsRequest& request) {
+/// `faces` in the order in which they are summed.
+template <class Faces>
+PatchLoads loads_of(const Field& mesh, const Surface& surface, const std::string& name,
+                    const Faces& faces, const LoadsRequest& request) {
     const Field::Quantity& quantity = quantity_of(mesh, request.quantity);
     const Field::Quantity* sigma = mesh.find("sigma_pose");
     PatchLoads loads;
-    loads.name = zone.name;
+    loads.name = name;
     PatchLoads deviation;
-    for (auto t = zone.first_triangle; t < zone.end_triangle(); ++t) {
+    for (const std::size_t t : faces) {
         if (!surface.counts[t]) continue;
         const Vec3 vector = 0.5 * surface.area_vector(mesh, t);
         loads.area += length(vector);
@@ -95,12 +98,23 @@ std::vector<PatchLoads> surface_loads(const Field& mesh, const Surface& surface,
     std::vector<PatchLoads> patches;
     PatchLoads sum;
     sum.name = "sum";
+    const auto take = [&](const std::string& name, const auto& faces) {
+        patches.push_back(loads_of(mesh, surface, name, faces, request));
+        add(sum, patches.back());
+    };
+    for (const FacePatch& patch : request.patches) {
+        if (std::ranges::any_of(patch.faces,
+                                [&](std::size_t t) { return t >= mesh.triangles.size(); }))
+            throw AlgoError("Algorithm error!",
+                            "patch '" + patch.name + "' has faces that the mesh has not");
+        take(patch.name, patch.faces);
+    }
     for (const auto& zone : mesh.zones) {
+        if (!request.patches.empty()) break;
         const bool wanted = request.zones.empty() ||
                             std::ranges::find(request.zones, zone.name) != request.zones.end();
         if (!wanted) continue;
-        patches.push_back(loads_of(mesh, surface, zone, request));
-        add(sum, patches.back());
+        take(zone.name, std::views::iota(zone.first_triangle, zone.end_triangle()));
     }
     patches.push_back(sum);
     return patches;

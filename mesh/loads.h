@@ -8,12 +8,19 @@
 
 namespace vyn {
 
+/// Faces of the mesh under a name.
+struct FacePatch {
+    std::string name;
+    std::vector<std::size_t> faces;
+};
+
 /// What the loads of a field are taken from.
 struct LoadsRequest {
-    std::string quantity;            ///< at the nodes or cells: pressure, or a coefficient
-    double reference = 0;            ///< subtracted from the values: the static pressure; of Cp 0
-    Vec3 about{};                    ///< moments' point, in the mesh's unit
-    std::vector<std::string> zones;  ///< empty: all, each a patch of its own, and their sum
+    std::string quantity;              ///< at the nodes or cells: pressure, or a coefficient
+    double reference = 0;              ///< subtracted from the values: the static pressure; of Cp 0
+    Vec3 about{};                      ///< moments' point, in the mesh's unit
+    std::vector<std::string> zones;    ///< empty: all, each a patch of its own, and their sum
+    std::vector<FacePatch> patches{};  ///< unless empty, these are taken in the zones' place
 };
 
 /// Force and moment of a patch. Faces with a place that was not seen do not count; the shares say
@@ -34,7 +41,7 @@ struct PatchLoads {
 
 /// Loads of every patch, the sum of them last under the name "sum". Values are linear on each
 /// triangle, and moments exact for that: ∫ p x dA = A/12 Σ (1 + δij) pi xj. So a linear pressure on
-/// a closed body gives -V grad p. Raises AlgoError for a quantity or zone that is not there.
+/// a closed body gives -V grad p. Raises AlgoError for a quantity, zone or face that is not there.
 std::vector<PatchLoads> surface_loads(const field_data<double>& mesh, const Surface& surface,
                                       const LoadsRequest& request);
 

@@ -22,6 +22,15 @@ class PictureFrame {
     int field_y() const { return field_y_; }
     int field_width() const { return field_width_; }
     int field_height() const { return field_height_; }
+    int width() const { return width_; }
+    int height() const { return height_; }
+    /// The colour bar's rectangle and its ticks, where there is one.
+    int bar_x() const { return bar_x_; }
+    int bar_y() const { return bar_y_; }
+    int bar_width() const { return bar_width_; }
+    int bar_height() const { return bar_height_; }
+    const Ticks& ticks() const { return ticks_; }
+    const FrameOptions& options() const { return options_; }
     /// Height of capitals; everything about the drawing is in proportion to it.
     double letters() const { return letters_; }
 

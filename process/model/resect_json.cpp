@@ -133,6 +133,39 @@ ReportedPose reported_pose(const json& view) {
     }
 }
 
+ViewResult reported_view(const json& view) {
+    const ReportedPose pose = reported_pose(view);
+    ViewResult result;
+    result.name = pose.name;
+    result.camera = result.camera_before = pose.camera;
+    result.pose = pose.pose;
+    result.rms = pose.rms;
+    try {
+        result.paired_how = view.at("paired");
+        result.used = view.at("pairs");
+        result.dots = view.at("dots");
+        result.largest = view.at("largest_px");
+        result.largest_at = view.at("largest_at_marker");
+        result.leave_one_out_rms = view.at("leave_one_out_rms_px");
+        result.hull_share = view.at("hull_share");
+        for (const json& marker : view.at("markers")) {
+            const auto pixel = marker.at("pixel").get<std::array<double, 2>>();
+            const auto place = marker.at("place_mm").get<std::array<double, 3>>();
+            result.markers.push_back({marker.at("marker"),
+                                      marker.at("dot"),
+                                      {place[0], place[1], place[2]},
+                                      {pixel[0], pixel[1]},
+                                      marker.at("dx"),
+                                      marker.at("dy"),
+                                      marker.at("standardised"),
+                                      marker.at("used")});
+        }
+    } catch (const json::exception& error) {
+        throw AlgoError("Algorithm error!", std::string("no residuals of a view: ") + error.what());
+    }
+    return result;
+}
+
 json projection_json(const ProjectionResult& result, const std::vector<ProjectedView>& views,
                      const field_data<double>& mesh) {
     json list = json::array();

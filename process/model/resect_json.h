@@ -23,6 +23,9 @@ struct ReportedPose {
 };
 ReportedPose reported_pose(const nlohmann::json& view);
 
+/// The same view with its markers and their residuals. Raises AlgoError when the entry is none.
+ViewResult reported_view(const nlohmann::json& view);
+
 /// What projecting did: nodes seen and lost by view, shares of the area by zone.
 nlohmann::json projection_json(const ProjectionResult& result,
                                const std::vector<ProjectedView>& views,

@@ -1,10 +1,25 @@
 #include "process/model/shown_model.h"
 
+#include <utility>
+
+#include "calib/flow.h"
+#include "calib/units.h"
 #include "core/errors.h"
+#include "core/keys.h"
 #include "process/model/mesh_cache.h"
 #include "process/model/model_inputs.h"
 
 namespace vyn {
+
+/// Reference of loads where the values are pressures.
+void ShowModelTask::take_flow() {
+    const auto* pressure = model_->mesh.find("P");
+    flowFeatures flow;
+    read(std::as_const(session_.data), std::string(keys::flow), flow);
+    if (!pressure || pressure->unit.empty() || !(flow.dynamic_p > 0)) return;
+    model_->static_pressure = convert_pressure(flow.static_p, flow.p_unit, pressure->unit);
+    model_->dynamic_pressure = convert_pressure(flow.dynamic_p, flow.p_unit, pressure->unit);
+}
 
 TaskOutcome ShowModelTask::run(TaskContext& context) {
     context.status("Preparing the model");
@@ -13,6 +28,10 @@ TaskOutcome ShowModelTask::run(TaskContext& context) {
     model_->prepared = prepare_once(mesh, context);
     model_->mm_per_unit = mm_per(mesh_unit_of(mesh, session_.data));
     model_->mesh = std::move(mesh);
+    take_flow();
+    if (file_.empty())
+        model_->ports =
+            ports_on_model(session_, model_->mesh, model_->surface(), model_->mm_per_unit, context);
     return TaskOutcome::done;
 }
 

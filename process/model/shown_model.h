@@ -6,6 +6,7 @@
 
 #include "core/task.h"
 #include "mesh/prepared_mesh.h"
+#include "process/model/model_ports.h"
 #include "process/point/session.h"
 
 namespace vyn {
@@ -16,6 +17,10 @@ struct ShownModel {
     field_data<double> mesh;
     std::shared_ptr<const PreparedMesh> prepared;
     double mm_per_unit = 1;
+    std::vector<ModelPort> ports;  ///< of the point, with values of its field
+    /// The flow's, in the unit of the mesh's pressure; 0 and 1 where that is not known.
+    double static_pressure = 0;
+    double dynamic_pressure = 1;
 
     const Surface& surface() const { return prepared->surface; }
 };
@@ -31,6 +36,8 @@ class ShowModelTask final : public Task {
     std::shared_ptr<const ShownModel> model() const { return model_; }
 
   private:
+    void take_flow();
+
     Session session_;
     std::filesystem::path file_;
     std::shared_ptr<ShownModel> model_ = std::make_shared<ShownModel>();

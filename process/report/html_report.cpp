@@ -4,10 +4,11 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
-#include <span>
 
 #include "core/numbers.h"
 #include "core/xml_writer.h"
+#include "process/report/html_model.h"
+#include "process/report/html_parts.h"
 
 namespace vyn {
 
@@ -25,64 +26,6 @@ std::string pixels(double value) {
     return format_general(value, 3);
 }
 
-std::string base64(std::span<const std::byte> bytes) {
-    static constexpr char digits[] =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k)
-            group = group << 8 | (k < count ? std::to_integer<std::uint32_t>(bytes[i + k]) : 0);
-        for (std::size_t k = 0; k < 4; ++k)
-            text += k <= count ? digits[group >> (18 - 6 * k) & 63] : '=';
-    }
-    return text;
-}
-
-std::string picture(const std::vector<std::byte>& png, const std::string& alternative) {
-    if (png.empty()) return {};
-    return "<img alt=\"" + html_escaped(alternative) + "\" src=\"data:image/png;base64," +
-           base64(png) + "\">";
-}
-
-/// A table row by row; texts are escaped here.
-class Table {
-  public:
-    explicit Table(const std::vector<std::string>& heads) { row(heads, "th"); }
-    void add(const std::vector<std::string>& cells) { row(cells, "td"); }
-    std::string html() const {
-        return "<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\">\n" + rows_ + "</table>\n";
-    }
-
-  private:
-    void row(const std::vector<std::string>& cells, const std::string& tag) {
-        const std::string opening = "<" + tag + ">";
-        const std::string closing = "</" + tag + ">";
-        rows_ += "<tr>";
-        for (const std::string& cell : cells)
-            rows_.append(opening).append(html_escaped(cell)).append(closing);
-        rows_ += "</tr>\n";
-    }
-    std::string rows_;
-};
-
-std::string heading(const std::string& text) {
-    return "<h2>" + html_escaped(text) + "</h2>\n";
-}
-
-std::string paragraph(const std::string& text) {
-    return text.empty() ? std::string() : "<p>" + html_escaped(text) + "</p>\n";
-}
-
-std::string list(const std::vector<std::string>& items) {
-    std::string html = "<ul>\n";
-    for (const std::string& item : items)
-        html += "<li>" + html_escaped(item) + "</li>\n";
-    return html + "</ul>\n";
-}
-
 std::string verdict(const PointCheck& check) {
     if (!check.aligned && !check.computed)
         return "How the pictures were aligned is not known: the field does not come from a run of "
@@ -95,7 +38,7 @@ std::string verdict(const PointCheck& check) {
 /// What must not be overlooked.
 std::string alarm(const PointCheck& check) {
     return "<p style=\"color: red; font-weight: bold\">" +
-           html_escaped("The result is not to be trusted: " + check.unaligned) + "</p>\n";
+           xml_escaped("The result is not to be trusted: " + check.unaligned) + "</p>\n";
 }
 
 /// Residuals of every marker, the largest first.
@@ -107,7 +50,7 @@ std::string residuals(const MarkerMatch& match) {
         return std::hypot(match.residuals[i].x, match.residuals[i].y);
     };
     std::ranges::stable_sort(order, std::greater<>(), distance);
-    Table table({"marker", "x", "y", "residual x, px", "residual y, px", "distance, px"});
+    HtmlTable table({"marker", "x", "y", "residual x, px", "residual y, px", "distance, px"});
     for (const std::size_t i : order)
         table.add({number(std::int64_t{match.pairs[i].reference_id}),
                    number(match.pairs[i].reference.x), number(match.pairs[i].reference.y),
@@ -119,8 +62,8 @@ std::string residuals(const MarkerMatch& match) {
 /// One row per picture aligned by the texture of the paint.
 std::string by_texture(const PointCheck& check) {
     if (check.by_texture.empty()) return {};
-    Table table({"alignment by texture", "cells measured", "median displacement, px", "largest, px",
-                 "left after the markers, px", "largest left, px", "at"});
+    HtmlTable table({"alignment by texture", "cells measured", "median displacement, px",
+                     "largest, px", "left after the markers, px", "largest left, px", "at"});
     for (const auto& [what, found] : check.by_texture) {
         const CorrelationStatistics& s = found.statistics;
         const std::string cells = std::to_string(s.measured) + " of " + std::to_string(s.cells);
@@ -138,7 +81,7 @@ std::string by_texture(const PointCheck& check) {
 
 /// One row per alignment.
 std::string alignments(const PointCheck& check) {
-    Table table(
+    HtmlTable table(
         {"alignment", "pairs of markers", "root mean square, px", "largest, px", "at marker"});
     for (const auto& [what, match] : check.alignments)
         if (match.ok)
@@ -146,52 +89,52 @@ std::string alignments(const PointCheck& check) {
                        pixels(match.max_absolute_error), std::to_string(match.max_error_marker)});
         else
             table.add({what, std::to_string(match.pairs.size()), match.failure, "", ""});
-    std::string html =
-        heading("Alignment") + (check.unaligned.empty() ? paragraph(verdict(check)) : alarm(check));
+    std::string html = html_heading("Alignment") +
+                       (check.unaligned.empty() ? html_paragraph(verdict(check)) : alarm(check));
     if (!check.alignments.empty()) html += table.html();
     if (check.consistency)
-        html += paragraph("Consistency of the channels' alignments: root mean square " +
-                          pixels(check.consistency->rms) + " px, largest " +
-                          pixels(check.consistency->max) + " px at " +
-                          std::to_string(check.consistency->points) + " markers");
-    return html + paragraph(check.noise) + by_texture(check);
+        html += html_paragraph("Consistency of the channels' alignments: root mean square " +
+                               pixels(check.consistency->rms) + " px, largest " +
+                               pixels(check.consistency->max) + " px at " +
+                               std::to_string(check.consistency->points) + " markers");
+    return html + html_paragraph(check.noise) + by_texture(check);
 }
 
 /// Leave-one-out errors and the residuals of every marker.
 std::string alignment_details(const AlignmentCheck& check) {
     const MarkerMatch& match = check.match;
     if (!match.ok) return {};
-    Table orders({"order of the mapping", "leave-one-out error, px"});
+    HtmlTable orders({"order of the mapping", "leave-one-out error, px"});
     const auto& errors = match.orders.leave_one_out;
     for (std::size_t order = 0; order < errors.size(); ++order) {
         if (!errors[order]) continue;
         const bool best = match.orders.suggested == static_cast<int>(order);
         orders.add({std::to_string(order) + (best ? " (smallest)" : ""), pixels(*errors[order])});
     }
-    return heading("Markers: " + check.what) + orders.html() + "<p></p>\n" + residuals(match);
+    return html_heading("Markers: " + check.what) + orders.html() + "<p></p>\n" + residuals(match);
 }
 
 std::string ports(const PointCheck& check) {
     const PortComparison& comparison = check.ports;
-    std::string html = heading("Pressure ports");
+    std::string html = html_heading("Pressure ports");
     if (comparison.ports.empty() && comparison.left_out.empty())
-        return html + paragraph("No ports with pressures were given.");
+        return html + html_paragraph("No ports with pressures were given.");
     if (!comparison.ports.empty()) {
-        Table table({"port", "measured: " + check.quantity, "field", "difference"});
+        HtmlTable table({"port", "measured: " + check.quantity, "field", "difference"});
         for (const PortCheck& port : comparison.ports)
             table.add({number(std::int64_t{port.number}), number(port.tap), number(port.field),
                        number(port.difference())});
-        html += paragraph("Differences: root mean square " + number(comparison.rms) + ", largest " +
-                          number(comparison.max)) +
+        html += html_paragraph("Differences: root mean square " + number(comparison.rms) +
+                               ", largest " + number(comparison.max)) +
                 table.html();
     }
-    return comparison.left_out.empty() ? html : html + list(comparison.left_out);
+    return comparison.left_out.empty() ? html : html + html_list(comparison.left_out);
 }
 
 std::string conversion(const PreparedConversion& prepared) {
     const flowFeatures& flow = prepared.flow_in_paint_units;
     const PaintLaw& law = prepared.conversion.law;
-    Table table({"as it enters the law", "value"});
+    HtmlTable table({"as it enters the law", "value"});
     const std::string pressure = ", " + flow.p_unit;
     const std::string temperature = ", " + flow.t_unit;
     table.add({"wind-off pressure" + pressure, number(flow.wind_off_p)});
@@ -203,12 +146,12 @@ std::string conversion(const PreparedConversion& prepared) {
     table.add({"a", number(law.a)});
     table.add({"b", number(law.b)});
     table.add({"c", number(law.c)});
-    return heading("Law") + table.html();
+    return html_heading("Law") + table.html();
 }
 
 std::string stages(const PointReport& report) {
     std::string html =
-        heading("Stages") +
+        html_heading("Stages") +
         "<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\">\n"
         "<tr><th>picture</th><th>image</th><th>quantity</th><th>size</th><th>valid</th>"
         "<th>saturated</th><th>minimum</th><th>mean</th><th>maximum</th></tr>\n";
@@ -225,9 +168,9 @@ std::string stages(const PointReport& report) {
             some ? number(values.minimum) : "",
             some ? number(values.mean) : "",
             some ? number(values.maximum) : ""};
-        html += "<tr><td>" + picture(report.thumbnails[i], stage.label) + "</td>";
+        html += "<tr><td>" + html_picture(report.thumbnails[i], stage.label) + "</td>";
         for (const std::string& cell : cells)
-            html += "<td>" + html_escaped(cell) + "</td>";
+            html += "<td>" + xml_escaped(cell) + "</td>";
         html += "</tr>\n";
     }
     return html + "</table>\n";
@@ -235,53 +178,34 @@ std::string stages(const PointReport& report) {
 
 }  // namespace
 
-std::string html_escaped(const std::string& text) {
-    std::string escaped;
-    for (const char c : valid_utf8(text))
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    return escaped;
-}
-
 std::string html_report(const PointReport& report) {
     const PointCheck& check = report.check;
     const std::string title = "Check of " + (check.title.empty() ? "a point" : check.title);
     std::string html =
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
-        html_escaped(title) +
+        xml_escaped(title) +
         "</title>\n<style>body { font-family: sans-serif; margin: 2em; } table { border-collapse: "
         "collapse; } td, th { text-align: left; }</style>\n</head>\n<body>\n<h1>" +
-        html_escaped(title) + "</h1>\n" +
-        paragraph("Type of experiment: " + check.experiment + ". Field: " + check.quantity + ".");
-    html += heading("Remarks") +
-            (check.warnings.empty() ? paragraph("None.") : list(texts(check.warnings)));
+        xml_escaped(title) + "</h1>\n" +
+        html_paragraph("Type of experiment: " + check.experiment + ". Field: " + check.quantity +
+                       ".");
+    html += html_heading("Remarks") +
+            (check.warnings.empty() ? html_paragraph("None.") : html_list(texts(check.warnings)));
     html += alignments(check) + ports(check);
     if (!report.histogram.empty())
-        html += heading("Histogram of the field") + "<p>" + picture(report.histogram, "histogram") +
-                "</p>\n";
+        html += html_heading("Histogram of the field") + "<p>" +
+                html_picture(report.histogram, "histogram") + "</p>\n";
     if (check.conversion) html += conversion(*check.conversion);
+    html += html_of_model(report.model);
     html += stages(report);
-    Table inputs({"file", "SHA-256"});
+    HtmlTable inputs({"file", "SHA-256"});
     for (const auto& [file, digest] : report.inputs)
         inputs.add({file, digest});
     for (const AlignmentCheck& alignment : check.alignments)
         html += alignment_details(alignment);
-    return html + heading("Inputs") + inputs.html() + paragraph("Made by " + report.program + ".") +
-           "</body>\n</html>\n";
+    html += html_of_model_markers(report.model);
+    return html + html_heading("Inputs") + inputs.html() +
+           html_paragraph("Made by " + report.program + ".") + "</body>\n</html>\n";
 }
 
 }  // namespace vyn

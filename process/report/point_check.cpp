@@ -111,24 +111,6 @@ flowFeatures conditions_of(const image& field, const flowFeatures& present) {
     return used;
 }
 
-/// A port's pressure, in the unit of the present test conditions, as the field would have it.
-double in_quantity(const image& field, double pressure, const flowFeatures& present) {
-    const flowFeatures used = conditions_of(field, present);
-    if (used.p_unit != present.p_unit)
-        pressure = convert_pressure(pressure, present.p_unit, used.p_unit);
-    if (field.quantity.kind == Quantity::Kind::p_over_static) return pressure / used.static_p;
-    if (field.quantity.kind == Quantity::Kind::cp)
-        return (pressure - used.static_p) / used.dynamic_p;
-    return pressure;
-}
-
-bool is_comparable(Quantity quantity) {
-    using Kind = Quantity::Kind;
-    return !quantity.deviation &&
-           (quantity.kind == Kind::pressure || quantity.kind == Kind::p_over_static ||
-            quantity.kind == Kind::cp);
-}
-
 PortComparison compare_ports(const image& field, const MarkerSet& ports, const flowFeatures& flow) {
     PortComparison result;
     if (!is_comparable(field.quantity)) {
@@ -141,8 +123,7 @@ PortComparison compare_ports(const image& field, const MarkerSet& ports, const f
     result.left_out = std::move(samples.left_out);
     double squares = 0;
     for (const CalibrationPoint& sample : samples.points) {
-        const PortCheck port{sample.number, in_quantity(field, sample.pressure, flow),
-                             sample.ratio};
+        const PortCheck port{sample.number, port_value(field, sample.pressure, flow), sample.ratio};
         squares += port.difference() * port.difference();
         result.max = std::max(result.max, std::abs(port.difference()));
         result.ports.push_back(port);
@@ -214,6 +195,23 @@ void range_remark(const image& field, const PreparedConversion& prepared,
 }
 
 }  // namespace
+
+double port_value(const image& field, double pressure, const flowFeatures& present) {
+    const flowFeatures used = conditions_of(field, present);
+    if (used.p_unit != present.p_unit)
+        pressure = convert_pressure(pressure, present.p_unit, used.p_unit);
+    if (field.quantity.kind == Quantity::Kind::p_over_static) return pressure / used.static_p;
+    if (field.quantity.kind == Quantity::Kind::cp)
+        return (pressure - used.static_p) / used.dynamic_p;
+    return pressure;
+}
+
+bool is_comparable(Quantity quantity) {
+    using Kind = Quantity::Kind;
+    return !quantity.deviation &&
+           (quantity.kind == Kind::pressure || quantity.kind == Kind::p_over_static ||
+            quantity.kind == Kind::cp);
+}
 
 MarkerSet ports_of_point(const dataSetInterface& data, const imagesList& images) {
     for (const char* name : {names::field, names::ratio})

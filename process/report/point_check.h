@@ -69,6 +69,11 @@ struct PointCheck {
     std::vector<Warning> warnings;
 };
 
+/// Whether ports can be held against a field of that quantity, and a port's pressure, in the unit
+/// of the present test conditions, as the field would have it.
+bool is_comparable(Quantity quantity);
+double port_value(const image& field, double pressure, const flowFeatures& present);
+
 /// The pressure ports that the field or the ratio image carries (markers with pressures), else
 /// those of the project's port file. Empty when there are none.
 MarkerSet ports_of_point(const dataSetInterface& data, const imagesList& images);

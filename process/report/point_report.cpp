@@ -27,8 +27,8 @@ std::vector<std::byte> thumbnail(const image& picture, Progress& progress) {
 }  // namespace
 
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
-                              const imagesList& images, const MarkerSet& ports,
-                              Progress& progress) {
+                              const imagesList& images, const field_data<double>& mesh,
+                              const MarkerSet& ports, Progress& progress) {
     PointReport result;
     result.check = check_point(report, data, images, ports);
     const auto& stages = result.check.stages;
@@ -46,6 +46,7 @@ PointReport make_point_report(const RunReport& report, const dataSetInterface& d
         result.histogram = png_bytes(
             draw_histogram(histogram, result.check.quantity, histogram_width, histogram_height));
     }
+    result.model = make_model_report(report, images, mesh, progress);
     for (Warning& warning : result.check.warnings)
         warning.text = for_report(std::move(warning.text), data, images);
     result.check.unaligned = for_report(std::move(result.check.unaligned), data, images);
@@ -61,7 +62,8 @@ TaskOutcome PointReportTask::run(TaskContext& context) {
     context.status("Checking the point");
     const MarkerSet ports =
         ports_.markers.empty() ? ports_of_point(session_.data, session_.images) : ports_;
-    *result_ = make_point_report(*report_, session_.data, session_.images, ports, context);
+    *result_ =
+        make_point_report(*report_, session_.data, session_.images, session_.field, ports, context);
     return TaskOutcome::done;
 }
 

@@ -8,6 +8,7 @@
 
 #include "core/task.h"
 #include "process/point/session.h"
+#include "process/report/model_report.h"
 #include "process/report/point_check.h"
 
 namespace vyn {
@@ -17,14 +18,16 @@ struct PointReport {
     PointCheck check;
     std::vector<std::vector<std::byte>> thumbnails;  ///< of the check's stages, in their order
     std::vector<std::byte> histogram;                ///< of the field; empty without one
+    ModelReport model;
     std::vector<std::pair<std::string, std::string>> inputs;  ///< files and their SHA-256
     std::string program;                                      ///< with its version
 };
 
-/// Looks at the results in the image list and draws their pictures; `ports` as for check_point.
-/// Raises Aborted when told to stop.
+/// Looks at the results in the image list and on the mesh and draws their pictures; `ports` as for
+/// check_point. Raises Aborted when told to stop.
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
-                              const imagesList& images, const MarkerSet& ports, Progress& progress);
+                              const imagesList& images, const field_data<double>& mesh,
+                              const MarkerSet& ports, Progress& progress);
 
 /// The same on the worker; without ports of its own it takes those that the images carry. The
 /// result is there when it is done.

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <vector>
 
 #include "mesh/normals.h"
 #include "render/colour_map.h"
@@ -18,7 +20,12 @@ struct ModelLook {
     const field_data<double>::Quantity* quantity = nullptr;
     bool light = true;   ///< from the eye's upper left; without it colours are those of the palette
     bool edges = false;  ///< of the file's cells, where they are more than some pixels large
-    bool silhouettes = true;  ///< dark outlines
+    bool silhouettes = true;     ///< dark outlines
+    std::vector<double> levels;  ///< of isolines, rising; empty: none
+    int isoline_pixels = 1;      ///< their width
+    /// By face the number of the patch that it is painted for, from 1; 0 or empty: none.
+    std::span<const std::uint8_t> patches;
+    std::span<const std::uint8_t> hidden_zones;  ///< 1 by zone, for whole pictures; may be empty
     std::uint32_t unseen = 0xFFB8B8B8;
     std::uint32_t background = 0xFFFFFFFF;
 };
@@ -31,6 +38,9 @@ struct ModelProbe {
     Vec3 place{};
     double value = 0;  ///< linear between nodes, or the cell's; NaN = not seen
 };
+
+/// The colour that faces of a patch, from 1, are tinted with, as 0xAARRGGBB.
+std::uint32_t patch_colour(std::uint8_t patch);
 
 /// A value at a place of a face; NaN where one of its nodes was not seen.
 double value_on_face(const field_data<double>& mesh, const Surface& surface,

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "render/picture_frame.h"
+#include "render/svg_picture.h"
 
 namespace vyn {
 
@@ -15,14 +16,25 @@ RgbPicture draw_model_picture(const field_data<double>& mesh, const Surface& sur
     RgbPicture out = frame.paper();
     const ModelView fine = resized(view, fineness * view.width, fineness * view.height);
     look.colours = colour_map(options.limits.minimum, options.limits.maximum, options.palette);
+    look.isoline_pixels *= fineness;
     VisibleFaces faces;
-    faces.draw(mesh, surface, fine, {}, progress);
+    faces.draw(mesh, surface, fine, look.hidden_zones, progress);
     Bitmap<std::uint32_t> pixels(fine.width, fine.height);
     paint_model(mesh, surface, normals, faces, look, {pixels.row(0), pixels.stride()}, progress);
     average_pixels({pixels.row(0), pixels.stride()}, fineness, view.width, view.height,
                    frame.field_x(), frame.field_y(), out);
     frame.draw(out);
     return out;
+}
+
+std::string draw_model_svg(const field_data<double>& mesh, const Surface& surface,
+                           const VertexNormals& normals, const ModelView& view,
+                           const ModelLook& look, const FrameOptions& options, Progress& progress) {
+    FrameOptions bare = options;
+    bare.colour_bar = false;
+    bare.title.clear();
+    const RgbPicture field = draw_model_picture(mesh, surface, normals, view, look, bare, progress);
+    return svg_of(field, options);
 }
 
 Limits robust_limits(const field_data<double>::Quantity& quantity) {

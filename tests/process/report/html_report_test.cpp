@@ -1,10 +1,14 @@
 #include "process/report/html_report.h"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "core/errors.h"
+#include "process/model/resect_json.h"
+#include "process/model/residual_picture.h"
 #include "render/histogram_picture.h"
 #include "render/picture.h"
+#include "tests/support/meshes.h"
 
 namespace vyn::test {
 namespace {
@@ -110,7 +114,7 @@ TEST(PointReportTest, HasAThumbnailOfEveryStage) {
     images.add(ramp("field_P", 50, 40));
     simpleNamedDataSet data;
     Progress progress;
-    const PointReport report = make_point_report({}, data, images, {}, progress);
+    const PointReport report = make_point_report({}, data, images, {}, {}, progress);
     ASSERT_EQ(report.thumbnails.size(), 2u);
     EXPECT_FALSE(report.histogram.empty());
     const auto width_of = [](const std::vector<std::byte>& png) {
@@ -121,6 +125,60 @@ TEST(PointReportTest, HasAThumbnailOfEveryStage) {
     const std::string html = html_report(report);
     EXPECT_EQ(pictures_of(html).size(), 3u);
     EXPECT_THAT(html, HasSubstr("<td>a&amp;b.tif</td><td>0123abcd</td>"));
+}
+
+/// Poses as the run told them, residuals in proportion, the model from four sides; nothing where
+/// the mesh has no values.
+TEST(PointReportTest, ShowsTheModelWhereThereIsOne) {
+    ViewResult view;
+    view.name = "wind_off_sens";
+    view.camera = {500, 500, {31.5, 31.5, 0, 0}, 64, 64};
+    view.paired_how = "by number";
+    view.markers = {
+        {.marker_id = 3, .dot_id = 3, .dot = {10, 20}, .dx = 0.01, .used = true},
+        {.marker_id = 17, .dot_id = 17, .dot = {30, 40}, .dx = 4, .used = false},
+        {.marker_id = 5, .dot_id = 5, .dot = {40, 50}, .dx = 0, .dy = -0.05, .used = true}};
+    const double factor = residual_factor(view.markers, 64);
+    EXPECT_EQ(factor, 100);
+    const RgbPicture drawn = draw_residuals(nullptr, view, factor, 64);
+    const auto is_white = [&](int x, int y) {
+        const std::uint8_t* pixel = drawn.at(x, y);
+        return pixel[0] == 255 && pixel[1] == 255 && pixel[2] == 255;
+    };
+    EXPECT_FALSE(is_white(40, 46));
+    EXPECT_GT(drawn.at(40, 48)[0], drawn.at(40, 48)[2]);  // the largest is red
+    EXPECT_TRUE(is_white(40, 43));
+
+    ResectReport found;
+    found.views = {view};
+    found.remarks = {"marker No 17 is 4 px off and was left out"};
+    RunReport run;
+    run.model = nlohmann::json{{"resection", resection_json(found)},
+                               {"projection", {{"covered_share", 0.25}}}}
+                    .dump();
+    imagesList images;
+    images.add(ramp("wind_off_sens", 64, 64));
+    simpleNamedDataSet data;
+    Progress progress;
+    field_data<double> mesh = cube(2, 100);
+    const auto page = [&] {
+        return html_report(make_point_report(run, data, images, mesh, {}, progress));
+    };
+    const std::string without = page();
+    EXPECT_THAT(without, Not(HasSubstr("On the model")));
+    mesh.quantities.push_back({"P", std::vector<double>(mesh.vertices.size(), 9e4), "Pa"});
+    const std::string html = page();
+    EXPECT_EQ(pictures_of(html).size(), pictures_of(without).size() + 5);
+    EXPECT_THAT(html, HasSubstr("Shown: P, Pa. Area seen: 25 %."));
+    EXPECT_THAT(html, HasSubstr("<li>marker No 17 is 4 px off"));
+    EXPECT_THAT(html, HasSubstr("drawn 100 times as long"));
+    // The largest first, whether used or not.
+    const auto row = [&](int id) {
+        return html.find("<tr><td>" + std::to_string(id) + "</td><td>");
+    };
+    EXPECT_LT(row(17), row(5));
+    EXPECT_LT(row(5), row(3));
+    EXPECT_NE(row(3), std::string::npos);
 }
 
 /// Bars stand on the base line, as high as their counts.
