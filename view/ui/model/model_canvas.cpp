@@ -57,6 +57,29 @@ void ModelCanvas::set_lines(std::vector<std::vector<Vec3>> lines) {
     update();
 }
 
+void ModelCanvas::set_brush(int radius) {
+    brush_ = radius;
+    update();
+}
+
+void ModelCanvas::paint_at(QPoint place, Stroke stroke) {
+    if (stale_ || drawn_ != Detail::whole) draw(Detail::whole);
+    std::vector<std::size_t> seen;
+    for (int y = std::max(place.y() - brush_, 0); y <= std::min(place.y() + brush_, height() - 1);
+         ++y)
+        for (int x = std::max(place.x() - brush_, 0);
+             x <= std::min(place.x() + brush_, width() - 1); ++x) {
+            const QPoint off = QPoint(x, y) - place;
+            if (QPoint::dotProduct(off, off) > brush_ * brush_) continue;
+            if (const auto face = faces_.face(x, y); face != VisibleFaces::nothing)
+                seen.push_back(static_cast<std::size_t>(face));
+        }
+    std::ranges::sort(seen);
+    const auto rest = std::ranges::unique(seen);
+    seen.erase(rest.begin(), rest.end());
+    if (!seen.empty()) Q_EMIT painted(seen, stroke);
+}
+
 void ModelCanvas::set_model_view(const ModelView& view) {
     fit([this, view] { return resized(view, std::max(width(), 1), std::max(height(), 1)); });
 }
@@ -110,6 +133,8 @@ void ModelCanvas::draw(Detail detail) {
     look.quantity = quantity();
     look.light = display_.light;
     look.edges = display_.edges;
+    look.levels = display_.levels;
+    look.patches = display_.patches;
     look.background = palette().color(QPalette::Base).rgb();
     faces_.draw(model_->mesh, model_->surface(), drawn, display_.hidden_zones, quiet);
     paint_model(model_->mesh, model_->surface(), model_->prepared->normals, faces_, look,
@@ -134,7 +159,7 @@ void ModelCanvas::paintEvent(QPaintEvent*) {
         painter.fillRect(rect(), palette().color(QPalette::Base));
         return;
     }
-    const bool moving = button_ != Qt::NoButton;
+    const bool moving = button_ != Qt::NoButton && !(brush_ > 0 && button_ == Qt::LeftButton);
     const Detail wanted = moving && seconds_ > slow ? Detail::half : Detail::whole;
     if (stale_ || (drawn_ != wanted && !moving)) draw(wanted);
     painter.drawImage(rect(), picture_);
@@ -155,6 +180,10 @@ void ModelCanvas::draw_overlays(QPainter& painter) {
             const auto b = point_of(line[i]);
             if (a && b) painter.drawLine(*a, *b);
         }
+    if (brush_ > 0 && underMouse()) {
+        painter.setPen(QPen(palette().color(QPalette::Text), 1, Qt::DashLine));
+        painter.drawEllipse(QPointF(last_), brush_, brush_);
+    }
     if (!display_.markers) return;
     constexpr double radius = 5;
     for (const Marker& marker : markers_) {
@@ -188,6 +217,9 @@ void ModelCanvas::mousePressEvent(QMouseEvent* event) {
     if (button_ == Qt::LeftButton && event->modifiers().testFlag(Qt::ShiftModifier))
         button_ = Qt::MiddleButton;
     last_ = event->pos();
+    if (brush_ > 0 && button_ == Qt::LeftButton && model_)
+        paint_at(last_,
+                 event->modifiers().testFlag(Qt::ControlModifier) ? Stroke::wipe : Stroke::paint);
 }
 
 void ModelCanvas::mouseMoveEvent(QMouseEvent* event) {
@@ -196,6 +228,10 @@ void ModelCanvas::mouseMoveEvent(QMouseEvent* event) {
     last_ = event->pos();
     switch (button_) {
         case Qt::LeftButton:
+            if (brush_ > 0)
+                return paint_at(last_, event->modifiers().testFlag(Qt::ControlModifier)
+                                           ? Stroke::wipe
+                                           : Stroke::paint);
             change(turned(view_, pivot(), degrees_per_pixel * step.x(),
                           -degrees_per_pixel * step.y()));
             return;
@@ -208,6 +244,7 @@ void ModelCanvas::mouseMoveEvent(QMouseEvent* event) {
         default:
             break;
     }
+    if (brush_ > 0) update();
     if (stale_ || drawn_ != Detail::whole) return;
     Q_EMIT probed(probe_model(model_->mesh, model_->surface(), faces_, quantity(), event->pos().x(),
                               event->pos().y()));

@@ -23,11 +23,15 @@ struct ModelDisplay {
     bool edges = false;
     bool markers = true;
     std::vector<std::uint8_t> hidden_zones;  ///< 1 by zone; may be empty
+    std::vector<double> levels;              ///< of isolines, rising
+    std::vector<std::uint8_t> patches;       ///< by face, numbers from 1; may be empty
 };
 
 /// The model turned in the hand: the left button turns it, the middle one (or Shift and the left)
 /// moves it, the right one and the wheel zoom about the pointer. Arrow keys turn, with Shift they
-/// move; plus and minus zoom. Drawn at half size while it moves, where it is slow.
+/// move; plus and minus zoom. Drawn at half size while it moves, where it is slow. With a brush the
+/// left button paints faces, with Ctrl it takes them off; the right one still zooms, the middle one
+/// moves.
 class ModelCanvas : public QWidget {
     Q_OBJECT
   public:
@@ -42,6 +46,9 @@ class ModelCanvas : public QWidget {
     /// A line over the model, in the mesh's frame, such as a section's.
     void set_lines(std::vector<std::vector<Vec3>> lines);
 
+    /// Its radius in pixels; 0: none, the left button turns.
+    void set_brush(int radius);
+
     const ModelView& model_view() const { return view_; }
     void set_model_view(const ModelView& view);
     /// From afar, the whole model in the window; degrees as `view_from`.
@@ -54,7 +61,11 @@ class ModelCanvas : public QWidget {
     QSize sizeHint() const override { return {900, 700}; }
     QSize minimumSizeHint() const override { return {160, 120}; }
 
+    enum class Stroke { paint, wipe };
+
   Q_SIGNALS:
+    /// The brush went over these faces, those that are seen.
+    void painted(const std::vector<std::size_t>& faces, Stroke stroke);
     /// Under the pointer; nothing beside the model.
     void probed(const std::optional<ModelProbe>& probe);
     void view_changed();
@@ -75,6 +86,7 @@ class ModelCanvas : public QWidget {
     void draw_overlays(QPainter& painter);
     const field_data<double>::Quantity* quantity() const;
     Vec3 pivot() const;
+    void paint_at(QPoint place, Stroke stroke);
     void fit(std::function<ModelView()> choose);
     void change(const ModelView& view);
 
@@ -90,6 +102,7 @@ class ModelCanvas : public QWidget {
     Detail drawn_ = Detail::whole;
     bool stale_ = true;
     double seconds_ = 0;  ///< that a whole picture took
+    int brush_ = 0;
     QPoint last_;
     Qt::MouseButton button_ = Qt::NoButton;
 };

@@ -1,16 +1,15 @@
 #include "view/ui/model/model_viewer.h"
 
 #include <QAction>
-#include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
+#include <algorithm>
 #include <cmath>
 
 #include "core/errors.h"
@@ -19,9 +18,13 @@
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
 #include "core/ui/window_size.h"
+#include "render/model/iso_levels.h"
 #include "render/model/model_picture.h"
+#include "render/ticks.h"
 #include "view/ui/canvas/colour_bar.h"
+#include "view/ui/look/fashion_dialog.h"
 #include "view/ui/look/palette_box.h"
+#include "view/ui/model/loads_panel.h"
 #include "view/ui/model/section_panel.h"
 
 namespace vyn {
@@ -51,7 +54,10 @@ ModelViewer::ModelViewer(QWidget* parent)
       minimum_(new NumberEdit(this)),
       maximum_(new NumberEdit(this)),
       zones_(new QListWidget(this)),
-      section_(new SectionPanel(this)) {
+      isolines_(new QComboBox(this)),
+      levels_(new NumberEdit(this)),
+      section_(new SectionPanel(this)),
+      loads_(new LoadsPanel(this)) {
     setObjectName(QStringLiteral("ModelViewer"));
     auto* center = new QWidget(this);
     auto* row = new QHBoxLayout(center);
@@ -60,6 +66,7 @@ ModelViewer::ModelViewer(QWidget* parent)
     row->addWidget(colour_bar_);
     setCentralWidget(center);
     make_bar();
+    make_isoline_bar();
     make_panels();
     make_menus();
     statusBar();
@@ -102,6 +109,50 @@ void ModelViewer::make_bar() {
     palettes_->refresh(*display_.palette);
 }
 
+void ModelViewer::make_isoline_bar() {
+    QToolBar* bar = addToolBar(tr("Isolines"));
+    bar->setObjectName(QStringLiteral("model_isoline_bar"));
+    isolines_->setObjectName(QStringLiteral("isolines"));
+    isolines_->addItems({tr("none"), tr("number"), tr("step")});
+    isolines_->setToolTip(
+        tr("Lines of equal value: so many between the limits, or at the multiples "
+           "of a step"));
+    levels_->setObjectName(QStringLiteral("isoline_levels"));
+    levels_->set_number(10);
+    levels_->setEnabled(false);
+    levels_->setFixedWidth(fontMetrics().averageCharWidth() * 10);
+    bar->addWidget(new QLabel(tr("Isolines "), bar));
+    bar->addWidget(isolines_);
+    bar->addWidget(levels_);
+    connect(isolines_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int how) {
+        levels_->setEnabled(how > 0);
+        // What is asked for changes its meaning: a round step gives about as many lines.
+        if (how == 1) levels_->set_number(10);
+        if (how == 2) {
+            const Limits& limits = display_.limits;
+            levels_->set_number(make_ticks(limits.minimum, limits.maximum, 12).step);
+        }
+        choose_levels();
+    });
+    connect(levels_, &QLineEdit::editingFinished, this, &ModelViewer::choose_levels);
+}
+
+void ModelViewer::choose_levels() {
+    display_.levels.clear();
+    if (const auto number = levels_->number()) {
+        if (isolines_->currentIndex() == 1)
+            display_.levels =
+                iso_levels(display_.limits, static_cast<int>(std::clamp(*number, 0.0, 1e3)));
+        if (isolines_->currentIndex() == 2)
+            display_.levels = iso_levels_by_step(display_.limits, *number);
+        if (isolines_->currentIndex() > 0 && display_.levels.empty())
+            statusBar()->showMessage(
+                tr("No isolines: a step that gives up to %1 of them between the limits is needed")
+                    .arg(most_iso_levels));
+    }
+    canvas_->set_display(display_);
+}
+
 void ModelViewer::make_panels() {
     const auto dock = [this](const QString& title, const char* name, QWidget* panel) {
         auto* widget = new QDockWidget(title, this);
@@ -111,8 +162,16 @@ void ModelViewer::make_panels() {
         return widget;
     };
     zones_->setObjectName(QStringLiteral("model_zones"));
-    dock(tr("Section"), "section_dock", section_);
+    QDockWidget* section = dock(tr("Section"), "section_dock", section_);
+    tabifyDockWidget(section, dock(tr("Loads"), "loads_dock", loads_));
+    section->raise();
     dock(tr("Zones"), "zones_dock", zones_);
+    connect(loads_, &LoadsPanel::brush_chosen, canvas_, &ModelCanvas::set_brush);
+    connect(canvas_, &ModelCanvas::painted, loads_, &LoadsPanel::paint);
+    connect(loads_, &LoadsPanel::patches_changed, this, [this] {
+        display_.patches = loads_->painted();
+        canvas_->set_display(display_);
+    });
     connect(zones_, &QListWidget::itemChanged, this, [this] {
         if (writing_) return;
         display_.hidden_zones.assign(static_cast<std::size_t>(zones_->count()), 0);
@@ -137,6 +196,9 @@ void ModelViewer::make_menus() {
             tr(view.text), this, [this, view] { canvas_->look_from(view.azimuth, view.elevation); },
             QKeySequence(QLatin1String(view.key)));
     cameras_ = view_menu_->addMenu(tr("As &camera"));
+    view_menu_->addSeparator();
+    view_menu_->addAction(tr("&Palette and limits..."), this, &ModelViewer::edit_fashion,
+                          QKeySequence(QStringLiteral("Ctrl+F")));
     view_menu_->addSeparator();
     const auto toggle = [this](const QString& text, const char* key, bool& shown) {
         QAction* action = view_menu_->addAction(text);
@@ -178,6 +240,7 @@ void ModelViewer::show_model(std::shared_ptr<const ShownModel> model, std::vecto
     } else {
         display();
         section_->set_model(model_, display_.quantity);
+        loads_->set_model(model_, display_.quantity);
     }
 }
 
@@ -207,6 +270,9 @@ void ModelViewer::choose_quantity(const QString& name) {
     display_.quantity = name.toStdString();
     automatic_limits();
     section_->set_model(model_, display_.quantity);
+    loads_->set_model(model_, display_.quantity);
+    display_.patches = loads_->painted();
+    display();
 }
 
 void ModelViewer::automatic_limits() {
@@ -218,15 +284,14 @@ void ModelViewer::set_limits(const Limits& limits) {
     display_.limits = limits;
     minimum_->set_number(limits.minimum);
     maximum_->set_number(limits.maximum);
+    choose_levels();
     display();
 }
 
 void ModelViewer::display() {
     const auto* quantity = model_ ? model_->mesh.find(display_.quantity) : nullptr;
-    Fashion fashion;
-    fashion.limits = display_.limits;
-    fashion.palette = display_.palette;
-    colour_bar_->set_fashion(fashion);
+    colour_bar_->set_fashion(fashion());
+    if (fashion_dialog_) fashion_dialog_->show_fashion(fashion());
     QString label = QString::fromStdString(display_.quantity);
     if (quantity && !quantity->unit.empty())
         label += QStringLiteral(", ") + QString::fromStdString(quantity->unit);
@@ -277,33 +342,6 @@ void ModelViewer::show_section() {
             line.push_back(point.place);
     }
     canvas_->set_lines(std::move(lines));
-}
-
-void ModelViewer::copy_picture() {
-    QGuiApplication::clipboard()->setImage(canvas_->picture());
-}
-
-void ModelViewer::save_picture() {
-    const std::string file =
-        ask_save_file(this, {tr("Save picture"), tr("Picture (*.png)"), QStringLiteral("png"), {}});
-    if (file.empty() || !model_) return;
-    attempt(this, tr("Save picture"), [&] {
-        Progress quiet;
-        FrameOptions frame;
-        frame.limits = display_.limits;
-        frame.palette = *display_.palette;
-        ModelLook look;
-        look.quantity = model_->mesh.find(display_.quantity);
-        look.light = display_.light;
-        look.edges = display_.edges;
-        frame.colour_bar = look.quantity != nullptr;
-        frame.label = display_.quantity;
-        if (look.quantity && !look.quantity->unit.empty())
-            frame.label += ", " + look.quantity->unit;
-        write_png(draw_model_picture(model_->mesh, model_->surface(), model_->prepared->normals,
-                                     canvas_->model_view(), look, frame, quiet),
-                  file);
-    });
 }
 
 }  // namespace vyn

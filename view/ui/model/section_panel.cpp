@@ -9,16 +9,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include <qwt_plot.h>
-#include <qwt_plot_curve.h>
-#include <qwt_scale_engine.h>
-
 #include "core/atomic_file.h"
 #include "core/numbers.h"
 #include "core/ui/command.h"
 #include "core/ui/number_edit.h"
 #include "process/model/section_table.h"
-#include "view/ui/graph/plot_style.h"
+#include "view/ui/model/section_plot.h"
+#include "view/ui/model/section_window.h"
 
 namespace vyn {
 
@@ -27,6 +24,8 @@ namespace {
 constexpr int slider_steps = 1000;
 /// Nearer to the middle than this share of the extent, planes begin beside a plane of symmetry.
 constexpr double first_share = 0.6;
+/// Ports this near to the plane, in diagonals of the model, count as lying in it.
+constexpr double port_reach = 0.01;
 
 /// Of the model along an axis.
 std::pair<double, double> extent(const ShownModel& model, std::size_t axis) {
@@ -44,7 +43,7 @@ SectionPanel::SectionPanel(QWidget* parent)
       value_(new NumberEdit(this)),
       turned_over_(new QCheckBox(tr("Axis turned &over"), this)),
       coefficients_(new QLabel(this)),
-      plot_(new QwtPlot(this)) {
+      plot_(new SectionPlot(this)) {
     axis_->addItems({tr("x ="), tr("y ="), tr("z =")});
     axis_->setCurrentIndex(1);
     axis_->setObjectName(QStringLiteral("section_axis"));
@@ -55,16 +54,20 @@ SectionPanel::SectionPanel(QWidget* parent)
     coefficients_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     coefficients_->setWordWrap(true);
     auto* save = new QPushButton(tr("Save &table..."), this);
-    plot_->setMinimumSize(260, 200);
-    style_plot(*plot_);
     auto* grid = new QGridLayout(this);
     grid->addWidget(axis_, 0, 0);
     grid->addWidget(value_, 0, 1);
     grid->addWidget(slider_, 1, 0, 1, 2);
     grid->addWidget(plot_, 2, 0, 1, 2);
     grid->addWidget(coefficients_, 3, 0, 1, 2);
-    grid->addWidget(turned_over_, 4, 0);
-    grid->addWidget(save, 4, 1);
+    grid->addWidget(turned_over_, 4, 0, 1, 2);
+    auto* graph = new QPushButton(tr("&Graph window"), this);
+    graph->setObjectName(QStringLiteral("section_graph"));
+    graph->setToolTip(tr("The section in a window of its own, where several can be kept"));
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(graph);
+    buttons->addWidget(save);
+    grid->addLayout(buttons, 5, 0, 1, 2);
     grid->setRowStretch(2, 1);
     connect(axis_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int axis) {
         if (writing_ || !model_) return;
@@ -79,6 +82,7 @@ SectionPanel::SectionPanel(QWidget* parent)
             set_plane(axis_->currentIndex(), *value);
     });
     connect(turned_over_, &QCheckBox::toggled, this, [this] { draw(); });
+    connect(graph, &QPushButton::clicked, this, &SectionPanel::show_window);
     connect(save, &QPushButton::clicked, this, &SectionPanel::save_table);
 }
 
@@ -123,46 +127,40 @@ void SectionPanel::cut() {
     const auto offset = value_->number();
     const bool nodal = values && values->place == field_data<double>::Place::node;
     if (nodal && offset) {
-        SectionPlane plane;
-        plane.normal[static_cast<std::size_t>(axis_->currentIndex())] = 1;
-        plane.offset = *offset;
-        section_ = cut_section(model_->mesh, model_->surface(), plane, quantity_);
+        plane_ = {};
+        plane_.normal[static_cast<std::size_t>(axis_->currentIndex())] = 1;
+        plane_.offset = *offset;
+        section_ = cut_section(model_->mesh, model_->surface(), plane_, quantity_);
     }
     draw();
     Q_EMIT section_changed();
 }
 
-void SectionPanel::draw() {
-    curves_.clear();
-    for (const SectionCurve& curve : section_.curves) {
-        QPolygonF points;
-        const auto end = [&] {
-            if (points.size() > 1) {
-                auto& drawn = curves_.emplace_back(std::make_unique<QwtPlotCurve>());
-                drawn->setSamples(points);
-                drawn->setPen(palette().color(QPalette::Highlight), 1.6);
-                drawn->setRenderHint(QwtPlotItem::RenderAntialiased);
-                drawn->attach(plot_);
-            }
-            points.clear();
-        };
-        for (const SectionPoint& point : curve.points) {
-            if (std::isnan(point.value))
-                end();
-            else
-                points.append({point.x_c, point.value});
-        }
-        end();
+void SectionPanel::show_window() {
+    if (!window_) {
+        window_ = new SectionWindow(this);
+        window_->setWindowFlag(Qt::Window);
     }
-    plot_->axisScaleEngine(QwtPlot::yLeft)
-        ->setAttribute(QwtScaleEngine::Inverted, turned_over_->isChecked());
+    draw();
+    window_->show();
+    window_->raise();
+}
+
+void SectionPanel::draw() {
     const auto* values = model_ ? model_->mesh.find(quantity_) : nullptr;
     QString label = QString::fromStdString(quantity_);
     if (values && !values->unit.empty())
         label += QStringLiteral(", ") + QString::fromStdString(values->unit);
-    set_plot_titles(*plot_, QString(), tr("x/c"), label);
-    plot_->setAxisScale(QwtPlot::xBottom, 0, 1);
-    plot_->replot();
+    PlottedSection shown{axis_->currentText() + QLatin1Char(' ') + value_->text(), section_, {}};
+    // Ports have values of the field that the point is about.
+    if (model_ && !model_->mesh.quantities.empty() &&
+        model_->mesh.quantities.front().name == quantity_)
+        shown.ports = ports_of_section(model_->ports, section_, plane_,
+                                       port_reach * model_->surface().diagonal);
+    const auto axis = turned_over_->isChecked() ? SectionPlot::ValueAxis::turned_over
+                                                : SectionPlot::ValueAxis::upward;
+    plot_->show_sections({shown}, label, axis);
+    if (window_) window_->show_live(shown, label, axis);
     const SectionLoads& loads = section_.loads;
     const auto number = [](double value) {
         return QString::fromStdString(format_general(value, 4));

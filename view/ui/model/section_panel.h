@@ -14,12 +14,12 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QSlider;
-class QwtPlot;
-class QwtPlotCurve;
 
 namespace vyn {
 
 class NumberEdit;
+class SectionPlot;
+class SectionWindow;
 
 /// A plane through the model, moved by hand, and the values along its cut.
 class SectionPanel : public QWidget {
@@ -30,11 +30,15 @@ class SectionPanel : public QWidget {
 
     void set_model(std::shared_ptr<const ShownModel> model, const std::string& quantity);
     const Section& section() const { return section_; }
+    /// Null until it was opened.
+    SectionWindow* window() const { return window_; }
     /// Writes the section as a table (CSV). Raises FileError.
     void write_table(const std::string& file) const;
 
   public Q_SLOTS:
     void set_plane(int axis, double value);
+    /// Opens the graph window.
+    void show_window();
 
   Q_SIGNALS:
     /// Another cut, or none.
@@ -50,14 +54,15 @@ class SectionPanel : public QWidget {
     std::shared_ptr<const ShownModel> model_;
     std::string quantity_;
     Section section_;
+    SectionPlane plane_;
     std::array<std::pair<double, double>, 3> extents_{};  ///< of the model along x, y, z
     QComboBox* axis_;
     QSlider* slider_;
     NumberEdit* value_;
     QCheckBox* turned_over_;
     QLabel* coefficients_;
-    QwtPlot* plot_;
-    std::vector<std::unique_ptr<QwtPlotCurve>> curves_;
+    SectionPlot* plot_;
+    SectionWindow* window_ = nullptr;  ///< a child
     bool writing_ = false;
 };
 
