@@ -1,10 +1,41 @@
+#include <QComboBox>
+#include <QDockWidget>
+
+#include "calib/ui/camera_calibration/camera_calibration_dialog.h"
+#include "calib/ui/camera_calibration/intrinsics_table.h"
 #include "process/model/shown_model.h"
 #include "process/point/marker_io.h"
 #include "scripts/screenshots/scenes.h"
+#include "view/ui/model/loads_panel.h"
 #include "view/ui/model/model_viewer.h"
 #include "view/ui/model/section_panel.h"
+#include "view/ui/model/section_window.h"
 
 namespace vyn::screenshots {
+
+namespace {
+
+/// Isolines, and a patch about the wing's leading edge.
+void play_patches(Theatre& theatre, ModelViewer& viewer) {
+    viewer.findChild<QComboBox*>(QStringLiteral("isolines"))->setCurrentIndex(1);
+    viewer.findChild<QDockWidget*>(QStringLiteral("loads_dock"))->raise();
+    viewer.canvas().look_from(180, 90);
+    LoadsPanel& loads = viewer.loads();
+    LoadsReference reference;
+    read_loads_reference(theatre.model_folder.toStdString() + "/reference.json", reference);
+    loads.set_reference(reference);
+    loads.add_patch();
+    const auto& mesh = viewer.canvas().model()->mesh;
+    std::vector<std::size_t> outboard;
+    for (std::size_t face = 0; face < mesh.triangles.size(); ++face)
+        if (mesh.vertices[static_cast<std::size_t>(mesh.triangles[face][0])][1] > 300)
+            outboard.push_back(face);
+    loads.paint(outboard, ModelCanvas::Stroke::paint);
+    loads.calculate();
+    theatre.shots.take(viewer, QStringLiteral("model_loads"), QSize(1280, 800));
+}
+
+}  // namespace
 
 void play_model(Theatre& theatre) {
     open_project(theatre, theatre.model_folder + QStringLiteral("/project.xml"));
@@ -19,8 +50,20 @@ void play_model(Theatre& theatre) {
     viewer.section().set_plane(1, 250);
     constexpr QSize model_size(1280, 800);
     theatre.shots.take(viewer, QStringLiteral("model_viewer"), model_size);
+    viewer.section().show_window();
+    viewer.section().window()->keep();
+    viewer.section().set_plane(1, 380);
+    theatre.shots.take(*viewer.section().window(), QStringLiteral("model_sections"),
+                       QSize(720, 460));
+    viewer.section().window()->close();
     viewer.canvas().look_as_camera(0);
     theatre.shots.take(viewer, QStringLiteral("model_as_camera"), model_size);
+    play_patches(theatre, viewer);
+    CameraCalibrationDialog calibration(theatre.worker);
+    calibration.show();
+    calibration.findChild<IntrinsicsTable*>()->set_free({true, false, false, true, false});
+    calibration.calibrate();
+    theatre.shots.take(calibration, QStringLiteral("camera_calibration"), QSize(1120, 760));
 }
 
 }  // namespace vyn::screenshots

@@ -50,6 +50,28 @@ TEST(Loads, OfALinearPressureOnAClosedBody) {
     }
 }
 
+/// A patch of a zone's faces is the zone; patches add up.
+TEST(Loads, OfPatchesOfFaces) {
+    Mesh mesh = cube(5, 2);
+    put_pressure(mesh, [](const Vec3& x) { return 3 + x[0] - 2 * x[1] * x[2]; });
+    const Surface surface = prepare_surface(mesh, silent);
+    const Mesh::Zone& zone = mesh.zones[2];
+    LoadsRequest request{"P", 1, {1, 2, 3}, {zone.name}};
+    const PatchLoads whole = surface_loads(mesh, surface, request)[0];
+    request.patches.resize(2);
+    for (auto face = zone.first_triangle; face < zone.end_triangle(); ++face)
+        request.patches[face % 2].faces.push_back(face);
+    const auto halves = surface_loads(mesh, surface, request);
+    ASSERT_EQ(halves.size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(halves[2].force[i], whole.force[i], 1e-12);
+        EXPECT_NEAR(halves[2].moment[i], whole.moment[i], 1e-12);
+    }
+    EXPECT_NEAR(halves[0].area, whole.area / 2, 1e-12);
+    request.patches[1].faces.push_back(mesh.triangles.size());
+    EXPECT_THROW(surface_loads(mesh, surface, request), AlgoError);
+}
+
 TEST(Loads, LeaveOutWhatWasNotSeen) {
     Mesh mesh = cube(5);
     put_pressure(mesh, [](const Vec3&) { return 2.0; });

@@ -1,9 +1,13 @@
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "api/parallel.h"
+#include "core/xml_document.h"
+#include "render/model/iso_levels.h"
 #include "render/model/model_picture.h"
 #include "tests/support/meshes.h"
 
@@ -175,6 +179,78 @@ TEST(ModelPictures, ShowValuesWhereTheCameraSeesThem) {
     const auto probe = probe_model(mesh, surface, faces, look.quantity, 80, 60);
     EXPECT_NEAR(probe->value, probe->place[0] + 2 * probe->place[1], 1e-4);
     EXPECT_FALSE(probe_model(mesh, surface, faces, look.quantity, 0, 0));
+}
+
+/// A line where the value crosses a level, one pixel wide in pictures drawn finer, too; none where
+/// nothing was seen.
+TEST(ModelPainter, DrawsIsolinesWhereValuesCrossTheirLevels) {
+    Mesh mesh = cube(9, 100);
+    Mesh::Quantity p{"P", {}, "Pa", Mesh::Place::node};
+    for (const Vec3& place : mesh.vertices)
+        p.values.push_back(place[2] > 90 ? std::nan("") : place[1]);
+    mesh.quantities = {p};
+    const Surface surface = prepare_surface(mesh, silent);
+    const ModelView view = view_from(0, 0, mesh, 200, 200);
+    ModelLook look;
+    look.quantity = &mesh.quantities.front();
+    look.light = look.silhouettes = false;
+    look.levels = iso_levels_by_step({10, 95}, 40);
+    ASSERT_EQ(look.levels, (std::vector<double>{40, 80}));
+    EXPECT_EQ(iso_levels({0, 1}, 3), (std::vector<double>{0.25, 0.5, 0.75}));
+    EXPECT_EQ(iso_levels_by_step({0, 0.3}, 0.1).size(), 4U);
+    EXPECT_TRUE(iso_levels_by_step({0, 1}, 1e-4).empty());
+    EXPECT_TRUE(iso_levels_by_step({0, 1}, -1).empty());
+    FrameOptions frame;
+    frame.limits = {0, 100};
+    const auto draw = [&] {
+        return draw_model_picture(mesh, surface, vertex_normals(mesh, surface), view, look, frame,
+                                  silent);
+    };
+    const RgbPicture with = draw();
+    look.levels.clear();
+    const RgbPicture without = draw();
+    for (const int y : {40, 100, 150}) {
+        for (int x = 0; x < 200; ++x) {
+            double nearest = 1e9;
+            for (const double level : {40.0, 80.0})
+                nearest = std::min(nearest, std::abs((*pixel_of(view, {0, level, 50}))[0] - x));
+            const bool dark = with.at(x, y)[1] + 20 < without.at(x, y)[1] ||
+                              with.at(x, y)[0] + 20 < without.at(x, y)[0];
+            if (nearest < 0.4 && !dark) ADD_FAILURE() << x << ' ' << y;
+            if (nearest > 1.6 && dark) ADD_FAILURE() << x << ' ' << y;
+        }
+    }
+    EXPECT_EQ(std::memcmp(with.at(0, 12), without.at(0, 12), 600), 0) << "in grey";
+}
+
+/// The drawing is well-formed, holds the pixels once and every text as letters.
+TEST(ModelPicture, IsADrawingWithTextsAsLetters) {
+    Mesh mesh = cube(3, 100);
+    mesh.quantities = {{"P", std::vector<double>(mesh.vertices.size(), 5), "Pa"}};
+    const Surface surface = prepare_surface(mesh, silent);
+    ModelLook look;
+    look.quantity = &mesh.quantities.front();
+    FrameOptions frame;
+    frame.limits = {0, 10};
+    frame.colour_bar = true;
+    frame.label = "P < 10, Pa";
+    frame.title = "run \"7\"";
+    const XmlElement svg =
+        parse_xml(draw_model_svg(mesh, surface, vertex_normals(mesh, surface),
+                                 view_from(30, 30, mesh, 120, 90), look, frame, silent),
+                  "drawing");
+    std::vector<std::string> texts;
+    int images = 0;
+    int stripes = 0;
+    for (const XmlElement& part : svg.children) {
+        images += part.name == "image";
+        if (part.name == "g") stripes = static_cast<int>(part.children.size());
+        if (part.name == "text") texts.push_back(part.text);
+    }
+    EXPECT_EQ(images, 1);
+    EXPECT_EQ(stripes, frame.palette.last - frame.palette.first + 1);
+    for (const char* text : {"P < 10, Pa", "run \"7\"", "10", "0"})
+        EXPECT_NE(std::ranges::find(texts, text), texts.end()) << text;
 }
 
 /// From the front a wing's starboard half (y above 0) is to the left, from above to the right; up

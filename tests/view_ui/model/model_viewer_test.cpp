@@ -12,9 +12,13 @@
 
 #include "process/model/mesh_cache.h"
 #include "process/model/section_table.h"
+#include "render/model/iso_levels.h"
 #include "tests/support/meshes.h"
 #include "tests/support/temporary_folder.h"
+#include "view/ui/look/fashion_dialog.h"
+#include "view/ui/model/loads_panel.h"
 #include "view/ui/model/section_panel.h"
+#include "view/ui/model/section_window.h"
 
 namespace vyn::test {
 namespace {
@@ -148,6 +152,98 @@ TEST_F(ModelWindow, CutsSectionsAsTheProgramDoes) {
     EXPECT_EQ(get_file(folder / "section.csv"), section_csv({wanted.curves}));
     viewer.section().set_plane(2, 500);
     EXPECT_TRUE(viewer.section().section().curves.empty());
+}
+
+/// Sections that are kept stand in one table, the ports of the plane in the graph.
+TEST_F(ModelWindow, KeepsSectionsInTheGraphWindow) {
+    viewer.section().set_plane(1, 30);
+    viewer.section().show_window();
+    SectionWindow& window = *viewer.section().window();
+    window.keep();
+    viewer.section().set_plane(1, 60);
+    const auto cut = [&](double y) {
+        return cut_section(model->mesh, model->surface(), {{0, 1, 0}, y}, "P").curves;
+    };
+    EXPECT_EQ(window.table(), section_csv({cut(30), cut(60)}));
+    window.clear();
+    EXPECT_EQ(window.table(), section_csv({cut(60)}));
+
+    const SectionPlane plane{{0, 1, 0}, 30};
+    const Section section = cut_section(model->mesh, model->surface(), plane, "P");
+    const auto ports = ports_of_section(
+        {{1, {25, 30.5, 100}, 7}, {2, {50, 33, 0}, 8}, {3, {100, 30, 40}, 9}}, section, plane, 1);
+    ASSERT_EQ(ports.size(), 2U);
+    EXPECT_EQ(ports[0].number, 1);
+    EXPECT_NEAR(ports[0].x_c, 0.25, 1e-9);
+    EXPECT_NEAR(ports[1].x_c, 1, 1e-9);
+}
+
+/// Zones as the headless loads give them; a painted patch is what the brush went over and what is
+/// seen, wiped by Ctrl.
+TEST_F(ModelWindow, TellsLoadsOfZonesAndOfPaintedPatches) {
+    LoadsPanel& panel = viewer.loads();
+    panel.calculate();
+    const auto wanted = surface_loads(model->mesh, model->surface(), {"P", 0, {}, {}});
+    ASSERT_EQ(panel.loads().size(), wanted.size());
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        EXPECT_EQ(panel.loads()[i].force, wanted[i].force);
+        EXPECT_EQ(panel.loads()[i].moment, wanted[i].moment);
+    }
+    auto* list = viewer.findChild<QListWidget*>(QStringLiteral("load_patches"));
+    canvas().look_from(0, 0);
+    panel.add_patch();
+    const QPoint middle = canvas().rect().center();
+    drag(middle, middle + QPoint(60, 0), {});
+    const auto count = [&] {
+        return std::ranges::count_if(panel.painted(), [](auto patch) { return patch != 0; });
+    };
+    const auto some = count();
+    EXPECT_GT(some, 4);
+    for (std::size_t face = 0; face < panel.painted().size(); ++face)
+        if (panel.painted()[face] != 0) {
+            EXPECT_LT(face, model->mesh.zones[0].end_triangle());  // x- alone is seen
+        }
+    EXPECT_EQ(canvas().display().patches, panel.painted());
+    for (int row = 0; row < 6; ++row)
+        list->item(row)->setCheckState(Qt::Unchecked);
+    panel.calculate();
+    ASSERT_EQ(panel.loads().size(), 2U);
+    EXPECT_EQ(panel.loads()[0].name, "patch 1");
+    FacePatch painted{"patch 1", {}};
+    for (std::size_t face = 0; face < panel.painted().size(); ++face)
+        if (panel.painted()[face] != 0) painted.faces.push_back(face);
+    LoadsRequest request{"P", 0, {}, {}, {painted}};
+    EXPECT_EQ(panel.loads()[0].force,
+              surface_loads(model->mesh, model->surface(), request)[0].force);
+    drag(middle, middle + QPoint(20, 0), Qt::ControlModifier);
+    EXPECT_LT(count(), some);
+    panel.remove_patch();
+    EXPECT_EQ(count(), 0);
+}
+
+/// The viewer's dialog of limits serves the model; isolines follow the limits; the extension says
+/// what is saved.
+TEST_F(ModelWindow, SharesTheDialogOfLimitsAndSavesDrawings) {
+    viewer.edit_fashion();
+    auto* dialog = viewer.findChild<QFashionDlg*>();
+    ASSERT_TRUE(dialog);
+    Fashion fashion;
+    fashion.limits = {20, 120};
+    fashion.set_palette(*find_palette("viridis"));
+    Q_EMIT dialog->fashion_chosen(fashion);
+    EXPECT_EQ(canvas().display().limits, fashion.limits);
+    EXPECT_EQ(canvas().display().palette->name, "viridis");
+    auto* how = viewer.findChild<QComboBox*>(QStringLiteral("isolines"));
+    how->setCurrentIndex(1);
+    EXPECT_EQ(canvas().display().levels, iso_levels({20, 120}, 10));
+    how->setCurrentIndex(2);
+    EXPECT_EQ(canvas().display().levels, iso_levels_by_step({20, 120}, 10));
+
+    const TemporaryFolder folder;
+    viewer.write_picture(folder / "model.svg");
+    EXPECT_NE(get_file(folder / "model.svg").find("<svg"), std::string::npos);
+    viewer.write_picture(folder / "model.png");
+    EXPECT_EQ(get_file(folder / "model.png").substr(1, 3), "PNG");
 }
 
 }  // namespace

@@ -1,0 +1,103 @@
+#include <bit>
+#include <fstream>
+
+#include <nlohmann/json.hpp>
+
+#include "api/image_io.h"
+#include "app/experiment_page.h"
+#include "app/model_commands.h"
+#include "sample/model_point.h"
+#include "tests/app/app_fixture.h"
+#include "tests/cli/program.h"
+#include "view/ui/model/loads_panel.h"
+#include "view/ui/model/model_viewer.h"
+#include "view/ui/model/section_panel.h"
+
+namespace vyn::test {
+namespace {
+
+class ModelAndBatchProgram : public AppTest {
+  protected:
+    ModelAndBatchProgram() {
+        register_plugins("*.3dio");
+        ModelPointOptions options;
+        options.point.width = 240;
+        options.point.height = 180;
+        options.mesh_nodes = 4000;
+        Progress silent;
+        write_model_point(make_model_point(options, silent), folder.path(), silent);
+    }
+    void batch(const std::vector<std::string>& arguments) {
+        const ProgramRun run = run_program(arguments);
+        ASSERT_EQ(run.status, 0) << run.err;
+    }
+    static std::vector<std::uint64_t> bits(const std::vector<double>& values) {
+        std::vector<std::uint64_t> result;
+        for (const double value : values)
+            result.push_back(std::bit_cast<std::uint64_t>(value));
+        return result;
+    }
+};
+
+/// Field, section and loads of the window are those of the batch program, bit for bit; the ports
+/// lie on the model and their values are the field's.
+TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
+    window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    window->experiment_page()->calculate_all();
+    const field_data<double>& mesh = program_session().field;
+    ASSERT_FALSE(mesh.quantities.empty());
+    batch({"run", folder / "project.xml", "--quiet", "--save-mesh", folder / "batch.vtp"});
+    Progress silent;
+    const auto saved = read_field(folder / "batch.vtp", silent);
+    ASSERT_EQ(saved.quantities.size(), mesh.quantities.size());
+    for (std::size_t q = 0; q < saved.quantities.size(); ++q)
+        EXPECT_EQ(bits(saved.quantities[q].values), bits(mesh.quantities[q].values))
+            << saved.quantities[q].name;
+
+    auto* commands = window->findChild<ModelCommands*>();
+    commands->show_model();
+    ModelViewer& viewer = *commands->viewer();
+    viewer.section().set_plane(1, 250);
+    viewer.section().write_table(folder / "window.csv");
+    batch({"section", folder / "batch.vtp", "--plane", "y=250", "--out", folder / "batch.csv"});
+    EXPECT_EQ(get_file(folder / "window.csv"), get_file(folder / "batch.csv"));
+    const auto* pressure = viewer.canvas().model()->mesh.find("P");
+    ASSERT_TRUE(pressure);
+    EXPECT_GT(viewer.canvas().model()->ports.size(), 5U);
+    for (const ModelPort& port : viewer.canvas().model()->ports) {
+        double nearest = 1e9;
+        double value = 0;
+        for (std::size_t i = 0; i < mesh.vertices.size(); ++i)
+            if (const double distance = length(mesh.vertices[i] - port.place);
+                distance < nearest && !std::isnan(pressure->values[i])) {
+                nearest = distance;
+                value = pressure->values[i];
+            }
+        EXPECT_LT(nearest, 25) << port.number;
+        EXPECT_NEAR(port.value / value, 1, 0.15) << port.number;
+    }
+
+    LoadsReference reference{.area = 90000, .chord = 200, .span = 900};
+    reference.static_pressure = 95000;
+    reference.dynamic_pressure = 12000;
+    reference.alpha = 3;
+    viewer.loads().set_reference(reference);
+    viewer.loads().calculate();
+    batch({"loads", folder / "batch.vtp", "--area", "90000", "--chord", "200", "--span", "900",
+           "--static-p", "95000", "--dynamic-p", "12000", "--alpha", "3", "--report",
+           folder / "loads.json"});
+    std::ifstream file(folder / "loads.json");
+    const auto told = nlohmann::json::parse(file).at("patches");
+    ASSERT_EQ(told.size(), viewer.loads().loads().size());
+    for (std::size_t i = 0; i < told.size(); ++i) {
+        const PatchLoads& patch = viewer.loads().loads()[i];
+        EXPECT_EQ(told[i].at("force").get<Vec3>(), patch.force);
+        for (const auto& [name, value] : load_coefficients(patch, reference))
+            EXPECT_EQ(told[i].at("coefficients").at(name).get<double>(), value) << name;
+    }
+    commands->close_viewer();
+    vyn_db().set_modified(false);
+}
+
+}  // namespace
+}  // namespace vyn::test
