@@ -17,8 +17,13 @@ void ShowModelTask::take_flow() {
     flowFeatures flow;
     read(std::as_const(session_.data), std::string(keys::flow), flow);
     if (!pressure || pressure->unit.empty() || !(flow.dynamic_p > 0)) return;
-    model_->static_pressure = convert_pressure(flow.static_p, flow.p_unit, pressure->unit);
-    model_->dynamic_pressure = convert_pressure(flow.dynamic_p, flow.p_unit, pressure->unit);
+    const UnitMessagesOnce once;
+    const auto converted = [&](double value) {
+        return flow.p_unit == pressure->unit ? value
+                                             : convert_pressure(value, flow.p_unit, pressure->unit);
+    };
+    model_->static_pressure = converted(flow.static_p);
+    model_->dynamic_pressure = converted(flow.dynamic_p);
 }
 
 TaskOutcome ShowModelTask::run(TaskContext& context) {

@@ -3,6 +3,7 @@
 
 #include "calib/ui/camera_calibration/camera_calibration_dialog.h"
 #include "calib/ui/camera_calibration/intrinsics_table.h"
+#include "core/keys.h"
 #include "process/model/shown_model.h"
 #include "process/point/marker_io.h"
 #include "scripts/screenshots/scenes.h"
@@ -40,6 +41,7 @@ void play_patches(Theatre& theatre, ModelViewer& viewer) {
 void play_model(Theatre& theatre) {
     open_project(theatre, theatre.model_folder + QStringLiteral("/project.xml"));
     compute(theatre);
+    write(vyn_db(), keys::port_file, std::string("ports.mrk"));
     ShowModelTask task(program_session());
     TaskContext context;
     task.run(context);

@@ -6,6 +6,7 @@
 #include "api/image_io.h"
 #include "app/experiment_page.h"
 #include "app/model_commands.h"
+#include "core/keys.h"
 #include "sample/model_point.h"
 #include "tests/app/app_fixture.h"
 #include "tests/cli/program.h"
@@ -54,6 +55,7 @@ TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
         EXPECT_EQ(bits(saved.quantities[q].values), bits(mesh.quantities[q].values))
             << saved.quantities[q].name;
 
+    write(vyn_db(), keys::port_file, std::string("ports.mrk"));
     auto* commands = window->findChild<ModelCommands*>();
     commands->show_model();
     ModelViewer& viewer = *commands->viewer();
