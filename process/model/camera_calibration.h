@@ -21,8 +21,8 @@ struct CalibrationView {
 /// What a calibration found, and what the cameras' records leave of the same pairs.
 struct CameraCalibration {
     ResectReport found;
-    /// By view: the best pose with the intrinsics as they stand in the record. Nothing where their
-    /// lens does not see all the dots.
+    /// By view: the best pose with the intrinsics as they stand in the record, of the same pairs,
+    /// markers corrected as they were found. Nothing where the record's lens does not see them all.
     std::vector<std::optional<ViewResult>> before;
 };
 

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include "core/worker.h"
+#include "process/report/run_report.h"
 #include "scripts/screenshots/shots.h"
 
 namespace vyn::screenshots {
@@ -20,8 +21,8 @@ struct Theatre {
 
 /// Reads a project into the data set and the image list.
 void open_project(Theatre& theatre, const QString& file);
-/// Runs Calculate All of the project on the worker, without a window.
-void compute(Theatre& theatre);
+/// Runs Calculate All of the project on the worker, without a window; what the run found out.
+std::shared_ptr<RunReport> compute(Theatre& theatre);
 
 constexpr QSize viewer_size(1000, 640);
 constexpr QSize window_size(960, 790);

@@ -49,8 +49,10 @@ void open_project(Theatre& theatre, const QString& file) {
     run(theatre, job);
 }
 
-void compute(Theatre& theatre) {
-    run(theatre, calculate(Goal::all, program_session(), std::make_shared<RunReport>()));
+std::shared_ptr<RunReport> compute(Theatre& theatre) {
+    auto report = std::make_shared<RunReport>();
+    run(theatre, calculate(Goal::all, program_session(), report));
+    return report;
 }
 
 void play_window(Theatre& theatre) {

@@ -106,7 +106,6 @@ QLayout* LoadsPanel::patch_buttons() {
     auto* row = new QHBoxLayout;
     for (QWidget* widget : std::initializer_list<QWidget*>{add, remove, brush_, size_})
         row->addWidget(widget);
-    row->addStretch();
     return row;
 }
 
@@ -126,6 +125,7 @@ QLayout* LoadsPanel::reference_form() {
     for (std::size_t i = 0; i < numbers_.size(); ++i) {
         numbers_[i] = new NumberEdit(this);
         numbers_[i]->setObjectName(QLatin1String(rows[i].name));
+        numbers_[i]->setMinimumWidth(7 * fontMetrics().averageCharWidth());
         auto* label = new QLabel(tr(rows[i].label));
         label->setBuddy(numbers_[i]);
         grid->addWidget(label, places[i][0], 2 * places[i][1]);
@@ -192,6 +192,8 @@ void LoadsPanel::set_reference(const LoadsReference& reference) {
     const auto values = numbers_of(reference);
     for (std::size_t i = 0; i < values.size(); ++i)
         numbers_[i]->set_number(values[i]);
+    for (NumberEdit* edit : numbers_)
+        edit->setCursorPosition(0);  // of a long number its beginning matters
 }
 
 LoadsReference LoadsPanel::reference() const {

@@ -43,6 +43,8 @@ constexpr StandardView standard_views[] = {
     {"&Oblique", "Ctrl+0", 30, 30},
 };
 
+constexpr int usual_panel_width = 400;
+
 }  // namespace
 
 ModelViewer::ModelViewer(QWidget* parent)
@@ -165,6 +167,7 @@ void ModelViewer::make_panels() {
     QDockWidget* section = dock(tr("Section"), "section_dock", section_);
     tabifyDockWidget(section, dock(tr("Loads"), "loads_dock", loads_));
     section->raise();
+    resizeDocks({section}, {usual_panel_width}, Qt::Horizontal);
     dock(tr("Zones"), "zones_dock", zones_);
     connect(loads_, &LoadsPanel::brush_chosen, canvas_, &ModelCanvas::set_brush);
     connect(canvas_, &ModelCanvas::painted, loads_, &LoadsPanel::paint);
