@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
+#include <numeric>
 
 #include "core/errors.h"
 
@@ -50,9 +50,8 @@ void add_face(const Field& mesh, const Surface& surface, std::size_t t,
 }
 
 /// `faces` in the order in which they are summed.
-template <class Faces>
 PatchLoads loads_of(const Field& mesh, const Surface& surface, const std::string& name,
-                    const Faces& faces, const LoadsRequest& request) {
+                    const std::vector<std::size_t>& faces, const LoadsRequest& request) {
     const Field::Quantity& quantity = quantity_of(mesh, request.quantity);
     const Field::Quantity* sigma = mesh.find("sigma_pose");
     PatchLoads loads;
@@ -98,7 +97,7 @@ std::vector<PatchLoads> surface_loads(const Field& mesh, const Surface& surface,
     std::vector<PatchLoads> patches;
     PatchLoads sum;
     sum.name = "sum";
-    const auto take = [&](const std::string& name, const auto& faces) {
+    const auto take = [&](const std::string& name, const std::vector<std::size_t>& faces) {
         patches.push_back(loads_of(mesh, surface, name, faces, request));
         add(sum, patches.back());
     };
@@ -114,7 +113,9 @@ std::vector<PatchLoads> surface_loads(const Field& mesh, const Surface& surface,
         const bool wanted = request.zones.empty() ||
                             std::ranges::find(request.zones, zone.name) != request.zones.end();
         if (!wanted) continue;
-        take(zone.name, std::views::iota(zone.first_triangle, zone.end_triangle()));
+        std::vector<std::size_t> faces(zone.triangle_count);
+        std::iota(faces.begin(), faces.end(), zone.first_triangle);
+        take(zone.name, faces);
     }
     patches.push_back(sum);
     return patches;

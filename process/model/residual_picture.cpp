@@ -52,10 +52,10 @@ double residual_factor(const std::vector<MarkerResult>& markers, int width) {
     const double largest = largest_residual(markers);
     if (!(largest > 0)) return 1;
     const double wanted = width / 12.0 / largest;
-    double factor = 1;
-    for (double decade = 1; decade <= 1e6; decade *= 10)
-        for (const double step : {1.0, 2.0, 5.0})
-            if (step * decade <= wanted) factor = step * decade;
+    const double decade = std::pow(10, std::floor(std::log10(std::clamp(wanted, 1.0, 5e6))));
+    double factor = decade;
+    for (const double step : {2.0, 5.0})
+        if (step * decade <= wanted) factor = step * decade;
     return factor;
 }
 

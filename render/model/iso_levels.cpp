@@ -21,8 +21,8 @@ std::vector<double> iso_levels_by_step(const Limits& limits, double step) {
     const double last = std::floor(limits.maximum / step + slack);
     if (!(last - first < most_iso_levels)) return {};
     std::vector<double> levels;
-    for (double k = first; k <= last; ++k)
-        levels.push_back(k * step);
+    for (int i = 0; i <= static_cast<int>(last - first); ++i)
+        levels.push_back((first + i) * step);
     return levels;
 }
 

@@ -347,7 +347,7 @@ void CameraCalibrationDialog::show_remarks() {
     }
     const ResectReport& report = result_->found;
     remarks_ = report.remarks;
-    if (views_.size() > 0 && !found_camera())
+    if (!found_camera())
         remarks_.push_back(
             tr("none of the pictures was taken by the project's camera: there is nothing to accept")
                 .toStdString());

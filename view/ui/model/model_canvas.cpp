@@ -75,8 +75,7 @@ void ModelCanvas::paint_at(QPoint place, Stroke stroke) {
                 seen.push_back(static_cast<std::size_t>(face));
         }
     std::ranges::sort(seen);
-    const auto rest = std::ranges::unique(seen);
-    seen.erase(rest.begin(), rest.end());
+    seen.erase(std::unique(seen.begin(), seen.end()), seen.end());
     if (!seen.empty()) Q_EMIT painted(seen, stroke);
 }
 
