@@ -16,7 +16,7 @@ namespace vyn {
 namespace {
 
 constexpr int residual_side = 640;  // pixels
-constexpr int model_width = 290;  // two of them with their bars fit a window
+constexpr int model_width = 290;    // two of them with their bars fit a window
 constexpr int model_height = 220;
 
 struct Side {
