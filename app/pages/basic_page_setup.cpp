@@ -71,7 +71,7 @@ QWidget* BasicPage::camera_group() {
         const std::string_view tree = flats[i].input.raw->camera;
         connect(camera, &QPushButton::clicked, this, [this, tree] { open_camera(tree); });
         if (signal) {
-            auto* calibrate = group->add_button("camera_cal_btn", tr("Cal&ibrate camera..."), [] {
+            auto* calibrate = group->add_button("camera_cal_btn", tr("Calibrate camera..."), [] {
                 return lens_summary(vyn_db(), keys::sens_camera);
             });
             connect(calibrate, &QPushButton::clicked, this, &BasicPage::calibrate_camera);
