@@ -104,6 +104,8 @@ TEST_F(CorrelationStep, AlignsBothChannelsOfBinaryPaint) {
     SyntheticOptions options = bent;
     options.channels = Channels::binary;
     open_point(options);
+    write(vyn_db(), keys::uncertainty_enable, 1);
+    write(vyn_db(), keys::uncertainty_terms, 1);
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_LE(field_error(), 2e-3);
     ASSERT_TRUE(report->channels->correlation);
