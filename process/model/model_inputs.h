@@ -20,6 +20,9 @@ ProjectionOptions projection_options(const dataSetInterface& data);
 /// The camera as the resection takes it; raises AlgoError "Resection Failed!" where focus, pixel
 /// size or counts are 0.
 PinholeCamera pinhole_of(const cameraFeatures& record);
+/// Raises AlgoError "Resection Failed!" naming both sizes where a picture is not one of the
+/// camera's.
+void check_size(const image& picture, const PinholeCamera& camera);
 /// The record with the intrinsics of an adjusted camera.
 cameraFeatures with_intrinsics(cameraFeatures record, const PinholeCamera& before,
                                const PinholeCamera& after);

@@ -82,16 +82,22 @@ PointView read_further_view(const fs::path& file, TaskContext& context) {
     return view;
 }
 
-std::vector<fs::path> further_projects(const dataSetInterface& data) {
-    std::vector<fs::path> files;
+std::vector<std::string> view_names(const dataSetInterface& data) {
+    std::vector<std::string> result;
     const std::string names = read(data, keys::resect_views);
     for (std::size_t begin = 0; begin <= names.size();) {
         const std::size_t end = std::min(names.find(';', begin), names.size());
         const std::string_view name = trim(std::string_view(names).substr(begin, end - begin));
         begin = end + 1;
-        if (!name.empty())
-            files.push_back(find_input(data, std::string(name), keys::resect_views.path));
+        if (!name.empty()) result.emplace_back(name);
     }
+    return result;
+}
+
+std::vector<fs::path> further_projects(const dataSetInterface& data) {
+    std::vector<fs::path> files;
+    for (const std::string& name : view_names(data))
+        files.push_back(find_input(data, name, keys::resect_views.path));
     return files;
 }
 

@@ -47,7 +47,8 @@ PointView view_of_project(const FurtherProject& project);
 /// FileError naming the project and what it lacks.
 PointView read_further_view(const std::filesystem::path& project, TaskContext& context);
 
-/// The files that "views" names.
+/// The names of "views", without the blanks around them, and the files that they name.
+std::vector<std::string> view_names(const dataSetInterface& data);
 std::vector<std::filesystem::path> further_projects(const dataSetInterface& data);
 
 /// For the adjustment of all of them together.

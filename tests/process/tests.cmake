@@ -1,5 +1,6 @@
 vyn_tests(process
     SOURCES
+        model/association_test.cpp
         page/page_test.cpp
         project/new_point_test.cpp
         project/project_test.cpp

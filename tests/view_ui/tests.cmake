@@ -1,5 +1,6 @@
 vyn_ui_tests(view_ui
     SOURCES
+        association/association_test.cpp
         canvas/field_view_test.cpp
         canvas/preparation_test.cpp
         graph/graph_window_test.cpp

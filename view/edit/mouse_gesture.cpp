@@ -18,6 +18,7 @@ GestureKind gesture_kind(MouseMode mode, RegionShape shape) {
             return GestureKind::click;
         case MouseMode::graph:
         case MouseMode::marker_move:
+        case MouseMode::associate:
             return GestureKind::drag;
         case MouseMode::region:
             if (shape == RegionShape::polygon) return GestureKind::polygon;

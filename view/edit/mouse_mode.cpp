@@ -15,6 +15,7 @@ bool is_marker_mode(MouseMode mode) {
         case MouseMode::zoom_in:
         case MouseMode::zoom_out:
         case MouseMode::graph:
+        case MouseMode::associate:
         case MouseMode::region:
             return false;
     }

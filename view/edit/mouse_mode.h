@@ -14,7 +14,8 @@ enum class MouseMode {
     marker_toggle,
     marker_edit,
     marker_delete,
-    region,  ///< the region tool in use says what
+    associate,  ///< rings of 3-D markers are dragged onto their dots
+    region,     ///< the region tool in use says what
 };
 
 /// True for the modes that act on markers.

@@ -133,7 +133,7 @@ void MarkerController::publish() {
     show_markers();
 }
 
-bool MarkerController::change(const std::function<void(MarkerEdit&)>& operation) {
+bool MarkerController::change(const std::function<void(MarkerEdit&)>& operation, StepOf step) {
     if (!viewer_.may_edit()) return false;
     const MarkerSet before = edit_.set();
     try {
@@ -147,7 +147,7 @@ bool MarkerController::change(const std::function<void(MarkerEdit&)>& operation)
         return true;
     }
     publish();
-    Q_EMIT stepped();
+    if (step == StepOf::markers) Q_EMIT stepped();
     return true;
 }
 
@@ -243,9 +243,10 @@ void MarkerController::pick_up(Point place) {
 void MarkerController::drag(Point place) {
     if (!dragged_) return;
     const Marker& marker = edit_.at(*dragged_);
-    overlay_.set_dragged(dragged_,
-                         {marker.x + place.x - drag_start_.x, marker.y + place.y - drag_start_.y});
+    const Point target{marker.x + place.x - drag_start_.x, marker.y + place.y - drag_start_.y};
+    overlay_.set_dragged(dragged_, target);
     viewer_.view().update();
+    Q_EMIT dragging(*dragged_, target);
 }
 
 void MarkerController::drop(Point place, Drop how) {
@@ -264,6 +265,7 @@ void MarkerController::put_back() {
     dragged_.reset();
     overlay_.set_dragged({}, {});
     viewer_.view().update();
+    Q_EMIT drag_ended();
 }
 
 void MarkerController::revise_all() {

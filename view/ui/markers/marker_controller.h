@@ -51,8 +51,11 @@ class MarkerController : public EditController {
     void put_back();
 
     const MarkerEdit& markers() const { return edit_; }
+    /// Whose step a change is when it is undone: the markers', or that of another controller, which
+    /// calls `undo` and `redo` for it.
+    enum class StepOf { markers, another };
     /// Changes the markers as one step and publishes them. A failure is told to the user; false.
-    bool change(const std::function<void(MarkerEdit&)>& operation);
+    bool change(const std::function<void(MarkerEdit&)>& operation, StepOf step = StepOf::markers);
     void set_current(std::optional<std::size_t> index);
     void go_prev();
     void go_next();
@@ -68,6 +71,10 @@ class MarkerController : public EditController {
   Q_SIGNALS:
     /// The markers, or which of them is the current one.
     void markers_changed();
+    /// A marker is being moved and would stand here.
+    void dragging(std::size_t index, Point place);
+    /// It was put back or down.
+    void drag_ended();
 
   private:
     void make_actions();

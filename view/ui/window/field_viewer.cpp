@@ -34,6 +34,7 @@ VynFieldViewer::~VynFieldViewer() {
     parts_->view->set_tool(nullptr);
     delete parts_->fashion_dialog;
     delete parts_->region;
+    delete parts_->association;
     delete parts_->graph;
     delete parts_->markers;
     parts_->comparison->disconnect(this);
@@ -119,6 +120,7 @@ void VynFieldViewer::refresh() {
     enable_actions();
     show_title();
     parts_->markers->picture_changed();
+    parts_->association->picture_changed();
     parts_->graph->picture_changed();
     parts_->region->picture_changed();
 }
@@ -181,6 +183,9 @@ void VynFieldViewer::set_mode(MouseMode mode) {
             break;
         case MouseMode::region:
             tool = parts_->region->tool();
+            break;
+        case MouseMode::associate:
+            tool = parts_->association->tool();
             break;
         case MouseMode::marker_add:
             action = a.marker_add_mode;

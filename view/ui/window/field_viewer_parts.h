@@ -2,6 +2,7 @@
 
 #include <QPointer>
 
+#include "view/ui/association/association_controller.h"
 #include "view/ui/canvas/colour_bar.h"
 #include "view/ui/canvas/field_view.h"
 #include "view/ui/canvas/image_watcher.h"
@@ -66,6 +67,7 @@ struct VynFieldViewer::Parts {
     MarkerController* markers = nullptr;
     GraphController* graph = nullptr;
     RegionController* region = nullptr;
+    AssociationController* association = nullptr;
 };
 
 }  // namespace vyn

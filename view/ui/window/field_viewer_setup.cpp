@@ -123,7 +123,8 @@ void VynFieldViewer::make_modes() {
     parts_->markers = new MarkerController(*this);
     parts_->graph = new GraphController(*this);
     parts_->region = new RegionController(*this);
-    new EditActions(*this, {parts_->markers, parts_->region});
+    parts_->association = new AssociationController(*this, *parts_->markers);
+    new EditActions(*this, {parts_->markers, parts_->region, parts_->association});
 }
 
 void VynFieldViewer::connect_view() {
