@@ -14,6 +14,7 @@
 #include "process/page/page_state.h"
 #include "process/point/project_paths.h"
 #include "process/steps/chain.h"
+#include "view/ui/association/resection_dialog.h"
 #include "view/ui/model/model_viewer.h"
 
 namespace vyn {
@@ -71,6 +72,8 @@ ModelCommands::ModelCommands(Worker& worker, QWidget* window, QMenu& file_menu, 
         &ModelCommands::open_markers);
     add(file_menu, before, "openMeshAction", tr("Open mes&h…"), &ModelCommands::open_mesh);
     resect_ = add(file_menu, before, "resectAction", tr("Resec&t 3-D"), &ModelCommands::resect);
+    add(file_menu, before, "resectionSettingsAction", tr("Resection settin&gs…"),
+        &ModelCommands::settings);
     show_ = add(file_menu, before, "showModelAction", tr("Sho&w the model"),
                 &ModelCommands::show_model);
     save_ = add(file_menu, before, "saveField3dAction", tr("Sa&ve 3-D field…"),
@@ -198,6 +201,11 @@ void ModelCommands::resect() {
     if (outcome != TaskOutcome::done) return;
     Q_EMIT changed();
     show_model();
+}
+
+void ModelCommands::settings() {
+    ResectionDialog dialog(vyn_db(), window_);
+    if (dialog.exec() == QDialog::Accepted) Q_EMIT changed();
 }
 
 void ModelCommands::save_field() {

@@ -38,6 +38,8 @@ class ModelCommands : public QObject {
     void open_markers();
     void open_mesh();
     void resect();
+    /// The dialog of resection and projection.
+    void settings();
     void save_field();
     void show_model();
     /// How the field on the model stands to settings and files.

@@ -18,6 +18,7 @@
 #include "calib/ui/uncertainty_dialog.h"
 #include "process/page/option_summary.h"
 #include "process/page/page_rows.h"
+#include "view/ui/association/resection_dialog.h"
 
 namespace vyn {
 
@@ -106,6 +107,9 @@ QWidget* BasicPage::option_group() {
                                           [] { return uncertainty_summary(vyn_db()); });
     connect(uncertainty, &QPushButton::clicked, this,
             [this] { open_dialog<UncertaintyDialog>(); });
+    auto* model = group->add_button("resection_btn", tr("&3-D model..."),
+                                    [] { return model_summary(vyn_db()); });
+    connect(model, &QPushButton::clicked, this, [this] { open_dialog<ResectionDialog>(); });
     saturation_ = new SaturationRow(group);
     group->add_wide(saturation_);
     connect(saturation_, &SaturationRow::changed, this, &BasicPage::load_pictures_anew);

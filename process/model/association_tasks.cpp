@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "process/model/mesh_cache.h"
+#include "process/model/model_checks.h"
 #include "process/model/model_inputs.h"
 #include "process/point/project_paths.h"
 
@@ -20,7 +21,7 @@ cameraFeatures camera_record(const dataSetInterface& data) {
 
 void take_settings(AssociationScene& scene, const dataSetInterface& data, const image& picture) {
     scene.camera = pinhole_of(camera_record(data));
-    check_size(picture, scene.camera);
+    check_size(picture, scene.camera, picture.name);
     scene.options = resect_options(data, scene.mm_per_unit);
 }
 
@@ -35,7 +36,10 @@ TaskOutcome AssociationSceneTask::run(TaskContext& context) {
     scene_->markers =
         read_model_markers(find_input(data, file, keys::mesh_mark_file.path), data, unit);
     if (scene_->markers.empty()) throw AlgoError("Mesh markers are not defined!", file);
-    if (session_.field.has_data()) scene_->mesh = prepare_once(session_.field, context);
+    if (session_.field.has_data()) {
+        check_markers_on_mesh(scene_->markers, session_.field, scene_->mm_per_unit);
+        scene_->mesh = prepare_once(session_.field, context);
+    }
     return TaskOutcome::done;
 }
 

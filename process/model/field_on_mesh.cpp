@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/log.h"
 #include "process/model/mesh_cache.h"
+#include "process/model/model_checks.h"
 #include "process/model/model_inputs.h"
 
 namespace vyn {
@@ -42,6 +43,7 @@ ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string&
         get_log().write(LogLevel::progress, "mesh: " + line);
     ProjectionResult result = project_fields(
         *prepared, mm_per(unit), views, mesh_quantity_name(first), first.unit, options, progress);
+    check_seen(result, views);
     store_on_mesh(mesh, unit, views, result);
     return result;
 }

@@ -83,13 +83,12 @@ PinholeCamera pinhole_of(const cameraFeatures& record) {
     return camera;
 }
 
-void check_size(const image& picture, const PinholeCamera& camera) {
+void check_size(const image& picture, const PinholeCamera& camera, const std::string& name) {
     if (picture.width() == camera.width && picture.height() == camera.height) return;
     throw AlgoError("Resection Failed!",
-                    "the picture '" + picture.name + "' has " + std::to_string(picture.width()) +
-                        " x " + std::to_string(picture.height()) +
-                        " pixels, but the camera's record " + std::to_string(camera.width) + " x " +
-                        std::to_string(camera.height));
+                    "the picture '" + name + "' has " + std::to_string(picture.width()) + " x " +
+                        std::to_string(picture.height()) + " pixels, but the camera's record " +
+                        std::to_string(camera.width) + " x " + std::to_string(camera.height));
 }
 
 cameraFeatures with_intrinsics(cameraFeatures record, const PinholeCamera& before,

@@ -22,7 +22,7 @@ ProjectionOptions projection_options(const dataSetInterface& data);
 PinholeCamera pinhole_of(const cameraFeatures& record);
 /// Raises AlgoError "Resection Failed!" naming both sizes where a picture is not one of the
 /// camera's.
-void check_size(const image& picture, const PinholeCamera& camera);
+void check_size(const image& picture, const PinholeCamera& camera, const std::string& name);
 /// The record with the intrinsics of an adjusted camera.
 cameraFeatures with_intrinsics(cameraFeatures record, const PinholeCamera& before,
                                const PinholeCamera& after);

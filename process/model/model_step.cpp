@@ -7,6 +7,7 @@
 #include "core/log.h"
 #include "core/version.h"
 #include "process/model/field_on_mesh.h"
+#include "process/model/model_checks.h"
 #include "process/model/model_views.h"
 #include "process/model/ratio_on_mesh.h"
 #include "process/model/resect_json.h"
@@ -89,6 +90,7 @@ TaskOutcome put_on_model(const StepRun& run) {
     const std::string unit = mesh_unit_of(session.field, data);
     const auto markers = read_model_markers(
         find_input(data, read(data, keys::mesh_mark_file), keys::mesh_mark_file.path), data, unit);
+    check_markers_on_mesh(markers, session.field, mm_per(unit));
     const bool on_mesh = read(data, keys::resect_ratio_on_mesh) != 0;
     std::vector<PointView> views;
     if (on_mesh) {

@@ -103,8 +103,11 @@ std::vector<fs::path> further_projects(const dataSetInterface& data) {
 
 std::vector<ResectView> resect_views(const std::vector<PointView>& views) {
     std::vector<ResectView> result;
-    for (const PointView& view : views)
-        result.push_back({view.name, pinhole_of(view.record), view.dots, view.stored});
+    for (const PointView& view : views) {
+        const PinholeCamera camera = pinhole_of(view.record);
+        check_size(*view.field, camera, view.name);
+        result.push_back({view.name, camera, view.dots, view.stored});
+    }
     return result;
 }
 

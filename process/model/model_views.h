@@ -51,7 +51,8 @@ PointView read_further_view(const std::filesystem::path& project, TaskContext& c
 std::vector<std::string> view_names(const dataSetInterface& data);
 std::vector<std::filesystem::path> further_projects(const dataSetInterface& data);
 
-/// For the adjustment of all of them together.
+/// For the adjustment of all of them together. Raises AlgoError "Resection Failed!" for a camera
+/// that cannot be used or is one of other pictures.
 std::vector<ResectView> resect_views(const std::vector<PointView>& views);
 /// A picture with the pose that the adjustment found for its camera.
 ProjectedView projected(const PointView& view, const ViewResult& found);

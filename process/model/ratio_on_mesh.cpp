@@ -6,6 +6,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "process/model/mesh_cache.h"
+#include "process/model/model_checks.h"
 #include "process/point/experiment_type.h"
 #include "process/steps/correct_step.h"
 #include "process/steps/corrected_pictures.h"
@@ -122,6 +123,7 @@ ProjectionResult put_ratio_on_mesh(const StepRun& run, field_data<double>& mesh,
         else
             result.counts.push_back(one.counts.front());
     }
+    check_seen(result, pictures);
     const image ratio = ratio_of(nodes, ratio_limits(data), experiment_type(data), run.context);
     const image field = field_of_ratio(run, ratio);
     std::erase_if(result.quantities, [](const auto& quantity) {

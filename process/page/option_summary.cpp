@@ -1,10 +1,13 @@
 #include "process/page/option_summary.h"
 
+#include <filesystem>
+
 #include "calib/camera.h"
 #include "calib/flow.h"
 #include "calib/paint.h"
 #include "core/keys.h"
 #include "core/numbers.h"
+#include "process/model/model_views.h"
 
 namespace vyn {
 
@@ -78,6 +81,17 @@ std::string alignment_summary(const dataSetInterface& data) {
     if (read(data, keys::filter_threshold)) add(text, "limits of the ratio");
     if (read(data, keys::filter_thinning))
         add(text, "thinning " + std::to_string(read(data, keys::filter_thinning_depth)) + " px");
+    return text;
+}
+
+std::string model_summary(const dataSetInterface& data) {
+    if (read(data, keys::mesh_file).empty()) return "no mesh";
+    std::string text = std::filesystem::path(read(data, keys::mesh_file)).filename().string();
+    if (read(data, keys::mesh_mark_file).empty()) add(text, "no 3-D markers");
+    const std::size_t further = view_names(data).size();
+    if (further > 0) add(text, std::to_string(further + 1) + " cameras");
+    if (read(data, keys::resect_free_focus)) add(text, "focus adjusted");
+    if (read(data, keys::resect_ratio_on_mesh)) add(text, "ratio on the mesh");
     return text;
 }
 

@@ -14,6 +14,7 @@ std::string lens_summary(const dataSetInterface& data, std::string_view tree);
 std::string paint_summary(const dataSetInterface& data);
 std::string conditions_summary(const dataSetInterface& data);
 std::string alignment_summary(const dataSetInterface& data);
+std::string model_summary(const dataSetInterface& data);
 std::string conversion_summary(const dataSetInterface& data);
 std::string uncertainty_summary(const dataSetInterface& data);
 

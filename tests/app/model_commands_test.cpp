@@ -1,5 +1,6 @@
 #include "app/model_commands.h"
 
+#include <QListWidget>
 #include <QTest>
 #include <bit>
 
@@ -7,9 +8,13 @@
 #include "app/experiment_page.h"
 #include "core/keys.h"
 #include "core/project_file.h"
+#include "core/ui/number_edit.h"
 #include "process/point/session.h"
 #include "sample/model_point.h"
 #include "tests/app/app_fixture.h"
+#include "tests/support/dialog_checks.h"
+#include "tests/support/log_capture.h"
+#include "view/ui/association/resection_dialog.h"
 #include "view/ui/model/model_viewer.h"
 
 namespace vyn::test {
@@ -110,6 +115,77 @@ TEST_F(ModelInTheWindow, RefusesOtherFiles) {
     window->open_files({QString::fromStdString((folder / "project.xml").string())});
     ASSERT_TRUE(window->experiment_page());
     EXPECT_FALSE(mesh().has_data());
+    vyn_db().set_modified(false);
+}
+
+/// Each keeps the values that there are and says in the log what is wrong.
+TEST_F(ModelInTheWindow, RefusesToComputeFromWhatCannotBeRight) {
+    window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    window->calculateCalculate_AllAction_activated();
+    ASSERT_FALSE(mesh().quantities.empty());
+    const double* before = mesh().quantities.front().values.data();
+    cameraFeatures camera;
+    read(vyn_db(), std::string(keys::sens_camera), camera);
+    const auto with = [&](auto change) {
+        cameraFeatures changed = camera;
+        change(changed);
+        write(vyn_db(), std::string(keys::sens_camera), changed);
+    };
+    struct Case {
+        std::function<void()> spoil;
+        const char* words;
+    };
+    for (const Case& bad :
+         {Case{[&] { with([](cameraFeatures& c) { c.focus = 0; }); }, "the camera cannot be used"},
+          Case{[&] { with([](cameraFeatures& c) { c.nfx *= 2; }); },
+               "240 x 180 pixels, but the camera's record 480 x 180"},
+          Case{[&] {
+                   with([](cameraFeatures&) {});
+                   write(vyn_db(), keys::resect_obliqueness, 0.0);
+               },
+               "no camera sees any part of the mesh: "},
+          Case{[] { write(vyn_db(), keys::resect_markers_unit, std::string("m")); },
+               "one of the two may be in another unit"}}) {
+        bad.spoil();
+        const LogCapture log;
+        press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
+        action("resectAction").trigger();
+        EXPECT_THAT(log.lines(), testing::Contains(testing::HasSubstr(bad.words)));
+        EXPECT_EQ(mesh().quantities.front().values.data(), before);
+    }
+    vyn_db().set_modified(false);
+}
+
+/// Every setting has an edit; further cameras come and go as lines of a list.
+TEST_F(ModelInTheWindow, SettingsAreEditedInADialog) {
+    window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    const QString caption = QStringLiteral("Resection and model");
+    expect_dialog(caption, [&](QDialog& shown_dialog) {
+        auto& dialog = dynamic_cast<ResectionDialog&>(shown_dialog);
+        check_mnemonics(dialog);
+        for (const KeyInfo& key : key_table()) {
+            if (!key.path.starts_with(keys::resection)) continue;
+            const std::string name = key.path.substr(keys::resection.size());
+            if (name.starts_with("pose_") && name != "pose_choice") continue;
+            EXPECT_TRUE(dialog.findChild<QWidget*>(QString::fromStdString(name))) << name;
+        }
+        dialog.findChild<NumberEdit*>(QStringLiteral("gate"))->set_number(4.5);
+        dialog.add_view();
+        dialog.accept();
+    });
+    choose_file(QStringLiteral("Add view"), folder / "project.xml");
+    child<QAbstractButton>("resection_btn").click();
+    EXPECT_EQ(read(vyn_db(), keys::resect_gate), 4.5);
+    EXPECT_EQ(read(vyn_db(), keys::resect_views), (folder / "project.xml").string());
+    expect_dialog(caption, [&](QDialog& shown_dialog) {
+        auto& dialog = dynamic_cast<ResectionDialog&>(shown_dialog);
+        dialog.findChild<QListWidget*>(QStringLiteral("views"))->setCurrentRow(0);
+        dialog.remove_view();
+        dialog.accept();
+    });
+    action("resectionSettingsAction").trigger();
+    EXPECT_EQ(read(vyn_db(), keys::resect_views), "");
+    EXPECT_TRUE(all_answered());
     vyn_db().set_modified(false);
 }
 

@@ -16,6 +16,7 @@
 #include "core/ui/command.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/number_edit.h"
+#include "core/worker.h"
 #include "process/model/model_inputs.h"
 #include "process/model/model_views.h"
 #include "process/model/view_coverage.h"
@@ -127,7 +128,7 @@ QGroupBox* ResectionDialog::pose_group() {
                                                                         {tr("Plane"), "2"},
                                                                         {tr("Two stages"), "3"},
                                                                         {tr("Stored pose"), "4"}}));
-    rows->add_row(tr("Of a plane's two &poses:"),
+    rows->add_row(tr("Of a plane's two poses:"),
                   form().choice(keys::resect_pose_choice.path,
                                 {{tr("The better one"), "0"}, {tr("The other one"), "1"}}));
     rows->add_row(tr("&Large residuals weigh:"),
@@ -141,7 +142,7 @@ QGroupBox* ResectionDialog::pose_group() {
     pose_->setObjectName(QStringLiteral("stored_pose"));
     pose_->setText(pose_words(settings()));
     pose_->setToolTip(tr("Shift in the camera's length unit"));
-    auto* forget = new QPushButton(tr("For&get"));
+    auto* forget = new QPushButton(tr("Forget"));
     forget->setObjectName(QStringLiteral("forget_pose"));
     forget->setToolTip(tr("The next resection starts without a pose"));
     forget->setEnabled(pose_of(settings()).has_value());
@@ -169,7 +170,7 @@ QGroupBox* ResectionDialog::mesh_group() {
         form().choice(
             keys::resect_mirror.path,
             {{tr("None"), "none"}, {tr("x = 0"), "x"}, {tr("y = 0"), "y"}, {tr("z = 0"), "z"}}));
-    rows->add_row(tr("Painted sides of a s&heet:"),
+    rows->add_row(tr("Painted sides of a sheet:"),
                   form().choice(keys::resect_open_sheets.path,
                                 {{tr("As filed"), "filed"}, {tr("Both"), "both"}}));
     rows->add_row(tr("&Values at:"),
@@ -181,7 +182,7 @@ QGroupBox* ResectionDialog::mesh_group() {
 QGroupBox* ResectionDialog::projection_group() {
     auto* group = new QGroupBox(tr("Projection"));
     auto* rows = new FormGrid(group);
-    rows->add_row(tr("Steepest ang&le:"), form().number(keys::resect_obliqueness.path), tr("°"));
+    rows->add_row(tr("Steepest angle:"), form().number(keys::resect_obliqueness.path), tr("°"));
     rows->add_row(tr("Lift of lines of sight:"), form().number(keys::resect_tolerance.path),
                   tr("of the diagonal"));
     rows->add_row(tr("Sampli&ng:"), form().choice(keys::resect_sampling.path,
@@ -212,7 +213,7 @@ QGroupBox* ResectionDialog::view_group() {
         buttons->addWidget(button);
     };
     add_button("add_view", tr("Add vie&w..."), &ResectionDialog::add_view);
-    add_button("remove_view", tr("Remo&ve"), &ResectionDialog::remove_view);
+    add_button("remove_view", tr("Remove"), &ResectionDialog::remove_view);
     buttons->addStretch();
     auto* blending = new FormGrid;
     blending->add_row(tr("&Blend:"),
@@ -227,6 +228,8 @@ QGroupBox* ResectionDialog::view_group() {
     top->addLayout(blending);
     auto* column = new QVBoxLayout(group);
     column->addLayout(top);
+    // A computation may be writing the mesh.
+    if (!idle_flag()) return group;
     if (const auto seen = view_coverage(program_session().field); !seen.empty())
         column->addWidget(coverage_table(seen));
     return group;
