@@ -184,8 +184,8 @@ Associated associate(const AssociationScene& scene, const Association& before, M
     next.told.insert(number);
     next = refit(scene, std::move(next), dots);
     const MarkerSet told = told_dots(next, dots);
-    if (agrees(next, told) || told.markers.size() < least_told)
-        return {std::move(dots), std::move(next)};
+    if (agrees(next, told)) return pair_rest(scene, std::move(next), std::move(dots));
+    if (told.markers.size() < least_told) return {std::move(dots), std::move(next)};
     try {
         // Four dots tell a pose less well than all will.
         constexpr double gates = 4;

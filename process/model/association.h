@@ -51,7 +51,7 @@ Association start_association(const AssociationScene& scene, const MarkerSet& do
 
 /// The dot gets the marker's number and takes part; a dot that had it gets one that is free. Where
 /// the pose does not agree with what was told, or there is none, it is found from the told dots
-/// alone, and the rest is paired by it.
+/// alone. The rest is paired by it.
 Associated associate(const AssociationScene& scene, const Association& before, MarkerSet dots,
                      std::size_t dot, std::int32_t number);
 

@@ -66,6 +66,7 @@ void play(const Options& options) {
     play_dialogs(theatre);
     play_in_situ(theatre);
     play_viewer(theatre);
+    play_association(theatre);
     play_model(theatre);
 }
 

@@ -35,6 +35,8 @@ void play_dialogs(Theatre& theatre);
 void play_in_situ(Theatre& theatre);
 /// Viewers, fashion dialogs, markers, graphs.
 void play_viewer(Theatre& theatre);
+/// Markers on the model put on their dots, and the settings of the resection.
+void play_association(Theatre& theatre);
 /// The field on the model.
 void play_model(Theatre& theatre);
 

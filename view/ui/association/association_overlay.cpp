@@ -103,12 +103,13 @@ void AssociationOverlay::draw_residuals(QPainter& painter, const ViewTransform& 
     for (const AssociationRow& row : rows_) {
         if (!row.dot || row.length() == 0) continue;
         const QPointF from = place(row.ring, transform);
-        const QPointF to = from + enlarged_ * transform.zoom * QPointF(row.dx, row.dy);
+        const bool used = row.state == AssociationRow::State::used;
+        // What is far off reaches its dot, and no farther.
+        const double factor = used ? enlarged_ * transform.zoom : transform.zoom;
         const QColor colour =
-            row.state == AssociationRow::State::used
-                ? QColor::fromRgb(colours.colour(static_cast<float>(row.length()), false, true))
-                : QColor(Qt::lightGray);
-        draw_haloed(painter, arrow(from, to), colour);
+            used ? QColor::fromRgb(colours.colour(static_cast<float>(row.length()), false, true))
+                 : colour_of(row);
+        draw_haloed(painter, arrow(from, from + factor * QPointF(row.dx, row.dy)), colour);
     }
 }
 

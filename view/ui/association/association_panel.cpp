@@ -57,8 +57,9 @@ AssociationPanel::AssociationPanel(QWidget* parent)
     words_->setTextFormat(Qt::PlainText);
     words_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     table_->setObjectName(QStringLiteral("residuals"));
-    table_->setHorizontalHeaderLabels(
-        {tr("No"), tr("x, px"), tr("y, px"), tr("Size, px"), tr("State")});
+    table_->setHorizontalHeaderLabels({tr("No"), tr("x"), tr("y"), tr("Size"), tr("State")});
+    table_->setToolTip(tr("Dot minus ring, pixels"));
+    table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     table_->horizontalHeaderItem(number_column)
         ->setToolTip(tr("Markers without a tick are left out, of the alignment too"));
     table_->verticalHeader()->hide();

@@ -100,7 +100,11 @@ ResectionDialog::ResectionDialog(dataSetInterface& settings, QWidget* parent)
 QGroupBox* ResectionDialog::marker_group() {
     auto* group = new QGroupBox(tr("Markers"));
     auto* rows = new FormGrid(group);
-    rows->add_row(tr("&Picture:"), form().text(keys::resect_markers_view.path));
+    rows->add_row(tr("&Picture:"), form().choice(keys::resect_markers_view.path,
+                                                 {{tr("Wind-off, signal"), "wind_off_sens"},
+                                                  {tr("Wind-on, signal"), "wind_on_sens"},
+                                                  {tr("Wind-off, reference"), "wind_off_refe"},
+                                                  {tr("Wind-on, reference"), "wind_on_refe"}}));
     rows->add_row(tr("P&airing:"), form().choice(keys::resect_pairing.path,
                                                  {{tr("By number where they agree"), "auto"},
                                                   {tr("By number"), "number"},
@@ -222,10 +226,15 @@ QGroupBox* ResectionDialog::view_group() {
     blending->add_row(tr("Power of the cosine:"), form().number(keys::resect_blend_power.path));
     blending->add_row(tr("Fade to the edges over:"), form().number(keys::resect_feather_px.path),
                       tr("px"));
+    auto* aside = new QVBoxLayout;
+    aside->addLayout(blending);
+    aside->addStretch();
+    views_->setMinimumHeight(4 * fontMetrics().height());
+    views_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     auto* top = new QHBoxLayout;
     top->addWidget(views_, 1);
     top->addLayout(buttons);
-    top->addLayout(blending);
+    top->addLayout(aside);
     auto* column = new QVBoxLayout(group);
     column->addLayout(top);
     // A computation may be writing the mesh.
