@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "api/image_io.h"
+#include "process/model/association.h"
 #include "projection/field_sampler.h"
 #include "projection/view_geometry.h"
 #include "render/model/model_painter.h"
@@ -143,6 +144,15 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
                                silent))
             throw std::runtime_error("the benchmark's dots were not paired");
     };
+    // What a mouse does that drags a ring over a dot.
+    AssociationScene scene{
+        inputs.markers, {std::shared_ptr<void>(), &inputs.prepared}, 1, inputs.marker_camera, {}};
+    MarkerSet dots;
+    dots.markers = inputs.dots;
+    const auto drag = [scene, dots, at_pose = start_association(scene, dots, inputs.marker_pose)] {
+        const Associated next = associate(scene, at_pose, dots, 0, dots.markers[0].id);
+        association_rows(scene, next.association, next.dots);
+    };
     const auto visibility = [&inputs,
                              hidden = std::vector<std::uint8_t>(inputs.lines.size())]() mutable {
         inputs.prepared.rays.hidden(inputs.lines, hidden);
@@ -181,6 +191,7 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
     };
     return {{"pose", 1, "pose", pose},
             {"pairing", 1, "pairing", pairing},
+            {"drag", 1, "step", drag},
             {"visibility", count(inputs.lines), "ray", visibility},
             {"node_sample", count(inputs.faced), "node", node_sample},
             {"project_known", count(inputs.mesh.vertices), "node",

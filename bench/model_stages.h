@@ -43,6 +43,7 @@ struct ModelStage {
 /// On these inputs, which must outlive them:
 /// pose           a start and its adjustment from 30 pairs
 /// pairing        60 markers with 60 dots without numbers, a fifth of them false
+/// drag           a ring over a dot: a fit of 60 markers, the rest paired, what is hidden
 /// visibility     a line of sight each, on the calling thread
 /// node_sample    node to pixel to value of the masked field, on the calling thread
 /// project_known  the whole projection, mesh and rays being there

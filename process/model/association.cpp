@@ -272,6 +272,7 @@ std::vector<AssociationRow> association_rows(const AssociationScene& scene,
             row.state = !dot->active               ? AssociationRow::State::left_out
                         : used || !association.fit ? AssociationRow::State::used
                                                    : AssociationRow::State::rejected;
+            if (!association.pose) row.ring = row.dot_place;
             if (association.fit) {
                 row.dx = dot->x - ring->x;
                 row.dy = dot->y - ring->y;

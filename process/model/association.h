@@ -72,7 +72,7 @@ struct AssociationRow {
     std::int32_t number = 0;
     std::optional<std::size_t> dot;  ///< index of the dot of that number
     Point dot_place;
-    Point ring;           ///< where the pose sees the marker
+    Point ring;           ///< where the pose sees the marker; on its dot without a pose
     bool hidden = false;  ///< by the mesh
     bool told = false;
     /// `rejected`: farther off than the gate allows; `left_out`: the dot is switched off.

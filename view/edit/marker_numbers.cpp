@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <set>
 
 namespace vyn {
@@ -26,6 +27,35 @@ MarkerSet numbered_like_partners(MarkerSet moved, const std::vector<MarkerPair>&
         if (!taken.insert(marker.id).second) taken.insert(marker.id = free++);
     }
     return moved;
+}
+
+MarkerSet renumbered_like(MarkerSet set, const MarkerSet& before, const MarkerSet& after) {
+    std::map<std::int32_t, std::int32_t> now;
+    const bool same_order = before.markers.size() == after.markers.size();
+    for (std::size_t i = 0; i < before.markers.size(); ++i) {
+        const Marker& old = before.markers[i];
+        auto found = after.markers.begin();
+        if (same_order)
+            found += static_cast<std::ptrdiff_t>(i);
+        else
+            found = std::ranges::find_if(
+                after.markers, [&](const Marker& m) { return m.x == old.x && m.y == old.y; });
+        if (found != after.markers.end()) now.emplace(old.id, found->id);
+    }
+    std::set<std::int32_t> taken;
+    for (const Marker& marker : set.markers)
+        if (const auto known = now.find(marker.id); known != now.end()) taken.insert(known->second);
+    MarkerSet result = set;
+    for (Marker& marker : result.markers) {
+        const auto known = now.find(marker.id);
+        if (known != now.end())
+            marker.id = known->second;
+        else if (taken.contains(marker.id))
+            marker.id = 0;
+    }
+    for (Marker& marker : result.markers)
+        if (marker.id == 0) marker.id = next_free_number(result);
+    return result;
 }
 
 MarkerSet joined(MarkerSet markers, const MarkerSet& found, double distance) {

@@ -152,6 +152,20 @@ TEST(MarkerNumbers, PairedMarkersTakeTheirPartnersNumbersAndOthersFreeOnes) {
     EXPECT_EQ(numbered.markers[0].x, 10);
 }
 
+TEST(MarkerNumbers, FollowThoseOfASetThatWasRenumbered) {
+    const MarkerSet before = three_markers();  // numbers 1, 7, 3
+    MarkerSet after = before;
+    after.markers[1].id = 30;
+    after.markers[2].id = 1;
+    after.markers.erase(after.markers.begin());
+    MarkerSet partners;
+    partners.markers = {marker(5, 5, 3), marker(6, 6, 1), marker(7, 7, 7)};
+    const MarkerSet now = renumbered_like(partners, before, after);
+    EXPECT_EQ(now.markers[0].id, 1);
+    EXPECT_EQ(now.markers[1].id, 31) << "its partner is gone and its number another one's";
+    EXPECT_EQ(now.markers[2].id, 30);
+}
+
 TEST(MarkerNumbers, FoundDotsBesidePresentMarkersAreAddedBehindThem) {
     MarkerSet found;
     found.markers = {marker(21, 11, 1), marker(40, 40, 2)};

@@ -198,6 +198,9 @@ TEST_F(Associating, AcceptKeepsRejectRestores) {
     EXPECT_EQ(viewer->mode(), MouseMode::probe);
 
     write(vyn_db(), keys::resect_pairing, std::string("geometry"));
+    image wind_on = *published();
+    wind_on.name = "wind_on_sens";
+    get_images().add(std::move(wind_on));
     trigger("associate");
     press("find_pose");
     ASSERT_EQ(rightly_numbered(), 14) << "found without help, too";
@@ -205,6 +208,8 @@ TEST_F(Associating, AcceptKeepsRejectRestores) {
     ASSERT_TRUE(stored_pose(vyn_db(), "mm"));
     EXPECT_LT(test::pose_error(*stored_pose(vyn_db(), "mm"), scene.pose), 1e-6);
     EXPECT_EQ(read(vyn_db(), keys::resect_pairing), "number");
+    EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers, markers())
+        << "pictures that are paired by number stay so";
     // Others see the rings where the pose has them.
     image corrected = test::dotted_image(scene.camera.width, scene.camera.height, {});
     corrected.name = "wind_off_sens_cor";

@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QSignalBlocker>
 #include <QStatusBar>
+#include <QToolBar>
 #include <algorithm>
 
 #include "core/errors.h"
@@ -15,6 +16,7 @@
 #include "core/ui/icons.h"
 #include "process/model/model_inputs.h"
 #include "process/point/marker_frames.h"
+#include "view/edit/marker_numbers.h"
 #include "view/ui/association/association_panel.h"
 #include "view/ui/canvas/field_view.h"
 #include "view/ui/canvas/picture_window.h"
@@ -97,6 +99,8 @@ void AssociationController::make_actions() {
     menu.addSeparator();
     menu.addActions({mode_, shown_, dock_->toggleViewAction()});
     viewer_.addActions({mode_, shown_});
+    if (auto* bar = viewer_.findChild<QToolBar*>(QStringLiteral("marker tools")))
+        bar->addAction(mode_);
 }
 
 AssociationController::Frame AssociationController::frame() const {
@@ -356,9 +360,29 @@ void AssociationController::find() {
 void AssociationController::accept() {
     if (!original_ || !association_.fit) return;
     store_association(vyn_db(), association_);
+    const int others = renumber_others();
     end(/*told=*/true);
     viewer_.statusBar()->showMessage(
-        tr("The pose is the project's now; save the markers to keep their numbers"));
+        others == 0
+            ? tr("The pose is the project's now; save the markers to keep their numbers")
+            : tr("The pose is the project's now, and pictures with markers of the same numbers "
+                 "have the new ones, too: save the markers of all of them"));
+}
+
+int AssociationController::renumber_others() {
+    int count = 0;
+    for (const RawImage& raw : raw_images()) {
+        const auto other = get_images().find(raw.name);
+        if (!other || raw.name == viewer_.image_name()) continue;
+        MarkerSet markers =
+            renumbered_like(other->markers, original_->dots, markers_.markers().set());
+        if (markers == other->markers) continue;
+        image changed = *other;
+        changed.markers = std::move(markers);
+        get_images().add(std::move(changed));
+        ++count;
+    }
+    return count;
 }
 
 void AssociationController::reject() {

@@ -76,6 +76,8 @@ class AssociationController : public EditController {
     bool refresh_settings();
     void perform(Associated next);
     void put(const Association& association);
+    /// Pictures that are paired with this one by number: how many were changed.
+    int renumber_others();
     void end(bool told);
     void show();
     void show(const Association& association, const MarkerSet& dots);

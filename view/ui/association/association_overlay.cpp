@@ -84,7 +84,7 @@ void AssociationOverlay::draw_ring(QPainter& painter, QPointF at, const Associat
         painter.drawEllipse(at, ring, ring);
     }
     // The dot that is used has the same number beside it.
-    if (row.state == AssociationRow::State::used && row.dx != 0) return;
+    if (row.state == AssociationRow::State::used) return;
     QPainterPath number;
     const QString text = QString::number(row.number);
     const QFontMetricsF metrics(painter.font());

@@ -18,10 +18,10 @@ QString words_of(const AssociationRow& row) {
     QString text;
     switch (row.state) {
         case AssociationRow::State::used:
-            text = row.told ? AssociationPanel::tr("put on its dot") : AssociationPanel::tr("used");
+            text = row.told ? AssociationPanel::tr("by hand") : AssociationPanel::tr("used");
             break;
         case AssociationRow::State::rejected:
-            text = AssociationPanel::tr("too far off");
+            text = AssociationPanel::tr("too far");
             break;
         case AssociationRow::State::left_out:
             text = AssociationPanel::tr("left out");
@@ -30,7 +30,8 @@ QString words_of(const AssociationRow& row) {
             text = AssociationPanel::tr("no dot");
             break;
     }
-    return row.hidden ? AssociationPanel::tr("%1, hidden").arg(text) : text;
+    if (!row.hidden) return text;
+    return row.dot ? AssociationPanel::tr("%1, hidden").arg(text) : AssociationPanel::tr("hidden");
 }
 
 QTableWidgetItem* cell_of(const QVariant& value) {
@@ -141,7 +142,7 @@ void AssociationPanel::show_rows(const std::vector<AssociationRow>& rows, const 
                                                                                : Qt::Checked);
         }
         table_->setItem(line, number_column, number);
-        const bool known = row.dot.has_value();
+        const bool known = row.dot && row.length() > 0;
         table_->setItem(line, x_column, cell_of(known ? rounded(row.dx) : QVariant()));
         table_->setItem(line, y_column, cell_of(known ? rounded(row.dy) : QVariant()));
         table_->setItem(line, size_column, cell_of(known ? rounded(row.length()) : QVariant()));
