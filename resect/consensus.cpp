@@ -71,10 +71,12 @@ std::optional<Consensus> find_consensus(const PinholeCamera& camera,
                                         double reach, std::size_t least, const Progress& progress) {
     constexpr std::size_t fewest_draws = 30;
     const std::size_t count = pairs_a_draw(kind);
-    if (pairs.size() < std::max(count, std::size_t{4})) return std::nullopt;
+    if (pairs.size() < std::max({count, std::size_t{4}, least})) return std::nullopt;
     Dice dice(20240229);
     std::optional<Consensus> best;
-    std::size_t wanted = draws_needed(0, count);
+    // A pose with fewer agreeing pairs is none; tenfold, as draws of right pairs may fail by noise.
+    std::size_t wanted = std::min(draws_needed(0, count),
+                                  10 * draws_needed(double(least) / double(pairs.size()), count));
     std::vector<std::size_t> order(pairs.size());
     for (std::size_t i = 0; i < order.size(); ++i)
         order[i] = i;

@@ -34,10 +34,15 @@ QString words_of(const AssociationRow& row) {
     return row.dot ? AssociationPanel::tr("%1, hidden").arg(text) : AssociationPanel::tr("hidden");
 }
 
-QTableWidgetItem* cell_of(const QVariant& value) {
-    auto* cell = new QTableWidgetItem;
-    cell->setData(Qt::DisplayRole, value);  // sorts by number
-    cell->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+/// Shows a value in a cell, which is made where there is none.
+QTableWidgetItem* put(QTableWidget& table, int line, int column, const QVariant& value) {
+    QTableWidgetItem* cell = table.item(line, column);
+    if (!cell) {
+        cell = new QTableWidgetItem;
+        cell->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+        table.setItem(line, column, cell);
+    }
+    if (cell->data(Qt::DisplayRole) != value) cell->setData(Qt::DisplayRole, value);
     return cell;
 }
 
@@ -64,7 +69,13 @@ AssociationPanel::AssociationPanel(QWidget* parent)
     table_->horizontalHeaderItem(number_column)
         ->setToolTip(tr("Markers without a tick are left out, of the alignment too"));
     table_->verticalHeader()->hide();
-    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // Widths that fit the contents would be measured anew for every number that changes.
+    const auto width = [this](const char* text) {
+        return fontMetrics().horizontalAdvance(QLatin1String(text));
+    };
+    table_->setColumnWidth(number_column, width("0000") + 2 * fontMetrics().height());
+    for (const int column : {x_column, y_column, size_column})
+        table_->setColumnWidth(column, width("-00.0000"));
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -130,25 +141,27 @@ QPushButton* AssociationPanel::add_button(const char* name, const QString& text,
 void AssociationPanel::show_rows(const std::vector<AssociationRow>& rows, const QString& words,
                                  bool can_accept) {
     filling_ = true;
+    table_->setUpdatesEnabled(false);
     words_->setText(words);
     table_->setSortingEnabled(false);
     table_->setRowCount(static_cast<int>(rows.size()));
     for (int line = 0; line < table_->rowCount(); ++line) {
         const AssociationRow& row = rows[static_cast<std::size_t>(line)];
-        QTableWidgetItem* number = cell_of(row.number);
-        if (row.dot) {
-            number->setFlags(number->flags() | Qt::ItemIsUserCheckable);
-            number->setCheckState(row.state == AssociationRow::State::left_out ? Qt::Unchecked
-                                                                               : Qt::Checked);
-        }
-        table_->setItem(line, number_column, number);
+        QTableWidgetItem* number = put(*table_, line, number_column, row.number);
+        number->setFlags(number->flags().setFlag(Qt::ItemIsUserCheckable, row.dot.has_value()));
+        number->setData(Qt::CheckStateRole, !row.dot ? QVariant()
+                                            : row.state == AssociationRow::State::left_out
+                                                ? QVariant(Qt::Unchecked)
+                                                : QVariant(Qt::Checked));
         const bool known = row.dot && row.length() > 0;
-        table_->setItem(line, x_column, cell_of(known ? rounded(row.dx) : QVariant()));
-        table_->setItem(line, y_column, cell_of(known ? rounded(row.dy) : QVariant()));
-        table_->setItem(line, size_column, cell_of(known ? rounded(row.length()) : QVariant()));
-        table_->setItem(line, state_column, cell_of(words_of(row)));
+        const auto pixels = [known](double size) { return known ? rounded(size) : QVariant(); };
+        put(*table_, line, x_column, pixels(row.dx));
+        put(*table_, line, y_column, pixels(row.dy));
+        put(*table_, line, size_column, pixels(row.length()));
+        put(*table_, line, state_column, words_of(row));
     }
     table_->setSortingEnabled(true);
+    table_->setUpdatesEnabled(true);
     filling_ = false;
     accept_->setEnabled(active_ && can_accept);
 }
