@@ -203,6 +203,8 @@ TEST_F(Associating, AcceptKeepsRejectRestores) {
     get_images().add(std::move(wind_on));
     trigger("associate");
     press("find_pose");
+    viewer->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(viewer));
     ASSERT_EQ(rightly_numbered(), 14) << "found without help, too";
     press("accept_pose");
     ASSERT_TRUE(stored_pose(vyn_db(), "mm"));
@@ -210,6 +212,11 @@ TEST_F(Associating, AcceptKeepsRejectRestores) {
     EXPECT_EQ(read(vyn_db(), keys::resect_pairing), "number");
     EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers, markers())
         << "pictures that are paired by number stay so";
+    undo();
+    EXPECT_FALSE(stored_pose(vyn_db(), "mm"));
+    EXPECT_EQ(get_images().find("wind_on_sens")->markers.markers, before);
+    QTest::keyClick(viewer, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(stored_pose(vyn_db(), "mm"));
     // Others see the rings where the pose has them.
     image corrected = test::dotted_image(scene.camera.width, scene.camera.height, {});
     corrected.name = "wind_off_sens_cor";

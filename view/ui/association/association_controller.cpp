@@ -98,6 +98,7 @@ void AssociationController::make_actions() {
     QMenu& menu = viewer_.marker_menu();
     menu.addSeparator();
     menu.addActions({mode_, shown_, dock_->toggleViewAction()});
+    connect(&menu, &QMenu::aboutToShow, this, &AssociationController::enable_actions);
     viewer_.addActions({mode_, shown_});
     if (auto* bar = viewer_.findChild<QToolBar*>(QStringLiteral("marker tools")))
         bar->addAction(mode_);
@@ -106,9 +107,7 @@ void AssociationController::make_actions() {
 AssociationController::Frame AssociationController::frame() const {
     const auto picture = viewer_.picture();
     if (!picture || get_images().find(picture->name) != picture) return Frame::none;
-    const dataSetInterface& data = vyn_db();
-    if (read(data, keys::mesh_mark_file).empty()) return Frame::none;
-    const std::string view = read(data, keys::resect_markers_view);
+    const std::string view = read(std::as_const(vyn_db()), keys::resect_markers_view);
     if (picture->name == view) return Frame::raw;
     // Results lie in the frame of the wind-off picture of the signal channel.
     if (view != image_names::wind_off_sens) return Frame::none;
@@ -123,14 +122,18 @@ bool AssociationController::may_associate() const {
     return frame() == Frame::raw;
 }
 
-void AssociationController::picture_changed() {
+void AssociationController::enable_actions() {
     const Frame now = frame();
     mode_->setEnabled(now == Frame::raw);
     shown_->setEnabled(now != Frame::none);
+}
+
+void AssociationController::picture_changed() {
+    enable_actions();
     const auto picture = viewer_.picture();
     const std::string name = picture ? picture->name : std::string();
     const QSize size = picture ? QSize(picture->width(), picture->height()) : QSize();
-    if (name == shown_name_ && size == shown_size_ && now != Frame::none) return;
+    if (name == shown_name_ && size == shown_size_) return;
     shown_name_ = name;
     shown_size_ = size;
     scene_.reset();
@@ -184,8 +187,10 @@ bool AssociationController::refresh_settings() {
 }
 
 void AssociationController::begin() {
-    if (!may_associate() || (!original_ && !read_scene()) || !refresh_settings())
+    if (!may_associate() || (!original_ && !read_scene()) || !refresh_settings()) {
+        enable_actions();
         return viewer_.set_mode(MouseMode::probe);
+    }
     if (!original_) original_ = Associated{markers_.markers().set(), association_};
     {
         const QSignalBlocker quiet(shown_);
@@ -304,7 +309,7 @@ void AssociationController::let_go() {
 }
 
 void AssociationController::perform(Associated next) {
-    Step step{association_, next.association, next.dots != markers_.markers().set()};
+    Step step{association_, next.association, next.dots != markers_.markers().set(), {}};
     if (step.changes_markers) {
         own_change_ = true;
         const bool done =
@@ -327,6 +332,7 @@ void AssociationController::put(const Association& association) {
 
 void AssociationController::undo() {
     const Step& step = history_.undo();
+    if (step.project) restore(step.project->first);
     own_change_ = true;
     if (step.changes_markers) markers_.undo();
     own_change_ = false;
@@ -335,6 +341,7 @@ void AssociationController::undo() {
 
 void AssociationController::redo() {
     const Step& step = history_.redo();
+    if (step.project) restore(step.project->second);
     own_change_ = true;
     if (step.changes_markers) markers_.redo();
     own_change_ = false;
@@ -359,18 +366,49 @@ void AssociationController::find() {
 
 void AssociationController::accept() {
     if (!original_ || !association_.fit) return;
+    const Project before = project();
     store_association(vyn_db(), association_);
-    const int others = renumber_others();
+    const bool others = renumber_others();
+    Step step{association_, association_, false,
+              std::make_shared<const std::pair<Project, Project>>(before, project())};
+    history_.push(std::move(step), 2 * bytes_of(association_));
+    Q_EMIT stepped();
     end(/*told=*/true);
     viewer_.statusBar()->showMessage(
-        others == 0
-            ? tr("The pose is the project's now; save the markers to keep their numbers")
-            : tr("The pose is the project's now, and pictures with markers of the same numbers "
-                 "have the new ones, too: save the markers of all of them"));
+        others ? tr("The pose is the project's now, and pictures with markers of the same numbers "
+                    "have the new ones, too: save the markers of all of them")
+               : tr("The pose is the project's now; save the markers to keep their numbers"));
 }
 
-int AssociationController::renumber_others() {
-    int count = 0;
+AssociationController::Project AssociationController::project() const {
+    Project now;
+    for (const KeyInfo& key : key_table())
+        if (key.path.starts_with(std::string(keys::resection) + "p"))  // pose and pairing
+            now.settings.emplace_back(key.path, vyn_db().value(key.path));
+    for (const RawImage& raw : raw_images())
+        if (const auto picture = get_images().find(raw.name);
+            picture && raw.name != viewer_.image_name())
+            now.markers.emplace_back(raw.name, picture->markers);
+    return now;
+}
+
+void AssociationController::restore(const Project& project) {
+    for (const auto& [path, value] : project.settings)
+        if (value.empty())
+            vyn_db().remove(path);
+        else
+            vyn_db().set_value(path, value, /*is_default=*/false);
+    for (const auto& [name, markers] : project.markers) {
+        const auto picture = get_images().find(name);
+        if (!picture || picture->markers == markers) continue;
+        image changed = *picture;
+        changed.markers = markers;
+        get_images().add(std::move(changed));
+    }
+}
+
+bool AssociationController::renumber_others() {
+    bool changed_one = false;
     for (const RawImage& raw : raw_images()) {
         const auto other = get_images().find(raw.name);
         if (!other || raw.name == viewer_.image_name()) continue;
@@ -380,9 +418,9 @@ int AssociationController::renumber_others() {
         image changed = *other;
         changed.markers = std::move(markers);
         get_images().add(std::move(changed));
-        ++count;
+        changed_one = true;
     }
-    return count;
+    return changed_one;
 }
 
 void AssociationController::reject() {

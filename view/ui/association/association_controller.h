@@ -60,24 +60,34 @@ class AssociationController : public EditController {
     bool modified() const override { return false; }
 
   private:
+    /// What accepting changes beside this picture: settings of the pose, and the markers of other
+    /// camera pictures.
+    struct Project {
+        std::vector<std::pair<std::string, any>> settings;
+        std::vector<std::pair<std::string, MarkerSet>> markers;
+    };
     struct Step {
         Association before;
         Association after;
         bool changes_markers = false;
+        std::shared_ptr<const std::pair<Project, Project>> project;  ///< before, after
     };
+    Project project() const;
+    static void restore(const Project& project);
     /// What the image is to the pose.
     enum class Frame { none, raw, ideal };
     Frame frame() const;
     bool may_associate() const;
     void make_actions();
+    void enable_actions();
     /// Reads markers and mesh; false when that failed, which the user was told.
     bool read_scene();
     /// Camera and options as they are now; false when they cannot be used, which is said.
     bool refresh_settings();
     void perform(Associated next);
     void put(const Association& association);
-    /// Pictures that are paired with this one by number: how many were changed.
-    int renumber_others();
+    /// Pictures that are paired with this one by number: true when one was changed.
+    bool renumber_others();
     void end(bool told);
     void show();
     void show(const Association& association, const MarkerSet& dots);
