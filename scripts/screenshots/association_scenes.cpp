@@ -54,6 +54,8 @@ void play_association(Theatre& theatre) {
     theatre.shots.take(viewer, QStringLiteral("associate"), size);
     controller.reject();
     viewer.hide();
+    open_project(theatre, theatre.model_folder + QStringLiteral("/project.xml"));
+    compute(theatre);
     ResectionDialog dialog(vyn_db());
     theatre.shots.take(dialog, QStringLiteral("resection_dialog"));
 }

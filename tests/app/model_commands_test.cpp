@@ -1,6 +1,7 @@
 #include "app/model_commands.h"
 
 #include <QListWidget>
+#include <QTableWidget>
 #include <QTest>
 #include <bit>
 
@@ -159,10 +160,15 @@ TEST_F(ModelInTheWindow, RefusesToComputeFromWhatCannotBeRight) {
 /// Every setting has an edit; further cameras come and go as lines of a list.
 TEST_F(ModelInTheWindow, SettingsAreEditedInADialog) {
     window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    window->calculateCalculate_AllAction_activated();
     const QString caption = QStringLiteral("Resection and model");
     expect_dialog(caption, [&](QDialog& shown_dialog) {
         auto& dialog = dynamic_cast<ResectionDialog&>(shown_dialog);
         check_mnemonics(dialog);
+        auto* seen = dialog.findChild<QTableWidget*>(QStringLiteral("view_coverage"));
+        ASSERT_TRUE(seen);
+        EXPECT_EQ(seen->rowCount(), 1);
+        EXPECT_EQ(seen->item(0, 2)->text(), QStringLiteral("100.0 %"));
         for (const KeyInfo& key : key_table()) {
             if (!key.path.starts_with(keys::resection)) continue;
             const std::string name = key.path.substr(keys::resection.size());

@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QTableWidget>
+#include <algorithm>
 #include <cmath>
 
 #include "core/keys.h"
@@ -67,6 +68,10 @@ QTableWidget* coverage_table(const std::vector<ViewCoverage>& views) {
         for (int column = 0; column < table->columnCount(); ++column)
             table->setItem(line, column, new QTableWidgetItem(texts[column]));
     }
+    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
+    constexpr int most_lines = 5;
+    table->setFixedHeight((1 + std::min(table->rowCount(), most_lines)) *
+                          (table->fontMetrics().height() + 8));
     table->setToolTip(
         ResectionDialog::tr("Of the values that are on the mesh now: where each camera is the best "
                             "view, how much of that others see too, and how far they differ"));
