@@ -169,6 +169,14 @@ TEST_F(Associating, WhatIsLeftOutChangesThePoseAsAFitWithoutIt) {
     write(vyn_db(), keys::resect_image_sigma, 1.0);  // so that 2 px are no outlier
     put_on_dots();
     trigger("marker_move_mode");
+    QTest::mousePress(&view(), Qt::LeftButton, Qt::NoModifier, at(dot_of(7).x, dot_of(7).y));
+    QMouseEvent move(QEvent::MouseMove, at(dot_of(7).x + 1, dot_of(7).y + 1), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&view(), &move);
+    EXPECT_GT(row(7).length(), 1) << "while it is moved";
+    trigger("probe_mode");
+    EXPECT_LT(row(7).length(), 1e-3);
+    trigger("marker_move_mode");
     drag({dot_of(7), {dot_of(7).x + 1, dot_of(7).y + 1.5}}, Qt::ShiftModifier);
     const Pose moved = *state().pose;
     EXPECT_GT(test::pose_error(moved, scene.pose), 1e-5) << "the fit follows a dot that is moved";
