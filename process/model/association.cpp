@@ -106,7 +106,7 @@ Pose first_guess(const AssociationScene& scene) {
     for (const Marker& marker : scene.markers)
         if (marker.active) places.push_back({0, 0, place_of(marker), {}, 1});
     const Spread spread = spread_of(places);
-    const auto seen_along = [&](Eigen::Vector3d forward) {
+    const auto seen_along = [&](const Eigen::Vector3d& forward) {
         Eigen::Vector3d right = spread.axes.col(0);
         if (right.x() < 0) right = -right;
         Pose pose;

@@ -45,17 +45,17 @@ MarkerSet renumbered_like(MarkerSet set, const MarkerSet& before, const MarkerSe
     std::set<std::int32_t> taken;
     for (const Marker& marker : set.markers)
         if (const auto known = now.find(marker.id); known != now.end()) taken.insert(known->second);
-    MarkerSet result = set;
-    for (Marker& marker : result.markers) {
-        const auto known = now.find(marker.id);
-        if (known != now.end())
-            marker.id = known->second;
-        else if (taken.contains(marker.id))
-            marker.id = 0;
+    std::vector<std::size_t> homeless;
+    for (std::size_t i = 0; i < set.markers.size(); ++i) {
+        std::int32_t& number = set.markers[i].id;
+        if (const auto known = now.find(number); known != now.end())
+            number = known->second;
+        else if (taken.contains(number))
+            homeless.push_back(i);
     }
-    for (Marker& marker : result.markers)
-        if (marker.id == 0) marker.id = next_free_number(result);
-    return result;
+    for (const std::size_t i : homeless)
+        set.markers[i].id = next_free_number(set);
+    return set;
 }
 
 MarkerSet joined(MarkerSet markers, const MarkerSet& found, double distance) {
