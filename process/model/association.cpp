@@ -5,6 +5,7 @@
 
 #include <Eigen/Geometry>
 
+#include "align/poly_transform.h"
 #include "core/errors.h"
 #include "resect/pairing.h"
 
@@ -140,6 +141,28 @@ Pose first_guess(const AssociationScene& scene) {
     return spread.axes.col(2).z() < 0 ? front : back;  // from above
 }
 
+/// Rings of a guess follow the first three that were put on their dots, by the affine mapping that
+/// these tell, so that the fourth dot is near; none leaves the picture.
+void follow_told(std::vector<AssociationRow>& rows, const PinholeCamera& camera) {
+    constexpr std::size_t affine = 3;
+    std::vector<Point> rings;
+    std::vector<Point> dots;
+    for (const AssociationRow& row : rows) {
+        if (!row.told) continue;
+        rings.push_back(row.ring);
+        dots.push_back(row.dot_place);
+    }
+    std::optional<PolyTransform> map;
+    if (rings.size() >= affine) map = fit_poly(rings, dots, affine).map;
+    for (AssociationRow& row : rows) {
+        if (row.told) row.ring = row.dot_place;
+        if (row.told || !map) continue;
+        const Point moved = apply_poly(*map, row.ring);
+        row.ring = {std::clamp(moved.x, 0.0, camera.width - 1.0),
+                    std::clamp(moved.y, 0.0, camera.height - 1.0)};
+    }
+}
+
 }  // namespace
 
 Association start_association(const AssociationScene& scene, const MarkerSet& dots,
@@ -272,7 +295,6 @@ std::vector<AssociationRow> association_rows(const AssociationScene& scene,
             row.state = !dot->active               ? AssociationRow::State::left_out
                         : used || !association.fit ? AssociationRow::State::used
                                                    : AssociationRow::State::rejected;
-            if (!association.pose) row.ring = row.dot_place;
             if (association.fit) {
                 row.dx = dot->x - ring->x;
                 row.dy = dot->y - ring->y;
@@ -280,6 +302,7 @@ std::vector<AssociationRow> association_rows(const AssociationScene& scene,
         }
         rows.push_back(row);
     }
+    if (guessed) follow_told(rows, camera);
     return rows;
 }
 

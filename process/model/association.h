@@ -72,7 +72,7 @@ struct AssociationRow {
     std::int32_t number = 0;
     std::optional<std::size_t> dot;  ///< index of the dot of that number
     Point dot_place;
-    Point ring;           ///< where the pose sees the marker; on its dot without a pose
+    Point ring;           ///< where the pose sees the marker
     bool hidden = false;  ///< by the mesh
     bool told = false;
     /// `rejected`: farther off than the gate allows; `left_out`: the dot is switched off.
@@ -84,7 +84,8 @@ struct AssociationRow {
 };
 
 /// Every active marker that the pose sees in front of the camera; without a pose as the camera
-/// would see them from a side where few are hidden, spread over its picture, to be dragged.
+/// would see them from a side where few are hidden, spread over its picture, to be dragged; once
+/// three are on their dots they take the others with them.
 std::vector<AssociationRow> association_rows(const AssociationScene& scene,
                                              const Association& association, const MarkerSet& dots);
 

@@ -73,9 +73,9 @@ AssociationPanel::AssociationPanel(QWidget* parent)
     const auto width = [this](const char* text) {
         return fontMetrics().horizontalAdvance(QLatin1String(text));
     };
-    table_->setColumnWidth(number_column, width("0000") + 2 * fontMetrics().height());
+    table_->setColumnWidth(number_column, width("000") + 2 * fontMetrics().height());
     for (const int column : {x_column, y_column, size_column})
-        table_->setColumnWidth(column, width("-00.0000"));
+        table_->setColumnWidth(column, width("-00.000"));
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
