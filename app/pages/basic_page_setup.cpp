@@ -105,8 +105,7 @@ QWidget* BasicPage::option_group() {
     connect(convert, &QPushButton::clicked, this, [this] { open_dialog<QVynConvert>(); });
     auto* uncertainty = group->add_button("uncertainty_btn", tr("&Uncertainty..."),
                                           [] { return uncertainty_summary(vyn_db()); });
-    connect(uncertainty, &QPushButton::clicked, this,
-            [this] { open_dialog<UncertaintyDialog>(); });
+    connect(uncertainty, &QPushButton::clicked, this, [this] { open_dialog<UncertaintyDialog>(); });
     auto* model = group->add_button("resection_btn", tr("&3-D model..."),
                                     [] { return model_summary(vyn_db()); });
     connect(model, &QPushButton::clicked, this, [this] { open_dialog<ResectionDialog>(); });

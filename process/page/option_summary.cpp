@@ -109,7 +109,8 @@ std::string uncertainty_summary(const dataSetInterface& data) {
     if (const double gain = read(data, keys::sens_noise_gain); gain > 0)
         return general(gain) + " electrons per count";
     const double relative = read(data, keys::uncertainty_noise_relative);
-    return relative > 0 ? "noise " + general(100 * relative) + " %" : "noise by frames or not known";
+    return relative > 0 ? "noise " + general(100 * relative) + " %"
+                        : "noise by frames or not known";
 }
 
 }  // namespace vyn
