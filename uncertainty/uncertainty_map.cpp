@@ -16,6 +16,9 @@ VYN_CHOOSE_KERNELS(SigmaKernels, sigma_kernels)
 namespace {
 
 constexpr int rows_per_block = 32;
+/// Pixels of a row that are combined at once; the rows of terms are no power of two apart.
+constexpr int piece = 512;
+constexpr int piece_stride = piece + 24;
 static_assert(sigma_rows == sigma_term_count + 1);
 
 using Floats = std::vector<float>;
@@ -47,6 +50,40 @@ struct PictureTables {
     float filter;
 };
 
+/// Where a map takes the pixels of rows that are asked for in their order: every few rows by the
+/// map itself, straight between them, which is far finer than the parts of a pixel that count here.
+class MappedRows {
+  public:
+    void at(const RowMap& map, int y, int width, const SigmaKernels& kernels, Parts& x,
+            Parts& y_out) {
+        const int first = y - y % step;
+        if (first != first_) {
+            if (first == first_ + step && first_ >= 0)
+                std::swap(above_, below_);
+            else
+                above_.fill(map, first, width);
+            below_.fill(map, first + step, width);
+            first_ = first;
+        }
+        const double share = double(y - first) / step;
+        kernels.places(above_.x.data(), below_.x.data(), share, width, x.data());
+        kernels.places(above_.y.data(), below_.y.data(), share, width, y_out.data());
+    }
+
+  private:
+    static constexpr int step = 4;
+    struct Row {
+        void fill(const RowMap& map, int row, int width) {
+            x.resize(static_cast<std::size_t>(width));
+            y.resize(x.size());
+            map(0, width, row, x.data(), y.data());
+        }
+        std::vector<double> x, y;
+    };
+    int first_ = -1;
+    Row above_, below_;
+};
+
 /// Squared slopes of ln I along a row, 0 where they are not known.
 struct Slopes {
     Floats x, y, valid;
@@ -70,8 +107,7 @@ struct PictureRow {
           phase_y(size(n)),
           flat(size(n), 1),
           gain(size(n)),
-          own(size(n)),
-          measured(size(n)) {}
+          own(size(n)) {}
     static std::size_t size(int n) { return static_cast<std::size_t>(n); }
     /// The places of a picture that nobody moved.
     void lies_at(int y) {
@@ -80,8 +116,9 @@ struct PictureRow {
         std::ranges::fill(camera_y, y * ResamplingWeights::phases);
     }
 
+    MappedRows camera, undistorted;
     Parts camera_x, camera_y, undistorted_x, undistorted_y, phase_x, phase_y;
-    Floats flat, gain, own, measured;
+    Floats flat, gain, own;
 };
 
 class MapRows {
@@ -156,13 +193,12 @@ class MapRows {
         law_.of_value2 = static_cast<float>(square(divisor));
     }
 
-    void place(const RowMap& map, int y, Rows& rows, Parts& x_out, Parts& y_out) const;
     PlaceRow place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const;
     void picture_row(std::size_t i, int y, Rows& rows) const;
     void shared_row(std::size_t pair, int y, Rows& rows) const;
     void slopes(const MovedPictures& moved, int y, Slopes& slopes) const;
     void registration_row(std::size_t i, int y, Rows& rows) const;
-    void count(int y, const Rows& rows);
+    void combine(const RatioVarianceRow& row, int y, Rows& rows);
 
     const UncertainPoint& point_;
     UncertaintyMap& map_;
@@ -180,11 +216,9 @@ struct MapRows::Rows {
     Rows(std::size_t pictures, std::size_t moved, int n)
         : of_picture(pictures, PictureRow(n)), slopes(moved), slopes_of(moved, -2) {
         const auto size = static_cast<std::size_t>(n);
-        for (std::vector<double>* plane : {&x, &y})
-            plane->resize(size);
-        for (Floats* plane :
-             {&noise, &white, &shot, &largest, &slope_sums.x, &slope_sums.y, &slope_sums.valid,
-              &flat, &flat_white, &registration, &correlation, &of_difference, &var_x, &var_y})
+        for (Floats* plane : {&noise, &white, &shot, &largest, &slope_sums.x, &slope_sums.y,
+                              &slope_sums.valid, &flat, &flat_white, &registration, &correlation,
+                              &of_difference, &measured, &var_x, &var_y})
             plane->resize(size);
         for (std::array<Slopes, 3>& three : slopes)
             for (Slopes& row : three)
@@ -192,71 +226,59 @@ struct MapRows::Rows {
                     plane->resize(size);
         for (Parts* plane : {&phase_a, &phase_b, &base_a, &base_b})
             plane->resize(size);
-        stride = n + 24;
-        terms.resize(static_cast<std::size_t>(stride) * sigma_rows);
+        terms.resize(static_cast<std::size_t>(piece_stride) * sigma_rows);
     }
 
-    const float* term(std::size_t i) const {
-        return terms.data() + static_cast<std::ptrdiff_t>(i) * stride;
-    }
-
-    std::ptrdiff_t stride = 0;
     std::vector<PictureRow> of_picture;
-    std::vector<double> x, y;
     NoiseSums sums() { return {noise.data(), white.data(), shot.data(), largest.data()}; }
 
     Slopes slope_sums;
     Floats noise, white, shot, largest, flat, flat_white, registration, correlation, of_difference,
-        var_x, var_y, terms;
+        measured, var_x, var_y, terms;
     std::vector<std::array<Slopes, 3>> slopes;  ///< of the rows y - 1, y and y + 1
     std::vector<int> slopes_of;                 ///< that y
     Parts phase_a, phase_b, base_a, base_b;
 };
-
-void MapRows::place(const RowMap& map, int y, Rows& rows, Parts& x_out, Parts& y_out) const {
-    map(0, width_, y, rows.x.data(), rows.y.data());
-    kernels_.places(rows.x.data(), width_, x_out.data());
-    kernels_.places(rows.y.data(), width_, y_out.data());
-}
 
 void MapRows::picture_row(std::size_t i, int y, Rows& rows) const {
     const UncertainPicture& picture = point_.pictures[i];
     const PictureTables& tables = tables_[i];
     PictureRow& row = rows.of_picture[i];
     if (picture.camera)
-        place(picture.camera, y, rows, row.camera_x, row.camera_y);
+        row.camera.at(picture.camera, y, width_, kernels_, row.camera_x, row.camera_y);
     else
         row.lies_at(y);
     if (tables.samplings == Samplings::two)
-        place(picture.undistorted, y, rows, row.undistorted_x, row.undistorted_y);
+        row.undistorted.at(picture.undistorted, y, width_, kernels_, row.undistorted_x,
+                           row.undistorted_y);
     const PlaceRow x = place_of(i, row.camera_x, row.undistorted_x);
     const PlaceRow along_y = place_of(i, row.camera_y, row.undistorted_y);
     kernels_.phase(x, tables.x.seconds(), 0, width_, row.phase_x.data());
     kernels_.phase(along_y, tables.y.seconds(), 0, width_, row.phase_y.data());
     kernels_.gain(tables.gain_x.data(), tables.gain_y.data(), row.phase_x.data(),
                   row.phase_y.data(), width_, row.gain.data());
-    if (picture.flat) {
-        const Bitmap<float>& flat = picture.flat->values();
-        kernels_.nearest(flat.row(0), flat.stride(), flat.width(), flat.height(),
-                         row.camera_x.data(), row.camera_y.data(), width_, row.flat.data());
-    }
+    const auto nearest = [&](const Bitmap<float>& plane, Floats& out) {
+        kernels_.nearest(static_cast<int>(plane.stride()), plane.width(), plane.height(),
+                         row.camera_x.data(), row.camera_y.data(), width_, rows.phase_a.data());
+        kernels_.gather(plane.row(0), rows.phase_a.data(), width_, out.data());
+    };
+    if (picture.flat) nearest(picture.flat->values(), row.flat);
     const NoiseLine& line = picture.noise;
+    NoiseRow noise{picture.in_frame->values().row(y),
+                   row.flat.data(),
+                   static_cast<float>(line.offset),
+                   static_cast<float>(line.slope),
+                   static_cast<float>(line.relative * line.relative),
+                   static_cast<float>(line.dark),
+                   tables.filter};
     if (line.frames) {
-        const Bitmap<float>& variance = line.frames->variance;
-        kernels_.nearest(variance.row(0), variance.stride(), variance.width(), variance.height(),
-                         row.camera_x.data(), row.camera_y.data(), width_, row.measured.data());
-        for (float& value : row.measured)  // NaN: the pixel tells nothing
-            value = value >= 0 ? value / float(line.frames->frames) : 0;
+        noise.slope = 1 / static_cast<float>(line.frames->frames);
+        nearest(line.frames->variance, rows.measured);
+        kernels_.measured_noise(noise, rows.measured.data(), row.gain.data(), width_, rows.sums(),
+                                row.own.data());
+    } else {
+        kernels_.noise(noise, row.gain.data(), width_, rows.sums(), row.own.data());
     }
-    const NoiseRow noise{picture.in_frame->values().row(y),
-                         row.flat.data(),
-                         line.frames ? row.measured.data() : nullptr,
-                         static_cast<float>(line.offset),
-                         static_cast<float>(line.slope),
-                         static_cast<float>(line.relative * line.relative),
-                         static_cast<float>(line.dark),
-                         tables.filter};
-    kernels_.noise(noise, row.gain.data(), width_, rows.sums(), row.own.data());
 }
 
 PlaceRow MapRows::place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const {
@@ -345,16 +367,29 @@ void MapRows::registration_row(std::size_t i, int y, Rows& rows) const {
         rows.registration.data());
 }
 
-void MapRows::count(int y, const Rows& rows) {
+/// In pieces whose terms stay in the fastest memory.
+void MapRows::combine(const RatioVarianceRow& row, int y, Rows& rows) {
     Sums& sums = sums_[static_cast<std::size_t>(y)];
     const std::uint8_t* mask = point_.field->mask().row(y);
-    for (int term = 0; term < sigma_rows; ++term)
-        sums.terms[static_cast<std::size_t>(term)] =
-            kernels_.sum(rows.term(static_cast<std::size_t>(term)), width_);
+    float* total = map_.total.values().row(y);
+    for (int x = 0; x < width_; x += piece) {
+        const int n = std::min(piece, width_ - x);
+        const RatioVarianceRow part{row.noise + x, row.noise_white + x, row.shot + x,
+                                    row.flat + x,  row.flat_white + x,  row.registration + x,
+                                    row.lamp};
+        kernels_.combine(law_, part, point_.ratio->values().row(y) + x,
+                         point_.field->values().row(y) + x, mask + x, n,
+                         {rows.terms.data(), piece_stride}, total + x,
+                         map_.common.values().row(y) + x, map_.area.values().row(y) + x);
+        for (std::size_t term = 0; term < sums.terms.size(); ++term)
+            sums.terms[term] += kernels_.sum(rows.terms.data() + term * piece_stride, n);
+        for (std::size_t term = 0; term < map_.terms.size(); ++term)
+            kernels_.root(rows.terms.data() + term * piece_stride, n,
+                          map_.terms[term].values().row(y) + x);
+    }
     constexpr float limit = 0.1F * 0.1F;
     kernels_.tally(rows.largest.data(), mask, width_, limit, &sums.valid, &sums.too_noisy);
-    const float* total = map_.total.values().row(y);
-    sums.largest = *std::max_element(total, total + width_);
+    sums.largest = kernels_.largest(total, width_);
 }
 
 void MapRows::operator()(int y0, int y1) {
@@ -377,13 +412,7 @@ void MapRows::operator()(int y0, int y1) {
                                          rows.flat_white.data(),
                                          rows.registration.data(),
                                          lamp};
-        kernels_.combine(law_, variances, point_.ratio->values().row(y),
-                         point_.field->values().row(y), point_.field->mask().row(y), width_,
-                         {rows.terms.data(), rows.stride}, map_.total.values().row(y),
-                         map_.common.values().row(y), map_.area.values().row(y));
-        for (std::size_t term = 0; term < map_.terms.size(); ++term)
-            kernels_.root(rows.term(term), width_, map_.terms[term].values().row(y));
-        count(y, rows);
+        combine(variances, y, rows);
     }
 }
 

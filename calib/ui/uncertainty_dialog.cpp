@@ -91,9 +91,9 @@ QWidget* UncertaintyDialog::point_tab() {
     conditions->add_row(tr("D&ynamic pressure:"),
                         form().number(keys::uncertainty_dynamic_sigma.path));
     FormGrid* light = rows_of(tr("Paint and lamp, relative"), *layout);
-    light->add_row(tr("&Law, of the pressure:"),
+    light->add_row(tr("La&w, of the pressure:"),
                    form().number(keys::uncertainty_law_relative.path));
-    light->add_row(tr("Lamp &drift per hour:"), form().number(keys::uncertainty_lamp_drift.path));
+    light->add_row(tr("Lamp dr&ift per hour:"), form().number(keys::uncertainty_lamp_drift.path));
     light->add_row(tr("&Hours between the pictures:"),
                    form().number(keys::uncertainty_lamp_hours.path));
     light->add_row(tr("Lamp, picture to picture:"),

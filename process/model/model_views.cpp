@@ -32,6 +32,7 @@ PointView own_view(const Session& session) {
     view.name = name;
     view.dots = picture->markers.markers;
     read(std::as_const(session.data), std::string(keys::sens_camera), view.record);
+    check_size(*picture, pinhole_of(view.record), view.name);
     view.stored = stored_pose(session.data, view.record.default_length_unit);
     return view;
 }
@@ -105,7 +106,7 @@ std::vector<ResectView> resect_views(const std::vector<PointView>& views) {
     std::vector<ResectView> result;
     for (const PointView& view : views) {
         const PinholeCamera camera = pinhole_of(view.record);
-        check_size(*view.field, camera, view.name);
+        if (view.field) check_size(*view.field, camera, view.name);
         result.push_back({view.name, camera, view.dots, view.stored});
     }
     return result;

@@ -23,7 +23,8 @@ enum class Values { defaults, distinct };
 void fill(dataSetInterface& data, const std::string& tree, Values values) {
     int n = 0;
     for (const KeyInfo& key : key_table()) {
-        if (!key.path.starts_with(tree)) continue;
+        // the noise of a camera belongs to its project, not to its record
+        if (!key.path.starts_with(tree) || key.path.starts_with(tree + "noise_")) continue;
         ++n;
         if (values == Values::defaults)
             data.set_value(key.path, key.fallback, true);

@@ -16,6 +16,7 @@
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/paint_plot.h"
 #include "calib/ui/test_dialog.h"
+#include "calib/ui/uncertainty_dialog.h"
 #include "tests/support/dialog_checks.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/modal_driver.h"
@@ -49,6 +50,12 @@ INSTANTIATE_TEST_SUITE_P(
                                    return make<QVynConvert>(settings);
                                },
                                "max_f", std::string(keys::convert_max.path)},
+                    DialogCase{"uncertainty",
+                               [](dataSetInterface& settings) {
+                                   write(settings, keys::uncertainty_enable, 1);
+                                   return make<UncertaintyDialog>(settings);
+                               },
+                               "t_on_sigma", std::string(keys::uncertainty_t_on_sigma.path)},
                     DialogCase{"paint", make<QVynPaintCalibration>, "gamma21",
                                paint_tree + "gamma21"},
                     DialogCase{"camera",

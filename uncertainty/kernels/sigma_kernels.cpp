@@ -10,11 +10,13 @@ namespace {
 
 constexpr int parts = 32;
 
-void places(const double* positions, int n, std::int32_t* __restrict out) {
+void places(const double* __restrict above, const double* __restrict below, double share, int n,
+            std::int32_t* __restrict out) {
     constexpr double farthest = 1e6;
     for (int i = 0; i < n; ++i) {
+        const double between = above[i] + share * (below[i] - above[i]);
         // a lens that diverges shows the pixel nowhere; it is excluded
-        const double position = std::abs(positions[i]) < farthest ? positions[i] : 0.0;
+        const double position = std::abs(between) < farthest ? between : 0.0;
         out[i] = static_cast<std::int32_t>(std::floor(position * parts + 0.5));
     }
 }
@@ -42,58 +44,80 @@ void base(PlaceRow place, int n, std::int32_t* out) {
     }
 }
 
-void nearest(const float* plane, std::ptrdiff_t stride, int width, int height,
-             const std::int32_t* x, const std::int32_t* y, int n, float* out) {
+void nearest(int stride, int width, int height, const std::int32_t* __restrict x,
+             const std::int32_t* __restrict y, int n, std::int32_t* __restrict place) {
     for (int i = 0; i < n; ++i) {
-        const int column = std::clamp((x[i] + parts / 2) >> 5, 0, width - 1);
-        const int row = std::clamp((y[i] + parts / 2) >> 5, 0, height - 1);
-        out[i] = plane[row * stride + column];
+        const int column = (x[i] + parts / 2) >> 5;
+        const int row = (y[i] + parts / 2) >> 5;
+        const int in_x = column < 0 ? 0 : column;
+        const int in_y = row < 0 ? 0 : row;
+        place[i] = (in_y < height ? in_y : height - 1) * stride + (in_x < width ? in_x : width - 1);
     }
 }
 
-void gain(const float* table_x, const float* table_y, const std::int32_t* phase_x,
-          const std::int32_t* phase_y, int n, float* out) {
+void gather(const float* __restrict plane, const std::int32_t* __restrict place, int n,
+            float* __restrict out) {
+    for (int i = 0; i < n; ++i)
+        out[i] = plane[place[i]];
+}
+
+void gain(const float* __restrict table_x, const float* __restrict table_y,
+          const std::int32_t* __restrict phase_x, const std::int32_t* __restrict phase_y, int n,
+          float* __restrict out) {
     for (int i = 0; i < n; ++i)
         out[i] = table_x[phase_x[i]] * table_y[phase_y[i]];
 }
 
-/// `measured` is a row or nothing, as a type: the loop has no branches.
-template <class Measured>
-void add_noise(const NoiseRow row, const float* gain, int n, Measured measured,
-               const NoiseSums sums, float* __restrict own) {
+void noise(const NoiseRow& row, const float* __restrict gain, int n, const NoiseSums& sums,
+           float* __restrict own) {
     const float* __restrict intensity = row.intensity;
     const float* __restrict flat = row.flat;
+    const float offset = row.offset + row.dark;
+    const float slope = row.slope;
+    const float relative2 = row.relative2;
+    const float filter = row.filter;
     float* __restrict noise = sums.noise;
     float* __restrict white = sums.white;
     float* __restrict shot = sums.shot;
     float* __restrict largest = sums.largest;
     for (int i = 0; i < n; ++i) {
         const float signal = intensity[i] * flat[i];
-        const float light = std::max(signal, 0.0F);
-        const float variance = row.dark + measured(i, row.offset + row.slope * light);
-        const float relative = variance / (signal * signal) + row.relative2;
-        const float of_pixel = row.filter * gain[i] * relative;
+        const float each = 1 / signal;
+        const float light = signal > 0 ? signal : 0.0F;
+        const float relative = (offset + slope * light) * each * each + relative2;
+        const float of_pixel = filter * gain[i] * relative;
         own[i] = of_pixel;
         noise[i] += of_pixel;
         white[i] += relative;
-        shot[i] += row.slope / std::max(signal, 1.0F);
-        largest[i] = std::max(largest[i], of_pixel);
+        // below a count there is no light to speak of
+        shot[i] += slope * (signal > 1 ? each : 1.0F);
+    }
+    for (int i = 0; i < n; ++i) {
+        const float before = largest[i];
+        const float now = own[i];
+        largest[i] = now > before ? now : before;
     }
 }
 
-void noise(const NoiseRow& row, const float* gain, int n, const NoiseSums& sums, float* own) {
-    if (row.measured)
-        add_noise(
-            row, gain, n, [measured = row.measured](int i, float) { return measured[i]; }, sums,
-            own);
-    else
-        add_noise(
-            row, gain, n, [](int, float of_line) { return of_line; }, sums, own);
+void measured_noise(const NoiseRow& row, const float* __restrict variance,
+                    const float* __restrict gain, int n, const NoiseSums& sums,
+                    float* __restrict own) {
+    for (int i = 0; i < n; ++i) {
+        const float signal = row.intensity[i] * row.flat[i];
+        // not a number where too few frames tell
+        const float of_frames = variance[i] >= 0 ? variance[i] * row.slope : 0.0F;
+        const float relative = (row.dark + of_frames) / (signal * signal);
+        own[i] = row.filter * gain[i] * relative;
+        sums.noise[i] += own[i];
+        sums.white[i] += relative;
+        sums.largest[i] = std::max(sums.largest[i], own[i]);
+    }
 }
 
-void shared(const float* table, int b_phases, int most_apart, const std::int32_t* phase_a,
-            const std::int32_t* base_a, const std::int32_t* phase_b, const std::int32_t* base_b,
-            int n, float* __restrict out) {
+void shared(const float* __restrict table, int b_phases, int most_apart,
+            const std::int32_t* __restrict phase_a, const std::int32_t* __restrict base_a,
+            const std::int32_t* __restrict phase_b, const std::int32_t* __restrict base_b, int n,
+            float* __restrict out) {
     const int across = 2 * most_apart + 1;
     for (int i = 0; i < n; ++i) {
         const int apart = base_b[i] - base_a[i];
@@ -104,21 +128,25 @@ void shared(const float* table, int b_phases, int most_apart, const std::int32_t
     }
 }
 
-void common(const SharedRow& shared_row, const float* correlation, int n, const NoiseSums& sums,
+void common(const SharedRow& row, const float* __restrict correlation, int n, const NoiseSums& sums,
             float* __restrict flat, float* __restrict flat_white) {
-    const SharedRow row = shared_row;
-    float* __restrict noise = sums.noise;
-    float* __restrict white = sums.white;
+    const float* __restrict gain_a = row.gain_a;
+    const float* __restrict gain_b = row.gain_b;
+    const float flat2 = row.flat2;
     for (int i = 0; i < n; ++i) {
-        const float gains = row.gain_a[i] + row.gain_b[i];
-        const float together = correlation[i] * std::sqrt(row.gain_a[i] * row.gain_b[i]);
-        flat[i] += row.flat2 * std::max(gains - 2 * together, 0.0F);
-        flat_white[i] += row.flat2 * 2 * std::max(1 - correlation[i], 0.0F);
+        const float together = correlation[i] * std::sqrt(gain_a[i] * gain_b[i]);
+        const float apart = gain_a[i] + gain_b[i] - 2 * together;
+        const float alone = 1 - correlation[i];
+        flat[i] += apart > 0 ? flat2 * apart : 0.0F;
+        flat_white[i] += alone > 0 ? flat2 * 2 * alone : 0.0F;
+    }
+    if (row.dark == 0) return;
+    for (int i = 0; i < n; ++i) {
         const float dark =
-            2 * row.dark /
+            2 * row.dark * correlation[i] /
             (row.intensity_a[i] * row.flat_a[i] * row.intensity_b[i] * row.flat_b[i]);
-        noise[i] -= together * dark;
-        white[i] -= correlation[i] * dark;
+        sums.noise[i] -= std::sqrt(gain_a[i] * gain_b[i]) * dark;
+        sums.white[i] -= dark;
     }
 }
 
@@ -171,8 +199,9 @@ void registration(const SlopeSums& sums, const float* of_difference, const float
     if (n > 1) add(n - 1, n - 2, n - 1);
 }
 
+constexpr int lanes = 8;
+
 double sum(const float* row, int n) {
-    constexpr int lanes = 8;
     double partial[lanes] = {};
     int i = 0;
     for (; i + lanes <= n; i += lanes)
@@ -183,6 +212,20 @@ double sum(const float* row, int n) {
         all += row[i];
     for (const double part : partial)
         all += part;
+    return all;
+}
+
+float largest_of(const float* row, int n) {
+    float partial[lanes] = {};
+    int i = 0;
+    for (; i + lanes <= n; i += lanes)
+        for (int k = 0; k < lanes; ++k)
+            partial[k] = row[i + k] > partial[k] ? row[i + k] : partial[k];
+    float all = 0;
+    for (; i < n; ++i)
+        all = std::max(all, row[i]);
+    for (const float part : partial)
+        all = std::max(all, part);
     return all;
 }
 
@@ -212,6 +255,10 @@ void quartic_row(const double* coefficients, double fa, float scale2, const floa
     const double c2 = coefficients[2];
     const double c3 = coefficients[3];
     const double c4 = coefficients[4];
+    if (c0 == 0 && c1 == 0 && c2 == 0 && c3 == 0 && c4 == 0) {
+        std::fill_n(out, n, 0.0F);
+        return;
+    }
     for (int i = 0; i < n; ++i) {
         const double r = fa * static_cast<double>(ratio[i]);
         out[i] = static_cast<float>((((c4 * r + c3) * r + c2) * r + c1) * r + c0);
@@ -272,8 +319,9 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
 }  // namespace
 
 extern const SigmaKernels sigma_kernels;
-const SigmaKernels sigma_kernels{places, phase,  base,  nearest, gain,        noise,
-                                 shared, common, slope, squares, column_sums, registration,
-                                 sum,    root,   tally, combine};
+const SigmaKernels sigma_kernels{places,     phase,   base,           nearest,      gather,
+                                 gain,       noise,   measured_noise, shared,       common,
+                                 slope,      squares, column_sums,    registration, sum,
+                                 largest_of, root,    tally,          combine};
 
 }  // namespace vyn::VYN_ISA

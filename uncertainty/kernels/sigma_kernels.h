@@ -15,7 +15,6 @@ struct PlaceRow {
 struct NoiseRow {
     const float* intensity;  ///< corrected, in the frame of the results
     const float* flat;       ///< the flat field at the camera's pixels
-    const float* measured;   ///< variance at each pixel; null: by offset and slope
     float offset;            ///< of the variance over the signal, as in NoiseLine
     float slope;
     float relative2;
@@ -87,20 +86,26 @@ struct TermRows {
 };
 
 struct SigmaKernels {
-    /// Whole 32nd parts nearest to positions in pixels.
-    void (*places)(const double* positions, int n, std::int32_t* parts);
+    /// Whole 32nd parts nearest to positions in pixels, a share of the way from one row's to
+    /// another's.
+    void (*places)(const double* above, const double* below, double share, int n,
+                   std::int32_t* parts);
     /// Number of the phase in tables of `seconds` second phases each, the parts divided by 2^shift.
     void (*phase)(PlaceRow place, int seconds, int shift, int n, std::int32_t* phase);
     /// Whole pixel of the first sampling.
     void (*base)(PlaceRow place, int n, std::int32_t* base);
-    /// The plane's values at the nearest pixels, folded onto its border.
-    void (*nearest)(const float* plane, std::ptrdiff_t stride, int width, int height,
-                    const std::int32_t* x, const std::int32_t* y, int n, float* out);
+    /// The nearest pixels, folded onto the border of a plane, as places in it.
+    void (*nearest)(int stride, int width, int height, const std::int32_t* x, const std::int32_t* y,
+                    int n, std::int32_t* place);
+    void (*gather)(const float* plane, const std::int32_t* place, int n, float* out);
     /// gain = table_x[phase_x] * table_y[phase_y]
     void (*gain)(const float* table_x, const float* table_y, const std::int32_t* phase_x,
                  const std::int32_t* phase_y, int n, float* out);
     /// Adds a picture's relative variances; `own` is what it adds to the noise.
     void (*noise)(const NoiseRow& row, const float* gain, int n, const NoiseSums& sums, float* own);
+    /// The same from measured variances, times the row's slope.
+    void (*measured_noise)(const NoiseRow& row, const float* variance, const float* gain, int n,
+                           const NoiseSums& sums, float* own);
     /// Multiplies by the entry of one axis' table at the phases of a and b and the whole pixels
     /// between their bases, up to most_apart of them; 0 beyond.
     void (*shared)(const float* table, int b_phases, int most_apart, const std::int32_t* phase_a,
@@ -123,6 +128,8 @@ struct SigmaKernels {
                          const float* var_y, int n, float* variance);
     /// Over the row, the same on every instruction set.
     double (*sum)(const float* row, int n);
+    /// Of values that are not negative; 0 for none.
+    float (*largest)(const float* row, int n);
     void (*root)(const float* row, int n, float* out);
     /// Valid pixels, and those of them whose `largest` is above a limit.
     void (*tally)(const float* largest, const std::uint8_t* mask, int n, float limit, int* valid,
