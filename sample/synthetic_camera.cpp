@@ -15,8 +15,6 @@ namespace vyn {
 namespace {
 
 constexpr double default_corner_shift = 3;  // pixels
-constexpr double electrons_per_count = 4;
-constexpr double read_noise = 6;  // counts
 constexpr double full_scale = 65535;
 constexpr int row_block = 8;
 
@@ -41,8 +39,9 @@ class Recorder {
     float operator()(Picture picture, double light, double dark, int x, int y) const {
         const double expected = light + dark;
         if (options_.noise == SyntheticOptions::Noise::none) return static_cast<float>(expected);
-        const double deviation = std::sqrt(options_.noise_variance *
-                                           (light / electrons_per_count + read_noise * read_noise));
+        const double deviation = std::sqrt(
+            options_.noise_variance * (light / SyntheticCamera::electrons_per_count +
+                                       SyntheticCamera::read_noise * SyntheticCamera::read_noise));
         const std::uint64_t index =
             static_cast<std::uint64_t>(y) * width_ + static_cast<std::uint64_t>(x);
         const double noisy =

@@ -31,6 +31,8 @@ struct SyntheticCamera {
     enum class Role : std::uint64_t { signal, reference, gate_1, second_view };
 
     static constexpr double pixel_spacing = 0.0055;  ///< mm
+    static constexpr double electrons_per_count = 4;
+    static constexpr double read_noise = 6;  ///< counts
 
     Role role = Role::signal;
     double focus = 12.5;  ///< mm

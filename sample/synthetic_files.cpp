@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <nlohmann/json.hpp>
 
 #include "api/image_io.h"
@@ -149,6 +151,14 @@ void put_project(const fs::path& folder, const SyntheticPoint& point, const Poin
         write(data, keys::qped_iter, 3);
     }
     write(data, keys::convert_field, std::string(field_name(point.options.quantity)));
+    if (point.options.noise == SyntheticOptions::Noise::camera) {
+        const double factor = point.options.noise_variance;
+        write(data, keys::uncertainty_enable, 1);
+        for (const Key<double>& gain : {keys::sens_noise_gain, keys::refe_noise_gain})
+            write(data, gain, SyntheticCamera::electrons_per_count / factor);
+        for (const Key<double>& read_out : {keys::sens_noise_read, keys::refe_noise_read})
+            write(data, read_out, SyntheticCamera::read_noise * std::sqrt(factor));
+    }
     write(data, std::string(keys::sens_paint), point.paint);
     write(data, std::string(keys::flow), point.flow);
     if (files.settings) files.settings(data);

@@ -33,7 +33,7 @@ struct SyntheticOptions {
     std::optional<double> a2 = std::nullopt;
     double a4 = 0;
     FieldQuantity quantity = FieldQuantity::pressure;
-    /// `camera`: shot noise of 4 electrons per count, read noise of 6 counts, whole counts
+    /// `camera`: shot noise and read noise of the synthetic cameras, whole counts
     /// 0..65535.
     Noise noise = Noise::none;
     double noise_variance = 1;  ///< factor on the variance of that noise

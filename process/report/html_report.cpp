@@ -120,15 +120,44 @@ std::string ports(const PointCheck& check) {
     if (comparison.ports.empty() && comparison.left_out.empty())
         return html + html_paragraph("No ports with pressures were given.");
     if (!comparison.ports.empty()) {
-        HtmlTable table({"port", "measured: " + check.quantity, "field", "difference"});
+        HtmlTable table({"port", "measured: " + check.quantity, "field", "difference",
+                         "uncertainty of the field (2σ)"});
         for (const PortCheck& port : comparison.ports)
             table.add({number(std::int64_t{port.number}), number(port.tap), number(port.field),
-                       number(port.difference())});
+                       number(port.difference()),
+                       port.sigma > 0 ? "± " + format_general(2 * port.sigma, 3) : "not known"});
+        const std::string squares = comparison.chi_square
+                                        ? "; mean square over their variance " +
+                                              format_general(*comparison.chi_square, 3) +
+                                              ", 1 where the map says all"
+                                        : "";
         html += html_paragraph("Differences: root mean square " + number(comparison.rms) +
-                               ", largest " + number(comparison.max)) +
+                               ", largest " + number(comparison.max) + squares) +
                 table.html();
     }
     return comparison.left_out.empty() ? html : html + html_list(comparison.left_out);
+}
+
+/// Shares of the variance as a table with bars, and what the map comes to.
+std::string uncertainty(const UncertaintyBudget& budget) {
+    constexpr double whole_bar = 40;  // characters
+    HtmlTable table({"part", "kind", "standard deviation", "share of the variance", ""});
+    for (const BudgetLine& line : budget.lines) {
+        if (!line.known) continue;
+        std::string bar;
+        for (int i = 0; i < std::lround(whole_bar * line.share); ++i)
+            bar += "█";
+        table.add({sigma_term_name(line.term), line.random ? "random" : "common",
+                   format_general(line.rms, 3) + (budget.unit.empty() ? "" : " " + budget.unit),
+                   format_general(100 * line.share, 3) + " %", bar});
+    }
+    return html_heading("Uncertainty") + html_list(report_lines(budget)) + table.html() +
+           html_paragraph(std::string("Noise of the pictures: ") + noise_source_name(budget.noise) +
+                          (budget.registration_source.empty()
+                               ? ""
+                               : ". Registration: " + format_general(budget.registration_px, 3) +
+                                     " px by " + budget.registration_source) +
+                          ".");
 }
 
 std::string conversion(const PreparedConversion& prepared) {
@@ -195,6 +224,7 @@ std::string html_report(const PointReport& report) {
     if (!report.histogram.empty())
         html += html_heading("Histogram of the field") + "<p>" +
                 html_picture(report.histogram, "histogram") + "</p>\n";
+    if (check.uncertainty) html += uncertainty(*check.uncertainty);
     if (check.conversion) html += conversion(*check.conversion);
     html += html_of_model(report.model);
     html += stages(report);

@@ -111,6 +111,29 @@ flowFeatures conditions_of(const image& field, const flowFeatures& present) {
     return used;
 }
 
+/// How sure the field's means at the ports are, where the maps of it lie beside the field.
+void add_sigmas(const imagesList& images, const image& field, const MarkerSet& ports,
+                PortComparison& comparison) {
+    const auto area = images.find(names::sigma_area);
+    const auto common = images.find(names::sigma_common);
+    for (const auto& map : {area, common})
+        if (!map || !map->values().same_size(field.values())) return;
+    const PortSamples random = sample_ports(*area, ports, port_side);
+    const PortSamples shared = sample_ports(*common, ports, port_side);
+    if (random.points.size() != comparison.ports.size() ||
+        shared.points.size() != comparison.ports.size())
+        return;
+    double sum = 0;
+    for (std::size_t i = 0; i < comparison.ports.size(); ++i) {
+        PortCheck& port = comparison.ports[i];
+        port.sigma = std::hypot(random.points[i].ratio / port_side, shared.points[i].ratio);
+        if (!(port.sigma > 0)) return;
+        sum += std::pow(port.difference() / port.sigma, 2);
+    }
+    if (!comparison.ports.empty())
+        comparison.chi_square = sum / static_cast<double>(comparison.ports.size());
+}
+
 PortComparison compare_ports(const image& field, const MarkerSet& ports, const flowFeatures& flow) {
     PortComparison result;
     if (!is_comparable(field.quantity)) {
@@ -123,7 +146,8 @@ PortComparison compare_ports(const image& field, const MarkerSet& ports, const f
     result.left_out = std::move(samples.left_out);
     double squares = 0;
     for (const CalibrationPoint& sample : samples.points) {
-        const PortCheck port{sample.number, port_value(field, sample.pressure, flow), sample.ratio};
+        const PortCheck port{sample.number, port_value(field, sample.pressure, flow), sample.ratio,
+                             /*sigma=*/0};
         squares += port.difference() * port.difference();
         result.max = std::max(result.max, std::abs(port.difference()));
         result.ports.push_back(port);
@@ -247,7 +271,11 @@ PointCheck check_point(const RunReport& report, const dataSetInterface& data,
         check.noise = ratio_of_ratios_noise;
     }
     check.stages = stages_of(images, type);
-    if (field && ports.hasF) check.ports = compare_ports(*field, ports, flow);
+    if (field && ports.hasF) {
+        check.ports = compare_ports(*field, ports, flow);
+        add_sigmas(images, *field, ports, check.ports);
+    }
+    check.uncertainty = report.uncertainty;
     check.conversion = report.conversion;
     check.computed = report.field || !field;
     state_remark(data, images, check.warnings);

@@ -41,6 +41,7 @@ struct PortCheck {
     std::int32_t number = 0;
     double tap = 0;
     double field = 0;
+    double sigma = 0;  ///< of the mean of the field there; 0: not known
     double difference() const { return field - tap; }
 };
 
@@ -49,6 +50,8 @@ struct PortComparison {
     std::vector<std::string> left_out;  ///< active ports that could not be compared, and why
     double rms = 0;                     ///< of the differences
     double max = 0;                     ///< largest absolute difference
+    /// Mean of the squared differences over their variances; without those of the ports themselves.
+    std::optional<double> chi_square;
 };
 
 struct PointCheck {
@@ -66,6 +69,7 @@ struct PointCheck {
     std::vector<StageCheck> stages;  ///< in the order of computation
     PortComparison ports;
     std::optional<PreparedConversion> conversion;
+    std::optional<UncertaintyBudget> uncertainty;
     std::vector<Warning> warnings;
 };
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "api/parallel.h"
+#include "process/report/point_check.h"
 #include "tests/process/steps/synthetic_point_fixture.h"
 #include "tests/support/sigma_coverage.h"
 
@@ -111,6 +112,12 @@ TEST_F(UncertaintyStep, TellsItsPartsAndHasTheSameBitsOnAnyNumberOfThreads) {
     EXPECT_EQ(budget.noise, NoiseSource::transfer);
     EXPECT_GT(budget.shot_noise_floor, 0);
     EXPECT_LT(budget.shot_noise_floor, budget.lines[0].rms * 1.5);
+    const PointCheck check =
+        check_point(*report, program_session().data, get_images(), point.ports);
+    ASSERT_TRUE(check.ports.chi_square) << "the ports' true pressures lie within the band";
+    EXPECT_GT(*check.ports.chi_square, 0.1);
+    EXPECT_LT(*check.ports.chi_square, 3);
+    EXPECT_TRUE(check.uncertainty);
     double share = 0;
     double variance = 0;
     for (std::size_t i = 0; i < budget.lines.size(); ++i) {
