@@ -1,9 +1,7 @@
 #include "calib/ui/camera_calibration/residual_overlay.h"
 
-#include <QPainterPath>
-
 #include "process/model/residual_picture.h"
-#include "render/arrow.h"
+#include "view/ui/canvas/arrow_path.h"
 
 namespace vyn {
 
@@ -15,12 +13,7 @@ void ResidualOverlay::paint(QPainter& painter, const ViewTransform& transform) c
         const QPointF at = transform.to_widget(QPointF(marker.dot.x, marker.dot.y));
         const double length = factor_ * transform.zoom;
         QPainterPath path;
-        for (const Stroke& stroke :
-             arrow({at.x(), at.y()}, {length * marker.dx, length * marker.dy})) {
-            path.moveTo(stroke.front().x, stroke.front().y);
-            for (const Point& p : stroke)
-                path.lineTo(p.x, p.y);
-        }
+        add_arrow(path, at, QPointF(length * marker.dx, length * marker.dy));
         const Canvas::Colour c = residual_colour(marker, largest);
         const QColor colour(c.red, c.green, c.blue);
         painter.setPen(QPen(QColor(255, 255, 255, 200), 3.5, Qt::SolidLine, Qt::RoundCap));

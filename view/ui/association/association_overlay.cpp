@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "render/colour_map.h"
+#include "view/ui/canvas/arrow_path.h"
 #include "view/ui/markers/marker_overlay.h"
 
 namespace vyn {
@@ -20,22 +21,6 @@ const QColor halo(0, 0, 0, 200);
 QColor colour_of(const AssociationRow& row) {
     if (row.state == AssociationRow::State::rejected) return rejected_colour;
     return row.told ? told_colour : ring_colour;
-}
-
-/// A line with a head at its end.
-QPainterPath arrow(QPointF from, QPointF to) {
-    QPainterPath path(from);
-    path.lineTo(to);
-    const QPointF way = to - from;
-    const double length = std::hypot(way.x(), way.y());
-    const double head = std::min(7.0, 0.5 * length);
-    if (head < 1) return path;
-    const QPointF along = head / length * way;
-    const QPointF across(-0.5 * along.y(), 0.5 * along.x());
-    path.moveTo(to - along + across);
-    path.lineTo(to);
-    path.lineTo(to - along - across);
-    return path;
 }
 
 }  // namespace
@@ -109,7 +94,9 @@ void AssociationOverlay::draw_residuals(QPainter& painter, const ViewTransform& 
         const QColor colour =
             used ? QColor::fromRgb(colours.colour(static_cast<float>(row.length()), false, true))
                  : colour_of(row);
-        draw_haloed(painter, arrow(from, from + factor * QPointF(row.dx, row.dy)), colour);
+        QPainterPath path;
+        add_arrow(path, from, factor * QPointF(row.dx, row.dy));
+        draw_haloed(painter, path, colour);
     }
 }
 

@@ -4,19 +4,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "render/arrow.h"
+#include "view/ui/canvas/arrow_path.h"
 
 namespace vyn {
 
 namespace {
-
-void add_arrow(QPainterPath& arrows, QPointF from, QPointF along) {
-    for (const Stroke& stroke : arrow({from.x(), from.y()}, {along.x(), along.y()})) {
-        arrows.moveTo(stroke.front().x, stroke.front().y);
-        for (const Point& p : stroke)
-            arrows.lineTo(p.x, p.y);
-    }
-}
 
 /// First and last drawn node of a row or column of them that lies in the widget, with a margin for
 /// arrows that reach into it.
