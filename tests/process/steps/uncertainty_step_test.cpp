@@ -139,7 +139,8 @@ TEST_F(UncertaintyStep, TellsItsPartsAndHasTheSameBitsOnAnyNumberOfThreads) {
 }
 
 TEST_F(UncertaintyStep, RefusesATransferThatNobodyMeasured) {
-    open({{std::string(keys::uncertainty_noise.path), any(std::string("transfer"))}});
+    open({{std::string(keys::sens_noise_gain.path), any(0.0)},
+          {std::string(keys::uncertainty_noise.path), any(std::string("transfer"))}});
     EXPECT_THROW(calculate(), AlgoError);
     EXPECT_TRUE(get_images().find(names::field)) << "the field is there nevertheless";
     EXPECT_FALSE(get_images().find(names::sigma));
