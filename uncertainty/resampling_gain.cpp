@@ -15,6 +15,11 @@ constexpr int spline_reach = 12;
 
 using Weights = std::vector<double>;
 
+/// Of the weight of pixel `offset` among those from -reach to reach.
+std::size_t index(int offset, int reach) {
+    return static_cast<std::size_t>(offset) + static_cast<std::size_t>(reach);
+}
+
 /// Weights of the pixels -spline_reach .. spline_reach for a place `phase` pixels after pixel 0:
 /// what the spline through a single 1 is there.
 class CardinalSpline {
@@ -24,8 +29,7 @@ class CardinalSpline {
     Weights at(double phase) const {
         Weights weights(2 * spline_reach + 1);
         for (int j = -spline_reach; j <= spline_reach; ++j)
-            weights[static_cast<std::size_t>(j + spline_reach)] =
-                impulse_.at(centre + phase - j, centre);
+            weights[index(j, spline_reach)] = impulse_.at(centre + phase - j, centre);
         return weights;
     }
 
@@ -63,10 +67,11 @@ Weights window_of(const FilterOptions* filter, int width) {
     Weights all{1};
     if (!filter || filter->type == FilterType::limits || width < 2) return all;
     const int odd = width | 1;
+    const int half = odd / 2;
     Weights pass(static_cast<std::size_t>(odd));
     double sum = 0;
     for (int i = 0; i < odd; ++i) {
-        const double u = odd == 1 ? 0 : double(i - odd / 2) / (odd / 2);
+        const double u = static_cast<double>(i - half) / half;
         const bool gauss =
             filter->type == FilterType::gauss || filter->type == FilterType::range_gauss;
         const double weight = gauss ? std::exp(-u * u) : 1;
@@ -88,6 +93,7 @@ ResamplingWeights::ResamplingWeights(int degree, Samplings samplings, const Filt
     const Weights window = window_of(filter, filter_width);
     const CardinalSpline spline(degree);
     std::vector<Weights> sampled;
+    sampled.reserve(phases);
     for (int phase = 0; phase < (samplings == Samplings::none ? 1 : phases); ++phase)
         sampled.push_back(spline.at(double(phase) / phases));
     if (samplings == Samplings::none) sampled.front() = {1};
@@ -104,7 +110,8 @@ ResamplingWeights::ResamplingWeights(int degree, Samplings samplings, const Filt
 }
 
 const Weights& ResamplingWeights::at(int first, int second) const {
-    return weights_[static_cast<std::size_t>(first * seconds() + second)];
+    const auto stride = static_cast<std::size_t>(seconds());
+    return weights_[static_cast<std::size_t>(first) * stride + static_cast<std::size_t>(second)];
 }
 
 std::vector<float> ResamplingWeights::gains() const {
@@ -131,8 +138,7 @@ SharedWeights::SharedWeights(const ResamplingWeights& a, const ResamplingWeights
         for (int j = -a.reach(); j <= a.reach(); ++j) {
             const int in_b = j - apart;
             if (std::abs(in_b) <= b.reach())
-                sum += of_a[static_cast<std::size_t>(j + a.reach())] *
-                       of_b[static_cast<std::size_t>(in_b + b.reach())];
+                sum += of_a[index(j, a.reach())] * of_b[index(in_b, b.reach())];
         }
         return static_cast<float>(sum / std::sqrt(squares(of_a) * squares(of_b)));
     };

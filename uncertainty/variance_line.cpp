@@ -32,6 +32,7 @@ std::optional<VarianceLine> variance_line(const std::vector<VariancePoint>& poin
     constexpr double huber = 1.345;
     if (points.size() < 3) return std::nullopt;
     std::vector<double> weights;
+    weights.reserve(points.size());
     for (const VariancePoint& point : points)
         weights.push_back(point.freedom / std::max(point.variance * point.variance, 1e-30));
     VarianceLine line;

@@ -111,7 +111,7 @@ NoiseLine noise_of(const StepRun& run, const SigmaSettings& settings, std::size_
     camera.relative = settings.noise_relative;
     camera.whole_counts = taken && taken->full_scale > 0;
     const Key<double>& gain_key = which == 0 ? keys::sens_noise_gain : keys::refe_noise_gain;
-    const NoiseLine line =
+    NoiseLine line =
         noise_line(camera, settings.noise, taken.get(), dark.get(), std::string(gain_key.path));
     if (settings.noise == "burst" && line.source != NoiseSource::burst)
         warn(run.report, WarningKind::conditions,
