@@ -25,10 +25,12 @@ void play_dialogs(Theatre& theatre) {
     open_project(theatre, theatre.folder + QStringLiteral("/project.xml"));
     show_settings<QVynAlign>(theatre, "align_dialog");
     show_settings<QVynConvert>(theatre, "convert_dialog");
+    const bool modified = vyn_db().modified();
     write(vyn_db(), keys::uncertainty_enable, 1);
     write(vyn_db(), keys::sens_noise_gain, 3.82);
     write(vyn_db(), keys::sens_noise_read, 6.1);
     show_settings<UncertaintyDialog>(theatre, "uncertainty_dialog");
+    vyn_db().set_modified(modified);  // nobody is there to be asked
     show_settings<QVynCamera>(theatre, "camera_dialog", std::string(keys::sens_camera));
     show_settings<QVynPaint>(theatre, "paint_dialog");
     show_settings<QVynPaintCalibration>(theatre, "paint_calibration_dialog");
