@@ -60,6 +60,7 @@ LawVariance law_variance(const PreparedConversion& prepared, const ConditionSigm
     const PaintLaw off = law_at(paint, flow.wind_off_t);
     const double slope_off = off.b + 2 * off.c * fa;
     const bool through_fa = prepared.rule == WindOffRule::law && slope_off != 0 && fa != 0;
+    result.through_reference = through_fa;
     // dP / dP0: one pascal at wind-off moves fa, and with it every pressure.
     const Quadratic by_p0 =
         through_fa ? scaled(result.by_log_ratio, 1 / (fa * slope_off)) : Quadratic{};

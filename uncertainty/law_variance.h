@@ -35,6 +35,7 @@ struct LawVariance {
     Quartic reference{};       ///< by wind-off temperature and pressure, through fa
     Quartic law{};             ///< by the coefficients
     bool law_known = false;
+    bool through_reference = false;  ///< fa solves the law at wind-off conditions
 };
 
 /// `covariance` before `law_relative`, a standard deviation over pressure; neither: not known.

@@ -58,6 +58,7 @@ std::vector<std::string> report_lines(const UncertaintyBudget& budget) {
     std::string unknown;
     const BudgetLine* largest = nullptr;
     for (const BudgetLine& line : budget.lines) {
+        if (!line.applies) continue;
         std::string& list = line.known ? parts : unknown;
         if (!list.empty()) list += ", ";
         list += sigma_term_name(line.term);

@@ -29,6 +29,7 @@ const char* sigma_term_name(SigmaTerm term);
 struct BudgetLine {
     SigmaTerm term = SigmaTerm::noise;
     bool known = false;
+    bool applies = true;  ///< to this point; false where it has no such part or it cancels
     bool random = false;  ///< of single pixels; else common to an area
     double rms = 0;       ///< root mean variance over the valid pixels, unit of the field
     double share = 0;     ///< of the mean variance

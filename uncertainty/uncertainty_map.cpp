@@ -451,6 +451,51 @@ void quantiles(const image& total, UncertaintyBudget& budget) {
     budget.quantile_95 = at(0.95);
 }
 
+/// Whether a point has that part at all.
+bool applies(const UncertainPoint& point, SigmaTerm term) {
+    const FieldQuantity quantity = point.conversion.quantity;
+    switch (term) {
+        case SigmaTerm::flat:
+            return !point.flat_cancels &&
+                   std::ranges::any_of(point.pictures, &UncertainPicture::flat);
+        case SigmaTerm::temperature:
+        case SigmaTerm::law:
+            return quantity != FieldQuantity::ratio;
+        case SigmaTerm::reference:
+            return quantity != FieldQuantity::ratio && point.law.through_reference;
+        case SigmaTerm::conditions:
+            return quantity == FieldQuantity::cp || quantity == FieldQuantity::p_over_static;
+        case SigmaTerm::noise:
+        case SigmaTerm::registration:
+        case SigmaTerm::lamp:
+            break;
+    }
+    return true;
+}
+
+/// A part may be known and nothing, as the flat field's where the model did not move.
+bool known(const UncertainPoint& point, SigmaTerm term, double sum) {
+    switch (term) {
+        case SigmaTerm::noise:
+            return std::ranges::none_of(point.pictures, [](const UncertainPicture& picture) {
+                return picture.noise.source == NoiseSource::unknown;
+            });
+        case SigmaTerm::flat:
+            return std::ranges::any_of(
+                point.shared, [](const SharedPictures& pair) { return pair.flat_relative > 0; });
+        case SigmaTerm::registration:
+            return !point.moved.empty();
+        case SigmaTerm::law:
+            return point.law.law_known;
+        case SigmaTerm::lamp:
+        case SigmaTerm::temperature:
+        case SigmaTerm::reference:
+        case SigmaTerm::conditions:
+            break;
+    }
+    return sum > 0;
+}
+
 UncertaintyBudget budget_of(const UncertainPoint& point, const MapRows::AllSums& sums,
                             const image& total) {
     UncertaintyBudget budget;
@@ -475,7 +520,8 @@ UncertaintyBudget budget_of(const UncertainPoint& point, const MapRows::AllSums&
         line.random = line.term == SigmaTerm::noise || line.term == SigmaTerm::flat;
         if (sums.valid > 0) line.rms = std::sqrt(sums.terms[i] / double(sums.valid));
         if (whole > 0) line.share = sums.terms[i] / whole;
-        line.known = sums.terms[i] > 0;
+        line.applies = applies(point, line.term);
+        line.known = line.applies && known(point, line.term, sums.terms[i]);
     }
     quantiles(total, budget);
     return budget;

@@ -53,6 +53,7 @@ struct UncertainPoint {
     std::vector<MovedPictures> moved;
     int degree = 3;                       ///< of the interpolation
     std::optional<FilterOptions> filter;  ///< of the pictures of the ratio
+    bool flat_cancels = false;            ///< all pictures see one flat field at one place
     double lamp = 0;                      ///< relative variance of the ratio by the lamp
     double other = 0;                     ///< and by what else was entered
     FieldConversion conversion;

@@ -72,7 +72,7 @@ json uncertainty_json(const UncertaintyBudget& budget) {
         if (line.known)
             result["terms"][sigma_term_name(line.term)] = {
                 {"rms", line.rms}, {"share", line.share}, {"random", line.random}};
-        else
+        else if (line.applies)
             result["not_known"].push_back(sigma_term_name(line.term));
     return result;
 }

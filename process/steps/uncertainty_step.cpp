@@ -175,6 +175,7 @@ void gather_pictures(const StepRun& run, const SigmaSettings& settings,
 /// lifetime measurement see one flat field at one place, where it cancels.
 void gather_shared(const StepRun& run, const SigmaSettings& settings, ExperimentType type,
                    Gathered& gathered) {
+    gathered.point.flat_cancels = type == ExperimentType::lifetime;
     if (type == ExperimentType::lifetime) return;
     for (std::size_t off : {std::size_t{0}, std::size_t{2}}) {
         const std::size_t a = gathered.index_of(off);

@@ -3,12 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "api/image_io.h"
 #include "app/experiment_page.h"
 #include "app/model_commands.h"
 #include "core/keys.h"
-#include "sample/model_point.h"
-#include "tests/app/app_fixture.h"
+#include "tests/app/model_point_fixture.h"
 #include "tests/cli/program.h"
 #include "view/ui/model/loads_panel.h"
 #include "view/ui/model/model_viewer.h"
@@ -17,17 +15,8 @@
 namespace vyn::test {
 namespace {
 
-class ModelAndBatchProgram : public AppTest {
+class ModelAndBatchProgram : public ModelPointTest {
   protected:
-    ModelAndBatchProgram() {
-        register_plugins("*.3dio");
-        ModelPointOptions options;
-        options.point.width = 240;
-        options.point.height = 180;
-        options.mesh_nodes = 4000;
-        Progress silent;
-        write_model_point(make_model_point(options, silent), folder.path(), silent);
-    }
     void batch(const std::vector<std::string>& arguments) {
         const ProgramRun run = run_program(arguments);
         ASSERT_EQ(run.status, 0) << run.err;

@@ -5,14 +5,12 @@
 #include <QTest>
 #include <bit>
 
-#include "api/image_io.h"
 #include "app/experiment_page.h"
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "core/ui/number_edit.h"
 #include "process/point/session.h"
-#include "sample/model_point.h"
-#include "tests/app/app_fixture.h"
+#include "tests/app/model_point_fixture.h"
 #include "tests/support/dialog_checks.h"
 #include "tests/support/log_capture.h"
 #include "view/ui/association/resection_dialog.h"
@@ -21,17 +19,8 @@
 namespace vyn::test {
 namespace {
 
-class ModelInTheWindow : public AppTest {
+class ModelInTheWindow : public ModelPointTest {
   protected:
-    ModelInTheWindow() {
-        register_plugins("*.3dio");
-        ModelPointOptions options;
-        options.point.width = 240;
-        options.point.height = 180;
-        options.mesh_nodes = 4000;
-        Progress silent;
-        write_model_point(make_model_point(options, silent), folder.path(), silent);
-    }
     ModelCommands& commands() { return *window->findChild<ModelCommands*>(); }
     static const field_data<double>& mesh() { return program_session().field; }
     /// The page looks at files behind the window's back.

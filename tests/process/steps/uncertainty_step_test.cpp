@@ -127,7 +127,9 @@ TEST_F(UncertaintyStep, TellsItsPartsAndHasTheSameBitsOnAnyNumberOfThreads) {
     }
     EXPECT_NEAR(share, 1, 1e-12);
     EXPECT_NEAR(std::sqrt(variance) / total->values()(80, 60), 1, 1e-5);
-    EXPECT_FALSE(budget.lines[std::size_t(SigmaTerm::law)].known) << "nobody entered it";
+    const BudgetLine& law = budget.lines[std::size_t(SigmaTerm::law)];
+    EXPECT_TRUE(law.applies && !law.known) << "nobody entered it";
+    EXPECT_FALSE(budget.lines[std::size_t(SigmaTerm::conditions)].applies) << "a pressure has none";
     for (const int threads : {1, 2}) {
         const ThreadLimit limit(threads);
         ASSERT_EQ(calculate(), TaskOutcome::done);
