@@ -2,11 +2,13 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 18>& commands() {
-    static constexpr std::array<Command, 18> table{{
+const std::array<Command, 19>& commands() {
+    static constexpr std::array<Command, 19> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
+        {"schedule", "compute a table of points, here or on a cluster, and sum it up",
+         prepare_schedule},
         {"get", "print settings of a project, or the table of all settings", prepare_get},
         {"calibrate", "fit the paint's law to pressure ports on the model", prepare_calibrate},
         {"convert", "convert an image into another format", prepare_convert},

@@ -42,7 +42,7 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 18>& commands();
+const std::array<Command, 19>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
@@ -60,6 +60,7 @@ Work prepare_markers(CLI::App& app, const GlobalOptions& global);
 Work prepare_noise(CLI::App& app, const GlobalOptions& global);
 Work prepare_render(CLI::App& app, const GlobalOptions& global);
 Work prepare_render3d(CLI::App& app, const GlobalOptions& global);
+Work prepare_schedule(CLI::App& app, const GlobalOptions& global);
 Work prepare_sample(CLI::App& app, const GlobalOptions& global);
 Work prepare_compare(CLI::App& app, const GlobalOptions& global);
 

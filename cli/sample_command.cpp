@@ -11,6 +11,7 @@
 #include "process/steps/field_quantity.h"
 #include "sample/model_point.h"
 #include "sample/synthetic_point.h"
+#include "sample/synthetic_run.h"
 
 namespace vyn::cli {
 
@@ -27,6 +28,7 @@ struct SampleOptions {
     bool lifetime = false;
     bool mesh = false;
     ModelPointOptions model;
+    int points = 0;
     bool force = false;
 };
 
@@ -70,12 +72,17 @@ ExitStatus make_sample(const SampleOptions& options) {
     if (const std::string problem = problem_of(point_options); !problem.empty())
         throw UsageError(problem);
     check_files(options, synthetic_file_names(point_options.channels));
+    if (options.points > 0) check_files(options, synthetic_run_files(options.points));
 
     SampleProgress progress("Making the test point");
-    SubProgress rendering(progress, 0, 0.8);
-    SubProgress writing(progress, 0.8, 1);
+    const double own_part = 1.0 / (1 + options.points);
+    SubProgress rendering(progress, 0, 0.8 * own_part);
+    SubProgress writing(progress, 0.8 * own_part, own_part);
+    SubProgress further(progress, own_part, 1);
     const SyntheticPoint point = make_synthetic_point(point_options, rendering);
     write_synthetic_point(point, options.folder, writing);
+    if (options.points > 0)
+        write_synthetic_run(point_options, options.points, options.folder, further);
     return ExitStatus::done;
 }
 
@@ -113,12 +120,20 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
     app.add_flag("--lifetime", options->lifetime,
                  "two gates after each pulse; the lamp moves with the wind")
         ->excludes(binary);
+    app.add_option("--points", options->points,
+                   "also the pictures of so many points with wind, and their table run.csv for "
+                   "schedule")
+        ->check(CLI::Range(1, 100000))
+        ->excludes(binary)
+        ->excludes("--lifetime")
+        ->excludes("--bend");
     CLI::Option* const mesh =
         app.add_flag("--mesh", options->mesh,
                      "a model in space: a wing on a body, its mesh, markers on it, and cameras "
                      "obliquely above")
             ->excludes(binary)
             ->excludes("--lifetime")
+            ->excludes("--points")
             ->excludes("--bend");
     app.add_option("--mesh-nodes", options->model.mesh_nodes, "nodes of the mesh, about")
         ->needs(mesh)

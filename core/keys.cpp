@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include "core/numbers.h"
 #include "core/quotes.h"
+#include "core/spelling.h"
 
 namespace vyn {
 
@@ -60,21 +60,6 @@ std::vector<KeyInfo> make_table() {
 
 }  // namespace words
 
-/// How many characters must be inserted, deleted or replaced (V. Levenshtein, 1966).
-std::size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
-        }
-    }
-    return row.back();
-}
-
 bool ends_with_component(std::string_view path, std::string_view end) {
     return path.size() > end.size() && path.ends_with(end) &&
            path[path.size() - end.size() - 1] == '/';
@@ -83,16 +68,11 @@ bool ends_with_component(std::string_view path, std::string_view end) {
 /// The key that was probably meant: one that ends in "/" and the given text, or the nearest by
 /// spelling; null when none is close.
 const KeyInfo* nearest_key(std::string_view path) {
-    constexpr std::size_t longest_worth_comparing = 200;
-    if (path.empty() || path.size() > longest_worth_comparing) return nullptr;
     const KeyInfo* nearest = nullptr;
-    std::size_t least = std::max<std::size_t>(2, path.size() / 5) + 1;
+    NearestWord word(path);
     for (const KeyInfo& key : key_table()) {
         if (ends_with_component(key.path, path)) return &key;
-        const std::size_t distance = edit_distance(path, key.path);
-        if (distance >= least) continue;
-        least = distance;
-        nearest = &key;
+        if (word.offer(key.path)) nearest = &key;
     }
     return nearest;
 }

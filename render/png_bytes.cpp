@@ -12,7 +12,7 @@ namespace vyn {
 
 namespace {
 
-constexpr int compression_level = 7;
+constexpr int compression_level = 4;
 constexpr std::size_t bytes_per_pixel = 3;
 
 void append_number(std::string& to, std::uint32_t number) {

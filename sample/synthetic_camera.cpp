@@ -45,11 +45,18 @@ class Recorder {
         const std::uint64_t index =
             static_cast<std::uint64_t>(y) * width_ + static_cast<std::uint64_t>(x);
         const double noisy =
-            expected + deviation * hashed_normal(options_.seed, stream_ + picture, index);
+            expected + deviation * hashed_normal(options_.seed, stream_of(picture), index);
         return static_cast<float>(std::clamp(std::round(noisy), 0.0, full_scale));
     }
 
   private:
+    /// The points of a run have nothing but the wind-on picture of their own.
+    std::uint64_t stream_of(Picture picture) const {
+        constexpr std::uint64_t streams_of_all_cameras = 64;
+        const auto point = static_cast<std::uint64_t>(options_.point);
+        return stream_ + picture + (picture == on_picture ? streams_of_all_cameras * point : 0);
+    }
+
     const SyntheticOptions& options_;
     std::uint64_t width_;
     std::uint64_t stream_;

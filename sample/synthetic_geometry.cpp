@@ -59,7 +59,7 @@ void add_centred_term(std::array<double, 10>& coefficients, Term term, double va
 
 }  // namespace
 
-PolyTransform synthetic_motion(int order, int width, int height) {
+PolyTransform synthetic_motion(int order, int width, int height, int point) {
     PolyTransform map;
     map.n = poly_coefficient_count(order);
     const Point centre{0.5 * (width - 1), 0.5 * (height - 1)};
@@ -72,6 +72,8 @@ PolyTransform synthetic_motion(int order, int width, int height) {
         add_centred_term(map.ax, terms[i], displacements[i].x, centre, scale);
         add_centred_term(map.ay, terms[i], displacements[i].y, centre, scale);
     }
+    map.ax[0] += 1.3 * std::sin(1.7 * point);
+    map.ay[0] += 1.1 * std::sin(2.3 * point);
     return map;
 }
 
@@ -90,12 +92,12 @@ DisplacementField synthetic_bending(double most, int width, int height) {
     return {step, u, v};
 }
 
-ImageMap synthetic_motion(int order, double bending, int width, int height) {
+ImageMap synthetic_motion(int order, double bending, int width, int height, int point) {
     ImageMap motion;
     if (bending != 0)
         motion.then(
             std::make_shared<const DisplacementField>(synthetic_bending(bending, width, height)));
-    motion.then(synthetic_motion(order, width, height));
+    motion.then(synthetic_motion(order, width, height, point));
     return motion;
 }
 

@@ -118,8 +118,8 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     point.options = options;
     const SyntheticCamera camera = signal_camera(options);
     point.lens = camera.lens;
-    point.wind_on_from_wind_off =
-        synthetic_motion(options.order, options.bending, options.width, options.height);
+    point.wind_on_from_wind_off = synthetic_motion(options.order, options.bending, options.width,
+                                                   options.height, options.point);
     point.dark_level = synthetic_dark_level;
     point.camera = camera.record();
     point.paint = synthetic_paint();

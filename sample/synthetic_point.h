@@ -29,6 +29,9 @@ struct SyntheticOptions {
     /// Pixels, 0 to 4, by which the model bends between its dots, beside that motion. Not 0: the
     /// paint has a fine texture, and there are fewer dots.
     double bending = 0;
+    /// Number of the point in a run of points that share wind-off picture and field: each has its
+    /// own motion and its own noise with wind.
+    int point = 0;
     /// Radial distortion (see Distortion). Without a2: about 3 px in the corners.
     std::optional<double> a2 = std::nullopt;
     double a4 = 0;

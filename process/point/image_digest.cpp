@@ -65,6 +65,13 @@ std::string marker_digest(const MarkerSet& set) {
     return digest.text();
 }
 
+std::string text_digest(std::string_view text) {
+    Fnv digest;
+    for (const char c : text)
+        digest.add(std::uint64_t{static_cast<unsigned char>(c)});
+    return digest.text();
+}
+
 std::string mask_digest(const std::shared_ptr<const image>& picture) {
     static PerImage<std::string> known;
     return known.get(picture, digest_of_mask);

@@ -14,7 +14,8 @@ std::filesystem::path flat_file_of(const dataSetInterface& data, std::string_vie
     read(data, std::string(camera), record);
     const std::filesystem::path folder = std::filesystem::absolute(project_folder(data));
     if (!record.camera.empty()) record.camera = (folder / record.camera).string();
-    return find_flat_file(record, folder, log);
+    const std::filesystem::path found = find_flat_file(record, folder, log);
+    return found.empty() ? found : without_detours(found);
 }
 
 /// The setting of a camera's flat field, by the table of all settings.

@@ -26,9 +26,16 @@ fs::path output_folder(const dataSetInterface& data) {
     return folder.empty() ? project_folder(data) : fs::path(folder);
 }
 
+fs::path without_detours(const fs::path& file) {
+    std::error_code ignored;
+    fs::path straight = file.lexically_normal();
+    // Behind a symbolic link ".." may lead elsewhere than the name tells.
+    return !fs::exists(file, ignored) || fs::equivalent(file, straight, ignored) ? straight : file;
+}
+
 fs::path locate(const fs::path& name, const fs::path& folder) {
     std::error_code ignored;
-    fs::path first = name.is_relative() ? folder / name : name;
+    const fs::path first = without_detours(name.is_relative() ? folder / name : name);
     if (fs::exists(first, ignored)) return first;
     const fs::path beside = folder / name.filename();
     return name.is_absolute() && fs::exists(beside, ignored) ? beside : fs::path();
@@ -45,7 +52,7 @@ fs::path find_input(const dataSetInterface& data, const std::string& file_name,
             file_name + " is not there; taken from beside the project file: " + found.string());
     if (!found.empty()) return found;
     throw FileError("Can't open file for reading!",
-                    (named.is_relative() ? folder / named : named).string() +
+                    without_detours(named.is_relative() ? folder / named : named).string() +
                         ": no such file (named by " + std::string(key) + ")");
 }
 

@@ -16,6 +16,9 @@ std::filesystem::path project_lock(const std::filesystem::path& project);
 /// Where output files go: `project/head/dir`, or the project file's folder when that is empty.
 std::filesystem::path output_folder(const dataSetInterface& data);
 
+/// The same file with "folder/.." taken out of its path.
+std::filesystem::path without_detours(const std::filesystem::path& file);
+
 /// Where a named file is: a relative name in the project's folder; a full path there, else beside
 /// the project file. Empty when nowhere.
 std::filesystem::path locate(const std::filesystem::path& name,

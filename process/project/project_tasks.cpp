@@ -14,6 +14,7 @@
 #include "process/point/unsaved_work.h"
 #include "process/project/ims.h"
 #include "process/report/provenance.h"
+#include "process/steps/image_origin.h"
 
 namespace vyn {
 
@@ -59,6 +60,17 @@ void take_stored_inputs(const dataSetInterface& data, const fs::path& container,
     };
     for (const auto& picture : read_ims_data(container, context, wanted).images)
         images.add(picture);
+}
+
+/// The pictures whose file, markers, mask and settings are what they were when they were read.
+void take_loaded(const dataSetInterface& data,
+                 const std::vector<std::shared_ptr<const image>>& loaded, imagesList& images) {
+    for (const auto& picture : loaded) {
+        const InputFile* input = input_of_image(picture->name);
+        if (input && !picture->origin.empty() && !images.find(picture->name) &&
+            !read(data, input->file).empty() && picture->origin == input_origin(data, *input))
+            images.add(picture);
+    }
 }
 
 /// The mesh that the project names, where that was asked for.
@@ -163,6 +175,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
 
     context.status("Reading image files");
     fixMarkersDs(data, read_images);
+    take_loaded(data, request_.loaded, read_images);
     for (image& picture : load_images(data, read_images, context))
         read_images.add(std::move(picture));
     std::optional<field_data<double>> geometry =

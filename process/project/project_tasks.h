@@ -28,6 +28,9 @@ struct ReadProject {
     /// A container whose camera pictures, dark images and flat fields are taken where the settings
     /// name the same files, since it may hold masks and markers that no file has; may be empty.
     std::filesystem::path inputs{};
+    /// Pictures, dark images and flat fields that were read for another point: one that would come
+    /// out the same now is taken instead of its file.
+    std::vector<std::shared_ptr<const image>> loaded{};
     /// Settings that replace those of the file before anything that they name is read.
     std::vector<std::pair<std::string, any>> settings;
     /// Where warnings of settings go beside the log; may be null.

@@ -16,15 +16,15 @@ constexpr int histogram_bins = 120;
 constexpr int histogram_width = 640;
 constexpr int histogram_height = 260;
 
-std::vector<std::byte> thumbnail(const image& picture, Progress& progress) {
+}  // namespace
+
+std::vector<std::byte> thumbnail_of(const image& picture, int side, Progress& progress) {
     PictureOptions options;
     options.limits = robust_limits(picture, progress);
     options.vectors = picture.displacement && !picture.quantity.deviation;
-    options.scale = scale_for_side(picture, thumbnail_side);
+    options.scale = scale_for_side(picture, side);
     return png_bytes(draw_picture(picture, options));
 }
-
-}  // namespace
 
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
                               const imagesList& images, const field_data<double>& mesh,
@@ -36,7 +36,7 @@ PointReport make_point_report(const RunReport& report, const dataSetInterface& d
     for (std::size_t i = 0; i < stages.size(); ++i) {
         throw_if_aborted(progress);
         const auto picture = images.find(stages[i].name);
-        result.thumbnails.push_back(picture ? thumbnail(*picture, quiet)
+        result.thumbnails.push_back(picture ? thumbnail_of(*picture, thumbnail_side, quiet)
                                             : std::vector<std::byte>());
         progress.fraction(static_cast<double>(i + 1) / static_cast<double>(stages.size()));
     }

@@ -23,6 +23,9 @@ struct PointReport {
     std::string program;                                      ///< with its version
 };
 
+/// A picture of an image, no side longer than `side` pixels, as a PNG file's bytes.
+std::vector<std::byte> thumbnail_of(const image& picture, int side, Progress& progress);
+
 /// Looks at the results in the image list and on the mesh and draws their pictures; `ports` as for
 /// check_point. Raises Aborted when told to stop.
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,

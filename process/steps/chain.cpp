@@ -123,14 +123,16 @@ std::vector<std::string> results_of(Goal goal, const StepView& view) {
     return results;
 }
 
-std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunReport> report) {
+std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunReport> report,
+                               const std::vector<StepId>& done) {
     auto job = std::make_shared<Job>();
     const StepView view = view_of(session);
     if (!missing_images(goal, view).empty()) return job;
     const auto alignment = std::make_shared<Alignment>();
     for (const StepId id : steps_of(goal, view)) {
         if (has_work(step_of(id), view)) report->steps.push_back(step_of(id).name);
-        job->append(std::make_unique<StepTask>(step_of(id), session, report, alignment));
+        if (std::ranges::find(done, id) == done.end())
+            job->append(std::make_unique<StepTask>(step_of(id), session, report, alignment));
     }
     return job;
 }

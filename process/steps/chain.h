@@ -33,7 +33,9 @@ std::vector<std::string> missing_images(Goal goal, const StepView& view);
 std::vector<std::string> results_of(Goal goal, const StepView& view);
 
 /// The steps as one job. An empty job while something is missing. `report` is filled as they run.
-std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunReport> report);
+/// Corrections in `done`, whose results are there and current, are left out.
+std::shared_ptr<Job> calculate(Goal goal, Session session, std::shared_ptr<RunReport> report,
+                               const std::vector<StepId>& done = {});
 
 /// Why Calculate All cannot run, for scripts: which settings name no image, or that the type is not
 /// evaluated. Empty when nothing is missing.

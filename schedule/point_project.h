@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+
+#include "process/project/project_tasks.h"
+#include "schedule/schedule.h"
+
+namespace vyn {
+
+/// Writes a point's settings as a project file into its folder, which exists: it opens in the
+/// window, and computed alone it gives the same. Raises FileError.
+void write_point_project(const Schedule& schedule, const SchedulePoint& point);
+
+/// How that project is opened; pictures of a base that is a container come from there.
+ReadProject point_request(const Schedule& schedule, const SchedulePoint& point,
+                          std::shared_ptr<RunReport> report);
+
+}  // namespace vyn

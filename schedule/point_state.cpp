@@ -1,0 +1,158 @@
+#include "schedule/point_state.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <ctime>
+
+#include <nlohmann/json.hpp>
+
+#include "core/atomic_file.h"
+#include "core/errors.h"
+#include "process/point/digest.h"
+#include "process/point/project_paths.h"
+#include "process/report/json_text.h"
+#include "schedule/point_settings.h"
+
+namespace vyn {
+
+namespace fs = std::filesystem;
+using json = nlohmann::json;
+
+namespace {
+
+constexpr const char* file_name = "state.json";
+constexpr std::size_t most_bytes = std::size_t{16} << 20;
+constexpr int format_version = 1;
+constexpr std::array outcome_names{"done", "failed", "aborted"};
+
+/// Without its digest; nothing where there is no such file.
+std::optional<InputStamp> stamp_of(std::string_view role, const fs::path& file) {
+    std::error_code failed;
+    InputStamp stamp{std::string(role), file.string(), fs::file_size(file, failed), 0, {}};
+    if (failed) return std::nullopt;
+    stamp.time = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                     fs::last_write_time(file, failed).time_since_epoch())
+                     .count();
+    return failed ? std::nullopt : std::optional(stamp);
+}
+
+fs::path place_of(const SchedulePoint& point, const std::string& name) {
+    const fs::path found = locate(name, point.base->file.parent_path());
+    return found.empty() ? found : fs::absolute(found).lexically_normal();
+}
+
+}  // namespace
+
+const char* name(PointState::Outcome outcome) {
+    return outcome_names.at(static_cast<std::size_t>(outcome));
+}
+
+std::string state_text(const PointState& state) {
+    json inputs = json::array();
+    for (const InputStamp& stamp : state.inputs)
+        inputs.push_back({{"role", stamp.role},
+                          {"file", stamp.file},
+                          {"size", stamp.size},
+                          {"time", stamp.time},
+                          {"sha256", stamp.sha256}});
+    const json all{{"format", format_version},       {"outcome", name(state.outcome)},
+                   {"reason", state.reason},         {"digest", state.digest},
+                   {"attempt", state.attempt},       {"started", state.started},
+                   {"finished", state.finished},     {"host", state.host},
+                   {"experiment", state.experiment}, {"quantity", state.quantity},
+                   {"inputs", std::move(inputs)},    {"warning_kinds", state.warning_kinds},
+                   {"warnings", state.warnings},     {"figures", state.figures}};
+    return json_text(all, 1) + "\n";
+}
+
+PointState parse_state(const std::string& text, const fs::path& file) {
+    PointState state;
+    try {
+        const json all = json::parse(text);
+        if (all.at("format") != format_version)
+            throw FileError("File error!", file.string() + " is of another version");
+        const auto outcome = std::ranges::find(outcome_names, all.at("outcome").get<std::string>());
+        if (outcome == outcome_names.end())
+            throw FileError("File error!", file.string() + ": the outcome is not known");
+        state.outcome = static_cast<PointState::Outcome>(outcome - outcome_names.begin());
+        all.at("reason").get_to(state.reason);
+        all.at("digest").get_to(state.digest);
+        all.at("attempt").get_to(state.attempt);
+        all.at("started").get_to(state.started);
+        all.at("finished").get_to(state.finished);
+        all.at("host").get_to(state.host);
+        all.at("experiment").get_to(state.experiment);
+        all.at("quantity").get_to(state.quantity);
+        for (const json& input : all.at("inputs"))
+            state.inputs.push_back({input.at("role"), input.at("file"), input.at("size"),
+                                    input.at("time"), input.at("sha256")});
+        all.at("warning_kinds").get_to(state.warning_kinds);
+        all.at("warnings").get_to(state.warnings);
+        all.at("figures").get_to(state.figures);
+    } catch (const json::exception& error) {
+        throw FileError("File error!", file.string() + ": " + error.what());
+    }
+    return state;
+}
+
+std::optional<PointState> read_state(const fs::path& folder) {
+    const fs::path file = folder / file_name;
+    std::error_code ignored;
+    if (!fs::exists(file, ignored)) return std::nullopt;
+    try {
+        return parse_state(read_file(file, most_bytes), file);
+    } catch (const FileError&) {
+        return std::nullopt;  // told in the log; the point is computed again
+    }
+}
+
+void write_state(const fs::path& folder, const PointState& state) {
+    write_file(folder / file_name, state_text(state));
+}
+
+std::vector<InputStamp> stamp_inputs(const SchedulePoint& point,
+                                     const std::vector<InputStamp>& known) {
+    std::vector<InputStamp> stamps;
+    for (const auto& [role, name] : named_inputs(point)) {
+        const fs::path file = place_of(point, name);
+        std::optional<InputStamp> stamp = file.empty() ? std::nullopt : stamp_of(role, file);
+        if (!stamp) continue;
+        const auto same = std::ranges::find_if(known, [&](const InputStamp& old) {
+            return old.file == stamp->file && old.size == stamp->size && old.time == stamp->time;
+        });
+        stamp->sha256 = same == known.end() ? known_file_sha256(file) : same->sha256;
+        stamps.push_back(std::move(*stamp));
+    }
+    return stamps;
+}
+
+std::string change_since(const PointState& state, const SchedulePoint& point) {
+    if (state.digest != point.digest) return "the table or its base project changed";
+    std::size_t found = 0;
+    for (const auto& [role, name] : named_inputs(point)) {
+        const auto old = std::ranges::find_if(
+            state.inputs, [&](const InputStamp& stamp) { return stamp.role == role; });
+        const fs::path file = place_of(point, name);
+        const std::optional<InputStamp> now = file.empty() ? std::nullopt : stamp_of(role, file);
+        if (!now && old == state.inputs.end()) continue;
+        if (!now) return name + " is gone";
+        if (old == state.inputs.end()) return name + " is new";
+        ++found;
+        const bool same_stamp = old->size == now->size && old->time == now->time;
+        if (!same_stamp && (old->size != now->size || old->sha256 != known_file_sha256(file)))
+            return name + " changed";
+    }
+    return found == state.inputs.size() ? std::string() : "an input file was taken out";
+}
+
+std::string utc_now() {
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text.data();
+}
+
+}  // namespace vyn

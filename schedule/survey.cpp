@@ -1,0 +1,68 @@
+#include "schedule/survey.h"
+
+#include <algorithm>
+#include <array>
+
+#include "schedule/point_lock.h"
+
+namespace vyn {
+
+using Kind = PointStatus::Kind;
+
+namespace {
+constexpr std::array kind_names{"waiting", "running", "done",        "beyond a limit",
+                                "failed",  "aborted", "out of date", "skipped"};
+}
+
+const char* name(PointStatus::Kind kind) {
+    return kind_names.at(static_cast<std::size_t>(kind));
+}
+
+PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
+                      const FigureLimits& limits) {
+    if (point.skip) return {Kind::skipped, {}, {}};
+    const std::filesystem::path folder = schedule.folder_of(point);
+    PointStatus status{Kind::waiting, {}, read_state(folder)};
+    if (std::string holder = PointLock::holder_of(folder); !holder.empty()) {
+        status.kind = Kind::running;
+        status.reason = std::move(holder);
+    } else if (status.state) {
+        const PointState& state = *status.state;
+        status.reason = change_since(state, point);
+        if (state.outcome == PointState::Outcome::failed ||
+            state.outcome == PointState::Outcome::aborted) {
+            const bool failed = state.outcome == PointState::Outcome::failed;
+            status.kind = failed ? Kind::failed : Kind::aborted;
+            status.reason = state.reason;
+        } else if (!status.reason.empty()) {
+            status.kind = Kind::out_of_date;
+        } else {
+            status.kind = Kind::done;
+            for (const std::string& figure : beyond_limits(state.figures, limits)) {
+                status.kind = Kind::beyond;
+                status.reason += (status.reason.empty() ? "" : "; ") + figure;
+            }
+        }
+    }
+    return status;
+}
+
+std::vector<PointStatus> survey(const Schedule& schedule, const FigureLimits& limits) {
+    std::vector<PointStatus> statuses;
+    for (const SchedulePoint& point : schedule.points)
+        statuses.push_back(status_of(schedule, point, limits));
+    return statuses;
+}
+
+std::string summary_line(const std::vector<PointStatus>& statuses) {
+    std::string line;
+    for (std::size_t kind = 0; kind < kind_names.size(); ++kind) {
+        const auto count =
+            std::ranges::count(statuses, static_cast<Kind>(kind), &PointStatus::kind);
+        if (count > 0)
+            line += (line.empty() ? "" : ", ") + std::to_string(count) + " " + kind_names.at(kind);
+    }
+    return line.empty() ? "no points" : line;
+}
+
+}  // namespace vyn
