@@ -1,7 +1,7 @@
 #include "schedule/table.h"
 
 #include <algorithm>
-#include <memory>
+#include <limits>
 
 #include <csv.h>
 #include <nlohmann/json.hpp>
@@ -85,6 +85,7 @@ char separator_of(std::string_view text) {
 struct Reading {
     std::vector<std::string> cells;
     std::vector<TableRow> rows;
+    std::vector<TableRow> comments;
     int number = 1;
 };
 
@@ -98,13 +99,14 @@ extern "C" void take_row(int /*ending*/, void* reading) {
     auto& to = *static_cast<Reading*>(reading);
     const bool empty =
         std::ranges::all_of(to.cells, [](const std::string& cell) { return cell.empty(); });
-    if (!empty && !to.cells.front().starts_with('#'))
-        to.rows.push_back({to.number, std::move(to.cells)});
+    if (!empty)
+        (to.cells.front().starts_with('#') ? to.comments : to.rows)
+            .push_back({to.number, std::move(to.cells)});
     to.cells.clear();
     ++to.number;
 }
 
-std::vector<TableRow> rows_of_csv(const std::filesystem::path& file, const std::string& text) {
+Reading read_rows(const std::filesystem::path& file, const std::string& text, char separator) {
     struct Parser {
         csv_parser parser;
         ~Parser() { csv_free(&parser); }
@@ -112,7 +114,7 @@ std::vector<TableRow> rows_of_csv(const std::filesystem::path& file, const std::
     Parser csv{};
     if (csv_init(&csv.parser, CSV_REPALL_NL | CSV_STRICT | CSV_STRICT_FINI) != 0)
         refuse(file, "it cannot be read");
-    csv_set_delim(&csv.parser, static_cast<unsigned char>(separator_of(text)));
+    csv_set_delim(&csv.parser, static_cast<unsigned char>(separator));
     Reading reading;
     const bool whole = csv_parse(&csv.parser, text.data(), text.size(), take_cell, take_row,
                                  &reading) == text.size() &&
@@ -120,12 +122,15 @@ std::vector<TableRow> rows_of_csv(const std::filesystem::path& file, const std::
     if (!whole)
         refuse(file, "row " + std::to_string(reading.number) +
                          ": a quotation mark that does not open or close a cell");
-    return std::move(reading.rows);
+    return reading;
 }
 
 Table table_of_csv(const std::filesystem::path& file, const std::string& text) {
     Table table;
-    table.rows = rows_of_csv(file, text);
+    table.separator = separator_of(text);
+    Reading reading = read_rows(file, text, table.separator);
+    table.rows = std::move(reading.rows);
+    table.comments = std::move(reading.comments);
     if (table.rows.empty()) refuse(file, "the table is empty");
     table.heads = std::move(table.rows.front().cells);
     table.rows.erase(table.rows.begin());
@@ -228,10 +233,10 @@ std::string quoted(const std::string& cell) {
     return text + '"';
 }
 
-std::string line_of(const std::vector<std::string>& cells) {
+std::string line_of(const std::vector<std::string>& cells, char separator) {
     std::string line;
     for (const std::string& cell : cells)
-        line += (&cell == &cells.front() ? "" : ",") + quoted(cell);
+        line += (&cell == &cells.front() ? "" : std::string(1, separator)) + quoted(cell);
     return line + "\n";
 }
 
@@ -243,9 +248,19 @@ Table read_table(const std::filesystem::path& file) {
 }
 
 std::string csv_text(const Table& table) {
-    std::string text = line_of(table.heads);
-    for (const TableRow& row : table.rows)
-        text += line_of(row.cells);
+    std::string text;
+    auto comment = table.comments.begin();
+    const auto put_comments = [&](int before_row) {
+        for (; comment != table.comments.end() && comment->number < before_row; ++comment)
+            text += line_of(comment->cells, table.separator);
+    };
+    put_comments(table.rows.empty() ? 2 : table.rows.front().number - 1);
+    text += line_of(table.heads, table.separator);
+    for (const TableRow& row : table.rows) {
+        put_comments(row.number);
+        text += line_of(row.cells, table.separator);
+    }
+    put_comments(std::numeric_limits<int>::max());
     return text;
 }
 

@@ -16,6 +16,8 @@ struct TableRow {
 struct Table {
     std::vector<std::string> heads;
     std::vector<TableRow> rows;
+    char separator = ',';
+    std::vector<TableRow> comments;  ///< rows that begin with "#", as they stand
 };
 
 /// Reads a table of comma-, semicolon- or tab-separated values, quoted where needed, UTF-8 or
@@ -25,7 +27,7 @@ struct Table {
 /// Raises FileError naming the file and, where it can be told, the row.
 Table read_table(const std::filesystem::path& file);
 
-/// The table as comma-separated values, quoted where needed.
+/// The table as separated values, quoted where needed, with its comments at their places.
 std::string csv_text(const Table& table);
 
 }  // namespace vyn
