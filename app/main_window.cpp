@@ -90,6 +90,10 @@ void VynLiteForm::connect_actions() {
     connect(commands, &ProjectCommands::opened, parts_->widgets.recent, &RecentFilesMenu::add);
     connect(commands, &ProjectCommands::changed, this, &VynLiteForm::update_state);
     connect(parts_->model, &ModelCommands::changed, this, &VynLiteForm::update_state);
+    connect(parts_->runs, &RunCommands::point_wanted, this, [this](const QString& project) {
+        if (!parts_->commands->open_file(project.toStdString())) return;
+        if (parts_->page) parts_->widgets.tasks->setCurrentWidget(parts_->page.get());
+    });
     connect(commands, &ProjectCommands::replaced, this, [this] {
         parts_->viewers.close_project_images();
         parts_->model->close_viewer();
@@ -195,8 +199,9 @@ void VynLiteForm::changeEvent(QEvent* event) {
 }
 
 void VynLiteForm::closeEvent(QCloseEvent* event) {
-    const bool go_on =
-        (!parts_->page || parts_->commands->agrees_to_discard()) && parts_->viewers.close_all();
+    const bool go_on = parts_->runs->may_close() &&
+                       (!parts_->page || parts_->commands->agrees_to_discard()) &&
+                       parts_->viewers.close_all();
     event->setAccepted(go_on);
     if (!go_on) return;
     parts_->model->close_viewer();
@@ -221,14 +226,18 @@ void VynLiteForm::dropEvent(QDropEvent* event) {
 void VynLiteForm::open_files(const QStringList& files) {
     QStringList images;
     QString project;
+    QString table;
     for (const QString& file : files) {
-        if (!is_project_file(file))
+        if (is_run_table(file))
+            table = file;
+        else if (!is_project_file(file))
             images.append(file);
         else if (project.isEmpty())
             project = file;
     }
     if (!project.isEmpty() && !parts_->commands->open_file(project.toStdString())) return;
     open_images(images);
+    if (!table.isEmpty()) parts_->runs->open_table(table);
 }
 
 void VynLiteForm::open_images(const QStringList& files) {

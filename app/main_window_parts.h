@@ -9,6 +9,7 @@
 #include "app/model_commands.h"
 #include "app/project_commands.h"
 #include "app/recovery_keeper.h"
+#include "app/run_commands.h"
 #include "app/viewer_windows.h"
 #include "core/ui/log_page.h"
 #include "core/user_folders.h"
@@ -30,7 +31,9 @@ struct VynLiteForm::Parts {
           recovery(new RecoveryKeeper(recovery_folder(), &window)),
           viewers(used_worker),
           model(new ModelCommands(used_worker, &window, *widgets.file_menu,
-                                  widgets.actions.project_directory)) {}
+                                  widgets.actions.project_directory)),
+          runs(new RunCommands(*widgets.tasks, &window, *widgets.file_menu,
+                               widgets.actions.project_directory)) {}
 
     Worker& worker;
     MainWidgets widgets;
@@ -38,6 +41,7 @@ struct VynLiteForm::Parts {
     RecoveryKeeper* recovery;
     ViewerWindows viewers;
     ModelCommands* model;
+    RunCommands* runs;
     std::unique_ptr<HelpWindow> help;
     QVynLog* log = nullptr;
     std::unique_ptr<ExperimentPage> page;

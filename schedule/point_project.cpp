@@ -1,7 +1,9 @@
 #include "schedule/point_project.h"
 
+#include "core/errors.h"
 #include "core/project_file.h"
 #include "schedule/point_settings.h"
+#include "schedule/point_state.h"
 
 namespace vyn {
 
@@ -13,6 +15,19 @@ void write_point_project(const Schedule& schedule, const SchedulePoint& point) {
     simpleNamedDataSet data;
     put_point_settings(schedule, point, data);
     save_xml(data, (schedule.folder_of(point) / file_name).c_str());
+}
+
+std::filesystem::path project_of_point(const Schedule& schedule, const SchedulePoint& point) {
+    const std::filesystem::path folder = schedule.folder_of(point);
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    if (failed)
+        throw FileError("Can't open file for writing!", folder.string() + ": " + failed.message());
+    const std::optional<PointState> state = read_state(folder);
+    if (!std::filesystem::exists(folder / file_name, failed) || !state ||
+        state->digest != point.digest)
+        write_point_project(schedule, point);
+    return folder / file_name;
 }
 
 ReadProject point_request(const Schedule& schedule, const SchedulePoint& point,

@@ -11,6 +11,7 @@ vyn_ui_tests(app
         point_check_test.cpp
         program_test.cpp
         project_commands_test.cpp
+        run_page_test.cpp
         whole_point_test.cpp
         whole_workflow_test.cpp
     LINK vyn_app vyn_sample vyn_test_program nlohmann_json::nlohmann_json)
