@@ -30,7 +30,7 @@ RunCommands::RunCommands(QTabWidget& tasks, QWidget* window, QMenu& file_menu, Q
         connect(action, &QAction::triggered, this, slot);
         file_menu.insertAction(before, action);
     };
-    add("openRunAction", tr("Open &run..."), tr("Open a table of many points"), &RunCommands::open);
+    add("openRunAction", tr("Open r&un..."), tr("Open a table of many points"), &RunCommands::open);
     add("newRunAction", tr("New run &from pictures..."),
         tr("Make a table of many points from a folder of pictures"), &RunCommands::make_new);
     file_menu.insertSeparator(before);
