@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -79,47 +80,56 @@ bool is_stale(const fs::path& file, const std::string& holder) {
     return now && *now - seconds_of(lock.st_mtim) > PointLock::stale_after;
 }
 
-/// Takes a dead holder's file away. Of several that try, one gets it; if a new holder's was caught
-/// instead, it is put back.
-void remove_stale(const fs::path& file, const std::string& holder) {
-    const fs::path aside = temporary_name(file.parent_path());
-    if (rename(file.c_str(), aside.c_str()) != 0) return;
-    std::error_code third_one_made;  // the caught one's holder then finds its point locked
-    if (content(aside) != holder) fs::create_hard_link(aside, file, third_one_made);
-    unlink(aside.c_str());
+/// Makes the file with the holder's name; 0, or what went wrong.
+int make(const fs::path& file, const std::string& holder) {
+    const int descriptor =
+        open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (descriptor < 0) return errno;
+    const bool written =
+        write(descriptor, holder.data(), holder.size()) == static_cast<ssize_t>(holder.size());
+    const int problem = errno;
+    close(descriptor);
+    if (written) return 0;
+    unlink(file.c_str());
+    return problem;
+}
+
+/// Puts a new holder's file in the place of a dead one's, at once: without a lock for a moment,
+/// several that try would each get one. False when another was quicker.
+bool replace_stale(const fs::path& file, const std::string& dead, const std::string& holder) {
+    const int descriptor = open(file.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+    if (descriptor < 0) return false;
+    struct stat opened {};
+    struct stat there {};
+    const bool alone = flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    bool replaced = false;
+    if (alone && fstat(descriptor, &opened) == 0 && stat(file.c_str(), &there) == 0 &&
+        opened.st_ino == there.st_ino && content(file) == dead && is_stale(file, dead)) {
+        const fs::path aside = temporary_name(file.parent_path());
+        replaced = make(aside, holder) == 0 && rename(aside.c_str(), file.c_str()) == 0;
+        if (!replaced) unlink(aside.c_str());
+    }
+    close(descriptor);
+    return replaced;
 }
 
 }  // namespace
 
 PointLock::PointLock(const fs::path& folder) : file_(folder / file_name) {
     constexpr int attempts = 5;
+    const std::string me = this_holder();
     for (int i = 0; i < attempts; ++i) {
-        const int descriptor =
-            open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
-        if (descriptor >= 0) {
-            holder_ = this_holder();
-            const bool written = write(descriptor, holder_.data(), holder_.size()) ==
-                                 static_cast<ssize_t>(holder_.size());
-            const int problem = errno;
-            close(descriptor);
-            if (written) {
-                state_ = State::held;
-                return;
-            }
-            unlink(file_.c_str());
-            holder_ = std::strerror(problem);
-            return;
-        }
-        if (errno != EEXIST) {
-            holder_ = std::strerror(errno);
+        if (const int problem = make(file_, me); problem != EEXIST) {
+            if (problem == 0) state_ = State::held;
+            holder_ = problem == 0 ? me : std::strerror(problem);
             return;
         }
         holder_ = content(file_);
-        if (!is_stale(file_, holder_)) {
-            state_ = State::taken;
-            return;
-        }
-        remove_stale(file_, holder_);
+        if (!is_stale(file_, holder_)) break;
+        if (!replace_stale(file_, holder_, me)) continue;
+        state_ = State::held;
+        holder_ = me;
+        return;
     }
     state_ = State::taken;
 }
