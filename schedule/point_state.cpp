@@ -6,6 +6,7 @@
 #include <ctime>
 
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
@@ -26,20 +27,16 @@ constexpr std::size_t most_bytes = std::size_t{16} << 20;
 constexpr int format_version = 1;
 constexpr std::array outcome_names{"done", "failed", "aborted"};
 
-/// Without its digest; nothing where there is no such file.
-std::optional<InputStamp> stamp_of(std::string_view role, const fs::path& file) {
-    std::error_code failed;
-    InputStamp stamp{std::string(role), file.string(), fs::file_size(file, failed), 0, {}};
-    if (failed) return std::nullopt;
-    stamp.time = std::chrono::duration_cast<std::chrono::nanoseconds>(
-                     fs::last_write_time(file, failed).time_since_epoch())
-                     .count();
-    return failed ? std::nullopt : std::optional(stamp);
-}
-
-fs::path place_of(const SchedulePoint& point, const std::string& name) {
-    const fs::path found = locate(name, point.base->file.parent_path());
-    return found.empty() ? found : fs::absolute(found).lexically_normal();
+/// Without role and digest; nothing where there is no such file.
+std::optional<InputStamp> stamp_of(const fs::path& found) {
+    struct stat now {};
+    if (found.empty() || stat(found.c_str(), &now) != 0) return std::nullopt;
+    constexpr std::int64_t second = 1'000'000'000;
+    return InputStamp{{},
+                      fs::absolute(found).lexically_normal().string(),
+                      static_cast<std::uintmax_t>(now.st_size),
+                      now.st_mtim.tv_sec * second + now.st_mtim.tv_nsec,
+                      {}};
 }
 
 }  // namespace
@@ -114,33 +111,45 @@ void write_state(const fs::path& folder, const PointState& state) {
 std::vector<InputStamp> stamp_inputs(const SchedulePoint& point,
                                      const std::vector<InputStamp>& known) {
     std::vector<InputStamp> stamps;
+    InputLook look;
     for (const auto& [role, name] : named_inputs(point)) {
-        const fs::path file = place_of(point, name);
-        std::optional<InputStamp> stamp = file.empty() ? std::nullopt : stamp_of(role, file);
+        std::optional<InputStamp> stamp = look.at(point, name);
         if (!stamp) continue;
+        stamp->role = role;
         const auto same = std::ranges::find_if(known, [&](const InputStamp& old) {
             return old.file == stamp->file && old.size == stamp->size && old.time == stamp->time;
         });
-        stamp->sha256 = same == known.end() ? known_file_sha256(file) : same->sha256;
+        stamp->sha256 = same == known.end() ? known_file_sha256(stamp->file) : same->sha256;
         stamps.push_back(std::move(*stamp));
     }
     return stamps;
 }
 
+const std::optional<InputStamp>& InputLook::at(const SchedulePoint& point,
+                                               const std::string& name) {
+    const auto [found, is_new] = known_.try_emplace({point.base.get(), name});
+    if (is_new) found->second = stamp_of(locate(name, point.base->file.parent_path()));
+    return found->second;
+}
+
 std::string change_since(const PointState& state, const SchedulePoint& point) {
+    InputLook look;
+    return change_since(state, point, look);
+}
+
+std::string change_since(const PointState& state, const SchedulePoint& point, InputLook& look) {
     if (state.digest != point.digest) return "the table or its base project changed";
     std::size_t found = 0;
     for (const auto& [role, name] : named_inputs(point)) {
         const auto old = std::ranges::find_if(
             state.inputs, [&](const InputStamp& stamp) { return stamp.role == role; });
-        const fs::path file = place_of(point, name);
-        const std::optional<InputStamp> now = file.empty() ? std::nullopt : stamp_of(role, file);
+        const std::optional<InputStamp>& now = look.at(point, name);
         if (!now && old == state.inputs.end()) continue;
         if (!now) return name + " is gone";
         if (old == state.inputs.end()) return name + " is new";
         ++found;
         const bool same_stamp = old->size == now->size && old->time == now->time;
-        if (!same_stamp && (old->size != now->size || old->sha256 != known_file_sha256(file)))
+        if (!same_stamp && (old->size != now->size || old->sha256 != known_file_sha256(now->file)))
             return name + " changed";
     }
     return found == state.inputs.size() ? std::string() : "an input file was taken out";

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "schedule/figures.h"
@@ -17,7 +18,7 @@ struct InputStamp {
     std::string role;  ///< path of its setting
     std::string file;  ///< full path
     std::uintmax_t size = 0;
-    std::int64_t time = 0;  ///< of its last change, nanoseconds
+    std::int64_t time = 0;  ///< of its last change, nanoseconds since 1970
     std::string sha256;
 };
 
@@ -56,8 +57,20 @@ void write_state(const std::filesystem::path& folder, const PointState& state);
 std::vector<InputStamp> stamp_inputs(const SchedulePoint& point,
                                      const std::vector<InputStamp>& known);
 
+/// Where input files are and their stamps without digests, each looked up on the disk once: points
+/// share most of theirs.
+class InputLook {
+  public:
+    /// Nothing where there is no such file; the role stays empty.
+    const std::optional<InputStamp>& at(const SchedulePoint& point, const std::string& name);
+
+  private:
+    std::map<std::pair<const BaseProject*, std::string>, std::optional<InputStamp>> known_;
+};
+
 /// What changed since the state was written, as half a sentence; empty when nothing did. A file
 /// whose time changed and whose size did not is read to see whether its content did.
+std::string change_since(const PointState& state, const SchedulePoint& point, InputLook& look);
 std::string change_since(const PointState& state, const SchedulePoint& point);
 
 /// "2026-03-14T09:26:53Z"

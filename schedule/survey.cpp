@@ -18,8 +18,10 @@ const char* name(PointStatus::Kind kind) {
     return kind_names.at(static_cast<std::size_t>(kind));
 }
 
-PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
-                      const FigureLimits& limits) {
+namespace {
+
+PointStatus look_at(const Schedule& schedule, const SchedulePoint& point,
+                    const FigureLimits& limits, InputLook& look) {
     if (point.skip) return {Kind::skipped, {}, {}};
     const std::filesystem::path folder = schedule.folder_of(point);
     PointStatus status{Kind::waiting, {}, read_state(folder)};
@@ -28,7 +30,7 @@ PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
         status.reason = std::move(holder);
     } else if (status.state) {
         const PointState& state = *status.state;
-        status.reason = change_since(state, point);
+        status.reason = change_since(state, point, look);
         if (state.outcome == PointState::Outcome::failed ||
             state.outcome == PointState::Outcome::aborted) {
             const bool failed = state.outcome == PointState::Outcome::failed;
@@ -47,10 +49,19 @@ PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
     return status;
 }
 
+}  // namespace
+
+PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
+                      const FigureLimits& limits) {
+    InputLook look;
+    return look_at(schedule, point, limits, look);
+}
+
 std::vector<PointStatus> survey(const Schedule& schedule, const FigureLimits& limits) {
     std::vector<PointStatus> statuses;
+    InputLook look;
     for (const SchedulePoint& point : schedule.points)
-        statuses.push_back(status_of(schedule, point, limits));
+        statuses.push_back(look_at(schedule, point, limits, look));
     return statuses;
 }
 

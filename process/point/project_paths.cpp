@@ -29,6 +29,7 @@ fs::path output_folder(const dataSetInterface& data) {
 fs::path without_detours(const fs::path& file) {
     std::error_code ignored;
     fs::path straight = file.lexically_normal();
+    if (straight == file) return file;
     // Behind a symbolic link ".." may lead elsewhere than the name tells.
     return !fs::exists(file, ignored) || fs::equivalent(file, straight, ignored) ? straight : file;
 }
