@@ -98,15 +98,15 @@ std::vector<const FigureInfo*> known_figures(const std::vector<PointStatus>& sta
     return known;
 }
 
-std::string thumbnail_in(const fs::path& folder, const std::string& point) {
+std::string thumbnail_in(const Schedule& schedule, const SchedulePoint& point) {
     constexpr std::size_t most_bytes = std::size_t{1} << 20;
     std::error_code ignored;
-    const fs::path file = folder / "thumbnail.png";
+    const fs::path file = schedule.folder_of(point) / "thumbnail.png";
     if (!fs::exists(file, ignored)) return {};
     try {
         const std::string bytes = read_file(file, most_bytes);
         const auto* const first = reinterpret_cast<const std::byte*>(bytes.data());
-        return html_picture({first, first + bytes.size()}, "field of " + point);
+        return html_picture({first, first + bytes.size()}, "field of " + point.name);
     } catch (const FileError&) {
         return {};  // removed meanwhile
     }
@@ -131,8 +131,7 @@ std::string link_in(const Schedule& schedule, const SchedulePoint& point) {
 
 std::string row_of(const Schedule& schedule, const SchedulePoint& point, const PointStatus& status,
                    const std::vector<const FigureInfo*>& figures, const FigureLimits& limits) {
-    std::string row = "<tr>" + cell("", "", thumbnail_in(schedule.folder_of(point), point.name)) +
-                      cell("", point.name, link_in(schedule, point)) +
+    std::string row = cell("", point.name, link_in(schedule, point)) +
                       cell("", point.group, xml_escaped(point.group)) +
                       cell(colour_of(status.kind), name(status.kind), name(status.kind));
     std::string remarks = xml_escaped(status.reason);
@@ -222,6 +221,8 @@ std::string limits_text(const FigureLimits& limits) {
 
 std::string index_page(const Schedule& schedule, const std::vector<PointStatus>& statuses,
                        const FigureLimits& limits) {
+    constexpr std::size_t most_thumbnails = 500;  // some ten kilobytes each
+    const bool with_thumbnails = statuses.size() <= most_thumbnails;
     const std::string title = "Run " + schedule.file.stem().string();
     const std::vector<const FigureInfo*> figures = known_figures(statuses);
     std::string html =
@@ -237,7 +238,11 @@ std::string index_page(const Schedule& schedule, const std::vector<PointStatus>&
         trends += trend(*figure, statuses, limits);
     if (!trends.empty())
         html += html_heading("Along the run") + "<div class=\"trends\">\n" + trends + "</div>\n";
-    html += html_heading("Points") + "<table>\n<thead><tr><th>field</th>";
+    html += html_heading("Points");
+    if (!with_thumbnails)
+        html += html_paragraph("Runs of more than " + std::to_string(most_thumbnails) +
+                               " points are shown without pictures; each point's page has them.");
+    html += std::string("<table>\n<thead><tr>") + (with_thumbnails ? "<th>field</th>" : "");
     for (const char* head : {"point", "group", "state"})
         html += std::string("<th><button type=\"button\">") + head + "</button></th>";
     for (const FigureInfo* figure : figures)
@@ -245,7 +250,9 @@ std::string index_page(const Schedule& schedule, const std::vector<PointStatus>&
                 "</button></th>";
     html += "<th><button type=\"button\">remarks</button></th></tr></thead>\n<tbody>\n";
     for (std::size_t i = 0; i < statuses.size(); ++i)
-        html += row_of(schedule, schedule.points[i], statuses[i], figures, limits);
+        html += "<tr>" +
+                (with_thumbnails ? cell("", "", thumbnail_in(schedule, schedule.points[i])) : "") +
+                row_of(schedule, schedule.points[i], statuses[i], figures, limits);
     return html + "</tbody>\n</table>\n" +
            html_paragraph(std::string("Made by VynLite ") + program_version + ".") + script +
            "</body>\n</html>\n";

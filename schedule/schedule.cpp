@@ -8,6 +8,7 @@
 
 #include <fnmatch.h>
 
+#include "api/image_io.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
@@ -79,6 +80,12 @@ class Reader {
             for (const std::string& cell : row.cells)
                 add_pattern_names(cell, variables);
         columns_ = resolve_columns(schedule_.table.heads, variables, schedule_.problems);
+        read_rows();
+        schedule_.columns = std::move(columns_);
+    }
+
+  private:
+    void read_rows() {
         for (std::size_t i = 0; i < columns_.size(); ++i)
             if (columns_[i].use == Use::point) point_column_ = i;
         if (point_column_ == columns_.size()) return;
@@ -92,7 +99,6 @@ class Reader {
             complain(0, {}, "the table has no points");
     }
 
-  private:
     void complain(int row, const std::string& column, const std::string& text) {
         schedule_.problems.push_back({row, column, text});
     }
@@ -225,9 +231,8 @@ class Reader {
                                         const std::vector<std::string>& cells,
                                         const BaseProject& base) const {
         for (std::size_t i = 0; i < columns_.size(); ++i)
-            if (columns_[i].head == name && !cells[i].empty()) return cells[i];
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-            if (columns_[i].head == name) return std::string();
+            if (columns_[i].head == name && (!cells[i].empty() || columns_[i].use != Use::setting))
+                return is_number(columns_[i]) ? with_decimal_point(cells[i]) : cells[i];
         std::vector<Problem> unread;
         const std::vector<Column> setting = resolve_columns({"point", name}, {}, unread);
         if (!unread.empty() || setting[1].use != Use::setting) return std::nullopt;
@@ -250,7 +255,7 @@ class Reader {
         point.group = cell_of(Use::group);
         point.base = base_of(row, cell_of(Use::base));
         if (!point.base) return;
-        std::string told = point.base->digest;
+        std::map<std::string, std::string> told;  // in an order that the columns do not decide
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             const Column& column = columns_[i];
             if (column.use == Use::skip) point.skip = read_flag(row, i, cells[i]);
@@ -266,20 +271,53 @@ class Reader {
                     point.saves.emplace_back(column.name, text);
                 else
                     add_setting(row, column, text, cells, point);
-                told.append("\n").append(column.name).append("=").append(text);
+                told[column.name] =
+                    column.use == Use::save ? text : format_setting(point.settings.back().second);
             } catch (const GenericError& error) {
                 complain(row.number, column.head, error.detail.empty() ? error.text : error.detail);
             }
         }
-        if (point.auto_markers) told += "\nauto_markers";
-        point.digest = text_digest(told);
+        if (!point.skip) check_saves(row, point);
+        point.digest = digest_of(point, told);
         schedule_.points.push_back(std::move(point));
+    }
+
+    static std::string digest_of(const SchedulePoint& point,
+                                 const std::map<std::string, std::string>& told) {
+        std::string text = point.base->digest;
+        for (const auto& [name, value] : told)
+            text.append("\n").append(name).append("=").append(value);
+        if (point.auto_markers) text += "\nauto_markers";
+        return text_digest(text);
+    }
+
+    static bool is_number(const Column& column) {
+        return column.use == Use::setting && find_key(column.name)->fallback.holds<double>();
+    }
+
+    /// What a point saves has a format, and no other file's name.
+    void check_saves(const TableRow& row, const SchedulePoint& point) {
+        for (const auto& [image, file] : point.saves) {
+            const auto column = std::ranges::find_if(columns_, [&name = image](const Column& one) {
+                return one.use == Use::save && one.name == name;
+            });
+            const ImageFormat* const format = get_2dio().by_extension(file);
+            if (!format || !format->info().can_write)
+                complain(row.number, column->head,
+                         "no format writes files named like " + in_quotes(file.string()));
+            const auto [first, is_new] = saved_.try_emplace(
+                (schedule_.results / file).lexically_normal(), row.number, column->head);
+            if (!is_new)
+                complain(row.number, column->head,
+                         in_quotes(file.string()) + " is written by row " +
+                             std::to_string(first->second.first) + ", too (column " +
+                             first->second.second + ")");
+        }
     }
 
     void add_setting(const TableRow& row, const Column& column, std::string text,
                      const std::vector<std::string>& cells, SchedulePoint& point) {
-        const KeyInfo& key = *find_key(column.name);
-        if (key.fallback.holds<double>())
+        if (is_number(column))
             text = in_base_unit(row, column, with_decimal_point(text), *point.base, cells);
         point.settings.emplace_back(column.name, parse_setting(column.name, text));
     }
@@ -290,6 +328,7 @@ class Reader {
     std::size_t point_column_ = 0;
     std::vector<Rule> rules_;
     std::map<std::string, int> names_;
+    std::map<fs::path, std::pair<int, std::string>> saved_;  ///< row and column of each file
     std::map<std::string, std::shared_ptr<const BaseProject>> bases_;
 };
 
@@ -310,6 +349,7 @@ Schedule read_schedule(const fs::path& file, const ScheduleOptions& options) {
 std::vector<Problem> missing_inputs(const Schedule& schedule) {
     std::vector<Problem> problems;
     std::map<std::string, bool> known;  // points share most of their files
+    std::set<std::string> told_of_base;
     const auto is_there = [&](const std::string& name, const fs::path& folder) {
         const auto [found, is_new] = known.try_emplace(name + '\n' + folder.string());
         if (is_new) found->second = !locate(name, folder).empty();
@@ -318,11 +358,21 @@ std::vector<Problem> missing_inputs(const Schedule& schedule) {
     for (const SchedulePoint& point : schedule.points) {
         if (point.skip) continue;
         const fs::path folder = point.base->file.parent_path();
-        for (const auto& [key, name] : named_inputs(point))
+        for (const auto& [key, name] : named_inputs(point)) {
             // A flat field may also lie beside its camera's file.
-            if (!key.ends_with("/flat_file") && !is_there(name, folder))
-                problems.push_back({point.row, std::string(key.substr(key.rfind('/') + 1)),
-                                    "there is no file " + name});
+            if (key.ends_with("/flat_file") || is_there(name, folder)) continue;
+            const auto own = std::ranges::find(point.settings, key, [](const auto& setting) {
+                return std::string_view(setting.first);
+            });
+            const auto column = std::ranges::find(schedule.columns, key, &Column::name);
+            if (own != point.settings.end() && column != schedule.columns.end())
+                problems.push_back({point.row, column->head, "there is no file " + name});
+            else if (told_of_base.insert(point.base->file.string() + '\n' + name).second)
+                problems.push_back({0,
+                                    {},
+                                    point.base->file.string() + " names " + name + " (" +
+                                        std::string(key) + "), which is not there"});
+        }
     }
     return problems;
 }

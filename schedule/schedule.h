@@ -8,6 +8,7 @@
 
 #include "core/any.h"
 #include "core/data_set.h"
+#include "schedule/columns.h"
 #include "schedule/problem.h"
 #include "schedule/table.h"
 
@@ -42,6 +43,7 @@ struct Schedule {
     std::filesystem::path results;  ///< folder; each point has one of its name in it
     std::string digest;             ///< of the table as it was read
     Table table;
+    std::vector<Column> columns;  ///< what the table's heads stand for
     std::vector<SchedulePoint> points;
     std::vector<Problem> problems;  ///< of the table; with one nothing is computed
 
@@ -64,11 +66,12 @@ struct ScheduleOptions {
 /// hold units: numbers are converted into those of the base project. Cells may be patterns (see
 /// expand_pattern) of the row's other cells, by head, and of settings, by their last names.
 ///
-/// Everything that is wrong is told at once, in `problems`. Raises FileError when the table itself
+/// Everything that is wrong is told at once, in `problems`; whether images can be saved under the
+/// names of the table, by the formats that are registered. Raises FileError when the table itself
 /// cannot be read.
 Schedule read_schedule(const std::filesystem::path& file, const ScheduleOptions& options = {});
 
-/// Input files that points name and that are not there. Looks at the disk.
+/// Input files that points name and that are not there, those of a base once. Looks at the disk.
 std::vector<Problem> missing_inputs(const Schedule& schedule);
 
 /// The points of these names; a name with "*" or "?" stands for all that match. Problems name what

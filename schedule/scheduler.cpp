@@ -93,7 +93,8 @@ class Scheduler {
         fs::create_directories(folder, failed);
         if (failed)
             throw FileError("Can't open file for writing!",
-                            folder.string() + ": " + failed.message());
+                            "results cannot be put into " + folder.string() + ": " +
+                                failed.message() + " (--results names another folder)");
     }
 
     bool may_start() {
@@ -128,7 +129,8 @@ class Scheduler {
         make_folder(folder);
         PointLock lock(folder);
         if (lock.state() == PointLock::State::impossible) {
-            problem_ = folder.string() + ": " + lock.holder();
+            problem_ = "results cannot be put into " + folder.string() + ": " + lock.holder() +
+                       " (--results names another folder)";
             return stop();
         }
         if (lock.state() == PointLock::State::taken)
