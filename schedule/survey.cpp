@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "api/parallel.h"
 #include "schedule/point_lock.h"
 
 namespace vyn {
@@ -58,10 +59,14 @@ PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
 }
 
 std::vector<PointStatus> survey(const Schedule& schedule, const FigureLimits& limits) {
-    std::vector<PointStatus> statuses;
-    InputLook look;
-    for (const SchedulePoint& point : schedule.points)
-        statuses.push_back(look_at(schedule, point, limits, look));
+    constexpr int block = 500;  // each has its own look at the inputs
+    std::vector<PointStatus> statuses(schedule.points.size());
+    Progress unseen;
+    parallel_rows(static_cast<int>(statuses.size()), block, unseen, [&](int first, int end) {
+        InputLook look;
+        for (auto i = static_cast<std::size_t>(first); i < static_cast<std::size_t>(end); ++i)
+            statuses[i] = look_at(schedule, schedule.points[i], limits, look);
+    });
     return statuses;
 }
 

@@ -36,7 +36,7 @@ inline bool is_good(PointStatus::Kind kind) {
 PointStatus status_of(const Schedule& schedule, const SchedulePoint& point,
                       const FigureLimits& limits);
 
-/// Of all points, in their order.
+/// Of all points, in their order; on several threads.
 std::vector<PointStatus> survey(const Schedule& schedule, const FigureLimits& limits);
 
 /// "57 done, 3 failed, ..." with what there is only.
