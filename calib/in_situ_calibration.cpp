@@ -48,6 +48,12 @@ paintFeatures record_of(const InSituFit& fit, const std::string& pressure_unit) 
     paint.pressure_unit = pressure_unit;
     for (std::size_t power = 0; power < fit.coefficients.size(); ++power)
         paint.gamma[power][0] = fit.coefficients[power];
+    if (fit.covariance) {
+        LawCovariance& covariance = paint.covariance.emplace();
+        for (std::size_t j = 0; j < fit.covariance->size(); ++j)
+            for (std::size_t k = 0; k < fit.covariance->size(); ++k)
+                covariance[3 * j][3 * k] = (*fit.covariance)[j][k];
+    }
     return paint;
 }
 
@@ -61,6 +67,12 @@ void log_result(const InSituFit& fit, const std::vector<CalibrationPoint>& point
                                             " gamma31=" + number(fit.coefficients[2]));
 }
 
+void log_constants(const HybridFit& fit) {
+    get_log().write(LogLevel::progress, std::string("Calibration of the project's law, \"") +
+                                            calibration_model_name(fit.model) +
+                                            "\": " + constants_text(fit));
+}
+
 }  // namespace
 
 InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& options) {
@@ -72,6 +84,16 @@ InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& option
             options.side < 1 ? "Average over an area of 1 pixel at least"
                              : "Look at the ports on the ratio image: each must be active, have a "
                                "pressure and lie on valid pixels");
+    if (options.model != CalibrationModel::polynomial) {
+        JointOutcome outcome = calibrate_jointly(
+            {{.name = {}, .samples = std::move(samples), .law = options.law}}, options);
+        if (!outcome.calibration)
+            return failed("Can't calculate calibration!", "Calibration: " + outcome.reason,
+                          outcome.reason, "Choose another model, or look at the ports");
+        InSituCalibration& calibration = outcome.calibration->points.front();
+        log_constants(*calibration.hybrid);
+        return {std::move(calibration), {}, {}};
+    }
     const int terms =
         static_cast<int>(std::min(static_cast<std::size_t>(options.terms), points.size()));
     get_log().write(

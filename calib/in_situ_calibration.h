@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "calib/hybrid_fit.h"
 #include "calib/in_situ_fit.h"
 #include "calib/paint.h"
 #include "calib/port_sampling.h"
@@ -13,13 +14,21 @@ struct InSituOptions {
     int terms = 3;                     ///< of the law, 1 to 3
     int side = 5;                      ///< of the square averaged around each port, pixels
     std::string pressure_unit = "pa";  ///< of the ports; written into the record
+    CalibrationModel model = CalibrationModel::polynomial;
+    double port_sigma = 0;  ///< of a port's pressure, in their unit; 0: not known
+    /// The law to be corrected, where the model is one of its constants.
+    std::optional<LawAtPoint> law = std::nullopt;
 };
 
 struct InSituCalibration {
     PortSamples samples;
-    InSituFit fit;  ///< has fewer terms than asked for when there are fewer points
-    /// A record of defaults with the law in its first column.
+    /// Has fewer terms than asked for when there are fewer points. Of a corrected law: as it stands
+    /// at the wind-on temperature, always 3.
+    InSituFit fit;
+    /// A record of defaults with the law in its first column; or the corrected law, which takes the
+    /// ratio as it is (fa = 1) and temperatures as before.
     paintFeatures paint;
+    std::optional<HybridFit> hybrid = std::nullopt;  ///< where constants were fitted
 };
 
 struct InSituOutcome {
@@ -43,5 +52,30 @@ InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio
 
 /// The same for points that were sampled before: the fit, the record and their log lines.
 InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& options);
+
+/// A test point of a joint calibration: its ports on its own ratio image. Pressures in the unit of
+/// the options; `options.law` does not count.
+struct SampledPoint {
+    std::string name;  ///< for the user
+    PortSamples samples;
+    std::optional<LawAtPoint> law = std::nullopt;  ///< where the model is one of its constants
+};
+
+struct JointCalibration {
+    /// In the order of the points: its own ports and residuals, and the record that it is computed
+    /// with, which differs from the others' in fa and so in temperatures at most.
+    std::vector<InSituCalibration> points;
+    /// The record that serves all points; nothing when their wind-off ratios differ.
+    std::optional<paintFeatures> common;
+};
+
+struct JointOutcome {
+    std::optional<JointCalibration> calibration;
+    std::string reason;  ///< why there is none, for the user
+};
+
+/// One law fitted to the ports of several points: a polynomial in the ratio, or the constants of
+/// the laboratory law that all points have. Raises AlgoError for options out of range.
+JointOutcome calibrate_jointly(std::vector<SampledPoint> points, const InSituOptions& options);
 
 }  // namespace vyn

@@ -8,6 +8,15 @@ namespace vyn {
 
 namespace {
 
+constexpr const char* covariance_key = "covariance";
+
+template <class Data>
+KeptCovariance kept_covariance(Data& data, const std::string& tree, const LawCoefficients& gamma) {
+    std::string text;
+    read_field(data, tree + covariance_key, text);
+    return parse_covariance(text, gamma);
+}
+
 template <class Data>
 void read_record(Data& data, const std::string& tree, paintFeatures& record) {
     for_each_calibration_field(record, [&](const PaintKey& key, auto& field) {
@@ -15,6 +24,7 @@ void read_record(Data& data, const std::string& tree, paintFeatures& record) {
     });
     for_each_test_field(record,
                         [&](const char* key, auto& field) { read_field(data, tree + key, field); });
+    record.covariance = kept_covariance(data, tree, record.gamma).covariance;
 }
 
 }  // namespace
@@ -50,6 +60,16 @@ void write(dataSetInterface& data, const std::string& tree, const paintFeatures&
     });
     for_each_test_field(
         record, [&](const char* key, const auto& field) { write_field(data, tree + key, field); });
+    write_field(
+        data, tree + covariance_key,
+        record.covariance ? format_covariance(record.gamma, *record.covariance) : std::string());
+}
+
+std::string covariance_problem(const dataSetInterface& data, const std::string& tree) {
+    paintFeatures record;
+    read_record(data, tree, record);
+    const std::string problem = kept_covariance(data, tree, record.gamma).problem;
+    return problem.empty() ? problem : tree + covariance_key + ": " + problem;
 }
 
 }  // namespace vyn

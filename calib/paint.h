@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 
+#include "calib/law_covariance.h"
 #include "calib/record_file.h"
 #include "core/data_set.h"
 
@@ -12,7 +14,7 @@ namespace vyn {
 /// power of the intensity ratio, column = power of the temperature; they yield pressures in
 /// `pressure_unit` from temperatures in `temperature_unit`.
 struct paintFeatures {
-    std::array<std::array<double, 3>, 3> gamma{};
+    LawCoefficients gamma{};
     std::string pressure_unit = "pa";
     double normalizing_pressure = 0;
     double minimal_pressure = 0;
@@ -29,6 +31,8 @@ struct paintFeatures {
     std::string dark_sens_file;
     std::string dark_refe_file;
     bool double_channel = false;
+    /// Of gamma; nothing where nobody knows it.
+    std::optional<LawCovariance> covariance = std::nullopt;
 
     bool operator==(const paintFeatures&) const = default;
 };
@@ -42,6 +46,11 @@ std::string& paint_file_version();
 
 /// Reads a "*.clb" file of any of the three versions; missing keys leave their fields unchanged. An
 /// unknown version leaves the record unchanged. Raises FileError when the file cannot be read.
+/// The covariance stands in a section of its own that readers of these versions pass over; one that
+/// cannot be right is left out, which the log tells and `covariance_problem`, where it is not null,
+/// with the name of the file.
+RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record,
+                                     std::string* covariance_problem);
 RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record);
 /// Writes version 2.5 when the file read last was one, else 2.51; atomically. Raises FileError.
 RecordOutcome write_paint_calibration(const std::string& path, const paintFeatures& record);
@@ -51,5 +60,9 @@ RecordOutcome write_paint_calibration(const std::string& path, const paintFeatur
 void read(dataSetInterface& data, const std::string& tree, paintFeatures& record);
 void read(const dataSetInterface& data, const std::string& tree, paintFeatures& record);
 void write(dataSetInterface& data, const std::string& tree, const paintFeatures& record);
+
+/// What keeps the covariance under the sub-tree's key "covariance" from being the law's, for the
+/// user, naming the key; empty when there is one or none is kept. Records are read without it then.
+std::string covariance_problem(const dataSetInterface& data, const std::string& tree);
 
 }  // namespace vyn

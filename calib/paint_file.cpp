@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <iostream>
+#include <sstream>
 
 #include "calib/paint.h"
 #include "calib/paint_fields.h"
@@ -15,6 +17,41 @@ constexpr const char* unversioned_section = "Calibration";
 constexpr const char* section_2_5 = "Calibr";
 constexpr const char* section_2_51 = "paint";
 constexpr const char* test_section = "test";
+constexpr const char* covariance_section = "covariance";
+/// Of the coefficients that the covariance belongs to, then of its rows.
+constexpr const char* covariance_keys[] = {"law",     "gamma11", "gamma12", "gamma13", "gamma21",
+                                           "gamma22", "gamma23", "gamma31", "gamma32", "gamma33"};
+
+/// A file without such a section has a law without covariance.
+std::string read_covariance(const IniFile& ini, paintFeatures& record) {
+    std::string text;
+    for (const char* key : covariance_keys)
+        text += ini.get(covariance_section, key, "") + ' ';
+    KeptCovariance kept = parse_covariance(text, record.gamma);
+    record.covariance = kept.covariance;
+    if (kept.problem.empty()) return {};
+    return ini.file_name().string() + ": the section [" + covariance_section +
+           "] is not used, and the law's uncertainty is not known: " + kept.problem;
+}
+
+void write_covariance(IniFile& ini, const paintFeatures& record) {
+    if (!record.covariance) {
+        if (ini.has_section(covariance_section)) ini.remove_section(covariance_section);
+        return;
+    }
+    std::string text = format_covariance(record.gamma, *record.covariance);
+    std::ranges::replace(text, '.', ',');
+    std::istringstream words(text);
+    for (const char* key : covariance_keys) {
+        std::string line;
+        for (int i = 0; i < 9; ++i) {
+            std::string word;
+            words >> word;
+            line += (i > 0 ? " " : "") + word;
+        }
+        ini.set(covariance_section, key, line);
+    }
+}
 
 void read_old_format(const IniFile& ini, const char* section, paintFeatures& record) {
     for_each_calibration_field(record, [&](const PaintKey& key, auto& field) {
@@ -60,6 +97,11 @@ std::string& paint_file_version() {
 }
 
 RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record) {
+    return read_paint_calibration(path, record, nullptr);
+}
+
+RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record,
+                                     std::string* covariance_problem) {
     if (path.empty()) return RecordOutcome::no_path;
     IniFile ini;
     ini.open(path, IniFile::Mode::read_only);
@@ -80,7 +122,11 @@ RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& rec
         get_log().write(LogLevel::progress, path + ": Unknown file version " + version);
         return RecordOutcome::unknown_version;
     }
-    return ini.has_section(section) ? RecordOutcome::done : RecordOutcome::no_record;
+    if (!ini.has_section(section)) return RecordOutcome::no_record;
+    const std::string problem = read_covariance(ini, record);
+    if (!problem.empty()) get_log().write(LogLevel::error, problem);
+    if (covariance_problem) *covariance_problem = problem;
+    return RecordOutcome::done;
 }
 
 RecordOutcome write_paint_calibration(const std::string& path, const paintFeatures& record) {
@@ -92,6 +138,7 @@ RecordOutcome write_paint_calibration(const std::string& path, const paintFeatur
             write_2_5(ini, record);
         else
             write_2_51(ini, record);
+        write_covariance(ini, record);
     });
     return RecordOutcome::done;
 }

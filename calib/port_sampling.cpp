@@ -29,18 +29,29 @@ std::vector<int> covered(double position, int side, int size) {
     return indices;
 }
 
-std::optional<double> mean_around(const image& ratio, const Marker& port, int side) {
+struct Mean {
+    double value = 0;
+    double sigma = 0;  ///< from the scatter of the pixels
+};
+
+std::optional<Mean> mean_around(const image& ratio, const Marker& port, int side) {
     const std::vector<int> columns = covered(port.x, side, ratio.width());
     double sum = 0;
-    std::int64_t count = 0;
+    std::vector<double> values;
     for (const int y : covered(port.y, side, ratio.height()))
         for (const int x : columns) {
             if (ratio.mask()(x, y) != 0) continue;
-            sum += static_cast<double>(ratio.values()(x, y));
-            ++count;
+            values.push_back(static_cast<double>(ratio.values()(x, y)));
+            sum += values.back();
         }
-    if (count == 0) return std::nullopt;
-    return sum / static_cast<double>(count);
+    if (values.empty()) return std::nullopt;
+    const double count = static_cast<double>(values.size());
+    Mean mean{sum / count};
+    double squares = 0;
+    for (const double value : values)
+        squares += (value - mean.value) * (value - mean.value);
+    if (count > 1) mean.sigma = std::sqrt(squares / (count - 1) / count);
+    return mean;
 }
 
 /// Why the port has no mean.
@@ -88,15 +99,15 @@ PortSamples sample_ports(const image& ratio, const MarkerSet& ports, int side) {
     PortSamples samples;
     for (const Marker& port : ports.markers) {
         if (!port.active) continue;
-        const std::optional<double> mean = mean_around(ratio, port, side);
+        const std::optional<Mean> mean = mean_around(ratio, port, side);
         if (!mean)
             samples.left_out.push_back(label(port) + no_mean(ratio, port, side));
-        else if (!std::isfinite(*mean))
+        else if (!std::isfinite(mean->value))
             samples.left_out.push_back(label(port) + ": the value there is no finite number");
         else if (!std::isfinite(port.f))
             samples.left_out.push_back(label(port) + ": its pressure is no finite number");
         else
-            samples.points.push_back({*mean, port.f, port.id});
+            samples.points.push_back({mean->value, port.f, port.id, mean->sigma});
     }
     return samples;
 }

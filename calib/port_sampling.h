@@ -13,6 +13,7 @@ struct CalibrationPoint {
     double ratio = 0;         ///< mean of the ratio image around the port
     double pressure = 0;      ///< measured at the port
     std::int32_t number = 0;  ///< of the port's marker
+    double ratio_sigma = 0;   ///< standard error of that mean; 0 of a single pixel
 };
 
 struct PortSamples {

@@ -7,10 +7,6 @@
 
 namespace vyn {
 
-/// Covariance of the law's nine coefficients, in the order gamma[0][0], gamma[0][1], ...; in the
-/// units of the law.
-using LawCovariance = std::array<std::array<double, 9>, 9>;
-
 /// Standard deviations of what enters the law, in the paint's units.
 struct ConditionSigmas {
     double wind_on_t = 0;

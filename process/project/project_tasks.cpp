@@ -15,6 +15,7 @@
 #include "process/project/ims.h"
 #include "process/report/provenance.h"
 #include "process/steps/image_origin.h"
+#include "process/steps/port_point.h"
 
 namespace vyn {
 
@@ -192,24 +193,19 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     return TaskOutcome::done;
 }
 
-void StoreLawTask::store(dataSetInterface& data) const {
-    write(data, std::string(keys::sens_paint), record_);
-    write(data, keys::convert_wind_off_ratio, wind_off_ratio_);
-}
-
 TaskOutcome StoreLawTask::run(TaskContext& context) {
     const std::string name = file_.string();
     context.status("Storing the paint calibration:" + name);
     simpleNamedDataSet data;
     if (!is_container(file_)) {
         load_xml(data, name.c_str());
-        store(data);
+        store_calibration(data, calibration_, wind_off_ratio_);
         save_xml(data, name.c_str());
         return TaskOutcome::done;
     }
     ImsData ims = read_ims_data(file_, context);
     from_xml(data, ims.project, name);
-    store(data);
+    store_calibration(data, calibration_, wind_off_ratio_);
     ds2ims(data, ims);
     write_ims_strings(file_, ims, context);
     return TaskOutcome::done;

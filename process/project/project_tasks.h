@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "calib/paint.h"
+#include "calib/in_situ_calibration.h"
 #include "core/any.h"
 #include "core/data_set.h"
 #include "core/task.h"
@@ -75,21 +75,20 @@ class WriteProjectTask final : public Task {
     std::filesystem::path file_;
 };
 
-/// Puts a law fitted to ports into a project file or container: the paint record, and whether the
-/// field is computed with fa = 1 ("unity") or by the law ("law"). Everything else stays as it is.
+/// Puts a law fitted to ports into a project file or container (`store_calibration`). Everything
+/// else stays as it is.
 class StoreLawTask final : public Task {
   public:
-    StoreLawTask(std::filesystem::path file, paintFeatures record, std::string wind_off_ratio)
+    StoreLawTask(std::filesystem::path file, InSituCalibration calibration,
+                 std::string wind_off_ratio)
         : file_(std::move(file)),
-          record_(std::move(record)),
+          calibration_(std::move(calibration)),
           wind_off_ratio_(std::move(wind_off_ratio)) {}
     TaskOutcome run(TaskContext& context) override;
 
   private:
-    void store(dataSetInterface& data) const;
-
     std::filesystem::path file_;
-    paintFeatures record_;
+    InSituCalibration calibration_;
     std::string wind_off_ratio_;
 };
 

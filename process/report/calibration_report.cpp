@@ -86,6 +86,32 @@ std::string unit_remark(const CalibrationReport& report) {
            law_unit + ": the field will be wrong unless the ports are given in pascal";
 }
 
+/// Of a corrected law.
+void add_hybrid_remarks(const CalibrationReport& report, std::vector<std::string>& remarks) {
+    const HybridFit& fit = *report.calibration.hybrid;
+    if (report.options.port_sigma == 0)
+        remarks.emplace_back(
+            "The ports' own standard deviation is 0, not known: all ports weigh alike, and only "
+            "their residuals tell how sure the constants are");
+    constexpr double light = 0.5;
+    if (report.name.empty())
+        for (std::size_t i = 0; i < fit.weights.size(); ++i)
+            if (fit.weights[i] < light)
+                remarks.push_back("Port " +
+                                  std::to_string(report.calibration.samples.points[i].number) +
+                                  " does not fit the others: it counts " +
+                                  format_general(100 * fit.weights[i], 2) + " %");
+    if (fit.sigmas.empty())
+        remarks.emplace_back(
+            "There are as many constants as ports: nothing can be said of their error");
+    else
+        remarks.push_back("The law's covariance holds the error of the wind-on temperature, too; " +
+                          std::string(keys::uncertainty_t_on_sigma.path) +
+                          " becomes 0 where the law is stored");
+    remarks.push_back("The law holds the wind-off ratio and takes the ratio as it is: " +
+                      std::string(keys::convert_wind_off_ratio.path) + " is \"unity\"");
+}
+
 std::vector<std::string> remarks_of(const CalibrationReport& report) {
     const InSituCalibration& calibration = report.calibration;
     const std::size_t ports = calibration.samples.points.size();
@@ -93,6 +119,10 @@ std::vector<std::string> remarks_of(const CalibrationReport& report) {
     std::vector<std::string> remarks;
     for (const std::string& port : calibration.samples.left_out)
         remarks.push_back("Left out: " + port);
+    if (calibration.hybrid) {
+        add_hybrid_remarks(report, remarks);
+        return remarks;
+    }
     if (terms < report.options.terms)
         remarks.push_back(
             "Only " + std::to_string(ports) + " of " + std::to_string(report.options.terms) +
@@ -117,6 +147,26 @@ std::vector<std::string> remarks_of(const CalibrationReport& report) {
         remarks.push_back("A wind-off ratio of " + number(fa) +
                           " is far from 1; check project/flow/wind_off_p and the pressure units");
     return remarks;
+}
+
+std::string law_text(const InSituCalibration& calibration) {
+    if (!calibration.hybrid) return "P = gamma11 + gamma21 R + gamma31 R^2";
+    const char* form = "";
+    switch (calibration.hybrid->model) {
+        case CalibrationModel::ratio_gain:
+            form = "P = law(k fa R, T)";
+            break;
+        case CalibrationModel::offset_gain:
+            form = "P = offset + gain law(fa R, T)";
+            break;
+        case CalibrationModel::temperature:
+            form = "P = law(fa R, T + degrees)";
+            break;
+        case CalibrationModel::polynomial:
+            break;
+    }
+    return std::string(form) + ", " + constants_text(*calibration.hybrid) +
+           "\n               at the wind-on temperature P = gamma11 + gamma21 R + gamma31 R^2";
 }
 
 double standard_error(const InSituFit& fit, std::size_t coefficient) {
@@ -155,6 +205,17 @@ json port_json(const InSituCalibration& calibration) {
     return ports;
 }
 
+json constants_json(const std::optional<HybridFit>& fit) {
+    if (!fit) return nullptr;
+    const HybridConstants& constants = fit->constants;
+    json values = json::object();
+    if (fit->model == CalibrationModel::ratio_gain) values["k"] = constants.ratio_gain;
+    if (fit->model == CalibrationModel::temperature) values["degrees"] = constants.degrees;
+    if (fit->model == CalibrationModel::offset_gain)
+        values = {{"offset", constants.offset}, {"gain", constants.gain}};
+    return {{"values", std::move(values)}, {"standard_errors", fit->sigmas}};
+}
+
 /// The rows and columns of the fitted terms.
 json covariance_json(const InSituFit& fit) {
     if (!fit.covariance) return nullptr;
@@ -191,8 +252,8 @@ std::string to_text(const CalibrationReport& report) {
     std::string text = "ports          " + std::to_string(points.size()) + " of " +
                        std::to_string(ports) + ", ratio averaged over " +
                        std::to_string(report.options.side) + " x " +
-                       std::to_string(report.options.side) + " pixels\n" +
-                       "law            P = gamma11 + gamma21 R + gamma31 R^2\n";
+                       std::to_string(report.options.side) + " pixels\n" + "law            " +
+                       law_text(report.calibration) + "\n";
     for (std::size_t k = 0; k < static_cast<std::size_t>(fit.terms); ++k) {
         text += std::string(coefficient_names[k]) + "        " + number(fit.coefficients[k]);
         if (fit.covariance) text += "  +- " + format_general(standard_error(fit, k), 3);
@@ -233,7 +294,25 @@ json to_json(const CalibrationReport& report) {
             {"fa", ratio_used(report)},
             {"fa_by_law", report.conversion.conversion.wind_off_ratio},
             {"ports", port_json(report.calibration)},
+            {"model", calibration_model_name(report.options.model)},
+            {"constants", constants_json(report.calibration.hybrid)},
             {"remarks", report.remarks}};
+}
+
+std::string to_text(const std::vector<CalibrationReport>& points) {
+    std::string text;
+    for (const CalibrationReport& point : points)
+        text += (text.empty() ? "" : "\n") + point.name + "\n" + to_text(point);
+    return text;
+}
+
+json to_json(const std::vector<CalibrationReport>& points) {
+    json list = json::array();
+    for (const CalibrationReport& point : points) {
+        list.push_back(to_json(point));
+        list.back()["project"] = point.name;
+    }
+    return list;
 }
 
 std::string results_file(const std::vector<CalibrationPoint>& points) {

@@ -14,6 +14,7 @@ namespace vyn {
 
 /// An in-situ calibration with what it means for the field of its project.
 struct CalibrationReport {
+    std::string name;  ///< of the project, where there are several
     std::string port_file;
     InSituOptions options;  ///< as asked for
     InSituCalibration calibration;
@@ -27,6 +28,10 @@ struct CalibrationReport {
 CalibrationReport report_calibration(const dataSetInterface& data, const imagesList& images,
                                      std::string port_file, const InSituOptions& options,
                                      InSituCalibration calibration);
+
+/// Of several points with one law: the ports of each, with its residuals.
+std::string to_text(const std::vector<CalibrationReport>& points);
+nlohmann::json to_json(const std::vector<CalibrationReport>& points);
 
 /// As a table for reading.
 std::string to_text(const CalibrationReport& report);

@@ -249,7 +249,12 @@ void gather_law(const StepRun& run, const SigmaSettings& settings, UncertainPoin
     for (double* sigma :
          {&point.conditions.wind_off_p, &point.conditions.static_p, &point.conditions.dynamic_p})
         *sigma *= prepared.pressure_factor;
-    point.law = law_variance(prepared, point.conditions, std::nullopt, settings.law_relative);
+    const std::string problem = covariance_problem(run.session.data, std::string(keys::sens_paint));
+    if (!problem.empty())
+        warn(run.report, WarningKind::conditions,
+             problem + "; the uncertainty of the field is without that of the law");
+    point.law =
+        law_variance(prepared, point.conditions, prepared.paint.covariance, settings.law_relative);
 }
 
 /// Of settings that may be constant or not.
@@ -307,6 +312,8 @@ StepFacts uncertainty_facts(const StepView& view) {
     facts.takes.push_back({.name = names::displacement_sigma,
                            .need = StepImage::Need::if_there,
                            .use = StepImage::Use::behind});
+    if (read(data, keys::convert_field) != "Irefe_Isens")
+        settings.add(keys::sens_paint, {"covariance"});
     facts.settings = settings.take();
     for (std::string& path : setting_paths().take())
         facts.settings.push_back(std::move(path));

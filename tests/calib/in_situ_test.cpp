@@ -292,6 +292,11 @@ TEST(InSituCalibration, MakesARecordAndTellsEachStep) {
     expected.pressure_unit = "torr";
     expected.gamma[0][0] = paint.gamma[0][0];
     expected.gamma[1][0] = paint.gamma[1][0];
+    ASSERT_TRUE(paint.covariance) << "of three ports and two terms";
+    EXPECT_EQ((*paint.covariance)[0][3], (*outcome.calibration->fit.covariance)[0][1]);
+    EXPECT_EQ((*paint.covariance)[3][3], (*outcome.calibration->fit.covariance)[1][1]);
+    EXPECT_EQ((*paint.covariance)[1][1], 0);
+    expected.covariance = paint.covariance;
     EXPECT_EQ(paint, expected);
     EXPECT_NEAR(paint.gamma[0][0], 1, 1e-9);
     EXPECT_NEAR(paint.gamma[1][0], 1, 1e-12);

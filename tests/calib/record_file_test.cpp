@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <gmock/gmock.h>
 
 #include "calib/camera.h"
@@ -101,6 +103,64 @@ TEST_F(PaintFile, WhatCannotBeReadLeavesItsFields) {
     EXPECT_EQ(paint.gamma[0][0], 1.5);
     paint.gamma[0][0] = 11;
     EXPECT_EQ(paint, sample()) << "only the coefficient and the channels changed";
+}
+
+/// gamma11 and gamma22 with a correlation of -0.5.
+paintFeatures with_covariance() {
+    paintFeatures paint = sample();
+    LawCovariance& covariance = paint.covariance.emplace();
+    covariance[0][0] = 0.1;
+    covariance[4][4] = 1e-20 / 3;
+    covariance[0][4] = covariance[4][0] = -0.5 * std::sqrt(0.1 * covariance[4][4]);
+    return paint;
+}
+
+TEST_F(PaintFile, KeepsACovarianceBesideTheLawOfEveryVersion) {
+    for (const char* version : {"2.51", "2.5"}) {
+        paint_file_version() = version;
+        const std::string text = rewritten("", with_covariance());
+        EXPECT_EQ(text.substr(0, text.find("[covariance]")),
+                  version == std::string("2.51") ? sample_2_51 : sample_2_5);
+        paintFeatures paint;
+        EXPECT_EQ(read(text, paint), RecordOutcome::done);
+        ASSERT_TRUE(paint.covariance);
+        for (std::size_t j = 0; j < 9; ++j)
+            for (std::size_t k = 0; k < 9; ++k)
+                EXPECT_DOUBLE_EQ((*paint.covariance)[j][k], (*with_covariance().covariance)[j][k]);
+        EXPECT_EQ(read(version == std::string("2.51") ? sample_2_51 : sample_2_5, paint),
+                  RecordOutcome::done);
+        EXPECT_FALSE(paint.covariance) << "that of another file";
+        paint_file_version() = version;
+        EXPECT_EQ(rewritten(text, paint).find("covariance"), std::string::npos);
+    }
+}
+
+TEST_F(PaintFile, RefusesACovarianceThatCannotBeRightAndKeepsTheLaw) {
+    const std::string whole = rewritten("", with_covariance());
+    const auto with = [&](const std::string& from, const std::string& to) {
+        std::string text = whole;
+        EXPECT_NE(text.find(from), std::string::npos) << from;
+        return text.replace(text.find(from), from.size(), to);
+    };
+    const std::pair<std::string, const char*> cases[] = {
+        {with("gamma11=0,1 0", "gamma11=0,1 1e-3"), "not symmetric"},
+        {with("gamma11=0,1 ", "gamma11=0,02 "), "negative eigenvalue"},
+        {with("gamma11=0,1 ", "gamma11=-0,1 "), "negative"},
+        {with("gamma11=0,1 ", "gamma11=nan "), "no"},
+        {with("gamma11=0,1 ", "gamma11=x "), "\"x\" is no number"},
+        {with("gamma11=0,1 ", "gamma11="), "81 entries"},
+        {with("gamma21=21", "gamma21=21,5"), "other coefficients"},
+    };
+    for (const auto& [text, why] : cases) {
+        test::put_file(path(), text);
+        paintFeatures paint = with_covariance();
+        std::string problem;
+        EXPECT_EQ(read_paint_calibration(path(), paint, &problem), RecordOutcome::done);
+        EXPECT_FALSE(paint.covariance) << why;
+        EXPECT_EQ(paint.gamma[2][2], sample().gamma[2][2]);
+        EXPECT_THAT(problem, testing::HasSubstr(path()));
+        EXPECT_THAT(problem, testing::HasSubstr(why));
+    }
 }
 
 TEST(CameraFile, ByteForByteAndBackAndMissingKeys) {

@@ -34,8 +34,10 @@ void fill(dataSetInterface& data, const std::string& tree, Values values) {
             data.write(key.path, n);
         else if (key.allowed.kind == Allowed::Kind::list)
             data.write(key.path, std::string(key.allowed.list.back()));
-        else
+        else if (!key.path.ends_with("covariance"))  // kept only where it is the coefficients' own
             data.write(key.path, "text " + std::to_string(n));
+        else
+            data.write(key.path, std::string());
     }
 }
 
@@ -67,6 +69,25 @@ TEST(Records, FieldsAndDefaultsAreThoseOfTheKeyTable) {
     expect_fields_are_the_keys_of<cameraFeatures>(keys::refe_camera);
     expect_fields_are_the_keys_of<paintFeatures>(keys::sens_paint);
     expect_fields_are_the_keys_of<flowFeatures>(keys::flow);
+}
+
+TEST(Records, ACovarianceGoesWithTheCoefficientsThatItBelongsTo) {
+    const std::string tree(keys::sens_paint);
+    paintFeatures paint;
+    paint.gamma = {{{-13000, 35, 0.1}, {93000, 210, -0.3}, {18000, -40, 0.2}}};
+    paint.covariance.emplace()[1][1] = 1.0 / 3;
+    simpleNamedDataSet data;
+    write(data, tree, paint);
+    paintFeatures back;
+    read(data, tree, back);
+    EXPECT_EQ(back, paint);
+    EXPECT_EQ(covariance_problem(data, tree), "");
+    data.write(tree + "gamma11", -13001.0);
+    read(data, tree, back);
+    EXPECT_FALSE(back.covariance);
+    EXPECT_THAT(covariance_problem(data, tree),
+                testing::AllOf(testing::StartsWith("project/sens_paint/covariance: "),
+                               testing::HasSubstr("other coefficients")));
 }
 
 TEST(Records, ChangeOfUnitsTakesTolerancesAsDifferences) {
