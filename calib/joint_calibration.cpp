@@ -48,6 +48,20 @@ void fill_law(const paintFeatures& paint, double temperature, InSituFit& fit) {
             covariance[j / 3][k / 3] += powers[j % 3] * powers[k % 3] * (*paint.covariance)[j][k];
 }
 
+/// The constants with what is the point's own.
+HybridFit share_of(const HybridFit& fit, std::size_t point, std::size_t first,
+                   const InSituFit& own) {
+    const auto begin = fit.weights.begin() + static_cast<std::ptrdiff_t>(first);
+    return {.model = fit.model,
+            .constants = fit.constants,
+            .sigmas = fit.sigmas,
+            .residuals = own.residuals,
+            .leave_one_out = own.leave_one_out,
+            .weights = {begin, begin + static_cast<std::ptrdiff_t>(own.residuals.size())},
+            .laws = {fit.laws[point]},
+            .covariances = {fit.covariances[point]}};
+}
+
 JointOutcome correct_law(std::vector<SampledPoint> sampled, const InSituOptions& options) {
     std::vector<HybridPoint> points;
     for (SampledPoint& point : sampled) {
@@ -66,12 +80,13 @@ JointOutcome correct_law(std::vector<SampledPoint> sampled, const InSituOptions&
     bool one_law = true;
     for (std::size_t j = 0; j < points.size(); ++j) {
         const PreparedConversion& prepared = points[j].law.conversion;
-        InSituCalibration calibration{std::move(sampled[j].samples), {}, prepared.paint, fit};
+        InSituCalibration calibration{std::move(sampled[j].samples), {}, prepared.paint, {}};
         calibration.paint.gamma = fit.laws[j];
         calibration.paint.covariance = fit.covariances[j];
         const std::size_t count = calibration.samples.points.size();
         fill_errors(fit.residuals, fit.leave_one_out, first, count, constants, calibration.fit);
         fill_law(calibration.paint, prepared.flow_in_paint_units.wind_on_t, calibration.fit);
+        calibration.hybrid = share_of(fit, j, first, calibration.fit);
         first += count;
         const double fa = prepared.conversion.wind_off_ratio;
         one_law =

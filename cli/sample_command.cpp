@@ -127,6 +127,17 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
         ->excludes(binary)
         ->excludes("--lifetime")
         ->excludes("--bend");
+    const std::vector<CLI::Option*> of_paint{
+        app.add_option("--ratio-gain", point.ratio_gain,
+                       "the pictures' ratio over that of the paint in paint.clb")
+            ->capture_default_str(),
+        app.add_option("--warmer", point.warmer,
+                       "degrees by which the model is warmer with wind than the project says"),
+        app.add_option(
+            "--ports", point.ports,
+            "how many ports there are, those with the lowest pressures; all 20 by default"),
+        app.add_option("--port-noise", point.port_noise,
+                       "standard deviation of the ports' pressures, pascal")};
     CLI::Option* const mesh =
         app.add_flag("--mesh", options->mesh,
                      "a model in space: a wing on a body, its mesh, markers on it, and cameras "
@@ -135,6 +146,8 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
             ->excludes("--lifetime")
             ->excludes("--points")
             ->excludes("--bend");
+    for (CLI::Option* const option : of_paint)
+        mesh->excludes(option);
     app.add_option("--mesh-nodes", options->model.mesh_nodes, "nodes of the mesh, about")
         ->needs(mesh)
         ->capture_default_str();

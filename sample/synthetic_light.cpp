@@ -42,9 +42,9 @@ double first_gate(double gate_ratio) {
 
 }  // namespace
 
-PaintResponse::PaintResponse(const paintFeatures& paint, const flowFeatures& flow)
+PaintResponse::PaintResponse(const paintFeatures& paint, const flowFeatures& flow, double gain)
     : law_(law_at(paint, flow.wind_on_t)),
-      wind_off_ratio_(wind_off_ratio(paint, flow.wind_off_t, flow.wind_off_p).value) {}
+      wind_off_ratio_(wind_off_ratio(paint, flow.wind_off_t, flow.wind_off_p).value / gain) {}
 
 double PaintResponse::ratio(double pressure) const {
     const double discriminant = law_.b * law_.b - 4 * law_.c * (law_.a - pressure);

@@ -12,7 +12,8 @@ namespace vyn {
 /// wind-on.
 class PaintResponse {
   public:
-    PaintResponse(const paintFeatures& paint, const flowFeatures& flow);
+    /// `gain`: the ratio over that of the law.
+    PaintResponse(const paintFeatures& paint, const flowFeatures& flow, double gain = 1);
     double ratio(double pressure) const;
     double pressure(double ratio) const;
 

@@ -21,6 +21,10 @@ constexpr int largest_side = 16384;
 constexpr double strongest_distortion = 0.2;
 constexpr double most_bending = 4;  // pixels
 constexpr int first_port_number = 101;
+constexpr int most_ports = 20;
+constexpr std::uint64_t port_stream = 0x706f727473;  // of the ports' errors
+constexpr double most_gain = 2;
+constexpr double most_warmer = 20;  // degrees
 constexpr int row_block = 8;
 
 /// A field in the point's quantity from pressure and ratio at each place, excluded off the model.
@@ -68,12 +72,18 @@ void place_truth_markers(const SyntheticScene& scene, SyntheticPoint& point) {
         point.truth_markers.markers.push_back(marker_at(dot, ++number));
     point.ports.hasF = true;
     point.ports.functionName = std::string("P");
-    number = first_port_number;
-    for (const Point& port : scene.ports()) {
-        Marker marker = marker_at(port, number++);
-        marker.f = scene.pressure(port);
+    for (std::size_t i = 0; i < scene.ports().size(); ++i) {
+        Marker marker = marker_at(scene.ports()[i], number++);
+        marker.f = scene.pressure(scene.ports()[i]) +
+                   point.options.port_noise * hashed_normal(point.options.seed, port_stream, i);
         point.ports.markers.push_back(marker);
     }
+    std::vector<Marker>& ports = point.ports.markers;
+    const auto wanted = static_cast<std::size_t>(point.options.ports);
+    if (wanted == 0 || wanted >= ports.size()) return;
+    std::ranges::sort(ports, {}, &Marker::f);
+    ports.resize(wanted);
+    std::ranges::sort(ports, {}, &Marker::id);
 }
 
 /// Gate 1 has the camera of gate 2.
@@ -97,6 +107,17 @@ std::string problem_of(const SyntheticOptions& options) {
     if (!(options.bending >= 0 && options.bending <= most_bending))
         return "a bending of " + format_double(options.bending) + " pixels: 0 to " +
                format_double(most_bending) + " are possible";
+    if (!(options.ratio_gain >= 1 / most_gain && options.ratio_gain <= most_gain))
+        return "a gain of the ratio of " + format_double(options.ratio_gain) +
+               ": 0.5 to 2 are possible";
+    if (!(std::abs(options.warmer) <= most_warmer))
+        return format_double(options.warmer) + " degrees warmer: -20 to 20 are possible";
+    if (options.ports < 0 || options.ports > most_ports)
+        return std::to_string(options.ports) + " ports: 1 to " + std::to_string(most_ports) +
+               " are possible";
+    if (!(options.port_noise >= 0 && options.port_noise <= SyntheticScene::static_pressure))
+        return "a standard deviation of the ports of " + format_double(options.port_noise) +
+               " Pa is not possible";
     const Distortion lens = signal_camera(options).lens;
     const double half_diagonal = 0.5 * std::hypot(options.width, options.height);
     const double r2 = half_diagonal * half_diagonal;
@@ -127,7 +148,9 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
     const SyntheticScene scene(
         options.width, options.height, options.seed,
         options.bending == 0 ? SyntheticScene::Surface::plain : SyntheticScene::Surface::speckled);
-    const PaintResponse response(point.paint, point.flow);
+    flowFeatures real_flow = point.flow;
+    real_flow.wind_on_t += options.warmer;
+    const PaintResponse response(point.paint, real_flow, options.ratio_gain);
     const SyntheticLights lights = lights_of(options, scene, response);
     const bool two = options.channels != SyntheticOptions::Channels::single;
     SubProgress signal(progress, 0, two ? 0.45 : 0.9);

@@ -42,6 +42,15 @@ struct SyntheticOptions {
     double noise_variance = 1;  ///< factor on the variance of that noise
     /// Of a binary or lifetime point the lamp moves between wind-off and wind-on.
     Channels channels = Channels::single;
+    /// The pictures' ratio over the one that paint.clb says: a paint, or a light, that is not the
+    /// laboratory's. 0.5 to 2.
+    double ratio_gain = 1;
+    /// By which the model is warmer with wind than the project says, degrees; -20 to 20.
+    double warmer = 0;
+    /// How many ports there are, those with the lowest pressures: the others' pressures lie beyond
+    /// what they tell. 0: all 20.
+    int ports = 0;
+    double port_noise = 0;  ///< standard deviation of the ports' pressures, pascal
 };
 
 /// What is wrong with the options, for the user; empty when they are sound.

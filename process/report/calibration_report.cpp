@@ -94,13 +94,12 @@ void add_hybrid_remarks(const CalibrationReport& report, std::vector<std::string
             "The ports' own standard deviation is 0, not known: all ports weigh alike, and only "
             "their residuals tell how sure the constants are");
     constexpr double light = 0.5;
-    if (report.name.empty())
-        for (std::size_t i = 0; i < fit.weights.size(); ++i)
-            if (fit.weights[i] < light)
-                remarks.push_back("Port " +
-                                  std::to_string(report.calibration.samples.points[i].number) +
-                                  " does not fit the others: it counts " +
-                                  format_general(100 * fit.weights[i], 2) + " %");
+    for (std::size_t i = 0; i < fit.weights.size(); ++i)
+        if (fit.weights[i] < light)
+            remarks.push_back("Port " +
+                              std::to_string(report.calibration.samples.points[i].number) +
+                              " does not fit the others: it counts " +
+                              format_general(100 * fit.weights[i], 2) + " %");
     if (fit.sigmas.empty())
         remarks.emplace_back(
             "There are as many constants as ports: nothing can be said of their error");
