@@ -302,7 +302,9 @@ void estimate_trust(std::span<const HybridPoint> points, const Problem& problem,
         weights(i) /= std::pow(problem.sigma(static_cast<std::size_t>(i)), 2);
     double s2 = 1;
     if (freedom > 0) s2 = residuals.cwiseAbs2().dot(weights) / static_cast<double>(freedom);
-    if (sigma_known) s2 = std::max(s2, 1.0);
+    // Residuals that chance can explain, within two of its deviations, leave the ports' own.
+    if (sigma_known && (freedom < 1 || s2 < 1 + 2 * std::sqrt(2 / static_cast<double>(freedom))))
+        s2 = 1;
     // Scaled, since an offset of pascals stands beside a gain of about 1.
     const Vector scale = steps_of(fit.model);
     const Matrix design = problem.design(q) * scale.asDiagonal();

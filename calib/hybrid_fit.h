@@ -84,10 +84,10 @@ LawCoefficients with_constants(const LawCoefficients& law, const HybridConstants
 /// scale from the median residual (three more ports than constants; with fewer, least squares).
 ///
 /// `port_sigma` is the standard deviation of a port's pressure. Above 0 a port weighs by it and by
-/// its ratio's scatter, and the covariance is at least what these say; 0: all weigh alike and the
-/// residuals tell, over N less the number of constants. The covariance of a point's coefficients is
-/// that of the constants, and of the errors of law and conditions what the constants do not make
-/// good. Raises AlgoError for the polynomial.
+/// its ratio's scatter, and these give the covariance unless the residuals are beyond them; 0: all
+/// weigh alike and the residuals tell, over N less the number of constants. The covariance of a
+/// point's coefficients is that of the constants, and of the errors of law and conditions what the
+/// constants do not make good. Raises AlgoError for the polynomial.
 HybridOutcome fit_hybrid(std::span<const HybridPoint> points, CalibrationModel model,
                          double port_sigma);
 

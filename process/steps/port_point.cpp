@@ -1,5 +1,6 @@
 #include "process/steps/port_point.h"
 
+#include "calib/units.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "process/steps/law_conditions.h"
@@ -7,6 +8,7 @@
 namespace vyn {
 
 LawAtPoint law_at_point(const dataSetInterface& data, const imagesList& images) {
+    const UnitMessagesOff told_with_the_field;
     paintFeatures paint;
     flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);

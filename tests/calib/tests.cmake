@@ -1,5 +1,6 @@
 vyn_tests(calib
     SOURCES
+        hybrid_fit_test.cpp
         in_situ_test.cpp
         paint_law_test.cpp
         port_selection_test.cpp
