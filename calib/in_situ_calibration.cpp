@@ -145,7 +145,8 @@ InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio
 
     get_log().write(LogLevel::progress,
                     "Calibration pressure ports:" + std::to_string(ports.markers.size()));
-    return calibrate_samples(sample_ports(*ratio, ports, options.side), options);
+    return calibrate_samples(in_law_unit(sample_ports(*ratio, ports, options.side), options),
+                             options);
 }
 
 }  // namespace vyn

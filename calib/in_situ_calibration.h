@@ -50,11 +50,15 @@ std::optional<InSituOutcome> read_ports(const std::string& port_file, int image_
 InSituOutcome calibrate_in_situ(const std::string& port_file, const image* ratio,
                                 const InSituOptions& options);
 
-/// The same for points that were sampled before: the fit, the record and their log lines.
+/// The ports' pressures in pascal, which the law yields that is to be corrected; a polynomial takes
+/// them as they stand.
+PortSamples in_law_unit(PortSamples samples, const InSituOptions& options);
+
+/// The same for points that were sampled before, `in_law_unit`: the fit, the record and their log
+/// lines.
 InSituOutcome calibrate_samples(PortSamples samples, const InSituOptions& options);
 
-/// A test point of a joint calibration: its ports on its own ratio image. Pressures in the unit of
-/// the options; `options.law` does not count.
+/// A test point of a joint calibration: its ports on its own ratio image, `in_law_unit`.
 struct SampledPoint {
     std::string name;  ///< for the user
     PortSamples samples;
@@ -75,7 +79,8 @@ struct JointOutcome {
 };
 
 /// One law fitted to the ports of several points: a polynomial in the ratio, or the constants of
-/// the laboratory law that all points have. Raises AlgoError for options out of range.
+/// the laboratory law that all points have (`options.law` does not count). Raises AlgoError for
+/// options out of range.
 JointOutcome calibrate_jointly(std::vector<SampledPoint> points, const InSituOptions& options);
 
 }  // namespace vyn

@@ -64,10 +64,8 @@ HybridFit share_of(const HybridFit& fit, std::size_t point, std::size_t first,
 
 JointOutcome correct_law(std::vector<SampledPoint> sampled, const InSituOptions& options) {
     std::vector<HybridPoint> points;
-    for (SampledPoint& point : sampled) {
+    for (const SampledPoint& point : sampled) {
         if (!point.law) return {std::nullopt, "The field is no pressure by a law"};
-        for (CalibrationPoint& port : point.samples.points)
-            port.pressure = to_law_unit(port.pressure, options.pressure_unit);
         points.push_back({*point.law, point.samples.points});
     }
     HybridOutcome outcome =
@@ -121,6 +119,13 @@ JointOutcome fit_polynomial(std::vector<SampledPoint> sampled, const InSituOptio
 }
 
 }  // namespace
+
+PortSamples in_law_unit(PortSamples samples, const InSituOptions& options) {
+    if (options.model != CalibrationModel::polynomial)
+        for (CalibrationPoint& port : samples.points)
+            port.pressure = to_law_unit(port.pressure, options.pressure_unit);
+    return samples;
+}
 
 JointOutcome calibrate_jointly(std::vector<SampledPoint> points, const InSituOptions& options) {
     if (points.empty()) return {std::nullopt, "There are no points"};

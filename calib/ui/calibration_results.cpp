@@ -35,6 +35,12 @@ QString number(double value) {
 
 QString summary_of(const InSituCalibration& calibration) {
     const InSituFit& fit = calibration.fit;
+    if (calibration.hybrid)
+        return QObject::tr(
+                   "<center><b>%1</b><br>deviation=%2<br>maximum error at marker N %3"
+                   "<br> Save results?</center>")
+            .arg(QString::fromStdString(constants_text(*calibration.hybrid)), number(fit.deviation))
+            .arg(calibration.samples.points[fit.worst].number);
     return QStringLiteral(
                "<center>gamma11=<b>%1</b> gamma21=<b>%2</b> gamma31=<b>%3</b>"
                "<br>deviation=%4<br>maximum error at marker N %5"
@@ -180,11 +186,16 @@ bool VynCalResults::set_data(const std::vector<double>& ratios,
 void VynCalResults::show_calibration(std::string port_file, PortSelection selection) {
     parts_->port_file = std::move(port_file);
     parts_->selection = std::move(selection);
+    // A corrected law holds the wind-off ratio.
+    if (calibration().hybrid) {
+        parts_->unity_box->setChecked(true);
+        parts_->unity_box->setEnabled(false);
+    }
     refresh();
 }
 
-const paintFeatures& VynCalResults::paint() const {
-    return parts_->selection->calibration().paint;
+const InSituCalibration& VynCalResults::calibration() const {
+    return parts_->selection->calibration();
 }
 
 std::string VynCalResults::wind_off_ratio() const {

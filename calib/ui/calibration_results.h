@@ -26,8 +26,8 @@ class VynCalResults : public QDialog {
     /// Shows a calibration with everything that belongs to it.
     void show_calibration(std::string port_file, PortSelection selection);
 
-    /// The record of the ports in the fit.
-    const paintFeatures& paint() const;
+    /// Of the ports in the fit.
+    const InSituCalibration& calibration() const;
     /// "project/processing/convert/wind_off_ratio" as the user wants it with this law.
     std::string wind_off_ratio() const;
 

@@ -21,9 +21,11 @@
 #include "core/ui/command.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
+#include "core/ui/number_edit.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "process/steps/calibrate_task.h"
+#include "process/steps/port_point.h"
 #include "view/ui/canvas/field_view.h"
 #include "view/ui/window/field_viewer.h"
 
@@ -74,6 +76,13 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
                               {tr("2 terms: linear"), "2"},
                               {tr("3 terms: quadratic"), "3"}},
                              {}, "cmb_order")),
+      cmb_model(form_.choice(keys::in_situ_model.path,
+                             {{tr("A law of its own"), "polynomial"},
+                              {tr("The project's law: gain k of the ratio"), "k"},
+                              {tr("The project's law: offset and gain of P"), "offset-gain"},
+                              {tr("The project's law: temperature"), "temperature"}},
+                             {}, "cmb_model")),
+      edt_port_sigma(form_.number(keys::in_situ_port_sigma.path, "edt_port_sigma")),
       edt_p_units(form_.text(keys::in_situ_pressure_unit.path, "edt_p_units")),
       spn_approx(form_.spin(keys::in_situ_area.path, "spn_approx")) {
     setWindowTitle(tr("In-situ calibration"));
@@ -88,9 +97,14 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     auto* rows = new FormGrid;
     rows->add_row(tr("Pressure Ports:"), edt_mrk_file, markers);
     rows->add_row(tr("Calibration file:"), edt_cal_file, calibration);
+    rows->add_row(tr("Fitted:"), cmb_model);
     rows->add_row(tr("Approximation order:"), cmb_order);
     rows->add_row(tr("Pressure Unit:"), edt_p_units);
     rows->add_row(tr("Approximation area:"), spn_approx, tr("px"));
+    rows->add_row(tr("Deviation of a port:"), edt_port_sigma);
+    edt_port_sigma->setToolTip(
+        tr("Standard deviation of a port's pressure, in the unit of the "
+           "ports; 0 when it is not known: all ports weigh alike then"));
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(rows);
     layout->addStretch();
@@ -100,6 +114,9 @@ form_calibr_single::form_calibr_single(Worker& worker, QWidget* parent)
     if (!before.project.empty() && before.project == read(vyn_db(), keys::head_file))
         form_.show(before.inputs);
 
+    show_model();
+    connect(cmb_model, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &form_calibr_single::show_model);
     connect(markers, &QToolButton::clicked, this, &form_calibr_single::select_markers);
     connect(calibration, &QToolButton::clicked, this, &form_calibr_single::select_calibration);
     connect(edt_mrk_file, &QLineEdit::editingFinished, this, [this] {
@@ -144,7 +161,16 @@ form_calibr_single::~form_calibr_single() {
 InSituOptions form_calibr_single::options() const {
     return {.terms = std::min(cmb_order->currentIndex() + 1, gauss_approximation::most_terms),
             .side = spn_approx->value(),
-            .pressure_unit = edt_p_units->text().toStdString()};
+            .pressure_unit = edt_p_units->text().toStdString(),
+            .model = calibration_model(calibration_model_names()[static_cast<std::size_t>(
+                std::max(cmb_model->currentIndex(), 0))]),
+            .port_sigma = edt_port_sigma->number().value_or(0)};
+}
+
+void form_calibr_single::show_model() {
+    const bool polynomial = options().model == CalibrationModel::polynomial;
+    cmb_order->setEnabled(polynomial);
+    edt_port_sigma->setEnabled(!polynomial);
 }
 
 std::string form_calibr_single::port_file() const {
@@ -234,10 +260,11 @@ void form_calibr_single::btn_calculate_clicked() {
     }
     if (!can_write_calibration()) return;
     VynCalResults results(vyn_db(), this);
-    results.show_calibration(ports, PortSelection(std::move(*outcome->calibration), options()));
+    results.show_calibration(ports, PortSelection(std::move(*outcome->calibration),
+                                                  for_point(options(), program_session())));
     // What was taken out of the fit outlives a file that cannot be written.
     while (results.exec() == QDialog::Accepted)
-        if (store(results.paint(), results.wind_off_ratio())) return accept();
+        if (store(results.calibration(), results.wind_off_ratio())) return accept();
     reject();
 }
 
@@ -293,13 +320,14 @@ bool form_calibr_single::settle_calibration_file() {
     }
 }
 
-bool form_calibr_single::store(const paintFeatures& paint, const std::string& wind_off_ratio) {
+bool form_calibr_single::store(const InSituCalibration& calibration,
+                               const std::string& wind_off_ratio) {
     if (!settle_calibration_file()) return false;
     const std::string file = calibration_file();
-    if (!attempt(this, caption(), [&] { write_paint_calibration(file, paint); })) return false;
+    if (!attempt(this, caption(), [&] { write_paint_calibration(file, calibration.paint); }))
+        return false;
     form_.write(vyn_db());
-    write(vyn_db(), std::string(keys::sens_paint), paint);
-    write(vyn_db(), keys::convert_wind_off_ratio, wind_off_ratio);
+    store_calibration(vyn_db(), calibration, wind_off_ratio);
     get_log().write(LogLevel::progress, "Calibration stored in the project" +
                                             (file.empty() ? std::string() : " and in " + file));
     return true;

@@ -15,6 +15,7 @@ class QSpinBox;
 
 namespace vyn {
 
+class NumberEdit;
 class QBusyBox;
 class VynFieldViewer;
 
@@ -48,7 +49,9 @@ class form_calibr_single : public QDialog {
     /// Lets the user decide about an existing file: replace it, or name another.
     bool settle_calibration_file();
     /// False when the user has to decide again: then nothing was stored.
-    bool store(const paintFeatures& paint, const std::string& wind_off_ratio);
+    bool store(const InSituCalibration& calibration, const std::string& wind_off_ratio);
+    /// What the chosen model does not take is greyed.
+    void show_model();
 
     Worker& worker_;
     /// Settings of the project, stored with the law.
@@ -56,6 +59,8 @@ class form_calibr_single : public QDialog {
     QLineEdit* edt_mrk_file;
     QLineEdit* edt_cal_file;
     QComboBox* cmb_order;
+    QComboBox* cmb_model;
+    NumberEdit* edt_port_sigma;
     QLineEdit* edt_p_units;
     QSpinBox* spn_approx;
     QBusyBox* busy_box_ = nullptr;

@@ -37,7 +37,8 @@ SampledPoint port_point(const Session& session, const std::string& name,
     MarkerSet ports;
     if (const auto wrong = read_ports(port_file, ratio->height(), ports))
         throw AlgoError("Algorithm error!", name + ": " + wrong->warning + ": " + wrong->reason);
-    return {name, sample_ports(*ratio, ports, options.side), for_point(options, session).law};
+    return {name, in_law_unit(sample_ports(*ratio, ports, options.side), options),
+            for_point(options, session).law};
 }
 
 void store_calibration(dataSetInterface& data, const InSituCalibration& calibration,

@@ -177,10 +177,10 @@ TEST_F(InSitu, AClickTakesAPortOutAndPutsItBack) {
         QApplication::processEvents();
         EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("Residual")));
         click();
-        expect_law(results.paint(), without);
+        expect_law(results.calibration().paint, without);
         EXPECT_NE(child<QLabel>(results, "summary").text(), summary);
         click();
-        expect_law(results.paint(), all);
+        expect_law(results.calibration().paint, all);
         EXPECT_EQ(child<QLabel>(results, "summary").text(), summary);
         // The same from the table, then stored with fa by the law.
         child<PortTable>(results, "port_table").item(out, 0)->setCheckState(Qt::Unchecked);
@@ -233,11 +233,11 @@ TEST_F(InSitu, AFileThatMustStayKeepsTheChosenPorts) {
     driver.answer = QMessageBox::Cancel;
     driver.expect<VynCalResults>([&](VynCalResults& results) {
         child<PortTable>(results, "port_table").item(2, 0)->setCheckState(Qt::Unchecked);
-        chosen = results.paint();
+        chosen = results.calibration().paint;
         results.accept();
     });
     driver.expect<VynCalResults>([&](VynCalResults& results) {
-        EXPECT_EQ(results.paint(), chosen);
+        EXPECT_EQ(results.calibration().paint, chosen);
         results.reject();
     });
     calculate();
