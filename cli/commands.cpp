@@ -11,6 +11,7 @@ const std::array<Command, 19>& commands() {
          prepare_schedule},
         {"get", "print settings of a project, or the table of all settings", prepare_get},
         {"calibrate", "fit the paint's law to pressure ports on the model", prepare_calibrate},
+        {"fit-paint", "fit the paint's law to the table of a calibration cell", prepare_fit_paint},
         {"convert", "convert an image into another format", prepare_convert},
         {"align", "align a wind-on image to a wind-off image by markers, paint texture or both",
          prepare_align},

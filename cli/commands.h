@@ -48,6 +48,7 @@ Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
 Work prepare_get(CLI::App& app, const GlobalOptions& global);
 Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
+Work prepare_fit_paint(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
 Work prepare_align(CLI::App& app, const GlobalOptions& global);
 Work prepare_filter(CLI::App& app, const GlobalOptions& global);

@@ -8,6 +8,7 @@
 
 #include "calib/ui/conditions_panel.h"
 #include "calib/ui/paint_calibration_dialog.h"
+#include "calib/ui/paint_fit/paint_fit_dialog.h"
 #include "calib/ui/paint_plot.h"
 #include "core/keys.h"
 #include "core/numbers.h"
@@ -57,10 +58,12 @@ QString summary_html(const paintFeatures& paint) {
     return QObject::tr("Coefficients of the law P(R, T):") + matrix_html(paint) +
            QObject::tr(
                "<p>Pressures %1 to %2 %3<br>Temperatures %4 to %5 %6<br>Normalized at "
-               "%7 %3 and %8 %6</p>")
+               "%7 %3 and %8 %6<br>%9</p>")
                .arg(number(paint.minimal_pressure), number(paint.maximal_pressure), p_unit,
                     number(paint.minimal_temperature), number(paint.maximal_temperature), t_unit,
-                    number(paint.normalizing_pressure), number(paint.normalizing_temperature));
+                    number(paint.normalizing_pressure), number(paint.normalizing_temperature),
+                    paint.covariance ? QObject::tr("Covariance of the coefficients: known")
+                                     : QObject::tr("Covariance of the coefficients: not known"));
 }
 
 }  // namespace
@@ -102,6 +105,7 @@ QLayout* QVynPaint::buttons() {
     add(tr("&Open..."), "fileopen.png", "open_btn", &QVynPaint::open_paint);
     add(tr("&Save..."), "filesave.png", "save_btn", &QVynPaint::save_paint);
     add(tr("Ca&libration..."), nullptr, "calibration_btn", &QVynPaint::edit_calibration);
+    add(tr("&From a table..."), nullptr, "fit_btn", &QVynPaint::fit_table);
     auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     box->button(QDialogButtonBox::Ok)->setText(tr("O&K"));
     box->button(QDialogButtonBox::Cancel)->setText(tr("&Cancel"));
@@ -142,12 +146,13 @@ void QVynPaint::open_paint() {
     const QString name = QString::fromStdString(file);
     attempt(this, file_caption(), [&] {
         paintFeatures paint = record();
-        switch (read_paint_calibration(file, paint)) {
+        std::string problem;
+        switch (read_paint_calibration(file, paint, &problem)) {
             case RecordOutcome::no_path:
             case RecordOutcome::done:
-                write(draft_, tree, paint);
-                ask_for_law();
-                show_draft();
+                take_law(paint);
+                if (!problem.empty())
+                    QMessageBox::warning(this, file_caption(), QString::fromStdString(problem));
                 break;
             case RecordOutcome::unknown_version:
                 report_failure(this, file_caption(), tr("%1: Unknown file version").arg(name));
@@ -174,6 +179,17 @@ void QVynPaint::save_paint() {
         {file_caption(), file_filter(), QStringLiteral("clb"), output_folder(settings_).string()});
     if (file.empty()) return;
     attempt(this, file_caption(), [&] { write_paint_calibration(file, record()); });
+}
+
+void QVynPaint::fit_table() {
+    PaintFitDialog dialog(output_folder(settings_).string(), this);
+    if (dialog.exec() == QDialog::Accepted && dialog.fit()) take_law(dialog.fit()->paint);
+}
+
+void QVynPaint::take_law(const paintFeatures& paint) {
+    write(draft_, tree, paint);
+    ask_for_law();
+    show_draft();
 }
 
 void QVynPaint::edit_calibration() {

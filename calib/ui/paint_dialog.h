@@ -28,6 +28,9 @@ class QVynPaint : public QDialog {
     void ask_for_law();
     void save_paint();
     void edit_calibration();
+    /// A law of a calibration cell's table.
+    void fit_table();
+    void take_law(const paintFeatures& paint);
     paintFeatures record();
 
     dataSetInterface& settings_;

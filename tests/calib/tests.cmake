@@ -2,6 +2,7 @@ vyn_tests(calib
     SOURCES
         hybrid_fit_test.cpp
         in_situ_test.cpp
+        paint_fit_test.cpp
         paint_law_test.cpp
         port_selection_test.cpp
         record_file_test.cpp

@@ -134,6 +134,49 @@ TEST_F(InSitu, AcceptStoresTheLawOfTheCommandLine) {
     EXPECT_NEAR(in_file.gamma[0][0], stored().gamma[0][0], 1e-9 * std::abs(in_file.gamma[0][0]));
 }
 
+TEST_F(InSitu, CorrectsTheProjectsLaw) {
+    const paintFeatures before = stored();
+    auto& order = child<QComboBox>(dialog, "cmb_order");
+    auto& sigma = child<QLineEdit>(dialog, "edt_port_sigma");
+    EXPECT_TRUE(order.isEnabled() && !sigma.isEnabled());
+    child<QComboBox>(dialog, "cmb_model").setCurrentIndex(1);
+    EXPECT_TRUE(!order.isEnabled() && sigma.isEnabled());
+    sigma.setText(QStringLiteral("50"));
+    // The same pressures in another unit: the law's is pascal.
+    MarkerSet ports;
+    ASSERT_TRUE(read_markers(port_file(), ports, 240));
+    for (Marker& port : ports.markers)
+        port.f /= 1e5;
+    const std::string in_bar = folder / "bar.mrk";
+    ASSERT_TRUE(write_markers(in_bar, ports));
+    set_ports(in_bar);
+    child<QLineEdit>(dialog, "edt_p_units").setText(QStringLiteral("bar"));
+    driver.expect<VynCalResults>([&](VynCalResults& results) {
+        EXPECT_TRUE(child<QLabel>(results, "summary").text().contains(QStringLiteral("k = ")));
+        EXPECT_FALSE(child<QCheckBox>(results, "unity").isEnabled());
+        // out and back in
+        const double k = results.calibration().hybrid->constants.ratio_gain;
+        auto& table = child<PortTable>(results, "port_table");
+        Q_EMIT table.port_toggled(0);
+        EXPECT_NE(results.calibration().hybrid->constants.ratio_gain, k);
+        Q_EMIT table.port_toggled(0);
+        EXPECT_EQ(results.calibration().hybrid->constants.ratio_gain, k);
+        QTest::mouseClick(&child<QPushButton>(results, "accept_btn"), Qt::LeftButton);
+    });
+    calculate();
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    const paintFeatures law = stored();
+    ASSERT_TRUE(law.covariance);
+    // The sample's ports are those of its paint: k is 1, and fa is in the coefficients.
+    const double fa = law.gamma[1][0] / before.gamma[1][0];
+    EXPECT_NEAR(law.gamma[2][0] / before.gamma[2][0], fa * fa, 1e-9);
+    EXPECT_NEAR(law.gamma[2][2] / before.gamma[2][2], fa * fa, 1e-9);
+    EXPECT_NEAR(fa, 0.99, 0.02);
+    EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "unity");
+    EXPECT_EQ(read(vyn_db(), keys::uncertainty_t_on_sigma), 0);
+    EXPECT_EQ(read(vyn_db(), keys::in_situ_model), "k");
+}
+
 TEST_F(InSitu, RejectStoresNothing) {
     const auto before = vyn_db().revision();
     driver.expect<VynCalResults>([](VynCalResults& results) {

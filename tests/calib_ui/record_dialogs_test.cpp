@@ -1,7 +1,10 @@
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTextEdit>
 #include <QToolButton>
 
@@ -14,6 +17,7 @@
 #include "calib/ui/convert_dialog.h"
 #include "calib/ui/paint_calibration_dialog.h"
 #include "calib/ui/paint_dialog.h"
+#include "calib/ui/paint_fit/paint_fit_dialog.h"
 #include "calib/ui/paint_plot.h"
 #include "calib/ui/test_dialog.h"
 #include "calib/ui/uncertainty_dialog.h"
@@ -228,6 +232,46 @@ TEST(PaintDialog, UnknownVersionLeavesThePaintAsItWas) {
     dialog.accept();
     EXPECT_EQ(settings.read(paint_tree + "gamma11", 0.0), 7);
     paint_file_version().clear();
+}
+
+TEST(PaintDialog, TakesOverALawFittedToATable) {
+    const TemporaryFolder folder;
+    std::string text = "P [kPa];T [C];R\n";
+    for (const double t : {10, 25, 40})
+        for (const double r : {0.5, 0.8, 1.0, 1.2})
+            text += std::to_string(-13 + 93 * r + 18 * r * r + 0.2 * t * r) + ";" +
+                    std::to_string(t) + ";" + std::to_string(r) + "\n";
+    put_file(folder / "good.csv", text);
+    put_file(folder / "bad.csv", text + "1;2;x\n");
+    simpleNamedDataSet settings;
+    QVynPaint dialog(settings);
+    ModalDriver driver;
+    driver.expect<PaintFitDialog>([&](PaintFitDialog& fit) {
+        check_mnemonics(fit);
+        auto& file = child<QLineEdit>(fit, "table_file");
+        auto& accept = child<QPushButton>(fit, "accept_btn");
+        const auto words = [&] { return child<QLabel>(fit, "words").text().toStdString(); };
+        file.setText(QString::fromStdString(folder / "bad.csv"));
+        fit.refresh();
+        EXPECT_THAT(words(), testing::HasSubstr("line 14: \"x\" is no finite number"));
+        EXPECT_FALSE(accept.isEnabled());
+        file.setText(QString::fromStdString(folder / "good.csv"));
+        fit.refresh();
+        EXPECT_THAT(words(), testing::HasSubstr("12, pressures"));
+        auto& plot = child<QwtPlot>(fit, "residual_plot");
+        EXPECT_EQ(plot.itemList(QwtPlotItem::Rtti_PlotCurve).size(), 12);
+        child<QSpinBox>(fit, "temperature_order").setValue(1);
+        ASSERT_TRUE(fit.fit());
+        EXPECT_EQ(fit.fit()->temperature_order, 1);
+        accept.click();
+    });
+    child<QPushButton>(dialog, "fit_btn").click();
+    EXPECT_TRUE(child<QLabel>(dialog, "summary").text().contains(QStringLiteral(": known")));
+    dialog.accept();
+    paintFeatures paint;
+    read(settings, paint_tree, paint);
+    EXPECT_NEAR(paint.gamma[1][1], 200, 1e-2);
+    EXPECT_TRUE(paint.covariance);
 }
 
 TEST(PaintCalibration, ConvertsValuesButNotCoefficients) {

@@ -122,6 +122,68 @@ TEST_F(Calibrate, TwoTermsAreExplained) {
     EXPECT_THAT(unity.out, testing::Not(HasSubstr("gamma31 is 0")));
 }
 
+/// Six ports of low pressure on a paint 5 % off its laboratory law and 3 degrees warmer than told:
+/// one constant is right where no port is, a law of three terms is not.
+TEST_F(Calibrate, AConstantIsRightWhereAPolynomialExtrapolates) {
+    const ProgramRun made = run_program({"sample", sample, "--size", "320x240", "--force",
+                                         "--ratio-gain", "1.05", "--warmer", "3", "--ports", "6"});
+    ASSERT_EQ(made.status, 0) << made.err;
+    const std::string law = get_file(project);
+    EXPECT_GT(field_error("law"), 15);
+    std::vector<std::string> fit{
+        "--ports",        ports,      "--model",         "k",        "--unit",       "Pa", "--out",
+        folder / "k.clb", "--report", folder / "k.json", "--accept", "--port-sigma", "20"};
+    const ProgramRun run = calibrate(fit);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("P = law(k fa R, T), k = "));
+    const nlohmann::json found = report_of("k.json").at("calibration");
+    EXPECT_EQ(found.at("ports").size(), 6u);
+    EXPECT_NEAR(found.at("constants").at("values").at("k").get<double>(), 0.957, 0.002);
+    EXPECT_LT(field_error("unity"), 0.3);
+    EXPECT_THAT(get_file(folder / "k.clb"), HasSubstr("[covariance]"));
+    EXPECT_EQ(run_program({"get", project, "project/sens_paint/gamma22"}).out.front() == '0',
+              false);
+
+    put_file(project, law);
+    ASSERT_EQ(calibrate({"--ports", ports, "--terms", "3", "--unit", "Pa", "--accept"}).status, 0);
+    EXPECT_GT(field_error("unity"), 2);
+}
+
+TEST_F(Calibrate, OneLawForSeveralPoints) {
+    const std::string second = folder / "second";
+    ASSERT_EQ(run_program({"sample", second, "--size", "320x240", "--seed", "2"}).status, 0);
+    const std::string other = second + "/project.xml";
+    std::vector<std::string> both{"calibrate",
+                                  project,
+                                  other,
+                                  "--area",
+                                  "3",
+                                  "--quiet",
+                                  "--model",
+                                  "offset-gain",
+                                  "--accept",
+                                  "--unit",
+                                  "Pa",
+                                  "--report",
+                                  folder / "joint.json",
+                                  "--out",
+                                  folder / "joint.clb"};
+    EXPECT_THAT(run_program(both).err, HasSubstr("port_file names no ports"));
+    both.insert(both.end(), {"--set", "project/test_point/port_file=ports.mrk"});
+    const ProgramRun run = run_program(both);
+    ASSERT_EQ(run.status, 0) << run.err;
+    const nlohmann::json points = report_of("joint.json").at("points");
+    ASSERT_EQ(points.size(), 2u);
+    EXPECT_EQ(points[1].at("project"), other);
+    EXPECT_EQ(points[0].at("constants"), points[1].at("constants"));
+    EXPECT_NEAR(points[0].at("constants").at("values").at("gain").get<double>(), 1, 0.01);
+    EXPECT_NE(points[0].at("ports")[0].at("ratio"), points[1].at("ports")[0].at("ratio"));
+    const std::string gamma = "project/sens_paint/gamma21";
+    EXPECT_EQ(run_program({"get", project, gamma}).out, run_program({"get", other, gamma}).out);
+    EXPECT_LT(field_error("unity"), 0.5);
+    EXPECT_THAT(get_file(folder / "joint.clb"), HasSubstr("[covariance]"));
+}
+
 TEST_F(Calibrate, StoresInAContainerWithoutLosingItsImages) {
     const std::string container = folder / "point.ims";
     const std::vector<std::string> pack{"run", project, "--quiet", "--save-project", container};
@@ -146,6 +208,13 @@ TEST_F(Calibrate, RefusalsChangeNothing) {
         {{"--ports", folder / "none.mrk", "--terms", "3"}, 1, "Calibration file doesn't exists:"},
         {{"--ports", ports, "--terms", "4"}, 2, "--terms"},
         {{"--ports", ports, "--terms", "3", "--unit", "stone"}, 2, "stone"},
+        {{"--ports", ports}, 2, "--terms is required"},
+        {{"--ports", ports, "--model", "k", "--terms", "3"}, 2, "polynomial only"},
+        {{"--ports", ports, "--model", "k", "--wind-off-ratio", "law"}, 2, "holds the wind-off"},
+        {{"--ports", ports, "--model", "k", "--set", "project/flow/wind_off_p=-1e9"},
+         1,
+         "wind-off ratio does not come from the project's law"},
+        {{project, "--terms", "3", "--ports", ports}, 2, "--ports is for one project"},
         {{"--ports", ports, "--terms", "3", "--wind-off-ratio", "2"}, 2, "unity"},
         {{"--ports", ports, "--terms", "3", "--set",
           "project/processing/convert/wind_off_ratio=law"},
