@@ -69,6 +69,17 @@ std::vector<Case> cases() {
     Settings cp{with(keys::convert_field.path, any(std::string("Cp")))};
     Disturbance everything_cp = everything;
     everything_cp.static_p = 50;
+    const auto in_situ = [&](CalibrationModel model) {
+        Disturbance with = everything;
+        with.ports = 100;
+        with.in_situ =
+            InSituOptions{.terms = 3,
+                          .side = 5,
+                          .pressure_unit = "Pa",
+                          .model = model,
+                          .port_sigma = model == CalibrationModel::polynomial ? 0.0 : 100.0};
+        return with;
+    };
     return {{"noise", single, noise, {}},
             {"noise, sampled once", single, noise, once},
             {"flat field", single, flat, {}},
@@ -88,7 +99,11 @@ std::vector<Case> cases() {
             {"noise, binary", binary, noise, {}},
             {"markers, binary", binary, markers, {}},
             {"everything, binary", binary, everything, {}},
-            {"everything, lifetime", lifetime, everything, {}}};
+            {"everything, lifetime", lifetime, everything, {}},
+            {"in situ, three terms", single, in_situ(CalibrationModel::polynomial), {}},
+            {"in situ, k", single, in_situ(CalibrationModel::ratio_gain), {}},
+            {"in situ, offset and gain", single, in_situ(CalibrationModel::offset_gain), {}},
+            {"in situ, temperature", single, in_situ(CalibrationModel::temperature), {}}};
 }
 
 void print(const Coverage& part) {

@@ -255,6 +255,7 @@ std::vector<std::vector<Coefficients>> sources_of(std::span<const HybridPoint> p
         for (int i = 0; i < 3; ++i)
             by_t(3 * i) = law(3 * i + 1) + 2 * law(3 * i + 2) * t;
         add(by_t * points[j].law.wind_on_t_sigma);
+        add(through[j].by_log_fa * points[j].law.ratio_sigma);
         add(through[j].by_log_fa * (through[j].fa_by_p0 * points[j].law.wind_off_p_sigma));
         add(through[j].by_log_fa *
             (through[j].fa_by_p0 * through[j].p0_by_t0 * points[j].law.wind_off_t_sigma));

@@ -32,6 +32,7 @@ struct LawAtPoint {
     double wind_on_t_sigma = 0;
     double wind_off_t_sigma = 0;
     double wind_off_p_sigma = 0;
+    double ratio_sigma = 0;  ///< of the whole ratio, relative: the lamp's
 };
 
 /// The constants; those that the model does not fit have no effect.

@@ -122,6 +122,8 @@ void QVynPaint::accept() {
     const std::string rule = read(draft_, keys::convert_wind_off_ratio);
     if (rule != read(settings_, keys::convert_wind_off_ratio))
         write(settings_, keys::convert_wind_off_ratio, rule);
+    if (read(draft_, keys::uncertainty_at_ports) != read(settings_, keys::uncertainty_at_ports))
+        write(settings_, keys::uncertainty_at_ports, 0);
     take_units_of_paint(settings_, paint);
     QDialog::accept();
 }
@@ -188,6 +190,7 @@ void QVynPaint::fit_table() {
 
 void QVynPaint::take_law(const paintFeatures& paint) {
     write(draft_, tree, paint);
+    write(draft_, keys::uncertainty_at_ports, 0);
     ask_for_law();
     show_draft();
 }

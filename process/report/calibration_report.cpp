@@ -104,9 +104,10 @@ void add_hybrid_remarks(const CalibrationReport& report, std::vector<std::string
         remarks.emplace_back(
             "There are as many constants as ports: nothing can be said of their error");
     else
-        remarks.push_back("The law's covariance holds the error of the wind-on temperature, too; " +
-                          std::string(keys::uncertainty_t_on_sigma.path) +
-                          " becomes 0 where the law is stored");
+        remarks.push_back(
+            "The law's covariance holds what the errors of lamp and wind-on "
+            "temperature leave: where it is stored, " +
+            std::string(keys::uncertainty_at_ports.path) + " becomes 1");
     remarks.push_back("The law holds the wind-off ratio and takes the ratio as it is: " +
                       std::string(keys::convert_wind_off_ratio.path) + " is \"unity\"");
 }

@@ -1,5 +1,7 @@
 #include "process/steps/port_point.h"
 
+#include <cmath>
+
 #include "calib/units.h"
 #include "core/errors.h"
 #include "core/keys.h"
@@ -21,6 +23,9 @@ LawAtPoint law_at_point(const dataSetInterface& data, const imagesList& images) 
     law.wind_off_t_sigma = degree * read(data, keys::uncertainty_t_off_sigma);
     law.wind_off_p_sigma =
         law.conversion.pressure_factor * read(data, keys::uncertainty_p_off_sigma);
+    const double drift =
+        read(data, keys::uncertainty_lamp_drift) * read(data, keys::uncertainty_lamp_hours);
+    law.ratio_sigma = std::hypot(drift / std::sqrt(3.0), read(data, keys::uncertainty_lamp_level));
     return law;
 }
 
@@ -45,8 +50,7 @@ void store_calibration(dataSetInterface& data, const InSituCalibration& calibrat
                        const std::string& wind_off_ratio) {
     write(data, std::string(keys::sens_paint), calibration.paint);
     write(data, keys::convert_wind_off_ratio, wind_off_ratio);
-    if (calibration.hybrid && calibration.paint.covariance)
-        write(data, keys::uncertainty_t_on_sigma, 0.0);
+    write(data, keys::uncertainty_at_ports, calibration.paint.covariance ? 1 : 0);
 }
 
 }  // namespace vyn

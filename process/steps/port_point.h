@@ -21,8 +21,8 @@ SampledPoint port_point(const Session& session, const std::string& name,
                         const std::string& port_file, const InSituOptions& options);
 
 /// Stores a calibration that was accepted: the paint record and whether fa of the field is 1
-/// ("unity") or by the law ("law"). Where constants were fitted, their covariance holds the error
-/// of the wind-on temperature, too, and its own number becomes 0 so that it does not count twice.
+/// ("unity") or by the law ("law"). Its covariance holds what the errors of lamp and wind-on
+/// temperature leave (`uncertainty_at_ports`).
 void store_calibration(dataSetInterface& data, const InSituCalibration& calibration,
                        const std::string& wind_off_ratio);
 

@@ -33,6 +33,7 @@ struct SigmaSettings {
     double marker_sigma, registration_sigma;
     ConditionSigmas conditions;        ///< in the test's units
     double law_relative, lamp, other;  ///< the last two as variances of the ratio, relative
+    bool at_ports;                     ///< the law made good what lamp and wind-on temperature did
     bool terms;
 };
 
@@ -60,6 +61,7 @@ SigmaSettings settings_of(dataSetInterface& data) {
         .law_relative = number(keys::uncertainty_law_relative),
         .lamp = square(drift) / 3 + square(number(keys::uncertainty_lamp_level)),
         .other = square(number(keys::uncertainty_other_relative)),
+        .at_ports = read(data, keys::uncertainty_at_ports) != 0,
         .terms = read(data, keys::uncertainty_terms) != 0};
 }
 
@@ -75,7 +77,7 @@ SettingPaths setting_paths() {
         keys::uncertainty_t_off_sigma, keys::uncertainty_p_off_sigma,
         keys::uncertainty_static_sigma, keys::uncertainty_dynamic_sigma,
         keys::uncertainty_law_relative, keys::uncertainty_lamp_drift, keys::uncertainty_lamp_hours,
-        keys::uncertainty_lamp_level, keys::uncertainty_other_relative);
+        keys::uncertainty_lamp_level, keys::uncertainty_other_relative, keys::uncertainty_at_ports);
     return paths;
 }
 
@@ -249,6 +251,10 @@ void gather_law(const StepRun& run, const SigmaSettings& settings, UncertainPoin
     for (double* sigma :
          {&point.conditions.wind_off_p, &point.conditions.static_p, &point.conditions.dynamic_p})
         *sigma *= prepared.pressure_factor;
+    if (settings.at_ports && prepared.paint.covariance) {
+        point.lamp = 0;
+        point.conditions.wind_on_t = 0;
+    }
     const std::string problem = covariance_problem(run.session.data, std::string(keys::sens_paint));
     if (!problem.empty())
         warn(run.report, WarningKind::conditions,

@@ -173,7 +173,7 @@ TEST_F(InSitu, CorrectsTheProjectsLaw) {
     EXPECT_NEAR(law.gamma[2][2] / before.gamma[2][2], fa * fa, 1e-9);
     EXPECT_NEAR(fa, 0.99, 0.02);
     EXPECT_EQ(read(vyn_db(), keys::convert_wind_off_ratio), "unity");
-    EXPECT_EQ(read(vyn_db(), keys::uncertainty_t_on_sigma), 0);
+    EXPECT_EQ(read(vyn_db(), keys::uncertainty_at_ports), 1);
     EXPECT_EQ(read(vyn_db(), keys::in_situ_model), "k");
 }
 

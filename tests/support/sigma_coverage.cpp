@@ -12,6 +12,7 @@
 #include "process/point/session.h"
 #include "process/project/project_tasks.h"
 #include "process/steps/chain.h"
+#include "process/steps/port_point.h"
 
 namespace vyn::test {
 
@@ -114,6 +115,8 @@ class DisturbedPoint {
         for (const auto& picture : session_.images.all())
             inputs_.push_back(picture);
         read(session_.data, std::string(keys::flow), flow_);
+        read(session_.data, std::string(keys::sens_paint), paint_);
+        ports_ = point.ports;
         compute();
         reference_ = session_.images.find(image_names::field);
         dots_ = point.truth_markers;
@@ -161,6 +164,7 @@ class DisturbedPoint {
         flow.wind_off_p += normal(disturbance_.wind_off_p);
         flow.static_p += normal(disturbance_.static_p);
         write(session_.data, std::string(keys::flow), flow);
+        if (disturbance_.in_situ) calibrate(normal);
         compute();
         return {session_.images.find(image_names::field), session_.images.find(image_names::sigma),
                 session_.images.find(image_names::sigma_area)};
@@ -176,6 +180,23 @@ class DisturbedPoint {
             if (input->name == name) return input;
         return nullptr;
     }
+    /// With the point's own paint and errors of its own at the ports.
+    void calibrate(Normal& normal) {
+        write(session_.data, std::string(keys::sens_paint), paint_);
+        write(session_.data, keys::convert_wind_off_ratio, std::string("law"));
+        if (vyn::calculate(Goal::ratio, session_.get(), std::make_shared<RunReport>())
+                ->run(context_) != TaskOutcome::done)
+            throw std::runtime_error("the ratio can not be computed");
+        MarkerSet ports = ports_;
+        for (Marker& port : ports.markers)
+            port.f += normal(disturbance_.ports);
+        const auto ratio = session_.images.find(image_names::ratio);
+        const InSituOptions options = for_point(*disturbance_.in_situ, session_.get());
+        InSituOutcome outcome =
+            calibrate_samples(sample_ports(*ratio, ports, options.side), options);
+        if (!outcome.calibration) throw std::runtime_error(outcome.reason);
+        store_calibration(session_.data, *outcome.calibration, "unity");
+    }
     void compute() {
         const auto job = calculate(Goal::all, session_.get(), std::make_shared<RunReport>());
         if (job->run(context_) != TaskOutcome::done)
@@ -189,6 +210,8 @@ class DisturbedPoint {
     std::shared_ptr<const image> reference_;
     MarkerSet dots_;
     flowFeatures flow_;
+    paintFeatures paint_;
+    MarkerSet ports_;
 };
 
 }  // namespace

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "calib/in_situ_calibration.h"
 #include "core/data_set.h"
 #include "sample/synthetic_point.h"
 
@@ -21,6 +23,9 @@ struct Disturbance {
     double wind_off_p = 0;   ///< of the test's unit
     double static_p = 0;     ///< likewise
     double lamp = 0;         ///< relative, of the wind-on pictures
+    double ports = 0;        ///< of the pressures at ports, pascal
+    /// Each draw calibrates the paint at the ports in this way before its field is computed.
+    std::optional<InSituOptions> in_situ = std::nullopt;
 };
 
 /// How well the map foretells the errors of part of the pixels.
