@@ -2,8 +2,8 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 19>& commands() {
-    static constexpr std::array<Command, 19> table{{
+const std::array<Command, 20>& commands() {
+    static constexpr std::array<Command, 20> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},

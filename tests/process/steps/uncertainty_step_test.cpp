@@ -4,6 +4,7 @@
 
 #include "api/parallel.h"
 #include "process/report/point_check.h"
+#include "process/steps/result_state.h"
 #include "tests/process/steps/synthetic_point_fixture.h"
 #include "tests/support/sigma_coverage.h"
 
@@ -66,6 +67,14 @@ Disturbance conditions() {
     return one;
 }
 
+Disturbance in_situ(CalibrationModel model, double port_sigma) {
+    Disturbance one = everything();
+    one.ports = 100;
+    one.in_situ =
+        InSituOptions{.side = 5, .pressure_unit = "Pa", .model = model, .port_sigma = port_sigma};
+    return one;
+}
+
 Disturbance flat() {
     Disturbance one;
     one.flat = 0.002;
@@ -77,14 +86,17 @@ const Settings once{{std::string(keys::resample_once.path), any(1)}};
 
 INSTANTIATE_TEST_SUITE_P(
     Points, SigmaForetells,
-    testing::Values(Errors{"noise_sampled_once", Channels::single, noise_only(), once, 1.03},
-                    Errors{"noise_filtered", Channels::single, noise_only(), box, 1.05},
-                    Errors{"flat", Channels::single, flat(), {}, 1.03},
-                    // one number a draw, not one a pixel: 25 draws know it to 14 %
-                    Errors{"conditions", Channels::single, conditions(), {}, 1.4},
-                    Errors{"everything", Channels::single, everything(), {}, 1.05},
-                    Errors{"everything_binary", Channels::binary, everything(), {}, 1.1},
-                    Errors{"everything_lifetime", Channels::lifetime, everything(), {}, 1.1}),
+    testing::Values(
+        Errors{"noise_sampled_once", Channels::single, noise_only(), once, 1.03},
+        Errors{"noise_filtered", Channels::single, noise_only(), box, 1.05},
+        Errors{"flat", Channels::single, flat(), {}, 1.03},
+        // one number a draw, not one a pixel: 25 draws know it to 14 %
+        Errors{"conditions", Channels::single, conditions(), {}, 1.4},
+        Errors{"everything", Channels::single, everything(), {}, 1.05},
+        Errors{"in_situ", Channels::single, in_situ(CalibrationModel::polynomial, 0), {}, 1.1},
+        Errors{"in_situ_k", Channels::single, in_situ(CalibrationModel::ratio_gain, 100), {}, 1.1},
+        Errors{"everything_binary", Channels::binary, everything(), {}, 1.1},
+        Errors{"everything_lifetime", Channels::lifetime, everything(), {}, 1.1}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 class UncertaintyStep : public SyntheticPointTest {
@@ -138,6 +150,45 @@ TEST_F(UncertaintyStep, TellsItsPartsAndHasTheSameBitsOnAnyNumberOfThreads) {
     write(program_session().data, keys::uncertainty_enable, 0);
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_FALSE(get_images().find(names::sigma)) << "an old map stays";
+}
+
+TEST_F(UncertaintyStep, TakesTheCovarianceThatIsKeptWithTheLaw) {
+    open({{std::string(keys::uncertainty_terms.path), any(1)},
+          {std::string(keys::uncertainty_lamp_level.path), any(0.001)}});
+    dataSetInterface& data = program_session().data;
+    const std::string tree(keys::sens_paint);
+    paintFeatures paint;
+    read(data, tree, paint);
+    paint.covariance.emplace()[0][0] = 150 * 150;
+    write(data, tree, paint);
+    write(data, keys::convert_wind_off_ratio, std::string("unity"));
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    const auto line = [&](SigmaTerm term) { return report->uncertainty->lines[std::size_t(term)]; };
+    EXPECT_TRUE(line(SigmaTerm::law).known);
+    // fa is 1: an error of gamma11 is one of every pressure
+    EXPECT_NEAR(line(SigmaTerm::law).rms, 150, 1e-3);
+    EXPECT_GT(line(SigmaTerm::lamp).rms, 0);
+    EXPECT_GT(line(SigmaTerm::temperature).rms, 0);
+    const double total = get_images().find(names::sigma)->values()(80, 60);
+
+    write(data, keys::uncertainty_at_ports, 1);
+    EXPECT_EQ(ImageStates(data, get_images()).of(names::sigma).kind, ImageState::Kind::out_of_date);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_EQ(line(SigmaTerm::lamp).rms, 0);
+    EXPECT_EQ(line(SigmaTerm::temperature).rms, 0);
+    EXPECT_LT(get_images().find(names::sigma)->values()(80, 60), total);
+
+    std::string text = data.read(tree + "covariance", std::string());
+    text.replace(text.find("22500"), 5, "-1");
+    data.write(tree + "covariance", text);
+    EXPECT_EQ(ImageStates(data, get_images()).of(names::sigma).kind, ImageState::Kind::out_of_date);
+    ASSERT_EQ(calculate(), TaskOutcome::done);
+    EXPECT_TRUE(get_images().find(names::field));
+    EXPECT_FALSE(line(SigmaTerm::law).known);
+    EXPECT_GT(line(SigmaTerm::lamp).rms, 0) << "a law without covariance made nothing good";
+    EXPECT_THAT(report->warnings,
+                testing::Contains(
+                    testing::Field(&Warning::text, testing::HasSubstr("sens_paint/covariance: "))));
 }
 
 TEST_F(UncertaintyStep, RefusesATransferThatNobodyMeasured) {
