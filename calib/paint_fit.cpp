@@ -200,14 +200,14 @@ PaintFit fit_paint(const PaintTable& table, const PaintFitOptions& options) {
     const Vector found = matrix.householderQr().solve(pressures);
     const Vector errors = matrix * found - pressures;
     const double variance = errors.squaredNorm() / static_cast<double>(samples - design.terms());
-    const Matrix inverse = (matrix.transpose() * matrix)
-                               .ldlt()
-                               .solve(Matrix::Identity(design.terms(), design.terms()));
+    // By singular values, so that the covariance has no negative eigenvalue.
+    const Eigen::JacobiSVD<Matrix> svd(matrix, Eigen::ComputeThinV);
+    const Matrix root = svd.matrixV() * svd.singularValues().cwiseInverse().asDiagonal();
+    const Matrix inverse = root * root.transpose();
 
     PaintFit fit;
     fit.ratio_order = design.ratio_order;
     fit.temperature_order = design.temperature_order;
-    const Eigen::JacobiSVD<Matrix> svd(matrix);
     fit.condition = svd.singularValues()(0) / svd.singularValues()(design.terms() - 1);
     fit.deviation = std::sqrt(variance);
     double squares = 0;
@@ -230,7 +230,10 @@ PaintFit fit_paint(const PaintTable& table, const PaintFitOptions& options) {
 
     const Matrix change = design.to_law();
     const Vector law = change * found;
-    const Matrix covariance = change * inverse * change.transpose() * variance;
+    const Matrix law_root = change * root * fit.deviation;
+    const Matrix covariance = law_root * law_root.transpose();
+    if (!law.allFinite() || !covariance.allFinite())
+        throw AlgoError("Algorithm error!", "the numbers of the table are too large for a law");
     LawCovariance& kept = fit.paint.covariance.emplace();
     for (Eigen::Index j = 0; j < 9; ++j) {
         fit.paint.gamma[static_cast<std::size_t>(j / 3)][static_cast<std::size_t>(j % 3)] = law(j);

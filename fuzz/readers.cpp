@@ -7,7 +7,7 @@
 
 #include "api/image_io.h"
 #include "calib/camera.h"
-#include "calib/paint.h"
+#include "calib/paint_fit.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
@@ -96,6 +96,12 @@ void read_record(const fs::path& file) {
     read(file.string(), record);
 }
 
+/// A table that is read is fitted or refused.
+void read_cell(const fs::path& file) {
+    const PaintFit fit = fit_paint(read_paint_table(file), {});
+    promise(fit.paint.covariance && covariance_problem(*fit.paint.covariance).empty());
+}
+
 void read_markers_of_image(const fs::path& file) {
     MarkerSet set;
     if (!read_image_markers(file.string(), set, image_height)) return;
@@ -173,6 +179,11 @@ std::vector<Reader> all_readers() {
     readers.push_back({"camera", "ini", read_record<cameraFeatures, read_camera>, {}, numbers});
     readers.push_back(
         {"paint", "clb", read_record<paintFeatures, read_paint_calibration>, {}, numbers});
+    readers.push_back({"cell",
+                       "csv",
+                       read_cell,
+                       {},
+                       with(numbers, {"P [kPa]", "T (C)", "I/I0", ";", "\t", "#"})});
     for (const char* format : {"mrk", "mpt", "inm", "apm"})
         readers.push_back({format,
                            format,

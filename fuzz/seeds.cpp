@@ -144,6 +144,7 @@ struct TextSeed {
 constexpr TextSeed texts[] = {
     {"inm", "1.5 2.5 0 0 1\n3 4 0 0 0\n"},
     {"apm", "1.5 2.5 3.5\n-1 1e3 0\n"},
+    {"cell", "P [kPa];T [C];R\n50;20;0,5\n70;20;0,75\n99;20;1\n51;30;0,5\n71,5;30;0,75\n"},
     {"lut", "TITLE 4\n0 0 0\n0.25 0.5 1\n1 1 1\n0.1 0.2 0.3\n"},
     {"obj",
      "mtllib a\no one\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0.5\nvt 0 0\ng part\nf 1 2 3 4\n"
