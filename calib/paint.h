@@ -52,6 +52,8 @@ std::string& paint_file_version();
 RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record,
                                      std::string* covariance_problem);
 RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record);
+/// The record of such a file. Raises FileError, also for a file that holds none.
+paintFeatures load_paint_calibration(const std::string& path);
 /// Writes version 2.5 when the file read last was one, else 2.51; atomically. Raises FileError.
 RecordOutcome write_paint_calibration(const std::string& path, const paintFeatures& record);
 

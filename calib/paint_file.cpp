@@ -96,6 +96,16 @@ std::string& paint_file_version() {
     return version;
 }
 
+paintFeatures load_paint_calibration(const std::string& path) {
+    paintFeatures record;
+    const RecordOutcome outcome = read_paint_calibration(path, record);
+    if (outcome == RecordOutcome::unknown_version) throw FileError("Unknown file version", path);
+    if (outcome == RecordOutcome::no_record)
+        throw FileError("File error!",
+                        path + ": not a paint calibration file, it has no section of one");
+    return record;
+}
+
 RecordOutcome read_paint_calibration(const std::string& path, paintFeatures& record) {
     return read_paint_calibration(path, record, nullptr);
 }

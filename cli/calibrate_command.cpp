@@ -1,3 +1,5 @@
+#include "cli/calibrate_command.h"
+
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -7,7 +9,6 @@
 #include "api/image_list.h"
 #include "calib/in_situ_calibration.h"
 #include "calib/units.h"
-#include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/runner.h"
 #include "cli/settings.h"
@@ -26,21 +27,6 @@
 namespace vyn::cli {
 
 namespace {
-
-struct CalibrateOptions {
-    std::vector<std::string> projects;
-    std::vector<std::string> settings;
-    std::string ports;
-    InSituOptions law;
-    std::string model = calibration_model_name(CalibrationModel::polynomial);
-    bool terms_given = false;
-    std::string wind_off_ratio = "unity";
-    std::string calibration_file;
-    std::string report;
-    std::string results;
-    bool accept = false;
-    bool force = false;
-};
 
 /// A project as far as it was computed.
 struct ComputedPoint {
@@ -198,6 +184,8 @@ void check_usage(const CalibrateOptions& options) {
     if (!options.results.empty()) throw UsageError("--results is for one project");
 }
 
+}  // namespace
+
 ExitStatus calibrate(CalibrateOptions options) {
     options.law.model = calibration_model(options.model);
     check_usage(options);
@@ -215,7 +203,29 @@ ExitStatus calibrate(CalibrateOptions options) {
     return ExitStatus::done;
 }
 
-}  // namespace
+CLI::Option* add_law_options(CLI::App& app, CalibrateOptions& options) {
+    app.add_option("--model", options.model,
+                   "what is fitted: a law of its own, or of the project's law a gain of the ratio "
+                   "(k), offset and gain of the pressure, or a difference of the wind-on "
+                   "temperature")
+        ->check(CLI::IsMember(calibration_model_names()))
+        ->capture_default_str();
+    CLI::Option* const terms = app.add_option("--terms", options.law.terms,
+                                              "terms of a polynomial law: 1 constant, 2 linear, 3")
+                                   ->check(CLI::Range(1, gauss_approximation::most_terms));
+    app.add_option("--port-sigma", options.law.port_sigma,
+                   "standard deviation of a port's pressure, for the weights of a corrected law; "
+                   "0: not known")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    app.add_option("--area", options.law.side,
+                   "side of the square averaged around each port, in pixels")
+        ->required()
+        ->check(CLI::Range(1, max_bitmap_side));
+    app.add_option("--unit", options.law.pressure_unit, "unit of the ports' pressures")
+        ->capture_default_str();
+    return terms;
+}
 
 Work prepare_calibrate(CLI::App& app, const GlobalOptions&) {
     const auto options = std::make_shared<CalibrateOptions>();
@@ -226,26 +236,7 @@ Work prepare_calibrate(CLI::App& app, const GlobalOptions&) {
     app.add_option("--ports", options->ports,
                    "marker file of the pressure ports: pixels of the ratio image, pressure as f; "
                    "else each project's own (project/test_point/port_file)");
-    app.add_option("--model", options->model,
-                   "what is fitted: a law of its own, or of the project's law a gain of the ratio "
-                   "(k), offset and gain of the pressure, or a difference of the wind-on "
-                   "temperature")
-        ->check(CLI::IsMember(calibration_model_names()))
-        ->capture_default_str();
-    CLI::Option* const terms = app.add_option("--terms", options->law.terms,
-                                              "terms of a polynomial law: 1 constant, 2 linear, 3")
-                                   ->check(CLI::Range(1, gauss_approximation::most_terms));
-    app.add_option("--port-sigma", options->law.port_sigma,
-                   "standard deviation of a port's pressure, for the weights of a corrected law; "
-                   "0: not known")
-        ->check(CLI::NonNegativeNumber)
-        ->capture_default_str();
-    app.add_option("--area", options->law.side,
-                   "side of the square averaged around each port, in pixels")
-        ->required()
-        ->check(CLI::Range(1, max_bitmap_side));
-    app.add_option("--unit", options->law.pressure_unit, "unit of the ports' pressures")
-        ->capture_default_str();
+    CLI::Option* const terms = add_law_options(app, *options);
     app.add_option("--set", options->settings,
                    "KEY=VALUE: replace a setting of the project for this computation")
         ->take_all()

@@ -25,24 +25,19 @@ struct NewOptions {
     bool force = false;
 };
 
-/// A record that could not be read must not become a record of zeros.
-void check_record(RecordOutcome outcome, const std::string& file, const char* kind) {
-    if (outcome == RecordOutcome::unknown_version) throw FileError("Unknown file version", file);
-    if (outcome == RecordOutcome::no_record)
-        throw FileError("File error!",
-                        file + ": not a " + kind + " file, it has no section of one");
-}
-
 void take_over_paint(dataSetInterface& data, const std::string& file) {
-    paintFeatures paint;
-    check_record(read_paint_calibration(file, paint), file, "paint calibration");
+    const paintFeatures paint = load_paint_calibration(file);
     write(data, std::string(keys::sens_paint), paint);
     take_units_of_paint(data, paint);
 }
 
 void take_over_camera(dataSetInterface& data, const std::string& file, const fs::path& folder) {
     cameraFeatures camera;
-    check_record(read_camera(file, camera), file, "camera");
+    // A record that could not be read must not become a record of zeros.
+    const RecordOutcome outcome = read_camera(file, camera);
+    if (outcome == RecordOutcome::unknown_version) throw FileError("Unknown file version", file);
+    if (outcome == RecordOutcome::no_record)
+        throw FileError("File error!", file + ": not a camera file, it has no section of one");
     camera.camera = fs::absolute(file).string();
     if (!camera.flat_file.empty()) {
         const fs::path flat = find_flat_file(camera, folder);

@@ -108,12 +108,14 @@ Work prepare_schedule(CLI::App& app, const GlobalOptions& global) {
     add_schedule_run(app, global, *chosen);
     add_schedule_status(app, *chosen);
     add_schedule_summary(app, *chosen);
+    add_schedule_calibrate(app, *chosen);
     add_schedule_slurm(app, *chosen);
     add_schedule_parallel(app, *chosen);
     app.footer(
         "A table has a row a point and a column a setting, by its full path or by the end of it\n"
         "where that is unique (wind_on_file, mach, static_p). Further columns: point (the name),\n"
-        "group, skip, base, auto_markers, note, and save.IMAGE (a file for an image). A second\n"
+        "group, skip, base, paint, auto_markers, note, and save.IMAGE (a file for an image). A "
+        "second\n"
         "row may hold units. Cells may be patterns of other columns: images/{point}_on.tif,\n"
         "{mach:.2f}. A row whose point is a regular expression between slashes, such as /^A/ or\n"
         "/.*/, fills the empty cells of the points that match.");

@@ -37,6 +37,7 @@ void add_schedule_check(CLI::App& schedule, Work& work);
 void add_schedule_run(CLI::App& schedule, const GlobalOptions& global, Work& work);
 void add_schedule_status(CLI::App& schedule, Work& work);
 void add_schedule_summary(CLI::App& schedule, Work& work);
+void add_schedule_calibrate(CLI::App& schedule, Work& work);
 void add_schedule_slurm(CLI::App& schedule, Work& work);
 void add_schedule_parallel(CLI::App& schedule, Work& work);
 

@@ -17,9 +17,9 @@ using Use = Column::Use;
 
 const std::map<std::string, Use, std::less<>>& special_uses() {
     static const std::map<std::string, Use, std::less<>> uses{
-        {"point", Use::point},  {"group", Use::group},  {"skip", Use::skip},
-        {"base", Use::base},    {"run", Use::variable}, {"auto_markers", Use::auto_markers},
-        {"note", Use::variable}};
+        {"point", Use::point}, {"group", Use::group},  {"skip", Use::skip},
+        {"base", Use::base},   {"run", Use::variable}, {"auto_markers", Use::auto_markers},
+        {"paint", Use::paint}, {"note", Use::variable}};
     return uses;
 }
 

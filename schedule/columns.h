@@ -17,6 +17,7 @@ struct Column {
         group,         ///< points that share a law fitted in situ
         skip,          ///< 1: leave the point out
         base,          ///< project that the point's settings stand on
+        paint,         ///< paint calibration file that takes the place of the base's record
         auto_markers,  ///< 1: find the markers of pictures that name no marker file
         save,          ///< file for an image of the list
         setting,

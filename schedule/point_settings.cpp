@@ -36,6 +36,7 @@ bool is_set(const SchedulePoint& point, std::string_view path) {
 void put_point_settings(const Schedule& schedule, const SchedulePoint& point,
                         dataSetInterface& data) {
     copy_content(point.base->settings, data);
+    if (point.paint) write(data, std::string(keys::sens_paint), point.paint->record);
     for (const auto& [path, value] : point.settings)
         data.set_value(path, value, /*is_default=*/false);
     const std::filesystem::path folder = schedule.folder_of(point);

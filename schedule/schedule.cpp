@@ -47,6 +47,13 @@ std::shared_ptr<const BaseProject> read_base(const fs::path& file) {
     return base;
 }
 
+std::shared_ptr<const PaintFile> read_paint(const fs::path& file) {
+    auto paint = std::make_shared<PaintFile>();
+    paint->record = load_paint_calibration(file.string());
+    paint->digest = known_file_sha256(file);
+    return paint;
+}
+
 /// "0,85" is read as "0.85" where commas do not part the cells.
 std::string with_decimal_point(std::string text) {
     const std::size_t comma = text.find(',');
@@ -198,6 +205,14 @@ class Reader {
         return known->second;
     }
 
+    /// A calibration lies in the base's folder or is named in full.
+    std::shared_ptr<const PaintFile> paint_of(const SchedulePoint& point, const std::string& name) {
+        const fs::path file = point.base->file.parent_path() / name;
+        const auto [known, is_new] = paints_.try_emplace(file.string());
+        if (is_new || !known->second) known->second = read_paint(file);
+        return known->second;
+    }
+
     bool read_flag(const TableRow& row, std::size_t column, const std::string& text) {
         if (text.empty() || text == "0" || text == "no" || text == "false") return false;
         if (text == "1" || text == "yes" || text == "true" || text == "x") return true;
@@ -260,19 +275,23 @@ class Reader {
             const Column& column = columns_[i];
             if (column.use == Use::skip) point.skip = read_flag(row, i, cells[i]);
             if (column.use == Use::auto_markers) point.auto_markers = read_flag(row, i, cells[i]);
-            if ((column.use != Use::setting && column.use != Use::save) || cells[i].empty())
-                continue;
+            const bool takes_text =
+                column.use == Use::setting || column.use == Use::save || column.use == Use::paint;
+            if (!takes_text || cells[i].empty()) continue;
             try {
                 const UnloggedErrors told_here;
                 const std::string text = expand_pattern(cells[i], [&](const std::string& name) {
                     return value_of(name, cells, *point.base);
                 });
-                if (column.use == Use::save)
+                if (column.use == Use::save) {
                     point.saves.emplace_back(column.name, text);
-                else
+                    told[column.name] = text;
+                } else if (column.use == Use::paint) {
+                    point.paint = paint_of(point, text);
+                } else {
                     add_setting(row, column, text, cells, point);
-                told[column.name] =
-                    column.use == Use::save ? text : format_setting(point.settings.back().second);
+                    told[column.name] = format_setting(point.settings.back().second);
+                }
             } catch (const GenericError& error) {
                 complain(row.number, column.head, error.detail.empty() ? error.text : error.detail);
             }
@@ -288,6 +307,7 @@ class Reader {
         for (const auto& [name, value] : told)
             text.append("\n").append(name).append("=").append(value);
         if (point.auto_markers) text += "\nauto_markers";
+        if (point.paint) text += "\npaint=" + point.paint->digest;
         return text_digest(text);
     }
 
@@ -330,6 +350,7 @@ class Reader {
     std::map<std::string, int> names_;
     std::map<fs::path, std::pair<int, std::string>> saved_;  ///< row and column of each file
     std::map<std::string, std::shared_ptr<const BaseProject>> bases_;
+    std::map<std::string, std::shared_ptr<const PaintFile>> paints_;
 };
 
 }  // namespace

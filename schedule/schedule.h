@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "calib/paint.h"
 #include "core/any.h"
 #include "core/data_set.h"
 #include "schedule/columns.h"
@@ -21,6 +22,12 @@ struct BaseProject {
     simpleNamedDataSet settings;
 };
 
+/// A paint calibration that points take in the place of their base's.
+struct PaintFile {
+    std::string digest;  ///< SHA-256 of the file
+    paintFeatures record;
+};
+
 /// One point of a schedule.
 struct SchedulePoint {
     std::string name;
@@ -29,6 +36,7 @@ struct SchedulePoint {
     bool skip = false;
     bool auto_markers = false;
     std::shared_ptr<const BaseProject> base;
+    std::shared_ptr<const PaintFile> paint;  ///< null: the base's
     /// What differs from the base, by path.
     std::vector<std::pair<std::string, any>> settings;
     /// Images to save, with their files (relative ones to the folder of the results).

@@ -37,6 +37,8 @@ void play_in_situ(Theatre& theatre);
 void play_viewer(Theatre& theatre);
 /// Markers on the model put on their dots, and the settings of the resection.
 void play_association(Theatre& theatre);
+/// A run of many points.
+void play_run(Theatre& theatre);
 /// The field on the model.
 void play_model(Theatre& theatre);
 

@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "point,statc_p\na,1\n",
                     {"column statc_p: no setting has this name; did you mean \"static_p\"?"}},
         ProblemCase{
-            "nearest_special", "pint\na\n", {"did you mean \"point\"?", "no column \"point\""}},
+            "nearest_special", "pont\na\n", {"did you mean \"point\"?", "no column \"point\""}},
         ProblemCase{"ambiguous", "point,noise_gain\na,1\n", {"project/sens_cam/noise_gain"}},
         ProblemCase{"twice", "point,mach,flow/mach\na,1,2\n", {"column flow/mach: stands twice"}},
         ProblemCase{"no_points", "point,mach\n/.*/,1\n", {"the table has no points"}},
