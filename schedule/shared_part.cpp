@@ -22,6 +22,19 @@ bool is_of_wind_on(std::string_view path) {
     return path.find("/wind_on_") != std::string_view::npos && !path.ends_with("_dark_file");
 }
 
+/// What is done here for the points, they tell in their own logs.
+class Unheard {
+  public:
+    Unheard() { get_log_mgr().set_level(LogLevel::fatal); }
+    ~Unheard() { get_log_mgr().set_level(before_); }
+    Unheard(const Unheard&) = delete;
+    Unheard& operator=(const Unheard&) = delete;
+
+  private:
+    LogLevel before_ = get_log_mgr().level();
+    UnloggedErrors errors_;
+};
+
 /// The corrections of wind-off pictures, one by one, so that each has its own warnings.
 void correct(Session session, TaskContext& context, SharedPart& shared) {
     for (const StepId id : steps_of(Goal::correct_wind_off, view_of(session))) {
@@ -51,7 +64,7 @@ SharedPart make_shared_part(const Schedule& schedule, const SchedulePoint& point
                             TaskContext& context) {
     SharedPart shared;
     try {
-        const UnloggedErrors told_by_the_points;
+        const Unheard told_by_the_points;
         OwnSession own;
         const Session session = own.get();
         write_point_project(schedule, point);

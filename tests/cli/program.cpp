@@ -19,6 +19,10 @@ std::string quoted(const std::string& text) {
 
 }  // namespace
 
+std::string batch_program() {
+    return VYN_BATCH_PROGRAM;
+}
+
 ProgramRun run_program_redirected(const std::vector<std::string>& arguments,
                                   const std::string& redirection) {
     const TemporaryFolder folder;

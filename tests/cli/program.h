@@ -13,6 +13,9 @@ struct ProgramRun {
     std::string err;
 };
 
+/// The program's path.
+std::string batch_program();
+
 /// Runs vynlite-batch with these arguments and waits for it.
 ProgramRun run_program(const std::vector<std::string>& arguments);
 /// The same with a shell redirection of its own, such as "> /dev/full".

@@ -6,7 +6,7 @@ target_compile_definitions(vyn_test_program PRIVATE
 add_dependencies(vyn_test_program vynlite-batch)
 
 vyn_tests(cli
-    SOURCES align_test.cpp calibrate_test.cpp commands_test.cpp model_sample_test.cpp model_test.cpp render_test.cpp usage_test.cpp
-        wrong_inputs_test.cpp
+    SOURCES align_test.cpp calibrate_test.cpp commands_test.cpp model_sample_test.cpp model_test.cpp render_test.cpp
+        schedule_test.cpp usage_test.cpp wrong_inputs_test.cpp
     LINK vyn_test_program vyn_process vyn_sample vyn_view nlohmann_json::nlohmann_json PNG::PNG)
 add_dependencies(test_cli plugins)
