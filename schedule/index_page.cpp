@@ -17,23 +17,25 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* style = R"(<style>
-body { font-family: sans-serif; margin: 2em; color: #222; background: #fff; }
-table { border-collapse: collapse; font-size: 90%; }
-th, td { border: 1px solid #bbb; padding: 3px 6px; text-align: left; vertical-align: top; }
+body { font-family: sans-serif; margin: 1.5em; color: #222; background: #fff; }
+table { border-collapse: collapse; font-size: 78%; width: 100%; }
+th, td { border: 1px solid #bbb; padding: 2px 3px; text-align: left; vertical-align: top; }
+thead th { position: sticky; top: 0; background: #fff; vertical-align: bottom; font-size: 88%; hyphens: auto; }
+td.wide { min-width: 11em; overflow-wrap: anywhere; }
 td.number { text-align: right; white-space: nowrap; }
 td.beyond { color: #b00020; font-weight: bold; }
 td.bad { background: #fbe3e4; } td.good { background: #e6f4e6; } td.doubtful { background: #fff3cd; }
 th button { font: inherit; font-weight: bold; border: 0; background: none; padding: 0; cursor: pointer; text-align: left; }
 th[aria-sort=ascending] button::after { content: " \2191"; }
 th[aria-sort=descending] button::after { content: " \2193"; }
-img { display: block; max-width: 96px; max-height: 96px; }
+img { display: block; max-width: 72px; max-height: 72px; }
 .trends { display: flex; flex-wrap: wrap; gap: 1em; }
 figure { margin: 0; } figcaption { font-size: 90%; }
 @media print {
   @page { size: A4 landscape; margin: 10mm; }
   body { margin: 0; } table { font-size: 6.5pt; } th, td { padding: 1px 3px; }
-  td.number { white-space: normal; } td.wide { word-break: break-word; }
-  tr, figure { break-inside: avoid; } thead { display: table-header-group; } img { max-width: 48px; }
+  thead th { position: static; }
+  h2 { break-after: avoid; } tr, figure { break-inside: avoid; } thead { display: table-header-group; } img { max-width: 48px; }
 }
 </style>
 )";
@@ -87,6 +89,14 @@ std::string cell(const std::string& kind, const std::string& key, const std::str
     return "<td class=\"" + kind + "\" data-key=\"" + xml_escaped(key) + "\">" + content + "</td>";
 }
 
+/// A figure in few characters.
+std::string short_number(double value) {
+    constexpr double five_digits = 1e4;
+    constexpr double eight_digits = 1e7;
+    const bool long_whole = std::abs(value) >= five_digits && std::abs(value) < eight_digits;
+    return long_whole ? format_fixed(value, 0) : format_general(value, 4);
+}
+
 /// The figures that one of the points has.
 std::vector<const FigureInfo*> known_figures(const std::vector<PointStatus>& statuses) {
     std::vector<const FigureInfo*> known;
@@ -137,7 +147,8 @@ std::string row_of(const Schedule& schedule, const SchedulePoint& point, const P
     std::string remarks = xml_escaped(status.reason);
     if (status.state)
         for (const std::string& warning : status.state->warnings)
-            remarks += (remarks.empty() ? "" : "<br>") + xml_escaped(warning);
+            if (status.reason.empty() || warning.find(status.reason) == std::string::npos)
+                remarks += (remarks.empty() ? "" : "<br>") + xml_escaped(warning);
     for (const FigureInfo* figure : figures) {
         const auto value = status.state ? status.state->figures.find(std::string(figure->name))
                                         : Figures::const_iterator{};
@@ -146,17 +157,17 @@ std::string row_of(const Schedule& schedule, const SchedulePoint& point, const P
             continue;
         }
         row += cell(is_beyond(*figure, value->second, limits) ? "number beyond" : "number",
-                    format_double(value->second), format_general(value->second, 4));
+                    format_double(value->second), short_number(value->second));
     }
     return row + cell("wide", remarks, remarks) + "</tr>\n";
 }
 
-/// One figure along the run, a dot a point, with its limit.
+/// One figure along the run, a dot a point, with its limit; nothing where it does not change.
 std::string trend(const FigureInfo& figure, const std::vector<PointStatus>& statuses,
                   const FigureLimits& limits) {
-    constexpr double width = 360;
-    constexpr double height = 120;
-    constexpr double left = 58;
+    constexpr double width = 288;
+    constexpr double height = 110;
+    constexpr double left = 60;
     constexpr double margin = 8;
     double low = INFINITY;
     double high = -INFINITY;
@@ -169,12 +180,7 @@ std::string trend(const FigureInfo& figure, const std::vector<PointStatus>& stat
         low = std::min(low, value->second);
         high = std::max(high, value->second);
     }
-    if (dots.size() < 2) return {};
-    if (!(high > low)) {
-        const double some = std::max(1e-12, std::abs(high) * 0.01);
-        low -= some;
-        high += some;
-    }
+    if (dots.size() < 2 || !(high > low)) return {};
     const auto x = [&](std::size_t i) {
         return left + (width - left - margin) * static_cast<double>(i) /
                           static_cast<double>(std::max<std::size_t>(statuses.size() - 1, 1));
@@ -195,8 +201,8 @@ std::string trend(const FigureInfo& figure, const std::vector<PointStatus>& stat
                       line(y(high), "#bbb");
     for (const double value : {low, high})
         svg += "<text x=\"" + format_general(left - 4, 6) + "\" y=\"" +
-               format_general(y(value) + 3, 6) + "\" text-anchor=\"end\">" +
-               format_general(value, 4) + "</text>\n";
+               format_general(y(value) + 3, 6) + "\" text-anchor=\"end\">" + short_number(value) +
+               "</text>\n";
     if (const auto limit = limits.find(std::string(figure.name));
         limit != limits.end() && limit->second >= low && limit->second <= high)
         svg += line(y(limit->second), "#b00020");

@@ -205,6 +205,20 @@ std::string stages(const PointReport& report) {
     return html + "</table>\n";
 }
 
+constexpr const char* style = R"(<style>
+body { font-family: sans-serif; margin: 2em; }
+table { border-collapse: collapse; }
+td, th { text-align: left; }
+td { overflow-wrap: anywhere; }
+@media print {
+  @page { size: A4; margin: 12mm; }
+  body { margin: 0; font-size: 70%; }
+  td img { max-width: 30mm; height: auto; }
+  h2 { break-after: avoid; } tr, img, svg { break-inside: avoid; }
+}
+</style>
+)";
+
 }  // namespace
 
 std::string html_report(const PointReport& report) {
@@ -212,10 +226,8 @@ std::string html_report(const PointReport& report) {
     const std::string title = "Check of " + (check.title.empty() ? "a point" : check.title);
     std::string html =
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
-        xml_escaped(title) +
-        "</title>\n<style>body { font-family: sans-serif; margin: 2em; } table { border-collapse: "
-        "collapse; } td, th { text-align: left; }</style>\n</head>\n<body>\n<h1>" +
-        xml_escaped(title) + "</h1>\n" +
+        xml_escaped(title) + "</title>\n" + style + "</head>\n<body>\n<h1>" + xml_escaped(title) +
+        "</h1>\n" +
         html_paragraph("Type of experiment: " + check.experiment + ". Field: " + check.quantity +
                        ".");
     html += html_heading("Remarks") +
