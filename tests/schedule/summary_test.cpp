@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/errors.h"
+#include "core/numbers.h"
 #include "schedule/cluster_script.h"
 #include "tests/support/temporary_folder.h"
 
@@ -68,7 +69,7 @@ TEST_F(OddRun, IsReadBackFromItsTable) {
     ASSERT_EQ(table.rows.size(), 3U);
     EXPECT_EQ(cell(1, "point"), "<i>50% #1?");
     EXPECT_EQ(cell(1, "reason"), "a, \"b\"");
-    EXPECT_EQ(std::stod(cell(1, "rms_px")), 1.0 / 3);
+    EXPECT_EQ(parse_double(cell(1, "rms_px")), 1.0 / 3);
     EXPECT_EQ(cell(1, "saturated"), "");
     EXPECT_EQ(cell(2, "state"), "skipped");
 }
