@@ -41,7 +41,7 @@ class RunView final : public ScheduleObserver {
         const std::string place =
             "[" + std::to_string(finished_) + "/" + std::to_string(count_) + "] " + point.name;
         if (!state) {
-            tell(place + ": " + note + " computes it");
+            tell(place + ": " + (note.empty() ? "another scheduler" : note) + " computes it");
             return;
         }
         std::string text = how == Taken::kept        ? "was done before"

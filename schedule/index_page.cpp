@@ -124,7 +124,7 @@ std::string thumbnail_in(const Schedule& schedule, const SchedulePoint& point) {
 
 std::string link_in(const Schedule& schedule, const SchedulePoint& point) {
     std::error_code ignored;
-    const std::string text = xml_escaped(point.name);
+    std::string text = xml_escaped(point.name);
     if (!fs::exists(schedule.folder_of(point) / "page.html", ignored)) return text;
     std::string address;
     for (const char c : point.name) {  // a name may hold what parts an address
