@@ -142,7 +142,7 @@ std::string change_since(const PointState& state, const SchedulePoint& point, In
     std::size_t found = 0;
     for (const auto& [role, name] : named_inputs(point)) {
         const auto old = std::ranges::find_if(
-            state.inputs, [&](const InputStamp& stamp) { return stamp.role == role; });
+            state.inputs, [&role = role](const InputStamp& stamp) { return stamp.role == role; });
         const std::optional<InputStamp>& now = look.at(point, name);
         if (!now && old == state.inputs.end()) continue;
         if (!now) return name + " is gone";
