@@ -65,11 +65,11 @@ void write(dataSetInterface& data, const std::string& tree, const paintFeatures&
         record.covariance ? format_covariance(record.gamma, *record.covariance) : std::string());
 }
 
-std::string covariance_problem(const dataSetInterface& data, const std::string& tree) {
-    paintFeatures record;
-    read_record(data, tree, record);
-    const std::string problem = kept_covariance(data, tree, record.gamma).problem;
-    return problem.empty() ? problem : tree + covariance_key + ": " + problem;
+KeptCovariance read_covariance(dataSetInterface& data, const std::string& tree,
+                               const LawCoefficients& gamma) {
+    KeptCovariance kept = kept_covariance(data, tree, gamma);
+    if (!kept.problem.empty()) kept.problem = tree + covariance_key + ": " + kept.problem;
+    return kept;
 }
 
 }  // namespace vyn

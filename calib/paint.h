@@ -63,8 +63,9 @@ void read(dataSetInterface& data, const std::string& tree, paintFeatures& record
 void read(const dataSetInterface& data, const std::string& tree, paintFeatures& record);
 void write(dataSetInterface& data, const std::string& tree, const paintFeatures& record);
 
-/// What keeps the covariance under the sub-tree's key "covariance" from being the law's, for the
-/// user, naming the key; empty when there is one or none is kept. Records are read without it then.
-std::string covariance_problem(const dataSetInterface& data, const std::string& tree);
+/// The covariance of these coefficients that the sub-tree's key "covariance" keeps; else a problem
+/// that names the key, or neither where none is kept. Records are read without a wrong one.
+KeptCovariance read_covariance(dataSetInterface& data, const std::string& tree,
+                               const LawCoefficients& gamma);
 
 }  // namespace vyn

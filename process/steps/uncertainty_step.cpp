@@ -251,16 +251,16 @@ void gather_law(const StepRun& run, const SigmaSettings& settings, UncertainPoin
     for (double* sigma :
          {&point.conditions.wind_off_p, &point.conditions.static_p, &point.conditions.dynamic_p})
         *sigma *= prepared.pressure_factor;
-    if (settings.at_ports && prepared.paint.covariance) {
+    const KeptCovariance kept =
+        read_covariance(run.session.data, std::string(keys::sens_paint), prepared.paint.gamma);
+    if (!kept.problem.empty())
+        warn(run.report, WarningKind::conditions,
+             kept.problem + "; the uncertainty of the field is without that of the law");
+    if (settings.at_ports && kept.covariance) {
         point.lamp = 0;
         point.conditions.wind_on_t = 0;
     }
-    const std::string problem = covariance_problem(run.session.data, std::string(keys::sens_paint));
-    if (!problem.empty())
-        warn(run.report, WarningKind::conditions,
-             problem + "; the uncertainty of the field is without that of the law");
-    point.law =
-        law_variance(prepared, point.conditions, prepared.paint.covariance, settings.law_relative);
+    point.law = law_variance(prepared, point.conditions, kept.covariance, settings.law_relative);
 }
 
 /// Of settings that may be constant or not.

@@ -81,11 +81,11 @@ TEST(Records, ACovarianceGoesWithTheCoefficientsThatItBelongsTo) {
     paintFeatures back;
     read(data, tree, back);
     EXPECT_EQ(back, paint);
-    EXPECT_EQ(covariance_problem(data, tree), "");
+    EXPECT_EQ(read_covariance(data, tree, paint.gamma).problem, "");
     data.write(tree + "gamma11", -13001.0);
     read(data, tree, back);
     EXPECT_FALSE(back.covariance);
-    EXPECT_THAT(covariance_problem(data, tree),
+    EXPECT_THAT(read_covariance(data, tree, back.gamma).problem,
                 testing::AllOf(testing::StartsWith("project/sens_paint/covariance: "),
                                testing::HasSubstr("other coefficients")));
 }
