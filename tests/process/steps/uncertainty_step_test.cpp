@@ -38,7 +38,8 @@ TEST_P(SigmaForetells, TheErrorsOfDraws) {
     EXPECT_LT(found.inside.ratio, GetParam().worst_ratio);
     EXPECT_GE(found.inside.inside, 0.93);
     EXPECT_LE(found.inside.inside, GetParam().worst_ratio > 1.2 ? 1 : 0.98);
-    EXPECT_GE(found.means.inside, 0.92);
+    // The error of a law fitted at ports is common to all means: 25 draws know the share to 5 %.
+    EXPECT_GE(found.means.inside, GetParam().disturbance.in_situ ? 0.84 : 0.92);
     EXPECT_GE(found.rim.inside, 0.9);
 }
 
