@@ -94,7 +94,7 @@ QWidget* UncertaintyDialog::point_tab() {
     light->add_row(tr("La&w, of the pressure:"),
                    form().number(keys::uncertainty_law_relative.path));
     light->add_wide(form().flag(keys::uncertainty_at_ports.path,
-                                tr("The law was fitted to p&orts of this test point")));
+                                tr("The law w&as fitted to ports of this test point")));
     light->add_row(tr("Lamp dr&ift per hour:"), form().number(keys::uncertainty_lamp_drift.path));
     light->add_row(tr("&Hours between the pictures:"),
                    form().number(keys::uncertainty_lamp_hours.path));
