@@ -146,6 +146,13 @@ MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
     return match;
 }
 
+int order_of_mapping(int wanted, const MarkerSet& reference, const MarkerSet& moved,
+                     MarkerMatchOptions options) {
+    if (wanted >= 0) return wanted;
+    options.order = 1;
+    return match_markers(reference, moved, options).orders.suggested.value_or(1);
+}
+
 std::vector<std::string> report_lines(const MarkerMatch& match, const std::string& reference_name,
                                       const std::string& moved_name) {
     const auto number = [](double value) { return format_general(value, 6); };

@@ -50,6 +50,11 @@ inline constexpr double poor_alignment_rms = 2;
 MarkerMatch match_markers(const MarkerSet& reference, const MarkerSet& moved,
                           const MarkerMatchOptions& options);
 
+/// The order that is wanted, 0 to 3, or for -1 the one with the smallest leave-one-out error among
+/// the pairs that an affine mapping finds.
+int order_of_mapping(int wanted, const MarkerSet& reference, const MarkerSet& moved,
+                     MarkerMatchOptions options);
+
 /// The report as lines for the log, the last one empty; the names are those of the two images. A
 /// match that failed has no errors to report.
 std::vector<std::string> report_lines(const MarkerMatch& match, const std::string& reference_name,

@@ -1,5 +1,6 @@
 #include "api/field_conversion.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -167,18 +168,52 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
     return ratio;
 }
 
-image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress) {
-    check_all_planes(ratio);
+namespace {
+
+/// A field of the rows that `make(kernels, law, y, row)` fills.
+template <class Make>
+image field_of_rows(const image& ratio, const FieldConversion& conversion, Progress& progress,
+                    Make make) {
     const FieldRowLaw law = row_law(conversion);
     RowResult result(ratio);
-    for_each_row(ratio, progress, [&](const PixelKernels& kernels, int y) {
-        kernels.field(const_row(ratio, y), region_row(ratio, y), law, row_limits(conversion),
-                      ratio.width(), result.row(y));
-    });
+    for_each_row(ratio, progress,
+                 [&](const PixelKernels& kernels, int y) { make(kernels, law, y, result.row(y)); });
     if (conversion.quantity == FieldQuantity::ratio || conversion.quantity == FieldQuantity::kept)
         return result.take(ratio.quantity, ratio.unit);
     return result.take(quantity_of(conversion.quantity),
                        conversion.quantity == FieldQuantity::pressure ? conversion.unit : "");
+}
+
+}  // namespace
+
+image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress) {
+    check_all_planes(ratio);
+    return field_of_rows(
+        ratio, conversion, progress,
+        [&](const PixelKernels& kernels, const FieldRowLaw& law, int y, PixelRow out) {
+            kernels.field(const_row(ratio, y), region_row(ratio, y), law, row_limits(conversion),
+                          ratio.width(), out);
+        });
+}
+
+image convert_field(const image& ratio, const TemperaturePlane& temperature,
+                    const FieldConversion& conversion, Progress& progress) {
+    if (conversion.quantity == FieldQuantity::ratio || conversion.quantity == FieldQuantity::kept)
+        return convert_field(ratio, conversion, progress);
+    check_all_planes(ratio);
+    temperature.values.check_planes();
+    check_same_size(ratio, temperature.values);
+    const auto& [gamma, factor, offset] = temperature.law;
+    FieldTemperatureLaw of_temperature{{}, factor, offset};
+    for (std::size_t i = 0; i < gamma.size(); ++i)
+        std::ranges::copy(gamma[i], of_temperature.gamma[i]);
+    return field_of_rows(
+        ratio, conversion, progress,
+        [&](const PixelKernels& kernels, const FieldRowLaw& law, int y, PixelRow out) {
+            kernels.field_at(const_row(ratio, y), const_row(temperature.values, y),
+                             region_row(ratio, y), law, of_temperature, row_limits(conversion),
+                             ratio.width(), out);
+        });
 }
 
 }  // namespace vyn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "api/image.h"
@@ -20,6 +21,20 @@ struct PaintLaw {
     double a = 0;
     double b = 0;
     double c = 0;
+};
+
+/// The paint law at any temperature: P = sum of gamma[i][j] R^i T^j, T = factor * value + offset of
+/// the values of a temperature image.
+struct PaintLawOfTemperature {
+    std::array<std::array<double, 3>, 3> gamma{};
+    double factor = 1;
+    double offset = 0;
+};
+
+/// Where every pixel has a temperature of its own.
+struct TemperaturePlane {
+    PaintLawOfTemperature law;
+    const image& values;  ///< of the ratio's size
 };
 
 /// From ratio to field. Pressures in the paint's pressure unit.
@@ -69,5 +84,10 @@ image form_ratio_of_ratios(const ChannelPictures& pictures, const RatioLimits& l
 /// rounded to 32-bit, and of exclude_below and clamp_above after it, which work inside the region
 /// only. The field knows its quantity and, when it is a pressure, its unit.
 image convert_field(const image& ratio, const FieldConversion& conversion, Progress& progress);
+
+/// The same with the law at the temperature of each pixel instead of `conversion.law`; pixels
+/// without a temperature are excluded. A ratio stays a ratio. Raises IndexError when sizes differ.
+image convert_field(const image& ratio, const TemperaturePlane& temperature,
+                    const FieldConversion& conversion, Progress& progress);
 
 }  // namespace vyn

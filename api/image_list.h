@@ -69,6 +69,12 @@ inline constexpr const char* displacement = "displacement";
 inline constexpr const char* displacement_sigma = "displacement_sigma";
 /// What of it the markers' mapping does not explain.
 inline constexpr const char* displacement_left = "displacement_left";
+/// Wind-on temperature: as a file has it, with its standard deviation, and in the frame of the
+/// results.
+inline constexpr const char* temperature_map = "temperature_map";
+inline constexpr const char* temperature_map_sigma = "temperature_map_sigma";
+inline constexpr const char* temperature = "wind_on_temperature";
+inline constexpr const char* temperature_sigma = "wind_on_temperature_sigma";
 inline constexpr const char* ratio = "Iref";
 inline constexpr const char* field = "field_P";
 /// Standard deviations of the field's pixels: of everything, of what is common to an area, and of
@@ -92,6 +98,8 @@ inline constexpr std::array results{wind_off_sens_cor,
                                     displacement_sigma,
                                     displacement_left,
                                     ratio,
+                                    temperature,
+                                    temperature_sigma,
                                     field,
                                     sigma,
                                     sigma_common,

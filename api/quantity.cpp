@@ -29,6 +29,7 @@ constexpr std::array names_of_kinds{
     Names{Kind::p_over_static, "p_over_static", "P_Pstat", "pressure over static pressure"},
     Names{Kind::cp, "cp", "Cp", "pressure coefficient"},
     Names{Kind::displacement, "displacement", "Displacement", "displacement"},
+    Names{Kind::temperature, "temperature", "Temperature", "temperature"},
 };
 
 const Names& names_of(Kind kind) {

@@ -19,6 +19,7 @@ struct Quantity {
         p_over_static,
         cp,
         displacement,
+        temperature,
     };
     Kind kind = Kind::value;
     bool deviation = false;  ///< the values are its standard deviation

@@ -85,4 +85,19 @@ PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeature
     return prepared;
 }
 
+void take_temperatures(PreparedConversion& prepared, const TemperatureSpan& span) {
+    const UnitMessagesOff quiet;  // the test's unit was complained of
+    const auto in_law = [&](double value) {
+        return convert_temperature(value, span.unit, prepared.paint.temperature_unit);
+    };
+    LawOfMap& map = prepared.of_map.emplace();
+    map.law.gamma = prepared.paint.gamma;
+    map.law.offset = in_law(0);
+    map.law.factor = in_law(1) - map.law.offset;
+    map.lowest = in_law(span.lowest);
+    map.highest = in_law(span.highest);
+    prepared.flow_in_paint_units.wind_on_t = in_law(span.mean);
+    prepared.conversion.law = law_at(prepared.paint, prepared.flow_in_paint_units.wind_on_t);
+}
+
 }  // namespace vyn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "api/field_conversion.h"
@@ -26,6 +27,21 @@ WindOffRatio wind_off_ratio(const paintFeatures& paint, double wind_off_temperat
 /// law whose ratio is that of the images itself.
 enum class WindOffRule { law, unity };
 
+/// The law where every pixel has its own temperature, and how far these go; in the paint's unit.
+struct LawOfMap {
+    PaintLawOfTemperature law;
+    double lowest = 0;
+    double highest = 0;
+};
+
+/// Temperatures of an image's valid pixels, in its own unit.
+struct TemperatureSpan {
+    std::string unit;
+    double mean = 0;
+    double lowest = 0;
+    double highest = 0;
+};
+
 /// Everything that the conversion of one test point needs, from records in any units.
 struct PreparedConversion {
     FieldConversion conversion;
@@ -33,6 +49,8 @@ struct PreparedConversion {
     paintFeatures paint;               ///< in pascal and Celsius
     const char* message = nullptr;     ///< as in WindOffRatio
     WindOffRule rule = WindOffRule::law;
+    /// Of a temperature image; nothing: `conversion.law` is that of all pixels.
+    std::optional<LawOfMap> of_map;
     /// What a difference in the flow's own units is in the law's.
     double pressure_factor = 1;
     double temperature_factor = 1;
@@ -42,5 +60,9 @@ struct PreparedConversion {
 PreparedConversion prepare_conversion(FieldQuantity quantity, const paintFeatures& paint,
                                       const flowFeatures& flow,
                                       WindOffRule rule = WindOffRule::law);
+
+/// Lets the temperatures of an image take the place of the one wind-on temperature, whose number
+/// and law become those of their mean. `prepared` is not of a ratio.
+void take_temperatures(PreparedConversion& prepared, const TemperatureSpan& span);
 
 }  // namespace vyn

@@ -71,7 +71,11 @@ ExitStatus make_sample(const SampleOptions& options) {
     if (options.mesh) return make_model_sample(options, point_options);
     if (const std::string problem = problem_of(point_options); !problem.empty())
         throw UsageError(problem);
-    check_files(options, synthetic_file_names(point_options.channels));
+    std::vector<std::string> files = synthetic_file_names(point_options.channels);
+    if (point_options.temperature_ramp != 0)
+        for (std::string& name : infrared_file_names())
+            files.push_back(std::move(name));
+    check_files(options, files);
     if (options.points > 0) check_files(options, synthetic_run_files(options.points));
 
     SampleProgress progress("Making the test point");
@@ -113,6 +117,16 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
     app.add_option("--field", point.quantity, "quantity of the project and of its truth")
         ->transform(CLI::CheckedTransformer(quantities))
         ->option_text("Pressure|P_Pstat|Cp|Irefe_Isens");
+    app.add_option("--temperature-ramp", point.temperature_ramp,
+                   "kelvin by which the model is warmer at its right end with wind; an infrared "
+                   "camera's picture of it is written, too; 10 when no number is given")
+        ->expected(0, 1)
+        ->default_str("10");
+    app.add_option("--lamp-drift", point.lamp_drift,
+                   "share of its light that the lamp has lost with wind; a patch beside the model "
+                   "shows it; 0.02 when no number is given")
+        ->expected(0, 1)
+        ->default_str("0.02");
     app.add_flag("--noise", options->noise, "add the noise of a camera and round to whole counts");
     CLI::Option* const binary = app.add_flag(
         "--binary", options->binary,
@@ -145,7 +159,9 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
             ->excludes(binary)
             ->excludes("--lifetime")
             ->excludes("--points")
-            ->excludes("--bend");
+            ->excludes("--bend")
+            ->excludes("--temperature-ramp")
+            ->excludes("--lamp-drift");
     for (CLI::Option* const option : of_paint)
         mesh->excludes(option);
     app.add_option("--mesh-nodes", options->model.mesh_nodes, "nodes of the mesh, about")
@@ -161,7 +177,9 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
         "camera.ini, paint.clb, project.xml and the true field truth.tif. With --binary also the\n"
         "reference camera's files (..._refe) and single_channel.tif, the wrong field of the "
         "signal\n"
-        "channel alone; with --lifetime the pictures of gate 1 (..._gate1). With --mesh also\n"
+        "channel alone; with --lifetime the pictures of gate 1 (..._gate1). With "
+        "--temperature-ramp\n"
+        "infrared.tif and its markers. With --mesh also\n"
         "model.vtp, markers3d.mrk, the truth at its nodes truth_mesh.vtp and of the cameras\n"
         "pose.json, the wing's edges lines.csv, and reference.json for the loads; compute it by\n"
         "run DIR/project.xml --save-mesh point.vtp.");

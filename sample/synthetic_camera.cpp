@@ -109,25 +109,41 @@ SyntheticCamera signal_camera(const SyntheticOptions& options) {
     return camera;
 }
 
-SyntheticCamera reference_camera(const SyntheticOptions& options) {
-    constexpr double scale = 0.875;
-    constexpr double angle = 0.012;  // radians
+namespace {
+
+/// A camera with another view of the laboratory: fewer pixels, turned, aimed beside its middle.
+SyntheticCamera beside(const SyntheticOptions& options, SyntheticCamera::Role role, double scale,
+                       double angle, Point off_middle) {
     SyntheticCamera camera;
-    camera.role = SyntheticCamera::Role::reference;
+    camera.role = role;
     camera.width = static_cast<int>(scale * options.width);
     camera.height = static_cast<int>(scale * options.height);
-    camera.lens.cx = 0.5 * (camera.width - 1) - 2.25;
-    camera.lens.cy = 0.5 * (camera.height - 1) + 0.75;
-    camera.lens.a2 = -0.6 * default_a2(camera.width, camera.height);
     PolyTransform& map = camera.ideal_from_laboratory;
     map.n = 3;
     map.ax[1] = map.ay[2] = scale * std::cos(angle);
     map.ax[2] = -scale * std::sin(angle);
     map.ay[1] = scale * std::sin(angle);
     const Point centre{0.5 * (options.width - 1), 0.5 * (options.height - 1)};
-    map.ax[0] = 0.5 * (camera.width - 1) + 3.4 - map.ax[1] * centre.x - map.ax[2] * centre.y;
-    map.ay[0] = 0.5 * (camera.height - 1) - 2.6 - map.ay[1] * centre.x - map.ay[2] * centre.y;
+    map.ax[0] =
+        0.5 * (camera.width - 1) + off_middle.x - map.ax[1] * centre.x - map.ax[2] * centre.y;
+    map.ay[0] =
+        0.5 * (camera.height - 1) + off_middle.y - map.ay[1] * centre.x - map.ay[2] * centre.y;
     return camera;
+}
+
+}  // namespace
+
+SyntheticCamera reference_camera(const SyntheticOptions& options) {
+    SyntheticCamera camera =
+        beside(options, SyntheticCamera::Role::reference, 0.875, 0.012, {3.4, -2.6});
+    camera.lens.cx = 0.5 * (camera.width - 1) - 2.25;
+    camera.lens.cy = 0.5 * (camera.height - 1) + 0.75;
+    camera.lens.a2 = -0.6 * default_a2(camera.width, camera.height);
+    return camera;
+}
+
+SyntheticCamera infrared_camera(const SyntheticOptions& options) {
+    return beside(options, SyntheticCamera::Role::infrared, 0.5, -0.02, {-1.7, 2.2});
 }
 
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,

@@ -28,7 +28,7 @@ struct SyntheticPictures {
 /// A camera of a synthetic point, or a gate of it. The laboratory's places are those of the signal
 /// camera's ideal picture.
 struct SyntheticCamera {
-    enum class Role : std::uint64_t { signal, reference, gate_1, second_view };
+    enum class Role : std::uint64_t { signal, reference, gate_1, second_view, infrared };
 
     static constexpr double pixel_spacing = 0.0055;  ///< mm
     static constexpr double electrons_per_count = 4;
@@ -52,6 +52,9 @@ SyntheticCamera signal_camera(const SyntheticOptions& options);
 /// That of the reference channel: another lens, fewer pixels, turned a little, not quite aimed at
 /// the same place.
 SyntheticCamera reference_camera(const SyntheticOptions& options);
+
+/// A camera of temperatures: half the pixels, no distortion, turned the other way.
+SyntheticCamera infrared_camera(const SyntheticOptions& options);
 
 /// Light in counts from a place of the laboratory, without and with wind.
 struct SyntheticLight {

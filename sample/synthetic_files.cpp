@@ -25,6 +25,8 @@ constexpr const char* single_channel_file = "single_channel.tif";
 constexpr const char* truth_marker_file = "truth.mrk";
 constexpr const char* port_file = "ports.mrk";
 constexpr const char* paint_file = "paint.clb";
+constexpr const char* infrared_file = "infrared.tif";
+constexpr const char* infrared_marker_file = "infrared.mrk";
 constexpr const char* project_file = "project.xml";
 
 /// "truth.tif" as "truth_2.tif".
@@ -104,6 +106,8 @@ std::string provenance_of(const SyntheticPoint& point) {
           {"a2", point.lens.a2},
           {"a4", point.lens.a4},
           {"field", field_name(options.quantity)},
+          {"temperature_ramp", options.temperature_ramp},
+          {"lamp_drift", options.lamp_drift},
           {"noise", options.noise == SyntheticOptions::Noise::camera},
           {"channels", channel_name(options.channels)}}}};
     return text.dump();
@@ -159,6 +163,11 @@ void put_project(const fs::path& folder, const SyntheticPoint& point, const Poin
         for (const Key<double>& read_out : {keys::sens_noise_read, keys::refe_noise_read})
             write(data, read_out, SyntheticCamera::read_noise * std::sqrt(factor));
     }
+    if (point.infrared) {
+        write(data, keys::temperature_map_file, std::string(infrared_file));
+        write(data, keys::temperature_map_mark_file, std::string(infrared_marker_file));
+        write(data, keys::temperature_source, std::string("map"));
+    }
     write(data, std::string(keys::sens_paint), point.paint);
     write(data, std::string(keys::flow), point.flow);
     if (files.settings) files.settings(data);
@@ -194,6 +203,10 @@ std::vector<std::string> synthetic_file_names(Channels channels, const std::stri
     return names;
 }
 
+std::vector<std::string> infrared_file_names() {
+    return {infrared_file, infrared_marker_file};
+}
+
 void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder, Progress& progress,
                            const PointFiles& files) {
     const auto named = [&files](const char* name) { return with_suffix(name, files.suffix); };
@@ -208,6 +221,10 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder, 
     if (point.reference)
         put_camera(folder, second_files(point.options.channels), *point.reference,
                    point.reference->camera, pictures);
+    if (point.infrared) {
+        pictures.emplace_back(infrared_file, &point.infrared->picture);
+        write_marker_file(folder / infrared_marker_file, point.infrared->markers);
+    }
     ImageWriteOptions options;
     options.provenance = provenance_of(point);
     double done = 0;

@@ -19,7 +19,9 @@ namespace {
 constexpr int smallest_side = 64;
 constexpr int largest_side = 16384;
 constexpr double strongest_distortion = 0.2;
-constexpr double most_bending = 4;  // pixels
+constexpr double most_bending = 4;    // pixels
+constexpr double steepest_ramp = 40;  // kelvin
+constexpr double most_drift = 0.5;
 constexpr int first_port_number = 101;
 constexpr int most_ports = 20;
 constexpr std::uint64_t port_stream = 0x706f727473;  // of the ports' errors
@@ -86,6 +88,35 @@ void place_truth_markers(const SyntheticScene& scene, SyntheticPoint& point) {
     std::ranges::sort(ports, {}, &Marker::id);
 }
 
+/// What an infrared camera sees: the model's temperatures before a cold wall.
+SyntheticInfrared take_infrared(const SyntheticOptions& options, const SyntheticScene& scene,
+                                const ImageMap& motion, Progress& progress) {
+    constexpr double colder = 12;  // kelvin
+    const SyntheticCamera camera = infrared_camera(options);
+    SyntheticInfrared infrared;
+    infrared.picture = image(camera.width, camera.height);
+    infrared.picture.name = "infrared";
+    infrared.picture.quantity = {Quantity::Kind::temperature};
+    infrared.picture.unit = synthetic_flow().t_unit;
+    Bitmap<float>& values = infrared.picture.values();
+    parallel_rows(camera.height, row_block, progress, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            for (int x = 0; x < camera.width; ++x) {
+                const Point place =
+                    inverse_mapped(camera.ideal_from_laboratory, {double(x), double(y)});
+                const Point on_model = motion.inverse(place).value();
+                const double wall = scene.inside(on_model) > 0 ? 0 : colder;
+                values(x, y) = static_cast<float>(synthetic_temperature(options, on_model) - wall);
+            }
+    });
+    infrared.markers.hasX = infrared.markers.hasY = true;
+    std::int32_t number = 0;
+    for (const Point& dot : scene.dots())
+        infrared.markers.markers.push_back(
+            marker_at(apply_poly(camera.ideal_from_laboratory, motion.at(dot)), ++number));
+    return infrared;
+}
+
 /// Gate 1 has the camera of gate 2.
 SyntheticCamera second_camera(const SyntheticOptions& options) {
     if (options.channels == SyntheticOptions::Channels::binary) return reference_camera(options);
@@ -118,6 +149,14 @@ std::string problem_of(const SyntheticOptions& options) {
     if (!(options.port_noise >= 0 && options.port_noise <= SyntheticScene::static_pressure))
         return "a standard deviation of the ports of " + format_double(options.port_noise) +
                " Pa is not possible";
+    if (!(std::abs(options.temperature_ramp) <= steepest_ramp))
+        return "a temperature ramp of " + format_double(options.temperature_ramp) +
+               " kelvin: at most " + format_double(steepest_ramp) + " are possible";
+    if (!(std::abs(options.lamp_drift) <= most_drift))
+        return "a drift of the lamp by " + format_double(options.lamp_drift) + ": at most " +
+               format_double(most_drift) + " is possible";
+    if (options.lamp_drift != 0 && options.channels != SyntheticOptions::Channels::single)
+        return "a lamp that drifts is that of a single channel: two cancel it";
     const Distortion lens = signal_camera(options).lens;
     const double half_diagonal = 0.5 * std::hypot(options.width, options.height);
     const double r2 = half_diagonal * half_diagonal;
@@ -166,13 +205,15 @@ SyntheticPoint make_synthetic_point(const SyntheticOptions& options, Progress& p
         place_dots(scene, motion, second, *point.reference);
         take_pictures(second, options, motion, lights.reference, *point.reference, reference);
     }
+    if (options.temperature_ramp != 0)
+        point.infrared = take_infrared(options, scene, motion, truth);
     place_truth_markers(scene, point);
     const auto quantity = [&](double pressure, double ratio) {
         return in_quantity(options.quantity, pressure, ratio, point.flow);
     };
     point.truth = field_of(options, scene, "truth", truth, [&](Point place) {
         const double pressure = scene.pressure(place);
-        return quantity(pressure, response.ratio(pressure));
+        return quantity(pressure, response.ratio(pressure, synthetic_temperature(options, place)));
     });
     if (options.channels == SyntheticOptions::Channels::binary)
         point.single_channel = field_of(options, scene, "single_channel", truth, [&](Point place) {

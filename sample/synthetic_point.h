@@ -51,6 +51,12 @@ struct SyntheticOptions {
     /// what they tell. 0: all 20.
     int ports = 0;
     double port_noise = 0;  ///< standard deviation of the ports' pressures, pascal
+    /// Kelvin, -40 to 40, by which the model is warmer at its right end than at its left one with
+    /// wind. Not 0: an infrared camera takes a picture of it.
+    double temperature_ramp = 0;
+    /// Relative, -0.5 to 0.5: light that the lamp has lost with wind. Not 0: a patch beside the
+    /// model shows the lamp alone. Of a single channel.
+    double lamp_drift = 0;
 };
 
 /// What is wrong with the options, for the user; empty when they are sound.
@@ -60,6 +66,12 @@ std::string problem_of(const SyntheticOptions& options);
 /// signal camera, whose flat field and record those of the point are.
 struct SyntheticReference : SyntheticPictures {
     cameraFeatures camera;
+};
+
+/// An infrared camera's picture of the model with wind: temperatures in the test's unit.
+struct SyntheticInfrared {
+    image picture;
+    MarkerSet markers;  ///< the dots, its pixels
 };
 
 /// A complete test point whose right answer is known. Everything is evaluated from formulas at each
@@ -85,6 +97,7 @@ struct SyntheticPoint : SyntheticPictures {
     paintFeatures paint;
     flowFeatures flow;
     std::optional<SyntheticReference> reference;
+    std::optional<SyntheticInfrared> infrared;
 
     /// The true field in the quantity of the options; excluded off the model.
     image truth;
@@ -108,6 +121,8 @@ struct PointFiles {
 std::vector<std::string> synthetic_file_names(
     SyntheticOptions::Channels channels = SyntheticOptions::Channels::single,
     const std::string& suffix = {});
+/// And of its infrared camera.
+std::vector<std::string> infrared_file_names();
 
 /// Writes images, markers, records and a project file ("project.xml", relative names) that asks for
 /// the computation of the truth ("truth.tif"); makes the folder. The files are replaced one by one.

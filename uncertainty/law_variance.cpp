@@ -92,6 +92,34 @@ LawVariance law_variance(const PreparedConversion& prepared, const ConditionSigm
     return result;
 }
 
+LawsOverTemperature laws_over(const PreparedConversion& prepared, const LawOfMap& map,
+                              ConditionSigmas sigmas,
+                              const std::optional<LawCovariance>& covariance, double law_relative) {
+    LawsOverTemperature laws;
+    laws.middle = (map.lowest + map.highest) / 2;
+    if (map.highest > map.lowest) laws.half = (map.highest - map.lowest) / 2;
+    sigmas.wind_on_t = 1;
+    for (std::size_t i = 0; i < laws.at.size(); ++i) {
+        PreparedConversion there = prepared;
+        double& temperature = there.flow_in_paint_units.wind_on_t;
+        temperature = laws.middle + laws.half * (double(i) / 2 - 1);
+        there.conversion.law = law_at(there.paint, temperature);
+        laws.at[i] = law_variance(there, sigmas, covariance, law_relative);
+    }
+    return laws;
+}
+
+Quartic polynomial_through(const std::array<double, 5>& values) {
+    const auto& [a, b, middle, c, d] = values;
+    const double even_far = (d + a) / 2 - middle;   // c2 + c4
+    const double even_near = (c + b) / 2 - middle;  // c2 / 4 + c4 / 16
+    const double odd_far = (d - a) / 2;             // c1 + c3
+    const double odd_near = (c - b) / 2;            // c1 / 2 + c3 / 8
+    const double c4 = (even_far - 4 * even_near) / 0.75;
+    const double c3 = (odd_far - 2 * odd_near) / 0.75;
+    return {middle, odd_far - c3, even_far - c4, c3, c4};
+}
+
 LawVariance identity_variance() {
     LawVariance result;
     result.by_log_ratio = {0, 1, 0};

@@ -38,6 +38,20 @@ struct LawVariance {
 LawVariance law_variance(const PreparedConversion& prepared, const ConditionSigmas& sigmas,
                          const std::optional<LawCovariance>& covariance, double law_relative);
 
+/// The law's variances at five temperatures, evenly from the lowest to the highest. They are
+/// polynomials of fourth degree in the temperature at most, so these tell all between exactly.
+struct LawsOverTemperature {
+    std::array<LawVariance, 5> at;
+    double middle = 0;  ///< temperature, in the law's unit
+    double half = 1;    ///< from the middle to the ends
+};
+LawsOverTemperature laws_over(const PreparedConversion& prepared, const LawOfMap& map,
+                              ConditionSigmas sigmas,
+                              const std::optional<LawCovariance>& covariance, double law_relative);
+
+/// A polynomial of fourth degree in u = -1 .. 1 by its values at -1, -1/2, 0, 1/2 and 1.
+Quartic polynomial_through(const std::array<double, 5>& values);
+
 /// Of the ratio itself: its variance is that of ln R times R^2.
 LawVariance identity_variance();
 

@@ -36,7 +36,7 @@ const char* remedy_for(SigmaTerm term) {
         case SigmaTerm::lamp:
             return "pictures closer in time, or a steadier lamp";
         case SigmaTerm::temperature:
-            return "a better wind-on temperature";
+            return "a better wind-on temperature, or a map of it";
         case SigmaTerm::reference:
             return "better wind-off conditions";
         case SigmaTerm::law:

@@ -141,6 +141,7 @@ class MapRows {
         std::ranges::copy(point.law.reference, law_.reference);
         std::ranges::copy(point.law.law, law_.law);
         set_scale(conversion);
+        if (point.temperature) set_laws(*point.temperature);
         sums_.assign(static_cast<std::size_t>(height_), {});
     }
 
@@ -193,6 +194,27 @@ class MapRows {
         law_.of_value2 = static_cast<float>(square(divisor));
     }
 
+    void set_laws(const UncertainTemperature& temperature) {
+        const LawsOverTemperature& laws = temperature.laws;
+        const auto fill = [&](auto member, auto& table) {
+            for (std::size_t i = 0; i < std::size(table); ++i) {
+                std::array<double, 5> values{};
+                for (std::size_t k = 0; k < values.size(); ++k)
+                    values[k] = (laws.at[k].*member)[i];
+                std::ranges::copy(polynomial_through(values), table[i]);
+            }
+        };
+        law_.given = true;
+        fill(&LawVariance::by_log_ratio, of_temperature_.by_log_ratio);
+        fill(&LawVariance::temperature, of_temperature_.temperature);
+        fill(&LawVariance::reference, of_temperature_.reference);
+        fill(&LawVariance::law, of_temperature_.law);
+        const PaintLawOfTemperature& units = temperature.map.law;
+        of_temperature_.factor = units.factor / laws.half;
+        of_temperature_.offset = (units.offset - laws.middle) / laws.half;
+        of_temperature_.to_law = units.factor;
+    }
+
     PlaceRow place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const;
     void picture_row(std::size_t i, int y, Rows& rows) const;
     void shared_row(std::size_t pair, int y, Rows& rows) const;
@@ -208,6 +230,7 @@ class MapRows {
     std::vector<PictureTables> tables_;
     std::vector<SharedTables> shared_;
     LawRow law_{};
+    LawOfTemperature of_temperature_{};
     std::vector<Sums> sums_;
 };
 
@@ -377,6 +400,11 @@ void MapRows::combine(const RatioVarianceRow& row, int y, Rows& rows) {
         const RatioVarianceRow part{row.noise + x, row.noise_white + x, row.shot + x,
                                     row.flat + x,  row.flat_white + x,  row.registration + x,
                                     row.lamp};
+        if (const auto& temperature = point_.temperature)
+            kernels_.law_at(law_, of_temperature_, point_.ratio->values().row(y) + x,
+                            temperature->values->values().row(y) + x,
+                            temperature->sigma->values().row(y) + x, mask + x, n,
+                            {rows.terms.data(), piece_stride});
         kernels_.combine(law_, part, point_.ratio->values().row(y) + x,
                          point_.field->values().row(y) + x, mask + x, n,
                          {rows.terms.data(), piece_stride}, total + x,
@@ -428,6 +456,9 @@ image like_field(const image& field, const char* name) {
 void check_sizes(const UncertainPoint& point) {
     const image& field = *point.field;
     check_same_size(field, *point.ratio);
+    if (point.temperature)
+        for (const image* plane : {point.temperature->values, point.temperature->sigma})
+            check_same_size(field, *plane);
     for (const UncertainPicture& picture : point.pictures)
         check_same_size(field, *picture.in_frame);
 }

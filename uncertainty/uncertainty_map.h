@@ -44,6 +44,15 @@ struct MovedPictures {
     DisplacementVariance variance;
 };
 
+/// The wind-on temperature where every pixel has its own.
+struct UncertainTemperature {
+    const image* values = nullptr;
+    const image* sigma = nullptr;  ///< in the same unit
+    LawOfMap map;
+    /// By temperature, the temperature's own deviation being 1; see laws_over.
+    LawsOverTemperature laws;
+};
+
 /// A point as its uncertainty depends on it; everything is in the frame of the results.
 struct UncertainPoint {
     const image* ratio = nullptr;
@@ -58,6 +67,7 @@ struct UncertainPoint {
     double other = 0;                     ///< and by what else was entered
     FieldConversion conversion;
     LawVariance law;
+    std::optional<UncertainTemperature> temperature;  ///< its laws instead of `law`
     ConditionSigmas conditions;
     bool keep_terms = false;
 };

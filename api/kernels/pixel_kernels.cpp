@@ -92,9 +92,7 @@ inline Pixels ratio_of(const Pixels& wind_off, const Pixels& wind_on, const std:
 }
 
 template <FieldRowLaw::Output output>
-inline vfloat_half converted_half(const vfloat_half& ratio, const FieldRowLaw& law) {
-    const vdouble r = widened(ratio) * law.wind_off_ratio;
-    const vdouble p = (law.c * r + law.b) * r + law.a;
+inline vfloat_half in_quantity(const vdouble& p, const FieldRowLaw& law) {
     if constexpr (output == FieldRowLaw::Output::scaled)
         return __builtin_convertvector(p * law.unit_factor, vfloat_half);
     else if constexpr (output == FieldRowLaw::Output::over_static)
@@ -104,11 +102,36 @@ inline vfloat_half converted_half(const vfloat_half& ratio, const FieldRowLaw& l
                                        vfloat_half);
 }
 
+template <FieldRowLaw::Output output>
+inline vfloat_half converted_half(const vfloat_half& ratio, const FieldRowLaw& law) {
+    const vdouble r = widened(ratio) * law.wind_off_ratio;
+    return in_quantity<output>((law.c * r + law.b) * r + law.a, law);
+}
+
+template <FieldRowLaw::Output output>
+inline vfloat_half converted_half(const vfloat_half& ratio, const vfloat_half& temperature,
+                                  const FieldRowLaw& law, const FieldTemperatureLaw& by) {
+    const vdouble r = widened(ratio) * law.wind_off_ratio;
+    const vdouble t = widened(temperature) * by.factor + by.offset;
+    const vdouble a = (by.gamma[0][2] * t + by.gamma[0][1]) * t + by.gamma[0][0];
+    const vdouble b = (by.gamma[1][2] * t + by.gamma[1][1]) * t + by.gamma[1][0];
+    const vdouble c = (by.gamma[2][2] * t + by.gamma[2][1]) * t + by.gamma[2][0];
+    return in_quantity<output>((c * r + b) * r + a, law);
+}
+
 /// The values of `lanes` pixels: to load them in halves is cheaper than to divide a vector.
 struct Halves {
     vfloat_half low;
     vfloat_half high;
 };
+
+inline Pixels limited_field(const Pixels& ratio, const vfloat& field, const vint& lost,
+                            const Limits& limits) {
+    const vint below = field < limits.lower;
+    vfloat limited = field > limits.upper ? limits.upper : field;
+    limited = below ? field : limited;
+    return {lost ? ratio.value : limited, ratio.mask != 0 ? ratio.mask : (lost | below) & 1};
+}
 
 template <FieldRowLaw::Output output>
 inline Pixels field_of(const Pixels& ratio, const Halves& halves, const FieldRowLaw& law,
@@ -120,10 +143,7 @@ inline Pixels field_of(const Pixels& ratio, const Halves& halves, const FieldRow
                                converted_half<output>(halves.high, law));
         lost |= field * 0 != 0;  // NaN unless finite
     }
-    const vint below = field < limits.lower;
-    vfloat limited = field > limits.upper ? limits.upper : field;
-    limited = below ? field : limited;
-    return {lost ? ratio.value : limited, ratio.mask != 0 ? ratio.mask : (lost | below) & 1};
+    return limited_field(ratio, field, lost, limits);
 }
 
 /// Calls `run` with the use of a region plane as a constant.
@@ -175,9 +195,35 @@ void field_row(ConstPixelRow ratio, const std::uint8_t* region, const FieldRowLa
     });
 }
 
+void field_at_row(ConstPixelRow ratio, ConstPixelRow temperature, const std::uint8_t* region,
+                  const FieldRowLaw& row_law, const FieldTemperatureLaw& of_temperature,
+                  RowLimits limits, int n, PixelRow out) {
+    const FieldRowLaw law = row_law;
+    const FieldTemperatureLaw by = of_temperature;
+    with_output(law.output, [&]<FieldRowLaw::Output output>() {
+        if constexpr (output != FieldRowLaw::Output::ratio)
+            with_region(region, [&]<Use region_plane>() {
+                const auto half = [&](int x) {
+                    return converted_half<output>(load<vfloat_half>(ratio.value + x),
+                                                  load<vfloat_half>(temperature.value + x), law,
+                                                  by);
+                };
+                for (int x = 0; x < n; x += lanes) {
+                    const Pixels pixels = load_pixels(ratio, x);
+                    const vfloat field = joined<vfloat>(half(x), half(x + half_lanes));
+                    const vint lost = (pixels.mask != 0) | (field * 0 != 0) |
+                                      (load_bytes(temperature.mask + x) != 0);
+                    put(limited_field(pixels, field, lost,
+                                      limits_inside<region_plane>(region, x, limits)),
+                        x, out);
+                }
+            });
+    });
+}
+
 }  // namespace
 
 extern const PixelKernels pixel_kernels;
-const PixelKernels pixel_kernels = {correct, ratio_row, field_row};
+const PixelKernels pixel_kernels = {correct, ratio_row, field_row, field_at_row};
 
 }  // namespace vyn::VYN_ISA

@@ -25,6 +25,13 @@ struct FieldRowLaw {
     double unit_factor;
 };
 
+/// The coefficients of that law by temperature, as in PaintLawOfTemperature.
+struct FieldTemperatureLaw {
+    double gamma[3][3];
+    double factor;
+    double offset;
+};
+
 /// Values below `lower` are excluded or clamped, values above `upper` clamped. An infinite limit
 /// does nothing.
 struct RowLimits {
@@ -42,6 +49,10 @@ struct PixelKernels {
                   RowLimits limits, int n, PixelRow out);
     void (*field)(ConstPixelRow ratio, const std::uint8_t* region, const FieldRowLaw& law,
                   RowLimits limits, int n, PixelRow out);
+    /// With a, b and c at the temperature of each pixel.
+    void (*field_at)(ConstPixelRow ratio, ConstPixelRow temperature, const std::uint8_t* region,
+                     const FieldRowLaw& law, const FieldTemperatureLaw& of_temperature,
+                     RowLimits limits, int n, PixelRow out);
 };
 
 }  // namespace vyn

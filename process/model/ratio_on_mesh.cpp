@@ -14,6 +14,7 @@
 #include "process/steps/ratio_pictures.h"
 #include "process/steps/ratio_step.h"
 #include "process/steps/step_settings.h"
+#include "process/steps/temperature_step.h"
 
 namespace vyn {
 
@@ -82,6 +83,10 @@ std::vector<PointView> views_of_ratio(const StepRun& run) {
     if (!further_projects(data).empty())
         throw AlgoError("Algorithm error!",
                         "views of further projects cannot join a ratio that is formed on the mesh");
+    if (temperature_wanted(data))
+        throw AlgoError("Algorithm error!",
+                        "a ratio that is formed on the mesh takes one wind-on temperature: set " +
+                            std::string(keys::temperature_source.path) + " to number");
     auto found = corrected_pictures(run);
     if (!found) throw AlgoError("Field3D:2d field is absent", "a corrected picture is missing");
     filter_pictures(*found, filter_options(data), run.context);
@@ -125,7 +130,7 @@ ProjectionResult put_ratio_on_mesh(const StepRun& run, field_data<double>& mesh,
     }
     check_seen(result, pictures);
     const image ratio = ratio_of(nodes, ratio_limits(data), experiment_type(data), run.context);
-    const image field = field_of_ratio(run, ratio);
+    const image field = field_of_ratio(run, ratio, nullptr);
     std::erase_if(result.quantities, [](const auto& quantity) {
         return quantity.name == "sigma_pose" || quantity.name == "spread";
     });

@@ -75,6 +75,10 @@ const Labels& common_labels() {
     static const Labels labels{{names::displacement, "Displacement"},
                                {names::displacement_sigma, "SD of the displacement"},
                                {names::displacement_left, "Displacement left after the markers"},
+                               {names::temperature_map, "Temperature map"},
+                               {names::temperature_map_sigma, "SD of the temperature map"},
+                               {names::temperature, "Wind-On temperature"},
+                               {names::temperature_sigma, "SD of the Wind-On temperature"},
                                {names::sigma, "Uncertainty of the field"},
                                {names::sigma_common, "Uncertainty common to an area"},
                                {names::sigma_area, "Uncertainty that averages out"},
@@ -122,6 +126,7 @@ PageRow row_of(const InputFile& input, const std::string& stem) {
             return {input, stem + "_mask", "Mask"};
         case InputFile::Role::picture:
         case InputFile::Role::flat:
+        case InputFile::Role::temperature:
             break;
     }
     return {input, stem, "Image"};

@@ -37,6 +37,10 @@ const std::vector<InputFile>& input_files() {
         }
         for (const RawImage* raw : {&raw_images()[0], &raw_images()[2]})
             files.push_back({Role::flat, raw->flat_name, flat_key(raw->camera), raw});
+        files.push_back(
+            {Role::temperature, image_names::temperature_map, keys::temperature_map_file, nullptr});
+        files.push_back({Role::temperature, image_names::temperature_map_sigma,
+                         keys::temperature_map_sigma_file, nullptr});
         return files;
     }();
     return table;
@@ -49,6 +53,16 @@ const InputFile* input_of_image(std::string_view image) {
         if (becomes_image && input.image == image) return &input;
     }
     return nullptr;
+}
+
+std::vector<std::pair<const char*, Key<std::string>>> files_beside(const InputFile& input) {
+    if (input.role == InputFile::Role::picture)
+        return {{"marker file", input.raw->marker_file},
+                {"mask file", input.raw->mask_file},
+                {"region file", input.raw->region_file}};
+    if (input.file.path == keys::temperature_map_file.path)
+        return {{"marker file", keys::temperature_map_mark_file}};
+    return {};
 }
 
 std::string named_file(const dataSetInterface& data, const InputFile& input) {

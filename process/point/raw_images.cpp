@@ -102,6 +102,10 @@ void treat_saturated(const dataSetInterface& data, image& picture) {
 /// What the project takes the file for, where the file does not say it itself.
 void state_quantity(image& picture, InputFile::Role role) {
     if (picture.quantity.known()) return;
+    if (role == InputFile::Role::temperature) {
+        picture.quantity = {Quantity::Kind::temperature};
+        return;
+    }
     const bool counts = role != InputFile::Role::flat;
     picture.quantity = {counts ? Quantity::Kind::raw_counts : Quantity::Kind::flat_field};
     if (counts && picture.unit.empty()) picture.unit = count_unit;
@@ -145,6 +149,10 @@ std::optional<image> load_image(const dataSetInterface& data, std::string_view n
     image picture = input.role == InputFile::Role::picture
                         ? load_raw(data, *input.raw, file, context)
                         : load_named(data, file, input.file.path, input.image, context);
+    if (input.role == InputFile::Role::temperature)
+        for (const auto& [item, key] : files_beside(input))
+            if (!read(data, key).empty())
+                picture.markers = load_markers(data, key, picture.height());
     state_quantity(picture, input.role);
     picture.origin = std::move(origin);
     picture.note_markers_saved();
@@ -168,6 +176,11 @@ std::vector<image> load_images(const dataSetInterface& data, const imagesList& p
                 if (auto picture = load_image(data, name, context))
                     loaded.push_back(std::move(*picture));
     }
+    if (read(data, keys::temperature_source) != "map") return loaded;
+    for (const char* name : {names::temperature_map, names::temperature_map_sigma})
+        if (wanted(name))
+            if (auto picture = load_image(data, name, context))
+                loaded.push_back(std::move(*picture));
     return loaded;
 }
 

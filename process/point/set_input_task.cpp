@@ -34,6 +34,7 @@ void SetInputTask::apply(TaskContext& context) const {
         case Role::picture:
         case Role::dark:
         case Role::flat:
+        case Role::temperature:
             load(input_.image, context);
             break;
         case Role::mask:

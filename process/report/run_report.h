@@ -32,6 +32,13 @@ struct ChannelAlignment {
     std::optional<CorrelationReport> correlation;  ///< of the reference channel
 };
 
+/// The wind-on temperature of a point that takes it pixel by pixel.
+struct TemperatureReport {
+    std::string from;  ///< in words: a map and its file, or what it was computed from
+    TemperatureSpan span;
+    std::optional<MarkerMatch> alignment;  ///< of a map with markers
+};
+
 /// What the tasks of one run found out beside their images; they fill it, the report shows it.
 struct RunReport {
     std::optional<bool> aligned;  ///< nothing until an alignment was tried
@@ -39,6 +46,7 @@ struct RunReport {
     std::optional<MarkerMatch> alignment;          ///< of the markers, when pairing was reached
     std::optional<CorrelationReport> correlation;  ///< of the signal channel, when asked for
     std::optional<ChannelAlignment> channels;      ///< of a point with two channels
+    std::optional<TemperatureReport> temperature;
     std::optional<PreparedConversion> conversion;
     bool field = false;  ///< the present field was computed
     std::optional<UncertaintyBudget> uncertainty;

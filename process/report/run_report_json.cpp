@@ -77,6 +77,16 @@ json uncertainty_json(const UncertaintyBudget& budget) {
     return result;
 }
 
+json temperature_json(const TemperatureReport& found) {
+    json result{{"from", found.from},
+                {"unit", found.span.unit},
+                {"mean", found.span.mean},
+                {"lowest", found.span.lowest},
+                {"highest", found.span.highest}};
+    if (found.alignment) result["alignment"] = to_json(*found.alignment);
+    return result;
+}
+
 /// Most memory that the process has had in use so far.
 std::int64_t peak_memory_bytes() {
     rusage usage{};
@@ -167,6 +177,10 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     if (report.alignment) result["alignment"] = to_json(*report.alignment);
     if (report.correlation) result["correlation"] = to_json(*report.correlation);
     if (report.channels) result["channels"] = channels_json(*report.channels);
+    if (report.temperature) {
+        result["wind_on_temperature"] = temperature_json(*report.temperature);
+        result["wind_on_temperature"]["from"] = for_report(report.temperature->from, data, images);
+    }
     if (report.conversion) result["conversion"] = conversion_json(*report.conversion);
     if (report.uncertainty) result["uncertainty"] = uncertainty_json(*report.uncertainty);
     result["steps"] = report.steps;

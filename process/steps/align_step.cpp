@@ -94,15 +94,6 @@ bool copy_accepted(const Unmapped& unmapped, TaskContext& context) {
     return context.question("Would You like to copy Image?");
 }
 
-/// The order of the mapping between the cameras: as the project says, or by the pairs that an
-/// affine mapping finds.
-int channels_order(int wanted, const image& signal, const image& reference,
-                   MarkerMatchOptions options) {
-    if (wanted >= 0) return wanted;
-    options.order = 1;
-    return match_markers(signal.markers, reference.markers, options).orders.suggested.value_or(1);
-}
-
 /// How well the mappings of two cameras agree, at the markers of the wind-on picture.
 MapConsistency consistency(const ChannelMaps& maps, const MarkerSet& signal_on) {
     std::vector<Point> points;
@@ -126,8 +117,9 @@ void align_reference_camera(const StepRun& run, const CorrectedPictures& picture
     MarkerMatchOptions options = match_options(run.session.data);
     const auto reference_on = mapping(*reference_off_picture, *reference_on_picture, options,
                                       report, report.channels->reference, unmapped);
-    options.order = channels_order(read(run.session.data, keys::channels_order),
-                                   *signal_off_picture, *reference_off_picture, options);
+    options.order =
+        order_of_mapping(read(run.session.data, keys::channels_order), signal_off_picture->markers,
+                         reference_off_picture->markers, options);
     const auto cameras = mapping(*signal_off_picture, *reference_off_picture, options, report,
                                  report.channels->cameras, unmapped);
     run.alignment.from_frame[2] = path_through({cameras});

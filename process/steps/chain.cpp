@@ -87,6 +87,7 @@ std::vector<StepId> steps_of(Goal goal, const StepView& view) {
     if (goal == Goal::displacement) append(steps, StepId::align_correlation);
     if (to_ratio) append(steps, StepId::ratio);
     if (goal == Goal::field || goal == Goal::all) {
+        append(steps, StepId::temperature);
         append(steps, StepId::field);
         if (!uncertainty_wanted(view))
             steps.push_back(StepId::uncertainty);  // it removes an older one

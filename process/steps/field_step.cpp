@@ -6,6 +6,7 @@
 #include "process/steps/field_quantity.h"
 #include "process/steps/law_conditions.h"
 #include "process/steps/step_settings.h"
+#include "process/steps/temperature_step.h"
 
 namespace vyn {
 
@@ -15,13 +16,15 @@ std::string general(double value) {
     return format_general(value, 6);
 }
 
-PreparedConversion prepare(const StepRun& run, FieldQuantity quantity, WindOffRule rule) {
+PreparedConversion prepare(const StepRun& run, FieldQuantity quantity, WindOffRule rule,
+                           const image* temperature) {
     dataSetInterface& data = run.session.data;
     paintFeatures paint;
     flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);
     read(data, std::string(keys::flow), flow);
     PreparedConversion prepared = prepare_conversion(quantity, paint, flow, rule);
+    if (temperature) take_temperatures(prepared, temperature_span(*temperature));
     // The conversion has complained of every name that its tables lack, the right ones among them.
     const std::vector<std::string> wrong =
         unit_warnings(paint, flow, prepared.paint.pressure_unit, prepared.paint.temperature_unit);
@@ -77,7 +80,12 @@ StepFacts field_facts(const StepView& view) {
         settings.add(keys::sens_paint,
                      {"gamma11", "gamma12", "gamma13", "gamma21", "gamma22", "gamma23", "gamma31",
                       "gamma32", "gamma33", "default_pressure_unit", "default_temperature_unit"});
-        settings.add(keys::flow, {"wind_off_p", "wind_off_t", "wind_on_t", "p_unit", "t_unit"});
+        settings.add(keys::flow, {"wind_off_p", "wind_off_t", "p_unit", "t_unit"});
+        if (temperature_wanted(data))
+            facts.takes.push_back({.name = image_names::temperature});
+        else
+            settings.add(keys::flow, {"wind_on_t"});
+        if (field_takes_law(data)) settings.add(keys::temperature_source);
         facts.behind = {experiment_flags};
         facts.told.emplace_back(keys::sens_paint);
         facts.told.emplace_back(keys::flow);
@@ -89,18 +97,20 @@ StepFacts field_facts(const StepView& view) {
     return facts;
 }
 
-image field_of_ratio(const StepRun& run, const image& ratio) {
+image field_of_ratio(const StepRun& run, const image& ratio, const image* temperature) {
     dataSetInterface& data = run.session.data;
     const imagesList& images = run.session.images;
     run.context.status("Calculating Field");
     FieldConversion conversion;
     conversion.quantity = field_quantity(read(data, keys::convert_field));
+    std::optional<LawOfMap> of_map;
     if (conversion.quantity != FieldQuantity::ratio) {
         const WindOffRule rule = uses_wind_off(data, images)
                                      ? wind_off_rule(read(data, keys::convert_wind_off_ratio))
                                      : WindOffRule::unity;
-        const PreparedConversion prepared = prepare(run, conversion.quantity, rule);
+        const PreparedConversion prepared = prepare(run, conversion.quantity, rule, temperature);
         conversion = prepared.conversion;
+        of_map = prepared.of_map;
         tell(run, prepared, rule);
         run.report.conversion = prepared;
     }
@@ -109,7 +119,9 @@ image field_of_ratio(const StepRun& run, const image& ratio) {
         conversion.lower = static_cast<float>(read(data, keys::convert_min));
         conversion.upper = static_cast<float>(read(data, keys::convert_max));
     }
-    image field = convert_field(ratio, conversion, run.context);
+    image field = of_map
+                      ? convert_field(ratio, {of_map->law, *temperature}, conversion, run.context)
+                      : convert_field(ratio, conversion, run.context);
     field.name = image_names::field;
     warn_if_empty(run.report, field);
     return field;
@@ -118,7 +130,12 @@ image field_of_ratio(const StepRun& run, const image& ratio) {
 TaskOutcome calculate_field(const StepRun& run) {
     const auto ratio = run.session.images.find(image_names::ratio);
     if (!ratio) return TaskOutcome::idle;
-    image field = field_of_ratio(run, *ratio);
+    std::shared_ptr<const image> temperature;
+    if (temperature_wanted(run.session.data)) {
+        temperature = run.session.images.find(image_names::temperature);
+        if (!temperature) return TaskOutcome::failed;
+    }
+    image field = field_of_ratio(run, *ratio, temperature.get());
     run.report.field = true;
     field.file_name = read(run.session.data, keys::pressure_file);
     run.publish(std::move(field));

@@ -45,13 +45,12 @@ void add_setting(ImageOrigin& origin, const dataSetInterface& data, const std::s
 ImageOrigin input_origin(const dataSetInterface& data, const InputFile& input) {
     ImageOrigin origin;
     add_stamp(origin, "file", located_file(data, input));
-    if (input.role != InputFile::Role::picture) return origin;
-    add_setting(origin, data, std::string(keys::saturation_level.path));
-    add_setting(origin, data, std::string(keys::saturation_exclude.path));
+    if (input.role == InputFile::Role::picture) {
+        add_setting(origin, data, std::string(keys::saturation_level.path));
+        add_setting(origin, data, std::string(keys::saturation_exclude.path));
+    }
     const fs::path folder = project_folder(data);
-    for (const auto& [item, key] : {std::pair{"marker file", input.raw->marker_file},
-                                    std::pair{"mask file", input.raw->mask_file},
-                                    std::pair{"region file", input.raw->region_file}})
+    for (const auto& [item, key] : files_beside(input))
         if (const std::string name = read(data, key); !name.empty())
             add_stamp(origin, item, locate(name, folder));
     return origin;

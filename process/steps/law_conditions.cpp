@@ -7,7 +7,9 @@
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "process/point/experiment_type.h"
+#include "process/report/image_statistics.h"
 #include "process/steps/field_quantity.h"
+#include "process/steps/temperature_step.h"
 
 namespace vyn {
 
@@ -101,14 +103,18 @@ std::vector<LawConditions::Line> lines_of(const flowFeatures& entered,
     const auto temperature = [&](const char* name, double value, double in_law) {
         lines.push_back({name, with_unit(value, entered.t_unit), format_general(in_law, digits)});
     };
-    temperature("Wind-on T", entered.wind_on_t, flow.wind_on_t);
+    const auto span = [](double low, double high) {
+        return format_general(low, digits) + " to " + format_general(high, digits);
+    };
+    if (prepared.of_map)
+        lines.push_back(
+            {"Wind-on T", "by pixel", span(prepared.of_map->lowest, prepared.of_map->highest)});
+    else
+        temperature("Wind-on T", entered.wind_on_t, flow.wind_on_t);
     temperature("Wind-off T", entered.wind_off_t, flow.wind_off_t);
     pressure("Wind-off P", entered.wind_off_p, flow.wind_off_p);
     pressure("Static P", entered.static_p, flow.static_p);
     pressure("Dynamic P", entered.dynamic_p, flow.dynamic_p);
-    const auto span = [](double low, double high) {
-        return format_general(low, digits) + " to " + format_general(high, digits);
-    };
     if (paint.minimal_temperature < paint.maximal_temperature)
         lines.push_back(
             {"Paint's T range",
@@ -138,14 +144,21 @@ std::vector<Warning> condition_warnings(const PreparedConversion& prepared, Wind
                  "will be wrong"});
     const paintFeatures& paint = prepared.paint;
     if (!(paint.minimal_temperature < paint.maximal_temperature)) return warnings;
-    const std::pair<const char*, double> temperatures[] = {{"wind_off_t", flow.wind_off_t},
-                                                           {"wind_on_t", flow.wind_on_t}};
+    const std::string tree(keys::flow);
+    std::vector<std::pair<std::string, double>> temperatures{
+        {tree + "wind_off_t", flow.wind_off_t}};
+    if (prepared.of_map) {
+        temperatures.emplace_back("the lowest wind-on temperature", prepared.of_map->lowest);
+        temperatures.emplace_back("the highest wind-on temperature", prepared.of_map->highest);
+    } else {
+        temperatures.emplace_back(tree + "wind_on_t", flow.wind_on_t);
+    }
     for (const auto& [name, value] : temperatures)
         if (!(value >= paint.minimal_temperature && value <= paint.maximal_temperature))
             warnings.push_back(
                 {WarningKind::paint_range,
-                 std::string(keys::flow) + name + " enters the law as " + general(value) +
-                     ", outside the paint's range " + general(paint.minimal_temperature) + " to " +
+                 name + " enters the law as " + general(value) + ", outside the paint's range " +
+                     general(paint.minimal_temperature) + " to " +
                      general(paint.maximal_temperature) + "; check the unit names: " +
                      paint.temperature_unit + " takes temperatures as they stand"});
     return warnings;
@@ -161,7 +174,10 @@ LawConditions law_conditions(const dataSetInterface& data, const imagesList& ima
     flowFeatures flow;
     read(data, std::string(keys::sens_paint), paint);
     read(data, std::string(keys::flow), flow);
-    const PreparedConversion prepared = prepare_conversion(quantity, paint, flow, rule);
+    PreparedConversion prepared = prepare_conversion(quantity, paint, flow, rule);
+    const auto map = images.find(image_names::temperature);
+    if (map && temperature_wanted(data) && image_statistics(*map).valid > 0)
+        take_temperatures(prepared, temperature_span(*map));
 
     LawConditions conditions;
     conditions.lines = lines_of(flow, paint, prepared, rule);

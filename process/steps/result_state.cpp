@@ -125,9 +125,7 @@ ImageOrigin ImageStates::compute_origin(const std::string& name) {
     ImageOrigin now = input_origin(data_, *input);
     const ImageOrigin& loaded = picture->origin;
     if (const auto old = loaded.find("file"); old != loaded.end()) now.insert(*old);
-    for (const auto& [item, key] : {std::pair{"marker file", input->raw->marker_file},
-                                    std::pair{"mask file", input->raw->mask_file},
-                                    std::pair{"region file", input->raw->region_file}}) {
+    for (const auto& [item, key] : files_beside(*input)) {
         const auto old = loaded.find(item);
         if (old != loaded.end() && !now.contains(item) && !read(data_, key).empty())
             now.insert(*old);

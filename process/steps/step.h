@@ -22,6 +22,7 @@ enum class StepId {
     align_markers,
     align_correlation,
     ratio,
+    temperature,
     field,
     uncertainty,
     model

@@ -9,6 +9,7 @@
 #include "process/steps/field_step.h"
 #include "process/steps/image_origin.h"
 #include "process/steps/ratio_step.h"
+#include "process/steps/temperature_step.h"
 #include "process/steps/uncertainty_step.h"
 
 namespace vyn {
@@ -69,6 +70,12 @@ const std::vector<Step>& step_table() {
          {align_markers, align_correlation},
          ratio_facts,
          form_ratio_image},
+        {temperature,
+         "temperature",
+         "the wind-on temperature of every pixel; only where it is no single number",
+         {},
+         temperature_facts,
+         find_temperature},
         {field,
          "field",
          "pressure, P/Pstat or Cp by the paint's law and the test conditions",

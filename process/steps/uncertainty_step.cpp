@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "api/resample.h"
+#include "core/errors.h"
 #include "core/keys.h"
 #include "core/log.h"
 #include "process/point/experiment_type.h"
@@ -14,6 +15,7 @@
 #include "process/steps/field_quantity.h"
 #include "process/steps/ratio_step.h"
 #include "process/steps/step_settings.h"
+#include "process/steps/temperature_step.h"
 #include "uncertainty/uncertainty_map.h"
 
 namespace vyn {
@@ -54,8 +56,8 @@ SigmaSettings settings_of(dataSetInterface& data) {
         .read = {number(keys::sens_noise_read), number(keys::refe_noise_read)},
         .marker_sigma = number(keys::uncertainty_marker_sigma),
         .registration_sigma = number(keys::uncertainty_registration_sigma),
-        .conditions = {number(keys::uncertainty_t_on_sigma), number(keys::uncertainty_t_off_sigma),
-                       number(keys::uncertainty_p_off_sigma),
+        .conditions = {temperature_wanted(data) ? 0 : number(keys::uncertainty_t_on_sigma),
+                       number(keys::uncertainty_t_off_sigma), number(keys::uncertainty_p_off_sigma),
                        number(keys::uncertainty_static_sigma),
                        number(keys::uncertainty_dynamic_sigma)},
         .law_relative = number(keys::uncertainty_law_relative),
@@ -66,18 +68,20 @@ SigmaSettings settings_of(dataSetInterface& data) {
 }
 
 /// Their paths, but for `terms`.
-SettingPaths setting_paths() {
+SettingPaths setting_paths(const dataSetInterface& data) {
     SettingPaths paths;
+    if (field_takes_law(data)) paths.add(keys::temperature_source);
+    if (!temperature_wanted(data)) paths.add(keys::uncertainty_t_on_sigma);
     paths.add(
         keys::uncertainty_noise, keys::uncertainty_noise_relative, keys::uncertainty_flat_relative,
         keys::uncertainty_frames_off, keys::uncertainty_frames_on, keys::uncertainty_frames_dark,
         keys::uncertainty_frames_flat, keys::sens_noise_gain, keys::refe_noise_gain,
         keys::sens_noise_read, keys::refe_noise_read, keys::uncertainty_marker_sigma,
-        keys::uncertainty_registration_sigma, keys::uncertainty_t_on_sigma,
-        keys::uncertainty_t_off_sigma, keys::uncertainty_p_off_sigma,
-        keys::uncertainty_static_sigma, keys::uncertainty_dynamic_sigma,
-        keys::uncertainty_law_relative, keys::uncertainty_lamp_drift, keys::uncertainty_lamp_hours,
-        keys::uncertainty_lamp_level, keys::uncertainty_other_relative, keys::uncertainty_at_ports);
+        keys::uncertainty_registration_sigma, keys::uncertainty_t_off_sigma,
+        keys::uncertainty_p_off_sigma, keys::uncertainty_static_sigma,
+        keys::uncertainty_dynamic_sigma, keys::uncertainty_law_relative,
+        keys::uncertainty_lamp_drift, keys::uncertainty_lamp_hours, keys::uncertainty_lamp_level,
+        keys::uncertainty_other_relative, keys::uncertainty_at_ports);
     return paths;
 }
 
@@ -235,7 +239,8 @@ void gather_moved(const StepRun& run, const SigmaSettings& settings, ExperimentT
     add({{2, -1}, {3, 1}}, variance_of(run, settings, std::nullopt, channels.cameras, frame));
 }
 
-void gather_law(const StepRun& run, const SigmaSettings& settings, UncertainPoint& point) {
+void gather_law(const StepRun& run, const SigmaSettings& settings, Gathered& gathered) {
+    UncertainPoint& point = gathered.point;
     point.lamp = settings.lamp;
     point.other = settings.other;
     if (!run.report.conversion) {
@@ -261,6 +266,21 @@ void gather_law(const StepRun& run, const SigmaSettings& settings, UncertainPoin
         point.conditions.wind_on_t = 0;
     }
     point.law = law_variance(prepared, point.conditions, kept.covariance, settings.law_relative);
+    if (!prepared.of_map) return;
+    const imagesList& images = run.session.images;
+    UncertainTemperature& temperature = point.temperature.emplace();
+    for (const auto& [name, plane] : {std::pair{names::temperature, &temperature.values},
+                                      std::pair{names::temperature_sigma, &temperature.sigma}}) {
+        const Picture found = images.find(name);
+        if (!found)
+            throw StateError("State error!",
+                             "the image " + std::string(name) + " is not there any more");
+        *plane = found.get();
+        gathered.held.push_back(found);
+    }
+    temperature.map = *prepared.of_map;
+    temperature.laws = laws_over(prepared, *prepared.of_map, point.conditions,
+                                 kept.covariance, settings.law_relative);
 }
 
 /// Of settings that may be constant or not.
@@ -302,6 +322,9 @@ StepFacts uncertainty_facts(const StepView& view) {
     facts.takes = corrected_images(view);
     facts.takes.push_back({.name = names::field});
     facts.takes.push_back({.name = names::ratio});
+    if (temperature_wanted(data))
+        for (const char* name : {names::temperature, names::temperature_sigma})
+            facts.takes.push_back({.name = name});
     SettingPaths behind;
     for (const std::size_t i : pictures_of_ratio(view)) {
         const RawImage& raw = raw_images()[i];
@@ -321,7 +344,7 @@ StepFacts uncertainty_facts(const StepView& view) {
     if (read(data, keys::convert_field) != "Irefe_Isens")
         settings.add(keys::sens_paint, {"covariance"});
     facts.settings = settings.take();
-    for (std::string& path : setting_paths().take())
+    for (std::string& path : setting_paths(data).take())
         facts.settings.push_back(std::move(path));
     facts.behind = behind.take();
     for (const char* tree : {experiment_flags, "project/processing/align/"})
@@ -347,7 +370,7 @@ TaskOutcome calculate_uncertainty(const StepRun& run) {
     gather_pictures(run, settings, *pictures, gathered);
     gather_shared(run, settings, type, gathered);
     gather_moved(run, settings, type, *field, gathered);
-    gather_law(run, settings, point);
+    gather_law(run, settings, gathered);
     point.degree = read(run.session.data, keys::spline_degree);
     point.filter = filter_options(run.session.data);
     point.keep_terms = settings.terms;

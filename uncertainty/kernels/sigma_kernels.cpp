@@ -267,6 +267,45 @@ void quartic_row(const double* coefficients, double fa, float scale2, const floa
         out[i] = mask[i] == 0 && out[i] > 0 ? scale2 * out[i] : 0.0F;
 }
 
+double value_at(const double (&coefficients)[5], double u) {
+    const double(&c)[5] = coefficients;
+    return (((c[4] * u + c[3]) * u + c[2]) * u + c[1]) * u + c[0];
+}
+
+double quartic_at(const double (&c)[5][5], double r, double u) {
+    return (((value_at(c[4], u) * r + value_at(c[3], u)) * r + value_at(c[2], u)) * r +
+            value_at(c[1], u)) *
+               r +
+           value_at(c[0], u);
+}
+
+void law_at(const LawRow& law, const LawOfTemperature& of_temperature, const float* ratio,
+            const float* values, const float* sigma, const std::uint8_t* mask, int n,
+            const TermRows& rows) {
+    const LawOfTemperature by = of_temperature;
+    const double scale2 = double(law.scale) * double(law.scale);
+    const double fa = law.fa;
+    float* __restrict temperature = rows.first + 4 * rows.stride;
+    float* __restrict reference = rows.first + 5 * rows.stride;
+    float* __restrict coefficients = rows.first + 6 * rows.stride;
+    float* __restrict by_ratio = rows.first + 8 * rows.stride;
+    for (int i = 0; i < n; ++i) {
+        const double r = fa * static_cast<double>(ratio[i]);
+        const double u = by.factor * static_cast<double>(values[i]) + by.offset;
+        const double deviation = by.to_law * static_cast<double>(sigma[i]);
+        const double slope =
+            (value_at(by.by_log_ratio[2], u) * r + value_at(by.by_log_ratio[1], u)) * r;
+        const double of_t = quartic_at(by.temperature, r, u) * deviation * deviation;
+        const double of_reference = quartic_at(by.reference, r, u);
+        const double of_law = quartic_at(by.law, r, u);
+        const double valid = mask[i] == 0 ? scale2 : 0.0;
+        by_ratio[i] = static_cast<float>(valid * slope * slope);
+        temperature[i] = static_cast<float>(of_t > 0 ? valid * of_t : 0.0);
+        reference[i] = static_cast<float>(of_reference > 0 ? valid * of_reference : 0.0);
+        coefficients[i] = static_cast<float>(of_law > 0 ? valid * of_law : 0.0);
+    }
+}
+
 void combine(const LawRow& law_row, const RatioVarianceRow& variances, const float* ratio,
              const float* value, const std::uint8_t* mask, int n, const TermRows& rows,
              float* __restrict total, float* __restrict common, float* __restrict area) {
@@ -283,11 +322,12 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
     float* __restrict coefficients = row(6);
     float* __restrict conditions = row(7);
     float* __restrict by_ratio = row(8);
-    for (int i = 0; i < n; ++i) {
-        const float r = law.fa * ratio[i];
-        const float slope = (law.by_log_ratio[2] * r + law.by_log_ratio[1]) * r;
-        by_ratio[i] = mask[i] == 0 ? scale2 * slope * slope : 0.0F;
-    }
+    if (!law.given)
+        for (int i = 0; i < n; ++i) {
+            const float r = law.fa * ratio[i];
+            const float slope = (law.by_log_ratio[2] * r + law.by_log_ratio[1]) * r;
+            by_ratio[i] = mask[i] == 0 ? scale2 * slope * slope : 0.0F;
+        }
     for (int i = 0; i < n; ++i) {
         noise[i] = by_ratio[i] * in.noise[i];
         flat[i] = by_ratio[i] * in.flat[i];
@@ -296,10 +336,12 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
         registration[i] = by_ratio[i] * in.registration[i];
         lamp[i] = by_ratio[i] * in.lamp;
     }
-    const auto fa = static_cast<double>(law.fa);
-    quartic_row(law.temperature, fa, scale2, ratio, mask, n, temperature);
-    quartic_row(law.reference, fa, scale2, ratio, mask, n, reference);
-    quartic_row(law.law, fa, scale2, ratio, mask, n, coefficients);
+    if (!law.given) {
+        const auto fa = static_cast<double>(law.fa);
+        quartic_row(law.temperature, fa, scale2, ratio, mask, n, temperature);
+        quartic_row(law.reference, fa, scale2, ratio, mask, n, reference);
+        quartic_row(law.law, fa, scale2, ratio, mask, n, coefficients);
+    }
     for (int i = 0; i < n; ++i) {
         const float divided = law.shift2 + law.of_value2 * value[i] * value[i];
         conditions[i] = mask[i] == 0 ? divided : 0.0F;
@@ -322,6 +364,6 @@ extern const SigmaKernels sigma_kernels;
 const SigmaKernels sigma_kernels{places,     phase,   base,           nearest,      gather,
                                  gain,       noise,   measured_noise, shared,       common,
                                  slope,      squares, column_sums,    registration, sum,
-                                 largest_of, root,    tally,          combine};
+                                 largest_of, root,    tally,          law_at,       combine};
 
 }  // namespace vyn::VYN_ISA

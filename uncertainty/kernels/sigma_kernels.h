@@ -55,9 +55,22 @@ struct LawRow {
     double temperature[5];
     double reference[5];
     double law[5];
+    bool given;       ///< `law_at` has written the terms by the law, and the slope in the last row
     float scale;      ///< output unit per unit of the law
     float shift2;     ///< variance that the same error of all values adds, output unit squared
     float of_value2;  ///< relative variance of the divisor
+};
+
+/// The law where each pixel has a temperature: coefficients of r^i u^j, u = -1 .. 1 over the map's
+/// temperatures.
+struct LawOfTemperature {
+    double by_log_ratio[3][5];
+    double temperature[5][5];
+    double reference[5][5];
+    double law[5][5];
+    double factor;  ///< u = factor * value + offset
+    double offset;
+    double to_law;  ///< a difference in the law's unit per one of the map's
 };
 
 /// The same plane's rows y - 1, y and y + 1.
@@ -134,6 +147,11 @@ struct SigmaKernels {
     /// Valid pixels, and those of them whose `largest` is above a limit.
     void (*tally)(const float* largest, const std::uint8_t* mask, int n, float limit, int* valid,
                   int* above);
+    /// The rows temperature, reference and law of `terms`, and into the last one the squared slope
+    /// by ln R, where each pixel has a temperature and a standard deviation of it.
+    void (*law_at)(const LawRow& law, const LawOfTemperature& of_temperature, const float* ratio,
+                   const float* temperature, const float* sigma, const std::uint8_t* mask, int n,
+                   const TermRows& terms);
     /// Variances in the output unit squared into `terms`, sigma_rows rows of n: noise, flat,
     /// registration, lamp, temperature, reference, law, conditions, and photons alone; 0 at
     /// excluded pixels.

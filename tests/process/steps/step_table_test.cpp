@@ -77,6 +77,7 @@ struct Scenario {
     std::vector<std::pair<std::string, any>> settings;
     bool without_wind_off = false;
     double bending = 0;
+    double temperature_ramp = 0;
 };
 
 const std::string align = "project/processing/align/";
@@ -95,17 +96,28 @@ std::vector<std::pair<std::string, any>> everything_on() {
             {"project/sens_cam/noise_gain", any(2.0)}};
 }
 
+const std::string temperature = "project/processing/temperature/";
+
+std::vector<std::pair<std::string, any>> temperature_map() {
+    auto settings = everything_on();
+    settings.emplace_back(temperature + "order", any(1));
+    settings.emplace_back(align + "markers_geometry", any(0));
+    return settings;
+}
+
 class StepFactsHold : public testing::TestWithParam<Scenario> {
   protected:
     StepFactsHold() {
         register_plugins("*.2dio");
-        write_synthetic_point(make_synthetic_point({.width = GetParam().bending == 0 ? 96 : 160,
-                                                    .height = GetParam().bending == 0 ? 72 : 120,
-                                                    .order = 1,
-                                                    .bending = GetParam().bending,
-                                                    .channels = GetParam().channels},
-                                                   context),
-                              folder.path(), context);
+        write_synthetic_point(
+            make_synthetic_point({.width = GetParam().bending == 0 ? 96 : 160,
+                                  .height = GetParam().bending == 0 ? 72 : 120,
+                                  .order = 1,
+                                  .bending = GetParam().bending,
+                                  .channels = GetParam().channels,
+                                  .temperature_ramp = GetParam().temperature_ramp},
+                                 context),
+            folder.path(), context);
         ReadProject request{.file = folder / "project.xml", .settings = GetParam().settings};
         EXPECT_EQ(ReadProjectTask(session, request).run(context), TaskOutcome::done);
         if (!GetParam().without_wind_off) return;
@@ -261,6 +273,13 @@ INSTANTIATE_TEST_SUITE_P(
                              Channels::binary,
                              {{convert + "field", any(std::string("P_Pstat"))},
                               {"project/processing/uncertainty/enable", any(1)}}},
+                    Scenario{"single_with_a_temperature_map", Channels::single, temperature_map(),
+                             false, 0, 10},
+                    Scenario{"gates_with_recovery_temperature",
+                             Channels::lifetime,
+                             {{temperature + "source", any(std::string("recovery"))},
+                              {temperature + "total", any(300.0)},
+                              {"project/flow/mach", any(0.7)}}},
                     Scenario{"binary_with_everything", Channels::binary, everything_on()},
                     Scenario{"lifetime", Channels::lifetime, everything_on()},
                     Scenario{"gates_without_wind_off", Channels::lifetime, {}, true},
