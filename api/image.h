@@ -9,6 +9,7 @@
 #include "api/bitmap.h"
 #include "api/quantity.h"
 #include "api/shared_plane.h"
+#include "core/clock_time.h"
 #include "markers/marker.h"
 
 namespace vyn {
@@ -51,6 +52,8 @@ struct ImageAttributes {
     /// What a reader knows of the file's pixels: largest value that its type can hold (0 = unknown)
     /// and, when some pixel reached it in any averaged frame, where (1 = saturated).
     double full_scale = 0;
+    std::optional<double> exposure;  ///< seconds, where the file tells it
+    std::optional<ClockTime> taken;  ///< when, likewise
     std::shared_ptr<const Bitmap<std::uint8_t>> saturated;
     /// Of a picture that was averaged from several frames; null for others.
     std::shared_ptr<const FrameStatistics> frames;

@@ -17,6 +17,8 @@ image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t
     result.file_sha256.clear();
     result.origin.clear();
     result.frames.reset();
+    result.exposure.reset();
+    result.taken.reset();
     if (frame == PixelFrame::other) {
         result.displacement.reset();
         result.saturated.reset();

@@ -11,9 +11,9 @@ enum class PixelFrame {
 };
 
 /// An image like `source` with other planes and without region plane. It keeps the attributes but
-/// the source's digest, origin and frames, since these values come from no file and other settings,
-/// and in another frame the displacement and where the source saturated; whoever moves pixels moves
-/// the markers too. Nothing counts as saved.
+/// the source's digest, origin, frames, exposure and time, since these values come from no file and
+/// other settings, and in another frame the displacement and where the source saturated; whoever
+/// moves pixels moves the markers too. Nothing counts as saved.
 image with_planes(const image& source, Bitmap<float> values, Bitmap<std::uint8_t> mask,
                   PixelFrame frame = PixelFrame::same);
 

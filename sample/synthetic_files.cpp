@@ -10,6 +10,7 @@
 #include "process/point/experiment_type.h"
 #include "process/point/marker_io.h"
 #include "process/steps/field_quantity.h"
+#include "sample/synthetic_light.h"
 #include "sample/synthetic_point.h"
 
 namespace vyn {
@@ -162,6 +163,14 @@ void put_project(const fs::path& folder, const SyntheticPoint& point, const Poin
             write(data, gain, SyntheticCamera::electrons_per_count / factor);
         for (const Key<double>& read_out : {keys::sens_noise_read, keys::refe_noise_read})
             write(data, read_out, SyntheticCamera::read_noise * std::sqrt(factor));
+    }
+    if (point.options.lamp_drift != 0) {
+        const MonitorPatch patch = monitor_patch(point.options);
+        write(data, keys::lamp_monitor, std::string("region"));
+        write(data, keys::lamp_x, patch.x);
+        write(data, keys::lamp_y, patch.y);
+        write(data, keys::lamp_width, patch.width);
+        write(data, keys::lamp_height, patch.height);
     }
     if (point.infrared) {
         write(data, keys::temperature_map_file, std::string(infrared_file));

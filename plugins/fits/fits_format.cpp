@@ -102,19 +102,20 @@ FitsPicture examine(const fs::path& path, FitsFile& file) {
     return picture;
 }
 
+double number_keyword(FitsFile& file, const char* name, double fallback) {
+    int missing = 0;
+    double value = fallback;
+    fits_read_key(file.handle(), TDOUBLE, name, &value, nullptr, &missing);
+    return missing == 0 ? value : fallback;
+}
+
 /// Largest value of an integer type after its offset, such as 65535 for the unsigned convention; 0
 /// for floating point, and for scaled integers, whose range was fitted to the picture.
 double full_scale(FitsFile& file, int type) {
     if (type < 0) return 0;
-    const auto keyword = [&](const char* name, double fallback) {
-        int missing = 0;
-        double value = fallback;
-        fits_read_key(file.handle(), TDOUBLE, name, &value, nullptr, &missing);
-        return missing == 0 ? value : fallback;
-    };
-    if (keyword("BSCALE", 1) != 1) return 0;
+    if (number_keyword(file, "BSCALE", 1) != 1) return 0;
     const double greatest = type == BYTE_IMG ? 255 : std::ldexp(1.0, type - 1) - 1;
-    return greatest + keyword("BZERO", 0);
+    return greatest + number_keyword(file, "BZERO", 0);
 }
 
 /// Empty when it is missing or no text.
@@ -185,6 +186,9 @@ image FitsFormat::read(const fs::path& path, Progress& progress) const {
     progress.fraction(1);
     image result = burst.take(path);
     take_description(description(file), result);
+    for (const char* name : {"EXPTIME", "EXPOSURE"})
+        if (!result.exposure) result.exposure = sound_exposure(number_keyword(file, name, 0));
+    if (!result.taken) result.taken = parse_clock_time(text_keyword(file, "DATE-OBS"));
     result.quantity = quantity_stored_as(text_keyword(file, quantity_keyword));
     // Units that are no plain ASCII stand in the description only.
     if (const std::string unit = text_keyword(file, unit_keyword); !unit.empty())

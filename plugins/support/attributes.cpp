@@ -37,15 +37,34 @@ std::string sound_unit(const std::string& text) {
     return text;
 }
 
+std::optional<double> sound_exposure(double seconds) {
+    constexpr double longest = 1e6;
+    if (!(seconds > 0 && seconds <= longest)) return std::nullopt;
+    return seconds;
+}
+
 void add_attributes(Json& object, const ImageAttributes& image) {
     if (image.quantity.known()) object["quantity"] = stored_name(image.quantity);
     if (!image.unit.empty()) object["unit"] = image.unit;
+    if (image.exposure) object["exposure"] = *image.exposure;
+    if (image.taken)
+        object["taken"] = {{"seconds", image.taken->seconds}, {"dated", image.taken->dated}};
     if (!image.origin.empty()) object["origin"] = image.origin;
 }
 
 void take_attributes(const Json& object, ImageAttributes& image) {
     image.quantity = quantity_stored_as(text_of(object, "quantity"));
     image.unit = sound_unit(text_of(object, "unit"));
+    if (const auto exposure = object.find("exposure");
+        exposure != object.end() && exposure->is_number())
+        image.exposure = sound_exposure(exposure->get<double>());
+    if (const auto taken = object.find("taken"); taken != object.end() && taken->is_object()) {
+        const auto seconds = taken->find("seconds");
+        const auto dated = taken->find("dated");
+        if (seconds != taken->end() && seconds->is_number() && dated != taken->end() &&
+            dated->is_boolean())
+            image.taken = ClockTime{seconds->get<double>(), dated->get<bool>()};
+    }
     const auto origin = object.find("origin");
     if (origin == object.end() || !origin->is_object() || origin->size() > most_origins) return;
     for (const auto& [item, value] : origin->items())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,8 +10,9 @@
 
 namespace vyn::plugins {
 
-/// What the description of an image in a file tells of its numbers: the members "quantity" (text),
-/// "unit" (text) and "origin" (object of texts) of a JSON object.
+/// What the description of an image in a file tells of it: the members "quantity" (text), "unit"
+/// (text), "exposure" (seconds), "taken" (object of seconds and whether they are dated) and
+/// "origin" (object of texts) of a JSON object.
 
 /// Sets those that the image has something to say for.
 void add_attributes(nlohmann::ordered_json& object, const ImageAttributes& image);
@@ -26,5 +28,7 @@ void take_description(std::string_view text, ImageAttributes& image);
 /// The text when it can be a unit (short, printable Latin or Greek), else empty: readers ask, since
 /// units go to labels, titles and reports.
 std::string sound_unit(const std::string& text);
+/// The seconds when they can be an exposure.
+std::optional<double> sound_exposure(double seconds);
 
 }  // namespace vyn::plugins

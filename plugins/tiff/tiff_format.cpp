@@ -70,7 +70,7 @@ image TiffFormat::read(const fs::path& path, Progress& progress) const {
     const Frames frames = find_frames(file);
     Burst burst(frames.page.width, frames.page.height, frames.count,
                 full_scale(frames.page.samples));
-    file.rewind();
+    const TiffExposure exposed = exposure(file);
     int frame = 0;
     for (bool more = true; more; more = file.next_page()) {
         if (!is_full_page(file)) continue;
@@ -81,6 +81,8 @@ image TiffFormat::read(const fs::path& path, Progress& progress) const {
         read_frame(file, frames.page, part, burst);
     }
     image picture = burst.take(path);
+    picture.exposure = exposed.exposure;
+    picture.taken = exposed.taken;
     take_description(text, picture);
     return picture;
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "plugins/support/attributes.h"
 #include "plugins/support/refusal.h"
 
 namespace vyn::plugins {
@@ -180,6 +181,27 @@ std::string description(const TiffFile& file) {
     const char* text = nullptr;
     if (!TIFFGetField(file.handle(), TIFFTAG_IMAGEDESCRIPTION, &text) || !text) return {};
     return text;
+}
+
+TiffExposure exposure(TiffFile& file) {
+    file.rewind();
+    TiffExposure found;
+    const auto text = [&file](std::uint32_t number) {
+        const char* value = nullptr;
+        TIFFGetField(file.handle(), number, &value);
+        return parse_clock_time(value ? value : "");
+    };
+    found.taken = text(TIFFTAG_DATETIME);
+    toff_t exif = 0;
+    if (TIFFGetField(file.handle(), TIFFTAG_EXIFIFD, &exif) &&
+        TIFFReadEXIFDirectory(file.handle(), exif)) {
+        double seconds = 0;
+        if (TIFFGetField(file.handle(), EXIFTAG_EXPOSURETIME, &seconds))
+            found.exposure = sound_exposure(seconds);
+        if (const auto taken = text(EXIFTAG_DATETIMEORIGINAL)) found.taken = taken;
+    }
+    file.rewind();
+    return found;
 }
 
 TiffPage examine_page(const TiffFile& file) {

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "core/clock_time.h"
 #include "core/progress.h"
 #include "plugins/tiff_support/tiff_file.h"
 #include "plugins/tiff_support/tiff_samples.h"
@@ -28,6 +30,14 @@ bool is_full_page(const TiffFile& file);
 
 /// The ImageDescription of the current page; empty when it has none.
 std::string description(const TiffFile& file);
+
+/// When and how long the picture was exposed, by its Exif tags and its date.
+struct TiffExposure {
+    std::optional<double> exposure;  ///< seconds
+    std::optional<ClockTime> taken;
+};
+/// Of the first page, to which the file goes back.
+TiffExposure exposure(TiffFile& file);
 
 /// Examines the current page. Raises FileError naming the file: colour, unknown type, too large,
 /// cut off.

@@ -13,6 +13,7 @@ void start_project(dataSetInterface& data) {
     write(data, keys::resample_once, 1);
     write(data, keys::spline_edges, std::string("extended"));
     write(data, keys::uncertainty_enable, 1);
+    write(data, keys::lamp_exposure, 1);
 }
 
 void take_units_of_paint(dataSetInterface& data, const paintFeatures& paint) {

@@ -72,4 +72,14 @@ void warn_if_empty(RunReport& report, const image& picture) {
          picture.name + " has no valid pixel: dark level, masks, flat field or limits exclude all");
 }
 
+std::string light_words(const LightReport& light) {
+    std::string text;
+    if (!light.from.empty())
+        text = "The lamp's light is corrected by " + light.from + ": with wind " +
+               format_general(100 * (light.on_over_off - 1), 3) + " %";
+    if (light.exposures.empty()) return text;
+    if (!text.empty()) text += ". ";
+    return text + "Exposures are taken into account: " + light.exposures;
+}
+
 }  // namespace vyn

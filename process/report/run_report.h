@@ -39,6 +39,16 @@ struct TemperatureReport {
     std::optional<MarkerMatch> alignment;  ///< of a map with markers
 };
 
+/// How the pictures were brought under one light.
+struct LightReport {
+    std::string from;        ///< of the lamp, in words; empty: it was not looked at
+    double on_over_off = 1;  ///< its light
+    double variance = 0;     ///< relative, of that; 0: not known
+    std::string exposures;   ///< that differ, in words; empty: none
+};
+/// In a sentence or two.
+std::string light_words(const LightReport& light);
+
 /// What the tasks of one run found out beside their images; they fill it, the report shows it.
 struct RunReport {
     std::optional<bool> aligned;  ///< nothing until an alignment was tried
@@ -46,6 +56,7 @@ struct RunReport {
     std::optional<MarkerMatch> alignment;          ///< of the markers, when pairing was reached
     std::optional<CorrelationReport> correlation;  ///< of the signal channel, when asked for
     std::optional<ChannelAlignment> channels;      ///< of a point with two channels
+    std::optional<LightReport> light;
     std::optional<TemperatureReport> temperature;
     std::optional<PreparedConversion> conversion;
     bool field = false;  ///< the present field was computed

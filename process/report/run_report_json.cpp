@@ -1,5 +1,6 @@
 #include "process/report/run_report_json.h"
 
+#include <cmath>
 #include <cstdint>
 
 #include <nlohmann/json.hpp>
@@ -177,6 +178,11 @@ json to_json(const RunReport& report, const dataSetInterface& data, const images
     if (report.alignment) result["alignment"] = to_json(*report.alignment);
     if (report.correlation) result["correlation"] = to_json(*report.correlation);
     if (report.channels) result["channels"] = channels_json(*report.channels);
+    if (report.light)
+        result["light"] = {{"from", for_report(report.light->from, data, images)},
+                           {"wind_on_over_wind_off", report.light->on_over_off},
+                           {"relative_sigma", std::sqrt(report.light->variance)},
+                           {"exposures", report.light->exposures}};
     if (report.temperature) {
         result["wind_on_temperature"] = temperature_json(*report.temperature);
         result["wind_on_temperature"]["from"] = for_report(report.temperature->from, data, images);

@@ -6,9 +6,11 @@
 #include "api/resample.h"
 #include "api/thinning.h"
 #include "core/errors.h"
+#include "core/log.h"
 #include "process/point/experiment_type.h"
 #include "process/steps/correct_step.h"
 #include "process/steps/corrected_pictures.h"
+#include "process/steps/lamp_correction.h"
 #include "process/steps/ratio_pictures.h"
 #include "process/steps/step_settings.h"
 
@@ -129,6 +131,7 @@ StepFacts ratio_facts(const StepView& view) {
     if (type != ExperimentType::single || read(data, keys::resample_once) != 0)
         add_camera_pictures(view, facts);
 
+    add_lamp_facts(view, facts);
     SettingPaths of_ratio;
     of_ratio.add(keys::filter_threshold, keys::filter_thinning);
     if (read(data, keys::filter_threshold) != 0)
@@ -148,6 +151,7 @@ TaskOutcome form_ratio_image(const StepRun& run) {
     if (!found) return TaskOutcome::failed;
     CorrectedPictures pictures = std::move(*found);
     require_mapped(pictures, run.alignment);
+    const LampCorrection lamp = lamp_correction(run, pictures);  // its patch does not move
     const ExperimentType type = experiment_type(data);
     const Sampling sampling = sampling_of(data);
     const std::optional<FilterOptions> filter = filter_options(data);
@@ -160,6 +164,9 @@ TaskOutcome form_ratio_image(const StepRun& run) {
             if (pictures[i] && pictures.front() && raw_images()[i].aligned_name)
                 aligned.emplace_back(*pictures[i]).name = raw_images()[i].aligned_name;
     if (sampling == Sampling::once) filter_pictures(pictures, filter, run.context);
+    apply_lamp_correction(lamp, pictures);
+    run.report.light = lamp.report;
+    if (lamp.report) get_log().write(LogLevel::progress, light_words(*lamp.report));
     image ratio = ratio_of(pictures, ratio_limits(data), type, run.context);
     exclude_outside_regions(pictures, ratio);
     thin_if_asked(ratio, data, run.context);

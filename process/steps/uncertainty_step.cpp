@@ -13,6 +13,7 @@
 #include "process/steps/correct_step.h"
 #include "process/steps/corrected_pictures.h"
 #include "process/steps/field_quantity.h"
+#include "process/steps/lamp_correction.h"
 #include "process/steps/ratio_step.h"
 #include "process/steps/step_settings.h"
 #include "process/steps/temperature_step.h"
@@ -33,9 +34,10 @@ struct SigmaSettings {
     int frames_off, frames_on, frames_dark, frames_flat;
     std::array<double, 2> gain, read;  ///< of the signal and the reference camera
     double marker_sigma, registration_sigma;
-    ConditionSigmas conditions;        ///< in the test's units
-    double law_relative, lamp, other;  ///< the last two as variances of the ratio, relative
-    bool at_ports;                     ///< the law made good what lamp and wind-on temperature did
+    ConditionSigmas conditions;  ///< in the test's units
+    /// The last three as variances of the ratio, relative.
+    double law_relative, drift, lamp_level, other;
+    bool at_ports;  ///< the law made good what lamp and wind-on temperature did
     bool terms;
 };
 
@@ -61,7 +63,8 @@ SigmaSettings settings_of(dataSetInterface& data) {
                        number(keys::uncertainty_static_sigma),
                        number(keys::uncertainty_dynamic_sigma)},
         .law_relative = number(keys::uncertainty_law_relative),
-        .lamp = square(drift) / 3 + square(number(keys::uncertainty_lamp_level)),
+        .drift = square(drift) / 3,
+        .lamp_level = square(number(keys::uncertainty_lamp_level)),
         .other = square(number(keys::uncertainty_other_relative)),
         .at_ports = read(data, keys::uncertainty_at_ports) != 0,
         .terms = read(data, keys::uncertainty_terms) != 0};
@@ -239,9 +242,12 @@ void gather_moved(const StepRun& run, const SigmaSettings& settings, ExperimentT
     add({{2, -1}, {3, 1}}, variance_of(run, settings, std::nullopt, channels.cameras, frame));
 }
 
-void gather_law(const StepRun& run, const SigmaSettings& settings, Gathered& gathered) {
+void gather_law(const StepRun& run, const SigmaSettings& settings,
+                const CorrectedPictures& pictures, Gathered& gathered) {
     UncertainPoint& point = gathered.point;
-    point.lamp = settings.lamp;
+    point.lamp = settings.drift;
+    const std::optional<LightReport> light = lamp_correction(run, pictures).report;
+    point.lamp += light && light->variance > 0 ? light->variance : settings.lamp_level;
     point.other = settings.other;
     if (!run.report.conversion) {
         point.conversion.quantity = FieldQuantity::ratio;
@@ -338,12 +344,14 @@ StepFacts uncertainty_facts(const StepView& view) {
         behind.add(taker.camera, {"cx", "cy", "a2", "a4"});
         facts.told.emplace_back(taker.camera);
     }
+    add_lamp_facts(view, facts);
     facts.takes.push_back({.name = names::displacement_sigma,
                            .need = StepImage::Need::if_there,
                            .use = StepImage::Use::behind});
     if (read(data, keys::convert_field) != "Irefe_Isens")
         settings.add(keys::sens_paint, {"covariance"});
-    facts.settings = settings.take();
+    for (std::string& path : settings.take())
+        facts.settings.push_back(std::move(path));
     for (std::string& path : setting_paths(data).take())
         facts.settings.push_back(std::move(path));
     facts.behind = behind.take();
@@ -370,7 +378,7 @@ TaskOutcome calculate_uncertainty(const StepRun& run) {
     gather_pictures(run, settings, *pictures, gathered);
     gather_shared(run, settings, type, gathered);
     gather_moved(run, settings, type, *field, gathered);
-    gather_law(run, settings, gathered);
+    gather_law(run, settings, *pictures, gathered);
     point.degree = read(run.session.data, keys::spline_degree);
     point.filter = filter_options(run.session.data);
     point.keep_terms = settings.terms;

@@ -13,6 +13,7 @@ vyn_tests(process
         steps/correlation_step_test.cpp
         steps/law_conditions_test.cpp
         steps/step_table_test.cpp
+        steps/lamp_correction_test.cpp
         steps/temperature_step_test.cpp
         steps/uncertainty_step_test.cpp
         ../support/sigma_coverage.cpp

@@ -106,6 +106,11 @@ TEST_F(CorrelationStep, AlignsBothChannelsOfBinaryPaint) {
     open_point(options);
     write(vyn_db(), keys::uncertainty_enable, 1);
     write(vyn_db(), keys::uncertainty_terms, 1);
+    // the test's 26 degrees everywhere: a wall that recovers all
+    write(vyn_db(), keys::temperature_source, std::string("recovery"));
+    write(vyn_db(), keys::temperature_total, 26.0);
+    write(vyn_db(), keys::temperature_recovery_factor, 1.0);
+    vyn_db().write(std::string(keys::flow) + "mach", 0.5);
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_LE(field_error(), 2e-3);
     ASSERT_TRUE(report->channels->correlation);

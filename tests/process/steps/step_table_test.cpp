@@ -102,6 +102,12 @@ std::vector<std::pair<std::string, any>> temperature_map() {
     auto settings = everything_on();
     settings.emplace_back(temperature + "order", any(1));
     settings.emplace_back(align + "markers_geometry", any(0));
+    settings.emplace_back("project/processing/lamp/monitor", any(std::string("region")));
+    settings.emplace_back("project/processing/lamp/region_x", any(40));
+    settings.emplace_back("project/processing/lamp/region_y", any(30));
+    settings.emplace_back("project/processing/lamp/region_width", any(9));
+    settings.emplace_back("project/processing/lamp/region_height", any(9));
+    settings.emplace_back("project/processing/lamp/exposure", any(1));
     return settings;
 }
 
