@@ -49,6 +49,9 @@ nlohmann::ordered_json patch_json(const PatchLoads& patch, const LoadsArguments&
         entry["coefficients"]["Ch"] = hinge_coefficient(moment, arguments.reference);
     }
     if (patch.force_sigma) entry["force_of_one_sigma_pose"] = *patch.force_sigma;
+    if (patch.force_sigma_common && patch.force_sigma_random)
+        entry["force_sigma"] = {{"common", *patch.force_sigma_common},
+                                {"random", *patch.force_sigma_random}};
     return entry;
 }
 

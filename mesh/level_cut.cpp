@@ -21,6 +21,8 @@ LevelCut::LevelCut(const Field& mesh, const Surface& surface, std::span<const do
       heights_(heights),
       quantity_(quantity),
       sigma_(mesh.find("sigma_pose")),
+      common_(mesh.find("sigma_common")),
+      random_(mesh.find("sigma_random")),
       view_(mesh.find("view")) {}
 
 void LevelCut::cut(const Field::Zone& zone) {
@@ -80,6 +82,7 @@ int LevelCut::crossing(int a, int b) {
     };
     point.value = between(&quantity_);
     point.sigma = between(sigma_);
+    point.sigma_field = std::hypot(between(common_), between(random_));
     const bool has_view = view_ && view_->place == Field::Place::node;
     point.view = has_view ? view_->values[t < 0.5 ? va : vb] : unknown;
     crossings_.push_back({point, {}});

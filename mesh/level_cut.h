@@ -51,6 +51,8 @@ class LevelCut {
     std::span<const double> heights_;
     const field_data<double>::Quantity& quantity_;
     const field_data<double>::Quantity* sigma_;
+    const field_data<double>::Quantity* common_;
+    const field_data<double>::Quantity* random_;
     const field_data<double>::Quantity* view_;
     std::map<std::pair<int, int>, int> numbers_;
     std::vector<Crossing> crossings_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numeric>
 
 #include "core/errors.h"
@@ -49,6 +50,23 @@ void add_face(const Field& mesh, const Surface& surface, std::size_t t,
     loads.moment = loads.moment - cross(first, vector);
 }
 
+/// The field's own standard deviations on a mesh.
+struct FieldDeviation {
+    explicit FieldDeviation(const Field& of)
+        : mesh(of), common(of.find("sigma_common")), random(of.find("sigma_random")) {}
+    bool known() const { return common && random; }
+    /// The number of the value at a face's corner.
+    std::size_t place(const Surface& surface, std::size_t t, std::size_t corner) const {
+        return random->place == Field::Place::node
+                   ? static_cast<std::size_t>(surface.triangles[t][corner])
+                   : static_cast<std::size_t>(mesh.cell_of(t));
+    }
+
+    const Field& mesh;
+    const Field::Quantity* common;
+    const Field::Quantity* random;
+};
+
 /// `faces` in the order in which they are summed.
 PatchLoads loads_of(const Field& mesh, const Surface& surface, const std::string& name,
                     const std::vector<std::size_t>& faces, const LoadsRequest& request) {
@@ -57,6 +75,9 @@ PatchLoads loads_of(const Field& mesh, const Surface& surface, const std::string
     PatchLoads loads;
     loads.name = name;
     PatchLoads deviation;
+    const FieldDeviation field(mesh);
+    Vec3 common{};
+    std::map<std::size_t, Vec3> weights;  // of the nodes' values in the force
     for (const std::size_t t : faces) {
         if (!surface.counts[t]) continue;
         const Vec3 vector = 0.5 * surface.area_vector(mesh, t);
@@ -71,8 +92,26 @@ PatchLoads loads_of(const Field& mesh, const Surface& surface, const std::string
         if (sigma)
             add_face(mesh, surface, t, corner_values(mesh, *sigma, surface, t), request.about,
                      deviation);
+        if (!field.known()) continue;
+        const auto shared = corner_values(mesh, *field.common, surface, t);
+        common = common + ((shared[0] + shared[1] + shared[2]) / 3) * vector;
+        for (std::size_t c = 0; c < 3; ++c) {
+            Vec3& weight = weights[field.place(surface, t, c)];
+            weight = weight + (1.0 / 3) * vector;
+        }
     }
     if (sigma) loads.force_sigma = -1 * deviation.force;
+    if (!field.known()) return loads;
+    Vec3 variance{};
+    for (const auto& [place, weight] : weights)
+        for (std::size_t i = 0; i < 3; ++i)
+            variance[i] += std::pow(weight[i] * field.random->values[place], 2);
+    for (std::size_t i = 0; i < 3; ++i) {
+        common[i] = std::abs(common[i]);
+        variance[i] = std::sqrt(variance[i]);
+    }
+    loads.force_sigma_common = common;
+    loads.force_sigma_random = variance;
     return loads;
 }
 
@@ -84,6 +123,15 @@ void add(PatchLoads& sum, const PatchLoads& part) {
     sum.projected = sum.projected + part.projected;
     sum.covered_projected = sum.covered_projected + part.covered_projected;
     if (part.force_sigma) sum.force_sigma = sum.force_sigma.value_or(Vec3{}) + *part.force_sigma;
+    if (!part.force_sigma_common || !part.force_sigma_random) return;
+    Vec3& common =
+        sum.force_sigma_common ? *sum.force_sigma_common : sum.force_sigma_common.emplace();
+    Vec3& random =
+        sum.force_sigma_random ? *sum.force_sigma_random : sum.force_sigma_random.emplace();
+    // The common part moves all patches at once; without their signs it is at most that.
+    common = common + *part.force_sigma_common;
+    for (std::size_t i = 0; i < 3; ++i)
+        random[i] = std::hypot(random[i], (*part.force_sigma_random)[i]);
 }
 
 }  // namespace

@@ -35,6 +35,10 @@ struct PatchLoads {
     Vec3 covered_projected{};
     /// The force of one standard deviation everywhere at once, from the quantity "sigma_pose".
     std::optional<Vec3> force_sigma;
+    /// Standard deviations of the force by the field's own: of "sigma_common", the same everywhere
+    /// at once, and of "sigma_random", each node (or cell) for itself.
+    std::optional<Vec3> force_sigma_common;
+    std::optional<Vec3> force_sigma_random;
 
     double covered_share() const { return area > 0 ? covered_area / area : 0; }
 };

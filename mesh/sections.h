@@ -15,11 +15,12 @@ struct SectionPlane {
 
 struct SectionPoint {
     Vec3 place{};
-    double s = 0;      ///< along the curve from its first point
-    double x_c = 0;    ///< from the section's leading (0) to its trailing point (1)
-    double value = 0;  ///< NaN where it was not seen
-    double sigma = 0;  ///< of "sigma_pose"; NaN without
-    double view = 0;   ///< of "view"; NaN without
+    double s = 0;            ///< along the curve from its first point
+    double x_c = 0;          ///< from the section's leading (0) to its trailing point (1)
+    double value = 0;        ///< NaN where it was not seen
+    double sigma = 0;        ///< of "sigma_pose"; NaN without
+    double sigma_field = 0;  ///< of "sigma_common" and "sigma_random" together; NaN without
+    double view = 0;         ///< of "view"; NaN without
 };
 
 /// Points in order along one zone's cut; the last point of a closed one is the first again.

@@ -35,19 +35,33 @@ double bilinear(const image& picture, Point p) {
     return sum;
 }
 
-/// The mean of the places across the line that have a value.
-double band_mean(const image& picture, Point middle, Point across, int width) {
+/// The places across the line that have a value.
+struct Band {
     double sum = 0;
+    double squares = 0;
     int count = 0;
+
+    double mean() const { return count > 0 ? sum / count : gap; }
+};
+
+Band band_of(const image& picture, Point middle, Point across, int width) {
+    Band band;
     for (int k = 0; k < width; ++k) {
         const double offset = k - (width - 1) / 2.0;
         const double value =
             bilinear(picture, {middle.x + offset * across.x, middle.y + offset * across.y});
         if (!std::isfinite(value)) continue;
-        sum += value;
-        ++count;
+        band.sum += value;
+        band.squares += value * value;
+        ++band.count;
     }
-    return count > 0 ? sum / count : gap;
+    return band;
+}
+
+Point across_line(const LineProfile& profile) {
+    if (!(profile.length > 0)) return {0, 1};
+    return {-(profile.to.y - profile.from.y) / profile.length,
+            (profile.to.x - profile.from.x) / profile.length};
 }
 
 }  // namespace
@@ -63,16 +77,27 @@ LineProfile sample_profile(const image& picture, Point from, Point to, int width
                         "a profile is 1 to " + std::to_string(widest_profile) + " pixels wide");
     const int steps = static_cast<int>(std::ceil(profile.length));
     const Point along{to.x - from.x, to.y - from.y};
-    const Point across = profile.length > 0
-                             ? Point{-along.y / profile.length, along.x / profile.length}
-                             : Point{0, 1};
+    const Point across = across_line(profile);
     for (int i = 0; i <= steps; ++i) {
         const double part = steps > 0 ? double(i) / steps : 0;
         const Point place{from.x + part * along.x, from.y + part * along.y};
         profile.samples.push_back(
-            {part * profile.length, place, band_mean(picture, place, across, width)});
+            {part * profile.length, place, band_of(picture, place, across, width).mean()});
     }
     return profile;
+}
+
+void add_sigmas(LineProfile& profile, const ProfileSigmas& sigmas, int width) {
+    const Point across = across_line(profile);
+    for (ProfileSample& sample : profile.samples) {
+        if (width == 1) {
+            sample.sigma = band_of(sigmas.total, sample.place, across, 1).mean();
+            continue;
+        }
+        const Band random = band_of(sigmas.area, sample.place, across, width);
+        sample.sigma = std::hypot(band_of(sigmas.common, sample.place, across, width).mean(),
+                                  std::sqrt(random.squares) / random.count);
+    }
 }
 
 std::vector<std::span<const ProfileSample>> unbroken_parts(const LineProfile& profile) {
@@ -102,13 +127,22 @@ std::optional<double> value_at(const LineProfile& profile, double distance) {
 }
 
 std::string profile_csv(std::span<const LineProfile> profiles) {
-    std::string text = "line,distance,x,y,value\n";
+    const bool with_sigma = std::ranges::any_of(profiles, [](const LineProfile& profile) {
+        return std::ranges::any_of(profile.samples,
+                                   [](const auto& sample) { return !std::isnan(sample.sigma); });
+    });
+    const auto cell = [](double value) {
+        return "," + (std::isnan(value) ? "" : format_double(value));
+    };
+    std::string text = with_sigma ? "line,distance,x,y,value,sigma\n" : "line,distance,x,y,value\n";
     for (std::size_t line = 0; line < profiles.size(); ++line)
         for (const ProfileSample& sample : profiles[line].samples) {
             text += std::to_string(line + 1);
             for (const double number : {sample.distance, sample.place.x, sample.place.y})
                 text += "," + format_double(number);
-            text += "," + (std::isnan(sample.value) ? "" : format_double(sample.value)) + "\n";
+            text += cell(sample.value);
+            if (with_sigma) text += cell(sample.sigma);
+            text += "\n";
         }
     return text;
 }

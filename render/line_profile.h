@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,6 +16,7 @@ struct ProfileSample {
     double distance = 0;  ///< from the line's start, pixels
     Point place;          ///< on the line
     double value = 0;     ///< NaN where every pixel asked for is excluded or outside
+    double sigma = std::numeric_limits<double>::quiet_NaN();  ///< of the value; NaN: not known
 };
 
 /// Values along a straight line over an image.
@@ -36,6 +38,16 @@ inline constexpr int widest_profile = 201;
 /// range.
 LineProfile sample_profile(const image& picture, Point from, Point to, int width);
 
+/// Standard deviations beside an image, of its size.
+struct ProfileSigmas {
+    const image& total;
+    const image& common;  ///< the same over an area
+    const image& area;    ///< of the random part, as it averages out
+};
+/// Gives the samples of a profile of that width their standard deviations: a pixel's own, and of a
+/// mean across the line the common part and the random one over the root of the number.
+void add_sigmas(LineProfile& profile, const ProfileSigmas& sigmas, int width);
+
 /// The stretches of a profile between its gaps; they live as long as the profile.
 std::vector<std::span<const ProfileSample>> unbroken_parts(const LineProfile& profile);
 
@@ -44,7 +56,8 @@ std::vector<std::span<const ProfileSample>> unbroken_parts(const LineProfile& pr
 std::optional<double> value_at(const LineProfile& profile, double distance);
 
 /// The profiles below each other as comma-separated values with one head line: line, distance, x,
-/// y, value; a gap has an empty value. Numbers read back to the same bits.
+/// y, value, and sigma where one of them has it; a gap has an empty value. Numbers read back to the
+/// same bits.
 std::string profile_csv(std::span<const LineProfile> profiles);
 
 }  // namespace vyn

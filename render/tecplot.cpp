@@ -5,6 +5,7 @@
 #include <cmath>
 #include <fstream>
 
+#include "api/image_parts.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "render/view_source.h"
@@ -23,7 +24,7 @@ void append(std::string& line, Number number) {
     line.append(digits, end).push_back(' ');
 }
 
-std::string header(const image& picture, std::string caption) {
+std::string header(const image& picture, std::string caption, bool with_sigma) {
     std::string title = caption;
     if (picture.quantity.known()) title += ", " + field_label(picture).text();
     for (std::string* text : {&caption, &title})
@@ -32,15 +33,17 @@ std::string header(const image& picture, std::string caption) {
     std::string text = "TITLE=\"" + title + "\"\n";
     text += "VARIABLES =\"x\" \"y\" \"i\" ";
     if (vectors) text += "\"u\" \"v\"";
+    if (with_sigma) text += "\"sigma\" ";
     text += "\"b\"\n";
     text += "ZONE T=\"" + caption + "\" I=" + std::to_string(picture.width()) +
             ",J=" + std::to_string(picture.height()) + ",K=1,F=POINT\n";
     text += "DT=(DOUBLE DOUBLE DOUBLE DOUBLE ";
     if (vectors) text += "DOUBLE DOUBLE ";
+    if (with_sigma) text += "DOUBLE ";
     return text + "\n";
 }
 
-void append_row(std::string& text, const image& picture, int y) {
+void append_row(std::string& text, const image& picture, const image* sigma, int y) {
     const float* const values = picture.values().row(y);
     const std::uint8_t* const mask = picture.mask().row(y);
     const auto finite = [](float value) { return std::isfinite(value) ? value : 0.0F; };
@@ -53,6 +56,7 @@ void append_row(std::string& text, const image& picture, int y) {
             append(text, finite(vector.u));
             append(text, finite(vector.v));
         }
+        if (sigma) append(text, mask[x] != 0 ? 0.0F : finite(sigma->values()(x, y)));
         text += mask[x] != 0 || !std::isfinite(values[x]) ? "1\n" : "0\n";
     }
 }
@@ -60,14 +64,15 @@ void append_row(std::string& text, const image& picture, int y) {
 }  // namespace
 
 void write_tecplot(const image& picture, const std::string& caption,
-                   const std::filesystem::path& file, Progress& progress) {
+                   const std::filesystem::path& file, Progress& progress, const image* sigma) {
     picture.check_planes();
+    if (sigma) check_same_size(picture, *sigma);
     AtomicFile target(file, {unit});
     std::ofstream out(target.temporary(), std::ios::binary);
-    std::string text = header(picture, caption);
+    std::string text = header(picture, caption, sigma != nullptr);
     for (int y = 0; y < picture.height() && out; ++y) {
         throw_if_aborted(progress);
-        append_row(text, picture, y);
+        append_row(text, picture, sigma, y);
         out.write(text.data(), static_cast<std::streamsize>(text.size()));
         text.clear();
         progress.fraction((y + 1.0) / picture.height());

@@ -73,7 +73,8 @@ TaskOutcome ExportTask::run(TaskContext& context) {
             break;
         }
         case ExportKind::tecplot:
-            write_tecplot(*request_.picture, request_.caption, request_.file, context);
+            write_tecplot(*request_.picture, request_.caption, request_.file, context,
+                          request_.sigma.get());
             break;
         case ExportKind::image_file: {
             ImageWriteOptions options;

@@ -44,6 +44,7 @@ struct ExportRequest {
     PictureOptions options;        ///< of the presentation picture
     std::string caption;           ///< of the plotting package's zone
     bool project_results = false;  ///< the project's settings and inputs are behind the image
+    std::shared_ptr<const image> sigma = nullptr;  ///< its standard deviations, for the package
 };
 
 /// Writes one file, atomically. The session is the one whose settings and inputs are behind project

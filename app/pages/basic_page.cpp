@@ -58,7 +58,7 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
     if (look->state.type != type_) return;
     for (ImageCard* card : cards_)
         card->show_look(*look);
-    for (InputRow* row : flats_)
+    for (InputRow* row : image_rows_)
         row->show_state(look->state.rows.at(row->row().stem));
     results_->show_look(*look);
     steps_->show_needs(look->state.needs);

@@ -85,7 +85,7 @@ class BasicPage : public ExperimentPage {
     /// Of the type that is shown now.
     ExperimentType type_ = ExperimentType::single;
     std::vector<ImageCard*> cards_;
-    std::vector<InputRow*> flats_;
+    std::vector<InputRow*> image_rows_;
     std::vector<RecordGroup*> records_;
     SaturationRow* saturation_ = nullptr;
     StepGroup* steps_ = nullptr;

@@ -13,6 +13,7 @@
 #include "app/pages/saturation_row.h"
 #include "app/pages/step_group.h"
 #include "calib/ui/convert_dialog.h"
+#include "calib/ui/light_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/test_dialog.h"
 #include "calib/ui/uncertainty_dialog.h"
@@ -25,7 +26,7 @@ namespace vyn {
 void BasicPage::build(ExperimentType type) {
     type_ = type;
     cards_.clear();
-    flats_.clear();
+    image_rows_.clear();
     records_.clear();
 
     auto* content = new QWidget(scroll_);
@@ -78,7 +79,7 @@ QWidget* BasicPage::camera_group() {
             connect(calibrate, &QPushButton::clicked, this, &BasicPage::calibrate_camera);
         }
         auto* row = new InputRow(flats[i], group);
-        flats_.push_back(row);
+        image_rows_.push_back(row);
         connect_row(row);
         connect(row, &InputRow::view_wanted, this,
                 [this, image = flats[i].input.image] { view(image); });
@@ -97,6 +98,14 @@ QWidget* BasicPage::option_group() {
     auto* test = group->add_button("test_btn", tr("&Test conditions..."),
                                    [] { return conditions_summary(vyn_db()); });
     connect(test, &QPushButton::clicked, this, [this] { open_dialog<QVynTest>(); });
+    auto* light = group->add_button("light_btn", tr("&Light and temperature..."),
+                                    [] { return light_summary(vyn_db()); });
+    connect(light, &QPushButton::clicked, this, [this] { open_dialog<LightDialog>(); });
+    auto* map = new InputRow(temperature_row(), group);
+    image_rows_.push_back(map);
+    connect_row(map);
+    connect(map, &InputRow::view_wanted, this, [this] { view(image_names::temperature_map); });
+    group->add_row(tr("Temperature map:"), map);
     auto* align = group->add_button("align_btn", tr("Ali&gnment and filters..."),
                                     [] { return alignment_summary(vyn_db()); });
     connect(align, &QPushButton::clicked, this, [this] { open_dialog<QVynAlign>(); });

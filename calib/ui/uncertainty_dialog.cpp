@@ -35,6 +35,11 @@ UncertaintyDialog::UncertaintyDialog(dataSetInterface& settings, QWidget* parent
     tabs->addTab(point_tab(), tr("&Test point"));
     auto* inside = new QVBoxLayout(all);
     inside->addWidget(tabs);
+    auto* shown = new QWidget;
+    auto* shown_rows = new FormGrid(shown);
+    shown_rows->add_row(tr("&Hatch pixels above, in the field's unit:"),
+                        form().number(keys::uncertainty_limit.path));
+    inside->addWidget(shown);
     inside->addWidget(
         form().flag(keys::uncertainty_terms.path, tr("&Keep one image for each part of it")));
     auto* layout = new QVBoxLayout(this);
@@ -96,7 +101,7 @@ QWidget* UncertaintyDialog::point_tab() {
     light->add_wide(form().flag(keys::uncertainty_at_ports.path,
                                 tr("The law w&as fitted to ports of this test point")));
     light->add_row(tr("Lamp dr&ift per hour:"), form().number(keys::uncertainty_lamp_drift.path));
-    light->add_row(tr("&Hours between the pictures:"),
+    light->add_row(tr("Hours &between the pictures:"),
                    form().number(keys::uncertainty_lamp_hours.path));
     light->add_row(tr("Lamp, picture to picture:"),
                    form().number(keys::uncertainty_lamp_level.path));

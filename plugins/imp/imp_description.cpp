@@ -21,7 +21,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* format_name = "vynlite-imp";
 constexpr const char* extended = "extended";
-constexpr std::array known_pages{"values", "mask", "region", "u", "v", "saturated"};
+constexpr std::array known_pages{"values", "mask", "region", "u", "v", "saturated", "variance"};
 
 [[noreturn]] void reject(const std::string& reason) {
     throw std::runtime_error(reason);
@@ -120,6 +120,7 @@ std::string write_description(const ImageAttributes& attributes,
                   {"displacementStep", attributes.displacement ? attributes.displacement->step : 1},
                   {"fullScale", from_double(attributes.full_scale)},
                   {"markers", marker_set_json(attributes.markers)}};
+    if (attributes.frames) document["frames"] = attributes.frames->frames;
     add_attributes(document, attributes);
     if (!provenance.empty()) document["provenance"] = Json::parse(ascii_json(provenance));
     constexpr int one_line = -1;
@@ -146,6 +147,7 @@ ImpDescription parse_description(const std::string& text) {
     content.displacement_step = to_int(document, "displacementStep", 1);
     attributes.full_scale = to_double(document, "fullScale");
     attributes.markers = parse_marker_set(entry(document, "markers"));
+    if (document.contains("frames")) content.frames = to_int(document, "frames", 1);
     take_attributes(document, attributes);
     return content;
 }

@@ -15,6 +15,7 @@ struct ImpDescription {
     std::vector<std::string> pages;  ///< what each page holds, in their order
     ImageAttributes attributes;      ///< but the planes among them
     int displacement_step = 1;
+    int frames = 1;  ///< that the picture is an average of
 };
 
 /// True for the beginning of a description of an .imp file.

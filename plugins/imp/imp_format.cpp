@@ -57,7 +57,8 @@ Bitmap<T> read_plane(const TiffFile& file, Progress& progress) {
     return plane;
 }
 
-void read_page(const TiffFile& file, const std::string& page, Progress& progress, image& picture) {
+void read_page(const TiffFile& file, const std::string& page, int frames, Progress& progress,
+               image& picture) {
     const auto displacement = [&]() -> Displacement& {
         return picture.displacement ? *picture.displacement : picture.displacement.emplace();
     };
@@ -71,6 +72,9 @@ void read_page(const TiffFile& file, const std::string& page, Progress& progress
         displacement().u = read_plane<float>(file, progress);
     else if (page == "v")
         displacement().v = read_plane<float>(file, progress);
+    else if (page == "variance")
+        picture.frames = std::make_shared<const FrameStatistics>(
+            FrameStatistics{frames, read_plane<float>(file, progress)});
     else if (page == "saturated")
         picture.saturated =
             std::make_shared<Bitmap<std::uint8_t>>(read_plane<std::uint8_t>(file, progress));
@@ -84,6 +88,8 @@ std::string misfit(const image& picture) {
         return "the region plane has another size than the values";
     if (picture.saturated && !values.same_size(*picture.saturated))
         return "the plane of saturated pixels has another size than the values";
+    if (picture.frames && !values.same_size(picture.frames->variance))
+        return "the plane of variances has another size than the values";
     if (picture.displacement && !picture.displacement->u.same_size(picture.displacement->v))
         return "the planes u and v differ in size";
     return {};
@@ -118,7 +124,7 @@ image ImpFormat::read(const fs::path& path, Progress& progress) const {
     for (const auto& page : content.pages) {
         if (done > 0 && !file.next_page()) refuse(path, "the file changed while it was read");
         SubProgress part(progress, done / count, (done + 1) / count);
-        read_page(file, page, part, picture);
+        read_page(file, page, content.frames, part, picture);
         ++done;
     }
     if (const auto reason = misfit(picture); !reason.empty()) refuse(path, reason);
@@ -144,6 +150,7 @@ void for_each_plane(const image& picture, const Write& write) {
         write("v", picture.displacement->v);
     }
     if (picture.saturated) write("saturated", *picture.saturated);
+    if (picture.frames) write("variance", picture.frames->variance);
 }
 
 void ImpFormat::write(const image& picture, const fs::path& file, const ImageWriteOptions& options,

@@ -1,5 +1,8 @@
 #include "process/model/field_on_mesh.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "core/errors.h"
 #include "core/log.h"
 #include "process/model/mesh_cache.h"
@@ -46,6 +49,32 @@ ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string&
     check_seen(result, views);
     store_on_mesh(mesh, unit, views, result);
     return result;
+}
+
+void put_sigmas_on_mesh(const imagesList& images, field_data<double>& mesh, const std::string& unit,
+                        const ProjectedView& view, const ProjectionOptions& options,
+                        Progress& progress) {
+    const auto common = images.find(image_names::sigma_common);
+    const auto area = images.find(image_names::sigma_area);
+    if (!common || !area || !common->values().same_size(view.field->values()) ||
+        !area->values().same_size(view.field->values()))
+        return;
+    const auto prepared = prepare_once(mesh, progress);
+    const auto project = [&](const image& sigma, const char* name) {
+        ProjectedView of_sigma = view;
+        of_sigma.field = &sigma;
+        of_sigma.covariance = {};
+        return project_fields(*prepared, mm_per(unit), {of_sigma}, name, sigma.unit, options,
+                              progress);
+    };
+    ProjectionResult random = project(*area, "sigma_random");
+    const auto pixels =
+        std::ranges::find(random.quantities, "px", &field_data<double>::Quantity::name);
+    auto& values = random.quantities.front().values;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] /= std::sqrt(std::max(1.0, pixels->values[i]));
+    mesh.quantities.push_back(std::move(project(*common, "sigma_common").quantities.front()));
+    mesh.quantities.push_back(std::move(random.quantities.front()));
 }
 
 void store_on_mesh(field_data<double>& mesh, const std::string& unit,

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "api/image_list.h"
 #include "projection/projection.h"
 
 namespace vyn {
@@ -13,6 +14,14 @@ namespace vyn {
 ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string& unit,
                                     const std::vector<ProjectedView>& views,
                                     const ProjectionOptions& options, Progress& progress);
+
+/// Adds the standard deviations of a field that one view has put on the mesh, where the list has
+/// them: "sigma_common", the same over an area, and "sigma_random", of a node for itself: the
+/// white-equivalent one of its pixels over the root of their number. Nodes closer together than the
+/// pixels share them, and their random parts then are not independent. Raises AlgoError, Aborted.
+void put_sigmas_on_mesh(const imagesList& images, field_data<double>& mesh, const std::string& unit,
+                        const ProjectedView& view, const ProjectionOptions& options,
+                        Progress& progress);
 
 /// Puts what was projected into the mesh, in the place of the values and views that it had.
 void store_on_mesh(field_data<double>& mesh, const std::string& unit,

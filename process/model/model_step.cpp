@@ -69,6 +69,8 @@ StepFacts model_facts(const StepView& view) {
         facts = ratio_on_mesh_facts(view);
     } else {
         facts.takes = {{.name = image_names::field},
+                       {.name = image_names::sigma_common, .need = StepImage::Need::if_there},
+                       {.name = image_names::sigma_area, .need = StepImage::Need::if_there},
                        {.name = read(view.data, keys::resect_markers_view), .markers = true}};
         add_camera(keys::sens_camera, facts);
     }
@@ -115,6 +117,8 @@ TaskOutcome put_on_model(const StepRun& run) {
     const ProjectionResult result =
         on_mesh ? put_ratio_on_mesh(run, mesh, unit, pictures, options)
                 : put_fields_on_mesh(mesh, unit, pictures, options, run.context);
+    if (!on_mesh && pictures.size() == 1)
+        put_sigmas_on_mesh(session.images, mesh, unit, pictures.front(), options, run.context);
     log_lines(projection_lines(result, pictures));
     const auto mesh_file = find_input(data, read(data, keys::mesh_file), keys::mesh_file.path);
     mesh.history = history_of(data, mesh_file);

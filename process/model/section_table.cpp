@@ -24,8 +24,9 @@ void add_rows(const std::vector<SectionCurve>& curves, std::size_t number, std::
             if (!within) ++piece;
             within = true;
             text.append(std::to_string(number)).append(",").append(std::to_string(piece));
-            for (const double value : {point.place[0], point.place[1], point.place[2], point.s,
-                                       point.x_c, point.value, point.sigma, point.view})
+            for (const double value :
+                 {point.place[0], point.place[1], point.place[2], point.s, point.x_c, point.value,
+                  point.sigma, point.view, point.sigma_field})
                 text.append(",").append(cell(value));
             text.append("\n");
         }
@@ -35,7 +36,7 @@ void add_rows(const std::vector<SectionCurve>& curves, std::size_t number, std::
 }  // namespace
 
 std::string section_csv(const std::vector<std::vector<SectionCurve>>& sections) {
-    std::string text = "section,curve,x,y,z,s,x_c,value,sigma,view\n";
+    std::string text = "section,curve,x,y,z,s,x_c,value,sigma,view,sigma_field\n";
     for (std::size_t i = 0; i < sections.size(); ++i)
         add_rows(sections[i], i + 1, text);
     return text;

@@ -104,6 +104,15 @@ std::string conversion_summary(const dataSetInterface& data) {
     return text;
 }
 
+std::string light_summary(const dataSetInterface& data) {
+    const std::string monitor = read(data, keys::lamp_monitor);
+    const std::string source = read(data, keys::temperature_source);
+    const std::string lamp = monitor == "none" ? "lamp as it is" : "lamp by " + monitor;
+    return lamp + (source == "number" ? ", one temperature"
+                   : source == "map"  ? ", temperature map"
+                                      : ", recovery temperature");
+}
+
 std::string uncertainty_summary(const dataSetInterface& data) {
     if (read(data, keys::uncertainty_enable) == 0) return "off";
     if (const double gain = read(data, keys::sens_noise_gain); gain > 0)

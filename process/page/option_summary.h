@@ -16,6 +16,8 @@ std::string conditions_summary(const dataSetInterface& data);
 std::string alignment_summary(const dataSetInterface& data);
 std::string model_summary(const dataSetInterface& data);
 std::string conversion_summary(const dataSetInterface& data);
+/// Of lamp, exposures and wind-on temperature.
+std::string light_summary(const dataSetInterface& data);
 std::string uncertainty_summary(const dataSetInterface& data);
 
 }  // namespace vyn

@@ -158,6 +158,11 @@ std::vector<PageRow> flat_rows(ExperimentType type) {
     return rows;
 }
 
+PageRow temperature_row() {
+    const char* name = names::temperature_map;
+    return {*input_of_image(name), name, image_label(ExperimentType::single, name)};
+}
+
 std::vector<std::string> page_results(ExperimentType type) {
     std::vector<std::string> results{names::results.begin(), names::results.end()};
     if (!one_channel(type)) return results;

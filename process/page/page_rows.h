@@ -30,6 +30,8 @@ std::vector<PageCard> page_cards(ExperimentType type);
 
 /// The flat fields of the cameras that the type uses.
 std::vector<PageRow> flat_rows(ExperimentType type);
+/// The place for the temperature map.
+PageRow temperature_row();
 
 /// The results that there can be, in the order of computation.
 std::vector<std::string> page_results(ExperimentType type);

@@ -63,6 +63,7 @@ PageState page_state(const dataSetInterface& data, const imagesList& images,
             add_row(row);
     for (const PageRow& row : flat_rows(state.type))
         add_row(row);
+    add_row(temperature_row());
     for (const std::string& name : page_results(state.type))
         if (images.find(name) || would_give(name, {data, images}))
             state.results.push_back({name, image_label(state.type, name), states.of(name)});

@@ -54,7 +54,11 @@ bool align_reference(const StepRun& run, const CorrectedPictures& pictures, Prog
         known = ImageMap().then(channels.reference->moved_from_reference);
     const auto result =
         aligned_by_texture(run, *pictures[2], *pictures[3], known, channels.correlation, progress);
+    run.alignment.reference_sigma = nullptr;
     if (!result) return known.has_value();
+    Progress quiet;
+    run.alignment.reference_sigma =
+        std::make_shared<const image>(displacement_sigma_image(*result, *pictures[2], quiet));
     ImageMap map = run.alignment.from_frame[2].value_or(ImageMap());
     run.alignment.from_frame[3] = map.then(map_of(*result));
     return true;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,6 +72,8 @@ struct Alignment {
     /// By the numbers of `raw_images`, from the frame to each picture without lens distortion;
     /// nothing where a picture is taken as it lies.
     std::array<std::optional<ImageMap>, 4> from_frame;
+    /// How sure the texture of the reference channel's pictures is; null without.
+    std::shared_ptr<const image> reference_sigma;
 };
 
 struct Step;

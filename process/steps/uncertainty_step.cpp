@@ -200,13 +200,11 @@ void gather_shared(const StepRun& run, const SigmaSettings& settings, Experiment
 }
 
 /// How sure an alignment is, by the first of these that there is: texture, markers, a number.
-DisplacementVariance variance_of(const StepRun& run, const SigmaSettings& settings,
-                                 const std::optional<CorrelationReport>& texture,
+DisplacementVariance variance_of(const SigmaSettings& settings, const image* texture,
                                  const std::optional<MarkerMatch>& markers, const image& frame) {
-    if (texture && texture->failure.empty())
-        if (const Picture sigma = run.session.images.find(names::displacement_sigma))
-            if (DisplacementVariance found = variance_of_correlation(*sigma); found.known())
-                return found;
+    if (texture)
+        if (DisplacementVariance found = variance_of_correlation(*texture); found.known())
+            return found;
     if (markers && markers->ok)
         return variance_of_markers(*markers, settings.marker_sigma, frame.width(), frame.height());
     return uniform_variance(settings.registration_sigma, frame.width(), frame.height());
@@ -224,8 +222,9 @@ void gather_moved(const StepRun& run, const SigmaSettings& settings, ExperimentT
         gathered.point.moved.push_back(std::move(moved));
     };
     const RunReport& report = run.report;
-    DisplacementVariance signal =
-        variance_of(run, settings, report.correlation, report.alignment, frame);
+    const bool followed = report.correlation && report.correlation->failure.empty();
+    const Picture texture = followed ? run.session.images.find(names::displacement_sigma) : nullptr;
+    DisplacementVariance signal = variance_of(settings, texture.get(), report.alignment, frame);
     if (type == ExperimentType::single) {
         add({{1, -1}}, std::move(signal));
         return;
@@ -237,9 +236,10 @@ void gather_moved(const StepRun& run, const SigmaSettings& settings, ExperimentT
     add({{1, -1}}, std::move(signal));
     if (!report.channels) return;
     const ChannelAlignment& channels = *report.channels;
-    add({{3, 1}}, variance_of(run, settings, channels.correlation, channels.reference, frame));
+    add({{3, 1}},
+        variance_of(settings, run.alignment.reference_sigma.get(), channels.reference, frame));
     // An error between the cameras moves both pictures of the reference channel.
-    add({{2, -1}, {3, 1}}, variance_of(run, settings, std::nullopt, channels.cameras, frame));
+    add({{2, -1}, {3, 1}}, variance_of(settings, nullptr, channels.cameras, frame));
 }
 
 void gather_law(const StepRun& run, const SigmaSettings& settings,

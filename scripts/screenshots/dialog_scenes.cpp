@@ -2,6 +2,7 @@
 #include "align/ui/align_dialog.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/convert_dialog.h"
+#include "calib/ui/light_dialog.h"
 #include "calib/ui/paint_calibration_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/test_dialog.h"
@@ -30,6 +31,9 @@ void play_dialogs(Theatre& theatre) {
     write(vyn_db(), keys::sens_noise_gain, 3.82);
     write(vyn_db(), keys::sens_noise_read, 6.1);
     show_settings<UncertaintyDialog>(theatre, "uncertainty_dialog");
+    write(vyn_db(), keys::temperature_source, std::string("map"));
+    write(vyn_db(), keys::lamp_monitor, std::string("region"));
+    show_settings<LightDialog>(theatre, "light_dialog");
     vyn_db().set_modified(modified);  // nobody is there to be asked
     show_settings<QVynCamera>(theatre, "camera_dialog", std::string(keys::sens_camera));
     show_settings<QVynPaint>(theatre, "paint_dialog");

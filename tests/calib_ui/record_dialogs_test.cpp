@@ -15,6 +15,7 @@
 #include "calib/paint_law.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/convert_dialog.h"
+#include "calib/ui/light_dialog.h"
 #include "calib/ui/paint_calibration_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "calib/ui/paint_fit/paint_fit_dialog.h"
@@ -60,6 +61,13 @@ INSTANTIATE_TEST_SUITE_P(
                                    return make<UncertaintyDialog>(settings);
                                },
                                "t_on_sigma", std::string(keys::uncertainty_t_on_sigma.path)},
+                    DialogCase{"light",
+                               [](dataSetInterface& settings) {
+                                   write(settings, keys::temperature_source,
+                                         std::string("recovery"));
+                                   return make<LightDialog>(settings);
+                               },
+                               "total", std::string(keys::temperature_total.path)},
                     DialogCase{"paint", make<QVynPaintCalibration>, "gamma21",
                                paint_tree + "gamma21"},
                     DialogCase{"camera",

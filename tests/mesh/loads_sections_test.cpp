@@ -97,6 +97,28 @@ TEST(Loads, LeaveOutWhatWasNotSeen) {
     EXPECT_THROW(surface_loads(mesh, surface, {"P", 0, {}, {"fin"}}), AlgoError);
 }
 
+/// The common part moves all at once, the random one each node for itself: the middle of a side of
+/// 5 x 5 nodes carries a third of the six triangles about it.
+TEST(Loads, KnowHowSureTheFieldIs) {
+    Mesh mesh = cube(5);
+    put_pressure(mesh, [](const Vec3&) { return 2.0; });
+    Mesh::Quantity common{"sigma_common", {}, "Pa", Mesh::Place::node};
+    common.values.assign(mesh.vertices.size(), 3.0);
+    Mesh::Quantity random{"sigma_random", {}, "Pa", Mesh::Place::node};
+    random.values.assign(mesh.vertices.size(), 0.0);
+    random.values[12] = 6;
+    mesh.quantities.push_back(common);
+    mesh.quantities.push_back(random);
+    const Surface surface = prepare_surface(mesh, silent);
+    const auto loads = surface_loads(mesh, surface, {"P", 0, {}, {}});
+    ASSERT_TRUE(loads[0].force_sigma_common && loads[0].force_sigma_random);
+    EXPECT_NEAR((*loads[0].force_sigma_common)[0], 3, 1e-12);
+    EXPECT_NEAR((*loads[0].force_sigma_random)[0], 6 * (6.0 / 3) / 32, 1e-12);
+    EXPECT_NEAR((*loads.back().force_sigma_random)[0], 6 * (6.0 / 3) / 32, 1e-12);
+    const Section section = cut_section(mesh, surface, {{0, 0, 1}, 0.6}, "P");
+    EXPECT_NEAR(section.curves[0].points[0].sigma_field, 3, 1e-12);
+}
+
 TEST(Loads, InWindAxes) {
     const double alpha = 0.1;
     const double beta = 0.2;

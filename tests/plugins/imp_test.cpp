@@ -29,6 +29,10 @@ image full_image() {
     picture.region()(4, 4) = 0;
     picture.full_scale = 4095;
     picture.saturated = std::make_shared<Bitmap<std::uint8_t>>(7, 5, std::uint8_t{1});
+    picture.exposure = 0.1;
+    picture.taken = parse_clock_time("2024-05-31T14:03:20.5");
+    picture.frames =
+        std::make_shared<const FrameStatistics>(FrameStatistics{17, Bitmap<float>(7, 5, 0.3F)});
     picture.displacement = Displacement{Bitmap<float>(3, 2, 0.1f), Bitmap<float>(3, 2, -2.5f), 16};
     picture.markers = {{{0.1, 1.0 / 3, -1e-300, std::numeric_limits<double>::max(), true, 7},
                         {-0.0, 1e22, std::numeric_limits<double>::quiet_NaN(),
@@ -67,6 +71,11 @@ std::map<std::string, std::string> parts(const image& picture) {
         {"columns", number(std::array{set.hasX, set.hasY, set.hasZ, set.hasF})}};
     if (picture.has_region()) found["region"] = plane(picture.region());
     if (picture.saturated) found["saturated"] = plane(*picture.saturated);
+    if (picture.frames)
+        found["frames"] = number(picture.frames->frames) + plane(picture.frames->variance);
+    if (picture.exposure) found["exposure"] = number(*picture.exposure);
+    if (picture.taken)
+        found["taken"] = number(picture.taken->seconds) + number(picture.taken->dated);
     if (const auto& moved = picture.displacement)
         found["displacement"] = plane(moved->u) + plane(moved->v) + number(moved->step);
     for (const Marker& marker : set.markers) {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "core/errors.h"
 #include "tests/support/error_of.h"
@@ -75,6 +75,27 @@ TEST(LineProfile, WritesOneRowPerSampleWithEmptyGaps) {
               "line,distance,x,y,value\n"
               "1,0,0,0,10\n1,1,1,0,\n1,2,2,0,14\n"
               "2,0,0.5,2,17\n");
+}
+
+/// A pixel has its own deviation, a mean of four the common one and half of the random one.
+TEST(LineProfile, KnowsHowSureItIs) {
+    const auto even = [](float value) {
+        image sigma = ramp();
+        for (int y = 0; y < sigma.height(); ++y)
+            std::fill_n(sigma.values().row(y), sigma.width(), value);
+        return sigma;
+    };
+    const image total = even(7);
+    const image common = even(3);
+    const image area = even(8);
+    LineProfile profile = sample_profile(ramp(), {4, 5}, {6, 5}, 1);
+    add_sigmas(profile, {total, common, area}, 1);
+    EXPECT_EQ(profile.samples[1].sigma, 7);
+    add_sigmas(profile, {total, common, area}, 4);
+    EXPECT_NEAR(profile.samples[1].sigma, 5, 1e-12);
+    EXPECT_THAT(profile_csv({&profile, 1}),
+                testing::AllOf(testing::StartsWith("line,distance,x,y,value,sigma\n"),
+                               testing::HasSubstr(",5\n")));
 }
 
 }  // namespace

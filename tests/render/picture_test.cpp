@@ -56,6 +56,18 @@ TEST(Tecplot, HoldsHeaderAndOneLinePerPixel) {
               "DT=(DOUBLE DOUBLE DOUBLE DOUBLE DOUBLE DOUBLE \n"
               "0 0 0.1 -1.5 1e-07 0\n"
               "1 0 -4e+20 -1.5 1e-07 1\n");
+
+    picture.displacement.reset();
+    image sigma(2, 1);
+    sigma.values()(0, 0) = 0.25F;
+    write_tecplot(picture, "s", folder / "f.dat", progress, &sigma);
+    EXPECT_EQ(get_file(folder / "f.dat"),
+              "TITLE=\"s\"\n"
+              "VARIABLES =\"x\" \"y\" \"i\" \"sigma\" \"b\"\n"
+              "ZONE T=\"s\" I=2,J=1,K=1,F=POINT\n"
+              "DT=(DOUBLE DOUBLE DOUBLE DOUBLE DOUBLE \n"
+              "0 0 0.1 0.25 0\n"
+              "1 0 -4e+20 0 1\n");
 }
 
 TEST(Tecplot, FailuresLeaveTheOldFile) {

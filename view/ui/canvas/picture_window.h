@@ -28,6 +28,9 @@ class PictureWindow : public QMainWindow {
     virtual const std::string& image_name() const = 0;
     /// The image shown; null when there is none.
     virtual std::shared_ptr<const image> picture() const = 0;
+    /// The image of the same list that belongs to the one shown, named like it with that at its
+    /// end and of its size; null when there is none.
+    virtual std::shared_ptr<const image> beside(const std::string& name_end) const = 0;
     /// Quantity and unit of the image's values, such as "Pressure, Pa".
     virtual QString quantity() const = 0;
 

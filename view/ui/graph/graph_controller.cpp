@@ -75,10 +75,16 @@ void GraphController::point_at(double distance) {
 void GraphController::sample() {
     std::vector<GraphCurve> curves;
     const auto picture = viewer_.picture();
+    const auto total = viewer_.beside("_sigma");
+    const auto common = viewer_.beside("_sigma_common");
+    const auto area = viewer_.beside("_sigma_area");
     if (picture)
-        for (const GraphLine& line : overlay_.lines)
-            curves.push_back(
-                {sample_profile(*picture, line.from, line.to, overlay_.width), line.colour});
+        for (const GraphLine& line : overlay_.lines) {
+            LineProfile profile = sample_profile(*picture, line.from, line.to, overlay_.width);
+            if (total && common && area)
+                add_sigmas(profile, {*total, *common, *area}, overlay_.width);
+            curves.push_back({std::move(profile), line.colour});
+        }
     window_->show_curves(std::move(curves), viewer_.windowTitle(), viewer_.quantity());
     point_at(std::nan(""));
 }

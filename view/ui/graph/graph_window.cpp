@@ -191,6 +191,13 @@ void GraphWindow::draw_curves() {
             first = false;
             curve->attach(plot_);
             items_.push_back(std::move(curve));
+            std::vector<BandSample> band;
+            for (const ProfileSample& sample : part)
+                if (std::isfinite(sample.sigma))
+                    band.push_back({sample.distance, sample.value, sample.sigma});
+            if (band.empty()) continue;
+            items_.push_back(make_band(band, curves_[i].colour));
+            items_.back()->attach(plot_);
         }
     }
     if (automatic_->isChecked()) {

@@ -4,6 +4,8 @@
 #include <qwt_plot.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
+#include <qwt_plot_intervalcurve.h>
+#include <qwt_samples.h>
 #include <qwt_scale_draw.h>
 #include <qwt_scale_engine.h>
 #include <qwt_text.h>
@@ -51,6 +53,21 @@ void set_plot_titles(QwtPlot& plot, const QString& title, const QString& x, cons
     plot.setTitle(text(title, true));
     plot.setAxisTitle(QwtPlot::xBottom, text(x, false));
     plot.setAxisTitle(QwtPlot::yLeft, text(y, false));
+}
+
+std::unique_ptr<QwtPlotItem> make_band(const std::vector<BandSample>& samples, QColor colour) {
+    QVector<QwtIntervalSample> intervals;
+    for (const auto& [x, value, sigma] : samples)
+        intervals.append({x, value - 2 * sigma, value + 2 * sigma});
+    auto band = std::make_unique<QwtPlotIntervalCurve>();
+    band->setSamples(intervals);
+    band->setStyle(QwtPlotIntervalCurve::Tube);
+    band->setPen(QPen(Qt::NoPen));
+    colour.setAlphaF(0.25);
+    band->setBrush(colour);
+    band->setItemAttribute(QwtPlotItem::Legend, false);
+    band->setZ(5);  // curves are at 20
+    return band;
 }
 
 }  // namespace vyn

@@ -16,20 +16,29 @@ namespace {
 
 constexpr QRgb colours[] = {0xff1e88e5, 0xfffb8c00, 0xff43a047, 0xffe53935, 0xff8e24aa, 0xff6d4c41};
 
-/// The stretches of a section that were seen.
-std::vector<QPolygonF> seen_parts(const Section& section) {
-    std::vector<QPolygonF> parts;
+/// A stretch of a section that was seen, and its band where it has one.
+struct SeenPart {
+    QPolygonF points;
+    std::vector<BandSample> band;
+};
+
+std::vector<SeenPart> seen_parts(const Section& section) {
+    std::vector<SeenPart> parts;
     for (const SectionCurve& curve : section.curves) {
-        QPolygonF points;
+        SeenPart part;
         const auto end = [&] {
-            if (points.size() > 1) parts.push_back(points);
-            points.clear();
+            if (part.points.size() > 1) parts.push_back(part);
+            part = {};
         };
-        for (const SectionPoint& point : curve.points)
-            if (std::isnan(point.value))
+        for (const SectionPoint& point : curve.points) {
+            if (std::isnan(point.value)) {
                 end();
-            else
-                points.append({point.x_c, point.value});
+                continue;
+            }
+            part.points.append({point.x_c, point.value});
+            if (!std::isnan(point.sigma_field))
+                part.band.push_back({point.x_c, point.value, point.sigma_field});
+        }
         end();
     }
     return parts;
@@ -61,8 +70,12 @@ void SectionPlot::show_sections(const std::vector<PlottedSection>& sections, con
     for (std::size_t i = 0; i < sections.size(); ++i) {
         const QColor colour(colours[i % std::size(colours)]);
         QString title = sections[i].title;
-        for (const QPolygonF& part : seen_parts(sections[i].section)) {
-            add(title, part).setPen(colour, 1.6);
+        for (const auto& [points, band] : seen_parts(sections[i].section)) {
+            add(title, points).setPen(colour, 1.6);
+            if (!band.empty()) {
+                items_.push_back(make_band(band, colour));
+                items_.back()->attach(this);
+            }
             title.clear();  // one entry of the legend for all of its parts
         }
         QVector<QPointF> ports;

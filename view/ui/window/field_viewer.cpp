@@ -7,6 +7,7 @@
 
 #include "api/quantity.h"
 #include "core/errors.h"
+#include "core/keys.h"
 #include "render/difference.h"
 #include "render/prepared_picture.h"
 #include "view/ui/look/advanced_fashion_dialog.h"
@@ -32,6 +33,7 @@ VynFieldViewer::VynFieldViewer(Worker& worker, const std::string& image_name, bo
 VynFieldViewer::~VynFieldViewer() {
     // What draws on the view goes before it does.
     parts_->view->set_tool(nullptr);
+    parts_->view->remove_overlay(&parts_->hatch);
     delete parts_->fashion_dialog;
     delete parts_->region;
     delete parts_->association;
@@ -123,6 +125,10 @@ void VynFieldViewer::refresh() {
     parts_->association->picture_changed();
     parts_->graph->picture_changed();
     parts_->region->picture_changed();
+    const bool of_project = parts_->list.get() == &get_images();
+    parts_->hatch.show(beside("_sigma"), [of_project] {
+        return of_project ? read(std::as_const(vyn_db()), keys::uncertainty_limit) : 0;
+    });
 }
 
 void VynFieldViewer::fashion_changed() {

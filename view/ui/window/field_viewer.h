@@ -43,6 +43,7 @@ class VynFieldViewer : public PictureWindow {
     PictureOrigin origin() const;
     bool is_camera_image() const { return origin() == PictureOrigin::camera; }
     std::shared_ptr<const image> picture() const override;
+    std::shared_ptr<const image> beside(const std::string& name_end) const override;
     /// What is seen: the image, the other one while they blink, or their difference.
     std::shared_ptr<const image> shown_picture() const;
     /// The window's title without its marks.

@@ -5,6 +5,7 @@
 #include "view/ui/association/association_controller.h"
 #include "view/ui/canvas/colour_bar.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/canvas/hatch_overlay.h"
 #include "view/ui/canvas/image_watcher.h"
 #include "view/ui/canvas/preparation.h"
 #include "view/ui/canvas/zoom_tool.h"
@@ -46,6 +47,7 @@ struct VynFieldViewer::Parts {
     Preparation preparation;  ///< of the watched image, until it is shown
 
     VynFieldView* view;
+    HatchOverlay hatch;
     ColourBar* colour_bar = nullptr;
     VynFunctionBar* function_bar = nullptr;
     CellPanel* cell_panel = nullptr;

@@ -30,6 +30,7 @@ void VynFieldViewer::make_panels() {
     layout->addWidget(parts_->view, 1);
     layout->addWidget(parts_->colour_bar);
     setCentralWidget(middle);
+    parts_->view->add_overlay(&parts_->hatch);
 
     parts_->function_bar = new VynFunctionBar;
     const ViewerActions& a = parts_->actions;

@@ -12,14 +12,10 @@ namespace vyn {
 
 namespace {
 
-/// The standard deviation of the shown picture's pixel, where the list has it beside.
-std::optional<float> sigma_at(const imagesList& images, const std::shared_ptr<const image>& shown,
-                              int x, int y) {
-    if (!shown) return std::nullopt;
-    const auto sigma = images.find(shown->name + "_sigma");
-    if (!sigma || !sigma->values().same_size(shown->values()) || sigma->mask()(x, y) != 0)
-        return std::nullopt;
-    return sigma->values()(x, y);
+/// Its value at a pixel; nothing where there is none.
+std::optional<float> value_of(const std::shared_ptr<const image>& picture, int x, int y) {
+    if (!picture || picture->mask()(x, y) != 0) return std::nullopt;
+    return picture->values()(x, y);
 }
 
 }  // namespace
@@ -50,6 +46,12 @@ PictureOrigin VynFieldViewer::origin() const {
 }
 std::shared_ptr<const image> VynFieldViewer::picture() const {
     return parts_->view->picture();
+}
+std::shared_ptr<const image> VynFieldViewer::beside(const std::string& name_end) const {
+    const auto shown = picture();
+    if (!shown || !parts_->list) return nullptr;
+    const auto found = parts_->list->find(shown->name + name_end);
+    return found && found->values().same_size(shown->values()) ? found : nullptr;
 }
 void VynFieldViewer::add_mode(QAction* action) {
     parts_->actions.modes->addAction(action);
@@ -169,7 +171,7 @@ void VynFieldViewer::show_probe(int x, int y, float value, bool background, bool
     const auto shown = picture();
     const std::string name = shown ? field_label(*shown).name : std::string();
     statusBar()->showMessage(
-        QString::fromStdString(probe_text(pixel, name, sigma_at(*parts_->list, shown, x, y))));
+        QString::fromStdString(probe_text(pixel, name, value_of(beside("_sigma"), x, y))));
     parts_->function_bar->show_pixel(pixel);
 }
 

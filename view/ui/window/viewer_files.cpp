@@ -179,6 +179,7 @@ void ViewerFiles::export_picture() {
     request.file = choice->file;
     request.kind = choice->type.kind;
     request.caption = viewer_.caption().toStdString();
+    request.sigma = viewer_.beside("_sigma");
     if (request.kind == ExportKind::png_graphics) {
         request.options.limits = fashion.limits;
         request.options.palette = *fashion.palette;
