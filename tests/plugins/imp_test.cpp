@@ -119,7 +119,7 @@ TEST(Imp, OpensAsPlainTiffInOtherPrograms) {
     std::vector<float> row(7);
     EXPECT_EQ(TIFFReadScanline(tiff, row.data(), 4, 0), 1);
     EXPECT_EQ(row[6], full_image().values()(6, 4));
-    EXPECT_EQ(TIFFNumberOfDirectories(tiff), 6);
+    EXPECT_EQ(TIFFNumberOfDirectories(tiff), 7);
     TIFFClose(tiff);
 }
 
