@@ -43,6 +43,9 @@ std::vector<Case> cases() {
     const SyntheticOptions single = point(Channels::single, 1, FieldQuantity::pressure);
     const SyntheticOptions binary = point(Channels::binary, 1, FieldQuantity::pressure);
     const SyntheticOptions lifetime = point(Channels::lifetime, 1, FieldQuantity::pressure);
+    // Its paint shows texture, and its project aligns by it.
+    SyntheticOptions bent = single;
+    bent.bending = 1;
     Disturbance noise;
     noise.gain = 1;
     noise.read = 3;
@@ -96,6 +99,7 @@ std::vector<Case> cases() {
             {"noise, box 3", single, noise, filtered},
             {"everything, box 3", single, everything, filtered},
             {"noise, median 3", single, noise, median},
+            {"noise, cross-correlation", bent, noise, {}},
             {"noise, binary", binary, noise, {}},
             {"markers, binary", binary, markers, {}},
             {"everything, binary", binary, everything, {}},
