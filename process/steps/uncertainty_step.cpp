@@ -285,8 +285,8 @@ void gather_law(const StepRun& run, const SigmaSettings& settings,
         gathered.held.push_back(found);
     }
     temperature.map = *prepared.of_map;
-    temperature.laws = laws_over(prepared, *prepared.of_map, point.conditions,
-                                 kept.covariance, settings.law_relative);
+    temperature.laws = laws_over(prepared, *prepared.of_map, point.conditions, kept.covariance,
+                                 settings.law_relative);
 }
 
 /// Of settings that may be constant or not.
