@@ -15,6 +15,7 @@ template <class Body>
 void parallel_rows(int rows, int block, Progress& progress, const Body& body);
 
 /// Limits the number of threads of all parallel work for the lifetime of the object; 0 = all cores.
+/// With 1 no other thread is started.
 class ThreadLimit {
   public:
     explicit ThreadLimit(int threads);
@@ -26,6 +27,11 @@ class ThreadLimit {
     struct Control;
     std::unique_ptr<Control> control_;
 };
+
+/// Ends the threads that parallel work left waiting for more, those of libraries included: before a
+/// process is copied, since only the calling thread lives on in a copy. True when this is the
+/// process's only thread then.
+bool end_idle_threads();
 
 }  // namespace vyn
 

@@ -11,6 +11,7 @@
 #include "api/parallel.h"
 #include "core/errors.h"
 #include "core/free_memory.h"
+#include "core/log.h"
 #include "schedule/point_process.h"
 
 namespace vyn {
@@ -160,6 +161,8 @@ class Scheduler {
         ObservedContext context(observer_);
         shared_ = make_shared_part(schedule_, point, context);
         shared_key_ = key;
+        if (!end_idle_threads())
+            get_log().write(LogLevel::information, "Threads are left that a copy will not have");
     }
 
     PointState compute_in_process(const SchedulePoint& point) {
