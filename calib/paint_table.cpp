@@ -104,7 +104,7 @@ Head head_of(const std::string& cell) {
                 open + 1, close == cell.npos ? cell.npos : close - open - 1)))};
 }
 
-enum Quantity : std::size_t { pressure, temperature, ratio, quantity_count };
+enum TableQuantity : std::size_t { pressure, temperature, ratio, quantity_count };
 
 struct Columns {
     std::array<std::size_t, quantity_count> place{0, 1, 2};
@@ -112,7 +112,7 @@ struct Columns {
     std::array<std::string, quantity_count> unit;
 };
 
-std::optional<Quantity> quantity_of(const std::string& name) {
+std::optional<TableQuantity> quantity_of(const std::string& name) {
     const auto is = [&](std::initializer_list<std::string_view> names) {
         return std::ranges::find(names, std::string_view(name)) != names.end();
     };
@@ -168,7 +168,8 @@ PaintTable read_paint_table(const std::filesystem::path& file, const PaintTableU
         throw FileError("File error!", file.string() + ": the table holds no measurements");
     const Columns columns = columns_of(file, {lines.begin(), first});
     PaintTable table;
-    const auto unit_or = [&](Quantity quantity, const std::string& otherwise, const char* what) {
+    const auto unit_or = [&](TableQuantity quantity, const std::string& otherwise,
+                             const char* what) {
         if (!columns.unit[quantity].empty()) return columns.unit[quantity];
         table.remarks.push_back("The table names no unit of the " + std::string(what) +
                                 ": it is taken as " + otherwise);

@@ -1,6 +1,5 @@
 #include "schedule/compute_point.h"
 
-#include <array>
 #include <chrono>
 
 #include <nlohmann/json.hpp>
@@ -17,6 +16,7 @@
 #include "process/report/point_report.h"
 #include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
+#include "schedule/point_lock.h"
 #include "schedule/point_project.h"
 
 namespace vyn {
@@ -29,12 +29,6 @@ using Outcome = PointState::Outcome;
 
 constexpr int thumbnail_side = 128;  // pixels; many stand on one page
 constexpr const char* mesh_name = "field.vtp";
-
-std::string host_name() {
-    std::array<char, 256> host{};
-    gethostname(host.data(), host.size() - 1);
-    return host.data();
-}
 
 /// Why a computation stopped short.
 struct Failure {

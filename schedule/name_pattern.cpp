@@ -11,7 +11,7 @@ namespace vyn {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& why) {
+[[noreturn]] void refuse_pattern(const std::string& why) {
     throw AlgoError("Algorithm error!", why);
 }
 
@@ -24,7 +24,7 @@ struct Format {
 };
 
 Format parse_format(const std::string& text) {
-    const auto wrong = [&] { refuse("the format " + in_quotes(text) + " is not known"); };
+    const auto wrong = [&] { refuse_pattern("the format " + in_quotes(text) + " is not known"); };
     constexpr std::size_t longest = 6;  // "012.15g" would be an odd name already
     if (text.empty() || text.size() > longest) wrong();
     Format format;
@@ -59,11 +59,11 @@ std::string formatted(const std::string& value, const std::string& format_text,
     if (format.kind != 's') {
         const std::optional<double> number = parse_double(value);
         if (!number || !std::isfinite(*number))
-            refuse(name + " is " + number_in_quotes(value) + ", which {" + name + ":" +
-                   format_text + "} cannot write as a number");
+            refuse_pattern(name + " is " + number_in_quotes(value) + ", which {" + name + ":" +
+                           format_text + "} cannot write as a number");
         if (format.kind == 'd' && *number != std::round(*number))
-            refuse(name + " is " + value + ", which is no whole number for {" + name + ":" +
-                   format_text + "}");
+            refuse_pattern(name + " is " + value + ", which is no whole number for {" + name + ":" +
+                           format_text + "}");
         const int decimals = format.decimals < 0 ? 6 : format.decimals;
         text = format.kind == 'g' ? format_general(*number, std::max(1, decimals))
                                   : format_fixed(*number, format.kind == 'd' ? 0 : decimals);
@@ -94,14 +94,16 @@ std::string expand_pattern(
         }
         const std::size_t end = pattern.find('}', i);
         if (c == '}' || end == std::string::npos)
-            refuse("a brace of " + in_quotes(pattern) + " has no partner");
+            refuse_pattern("a brace of " + in_quotes(pattern) + " has no partner");
         const std::string inside = pattern.substr(i + 1, end - i - 1);
         const std::size_t colon = inside.find(':');
         const std::string name = inside.substr(0, colon);
         const std::optional<std::string> value = value_of(name);
         if (!value)
-            refuse("{" + name + "} in " + in_quotes(pattern) + " is neither column nor setting");
-        if (value->empty()) refuse("{" + name + "} in " + in_quotes(pattern) + " is empty here");
+            refuse_pattern("{" + name + "} in " + in_quotes(pattern) +
+                           " is neither column nor setting");
+        if (value->empty())
+            refuse_pattern("{" + name + "} in " + in_quotes(pattern) + " is empty here");
         text +=
             colon == std::string::npos ? *value : formatted(*value, inside.substr(colon + 1), name);
         i = end;

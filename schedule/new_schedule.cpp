@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& why) {
+[[noreturn]] void refuse_files(const std::string& why) {
     throw AlgoError("Algorithm error!", why);
 }
 
@@ -29,11 +29,11 @@ struct FilePattern {
 FilePattern parse(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
-        refuse(in_quotes(text) + ": expected SETTING=PATTERN");
+        refuse_files(in_quotes(text) + ": expected SETTING=PATTERN");
     FilePattern pattern{text.substr(0, equals), text.substr(equals + 1), {}, {}};
     std::vector<Problem> problems;
     resolve_columns({"point", pattern.setting}, {}, problems);
-    if (!problems.empty()) refuse(line_of(problems.front()));
+    if (!problems.empty()) refuse_files(line_of(problems.front()));
     std::string expression;
     for (std::size_t i = 0; i < pattern.text.size(); ++i) {
         const char c = pattern.text[i];
@@ -45,7 +45,7 @@ FilePattern parse(const std::string& text) {
         }
         const std::size_t end = pattern.text.find('}', i);
         if (end == std::string::npos)
-            refuse("a brace of " + in_quotes(pattern.text) + " has no partner");
+            refuse_files("a brace of " + in_quotes(pattern.text) + " has no partner");
         const std::string name = pattern.text.substr(i + 1, end - i - 1);
         const auto earlier = std::ranges::find(pattern.names, name);
         if (earlier != pattern.names.end()) {
@@ -93,7 +93,7 @@ NewSchedule schedule_from_files(const fs::path& folder, const std::vector<std::s
         for (const std::string& name : parsed.back().names)
             if (std::ranges::find(variables, name) == variables.end()) variables.push_back(name);
     }
-    if (variables.empty()) refuse("no pattern has a name in braces, such as {point}");
+    if (variables.empty()) refuse_files("no pattern has a name in braces, such as {point}");
     const std::vector<std::string> files = files_below(folder);
     const auto named = [&](const std::string& file) {
         const fs::path whole = fs::absolute(folder / file).lexically_normal();
@@ -117,8 +117,8 @@ NewSchedule schedule_from_files(const fs::path& folder, const std::vector<std::s
             matches.emplace(values, file);
         }
         if (matches.empty())
-            refuse("no file below " + folder.string() + " is named like " +
-                   in_quotes(pattern.text));
+            refuse_files("no file below " + folder.string() + " is named like " +
+                         in_quotes(pattern.text));
         most = std::max(most, pattern.names.size());
     }
     for (const auto& [pattern, matches] : found)

@@ -22,13 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* file_name = "lock";
-
-std::string host_name() {
-    std::array<char, 256> host{};
-    gethostname(host.data(), host.size() - 1);
-    return host.data();
-}
+constexpr const char* lock_file = "lock";
 
 std::string this_holder() {
     return "process " + std::to_string(getpid()) + " on " + host_name();
@@ -38,7 +32,7 @@ std::string content(const fs::path& file) {
     const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (descriptor < 0) return {};
     std::array<char, 512> text{};
-    const ssize_t bytes = read(descriptor, text.data(), text.size());
+    const ssize_t bytes = ::read(descriptor, text.data(), text.size());
     close(descriptor);
     return bytes > 0 ? std::string(text.data(), static_cast<std::size_t>(bytes)) : std::string();
 }
@@ -86,7 +80,7 @@ int make(const fs::path& file, const std::string& holder) {
         open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
     if (descriptor < 0) return errno;
     const bool written =
-        write(descriptor, holder.data(), holder.size()) == static_cast<ssize_t>(holder.size());
+        ::write(descriptor, holder.data(), holder.size()) == static_cast<ssize_t>(holder.size());
     const int problem = errno;
     close(descriptor);
     if (written) return 0;
@@ -115,7 +109,13 @@ bool replace_stale(const fs::path& file, const std::string& dead, const std::str
 
 }  // namespace
 
-PointLock::PointLock(const fs::path& folder) : file_(folder / file_name) {
+std::string host_name() {
+    std::array<char, 256> host{};
+    gethostname(host.data(), host.size() - 1);
+    return host.data();
+}
+
+PointLock::PointLock(const fs::path& folder) : file_(folder / lock_file) {
     constexpr int attempts = 5;
     const std::string me = this_holder();
     for (int i = 0; i < attempts; ++i) {
@@ -148,7 +148,7 @@ void PointLock::touch() const {
 }
 
 std::string PointLock::holder_of(const fs::path& folder) {
-    const fs::path file = folder / file_name;
+    const fs::path file = folder / lock_file;
     const std::string holder = content(file);
     if (holder.empty()) return {};
     return is_stale(file, holder) ? std::string() : holder;

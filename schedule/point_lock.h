@@ -5,6 +5,9 @@
 
 namespace vyn {
 
+/// Name of this computer.
+std::string host_name();
+
 /// Holds a point for one scheduler, also among computers that share a disk: a file that only one
 /// can make. The holder touches it while it works; a file that nobody has touched for long, or
 /// whose process on this computer is gone, is that of a dead one and is taken over. Ages are

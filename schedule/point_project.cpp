@@ -8,13 +8,13 @@
 namespace vyn {
 
 namespace {
-constexpr const char* file_name = "point.xml";
+constexpr const char* project_file = "point.xml";
 }
 
 void write_point_project(const Schedule& schedule, const SchedulePoint& point) {
     simpleNamedDataSet data;
     put_point_settings(schedule, point, data);
-    save_xml(data, (schedule.folder_of(point) / file_name).c_str());
+    save_xml(data, (schedule.folder_of(point) / project_file).c_str());
 }
 
 std::filesystem::path project_of_point(const Schedule& schedule, const SchedulePoint& point) {
@@ -24,16 +24,16 @@ std::filesystem::path project_of_point(const Schedule& schedule, const ScheduleP
     if (failed)
         throw FileError("Can't open file for writing!", folder.string() + ": " + failed.message());
     const std::optional<PointState> state = read_state(folder);
-    if (!std::filesystem::exists(folder / file_name, failed) || !state ||
+    if (!std::filesystem::exists(folder / project_file, failed) || !state ||
         state->digest != point.digest)
         write_point_project(schedule, point);
-    return folder / file_name;
+    return folder / project_file;
 }
 
 ReadProject point_request(const Schedule& schedule, const SchedulePoint& point,
                           std::shared_ptr<RunReport> report) {
     ReadProject request;
-    request.file = schedule.folder_of(point) / file_name;
+    request.file = schedule.folder_of(point) / project_file;
     request.geometry = ReadProject::Geometry::if_named;
     if (is_container(point.base->file)) request.inputs = point.base->file;
     request.report = std::move(report);

@@ -22,8 +22,8 @@ using json = nlohmann::json;
 
 namespace {
 
-constexpr const char* file_name = "state.json";
-constexpr std::size_t most_bytes = std::size_t{16} << 20;
+constexpr const char* state_file = "state.json";
+constexpr std::size_t largest_state = std::size_t{16} << 20;
 constexpr int format_version = 1;
 constexpr std::array outcome_names{"done", "failed", "aborted"};
 
@@ -94,18 +94,18 @@ PointState parse_state(const std::string& text, const fs::path& file) {
 }
 
 std::optional<PointState> read_state(const fs::path& folder) {
-    const fs::path file = folder / file_name;
+    const fs::path file = folder / state_file;
     std::error_code ignored;
     if (!fs::exists(file, ignored)) return std::nullopt;
     try {
-        return parse_state(read_file(file, most_bytes), file);
+        return parse_state(read_file(file, largest_state), file);
     } catch (const FileError&) {
         return std::nullopt;  // told in the log; the point is computed again
     }
 }
 
 void write_state(const fs::path& folder, const PointState& state) {
-    write_file(folder / file_name, state_text(state));
+    write_file(folder / state_file, state_text(state));
 }
 
 std::vector<InputStamp> stamp_inputs(const SchedulePoint& point,

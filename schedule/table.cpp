@@ -15,11 +15,9 @@ namespace vyn {
 
 namespace {
 
-using json = nlohmann::ordered_json;
+constexpr std::size_t largest_table = std::size_t{256} << 20;
 
-constexpr std::size_t most_bytes = std::size_t{256} << 20;
-
-[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& why) {
+[[noreturn]] void refuse_table(const std::filesystem::path& file, const std::string& why) {
     throw FileError("File error!", file.string() + ": " + why);
 }
 
@@ -54,10 +52,10 @@ std::string utf8_of_latin1(std::string_view text) {
 
 /// The file as UTF-8 with line feeds only.
 std::string text_of(const std::filesystem::path& file) {
-    std::string text = read_file(file, most_bytes);
+    std::string text = read_file(file, largest_table);
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
-        refuse(file, "this is UTF-16; save the table as UTF-8");
-    if (text.find('\0') != std::string::npos) refuse(file, "this is no text");
+        refuse_table(file, "this is UTF-16; save the table as UTF-8");
+    if (text.find('\0') != std::string::npos) refuse_table(file, "this is no text");
     if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
     if (!is_utf8(text)) text = utf8_of_latin1(text);
     std::string lines;
@@ -113,15 +111,15 @@ Reading read_rows(const std::filesystem::path& file, const std::string& text, ch
     };
     Parser csv{};
     if (csv_init(&csv.parser, CSV_REPALL_NL | CSV_STRICT | CSV_STRICT_FINI) != 0)
-        refuse(file, "it cannot be read");
+        refuse_table(file, "it cannot be read");
     csv_set_delim(&csv.parser, static_cast<unsigned char>(separator));
     Reading reading;
     const bool whole = csv_parse(&csv.parser, text.data(), text.size(), take_cell, take_row,
                                  &reading) == text.size() &&
                        csv_fini(&csv.parser, take_cell, take_row, &reading) == 0;
     if (!whole)
-        refuse(file, "row " + std::to_string(reading.number) +
-                         ": a quotation mark that does not open or close a cell");
+        refuse_table(file, "row " + std::to_string(reading.number) +
+                               ": a quotation mark that does not open or close a cell");
     return reading;
 }
 
@@ -131,7 +129,7 @@ Table table_of_csv(const std::filesystem::path& file, const std::string& text) {
     Reading reading = read_rows(file, text, table.separator);
     table.rows = std::move(reading.rows);
     table.comments = std::move(reading.comments);
-    if (table.rows.empty()) refuse(file, "the table is empty");
+    if (table.rows.empty()) refuse_table(file, "the table is empty");
     table.heads = std::move(table.rows.front().cells);
     table.rows.erase(table.rows.begin());
     while (!table.heads.empty() && table.heads.back().empty())
@@ -139,9 +137,9 @@ Table table_of_csv(const std::filesystem::path& file, const std::string& text) {
     for (TableRow& row : table.rows) {
         for (std::size_t i = table.heads.size(); i < row.cells.size(); ++i)
             if (!row.cells[i].empty())
-                refuse(file, "row " + std::to_string(row.number) + " has " +
-                                 std::to_string(row.cells.size()) + " cells, the heads are " +
-                                 std::to_string(table.heads.size()));
+                refuse_table(file, "row " + std::to_string(row.number) + " has " +
+                                       std::to_string(row.cells.size()) + " cells, the heads are " +
+                                       std::to_string(table.heads.size()));
         row.cells.resize(table.heads.size());
     }
     return table;
@@ -154,8 +152,9 @@ class JsonRows {
         table_.heads = {"point"};
     }
 
-    void add(const json& object, const std::string& where, const std::string& point = {}) {
-        if (!object.is_object()) refuse(file_, where + " is no object");
+    void add(const nlohmann::ordered_json& object, const std::string& where,
+             const std::string& point = {}) {
+        if (!object.is_object()) refuse_table(file_, where + " is no object");
         TableRow row{static_cast<int>(table_.rows.size()) + 2, {point}};
         for (const auto& [name, value] : object.items())
             put(row, point.empty() || name != "points" ? name : std::string(),
@@ -179,14 +178,14 @@ class JsonRows {
         row.cells[column] = text;
     }
 
-    std::string text_of_value(const json& value, const std::string& where,
+    std::string text_of_value(const nlohmann::ordered_json& value, const std::string& where,
                               const std::string& name) const {
         if (value.is_string()) return std::string(trim(value.get<std::string>()));
         if (value.is_boolean()) return value.get<bool>() ? "1" : "0";
         if (value.is_number_integer()) return value.dump();
         if (value.is_number()) return format_double(value.get<double>());
         if (value.is_null()) return {};
-        refuse(file_, where + ": \"" + name + "\" is neither text nor number");
+        refuse_table(file_, where + ": \"" + name + "\" is neither text nor number");
     }
 
     const std::filesystem::path& file_;
@@ -194,38 +193,38 @@ class JsonRows {
 };
 
 Table table_of_json(const std::filesystem::path& file, const std::string& text) {
-    json all;
+    nlohmann::ordered_json all;
     try {
-        all = json::parse(text);
-    } catch (const json::exception& error) {
-        refuse(file, std::string("this is no JSON: ") + error.what());
+        all = nlohmann::ordered_json::parse(text);
+    } catch (const nlohmann::ordered_json::exception& error) {
+        refuse_table(file, std::string("this is no JSON: ") + error.what());
     }
     if (!all.is_object() || !all.contains("points") || !all["points"].is_array())
-        refuse(file, "there is no list \"points\"");
+        refuse_table(file, "there is no list \"points\"");
     for (const auto& [name, value] : all.items())
         if (name != "points" && name != "rules" && name != "settings")
-            refuse(file, "nothing is known of \"" + name +
-                             R"("; a schedule has "settings", "rules" and "points")");
+            refuse_table(file, "nothing is known of \"" + name +
+                                   R"("; a schedule has "settings", "rules" and "points")");
     Table table;
     JsonRows rows(file, table);
     if (all.contains("settings")) rows.add(all["settings"], "\"settings\"", "/.*/");
     if (all.contains("rules")) {
         int number = 0;
-        for (const json& rule : all["rules"]) {
+        for (const nlohmann::ordered_json& rule : all["rules"]) {
             const std::string where = "rule " + std::to_string(++number);
             if (!rule.is_object() || !rule.contains("points") || !rule["points"].is_string())
-                refuse(file, where + ": \"points\" is no regular expression");
+                refuse_table(file, where + ": \"points\" is no regular expression");
             rows.add(rule, where, "/" + rule["points"].get<std::string>() + "/");
         }
     }
     int number = 0;
-    for (const json& point : all["points"])
+    for (const nlohmann::ordered_json& point : all["points"])
         rows.add(point, "point " + std::to_string(++number));
     rows.finish();
     return table;
 }
 
-std::string quoted(const std::string& cell) {
+std::string csv_cell(const std::string& cell) {
     if (cell.find_first_of(",;\t\"\n") == std::string::npos) return cell;
     std::string text = "\"";
     for (const char c : cell)
@@ -233,10 +232,10 @@ std::string quoted(const std::string& cell) {
     return text + '"';
 }
 
-std::string line_of(const std::vector<std::string>& cells, char separator) {
+std::string csv_line(const std::vector<std::string>& cells, char separator) {
     std::string line;
     for (const std::string& cell : cells)
-        line += (&cell == &cells.front() ? "" : std::string(1, separator)) + quoted(cell);
+        line += (&cell == &cells.front() ? "" : std::string(1, separator)) + csv_cell(cell);
     return line + "\n";
 }
 
@@ -252,13 +251,13 @@ std::string csv_text(const Table& table) {
     auto comment = table.comments.begin();
     const auto put_comments = [&](int before_row) {
         for (; comment != table.comments.end() && comment->number < before_row; ++comment)
-            text += line_of(comment->cells, table.separator);
+            text += csv_line(comment->cells, table.separator);
     };
     put_comments(table.rows.empty() ? 2 : table.rows.front().number - 1);
-    text += line_of(table.heads, table.separator);
+    text += csv_line(table.heads, table.separator);
     for (const TableRow& row : table.rows) {
         put_comments(row.number);
-        text += line_of(row.cells, table.separator);
+        text += csv_line(row.cells, table.separator);
     }
     put_comments(std::numeric_limits<int>::max());
     return text;

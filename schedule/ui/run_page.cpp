@@ -173,7 +173,7 @@ QWidget* RunPage::table_part() {
     view_->setIconSize({picture_side, picture_side});
     view_->horizontalHeader()->setDefaultAlignment(Qt::AlignCenter |
                                                    Qt::Alignment(Qt::TextWordWrap));
-    constexpr int lines = 2;  // of the figures' heads
+    constexpr int lines = 3;  // of the figures' heads
     view_->horizontalHeader()->setFixedHeight(lines * fontMetrics().lineSpacing() + 8);
     view_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     view_->verticalHeader()->setDefaultSectionSize(picture_side + 6);
@@ -304,16 +304,14 @@ void RunPage::take(const std::shared_ptr<const RunView>& run, const QString& fai
         read_again();
         return;
     }
-    const bool same_columns = run_ && table_->columnCount() > 1;
+    const int columns = table_->columnCount();
     run_ = run;
     table_->set_run(run);
     title_->setText(
         tr("<b>%1</b>, results in %2")
             .arg(file_.toHtmlEscaped(),
                  QString::fromStdString(run->schedule.results.string()).toHtmlEscaped()));
-    if (!same_columns) {
-        size_columns();
-    }
+    if (table_->columnCount() != columns) size_columns();
     show_problems(*run);
     refresh_trend();
     refresh_buttons();
@@ -323,7 +321,7 @@ void RunPage::take(const std::shared_ptr<const RunView>& run, const QString& fai
 
 void RunPage::size_columns() {
     constexpr int widest = 260;
-    constexpr int figure_width = 120;  // its head takes two lines
+    constexpr int figure_width = 120;  // its head takes several lines
     const int cells = run_ ? static_cast<int>(run_->schedule.table.heads.size()) : 0;
     view_->resizeColumnsToContents();
     view_->setColumnWidth(RunTable::state_column, picture_side + 100);

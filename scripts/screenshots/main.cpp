@@ -62,8 +62,8 @@ void play(const Options& options) {
                     make_test_point("binary", {.channels = SyntheticOptions::Channels::binary}),
                     make_test_point("bent", {.order = 1, .bending = 1.5}),
                     make_model_test_point()};
-    play_window(theatre);
     play_run(theatre);
+    play_window(theatre);
     play_dialogs(theatre);
     play_in_situ(theatre);
     play_viewer(theatre);
