@@ -10,6 +10,7 @@
 #include "core/keys.h"
 #include "process/model/mesh_tasks.h"
 #include "process/point/find_markers_task.h"
+#include "process/point/project_paths.h"
 #include "process/point/save_image_task.h"
 #include "process/report/html_report.h"
 #include "process/report/json_text.h"
@@ -18,6 +19,7 @@
 #include "process/steps/chain.h"
 #include "schedule/point_lock.h"
 #include "schedule/point_project.h"
+#include "schedule/point_settings.h"
 
 namespace vyn {
 
@@ -73,7 +75,14 @@ class Computation {
         std::error_code ignored;
         for (const auto& save : point_.saves)
             fs::remove(schedule_.results / save.second, ignored);
-        for (const fs::path& file : named_field_files(session_))
+        // By the point's own settings: of a project that could not be read the session has none,
+        // and names would mean files of the working folder.
+        OwnSession named;
+        put_point_settings(schedule_, point_, named.data);
+        std::vector<fs::path> files = named_field_files(named.get());
+        if (const std::string mesh = read(named.data, keys::field_3d_file); !mesh.empty())
+            files.push_back(output_folder(named.data) / mesh);
+        for (const fs::path& file : files)
             fs::remove(file, ignored);
         for (const char* name : {mesh_name, "thumbnail.png"})
             fs::remove(schedule_.folder_of(point_) / name, ignored);

@@ -243,6 +243,22 @@ TEST_F(ScheduleRun, NamesFaultsAndComputesOnlyThoseAgain) {
     expect_fields_of_single_runs();
 }
 
+/// An old field would pass as that of the computation that failed; other files are not its own,
+/// whatever they are called.
+TEST_F(ScheduleRun, TakesTheOldFieldOfAFailedPointAwayAndNothingElse) {
+    ASSERT_EQ(schedule("run", {"--only", "p002"}).status, 0);
+    ASSERT_TRUE(fs::exists(of("p002", "pressure.imp")));
+    fs::remove(in("wind_on_p002.tif"));
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_.path());
+    put_file("pressure.imp", "of the user");
+    EXPECT_EQ(schedule("run", {"--only", "p002"}).status, 1);
+    EXPECT_EQ(get_text("pressure.imp"), "of the user");
+    fs::current_path(before);
+    EXPECT_FALSE(fs::exists(of("p002", "pressure.imp")));
+    EXPECT_FALSE(fs::exists(of("p002", "thumbnail.png")));
+}
+
 TEST_F(ScheduleRun, IsSharedOutAmongSchedulersWithoutComputingTwice) {
     for (const Arguments& further : {Arguments{"--jobs", "1"}, Arguments{"--resume"}}) {
         auto other = std::async(std::launch::async, [&] { return schedule("run", further); });
