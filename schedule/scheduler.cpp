@@ -125,7 +125,10 @@ class Scheduler {
     }
 
     void start(const SchedulePoint& point, const std::string& attempt_before) {
-        if (disk_is_full()) return stop();
+        if (disk_is_full()) {
+            next_ = queue_.size();  // those that run may still find room
+            return;
+        }
         const fs::path folder = schedule_.folder_of(point);
         make_folder(folder);
         PointLock lock(folder);

@@ -13,9 +13,10 @@ RunProcess::RunProcess(QObject* parent) : QObject(parent) {
                 tr("%1 cannot be started: %2").arg(batch_program(), process_.errorString()));
     });
     connect(&process_, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
-            [this](int, QProcess::ExitStatus status) {
+            [this](int code, QProcess::ExitStatus status) {
                 read_lines();
                 Q_EMIT ended(status == QProcess::CrashExit ? tr("the computation was killed")
+                             : code != 0 && !points_told_  ? last_error_
                                                            : QString());
             });
 }
@@ -30,6 +31,8 @@ RunProcess::~RunProcess() {
 
 void RunProcess::start(const QStringList& arguments) {
     unread_.clear();
+    last_error_.clear();
+    points_told_ = false;
     process_.start(batch_program(), arguments);
 }
 
@@ -40,8 +43,13 @@ void RunProcess::stop() {
 void RunProcess::read_lines() {
     unread_ += process_.readAll();
     for (int end = unread_.indexOf('\n'); end >= 0; end = unread_.indexOf('\n')) {
-        Q_EMIT told(QString::fromUtf8(unread_.left(end)));
+        const QString line = QString::fromUtf8(unread_.left(end));
         unread_.remove(0, end + 1);
+        const QLatin1String of_an_error("vynlite-batch: ");
+        if (line.startsWith(QLatin1Char('['))) points_told_ = true;
+        if (!points_told_ && line.startsWith(of_an_error))
+            last_error_ = line.mid(of_an_error.size());
+        Q_EMIT told(line);
     }
 }
 

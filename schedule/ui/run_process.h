@@ -22,8 +22,8 @@ class RunProcess : public QObject {
   Q_SIGNALS:
     /// A line that it printed.
     void told(const QString& line);
-    /// `failure`: why it could not be started or ended badly; empty after a regular end, whatever
-    /// became of the points.
+    /// `failure`: why it could not be started, was killed, or gave up before the first point; empty
+    /// after a regular end, whatever became of the points.
     void ended(const QString& failure);
 
   private:
@@ -31,6 +31,8 @@ class RunProcess : public QObject {
 
     QProcess process_;
     QByteArray unread_;
+    bool points_told_ = false;
+    QString last_error_;  ///< before the first point
 };
 
 /// The program that computes without a window: beside this one.

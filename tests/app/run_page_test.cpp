@@ -145,6 +145,17 @@ TEST_F(RunPageTest, TableThatCannotBeReadOrUsedSaysWhy) {
     });
 }
 
+TEST_F(RunPageTest, RunThatGivesUpAtOnceSaysWhy) {
+    child<QLineEdit>("run_limits").setText(QStringLiteral("rms_pix=1"));
+    press(QStringLiteral("Run"), QStringLiteral("OK"));  // of the computation
+    press(QStringLiteral("Run"), QStringLiteral("OK"));  // of reading the table again
+    press_button("run_rest");
+    wait([&] { return all_answered() && !page().is_computing(); });
+    EXPECT_NE(shown.find("did you mean \"rms_px\"?"), std::string::npos) << shown;
+    EXPECT_EQ(kinds(), std::vector<Kind>(4, Kind::waiting));
+    child<QLineEdit>("run_limits").clear();
+}
+
 TEST_F(RunPageTest, NewTableComesFromAFolderOfPictures) {
     const std::filesystem::path made = folder / "made.csv";
     expect_dialog(QStringLiteral("New run from pictures"), [&](QDialog& dialog) {
