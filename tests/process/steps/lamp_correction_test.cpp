@@ -32,14 +32,6 @@ class LampCorrectionTest : public SyntheticPointTest {
         std::ofstream(folder / "lamp.csv") << text;
         return (folder / "lamp.csv").string();
     }
-    std::string complaint() {
-        try {
-            calculate();
-        } catch (const GenericError& error) {
-            return error.what();
-        }
-        return {};
-    }
     template <class Change>
     static void change(const char* name, Change change) {
         image changed = *get_images().find(name);

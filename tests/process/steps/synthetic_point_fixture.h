@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/errors.h"
 #include "core/keys.h"
 #include "process/project/project_tasks.h"
 #include "process/report/field_comparison.h"
@@ -34,6 +35,15 @@ class SyntheticPointTest : public ProjectTest {
     TaskOutcome calculate() {
         report = std::make_shared<RunReport>();
         return run(*vyn::calculate(Goal::all, program_session(), report));
+    }
+    /// What that raises; empty when nothing.
+    std::string complaint() {
+        try {
+            calculate();
+        } catch (const GenericError& error) {
+            return error.what();
+        }
+        return {};
     }
 
     /// Away from edges and dots, as a share of the truth's range.

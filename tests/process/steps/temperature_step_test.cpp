@@ -26,14 +26,6 @@ class TemperatureStep : public SyntheticPointTest {
     static std::pair<std::string, any> source(const char* name) {
         return {std::string(keys::temperature_source.path), any(std::string(name))};
     }
-    std::string complaint() {
-        try {
-            calculate();
-        } catch (const GenericError& error) {
-            return error.what();
-        }
-        return {};
-    }
     static ImageState state(const char* name) {
         return ImageStates(program_session().data, get_images()).of(name);
     }
