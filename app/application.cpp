@@ -1,5 +1,7 @@
 #include "app/application.h"
 
+#include <QDialog>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QMessageBox>
 #include <QSettings>
@@ -13,6 +15,7 @@
 
 #include "core/ui/command.h"
 #include "core/ui/icons.h"
+#include "core/ui/window_size.h"
 #include "core/version.h"
 
 namespace vyn {
@@ -41,7 +44,6 @@ int& with_high_dpi(int& argc) {
 Application::Application(int& argc, char** argv) : QApplication(with_high_dpi(argc), argv) {
     setOrganizationName(QStringLiteral("vynlite"));
     setApplicationName(QStringLiteral("vynlite"));
-    setApplicationDisplayName(QStringLiteral("Vyn Lite"));
     setApplicationVersion(QLatin1String(program_version));
     setDesktopFileName(QStringLiteral("vynlite"));
     QSettings::setDefaultFormat(QSettings::IniFormat);
@@ -78,14 +80,26 @@ void Application::show_error(const QString& text) {
     });
 }
 
+bool Application::prepare(QObject* receiver, QEvent* event) {
+    if (event->type() == QEvent::Polish) {
+        if (auto* box = qobject_cast<QMessageBox*>(receiver)) {
+            // File names in the texts of boxes are no markup.
+            if (box->textFormat() == Qt::AutoText) box->setTextFormat(Qt::PlainText);
+        } else if (auto* dialog = qobject_cast<QDialog*>(receiver)) {
+            fit_on_screen(*dialog);
+        }
+    }
+    if (event->type() != QEvent::KeyPress || !help_) return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() != Qt::Key_F1 || key->modifiers() != Qt::NoModifier) return false;
+    auto* widget = qobject_cast<QWidget*>(receiver);
+    if (widget) help_(*widget);
+    return widget != nullptr;
+}
+
 bool Application::notify(QObject* receiver, QEvent* event) {
     try {
-        // File names in the texts of boxes are no markup.
-        if (event->type() == QEvent::Polish)
-            if (auto* box = qobject_cast<QMessageBox*>(receiver);
-                box && box->textFormat() == Qt::AutoText)
-                box->setTextFormat(Qt::PlainText);
-        return QApplication::notify(receiver, event);
+        return prepare(receiver, event) || QApplication::notify(receiver, event);
     } catch (...) {
         if (goes_on_)
             show_error(text_of_exception());

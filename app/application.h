@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <exception>
+#include <functional>
 
 namespace vyn {
 
@@ -18,12 +19,18 @@ class Application : public QApplication {
     int run();
     bool notify(QObject* receiver, QEvent* event) override;
 
+    /// What F1 pressed in a window or dialog does, where no menu of that window has it.
+    void set_help(std::function<void(QWidget&)> help) { help_ = std::move(help); }
     /// From now on errors do not end the program.
     void go_on_after_errors() { goes_on_ = true; }
 
   private:
     void show_error(const QString& text);
 
+    /// Before the event reaches its receiver; true: it is dealt with.
+    bool prepare(QObject* receiver, QEvent* event);
+
+    std::function<void(QWidget&)> help_;
     std::exception_ptr error_;
     bool goes_on_ = false;
     bool showing_ = false;  ///< one error at a time: drawing may fail again and again

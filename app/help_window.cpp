@@ -69,8 +69,9 @@ QString find_help_file() {
     return {};
 }
 
-HelpWindow::HelpWindow(const QString& help_file)
-    : engine_(std::make_unique<QHelpEngine>(collection_file())),
+HelpWindow::HelpWindow(const QString& help_file, QWidget* parent)
+    : QMainWindow(parent),
+      engine_(std::make_unique<QHelpEngine>(collection_file())),
       browser_(new ManualBrowser(*engine_, this)) {
     setObjectName(QStringLiteral("Manual"));
     setWindowTitle(tr("VynLite manual"));
@@ -79,12 +80,7 @@ HelpWindow::HelpWindow(const QString& help_file)
     make_panels();
     make_tool_bar();
     resize(on_screen({fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 48}));
-    const QList<QUrl> pages = engine_->files(name_space_, QString(), QStringLiteral("html"));
-    for (const QUrl& page : pages)
-        if (page.fileName() == QLatin1String("README.html") ||
-            page.fileName() == QLatin1String("index.html"))
-            show_page(page);
-    if (browser_->source().isEmpty() && !pages.isEmpty()) show_page(pages.first());
+    show_page_named(QStringLiteral("index"));
 }
 
 // The browser reads from the engine until it is gone.
@@ -155,6 +151,11 @@ void HelpWindow::make_tool_bar() {
 
 void HelpWindow::show_page(const QUrl& page) {
     browser_->setSource(page);
+}
+
+void HelpWindow::show_page_named(const QString& name) {
+    for (const QUrl& page : engine_->files(name_space_, QString(), QStringLiteral("html")))
+        if (page.fileName() == name + QLatin1String(".html")) return show_page(page);
 }
 
 }  // namespace vyn

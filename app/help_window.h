@@ -16,11 +16,13 @@ QString find_help_file();
 class HelpWindow : public QMainWindow {
     Q_OBJECT
   public:
-    /// Raises FileError when the manual cannot be read.
-    explicit HelpWindow(const QString& help_file);
+    /// Raises FileError when the manual cannot be read. A parent makes it a window over that one.
+    explicit HelpWindow(const QString& help_file, QWidget* parent = nullptr);
     ~HelpWindow() override;
 
     void show_page(const QUrl& page);
+    /// By the name of its file without folder and extension, such as "markers".
+    void show_page_named(const QString& name);
 
   private:
     void open_manual(const QString& help_file);

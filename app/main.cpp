@@ -68,7 +68,7 @@ int main(int argc, char** argv) {
     get_log_mgr().set_level(LogLevel::information);
     const ScopedLogSink standard_error([](const LogLine& line) { std::cerr << line.text << '\n'; },
                                        LogManager::Filter::by_level);
-    const LogFile log_file(state_folder() / "vynlite.log");
+    const LogFile log_file(window_log_file());
 
     Application application(argc, argv);
     QCommandLineParser options;
@@ -87,6 +87,7 @@ int main(int argc, char** argv) {
     auto window = std::make_unique<VynLiteForm>(worker);
     set_message_parent(window.get());
     set_custom_message_fun(show_information, ask_question);
+    application.set_help([&window](QWidget& widget) { window->show_help(widget); });
     window->show();
     open_at_start(application, *window, options.positionalArguments());
     try {
@@ -98,6 +99,7 @@ int main(int argc, char** argv) {
     }
     set_default_message_fun();
     set_message_parent(nullptr);
+    application.set_help({});
     window.reset();
     return 0;
 }

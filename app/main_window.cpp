@@ -111,6 +111,7 @@ void VynLiteForm::start_pages() {
     parts_->widgets.dummy_tab = nullptr;
     parts_->log = new QVynLog(this);
     parts_->log->setObjectName(QStringLiteral("VYN log!"));
+    parts_->log->set_file(window_log_file());
     parts_->widgets.tasks->addTab(parts_->log, tr("Log"));
     clear_ims();
     get_ims().version = file_version;
@@ -207,7 +208,7 @@ void VynLiteForm::closeEvent(QCloseEvent* event) {
     parts_->model->close_viewer();
     QSettings().setValue(geometry_setting(), saveGeometry());
     parts_->recovery->stop();
-    parts_->help.reset();
+    parts_->manual.close();
 }
 
 void VynLiteForm::dragEnterEvent(QDragEnterEvent* event) {

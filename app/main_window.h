@@ -24,6 +24,8 @@ class VynLiteForm : public QMainWindow {
     void offer_lost_work();
     /// Opens the first project among the files; images go to the experiment page or to viewers.
     void open_files(const QStringList& files);
+    /// The page of the manual that tells of this widget; a box says when there is none.
+    void show_help(QWidget& widget);
 
   public Q_SLOTS:
     void make_new_prj(bool totally_new);

@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "app/experiment_page.h"
-#include "app/help_window.h"
 #include "app/main_widgets.h"
 #include "app/main_window.h"
+#include "app/manual.h"
 #include "app/model_commands.h"
 #include "app/project_commands.h"
 #include "app/recovery_keeper.h"
@@ -42,7 +42,7 @@ struct VynLiteForm::Parts {
     ViewerWindows viewers;
     ModelCommands* model;
     RunCommands* runs;
-    std::unique_ptr<HelpWindow> help;
+    Manual manual;
     QVynLog* log = nullptr;
     std::unique_ptr<ExperimentPage> page;
     ExperimentType page_type = ExperimentType::single;

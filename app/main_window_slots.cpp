@@ -67,17 +67,14 @@ void VynLiteForm::helpContents() {
 }
 
 void VynLiteForm::helpManualAction_activated() {
+    show_help(*this);
+}
+
+void VynLiteForm::show_help(QWidget& widget) {
     try {
-        if (!parts_->help) {
-            const QString file = find_help_file();
-            if (file.isEmpty()) throw FileError("File error!", "HELPVYNLITE.qch is not installed");
-            parts_->help = std::make_unique<HelpWindow>(file);
-        }
-        parts_->help->show();
-        parts_->help->raise();
-        parts_->help->activateWindow();
+        parts_->manual.show_for(widget);
     } catch (const GenericError& error) {
-        report_failure(this,
+        report_failure(widget.window(),
                        tr("The manual cannot be shown.\n%1").arg(QString::fromUtf8(error.what())));
     }
 }

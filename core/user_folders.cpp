@@ -18,4 +18,8 @@ std::filesystem::path state_folder() {
     return std::filesystem::temp_directory_path(ignored) / ("vynlite-" + std::to_string(getuid()));
 }
 
+std::filesystem::path window_log_file() {
+    return state_folder() / "vynlite.log";
+}
+
 }  // namespace vyn

@@ -2,6 +2,7 @@
 
 #include <QBasicTimer>
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QGridLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -19,6 +20,8 @@ namespace {
 
 constexpr int tick_ms = 100;
 constexpr int progress_steps = 1000;
+/// A job that is over sooner leaves no time to read how long it takes.
+constexpr int patience_ms = 2000;
 
 /// Whether the box stays open to tell that not all is well.
 bool has_errors(TaskOutcome outcome) {
@@ -46,6 +49,7 @@ struct QBusyBox::Parts {
     std::shared_ptr<Job> job;
     std::shared_ptr<BoxContext> context;
     RemainingTime remaining;
+    QElapsedTimer since;  ///< the job began
     std::string shown_status;
     std::string failure;
     int blink = 0;
@@ -64,7 +68,6 @@ QBusyBox::QBusyBox(Worker& worker, QWidget* parent)
     setObjectName(QStringLiteral("QBusyBox"));
     setWindowTitle(tr("Vyn, Processing"));
     parts_->animation->setObjectName(QStringLiteral("animation"));
-    parts_->animation->setPixmap(vyn_icon(QStringLiteral("stop.png")).pixmap(48, 48));
     parts_->message->setObjectName(QStringLiteral("message"));
     parts_->message->setText(tr("<b><center>Please Wait...</center></b>"));
     parts_->text->setObjectName(QStringLiteral("text_view"));
@@ -105,7 +108,8 @@ TaskOutcome QBusyBox::run(std::shared_ptr<Job> job) {
     parts_->worker.post(job, parts_->context);
     parts_->job = std::move(job);
     parts_->running = true;
-
+    parts_->since.start();
+    parts_->animation->setPixmap(vyn_icon(QStringLiteral("stop.png")).pixmap(48, 48));
     parts_->timer.start(tick_ms, this);
     exec();
     parts_->timer.stop();
@@ -183,7 +187,8 @@ void QBusyBox::Parts::show_status() {
     }
     progress->setRange(0, progress_steps);
     progress->setValue(static_cast<int>(now.fraction * progress_steps));
-    progress->setFormat(QStringLiteral("%p %") + remaining.text(now.fraction));
+    progress->setFormat(QStringLiteral("%p %") +
+                        (since.elapsed() < patience_ms ? QString() : remaining.text(now.fraction)));
 }
 
 void QBusyBox::Parts::show_end(TaskOutcome outcome) {
@@ -192,7 +197,11 @@ void QBusyBox::Parts::show_end(TaskOutcome outcome) {
                          .arg(QString::fromStdString(job->failure()).toHtmlEscaped()));
     else if (outcome == TaskOutcome::done_with_errors)
         text->append(tr("<b>The results are not what was asked for; the log says more.</b>"));
-    message->setText(tr("<b>Finished</b>"));
+    message->setText(outcome == TaskOutcome::aborted  ? tr("<b>Aborted</b>")
+                     : outcome == TaskOutcome::failed ? tr("<b>Failed</b>")
+                                                      : tr("<b>Finished</b>"));
+    if (outcome != TaskOutcome::aborted)
+        animation->setPixmap(vyn_icon(QStringLiteral("warning.png")).pixmap(48, 48));
     progress->setVisible(false);
     abort_btn->setText(aborted ? tr("Aborted! Click to close.") : tr("There are errors!"));
     abort_btn->setEnabled(true);

@@ -14,6 +14,7 @@ constexpr double most_plain = 1e15;
 }  // namespace
 
 NumberEdit::NumberEdit(QWidget* parent) : QLineEdit(parent) {
+    setAlignment(Qt::AlignRight);
     connect(this, &QLineEdit::textChanged, this, [this] { check(); });
 }
 

@@ -1,13 +1,71 @@
 #include "core/ui/window_size.h"
 
+#include <QBoxLayout>
+#include <QDialog>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 
 namespace vyn {
+
+namespace {
+
+/// Asks for all that its content would like to have.
+class ScrolledContent final : public QScrollArea {
+  public:
+    explicit ScrolledContent(QLayout* layout) {
+        setObjectName(QStringLiteral("scrolled_content"));
+        setFrameShape(QFrame::NoFrame);
+        setWidgetResizable(true);
+        auto* content = new QWidget;
+        content->setLayout(layout);  // takes it and its widgets from the dialog
+        setWidget(content);
+    }
+    QSize sizeHint() const override {
+        return widget()->sizeHint() +
+               QSize(verticalScrollBar()->sizeHint().width() + 2, 2 * frameWidth() + 2);
+    }
+};
+
+/// The layout's last row, taken out of it; null where its rows are not one below another.
+QLayoutItem* take_buttons(QLayout* layout) {
+    auto* column = qobject_cast<QVBoxLayout*>(layout);
+    return column && column->count() > 1 ? column->takeAt(column->count() - 1) : nullptr;
+}
+
+}  // namespace
 
 QSize on_screen(QSize wanted) {
     constexpr double share = 0.95;  // frame and title want some room, too
     return wanted.boundedTo(QGuiApplication::primaryScreen()->availableSize() * share);
+}
+
+void fit_on_screen(QDialog& dialog) {
+    QLayout* content = dialog.layout();
+    if (!content) return;
+    const QSize least = content->totalMinimumSize();
+    if (on_screen(least) == least) {
+        dialog.resize(on_screen(dialog.size()));
+        return;
+    }
+    const QSize wanted = dialog.size().expandedTo(dialog.sizeHint());
+    content->setSizeConstraint(QLayout::SetDefaultConstraint);
+    const QMargins margins = content->contentsMargins();
+    QLayoutItem* buttons = take_buttons(content);
+    auto* scroll = new ScrolledContent(content);
+    content->setContentsMargins({});
+    auto* column = new QVBoxLayout(&dialog);
+    column->setContentsMargins(margins);
+    column->addWidget(scroll);
+    if (buttons) {
+        if (QLayout* row = buttons->layout())
+            column->addLayout(row);
+        else
+            column->addItem(buttons);
+    }
+    dialog.setMinimumSize(0, 0);
+    dialog.resize(on_screen(wanted));
 }
 
 }  // namespace vyn
