@@ -5,7 +5,8 @@
 #include <QPalette>
 #include <QSettings>
 #include <QStyle>
-#include <QStyleFactory>
+
+#include "app/program_style.h"
 
 namespace vyn {
 
@@ -87,8 +88,9 @@ void apply_appearance(Appearance appearance) {
     const SystemLook& system = system_look();
     const bool own = appearance != Appearance::system;
     const QString style = own ? QStringLiteral("fusion") : system.style;
-    if (QApplication::style()->objectName() != style)
-        QApplication::setStyle(QStyleFactory::create(style));
+    static QString present;  // a style that wraps another tells no name
+    if (present != style) QApplication::setStyle(new ProgramStyle(style));
+    present = style;
     QApplication::setPalette(appearance == Appearance::light  ? light_palette()
                              : appearance == Appearance::dark ? dark_palette()
                                                               : system.palette);

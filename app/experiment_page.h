@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/worker.h"
+#include "process/report/run_report.h"
 
 namespace vyn {
 
@@ -30,9 +31,12 @@ class ExperimentPage : public QWidget {
     virtual void edit_camera() = 0;
     /// Calibrates that camera from its pictures.
     virtual void calibrate_camera() = 0;
-    /// Puts an image file in the place that its name suggests, asking where it is not clear (files
-    /// dropped on the window or given on the command line). False when the page has no use for it.
-    virtual bool take_image_file(const QString& file) = 0;
+    /// Puts an image file in the place that its name suggests, asking where it is not clear, and
+    /// shows the record of a camera or paint file in its dialog (files dropped on the window or
+    /// given on the command line). False when the page has no use for the file.
+    virtual bool take_file(const QString& file) = 0;
+    /// Warnings of the project's reading, to be shown until the first computation.
+    virtual void take_report(std::shared_ptr<const RunReport> report) = 0;
 
   Q_SIGNALS:
     /// An image of the image list, to be shown in a viewer; `flag`: it is a camera file.
@@ -40,6 +44,8 @@ class ExperimentPage : public QWidget {
     /// How a result stands to the present settings and files, whenever the page looked: marks the
     /// viewers of that image. `why` is empty when it is not out of date.
     void result_looked_at(const std::string& name, bool out_of_date, const QString& why);
+    /// How a command of the page ended, in one line; `failed` when not as it was meant.
+    void answered(const QString& text, bool failed);
     /// The page changed settings or images.
     void project_changed();
 };

@@ -12,6 +12,7 @@
 #include "api/image_list.h"
 #include "app/main_window_parts.h"
 #include "app/pages/file_choice.h"
+#include "app/pages/page_parts.h"
 #include "app/recent_files.h"
 #include "core/keys.h"
 #include "core/ui/command.h"
@@ -47,7 +48,7 @@ VynLiteForm::VynLiteForm(Worker& worker, QWidget* parent)
     connect_actions();
     languageChange();
     setAcceptDrops(true);
-    resize(on_screen({fontMetrics().averageCharWidth() * 160, fontMetrics().lineSpacing() * 58}));
+    resize(on_screen({fontMetrics().averageCharWidth() * 190, fontMetrics().lineSpacing() * 58}));
     restoreGeometry(QSettings().value(geometry_setting()).toByteArray());
     connect(parts_->recovery, &RecoveryKeeper::failed, this, [this] {
         statusBar()->showMessage(
@@ -88,6 +89,17 @@ void VynLiteForm::connect_actions() {
     connect(parts_->widgets.recent, &RecentFilesMenu::chosen, commands,
             [commands](const QString& file) { commands->open_file(file.toStdString()); });
     connect(commands, &ProjectCommands::opened, parts_->widgets.recent, &RecentFilesMenu::add);
+    connect(commands, &ProjectCommands::reported, this,
+            [this](const std::shared_ptr<const RunReport>& report) {
+                const int remarks = static_cast<int>(report->warnings.size());
+                const QString file = QString::fromStdString(read(vyn_db(), keys::head_file));
+                answer(remarks == 0 ? tr("Opened %1").arg(file)
+                                    : tr("Opened %1: %n warning(s)", nullptr, remarks).arg(file),
+                       remarks > 0);
+                if (remarks > 0 && parts_->page) parts_->page->take_report(report);
+            });
+    connect(commands, &ProjectCommands::saved, this,
+            [this](const QString& file) { answer(tr("Saved %1").arg(file), false); });
     connect(commands, &ProjectCommands::changed, this, &VynLiteForm::update_state);
     connect(parts_->model, &ModelCommands::changed, this, &VynLiteForm::update_state);
     connect(parts_->runs, &RunCommands::point_wanted, this, [this](const QString& project) {
@@ -131,6 +143,7 @@ void VynLiteForm::update_state() {
     const bool has_file = !file.empty();
     parts_->widgets.dir_edit->setText(QString::fromStdString(file));
     if (has_file) make_page();
+    show_start_page();
     const MainActions& actions = parts_->widgets.actions;
     for (QAction* action : {actions.file_save, actions.file_save_as, actions.new_point})
         action->setEnabled(has_file);
@@ -176,6 +189,7 @@ void VynLiteForm::make_page() {
     connect(page, &ExperimentPage::result_looked_at, &parts_->viewers, &ViewerWindows::mark);
     connect(page, &ExperimentPage::result_looked_at, parts_->model, &ModelCommands::mark);
     connect(page, &ExperimentPage::project_changed, this, &VynLiteForm::update_title);
+    connect(page, &ExperimentPage::answered, this, &VynLiteForm::answer);
     connect(page, &ExperimentPage::project_changed, parts_->model, &ModelCommands::follow);
     parts_->widgets.tasks->insertTab(0, page, page->label());
     parts_->widgets.tasks->setCurrentWidget(page);
@@ -185,6 +199,35 @@ void VynLiteForm::remove_page() {
     if (parts_->page)
         parts_->widgets.tasks->removeTab(parts_->widgets.tasks->indexOf(parts_->page.get()));
     parts_->page.reset();
+}
+
+void VynLiteForm::show_start_page() {
+    QTabWidget* tasks = parts_->widgets.tasks;
+    StartPage*& start = parts_->start;
+    if (parts_->page) {
+        delete start;
+        start = nullptr;
+        return;
+    }
+    if (!start) {
+        start = new StartPage(tasks);
+        connect(start, &StartPage::new_wanted, this, &VynLiteForm::fileNew);
+        connect(start, &StartPage::open_wanted, this, &VynLiteForm::fileOpen);
+        connect(
+            start, &StartPage::project_wanted, this,
+            [this](const QString& file) { parts_->commands->open_file(file.toStdString()); },
+            Qt::QueuedConnection);
+        tasks->insertTab(0, start, tr("Start"));
+        tasks->setCurrentWidget(start);
+    }
+    start->show_projects(parts_->widgets.recent->files());
+}
+
+void VynLiteForm::answer(const QString& text, bool failed) {
+    QPalette colours = palette();
+    if (failed) colours.setColor(QPalette::WindowText, warning_colour(colours));
+    statusBar()->setPalette(colours);
+    statusBar()->showMessage(text);
 }
 
 void VynLiteForm::timerEvent(QTimerEvent*) {
@@ -243,8 +286,7 @@ void VynLiteForm::open_files(const QStringList& files) {
 
 void VynLiteForm::open_images(const QStringList& files) {
     for (const QString& file : files) {
-        if (parts_->page && parts_->page->isEnabled() && parts_->page->take_image_file(file))
-            continue;
+        if (parts_->page && parts_->page->isEnabled() && parts_->page->take_file(file)) continue;
         parts_->viewers.show_file(file);
     }
 }

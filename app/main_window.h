@@ -66,6 +66,10 @@ class VynLiteForm : public QMainWindow {
     void update_title();
     void make_page();
     void remove_page();
+    /// While there is nothing else to begin with.
+    void show_start_page();
+    /// What became of a command, in the status bar.
+    void answer(const QString& text, bool failed);
     void open_images(const QStringList& files);
 
     std::unique_ptr<Parts> parts_;

@@ -10,6 +10,7 @@
 #include "app/project_commands.h"
 #include "app/recovery_keeper.h"
 #include "app/run_commands.h"
+#include "app/start_page.h"
 #include "app/viewer_windows.h"
 #include "core/ui/log_page.h"
 #include "core/user_folders.h"
@@ -44,6 +45,7 @@ struct VynLiteForm::Parts {
     RunCommands* runs;
     Manual manual;
     QVynLog* log = nullptr;
+    StartPage* start = nullptr;  ///< among the tasks while there is no experiment page
     std::unique_ptr<ExperimentPage> page;
     ExperimentType page_type = ExperimentType::single;
 };

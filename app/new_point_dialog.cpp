@@ -9,7 +9,9 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "core/keys.h"
 #include "core/ui/window_size.h"
+#include "process/page/likely_places.h"
 
 namespace vyn {
 
@@ -28,9 +30,13 @@ QTableWidgetItem* text_item(const QString& text, const QString& tip) {
     return item;
 }
 
-/// "wind_on_sens_mark_file" of its path.
-QString short_name(std::string_view key) {
-    return QString::fromStdString(std::string(key.substr(key.rfind('/') + 1)));
+/// "Wind-On: Markers" where the page has a row for it.
+QString label_of(std::string_view key) {
+    const ExperimentType type = experiment_type(vyn_db());
+    for (const PageCard& card : page_cards(type))
+        for (const PageRow& row : card.rows)
+            if (row.input.file.path == key) return QString::fromStdString(place_label(type, row));
+    return QString::fromStdString(short_meaning(key));
 }
 
 }  // namespace
@@ -48,7 +54,7 @@ NewPointDialog::NewPointDialog(std::vector<NextPoint> ways, QWidget* parent)
                           .arg(QString::fromStdString(way.from), QString::fromStdString(way.to)));
     way_->addItem(tr("no files yet"));
     files_->setObjectName(QStringLiteral("files"));
-    files_->setHorizontalHeaderLabels({tr("Setting"), tr("This point"), tr("New point")});
+    files_->setHorizontalHeaderLabels({tr("File"), tr("This point"), tr("New point")});
     files_->verticalHeader()->hide();
     files_->horizontalHeader()->setStretchLastSection(true);
 
@@ -58,7 +64,7 @@ NewPointDialog::NewPointDialog(std::vector<NextPoint> ways, QWidget* parent)
     auto* form = new QFormLayout;
     form->addRow(tr("&Next point:"), way_);
     auto* column = new QVBoxLayout(this);
-    auto* text = new QLabel(tr("All settings are kept; the images are those checked here."), this);
+    auto* text = new QLabel(tr("All settings are kept; the files are those ticked here."), this);
     text->setWordWrap(true);
     column->addWidget(text);
     column->addLayout(form);
@@ -77,12 +83,13 @@ void NewPointDialog::show_way() {
     for (const NextPoint::File& file : ways_[chosen].files) {
         const int row = files_->rowCount();
         files_->insertRow(row);
-        files_->setItem(row, setting, text_item(short_name(file.key), {}));
+        files_->setItem(row, setting, text_item(label_of(file.key), {}));
         files_->setItem(row, present,
                         text_item(name_of(file.old_name), QString::fromStdString(file.old_name)));
-        QTableWidgetItem* next =
-            text_item(file.new_name.empty() ? tr("none") : name_of(file.new_name),
-                      QString::fromStdString(file.new_name));
+        QTableWidgetItem* next = text_item(file.new_name.empty() ? tr("none")
+                                           : file.kept ? tr("%1 (kept)").arg(name_of(file.new_name))
+                                                       : name_of(file.new_name),
+                                           QString::fromStdString(file.new_name));
         if (file.new_name.empty()) {
             next->setFlags(Qt::NoItemFlags);
         } else {

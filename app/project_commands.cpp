@@ -42,12 +42,14 @@ std::shared_ptr<Job> job_of(std::unique_ptr<Tasks>... tasks) {
     return job;
 }
 
-std::unique_ptr<ReadProjectTask> reading(const fs::path& file,
+std::unique_ptr<ReadProjectTask> reading(const fs::path& file, std::shared_ptr<RunReport> report,
                                          std::vector<std::pair<std::string, any>> settings = {},
                                          fs::path inputs = {}) {
     ReadProject request;
     request.file = file;
     request.geometry = ReadProject::Geometry::if_named;
+    request.missing = ReadProject::MissingFiles::leave_out;
+    request.report = std::move(report);
     request.settings = std::move(settings);
     request.inputs = std::move(inputs);
     return std::make_unique<ReadProjectTask>(program_session(), std::move(request));
@@ -96,11 +98,13 @@ bool ProjectCommands::create_from(std::shared_ptr<simpleNamedDataSet> settings,
     const fs::path target = path_of(file);
     Lock held = lock(target);
     if (!held) return false;
-    const auto job =
-        job_of(std::make_unique<CreateProjectTask>(std::move(settings), target), reading(target));
+    const auto report = std::make_shared<RunReport>();
+    const auto job = job_of(std::make_unique<CreateProjectTask>(std::move(settings), target),
+                            reading(target, report));
     if (!carry_out(job, tr("The project %1 was not made.").arg(file))) return false;
     take(target, std::move(held));
     Q_EMIT replaced();
+    Q_EMIT reported(report);
     return true;
 }
 
@@ -117,10 +121,13 @@ bool ProjectCommands::open_file(const fs::path& name) {
     const fs::path file = fs::absolute(name).lexically_normal();
     Lock held = lock(file);
     if (!held) return false;
-    if (!carry_out(job_of(reading(file)), tr("The project %1 was not opened.").arg(text_of(file))))
+    const auto report = std::make_shared<RunReport>();
+    if (!carry_out(job_of(reading(file, report)),
+                   tr("The project %1 was not opened.").arg(text_of(file))))
         return false;
     take(file, std::move(held));
     Q_EMIT replaced();
+    Q_EMIT reported(report);
     return true;
 }
 
@@ -129,10 +136,10 @@ ProjectCommands::Recovered ProjectCommands::recover(const LostWork& work) {
     if (!work.project.empty() && !held) return Recovered::nothing;
     std::error_code ignored;
     const bool contained = is_container(work.project) && fs::exists(work.project, ignored);
-    const auto job =
-        job_of(reading(work.copy, {{std::string(keys::head_file.path), any(work.project)}},
-                       contained ? fs::path(work.project) : fs::path()),
-               std::make_unique<RestorePicturesTask>(program_session(), work.copy));
+    const auto job = job_of(reading(work.copy, std::make_shared<RunReport>(),
+                                    {{std::string(keys::head_file.path), any(work.project)}},
+                                    contained ? fs::path(work.project) : fs::path()),
+                            std::make_unique<RestorePicturesTask>(program_session(), work.copy));
     const bool read_all = carry_out(job, tr("The images of the recovered project were not read."));
     if (!read_all) {
         // The settings are what cannot be had again.
@@ -190,6 +197,7 @@ bool ProjectCommands::save_to(const fs::path& file, Overwriting overwriting) {
                   tr("The project was not saved to %1.").arg(text_of(file)));
     if (saved) take(file, std::move(held));
     Q_EMIT changed();
+    if (saved) Q_EMIT this->saved(text_of(file));
     return saved;
 }
 
@@ -258,14 +266,22 @@ bool ProjectCommands::agrees_to_discard() {
                     tr("All unsaved data will be lost!\nOk to continue?"),
                     QMessageBox::Yes | QMessageBox::No, window_);
     box.setDefaultButton(QMessageBox::No);
+    QStringList unsaved;
+    if (vyn_db().modified()) {
+        unsaved << tr("Settings of the project are not saved.");
+        box.addButton(QMessageBox::Save);
+    }
     QStringList drawn;
     for (const auto& picture : unsaved_pictures(get_images()))
         drawn << QString::fromStdString(image_label(experiment_type(vyn_db()), picture->name));
     if (!drawn.isEmpty())
-        box.setInformativeText(tr("Markers or masks are in no file yet: %1. Save them in the "
-                                  "viewer of the picture.")
-                                   .arg(drawn.join(QStringLiteral(", "))));
-    return box.exec() == QMessageBox::Yes;
+        unsaved << tr("Markers or masks are in no file yet: %1. Save them in the "
+                      "viewer of the picture.")
+                       .arg(drawn.join(QStringLiteral(", ")));
+    if (unsaved.isEmpty()) unsaved << tr("Nothing is unsaved.");
+    box.setInformativeText(unsaved.join(QLatin1Char('\n')));
+    const int answer = box.exec();
+    return answer == QMessageBox::Save ? save() && may_discard() : answer == QMessageBox::Yes;
 }
 
 bool ProjectCommands::carry_out(const std::shared_ptr<Job>& job, const QString& what_failed) {

@@ -10,6 +10,7 @@
 #include "core/task.h"
 #include "core/worker.h"
 #include "process/project/recovery_copy.h"
+#include "process/report/run_report.h"
 
 namespace vyn {
 
@@ -51,9 +52,12 @@ class ProjectCommands : public QObject {
   Q_SIGNALS:
     /// Another project, or none: pages and viewers start afresh.
     void replaced();
+    /// What is to be known of the project that was read.
+    void reported(std::shared_ptr<const RunReport> report);
     /// The project's file or images changed.
     void changed();
     void opened(const QString& file);
+    void saved(const QString& file);
 
   private:
     using Lock = std::shared_ptr<FileLock>;

@@ -142,6 +142,11 @@ const KeyInfo* find_key(std::string_view path) {
     return row != table.end() && row->path == path ? &*row : nullptr;
 }
 
+std::string short_meaning(std::string_view path) {
+    const std::string_view whole = find_key(path)->meaning;
+    return std::string(trim(whole.substr(0, whole.find_first_of(";:("))));
+}
+
 any parse_setting(std::string_view path, std::string_view text) {
     const KeyInfo* key = find_key(path);
     if (!key) throw AlgoError("Trying to get not existing data!", no_such_key(path));

@@ -52,6 +52,8 @@ struct KeyInfo {
 const std::vector<KeyInfo>& key_table();
 /// The row of a path; null when the table has none.
 const KeyInfo* find_key(std::string_view path);
+/// What the setting is, without explanations: "wind-on temperature". The path must be in the table.
+std::string short_meaning(std::string_view path);
 
 /// Reads a setting with the default of the table; the key exists thereafter.
 template <class T>

@@ -12,6 +12,7 @@
 #include "app/pages/file_choice.h"
 #include "app/pages/image_card.h"
 #include "app/pages/input_row.h"
+#include "app/pages/page_parts.h"
 #include "app/pages/record_group.h"
 #include "app/pages/results_list.h"
 #include "app/pages/saturation_row.h"
@@ -20,10 +21,13 @@
 #include "calib/ui/camera_calibration/camera_calibration_dialog.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/in_situ_dialog.h"
+#include "calib/ui/paint_dialog.h"
 #include "core/ui/command.h"
 #include "process/page/likely_places.h"
 #include "process/page/page_steps.h"
+#include "process/page/user_words.h"
 #include "process/point/marker_frames.h"
+#include "process/point/missing_files.h"
 #include "process/point/save_image_task.h"
 #include "process/point/set_input_task.h"
 #include "process/point/unsaved_work.h"
@@ -60,7 +64,9 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
         card->show_look(*look);
     for (InputRow* row : image_rows_)
         row->show_state(look->state.rows.at(row->row().stem));
-    results_->show_look(*look);
+    results_->show_look(
+        *look,
+        report_ ? QString::fromStdString(user_words(type_, unaligned_text(*report_))) : QString());
     steps_->show_needs(look->state.needs);
     steps_->show_run(last_run_, last_run_failed_);
     for (RecordGroup* group : records_)
@@ -73,16 +79,21 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
 }
 
 void BasicPage::show_remarks(const PageState& state) {
+    const std::vector<Remark> remarks =
+        with_warnings(state.remarks, report_ ? report_->warnings : std::vector<Warning>(), type_);
     QString text;
-    const auto add = [&](const std::string& remark) {
-        text += QStringLiteral("<li>%1</li>").arg(QString::fromStdString(remark).toHtmlEscaped());
-    };
-    for (const std::string& remark : state.remarks)
-        add(remark);
-    if (report_)
-        for (const Warning& warning : report_->warnings)
-            add(tr("Last run: %1").arg(QString::fromStdString(warning.text)).toStdString());
-    if (!text.isEmpty()) text = QStringLiteral("<ul>%1</ul>").arg(text);
+    for (const Remark& remark : remarks) {
+        const bool warns = remark.kind == Remark::Kind::warning;
+        const QString words = QString::fromStdString(remark.text).toHtmlEscaped();
+        text += QStringLiteral("<tr><td><b>%1</b></td><td>%2</td></tr>")
+                    .arg(warns ? QStringLiteral("<font color=\"%1\">\u26a0</font>")
+                                     .arg(warning_colour(palette()).name())
+                               : QStringLiteral("\u2139"),
+                         warns ? QStringLiteral("<font color=\"%1\">%2</font>")
+                                     .arg(warning_colour(palette()).name(), words)
+                               : words);
+    }
+    if (!text.isEmpty()) text = QStringLiteral("<table cellspacing=\"3\">%1</table>").arg(text);
     // Setting the same text again would undo the user's selection.
     if (text != remarks_->text()) remarks_->setText(text);
 }
@@ -92,33 +103,46 @@ QBusyBox& BasicPage::busy_box() {
     return *busy_box_;
 }
 
-TaskOutcome BasicPage::run(const std::shared_ptr<Job>& job) {
-    QElapsedTimer clock;
-    clock.start();
-    const TaskOutcome outcome = busy_box().run(job);
-    const QString failure = QString::fromStdString(busy_box().failure());
-    last_run_failed_ = outcome >= TaskOutcome::done_with_errors;
+QString BasicPage::answer_to(TaskOutcome outcome, const QString& done, double seconds) {
+    const auto words = [this](const std::string& text) {
+        return QString::fromStdString(user_words(type_, text));
+    };
     switch (outcome) {
         case TaskOutcome::idle:
         case TaskOutcome::done:
-            last_run_ =
-                tr("Done in %1 s.").arg(static_cast<double>(clock.elapsed()) / 1000, 0, 'f', 1);
             break;
         case TaskOutcome::done_with_errors:
-            last_run_ = tr("Done, but %1")
-                            .arg(QString::fromStdString(report_ ? unaligned_text(*report_)
-                                                                : "with errors"));
-            break;
+            return tr("%1, but %2")
+                .arg(done, report_ ? words(unaligned_text(*report_)) : tr("with errors"));
         case TaskOutcome::failed:
-            last_run_ = tr("Failed: %1").arg(failure.isEmpty() ? tr("see the log") : failure);
-            break;
+            return tr("Failed: %1")
+                .arg(busy_box().failure().empty() ? tr("see the log")
+                                                  : words(busy_box().failure()));
         case TaskOutcome::aborted:
-            last_run_ = tr("Aborted.");
-            break;
+            return tr("Aborted.");
     }
+    const QString timed = tr("%1 in %2 s").arg(done).arg(seconds, 0, 'f', 1);
+    const std::string found = report_ ? alignment_in_short(*report_) : std::string();
+    return found.empty() ? timed + QLatin1Char('.')
+                         : timed + QStringLiteral(": ") + QString::fromStdString(found);
+}
+
+TaskOutcome BasicPage::run(const std::shared_ptr<Job>& job, const QString& done) {
+    QElapsedTimer clock;
+    clock.start();
+    const TaskOutcome outcome = busy_box().run(job);
+    last_run_failed_ = outcome >= TaskOutcome::done_with_errors;
+    last_run_ = answer_to(outcome, done, static_cast<double>(clock.elapsed()) / 1000);
+    if (last_run_failed_) scroll_->ensureWidgetVisible(steps_);
+    Q_EMIT answered(last_run_, last_run_failed_);
     watcher_->look();
     Q_EMIT project_changed();
     return outcome;
+}
+
+void BasicPage::take_report(std::shared_ptr<const RunReport> report) {
+    report_ = std::move(report);
+    watcher_->look();
 }
 
 /// A single step adds to what the steps before it reported.
@@ -155,20 +179,25 @@ void BasicPage::run_step(PageStep step) {
     finish_editing(*this);
     if (step == PageStep::in_situ) return open_in_situ();
     if (step == PageStep::check)
-        return show_point_check(busy_box(), report_ ? report_ : std::make_shared<RunReport>(),
+        return show_point_check(busy_box(), report_ ? report_ : std::make_shared<const RunReport>(),
                                 this);
     const auto report = report_for(step);
     const auto job = page_job(step, program_session(), report);
     if (job->empty()) {
         last_run_ = QString::fromStdString(missing_for(step, vyn_db(), get_images()));
         last_run_failed_ = true;
+        Q_EMIT answered(last_run_, last_run_failed_);
         watcher_->look();
         return;
     }
     if (step == PageStep::save_field ? !may_replace_field() : !may_replace_results(step)) return;
     // A trial says nothing of how the present field was made.
     if (step != PageStep::save_field && step != PageStep::try_texture) report_ = report;
-    const TaskOutcome outcome = run(job);
+    const TaskOutcome outcome = run(
+        job, step == PageStep::save_field
+                 ? tr("Saved %1")
+                       .arg(QString::fromStdString(field_files(program_session()).front().string()))
+                 : tr("Calculated"));
     if (step == PageStep::try_texture && outcome <= TaskOutcome::done_with_errors)
         show_trial(*report);
 }
@@ -205,7 +234,7 @@ void BasicPage::load_pictures_anew() {
             job->append(std::make_unique<SetInputTask>(program_session(),
                                                        *input_of_image(card.raw->name),
                                                        read(vyn_db(), card.raw->file)));
-    if (!job->empty()) run(job);
+    if (!job->empty()) run(job, tr("Loaded the pictures anew"));
 }
 
 void BasicPage::calculate_all() {
@@ -259,10 +288,48 @@ void BasicPage::put_file(const InputFile& input, const std::string& file) {
     if (!may_replace_input(input)) return;
     auto job = std::make_shared<Job>();
     job->append(std::make_unique<SetInputTask>(program_session(), input, file));
-    run(job);
+    run(job, file.empty()
+                 ? tr("Removed the file")
+                 : tr("Loaded %1").arg(QFileInfo(QString::fromStdString(file)).fileName()));
 }
 
-bool BasicPage::take_image_file(const QString& file) {
+void BasicPage::locate_file(const PageRow& row) {
+    const QString lost =
+        QFileInfo(QString::fromStdString(read(vyn_db(), row.input.file))).fileName();
+    const std::string now = choose_input(this, row.input, tr("Locate %1").arg(lost));
+    if (now.empty() || !may_replace_input(row.input)) return;
+    const std::vector<PlacedFile> moved = find_moved_files(vyn_db(), row.input, now);
+    auto job = std::make_shared<Job>();
+    job->append(std::make_unique<PlaceFilesTask>(program_session(), moved));
+    const int others = static_cast<int>(moved.size()) - 1;
+    run(job, others == 0
+                 ? tr("Loaded %1").arg(lost)
+                 : tr("Loaded %1 and %n more that moved with it", nullptr, others).arg(lost));
+}
+
+bool BasicPage::take_record_file(const QString& file) {
+    if (!is_record_file(file)) return false;
+    if (!holds_camera(file)) {
+        QVynPaint dialog(vyn_db(), this);
+        if (dialog.open_file(file.toStdString())) run_dialog(dialog);
+        return true;
+    }
+    std::string_view tree = keys::sens_camera;
+    if (flat_rows(type_).size() > 1) {
+        const QStringList cameras{tr("Signal camera"), tr("Reference camera")};
+        bool accepted = false;
+        const QString chosen = QInputDialog::getItem(
+            this, tr("Camera file"), tr("Whose camera is %1?").arg(QFileInfo(file).fileName()),
+            cameras, 0, /*editable=*/false, &accepted);
+        if (!accepted) return true;
+        if (chosen == cameras.back()) tree = keys::refe_camera;
+    }
+    open_camera(tree, file.toStdString());
+    return true;
+}
+
+bool BasicPage::take_file(const QString& file) {
+    if (take_record_file(file)) return true;
     const std::vector<PageRow> places = likely_places(type_, file.toStdString());
     if (places.empty()) return false;
     std::size_t chosen = 0;
@@ -294,7 +361,7 @@ bool BasicPage::run_dialog(QDialog& dialog) {
 }
 
 void BasicPage::edit_camera() {
-    open_camera(keys::sens_camera);
+    open_camera(keys::sens_camera, {});
 }
 
 void BasicPage::calibrate_camera() {
@@ -302,12 +369,13 @@ void BasicPage::calibrate_camera() {
     run_dialog(dialog);
 }
 
-void BasicPage::open_camera(std::string_view tree) {
+void BasicPage::open_camera(std::string_view tree, const std::string& file) {
     const bool signal = tree == keys::sens_camera;
     const InputFile& flat =
         *input_of_image(signal ? image_names::flat_sens : image_names::flat_refe);
     const std::string before = read(vyn_db(), flat.file);
     QVynCamera dialog(vyn_db(), std::string(tree), this);
+    if (!file.empty() && !dialog.open_file(file)) return;
     if (!run_dialog(dialog)) return;
     if (const std::string now = read(vyn_db(), flat.file); now != before) put_file(flat, now);
 }

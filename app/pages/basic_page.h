@@ -33,7 +33,8 @@ class BasicPage : public ExperimentPage {
     void calculate_all() override;
     void edit_camera() override;
     void calibrate_camera() override;
-    bool take_image_file(const QString& file) override;
+    bool take_file(const QString& file) override;
+    void take_report(std::shared_ptr<const RunReport> report) override;
 
     /// Of the last computation that ran from here; null before.
     std::shared_ptr<const RunReport> report() const { return report_; }
@@ -47,20 +48,27 @@ class BasicPage : public ExperimentPage {
     void show_remarks(const PageState& state);
 
     QBusyBox& busy_box();
-    TaskOutcome run(const std::shared_ptr<Job>& job);
+    /// `done`: what was done when all went well: "Calculated".
+    TaskOutcome run(const std::shared_ptr<Job>& job, const QString& done);
+    QString answer_to(TaskOutcome outcome, const QString& done, double seconds);
     /// What an alignment by texture found that was only tried.
     void show_trial(const RunReport& found);
     std::shared_ptr<RunReport> report_for(PageStep step) const;
     void run_step(PageStep step);
     void open_in_situ();
     void select_file(const PageRow& row);
+    /// Asks where a missing file is now and takes the others that moved with it.
+    void locate_file(const PageRow& row);
+    /// Takes a camera or paint calibration; false when the file holds neither.
+    bool take_record_file(const QString& file);
     /// Asks where drawn markers and masks, or results of work, would be lost with the old file.
     bool may_replace_input(const InputFile& input);
     /// Asks for the file and saves the markers drawn on the image there.
     void save_markers(const InputFile& input);
     void put_file(const InputFile& input, const std::string& file);
     void view(const std::string& image);
-    void open_camera(std::string_view tree);
+    /// `file`: whose record the dialog shows at first; empty: the project's.
+    void open_camera(std::string_view tree, const std::string& file);
     /// Ask where old files, or what was drawn on old results, would be lost.
     bool may_replace_field();
     bool may_replace_results(PageStep step);
@@ -78,7 +86,7 @@ class BasicPage : public ExperimentPage {
     std::unique_ptr<QBusyBox> busy_box_;
     PageWatcher* watcher_;
     QScrollArea* scroll_;
-    std::shared_ptr<RunReport> report_;
+    std::shared_ptr<const RunReport> report_;
     QString last_run_;
     bool last_run_failed_ = false;
 

@@ -44,7 +44,7 @@ void BasicPage::build(ExperimentType type) {
     steps_ = new StepGroup(page_cards(type).size() > 2, grid);
     grid->add(steps_);
     connect(steps_, &StepGroup::wanted, this, &BasicPage::run_step);
-    results_ = new ResultsList(type, grid);
+    results_ = new ResultsList(type, watcher_->field_palette(), grid);
     grid->add(results_);
     connect(results_, &ResultsList::view_wanted, this, &BasicPage::view);
 
@@ -71,7 +71,7 @@ QWidget* BasicPage::camera_group() {
             signal ? +[] { return camera_summary(vyn_db(), keys::sens_camera); }
                    : +[] { return camera_summary(vyn_db(), keys::refe_camera); });
         const std::string_view tree = flats[i].input.raw->camera;
-        connect(camera, &QPushButton::clicked, this, [this, tree] { open_camera(tree); });
+        connect(camera, &QPushButton::clicked, this, [this, tree] { open_camera(tree, {}); });
         if (signal) {
             auto* calibrate = group->add_button("camera_cal_btn", tr("Calibrate camera..."), [] {
                 return lens_summary(vyn_db(), keys::sens_camera);
@@ -129,6 +129,7 @@ QWidget* BasicPage::option_group() {
 void BasicPage::connect_row(InputRow* row) {
     const PageRow place = row->row();
     connect(row, &InputRow::select_wanted, this, [this, place] { select_file(place); });
+    connect(row, &InputRow::locate_wanted, this, [this, place] { locate_file(place); });
     connect(row, &InputRow::chosen, this,
             [this, place](const QString& file) { put_file(place.input, file.toStdString()); });
     connect(row, &InputRow::remove_wanted, this, [this, place] { put_file(place.input, {}); });

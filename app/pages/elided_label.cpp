@@ -51,7 +51,7 @@ void ElidedLabel::paintEvent(QPaintEvent* event) {
     QRect place = rect();
     const int note_width = note_.isEmpty() ? 0 : letters.horizontalAdvance(note_) + gap;
     // Where there is not enough room for both, the name is worth more.
-    const bool with_note = note_width < place.width() / 2;
+    const bool with_note = letters.horizontalAdvance(text_) + note_width <= place.width();
     if (with_note) place.setRight(place.right() - note_width);
     painter.setPen(alarm_ ? warning_colour(palette()) : text_.isEmpty() ? pale : normal);
     painter.drawText(

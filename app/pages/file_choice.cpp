@@ -1,9 +1,11 @@
 #include "app/pages/file_choice.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QStringList>
 
 #include "api/image_io.h"
+#include "core/ini_file.h"
 #include "core/ui/command.h"
 #include "process/point/project_paths.h"
 
@@ -34,6 +36,18 @@ fs::path& last_folder() {
 bool is_project_file(const QString& file) {
     return file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive) ||
            file.endsWith(QLatin1String(".ims"), Qt::CaseInsensitive);
+}
+
+bool is_record_file(const QString& file) {
+    const QString extension = QFileInfo(file).suffix().toLower();
+    return extension == QLatin1String("ini") || extension == QLatin1String("cam") ||
+           extension == QLatin1String("clb");
+}
+
+bool holds_camera(const QString& file) {
+    IniFile ini;
+    const bool read = run_logged([&] { ini.open(file.toStdString(), IniFile::Mode::read_only); });
+    return read && ini.has_section("camera");
 }
 
 QString image_filter() {

@@ -12,6 +12,10 @@ namespace vyn {
 /// A project file or container, by its name.
 bool is_project_file(const QString& file);
 
+/// A file of a camera or of a paint calibration, by its name; whether a camera is in it.
+bool is_record_file(const QString& file);
+bool holds_camera(const QString& file);
+
 /// The name filters of a file dialog for images: all that can be read together, then each format.
 QString image_filter();
 

@@ -66,10 +66,10 @@ void ImageCard::show_look(const PageLook& look) {
     const auto picture = look.previews.find(raw_->name);
     const bool present = picture != look.previews.end();
     preview_->setEnabled(present);
-    const qint64 key = present ? picture->second.cacheKey() : 0;
+    const qint64 key = present ? picture->second.picture.cacheKey() : 0;
     if (key == shown_ && !preview_->icon().isNull()) return;
     shown_ = key;
-    preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second))
+    preview_->setIcon(present ? QIcon(QPixmap::fromImage(picture->second.picture))
                               : vyn_icon(QStringLiteral("thumbnail.png")));
 }
 

@@ -32,6 +32,10 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     setAcceptDrops(true);
     const std::string& stem = row_.stem;
     name_->setObjectName(QString::fromStdString(stem + "_file"));
+    locate_ = icon_button(stem + "_locate_btn", "zoom_in", tr("Locate the missing file"), this);
+    locate_->setText(tr("Locate..."));
+    locate_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    locate_->setVisible(false);
     reload_ = icon_button(stem + "_reload_btn", "refresh", tr("Load the file anew"), this);
     reload_->setVisible(false);
     if (row_.input.role == InputFile::Role::markers) {
@@ -49,6 +53,7 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     line->setContentsMargins(0, 0, 0, 0);
     line->setSpacing(2);
     line->addWidget(name_, 1);
+    line->addWidget(locate_);
     line->addWidget(reload_);
     if (save_) line->addWidget(save_);
     line->addWidget(select);
@@ -62,6 +67,7 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     line->addWidget(remove_);
     connect(select, &QToolButton::clicked, this, &InputRow::select_wanted);
     connect(remove_, &QToolButton::clicked, this, &InputRow::remove_wanted);
+    connect(locate_, &QToolButton::clicked, this, &InputRow::locate_wanted);
     connect(reload_, &QToolButton::clicked, this, &InputRow::reload_wanted);
 }
 
@@ -73,6 +79,7 @@ void InputRow::show_state(const RowState& state) {
     if (save_) save_->setVisible(state.unsaved);
     const QString path = state.path.empty() ? file : QString::fromStdString(state.path);
     name_->setToolTip(problem.isEmpty() ? path : path + QLatin1Char('\n') + problem);
+    locate_->setVisible(state.missing);
     reload_->setVisible(!problem.isEmpty() && !state.path.empty());
     remove_->setEnabled(!file.isEmpty() || (view_ && state.loaded));
     if (view_) view_->setEnabled(state.loaded);

@@ -28,6 +28,8 @@ class InputRow : public QWidget {
     void remove_wanted();
     /// Markers that no file holds are to be saved.
     void save_wanted();
+    /// The file that is missing is to be looked for.
+    void locate_wanted();
     /// The file is to be loaded again.
     void reload_wanted();
 
@@ -38,6 +40,7 @@ class InputRow : public QWidget {
   private:
     PageRow row_;
     ElidedLabel* name_;
+    QToolButton* locate_;
     QToolButton* reload_;
     QToolButton* save_ = nullptr;  ///< of markers
     QToolButton* view_ = nullptr;

@@ -12,7 +12,7 @@ namespace {
 constexpr int tick_ms = 200;
 constexpr std::chrono::seconds file_interval{2};
 /// Sharp in the page's previews up to a scale of 200 %.
-constexpr QSize preview_size{256, 192};
+constexpr QSize preview_size{400, 300};
 
 palette_array palette_named(const char* name) {
     const palette_array* found = find_palette(name);

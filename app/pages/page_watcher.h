@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QImage>
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
@@ -9,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "app/pages/thumbnail.h"
 #include "process/page/page_state.h"
 #include "process/point/per_image.h"
 #include "render/palette.h"
@@ -18,7 +18,7 @@ namespace vyn {
 /// What a page shows.
 struct PageLook {
     PageState state;
-    std::map<std::string, QImage> previews;  ///< by image name
+    std::map<std::string, Thumbnail> previews;  ///< by image name
 };
 
 /// Looks at settings, images and files behind the window's back, since files may be slow, and tells
@@ -32,6 +32,8 @@ class PageWatcher : public QObject {
     ~PageWatcher() override;
 
     void start();
+    /// The palette of the results' previews.
+    const palette_array& field_palette() const { return field_palette_; }
     /// Looks as soon as possible, whether or not something changed.
     void look();
 
@@ -46,7 +48,7 @@ class PageWatcher : public QObject {
     QThreadPool pool_;
     const palette_array raw_palette_;
     const palette_array field_palette_;
-    PerImage<QImage> previews_;
+    PerImage<Thumbnail> previews_;
     MeshSummary mesh_;
     bool looking_ = false;
     bool again_ = false;

@@ -1,10 +1,12 @@
 #include "app/pages/results_list.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QToolButton>
 
 #include "app/pages/elided_label.h"
+#include "app/pages/field_preview.h"
 #include "app/pages/page_parts.h"
 
 namespace vyn {
@@ -27,10 +29,22 @@ QString words(const ImageState& state) {
     return {};
 }
 
+/// Corrected pictures are as their camera saw them, and the displacement is what was looked for.
+bool needs_alignment(const std::string& image) {
+    return !image.ends_with("_cor") && !image.starts_with(image_names::displacement);
+}
+
 }  // namespace
 
-ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("Results"), parent) {
-    auto* grid = new QGridLayout(this);
+ResultsList::ResultsList(ExperimentType type, const palette_array& palette, QWidget* parent)
+    : QGroupBox(tr("Results"), parent), palette_(palette), field_(new FieldPreview(this)) {
+    auto* halves = new QHBoxLayout(this);
+    auto* grid = new QGridLayout;
+    halves->addLayout(grid, 2);
+    halves->addWidget(field_, 3);
+    field_->hide();
+    connect(field_, &FieldPreview::clicked, this,
+            [this] { Q_EMIT view_wanted(image_names::field); });
     grid->setVerticalSpacing(2);
     std::vector<std::string> results = page_results(type);
     results.emplace_back(model_result);
@@ -61,7 +75,7 @@ ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("R
     grid->setRowStretch(grid->rowCount(), 1);
 }
 
-void ResultsList::show_look(const PageLook& look) {
+void ResultsList::show_look(const PageLook& look, const QString& unaligned) {
     for (const Line& line : lines_) {
         const bool listed = std::ranges::find(look.state.results, line.image,
                                               &ResultEntry::image) != look.state.results.end();
@@ -69,27 +83,39 @@ void ResultsList::show_look(const PageLook& look) {
              std::initializer_list<QWidget*>{line.preview, line.label, line.state, line.view})
             part->setVisible(listed);
     }
-    for (const ResultEntry& result : look.state.results) {
-        const auto line = std::ranges::find(lines_, result.image, &Line::image);
-        if (line == lines_.end()) continue;
-        const QString text = words(result.state);
-        line->state->set_text(text);
-        line->state->set_alarm(result.state.kind == ImageState::Kind::out_of_date);
-        line->state->setToolTip(wrapped(text));
-        line->view->setEnabled(result.state.kind != ImageState::Kind::absent);
-        const auto picture = look.previews.find(result.image);
-        const qint64 key = picture == look.previews.end() ? 0 : picture->second.cacheKey();
-        if (key == line->shown) continue;
-        line->shown = key;
-        const double scale = devicePixelRatioF();
-        QPixmap small;
-        if (picture != look.previews.end() && !picture->second.isNull()) {
-            small = QPixmap::fromImage(picture->second.scaled(
-                preview_size * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-            small.setDevicePixelRatio(scale);
-        }
-        line->preview->setPixmap(small);
+    const auto preview_of = [&](const std::string& image) {
+        const auto found = look.previews.find(image);
+        return found == look.previews.end() ? nullptr : &found->second;
+    };
+    for (const ResultEntry& result : look.state.results)
+        if (const auto line = std::ranges::find(lines_, result.image, &Line::image);
+            line != lines_.end())
+            show_line(*line, result, preview_of(result.image), unaligned);
+    const Thumbnail* field = preview_of(image_names::field);
+    field_->show_field(field ? *field : Thumbnail(), palette_);
+}
+
+void ResultsList::show_line(Line& line, const ResultEntry& result, const Thumbnail* preview,
+                            const QString& unaligned) {
+    const bool badly_made = !unaligned.isEmpty() && needs_alignment(result.image) &&
+                            result.state.kind != ImageState::Kind::absent;
+    const QString text =
+        badly_made ? tr("%1, but %2").arg(words(result.state), unaligned) : words(result.state);
+    line.state->set_text(text);
+    line.state->set_alarm(badly_made || result.state.kind == ImageState::Kind::out_of_date);
+    line.state->setToolTip(wrapped(text));
+    line.view->setEnabled(result.state.kind != ImageState::Kind::absent);
+    const qint64 key = preview ? preview->picture.cacheKey() : 0;
+    if (key == line.shown) return;
+    line.shown = key;
+    const double scale = devicePixelRatioF();
+    QPixmap small;
+    if (preview && !preview->picture.isNull()) {
+        small = QPixmap::fromImage(preview->picture.scaled(
+            preview_size * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        small.setDevicePixelRatio(scale);
     }
+    line.preview->setPixmap(small);
 }
 
 }  // namespace vyn

@@ -13,13 +13,17 @@ class QToolButton;
 namespace vyn {
 
 class ElidedLabel;
+class FieldPreview;
 
 /// The results with what is to be said of each, and a button to view it.
 class ResultsList : public QGroupBox {
     Q_OBJECT
   public:
-    ResultsList(ExperimentType type, QWidget* parent = nullptr);
-    void show_look(const PageLook& look);
+    /// The palette is that of the field's preview and outlives the list.
+    ResultsList(ExperimentType type, const palette_array& palette, QWidget* parent = nullptr);
+    /// `unaligned`: why results that need aligned pictures are not to be used; empty when nothing
+    /// is known against them.
+    void show_look(const PageLook& look, const QString& unaligned);
 
   Q_SIGNALS:
     void view_wanted(const std::string& image);
@@ -33,7 +37,12 @@ class ResultsList : public QGroupBox {
         QToolButton* view;
         qint64 shown;  ///< which picture the preview shows
     };
+    void show_line(Line& line, const ResultEntry& result, const Thumbnail* preview,
+                   const QString& unaligned);
+
+    const palette_array& palette_;
     std::vector<Line> lines_;
+    FieldPreview* field_;
 };
 
 }  // namespace vyn

@@ -9,6 +9,25 @@
 
 namespace vyn {
 
+namespace {
+
+/// What most users come for stands out.
+void make_primary(QPushButton& button) {
+    QFont bold = button.font();
+    bold.setBold(true);
+    button.setFont(bold);
+    QPalette colours = button.palette();
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+        colours.setColor(group, QPalette::Button, colours.color(group, QPalette::Highlight));
+        colours.setColor(group, QPalette::ButtonText,
+                         colours.color(group, QPalette::HighlightedText));
+    }
+    button.setPalette(colours);
+    button.setMinimumHeight(button.fontMetrics().height() * 2);
+}
+
+}  // namespace
+
 StepGroup::StepGroup(bool two_channels, QWidget* parent)
     : QGroupBox(tr("Calculate"), parent), run_state_(new QLabel(this)) {
     auto* column = new QVBoxLayout(this);
@@ -30,9 +49,7 @@ StepGroup::StepGroup(bool two_channels, QWidget* parent)
     auto* last = new QHBoxLayout;
     auto* all = add(*last, PageStep::all, "calc_all_btn", tr("Calculate &All"),
                     tr("All steps one after another; results are not saved"));
-    QFont bold = all->font();
-    bold.setBold(true);
-    all->setFont(bold);
+    make_primary(*all);
     add(*last, PageStep::save_field, "save_field_btn", tr("&Save field"),
         tr("Writes the field and its markers into the project directory"));
     column->addLayout(last);

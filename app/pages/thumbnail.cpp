@@ -45,7 +45,7 @@ colour_map colours_of(const image& picture, const Raster& raster, const palette_
 
 }  // namespace
 
-QImage thumbnail(const image& picture, QSize most, const palette_array& palette) {
+Thumbnail thumbnail(const image& picture, QSize most, const palette_array& palette) {
     if (picture.width() == 0 || picture.height() == 0) return {};
     const Raster raster(picture, most);
     const colour_map colours = colours_of(picture, raster, palette);
@@ -60,7 +60,8 @@ QImage thumbnail(const image& picture, QSize most, const palette_array& palette)
                           : qRgba(0, 0, 0, 0);
         }
     }
-    return small;
+    return {small, colours.minimum(), colours.maximum(),
+            QString::fromStdString(field_label(picture).text())};
 }
 
 }  // namespace vyn

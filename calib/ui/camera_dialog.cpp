@@ -107,15 +107,21 @@ void QVynCamera::store() {
 void QVynCamera::open_camera() {
     const std::string file = ask_open_file(
         this, {windowTitle(), camera_filter(), {}, output_folder(settings()).string()});
-    if (file.empty()) return;
+    if (!file.empty()) open_file(file);
+}
+
+bool QVynCamera::open_file(const std::string& file) {
+    bool shown = false;
     attempt(this, windowTitle(), [&] {
         cameraFeatures record = shown_record();
-        if (read_camera(file, record) == RecordOutcome::no_record)
+        shown = read_camera(file, record) != RecordOutcome::no_record;
+        if (shown)
+            show_record(record);
+        else
             report_failure(this, windowTitle(),
                            tr("%1 holds no camera.").arg(QString::fromStdString(file)));
-        else
-            show_record(record);
     });
+    return shown;
 }
 
 void QVynCamera::save_camera() {

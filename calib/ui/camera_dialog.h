@@ -14,6 +14,9 @@ class QVynCamera : public SettingDialog {
   public:
     QVynCamera(dataSetInterface& settings, std::string tree, QWidget* parent = nullptr);
 
+    /// Shows the record of a file; false, after a message, when there is none.
+    bool open_file(const std::string& file);
+
   protected:
     void store() override;
 

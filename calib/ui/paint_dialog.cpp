@@ -144,8 +144,12 @@ void QVynPaint::show_draft() {
 void QVynPaint::open_paint() {
     const std::string file =
         ask_open_file(this, {file_caption(), file_filter(), {}, output_folder(settings_).string()});
-    if (file.empty()) return;
+    if (!file.empty()) open_file(file);
+}
+
+bool QVynPaint::open_file(const std::string& file) {
     const QString name = QString::fromStdString(file);
+    bool shown = false;
     attempt(this, file_caption(), [&] {
         paintFeatures paint = record();
         std::string problem;
@@ -153,6 +157,7 @@ void QVynPaint::open_paint() {
             case RecordOutcome::no_path:
             case RecordOutcome::done:
                 take_law(paint);
+                shown = true;
                 if (!problem.empty())
                     QMessageBox::warning(this, file_caption(), QString::fromStdString(problem));
                 break;
@@ -164,6 +169,7 @@ void QVynPaint::open_paint() {
                 break;
         }
     });
+    return shown;
 }
 
 void QVynPaint::ask_for_law() {

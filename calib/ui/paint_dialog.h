@@ -18,6 +18,9 @@ class QVynPaint : public QDialog {
   public:
     explicit QVynPaint(dataSetInterface& settings, QWidget* parent = nullptr);
 
+    /// Shows the paint of a file; false, after a message, when there is none.
+    bool open_file(const std::string& file);
+
     void accept() override;
 
   private:

@@ -11,10 +11,15 @@ namespace vyn {
 
 namespace {
 
+QSize& pretended() {
+    static QSize room;
+    return room;
+}
+
 /// Asks for all that its content would like to have.
 class ScrolledContent final : public QScrollArea {
   public:
-    explicit ScrolledContent(QLayout* layout) {
+    ScrolledContent(QLayout* layout, QSize most) : most_(most) {
         setObjectName(QStringLiteral("scrolled_content"));
         setFrameShape(QFrame::NoFrame);
         setWidgetResizable(true);
@@ -26,6 +31,11 @@ class ScrolledContent final : public QScrollArea {
         return widget()->sizeHint() +
                QSize(verticalScrollBar()->sizeHint().width() + 2, 2 * frameWidth() + 2);
     }
+    /// A dialog is first shown at two thirds of the screen at most, where it need not be larger.
+    QSize minimumSizeHint() const override { return sizeHint().boundedTo(most_); }
+
+  private:
+    QSize most_;
 };
 
 /// The layout's last row, taken out of it; null where its rows are not one below another.
@@ -38,7 +48,13 @@ QLayoutItem* take_buttons(QLayout* layout) {
 
 QSize on_screen(QSize wanted) {
     constexpr double share = 0.95;  // frame and title want some room, too
-    return wanted.boundedTo(QGuiApplication::primaryScreen()->availableSize() * share);
+    const QSize room =
+        pretended().isEmpty() ? QGuiApplication::primaryScreen()->availableSize() : pretended();
+    return wanted.boundedTo(room * share);
+}
+
+void pretend_screen(QSize room) {
+    pretended() = room;
 }
 
 void fit_on_screen(QDialog& dialog) {
@@ -49,11 +65,12 @@ void fit_on_screen(QDialog& dialog) {
         dialog.resize(on_screen(dialog.size()));
         return;
     }
-    const QSize wanted = dialog.size().expandedTo(dialog.sizeHint());
     content->setSizeConstraint(QLayout::SetDefaultConstraint);
     const QMargins margins = content->contentsMargins();
     QLayoutItem* buttons = take_buttons(content);
-    auto* scroll = new ScrolledContent(content);
+    QSize most = on_screen({QWIDGETSIZE_MAX, QWIDGETSIZE_MAX}).shrunkBy(margins);
+    if (buttons) most.rheight() -= buttons->sizeHint().height() + content->spacing();
+    auto* scroll = new ScrolledContent(content, most);
     content->setContentsMargins({});
     auto* column = new QVBoxLayout(&dialog);
     column->setContentsMargins(margins);
@@ -64,8 +81,6 @@ void fit_on_screen(QDialog& dialog) {
         else
             column->addItem(buttons);
     }
-    dialog.setMinimumSize(0, 0);
-    dialog.resize(on_screen(wanted));
 }
 
 }  // namespace vyn

@@ -1,7 +1,6 @@
 #include "process/page/page_state.h"
 
 #include "core/keys.h"
-#include "process/page/input_remarks.h"
 #include "process/point/project_paths.h"
 #include "process/steps/step_table.h"
 
@@ -36,7 +35,8 @@ RowState row_state(const dataSetInterface& data, const imagesList& images, Image
     if (picture) shown.note = note_of(row.input, *picture);
     shown.unsaved = picture && row.input.role == Role::markers &&
                     !picture->markers.markers.empty() && picture->has_unsaved_markers();
-    if (!shown.file.empty() && shown.path.empty())
+    shown.missing = !shown.file.empty() && shown.path.empty();
+    if (shown.missing)
         shown.problem = "The file is not there: " + shown.file;
     else if (row.input.role == Role::markers || row.input.role == Role::mask)
         return shown;
@@ -45,6 +45,8 @@ RowState row_state(const dataSetInterface& data, const imagesList& images, Image
         shown.problem = "Load it anew: " + state.reason + '.';
     else if (!shown.file.empty() && !picture)
         shown.problem = "The file is not loaded.";
+    else if (const std::string size = size_problem(data, images, row.input); !size.empty())
+        shown.problem = "It " + size + '.';
     return shown;
 }
 

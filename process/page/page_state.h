@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "process/page/input_remarks.h"
 #include "process/page/page_rows.h"
 #include "process/page/requirements.h"
 #include "process/steps/result_state.h"
@@ -16,6 +17,7 @@ struct RowState {
     std::string path;      ///< where it is; empty: nowhere
     std::string note;      ///< what was read from it: "640 x 480", "25 markers"
     std::string problem;   ///< why it needs attention; may be empty
+    bool missing = false;  ///< the file that is named is not there
     bool unsaved = false;  ///< markers are drawn that no file holds
     bool loaded = false;   ///< its image, or the image that it belongs to, is in the list
 };
@@ -35,7 +37,7 @@ struct PageState {
     std::map<std::string, RowState> rows;  ///< by the rows' stems
     std::vector<ResultEntry> results;      ///< that are there or would be after a run
     StepNeeds needs;
-    std::vector<std::string> remarks;
+    std::vector<Remark> remarks;
 };
 
 /// Looks at settings, images and files on disk, which may take its time where those are far away.

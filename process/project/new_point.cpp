@@ -20,10 +20,6 @@ namespace {
 
 constexpr std::string_view point_tree = "project/test_point/";
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 /// A number in a file name, with the letters before it.
 struct Number {
     std::size_t begin = 0;   ///< of the letters
@@ -149,10 +145,13 @@ std::optional<Candidate> follow(const std::string& token, const std::vector<Name
     candidate.point.from = token;
     for (std::size_t i = 0; i < files.size(); ++i) {
         const auto sibling = siblings[i].find(*next);
-        std::string new_name;
-        if (sibling != siblings[i].end())
-            new_name = (files[i].stored.parent_path() / sibling->second).string();
-        candidate.point.files.push_back({files[i].key, files[i].stored.string(), new_name});
+        NextPoint::File file{files[i].key, files[i].stored.string(), {}};
+        file.kept = !find_token(files[i].stored.filename().string(), token);
+        if (file.kept)
+            file.new_name = file.old_name;
+        else if (sibling != siblings[i].end())
+            file.new_name = (files[i].stored.parent_path() / sibling->second).string();
+        candidate.point.files.push_back(std::move(file));
     }
     return candidate;
 }
@@ -201,8 +200,8 @@ void empty_point(dataSetInterface& data, imagesList& images) {
 }
 
 int NextPoint::found() const {
-    return static_cast<int>(
-        std::ranges::count_if(files, [](const File& file) { return !file.new_name.empty(); }));
+    return static_cast<int>(std::ranges::count_if(
+        files, [](const File& file) { return !file.new_name.empty() && !file.kept; }));
 }
 
 std::vector<NextPoint> find_next_points(const dataSetInterface& data) {

@@ -25,6 +25,7 @@ struct NextPoint {
         std::string_view key;
         std::string old_name;
         std::string new_name;  ///< a file that is there; empty when there is none
+        bool kept = false;     ///< the name has no such number: the file is that of both points
     };
     std::vector<File> files;  ///< one for each file that the project names
     std::string project;      ///< proposed full path of the new project file

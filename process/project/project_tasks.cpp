@@ -9,6 +9,7 @@
 #include "process/model/mesh_cache.h"
 #include "process/model/model_inputs.h"
 #include "process/point/input_files.h"
+#include "process/point/missing_files.h"
 #include "process/point/project_paths.h"
 #include "process/point/raw_images.h"
 #include "process/point/unsaved_work.h"
@@ -177,7 +178,7 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     context.status("Reading image files");
     fixMarkersDs(data, read_images);
     take_loaded(data, request_.loaded, read_images);
-    for (image& picture : load_images(data, read_images, context))
+    for (image& picture : load_wanted(read_images, report, context))
         read_images.add(std::move(picture));
     std::optional<field_data<double>> geometry =
         read_geometry_if_possible(data, request_.geometry, context, report);
@@ -191,6 +192,16 @@ TaskOutcome ReadProjectTask::run(TaskContext& context) {
     session_.field = geometry ? std::move(*geometry) : field_data<double>();
     settings.accept();
     return TaskOutcome::done;
+}
+
+std::vector<image> ReadProjectTask::load_wanted(const imagesList& present, RunReport& report,
+                                                TaskContext& context) const {
+    if (request_.missing == ReadProject::MissingFiles::refuse)
+        return load_images(session_.data, present, context);
+    simpleNamedDataSet there;
+    for (const std::string& file : copy_without_missing_files(session_.data, there))
+        warn(report, WarningKind::settings, file);
+    return load_images(there, present, context);
 }
 
 TaskOutcome StoreLawTask::run(TaskContext& context) {

@@ -25,6 +25,10 @@ struct ReadProject {
     enum class Geometry { leave_out, if_named, read };
     std::filesystem::path file;  ///< .xml or .ims
     Geometry geometry = Geometry::leave_out;
+    /// Files that the project names but that are not there: it cannot be read, or is read without
+    /// them, with a warning each.
+    enum class MissingFiles { refuse, leave_out };
+    MissingFiles missing = MissingFiles::refuse;
     /// A container whose camera pictures, dark images and flat fields are taken where the settings
     /// name the same files, since it may hold masks and markers that no file has; may be empty.
     std::filesystem::path inputs{};
@@ -47,6 +51,9 @@ class ReadProjectTask final : public Task {
     TaskOutcome run(TaskContext& context) override;
 
   private:
+    std::vector<image> load_wanted(const imagesList& present, RunReport& report,
+                                   TaskContext& context) const;
+
     Session session_;
     ReadProject request_;
 };

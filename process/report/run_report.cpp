@@ -53,6 +53,16 @@ bool poorly_aligned(const RunReport& report) {
                          poor(channels->cameras)));
 }
 
+std::string alignment_in_short(const RunReport& report) {
+    if (report.correlation && report.correlation->failure.empty())
+        return report_lines(*report.correlation).front();
+    if (!report.alignment || !report.alignment->ok) return {};
+    const MarkerMatch& match = *report.alignment;
+    return std::to_string(match.pairs.size()) + " pairs, rms " + pixels(match.mean_square_error) +
+           ", worst " + pixels(match.max_absolute_error) + " at " +
+           std::to_string(match.max_error_marker);
+}
+
 std::string unaligned_text(const RunReport& report) {
     const bool failed = report.aligned == false;
     if (!failed && !poorly_aligned(report)) return {};

@@ -77,6 +77,10 @@ void warn(RunReport& report, WarningKind kind, const std::string& text);
 /// True when an alignment was made that is not to be trusted.
 bool poorly_aligned(const RunReport& report);
 
+/// What the run found out of the alignment, for a line: "30 pairs, rms 0.003 px, worst 0.01 px at
+/// 11"; empty when nothing was aligned.
+std::string alignment_in_short(const RunReport& report);
+
 /// Why the results must not be used as they are; empty when nothing is known against it.
 std::string unaligned_text(const RunReport& report);
 

@@ -15,12 +15,6 @@ namespace {
 
 constexpr std::string_view nesting = " > ";
 
-/// The meaning of a setting without its explanations.
-std::string meaning_of(const std::string& path) {
-    const std::string_view whole = find_key(path)->meaning;
-    return std::string(trim(whole.substr(0, whole.find_first_of(";:("))));
-}
-
 std::string quoted(const std::string& value) {
     return value.empty() ? "nothing" : value;
 }
@@ -43,7 +37,7 @@ std::string describe(ExperimentType type, std::string image, std::string item,
         item = item.substr(at + nesting.size());
     }
     if (find_key(item))
-        return meaning_of(item) + " changed from " + quoted(old) + " to " + quoted(now);
+        return short_meaning(item) + " changed from " + quoted(old) + " to " + quoted(now);
     if (item.ends_with("file"))
         return file_change(item + " of " + image_label(type, image), old, now);
     const std::size_t name = item.find(" of ") + 4;

@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QToolBar>
+#include <QTreeWidget>
 #include <filesystem>
 #include <new>
 #include <thread>
@@ -41,13 +42,14 @@ class MainWindow : public AppTest {
     }
 };
 
-TEST_F(MainWindow, StartsWithTheLogAloneAndNothingToSave) {
+TEST_F(MainWindow, StartsWithWaysToBeginAndTheLogAndNothingToSave) {
     EXPECT_EQ(window->objectName(), QStringLiteral("VynLite"));
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Vyn Lite[*]"));
     const auto& tasks = child<QTabWidget>("vyn_tasks");
-    ASSERT_EQ(tasks.count(), 1);
-    EXPECT_EQ(tasks.tabText(0), QStringLiteral("Log"));
-    EXPECT_EQ(tasks.widget(0)->objectName(), QStringLiteral("VYN log!"));
+    ASSERT_EQ(tasks.count(), 2);
+    EXPECT_EQ(tasks.currentWidget()->objectName(), QStringLiteral("start_page"));
+    EXPECT_EQ(tasks.tabText(1), QStringLiteral("Log"));
+    EXPECT_EQ(tasks.widget(1)->objectName(), QStringLiteral("VYN log!"));
     EXPECT_EQ(get_ims().version, "2.51");
     EXPECT_FALSE(action("fileSaveAction").isEnabled());
     EXPECT_FALSE(action("fileSaveAsAction").isEnabled());
@@ -121,10 +123,37 @@ TEST_F(MainWindow, NoOnTheCloseCheckKeepsTheWindow) {
     expect_dialog(QStringLiteral("Warning!"),
                   [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     EXPECT_FALSE(window->close());
-    EXPECT_EQ(shown.substr(0, 51), "All unsaved data will be lost!\nOk to continue?All u");
+    EXPECT_EQ(shown,
+              "All unsaved data will be lost!\nOk to continue?Nothing is unsaved."
+              "All unsaved data will be lost!\nOk to continue?Nothing is unsaved.");
     press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
     EXPECT_TRUE(window->close());
     EXPECT_TRUE(all_answered());
+}
+
+TEST_F(MainWindow, TheCloseCheckNamesWhatIsUnsavedAndSavesIt) {
+    open_project();
+    write(vyn_db(), keys::markers_order, 3);
+    press(QStringLiteral("Warning!"), QStringLiteral("Save"));
+    EXPECT_TRUE(window->close());
+    EXPECT_TRUE(all_answered());
+    EXPECT_NE(shown.find("Settings of the project are not saved."), std::string::npos);
+    simpleNamedDataSet saved;
+    load_xml(saved, (folder / "point.xml").c_str());
+    EXPECT_EQ(read(saved, keys::markers_order), 3);
+}
+
+TEST_F(MainWindow, RecentProjectsAreOfferedAtTheStart) {
+    open_project();
+    press(QStringLiteral("Warning!"), QStringLiteral("Yes"));
+    EXPECT_TRUE(window->close());
+    start();
+    auto& projects = child<QTreeWidget>("start_projects");
+    ASSERT_EQ(projects.topLevelItemCount(), 1);
+    EXPECT_EQ(projects.topLevelItem(0)->text(0), QStringLiteral("point.xml"));
+    Q_EMIT projects.itemActivated(projects.topLevelItem(0), 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->experiment_page() != nullptr; }));
+    EXPECT_FALSE(window->findChild<QWidget*>(QStringLiteral("start_page")));
 }
 
 TEST_F(MainWindow, QuestionsAreYesOnlyWhenYesIsPressed) {

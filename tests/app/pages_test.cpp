@@ -327,11 +327,11 @@ TEST_F(Pages, ABrokenFileKeepsTheOldStateAndSaysWhy) {
 TEST_F(Pages, DroppedFilesFindTheirPlace) {
     write(vyn_db(), keys::head_file, (folder / "new.xml").string());
     show_page<FormSingleBasic>();
-    EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "wind_on.tif").string())));
+    EXPECT_TRUE(page->take_file(QString::fromStdString((folder / "wind_on.tif").string())));
     EXPECT_TRUE(get_images().find(image_names::wind_on_sens));
     driver.expect<QInputDialog>([](QInputDialog& question) { question.accept(); });
     put_file(folder / "picture.tif", get_file(folder / "wind_off.tif"));
-    EXPECT_TRUE(page->take_image_file(QString::fromStdString((folder / "picture.tif").string())));
+    EXPECT_TRUE(page->take_file(QString::fromStdString((folder / "picture.tif").string())));
     EXPECT_TRUE(get_images().find(image_names::wind_off_sens)) << "the first place offered";
 
     auto* row = child<ElidedLabel>("wind_on_bkgr_file");

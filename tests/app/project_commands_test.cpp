@@ -1,10 +1,12 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QRadioButton>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTest>
 #include <QTextBrowser>
+#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -19,6 +21,7 @@
 #include "core/user_folders.h"
 #include "process/point/experiment_type.h"
 #include "process/point/marker_frames.h"
+#include "process/point/marker_io.h"
 #include "process/point/mask_file_task.h"
 #include "tests/app/app_fixture.h"
 
@@ -196,32 +199,67 @@ TEST_P(BrokenProjects, AreRefusedAndTheOldStateIsKept) {
         [&] { return log.toPlainText().contains(QStringLiteral("was not opened.")); }, 2000));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Inputs, BrokenProjects,
-    testing::Values(Broken{"Malformed",
-                           [](const TemporaryFolder& folder) {
-                               put_file(folder / "bad.xml", "<project><head>");
-                               return folder / "bad.xml";
-                           }},
-                    Broken{"Folder",
-                           [](const TemporaryFolder& folder) {
-                               fs::create_directory(folder / "folder.xml");
-                               return folder / "folder.xml";
-                           }},
-                    Broken{
-                        "UnpluggedPath",
-                        [](const TemporaryFolder&) { return fs::path("/media/gone/point.xml"); }},
-                    Broken{"UnpluggedImage",
-                           [](const TemporaryFolder& folder) {
-                               return project_naming(folder, "/media/gone/on.tif");
-                           }},
-                    Broken{"HugeTextAsImage",
-                           [](const TemporaryFolder& folder) {
-                               put_file(folder / "huge.tif", "This is no image.\n");
-                               fs::resize_file(folder / "huge.tif", std::uintmax_t{2} << 30);
-                               return project_naming(folder, "huge.tif");
-                           }}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Inputs, BrokenProjects,
+                         testing::Values(Broken{"Malformed",
+                                                [](const TemporaryFolder& folder) {
+                                                    put_file(folder / "bad.xml", "<project><head>");
+                                                    return folder / "bad.xml";
+                                                }},
+                                         Broken{"Folder",
+                                                [](const TemporaryFolder& folder) {
+                                                    fs::create_directory(folder / "folder.xml");
+                                                    return folder / "folder.xml";
+                                                }},
+                                         Broken{"UnpluggedPath",
+                                                [](const TemporaryFolder&) {
+                                                    return fs::path("/media/gone/point.xml");
+                                                }},
+                                         Broken{"HugeTextAsImage",
+                                                [](const TemporaryFolder& folder) {
+                                                    put_file(folder / "huge.tif",
+                                                             "This is no image.\n");
+                                                    fs::resize_file(folder / "huge.tif",
+                                                                    std::uintmax_t{2} << 30);
+                                                    return project_naming(folder, "huge.tif");
+                                                }}),
+                         [](const auto& row) { return row.param.name; });
+
+/// The pictures went into another folder.
+TEST_F(Projects, PicturesThatMovedAreLocatedAllAtOnce) {
+    open_point_1();
+    simpleNamedDataSet lost;
+    from_xml(lost, to_xml(vyn_db()), "settings");
+    fs::create_directories(folder / "archive" / "darks");
+    MarkerSet drawn;
+    drawn.markers.push_back({.x = 10, .y = 20, .id = 7});
+    drawn.hasX = drawn.hasY = true;
+    write_marker_file(folder / "archive" / "lost.mrk", drawn);
+    fs::rename(folder / "pt001_on.tif", folder / "archive" / "lost_on.tif");
+    fs::copy_file(folder / "archive" / "lost_on.tif", folder / "archive" / "darks" / "dark.tif");
+    write<std::string>(lost, keys::wind_on_sens_file, "old/lost_on.tif");
+    write<std::string>(lost, keys::wind_on_sens_mark_file, "old/lost.mrk");
+    write<std::string>(lost, keys::wind_on_sens_dark_file, "old/darks/dark.tif");
+    save_xml(lost, (folder / "lost.xml").c_str());
+    window->open_files({text_of(folder / "lost.xml")});
+    EXPECT_EQ(read(vyn_db(), keys::head_file), (folder / "lost.xml").string());
+    EXPECT_FALSE(get_images().find("wind_on_sens"));
+    EXPECT_TRUE(window->statusBar()->currentMessage().endsWith(QStringLiteral("3 warning(s)")))
+        << window->statusBar()->currentMessage().toStdString();
+
+    auto& locate = child<QToolButton>("wind_on_locate_btn");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return locate.isVisibleTo(window.get()); }));
+    choose_file(QStringLiteral("Locate lost_on.tif"), folder / "archive" / "lost_on.tif");
+    locate.click();
+    EXPECT_TRUE(all_answered());
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_file), "archive/lost_on.tif");
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_mark_file), "archive/lost.mrk");
+    EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_dark_file), "archive/darks/dark.tif");
+    ASSERT_TRUE(get_images().find("wind_on_sens"));
+    EXPECT_FALSE(get_images().find("wind_on_sens")->markers.markers.empty());
+    EXPECT_TRUE(get_images().find("wind_on_dark_sens"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !locate.isVisibleTo(window.get()); }));
+    vyn_db().set_modified(false);
+}
 
 class BadTargets : public Projects, public testing::WithParamInterface<const char*> {};
 

@@ -2,6 +2,7 @@ vyn_ui_tests(app
     SOURCES
         app_fixture.cpp
         appearance_test.cpp
+        dialogs_test.cpp
         help_test.cpp
         main.cpp
         main_window_test.cpp

@@ -6,6 +6,7 @@
 #include "process/page/likely_places.h"
 #include "process/page/page_state.h"
 #include "process/page/page_steps.h"
+#include "process/page/user_words.h"
 #include "process/point/set_input_task.h"
 #include "process/project/project_tasks.h"
 #include "sample/synthetic_point.h"
@@ -281,7 +282,10 @@ TEST_F(Page, RowsSayWhatIsMissingAndWhatWasRead) {
     EXPECT_EQ(state.needs[static_cast<std::size_t>(PageStep::all)],
               "Select the Wind-On image first.");
     EXPECT_EQ(state.needs[static_cast<std::size_t>(PageStep::correct_wind_off)], "");
-    EXPECT_THAT(state.remarks, Contains("Wind-Off: no flat field is used."));
+    EXPECT_THAT(state.remarks,
+                Contains(Remark{Remark::Kind::information, "Wind-Off: no flat field is used."}));
+    EXPECT_THAT(state.remarks, Contains(Remark{Remark::Kind::warning,
+                                               "Wind-Off: the file is not there: wind_off.tif."}));
 }
 
 TEST_F(Page, RemarksCountSaturatedPixels) {
@@ -291,7 +295,38 @@ TEST_F(Page, RemarksCountSaturatedPixels) {
     bright.saturated = std::make_shared<Bitmap<std::uint8_t>>(std::move(plane));
     get_images().add(std::move(bright));
     EXPECT_THAT(page_state(vyn_db(), get_images()).remarks,
-                Contains("Wind-Off: 2 pixels are saturated."));
+                Contains(Remark{Remark::Kind::warning, "Wind-Off: 2 pixels are saturated."}));
+}
+
+TEST_F(Page, ADarkImageOfAnotherSizeIsRemarkedInItsRow) {
+    image dark(80, 60);
+    dark.name = image_names::wind_on_dark_sens;
+    get_images().add(std::move(dark));
+    const PageState state = page_state(vyn_db(), get_images());
+    EXPECT_THAT(state.rows.at("wind_on_bkgr").problem,
+                testing::HasSubstr("is 80 x 60 pixels, but Wind-On is 160 x 120"));
+    EXPECT_EQ(state.rows.at("wind_off_bkgr").problem, "");
+}
+
+TEST(UserWords, HaveLabelsForNamesAndMeaningsForPathsButLeaveFilesAlone) {
+    const auto words = [](const char* text) { return user_words(ExperimentType::single, text); };
+    EXPECT_EQ(words("wind_on_sens: 2 pixels"), "Wind-On: 2 pixels");
+    EXPECT_EQ(words("set project/flow/wind_on_t, or field_P."),
+              "set \"wind-on temperature\", or Pressure field.");
+    EXPECT_EQ(words("/data/field_P/wind_on_sens.tif is no Iref"),
+              "/data/field_P/wind_on_sens.tif is no I/Iref");
+}
+
+TEST(Remarks, WarningsStandFirstAndNothingTwice) {
+    const std::vector<Remark> remarks{{Remark::Kind::information, "What enters the law: 1."},
+                                      {Remark::Kind::warning, "Wind-On: 2 pixels are saturated."}};
+    const std::vector<Warning> run{
+        {WarningKind::saturation, "wind_on_sens: 2 pixels are saturated"},
+        {WarningKind::markers, "few markers"}};
+    EXPECT_EQ(with_warnings(remarks, run, ExperimentType::single),
+              (std::vector<Remark>{{Remark::Kind::warning, "Wind-On: 2 pixels are saturated."},
+                                   {Remark::Kind::warning, "Few markers."},
+                                   {Remark::Kind::information, "What enters the law: 1."}}));
 }
 
 TEST(LikelyPlaces, GoByTheWordsOfTheName) {

@@ -53,7 +53,7 @@ TEST_F(NewPoint, FollowsTheNumberThatMostFilesShare) {
     EXPECT_EQ(new_name(point, keys::wind_on_sens_file), "run12_pt005_cam1_on.tif");
     EXPECT_EQ(new_name(point, keys::wind_on_sens_mark_file),
               (folder / "run12_pt005_cam1_on.mrk").string());
-    EXPECT_EQ(new_name(point, keys::wind_off_sens_dark_file), "");
+    EXPECT_EQ(new_name(point, keys::wind_off_sens_dark_file), "dark.tif");
     EXPECT_EQ(point.project, (folder / "run12_pt005.xml").string());
     EXPECT_EQ(points[1].to, "cam2");
 }
@@ -65,6 +65,8 @@ TEST_F(NewPoint, NumbersMayGrowADigitAndNamesWithoutNumbersHaveNoWay) {
     const auto points = find_next_points(data);
     ASSERT_EQ(points.size(), 1u);
     EXPECT_EQ(new_name(points[0], keys::wind_on_sens_file), "10.tif");
+    EXPECT_EQ(new_name(points[0], keys::wind_off_sens_file), "on.tif") << "both points' own";
+    EXPECT_EQ(points[0].found(), 1);
     EXPECT_EQ(points[0].project, (folder / "run12_pt003_10.xml").string());
     names(keys::wind_on_sens_file, "10.tif");
     EXPECT_TRUE(find_next_points(data).empty());

@@ -1,0 +1,112 @@
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QTest>
+
+#include "align/ui/align_dialog.h"
+#include "api/image_list.h"
+#include "app/about.h"
+#include "app/help_pages.h"
+#include "app/new_point_dialog.h"
+#include "app/point_check_dialog.h"
+#include "app/type_dialog.h"
+#include "calib/ui/calibration_results.h"
+#include "calib/ui/camera_calibration/camera_calibration_dialog.h"
+#include "calib/ui/camera_dialog.h"
+#include "calib/ui/convert_dialog.h"
+#include "calib/ui/in_situ_dialog.h"
+#include "calib/ui/light_dialog.h"
+#include "calib/ui/paint_calibration_dialog.h"
+#include "calib/ui/paint_dialog.h"
+#include "calib/ui/paint_fit/paint_fit_dialog.h"
+#include "calib/ui/port_editor.h"
+#include "calib/ui/test_dialog.h"
+#include "calib/ui/uncertainty_dialog.h"
+#include "core/keys.h"
+#include "core/ui/busy_box.h"
+#include "core/ui/window_size.h"
+#include "schedule/ui/new_run_dialog.h"
+#include "tests/app/app_fixture.h"
+#include "view/ui/association/resection_dialog.h"
+#include "view/ui/look/advanced_fashion_dialog.h"
+#include "view/ui/look/threshold_dialog.h"
+#include "view/ui/markers/marker_options_dialog.h"
+
+namespace vyn::test {
+namespace {
+
+using Made = std::unique_ptr<QDialog>;
+
+template <class Dialog, class... Arguments>
+Made make(Arguments&&... arguments) {
+    return std::make_unique<Dialog>(std::forward<Arguments>(arguments)...);
+}
+
+struct Case {
+    const char* name;
+    Made (*make)(Worker& worker);
+};
+
+const Case cases[] = {
+    {"align", [](Worker&) { return make<QVynAlign>(vyn_db()); }},
+    {"camera", [](Worker&) { return make<QVynCamera>(vyn_db(), std::string(keys::sens_camera)); }},
+    {"convert", [](Worker&) { return make<QVynConvert>(vyn_db()); }},
+    {"light", [](Worker&) { return make<LightDialog>(vyn_db()); }},
+    {"uncertainty", [](Worker&) { return make<UncertaintyDialog>(vyn_db()); }},
+    {"paint", [](Worker&) { return make<QVynPaint>(vyn_db()); }},
+    {"paint_calibration", [](Worker&) { return make<QVynPaintCalibration>(vyn_db()); }},
+    {"paint_fit", [](Worker&) { return make<PaintFitDialog>(std::string()); }},
+    {"test", [](Worker&) { return make<QVynTest>(vyn_db()); }},
+    {"resection", [](Worker&) { return make<ResectionDialog>(vyn_db()); }},
+    {"in_situ", [](Worker& worker) { return make<form_calibr_single>(worker); }},
+    {"calibration_results", [](Worker&) { return make<VynCalResults>(vyn_db()); }},
+    {"ports",
+     [](Worker&) {
+         return make<PortEditor>(MarkerSet(), std::filesystem::path(),
+                                 static_cast<QWidget*>(nullptr));
+     }},
+    {"camera_calibration", [](Worker& worker) { return make<CameraCalibrationDialog>(worker); }},
+    {"new_run", [](Worker&) { return make<NewRunDialog>(QString()); }},
+    {"new_point", [](Worker&) { return make<NewPointDialog>(std::vector<NextPoint>()); }},
+    {"type", [](Worker&) { return make<ExperimentTypeDialog>(); }},
+    {"about", [](Worker&) { return make<QVynLiteAbout>(); }},
+    {"markers", [](Worker&) { return make<MarkerOptionsDialog>(); }},
+    {"threshold",
+     [](Worker&) { return make<ThresholdDialog>(Limits(), static_cast<QWidget*>(nullptr)); }},
+    {"fashion", [](Worker&) { return make<QFashionDlg>(Fashion()); }},
+    {"advanced_fashion", [](Worker&) { return make<QAdvFashionDlg>(Fashion(), QStringList()); }},
+    {"busy", [](Worker& worker) { return make<QBusyBox>(worker); }},
+};
+
+class Dialogs : public AppTest, public testing::WithParamInterface<Case> {
+  protected:
+    ~Dialogs() override { pretend_screen({}); }
+};
+
+/// A laptop, and a small screen at twice the size of everything.
+TEST_P(Dialogs, FitSmallScreensAndHaveAPageOfTheManual) {
+    for (const QSize room : {QSize(1280, 720), QSize(800, 500)}) {
+        pretend_screen(room);
+        const Made dialog = GetParam().make(worker);
+        EXPECT_NE(help_page_of(dialog.get()), QStringLiteral("index"));
+        dialog->show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(dialog.get()));
+        EXPECT_LE(dialog->width(), room.width());
+        EXPECT_LE(dialog->height(), room.height());
+        const auto* scrolled = dialog->findChild<QScrollArea*>(QStringLiteral("scrolled_content"));
+        EXPECT_TRUE(!scrolled || scrolled->viewport()->height() > room.height() / 2)
+            << "hardly anything is seen at " << room.width() << ": "
+            << scrolled->viewport()->height() << " of " << dialog->height();
+        for (const auto* buttons : dialog->findChildren<QDialogButtonBox*>())
+            for (const QAbstractButton* button : buttons->buttons())
+                EXPECT_TRUE(dialog->rect().contains(
+                    QRect(button->mapTo(dialog.get(), QPoint()), button->size())))
+                    << button->text().toStdString() << " at " << room.width();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Dialogs, testing::ValuesIn(cases),
+                         [](const auto& row) { return row.param.name; });
+
+}  // namespace
+}  // namespace vyn::test
