@@ -37,8 +37,8 @@ std::pair<int, int> parse_size(const std::string& option, const std::string& tex
 }
 
 void check_picture_target(const std::string& target, Overwriting overwriting) {
-    if (lower_extension(target) != "png")
-        throw UsageError(target + ": pictures are PNG files (*.png)");
+    if (!figure_format(target))
+        throw UsageError(target + ": pictures are files " + figure_extensions);
     check_output(target, overwriting);
 }
 
@@ -60,8 +60,8 @@ Limits chosen_limits(const PictureArguments& arguments, const Limits& found) {
     return limits;
 }
 
-PngTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
-                           const std::string& source) {
+PictureTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
+                               const std::string& source) {
     const std::string program = std::string("VynLite ") + program_version;
     const nlohmann::ordered_json provenance = {{"program", program},
                                                {"rendered_from", source_file(source)},
@@ -70,7 +70,8 @@ PngTexts described_picture(const PictureArguments& arguments, const FrameOptions
                                                {"palette", arguments.palette},
                                                {"minimum", drawing.limits.minimum},
                                                {"maximum", drawing.limits.maximum}};
-    return {{"Software", program},
+    return {{"Title", arguments.title},
+            {"Software", program},
             {"Comment", provenance.dump(-1, ' ', /*ensure_ascii=*/true,
                                         nlohmann::json::error_handler_t::replace)}};
 }

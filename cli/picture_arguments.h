@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/settings.h"
+#include "render/figure_file.h"
 #include "render/picture.h"
 
 namespace vyn::cli {
@@ -25,8 +26,8 @@ void add_picture_arguments(CLI::App& app, PictureArguments& arguments);
 /// "WxH" in pixels. Raises UsageError naming the option.
 std::pair<int, int> parse_size(const std::string& option, const std::string& text);
 
-/// Raises UsageError where a picture that is no PNG file is asked for, FileError where it cannot be
-/// written.
+/// Raises UsageError where a picture is asked for in a format that there is not, FileError where it
+/// cannot be written.
 void check_picture_target(const std::string& target, Overwriting overwriting);
 
 /// The palette of that name or file; raises UsageError naming those that there are.
@@ -36,8 +37,8 @@ palette_array chosen_palette(const std::string& wanted);
 /// nothing.
 Limits chosen_limits(const PictureArguments& arguments, const Limits& found);
 
-/// The description in the PNG file.
-PngTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
-                           const std::string& source);
+/// The description in the picture's file.
+PictureTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
+                               const std::string& source);
 
 }  // namespace vyn::cli

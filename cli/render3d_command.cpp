@@ -104,9 +104,9 @@ ExitStatus render_model(const Render3dOptions& options) {
         frame.label = options.look.label.value_or(unit.empty() ? name : name + ", " + unit);
     }
     const Surface surface = prepare_surface(mesh, progress);
-    const RgbPicture drawn = draw_model_picture(mesh, surface, vertex_normals(mesh, surface), view,
-                                                look, frame, progress);
-    write_png(drawn, options.target, described_picture(options.look, frame, options.field));
+    const Figure drawn =
+        model_figure(mesh, surface, vertex_normals(mesh, surface), view, look, frame, progress);
+    write_figure(drawn, options.target, described_picture(options.look, frame, options.field));
     return ExitStatus::done;
 }
 
@@ -115,7 +115,8 @@ ExitStatus render_model(const Render3dOptions& options) {
 Work prepare_render3d(CLI::App& app, const GlobalOptions&) {
     const auto options = std::make_shared<Render3dOptions>();
     app.add_option("FIELD3D", options->field, "mesh, with or without values")->required();
-    app.add_option("OUT", options->target, "PNG file to write")->required();
+    app.add_option("OUT", options->target, "picture to write: PNG, SVG or PDF by its extension")
+        ->required();
     app.add_option("--quantity", options->quantity,
                    "values to show; by default the first quantity of the file");
     app.add_option("--view", options->view,

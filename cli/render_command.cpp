@@ -48,9 +48,9 @@ ExitStatus render_file(const RenderOptions& options) {
     drawing.colour_bar = options.look.colour_bar;
     drawing.label = options.look.label ? *options.look.label : own_label(picture);
     drawing.title = options.look.title;
-    const RgbPicture drawn = draw_picture(picture, drawing);
+    const Figure drawn = field_figure(picture, drawing);
     throw_if_aborted(progress);
-    write_png(drawn, options.target, described_picture(options.look, drawing, options.source));
+    write_figure(drawn, options.target, described_picture(options.look, drawing, options.source));
     return ExitStatus::done;
 }
 
@@ -59,7 +59,8 @@ ExitStatus render_file(const RenderOptions& options) {
 Work prepare_render(CLI::App& app, const GlobalOptions&) {
     const auto options = std::make_shared<RenderOptions>();
     app.add_option("IN", options->source, "image, in any readable format")->required();
-    app.add_option("OUT", options->target, "PNG file to write")->required();
+    app.add_option("OUT", options->target, "picture to write: PNG, SVG or PDF by its extension")
+        ->required();
     add_picture_arguments(app, options->look);
     app.add_option("--scale", options->scale, "picture pixels per image pixel, default 1")
         ->check(CLI::Range(0.001, 100.0));

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "render/stroke_font.h"
+#include "render/canvas.h"
 
 namespace vyn {
 

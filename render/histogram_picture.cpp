@@ -11,51 +11,70 @@ namespace vyn {
 namespace {
 
 constexpr Canvas::Colour ink{40, 40, 40};
+constexpr Canvas::Colour pale{225, 225, 225};
 constexpr Canvas::Colour bar_colour{70, 110, 170};
-constexpr double letters = 10;
+constexpr double letters = 9;
 constexpr int margin = 24;
 constexpr int under = 52;  // for the scale and the label
 
-}  // namespace
+/// A histogram in its place.
+struct Chart {
+    Histogram histogram;
+    std::string label;
+    int width;
+    int height;
 
-RgbPicture draw_histogram(const Histogram& histogram, const std::string& label, int width,
-                          int height) {
-    if (width < 160 || height < 120)
-        throw AlgoError("Algorithm error!", "a histogram of " + std::to_string(width) + " x " +
-                                                std::to_string(height) + " pixels is too small");
-    RgbPicture picture{width, height, {}};
-    picture.rgb.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3, 255);
-    Canvas canvas(picture);
-    const int left = margin;
-    const int span = width - 2 * margin;
-    const int base = height - under;
-    const int room = base - margin / 2;
+    void draw(Canvas& canvas) const {
+        const double base = height - under;
+        const double room = base - margin;
+        const auto most = std::ranges::max_element(histogram.counts);
+        const double largest =
+            most == histogram.counts.end() ? 1 : std::max(1.0, static_cast<double>(*most));
+        const Ticks counts = make_ticks(0, largest, 5);
+        double beside = 0;
+        for (const std::string& text : counts.texts)
+            beside = std::max(beside, text_width(text, {.height = letters}));
+        const double left = margin + letters + beside + 12;
+        const double span = width - left - margin;
 
-    const auto most = std::ranges::max_element(histogram.counts);
-    const double largest =
-        most == histogram.counts.end() ? 1 : std::max(1.0, static_cast<double>(*most));
-    const auto bins = static_cast<int>(histogram.counts.size());
-    for (int i = 0; i < bins; ++i) {
-        const int x0 = left + span * i / bins;
-        const int x1 = left + span * (i + 1) / bins;
-        const double share =
-            static_cast<double>(histogram.counts[static_cast<std::size_t>(i)]) / largest;
-        const int tall = static_cast<int>(share * room);
-        canvas.fill(x0, base - tall, std::max(1, x1 - x0), tall, bar_colour);
-    }
-    canvas.fill(left, base, span, 1, ink);
-
-    const auto& [low, high] = histogram.range;
-    if (high > low) {
+        for (std::size_t i = 0; i < counts.values.size(); ++i) {
+            const double y = base - room * counts.values[i] / largest;
+            canvas.stroke({{{left, y}, {left + span, y}}}, 1, pale);
+            canvas.text(counts.texts[i], left - 6, y + letters / 2,
+                        {{.height = letters}, ink, Canvas::Align::right});
+        }
+        const auto bins = static_cast<double>(histogram.counts.size());
+        for (std::size_t i = 0; i < histogram.counts.size(); ++i) {
+            const double tall = room * static_cast<double>(histogram.counts[i]) / largest;
+            const auto place = static_cast<double>(i);
+            canvas.fill(left + span * place / bins, base - tall, span / bins, tall, bar_colour);
+        }
+        canvas.stroke({{{left, base}, {left + span, base}}}, 1, ink);
+        const auto& [low, high] = histogram.range;
         const Ticks ticks = make_ticks(low, high, 6);
         for (std::size_t i = 0; i < ticks.values.size(); ++i) {
             const double x = left + span * (ticks.values[i] - low) / (high - low);
-            canvas.fill(static_cast<int>(x), base, 1, 5, ink);
-            canvas.text(ticks.texts[i], x, base + 20, letters, ink, Canvas::Align::centre);
+            canvas.stroke({{{x, base}, {x, base + 5}}}, 1, ink);
+            canvas.text(ticks.texts[i], x, base + 10 + letters,
+                        {{.height = letters}, ink, Canvas::Align::centre});
         }
+        canvas.text(label, left + span / 2, height - 10,
+                    {{.height = letters}, ink, Canvas::Align::centre});
+        canvas.text("pixels", margin + letters / 2, base - room / 2,
+                    {{.height = letters}, ink, Canvas::Align::centre, Canvas::Direction::up});
     }
-    canvas.text(label, left + 0.5 * span, height - 10, letters, ink, Canvas::Align::centre);
-    return picture;
+};
+
+}  // namespace
+
+Figure histogram_figure(Histogram histogram, std::string label, int width, int height) {
+    if (width < 160 || height < 120)
+        throw AlgoError("Algorithm error!", "a histogram of " + std::to_string(width) + " x " +
+                                                std::to_string(height) + " pixels is too small");
+    return {width, height,
+            [chart = Chart{std::move(histogram), std::move(label), width, height}](Canvas& canvas) {
+                chart.draw(canvas);
+            }};
 }
 
 }  // namespace vyn

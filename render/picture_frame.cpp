@@ -13,9 +13,8 @@ namespace {
 
 constexpr Canvas::Colour black{};
 constexpr Canvas::Colour grey{110, 110, 110};
-constexpr std::uint8_t white = 255;
 
-constexpr double largest_side = 60000;
+constexpr double largest_side = 32000;  // of what is drawn on
 constexpr double largest_count = 3e8;
 
 int whole(double length) {
@@ -42,7 +41,7 @@ PictureFrame::PictureFrame(double field_width, double field_height, const FrameO
     height_ = field_y_ + field_height_ + margin;
     if (options.colour_bar) place_colour_bar();
     if (!options.title.empty())
-        width_ = std::max(width_, whole(text_width(options.title, 1.2 * h)) + 2 * margin);
+        width_ = std::max(width_, whole(text_width(options.title, title_letters())) + 2 * margin);
 }
 
 void PictureFrame::place_colour_bar() {
@@ -57,70 +56,71 @@ void PictureFrame::place_colour_bar() {
                         std::clamp(whole(bar_height_ / (4.5 * h)), 3, 11));
     double texts = 0;
     for (const std::string& text : ticks_.texts)
-        texts = std::max(texts, text_width(text, h));
+        texts = std::max(texts, text_width(text, {.height = h}));
     const double label = options_.label.empty() ? 0 : 2.4 * h;
     width_ = bar_x_ + bar_width_ + whole(1.2 * h + texts + label) + margin;
     height_ = bar_y_ + bar_height_ + margin;
     field_y_ += (bar_height_ - field_height_) / 2;
 }
 
-RgbPicture PictureFrame::paper() const {
-    RgbPicture picture;
-    picture.width = width_;
-    picture.height = height_;
-    picture.rgb.assign(3 * static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_),
-                       white);
-    return picture;
-}
-
-void PictureFrame::draw(RgbPicture& picture) const {
+void PictureFrame::draw(Canvas& canvas) const {
     if (alone()) return;
-    Canvas canvas(picture);
-    canvas.frame(field_x_, field_y_, field_width_, field_height_, std::max(0.08 * letters_, 1.0),
-                 black);
-    if (options_.colour_bar) draw_colour_bar(picture);
-    canvas.text(options_.title, width_ / 2.0, 2.2 * letters_, 1.2 * letters_, black,
-                Canvas::Align::centre);
+    canvas.frame(field_x_, field_y_, field_width_, field_height_, pen(), black);
+    if (options_.colour_bar) draw_colour_bar(canvas);
+    canvas.text(options_.title, width_ / 2.0, 2.2 * letters_,
+                {title_letters(), black, Canvas::Align::centre});
 }
 
-void PictureFrame::draw_colour_bar(RgbPicture& picture) const {
-    Canvas canvas(picture);
-    const Limits& limits = options_.limits;
-    const double range = limits.maximum - limits.minimum;
+RgbPicture PictureFrame::colours() const {
+    RgbPicture bar = paper(bar_width_, bar_height_);
     const palette_array& palette = options_.palette;
-    const double colours = palette.last - palette.first;
+    const double range = palette.last - palette.first;
     for (int row = 0; row < bar_height_; ++row) {
         const double share = 1 - (row + 0.5) / bar_height_;
         const auto index =
-            static_cast<std::size_t>(std::clamp(palette.first + share * colours, 0.0, 255.0));
+            static_cast<std::size_t>(std::clamp(palette.first + share * range, 0.0, 255.0));
         const PaletteColour& colour = palette.entries[index];
-        canvas.fill(bar_x_, bar_y_ + row, bar_width_, 1, {colour.red, colour.green, colour.blue});
+        for (int x = 0; x < bar_width_; ++x) {
+            std::uint8_t* const to = bar.at(x, row);
+            to[0] = colour.red;
+            to[1] = colour.green;
+            to[2] = colour.blue;
+        }
     }
-    const double h = letters_;
-    const double pen = std::max(0.08 * h, 1.0);
-    canvas.frame(bar_x_, bar_y_, bar_width_, bar_height_, pen, black);
+    return bar;
+}
 
-    const double middle = bar_x_ + (bar_width_ - 1) / 2.0;
+void PictureFrame::draw_colour_bar(Canvas& canvas) const {
+    const Limits& limits = options_.limits;
+    const double range = limits.maximum - limits.minimum;
+    const double h = letters_;
+    canvas.picture(colours(), bar_x_, bar_y_);
+    canvas.frame(bar_x_, bar_y_, bar_width_, bar_height_, pen(), black);
+
+    const double middle = bar_x_ + bar_width_ / 2.0;
     const auto end = [&](double value, double base_line) {
-        canvas.text(format_general(value, 5), middle, base_line, 0.75 * h, grey,
-                    Canvas::Align::centre);
+        canvas.text(format_general(value, 5), middle, base_line,
+                    {{.height = 0.75 * h}, grey, Canvas::Align::centre});
     };
     end(limits.maximum, bar_y_ - 0.45 * h);
     end(limits.minimum, bar_y_ + bar_height_ + 1.15 * h);
 
     double texts = 0;
-    const double right = bar_x_ + bar_width_ - 0.5 + pen / 2;
+    const double right = bar_x_ + bar_width_ + pen() / 2;
     for (std::size_t i = 0; i < ticks_.values.size(); ++i) {
         const double share = (ticks_.values[i] - limits.minimum) / range;
-        const double y = bar_y_ - 0.5 + (1 - share) * bar_height_;
+        const double y = bar_y_ + (1 - share) * bar_height_;
         const std::string& text = ticks_.texts[i];
-        canvas.stroke({{{right, y}, {right + 0.5 * h, y}}}, pen, black);
-        canvas.text(text, right + 0.9 * h, y + 0.5 * h, h, black);
-        texts = std::max(texts, text_width(text, h));
+        canvas.stroke({{{right, y}, {right + 0.5 * h, y}}}, pen(), black);
+        canvas.text(text, right + 0.9 * h, y + 0.5 * h, {{.height = h}, black});
+        texts = std::max(texts, text_width(text, {.height = h}));
     }
+    const double length = std::max(text_width(options_.label, {.height = h}), 1.0);
     canvas.text(options_.label, right + 0.9 * h + texts + 1.9 * h, bar_y_ + bar_height_ / 2.0,
-                std::min(h, h * bar_height_ / std::max(text_width(options_.label, h), 1.0)), black,
-                Canvas::Align::centre, Canvas::Direction::up);
+                {{.height = std::min(h, h * bar_height_ / length)},
+                 black,
+                 Canvas::Align::centre,
+                 Canvas::Direction::up});
 }
 
 }  // namespace vyn

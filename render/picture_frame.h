@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+
+#include "render/canvas.h"
 #include "render/picture.h"
 #include "render/ticks.h"
 
@@ -13,10 +16,8 @@ class PictureFrame {
     /// large.
     PictureFrame(double field_width, double field_height, const FrameOptions& options);
 
-    /// The whole picture, white.
-    RgbPicture paper() const;
     /// Draws frame, colour bar and title.
-    void draw(RgbPicture& picture) const;
+    void draw(Canvas& canvas) const;
 
     int field_x() const { return field_x_; }
     int field_y() const { return field_y_; }
@@ -24,19 +25,15 @@ class PictureFrame {
     int field_height() const { return field_height_; }
     int width() const { return width_; }
     int height() const { return height_; }
-    /// The colour bar's rectangle and its ticks, where there is one.
-    int bar_x() const { return bar_x_; }
-    int bar_y() const { return bar_y_; }
-    int bar_width() const { return bar_width_; }
-    int bar_height() const { return bar_height_; }
-    const Ticks& ticks() const { return ticks_; }
-    const FrameOptions& options() const { return options_; }
     /// Height of capitals; everything about the drawing is in proportion to it.
     double letters() const { return letters_; }
 
   private:
     void place_colour_bar();
-    void draw_colour_bar(RgbPicture& picture) const;
+    void draw_colour_bar(Canvas& canvas) const;
+    RgbPicture colours() const;
+    double pen() const { return std::max(0.08 * letters_, 1.0); }
+    Lettering title_letters() const { return {.height = 1.2 * letters_}; }
     bool alone() const { return !options_.colour_bar && options_.title.empty(); }
 
     FrameOptions options_;

@@ -17,6 +17,7 @@
 #include "process/report/point_report.h"
 #include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
+#include "render/figure_file.h"
 #include "schedule/point_lock.h"
 #include "schedule/point_project.h"
 #include "schedule/point_settings.h"
@@ -112,9 +113,7 @@ class Computation {
                        "\n");
         const auto field = session_.images.find(image_names::field);
         if (!field || state.outcome != Outcome::done) return;
-        const std::vector<std::byte> png = thumbnail_of(*field, thumbnail_side, context_);
-        write_file(folder / "thumbnail.png",
-                   {reinterpret_cast<const char*>(png.data()), png.size()});
+        write_figure(thumbnail_of(*field, thumbnail_side, context_), folder / "thumbnail.png");
     }
 
   private:

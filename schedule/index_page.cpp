@@ -116,7 +116,8 @@ std::string thumbnail_in(const Schedule& schedule, const SchedulePoint& point) {
     try {
         const std::string bytes = read_file(file, most_bytes);
         const auto* const first = reinterpret_cast<const std::byte*>(bytes.data());
-        return html_picture({first, first + bytes.size()}, "field of " + point.name);
+        return html_picture(std::vector<std::byte>(first, first + bytes.size()),
+                            "field of " + point.name);
     } catch (const FileError&) {
         return {};  // removed meanwhile
     }

@@ -10,6 +10,7 @@
 #include "process/point/unsaved_work.h"
 #include "process/report/json_text.h"
 #include "process/report/provenance.h"
+#include "render/figure_file.h"
 #include "render/tecplot.h"
 #include "view/save_rules.h"
 
@@ -50,8 +51,10 @@ std::vector<ExportType> image_file_types() {
 }
 
 std::vector<ExportType> export_types() {
-    std::vector<ExportType> types{{ExportKind::png_graphics, "PNG graphics file", {"png"}},
-                                  {ExportKind::tecplot, "Techplot", {"dat"}}};
+    std::vector<ExportType> types{{ExportKind::picture, "PNG graphics file", {"png"}},
+                                  {ExportKind::tecplot, "Techplot", {"dat"}},
+                                  {ExportKind::picture, "SVG drawing", {"svg"}},
+                                  {ExportKind::picture, "PDF document", {"pdf"}}};
     for (ExportType& type : image_file_types())
         types.push_back(std::move(type));
     return types;
@@ -63,13 +66,13 @@ TaskOutcome ExportTask::run(TaskContext& context) {
                                      ? json_text(provenance(*request_.picture, session_.images))
                                      : std::string();
     switch (request_.kind) {
-        case ExportKind::png_graphics: {
-            PngTexts texts{{"Software", std::string("VynLite ") + program_version},
-                           {"Title", request_.options.title}};
+        case ExportKind::picture: {
+            PictureTexts texts{{"Software", std::string("VynLite ") + program_version},
+                               {"Title", request_.options.title}};
             if (const auto& picture = *request_.picture; picture.quantity.known())
                 texts.emplace_back("Quantity", field_label(picture).text());
             if (!settings.empty()) texts.emplace_back("Description", settings);
-            write_png(draw_picture(*request_.picture, request_.options), request_.file, texts);
+            write_figure(field_figure(*request_.picture, request_.options), request_.file, texts);
             break;
         }
         case ExportKind::tecplot:

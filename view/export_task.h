@@ -15,7 +15,7 @@ namespace vyn {
 
 /// What a shown image can be written as.
 enum class ExportKind {
-    png_graphics,  ///< the presentation picture
+    picture,  ///< for presentation: pixels or a drawing
     tecplot,
     image_file,  ///< values and mask, by a plug-in
 };
@@ -32,7 +32,7 @@ struct ExportType {
     std::filesystem::path named(std::filesystem::path file) const;
 };
 
-/// The two presentation types, then every format that a plug-in writes.
+/// The types for presentation, then every format that a plug-in writes.
 std::vector<ExportType> export_types();
 /// The formats that a plug-in writes, the field file first.
 std::vector<ExportType> image_file_types();

@@ -122,7 +122,7 @@ image convert(const fs::path& file, const Header& header, const png_byte* pixels
 }  // namespace
 
 image read_png(const fs::path& file, Progress& progress) {
-    PngSession session(file, PngSession::Direction::read);
+    PngSession session(file);
     if (!session.is_open()) refuse(file, "the file cannot be opened");
     Header header = read_header(file, session);
     examine(file, header);

@@ -9,21 +9,18 @@
 
 namespace vyn::plugins {
 
-/// libpng's state for one file. The library reports an error by a long jump over everything
-/// between its call and `guarded`; so the steps handed to `guarded` hold nothing that needs a
-/// destructor, and whatever they fill lives outside of them.
+/// libpng's state for one file that is read. The library reports an error by a long jump over
+/// everything between its call and `guarded`; so the steps handed to `guarded` hold nothing that
+/// needs a destructor, and whatever they fill lives outside of them.
 class PngSession {
   public:
-    enum class Direction { read, write };
     /// Opens the file; `is_open` says whether that worked.
-    PngSession(const std::filesystem::path& file, Direction direction);
+    explicit PngSession(const std::filesystem::path& file);
     ~PngSession();
     PngSession(const PngSession&) = delete;
     PngSession& operator=(const PngSession&) = delete;
 
     bool is_open() const { return stream_ && png_ && info_; }
-    /// Writes out what is buffered; false when the disk does not take it.
-    bool close();
 
     png_structp png() const { return png_; }
     png_infop info() const { return info_; }
@@ -49,7 +46,6 @@ class PngSession {
     };
 
     std::unique_ptr<std::FILE, Closer> stream_;
-    Direction direction_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     char complaint_[200] = "";

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <fstream>
 #include <string>
 #include <vector>
 
+#include "api/png_writer.h"
 #include "core/log.h"
 #include "core/numbers.h"
-#include "plugins/png/png_session.h"
 #include "plugins/support/attributes.h"
 #include "plugins/support/provenance.h"
 #include "plugins/support/refusal.h"
@@ -22,9 +23,6 @@ namespace fs = std::filesystem;
 double full_scale(const ImageWriteOptions& options) {
     return options.depth == ImageWriteOptions::Depth::eight_bit ? 255 : 65535;
 }
-
-/// Little gain beyond this on camera noise, at a multiple of the time.
-constexpr int compression_level = 3;
 
 bool is_shown(float value, std::uint8_t mask) {
     return mask == 0 && std::isfinite(value);
@@ -65,7 +63,7 @@ Mapping stretch(const image& picture, double highest) {
 }
 
 /// One row of counts, most significant byte first; gives the number of clipped pixels.
-std::int64_t encode_row(const image& picture, int y, const Mapping& mapping, png_byte* row) {
+std::int64_t encode_row(const image& picture, int y, const Mapping& mapping, std::uint8_t* row) {
     const float* values = picture.values().row(y);
     const std::uint8_t* mask = picture.mask().row(y);
     std::int64_t clipped = 0;
@@ -77,20 +75,15 @@ std::int64_t encode_row(const image& picture, int y, const Mapping& mapping, png
             count = std::clamp(count, 0.0, mapping.highest);
         }
         const auto bits = static_cast<std::uint16_t>(count);
-        if (mapping.highest > 255) *row++ = static_cast<png_byte>(bits >> 8);
-        *row++ = static_cast<png_byte>(bits & 0xFF);
+        if (mapping.highest > 255) *row++ = static_cast<std::uint8_t>(bits >> 8);
+        *row++ = static_cast<std::uint8_t>(bits & 0xFF);
     }
     return clipped;
 }
 
-struct Text {
-    std::string keyword;
-    std::string content;
-};
-
-std::vector<Text> make_texts(const image& picture, const ImageWriteOptions& options,
-                             const Mapping& mapping) {
-    std::vector<Text> texts{{"Software", software_name()}};
+PictureTexts make_texts(const image& picture, const ImageWriteOptions& options,
+                        const Mapping& mapping) {
+    PictureTexts texts{{"Software", software_name()}};
     const bool stretched = options.scale == ImageWriteOptions::Scale::stretch;
     // A reader sees the counts of a stretched picture, which are of no quantity.
     ImageAttributes attributes;
@@ -100,46 +93,13 @@ std::vector<Text> make_texts(const image& picture, const ImageWriteOptions& opti
         attributes.unit = picture.unit;
     }
     if (std::string text = image_description(attributes, options.provenance); !text.empty())
-        texts.push_back({"Comment", std::move(text)});
-    if (picture.quantity.known()) texts.push_back({"Quantity", field_label(picture).text()});
+        texts.emplace_back("Comment", std::move(text));
+    if (picture.quantity.known()) texts.emplace_back("Quantity", field_label(picture).text());
     if (stretched)
         texts.push_back({"Value range", "1 = " + format_double(mapping.minimum) + ", " +
                                             format_double(mapping.highest) + " = " +
                                             format_double(mapping.maximum) + ", 0 = excluded"});
     return texts;
-}
-
-[[noreturn]] void fail(const fs::path& file, const PngSession& session) {
-    fail_writing(file, session.complaint());
-}
-
-void write_header(const fs::path& file, PngSession& session, const image& picture, int depth,
-                  const std::vector<Text>& texts) {
-    std::vector<png_text> chunks;
-    for (const Text& text : texts) {
-        png_text chunk{};
-        chunk.compression = PNG_TEXT_COMPRESSION_NONE;
-        // The library copies both; its fields are not constant.
-        chunk.key = const_cast<char*>(text.keyword.c_str());
-        chunk.text = const_cast<char*>(text.content.c_str());
-        chunks.push_back(chunk);
-    }
-    const png_structp png = session.png();
-    const png_infop info = session.info();
-    const auto width = static_cast<png_uint_32>(picture.width());
-    const auto height = static_cast<png_uint_32>(picture.height());
-    const png_textp first = chunks.data();
-    const int count = static_cast<int>(chunks.size());
-    const bool good = session.guarded([=] {
-        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-        png_set_compression_level(png, compression_level);
-        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
-        png_set_IHDR(png, info, width, height, depth, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
-                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        png_set_text(png, info, first, count);
-        png_write_info(png, info);
-    });
-    if (!good) fail(file, session);
 }
 
 void report(const image& picture, const ImageWriteOptions& options, const Mapping& mapping,
@@ -164,22 +124,22 @@ void write_png(const image& picture, const fs::path& file, const ImageWriteOptio
     const Mapping mapping = options.scale == ImageWriteOptions::Scale::stretch
                                 ? stretch(picture, highest)
                                 : Mapping{highest};
-    PngSession session(file, PngSession::Direction::write);
-    if (!session.is_open()) fail_writing(file, "the file cannot be opened");
-    write_header(file, session, picture, highest > 255 ? 16 : 8,
-                 make_texts(picture, options, mapping));
-
-    const png_structp png = session.png();
-    std::vector<png_byte> row(2 * static_cast<std::size_t>(picture.width()));
-    const png_bytep bytes = row.data();
+    std::ofstream stream(file, std::ios::binary);
+    if (!stream) fail_writing(file, "the file cannot be opened");
+    PngWriter png(stream, file.string(),
+                  {picture.width(), picture.height(),
+                   highest > 255 ? PngLayout::Pixels::grey_16 : PngLayout::Pixels::grey_8,
+                   make_texts(picture, options, mapping)});
+    std::vector<std::uint8_t> row(2 * static_cast<std::size_t>(picture.width()));
     std::int64_t clipped = 0;
     for (int y = 0; y < picture.height(); ++y) {
         report_row(progress, y, picture.height());
-        clipped += encode_row(picture, y, mapping, bytes);
-        if (!session.guarded([png, bytes] { png_write_row(png, bytes); })) fail(file, session);
+        clipped += encode_row(picture, y, mapping, row.data());
+        png.row(row.data());
     }
-    if (!session.guarded([png] { png_write_end(png, nullptr); })) fail(file, session);
-    if (!session.close()) fail_writing(file, "the disk does not take the file");
+    png.finish();
+    stream.close();
+    if (!stream) fail_writing(file, "the disk does not take the file");
     report(picture, options, mapping, clipped);
 }
 

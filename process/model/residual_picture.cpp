@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include "render/arrow.h"
+#include "render/picture.h"
 
 namespace vyn {
 
@@ -14,13 +16,8 @@ RgbPicture background(const image* picture, const PinholeCamera& camera, int sid
         scale = 1;
         while (std::max(camera.width, camera.height) * scale > side)
             scale /= 2;
-        RgbPicture paper;
-        paper.width = std::max(1, static_cast<int>(std::lround(camera.width * scale)));
-        paper.height = std::max(1, static_cast<int>(std::lround(camera.height * scale)));
-        paper.rgb.assign(
-            3 * static_cast<std::size_t>(paper.width) * static_cast<std::size_t>(paper.height),
-            255);
-        return paper;
+        return paper(std::max(1, static_cast<int>(std::lround(camera.width * scale))),
+                     std::max(1, static_cast<int>(std::lround(camera.height * scale))));
     }
     Progress quiet;
     PictureOptions options;
@@ -59,25 +56,32 @@ double residual_factor(const std::vector<MarkerResult>& markers, int width) {
     return factor;
 }
 
-RgbPicture draw_residuals(const image* picture, const ViewResult& view, double factor, int side) {
+Figure residual_figure(const image* picture, const ViewResult& view, double factor, int side) {
     double scale = 1;
-    RgbPicture out = background(picture, view.camera, side, scale);
-    Canvas canvas(out);
-    const double h = std::clamp(0.018 * out.width, 8.0, 20.0);
-    const double pen = std::max(0.14 * h, 1.4);
-    const double largest = largest_residual(view.markers);
-    for (const MarkerResult& marker : view.markers) {
-        const Point at{(marker.dot.x + 0.5) * scale - 0.5, (marker.dot.y + 0.5) * scale - 0.5};
+    const auto ground =
+        std::make_shared<const RgbPicture>(background(picture, view.camera, side, scale));
+    const auto draw = [ground, scale, factor, markers = view.markers](Canvas& canvas) {
+        canvas.picture(*ground, 0, 0);
+        const double h = std::clamp(0.018 * ground->width, 8.0, 20.0);
+        const double pen = std::max(0.14 * h, 1.4);
+        const double largest = largest_residual(markers);
         const double length = factor * scale;
-        const auto strokes = arrow(at, {length * marker.dx, length * marker.dy});
-        const Canvas::Colour colour = residual_colour(marker, largest);
-        canvas.stroke({{at, at}}, 3.5 * pen, colour);
-        canvas.stroke(strokes, 2.2 * pen, {255, 255, 255});
-        canvas.stroke(strokes, pen, colour);
-        canvas.text(std::to_string(marker.marker_id), at.x + 0.6 * h, at.y - 0.6 * h, h, {},
-                    Canvas::Align::left, Canvas::Direction::right, 0.6 * pen);
-    }
-    return out;
+        for (const MarkerResult& marker : markers) {
+            const Point at{(marker.dot.x + 0.5) * scale, (marker.dot.y + 0.5) * scale};
+            const auto strokes = arrow(at, {length * marker.dx, length * marker.dy});
+            const Canvas::Colour colour = residual_colour(marker, largest);
+            canvas.stroke({{at, at}}, 3.5 * pen, colour);
+            canvas.stroke(strokes, 2.2 * pen, {255, 255, 255});
+            canvas.stroke(strokes, pen, colour);
+            canvas.text(std::to_string(marker.marker_id), at.x + 0.6 * h, at.y - 0.6 * h,
+                        {{.height = h},
+                         {},
+                         Canvas::Align::left,
+                         Canvas::Direction::right,
+                         /*halo=*/0.6 * pen});
+        }
+    };
+    return {ground->width, ground->height, draw};
 }
 
 }  // namespace vyn

@@ -20,6 +20,6 @@ double residual_factor(const std::vector<MarkerResult>& markers, int width);
 
 /// Residuals as arrows from their dots, `factor` times as long, with the markers' numbers, on the
 /// camera's picture in grey (white where there is none), no side longer than `side` pixels.
-RgbPicture draw_residuals(const image* picture, const ViewResult& view, double factor, int side);
+Figure residual_figure(const image* picture, const ViewResult& view, double factor, int side);
 
 }  // namespace vyn

@@ -21,7 +21,7 @@ std::string in_pairs(const std::vector<ModelReport::Picture>& pictures) {
     for (std::size_t i = 0; i < pictures.size(); i += 2) {
         html += "<tr>";
         for (std::size_t k = i; k < std::min(i + 2, pictures.size()); ++k)
-            html += "<td>" + html_picture(pictures[k].png, pictures[k].label) + "<br>" +
+            html += "<td>" + html_picture(pictures[k].figure, pictures[k].label) + "<br>" +
                     xml_escaped(pictures[k].label) + "</td>";
         html += "</tr>\n";
     }

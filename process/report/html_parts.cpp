@@ -2,8 +2,13 @@
 
 #include "core/base64.h"
 #include "core/xml_writer.h"
+#include "render/figure_file.h"
 
 namespace vyn {
+
+std::string html_picture(const Figure& figure, const std::string& alternative) {
+    return figure.draw ? html_picture(png_bytes(figure), alternative) : std::string();
+}
 
 std::string html_picture(const std::vector<std::byte>& png, const std::string& alternative) {
     if (png.empty()) return {};

@@ -233,7 +233,7 @@ std::string html_report(const PointReport& report) {
     html += html_heading("Remarks") +
             (check.warnings.empty() ? html_paragraph("None.") : html_list(texts(check.warnings)));
     html += alignments(check) + ports(check);
-    if (!report.histogram.empty())
+    if (report.histogram.draw)
         html += html_heading("Histogram of the field") + "<p>" +
                 html_picture(report.histogram, "histogram") + "</p>\n";
     if (check.uncertainty) html += uncertainty(*check.uncertainty);

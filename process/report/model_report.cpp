@@ -46,9 +46,8 @@ std::vector<ModelReport::Picture> pictures_of(const field_data<double>& mesh, Pr
     const auto add = [&](const char* label, const ModelView& view) {
         ModelLook look;
         look.quantity = &shown;
-        pictures.push_back(
-            {label, png_bytes(draw_model_picture(mesh, prepared->surface, prepared->normals, view,
-                                                 look, frame, progress))});
+        pictures.push_back({label, model_figure(mesh, prepared->surface, prepared->normals, view,
+                                                look, frame, progress)});
     };
     if (!mesh.views.empty() && mesh.views.front().width > 0)
         add("as the first camera", as_camera(mesh));
@@ -77,8 +76,7 @@ ModelReport make_model_report(const RunReport& report, const imagesList& images,
             ModelReport::View view{reported_view(entry), 1, {}};
             view.factor = residual_factor(view.found.markers, view.found.camera.width);
             const auto picture = images.find(view.found.name);
-            view.residuals =
-                png_bytes(draw_residuals(picture.get(), view.found, view.factor, residual_side));
+            view.residuals = residual_figure(picture.get(), view.found, view.factor, residual_side);
             result.views.push_back(std::move(view));
         }
     }

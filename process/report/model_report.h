@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +7,7 @@
 #include "api/field_data.h"
 #include "api/image_list.h"
 #include "process/report/run_report.h"
+#include "render/figure.h"
 #include "resect/resection.h"
 
 namespace vyn {
@@ -16,13 +16,13 @@ namespace vyn {
 struct ModelReport {
     struct Picture {
         std::string label;
-        std::vector<std::byte> png;
+        Figure figure;
     };
     /// The pose of one camera picture.
     struct View {
         ViewResult found;
         double factor = 1;  ///< by which the residuals are drawn longer
-        std::vector<std::byte> residuals;
+        Figure residuals;
     };
 
     std::string quantity;           ///< with its unit; empty: the point has no field on a model

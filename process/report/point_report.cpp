@@ -18,12 +18,12 @@ constexpr int histogram_height = 260;
 
 }  // namespace
 
-std::vector<std::byte> thumbnail_of(const image& picture, int side, Progress& progress) {
+Figure thumbnail_of(const image& picture, int side, Progress& progress) {
     PictureOptions options;
     options.limits = robust_limits(picture, progress);
     options.vectors = picture.displacement && !picture.quantity.deviation;
     options.scale = scale_for_side(picture, side);
-    return png_bytes(draw_picture(picture, options));
+    return field_figure(picture, options);
 }
 
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
@@ -37,14 +37,13 @@ PointReport make_point_report(const RunReport& report, const dataSetInterface& d
         throw_if_aborted(progress);
         const auto picture = images.find(stages[i].name);
         result.thumbnails.push_back(picture ? thumbnail_of(*picture, thumbnail_side, quiet)
-                                            : std::vector<std::byte>());
+                                            : Figure());
         progress.fraction(static_cast<double>(i + 1) / static_cast<double>(stages.size()));
     }
     if (const auto field = images.find(image_names::field)) {
-        const Histogram histogram =
-            make_histogram(*field, robust_limits(*field, quiet), histogram_bins, quiet);
-        result.histogram = png_bytes(
-            draw_histogram(histogram, result.check.quantity, histogram_width, histogram_height));
+        result.histogram = histogram_figure(
+            make_histogram(*field, robust_limits(*field, quiet), histogram_bins, quiet),
+            field_label(*field).text(), histogram_width, histogram_height);
     }
     result.model = make_model_report(report, images, mesh, progress);
     for (Warning& warning : result.check.warnings)

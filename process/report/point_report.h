@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <utility>
@@ -10,21 +9,22 @@
 #include "process/point/session.h"
 #include "process/report/model_report.h"
 #include "process/report/point_check.h"
+#include "render/figure.h"
 
 namespace vyn {
 
-/// The check of a point with its pictures as PNG files' bytes.
+/// The check of a point with its pictures.
 struct PointReport {
     PointCheck check;
-    std::vector<std::vector<std::byte>> thumbnails;  ///< of the check's stages, in their order
-    std::vector<std::byte> histogram;                ///< of the field; empty without one
+    std::vector<Figure> thumbnails;  ///< of the check's stages, in their order
+    Figure histogram;                ///< of the field; empty without one
     ModelReport model;
     std::vector<std::pair<std::string, std::string>> inputs;  ///< files and their SHA-256
     std::string program;                                      ///< with its version
 };
 
-/// A picture of an image, no side longer than `side` pixels, as a PNG file's bytes.
-std::vector<std::byte> thumbnail_of(const image& picture, int side, Progress& progress);
+/// A picture of an image, no side longer than `side` pixels.
+Figure thumbnail_of(const image& picture, int side, Progress& progress);
 
 /// Looks at the results in the image list and on the mesh and draws their pictures; `ports` as for
 /// check_point. Raises Aborted when told to stop.

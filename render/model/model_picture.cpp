@@ -2,18 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include "render/picture_frame.h"
-#include "render/svg_picture.h"
 
 namespace vyn {
 
-RgbPicture draw_model_picture(const field_data<double>& mesh, const Surface& surface,
-                              const VertexNormals& normals, const ModelView& view, ModelLook look,
-                              const FrameOptions& options, Progress& progress) {
+Figure model_figure(const field_data<double>& mesh, const Surface& surface,
+                    const VertexNormals& normals, const ModelView& view, ModelLook look,
+                    const FrameOptions& options, Progress& progress) {
     constexpr int fineness = 2;  // drawn finer by this and averaged
     const PictureFrame frame(view.width, view.height, options);
-    RgbPicture out = frame.paper();
     const ModelView fine = resized(view, fineness * view.width, fineness * view.height);
     look.colours = colour_map(options.limits.minimum, options.limits.maximum, options.palette);
     look.isoline_pixels *= fineness;
@@ -21,20 +20,13 @@ RgbPicture draw_model_picture(const field_data<double>& mesh, const Surface& sur
     faces.draw(mesh, surface, fine, look.hidden_zones, progress);
     Bitmap<std::uint32_t> pixels(fine.width, fine.height);
     paint_model(mesh, surface, normals, faces, look, {pixels.row(0), pixels.stride()}, progress);
-    average_pixels({pixels.row(0), pixels.stride()}, fineness, view.width, view.height,
-                   frame.field_x(), frame.field_y(), out);
-    frame.draw(out);
-    return out;
-}
-
-std::string draw_model_svg(const field_data<double>& mesh, const Surface& surface,
-                           const VertexNormals& normals, const ModelView& view,
-                           const ModelLook& look, const FrameOptions& options, Progress& progress) {
-    FrameOptions bare = options;
-    bare.colour_bar = false;
-    bare.title.clear();
-    const RgbPicture field = draw_model_picture(mesh, surface, normals, view, look, bare, progress);
-    return svg_of(field, options);
+    const auto drawn = std::make_shared<RgbPicture>(paper(view.width, view.height));
+    average_pixels({pixels.row(0), pixels.stride()}, fineness, view.width, view.height, /*to_y=*/0,
+                   *drawn);
+    return {frame.width(), frame.height(), [frame, drawn](Canvas& canvas) {
+                canvas.picture(*drawn, frame.field_x(), frame.field_y());
+                frame.draw(canvas);
+            }};
 }
 
 Limits robust_limits(const field_data<double>::Quantity& quantity) {

@@ -106,6 +106,10 @@ TEST_F(Render, FindsLimitsAndDrawsEverythingAskedFor) {
                 "--title", "Wing", "--markers", folder / "s/wind_off.mrk"});
     ASSERT_EQ(full.status, 0) << full.err;
     EXPECT_GT(decode(folder / "out.png").width, field_only.width + 20);
+    for (const auto& [name, head] : {std::pair{"out.svg", "<?xml"}, {"out.pdf", "%PDF"}}) {
+        ASSERT_EQ(run_program({"render", folder / "s/truth.tif", folder / name}).status, 0);
+        EXPECT_TRUE(get_file(folder / name).starts_with(head)) << name;
+    }
 }
 
 TEST_F(Render, RefusesWhatItCannotDo) {
@@ -127,7 +131,9 @@ TEST_F(Render, RefusesWhatItCannotDo) {
         EXPECT_THAT(run.err, HasSubstr(c.told));
         EXPECT_FALSE(std::filesystem::exists(folder / "out.png"));
     }
-    EXPECT_EQ(run_program({"render", folder / "s/truth.tif", folder / "out.tif"}).status, 2);
+    const ProgramRun other = run_program({"render", folder / "s/truth.tif", folder / "out.tif"});
+    EXPECT_EQ(other.status, 2);
+    EXPECT_THAT(other.err, HasSubstr("*.pdf"));
     put_file(folder / "out.png", "mine");
     EXPECT_EQ(render({}).status, 1);
     EXPECT_EQ(get_file(folder / "out.png"), "mine");

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "api/parallel.h"
-#include "core/xml_document.h"
 #include "render/model/iso_levels.h"
 #include "render/model/model_picture.h"
 #include "tests/support/meshes.h"
@@ -203,8 +202,8 @@ TEST(ModelPainter, DrawsIsolinesWhereValuesCrossTheirLevels) {
     FrameOptions frame;
     frame.limits = {0, 100};
     const auto draw = [&] {
-        return draw_model_picture(mesh, surface, vertex_normals(mesh, surface), view, look, frame,
-                                  silent);
+        return pixels_of(
+            model_figure(mesh, surface, vertex_normals(mesh, surface), view, look, frame, silent));
     };
     const RgbPicture with = draw();
     look.levels.clear();
@@ -221,36 +220,6 @@ TEST(ModelPainter, DrawsIsolinesWhereValuesCrossTheirLevels) {
         }
     }
     EXPECT_EQ(std::memcmp(with.at(0, 12), without.at(0, 12), 600), 0) << "in grey";
-}
-
-/// The drawing is well-formed, holds the pixels once and every text as letters.
-TEST(ModelPicture, IsADrawingWithTextsAsLetters) {
-    Mesh mesh = cube(3, 100);
-    mesh.quantities = {{"P", std::vector<double>(mesh.vertices.size(), 5), "Pa"}};
-    const Surface surface = prepare_surface(mesh, silent);
-    ModelLook look;
-    look.quantity = &mesh.quantities.front();
-    FrameOptions frame;
-    frame.limits = {0, 10};
-    frame.colour_bar = true;
-    frame.label = "P < 10, Pa";
-    frame.title = "run \"7\"";
-    const XmlElement svg =
-        parse_xml(draw_model_svg(mesh, surface, vertex_normals(mesh, surface),
-                                 view_from(30, 30, mesh, 120, 90), look, frame, silent),
-                  "drawing");
-    std::vector<std::string> texts;
-    int images = 0;
-    int stripes = 0;
-    for (const XmlElement& part : svg.children) {
-        images += part.name == "image";
-        if (part.name == "g") stripes = static_cast<int>(part.children.size());
-        if (part.name == "text") texts.push_back(part.text);
-    }
-    EXPECT_EQ(images, 1);
-    EXPECT_EQ(stripes, frame.palette.last - frame.palette.first + 1);
-    for (const char* text : {"P < 10, Pa", "run \"7\"", "10", "0"})
-        EXPECT_NE(std::ranges::find(texts, text), texts.end()) << text;
 }
 
 /// From the front a wing's starboard half (y above 0) is to the left, from above to the right; up

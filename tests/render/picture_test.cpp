@@ -2,13 +2,13 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <png.h>
 
 #include "core/errors.h"
+#include "render/figure_file.h"
 #include "render/tecplot.h"
 #include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
@@ -119,27 +119,12 @@ TEST(Picture, IsWhatAPngReaderReads) {
     PictureOptions options;
     options.limits = {-1, 1};
     for (const auto& [width, height] : {std::pair{300, 200}, {1, 1}, {30000, 2}}) {
-        const RgbPicture picture = draw_picture(waves(width, height), options);
+        const Figure figure = field_figure(waves(width, height), options);
+        const RgbPicture picture = pixels_of(figure);
         EXPECT_EQ(picture.width, width);
         EXPECT_EQ(picture.height, height);
-        EXPECT_EQ(decoded(png_bytes(picture, {{"Title", "waves"}})).rgb, picture.rgb);
+        EXPECT_EQ(decoded(png_bytes(figure)).rgb, picture.rgb);
     }
-}
-
-TEST(Picture, EveryRowFilterIsUndoneByAReader) {
-    // Flat, sloping and noisy stretches, so that each way of filtering is the best one somewhere.
-    RgbPicture picture;
-    picture.width = 64;
-    picture.height = 90;
-    std::mt19937 random(3);
-    for (int y = 0; y < picture.height; ++y)
-        for (int i = 0; i < 3 * picture.width; ++i) {
-            const int kind = y / 15;
-            const int slope = kind % 3 == 0 ? 0 : kind % 3 == 1 ? 2 * y : 2 * i + y;
-            picture.rgb.push_back(static_cast<std::uint8_t>(
-                slope + static_cast<int>(random() % (kind < 3 ? 3 : 90))));
-        }
-    EXPECT_EQ(decoded(png_bytes(picture)).rgb, picture.rgb);
 }
 
 /// The colour of the rainbow for a value in -1..1.

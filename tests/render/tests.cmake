@@ -2,6 +2,7 @@ vyn_tests(render
     SOURCES
         colour_map_test.cpp
         fashion_test.cpp
+        figure_test.cpp
         limits_test.cpp
         model_render_test.cpp
         line_profile_test.cpp

@@ -3,11 +3,13 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "core/base64.h"
 #include "core/errors.h"
 #include "process/model/resect_json.h"
 #include "process/model/residual_picture.h"
+#include "render/canvas.h"
+#include "render/figure_file.h"
 #include "render/histogram_picture.h"
-#include "render/picture.h"
 #include "tests/support/meshes.h"
 
 namespace vyn::test {
@@ -16,31 +18,20 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-std::vector<std::byte> decoded(const std::string& base64) {
-    const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::vector<std::byte> bytes;
-    std::uint32_t group = 0;
-    int bits = 0;
-    for (const char c : base64) {
-        if (c == '=') break;
-        group = group << 6 | static_cast<std::uint32_t>(digits.find(c));
-        bits += 6;
-        if (bits < 8) continue;
-        bits -= 8;
-        bytes.push_back(static_cast<std::byte>(group >> bits & 255));
-    }
-    return bytes;
-}
-
-/// The pictures inside a page.
-std::vector<std::vector<std::byte>> pictures_of(const std::string& html) {
+/// The pictures inside a page, as the text that they are written as.
+std::vector<std::string> pictures_of(const std::string& html) {
     static const std::string head = "src=\"data:image/png;base64,";
-    std::vector<std::vector<std::byte>> pictures;
+    std::vector<std::string> pictures;
     for (std::size_t at = html.find(head); at != std::string::npos; at = html.find(head, at)) {
         at += head.size();
-        pictures.push_back(decoded(html.substr(at, html.find('"', at) - at)));
+        pictures.push_back(html.substr(at, html.find('"', at) - at));
     }
     return pictures;
+}
+
+/// A picture of one colour.
+Figure patch(int side, Canvas::Colour colour) {
+    return {side, side, [=](Canvas& canvas) { canvas.fill(0, 0, side, side, colour); }};
 }
 
 std::size_t count_of(const std::string& text, const std::string& part) {
@@ -59,21 +50,17 @@ image ramp(const char* name, int width, int height) {
     return picture;
 }
 
-/// Three lengths of PNG files: every padding of base64 occurs.
-TEST(HtmlReport, HoldsItsPicturesByteByByte) {
+TEST(HtmlReport, HoldsItsPicturesInTheirOrder) {
     PointReport report;
+    report.histogram = patch(9, {255, 0, 0});
+    std::vector<std::string> expected{base64(png_bytes(report.histogram))};
     for (const int size : {1, 2, 3, 40}) {
         StageCheck stage;
         stage.name = "stage";
         report.check.stages.push_back(stage);
-        std::vector<std::byte> bytes;
-        for (int i = 0; i < size; ++i)
-            bytes.push_back(static_cast<std::byte>(250 + 7 * i));
-        report.thumbnails.push_back(bytes);
+        report.thumbnails.push_back(patch(size, {0, 0, 255}));
+        expected.push_back(base64(png_bytes(report.thumbnails.back())));
     }
-    report.histogram = {std::byte{255}};
-    std::vector<std::vector<std::byte>> expected{report.histogram};
-    expected.insert(expected.end(), report.thumbnails.begin(), report.thumbnails.end());
     EXPECT_EQ(pictures_of(html_report(report)), expected);
 }
 
@@ -90,7 +77,7 @@ TEST(HtmlReport, TextsCannotBecomeMarkup) {
     StageCheck stage;
     stage.label = stage.name = hostile;
     report.check.stages = {stage};
-    report.thumbnails = {{std::byte{1}}};
+    report.thumbnails = {patch(1, {})};
     report.inputs = {{hostile, hostile}};
     const std::string html = html_report(report);
     EXPECT_THAT(html, Not(HasSubstr("<script")));
@@ -116,12 +103,9 @@ TEST(PointReportTest, HasAThumbnailOfEveryStage) {
     Progress progress;
     const PointReport report = make_point_report({}, data, images, {}, {}, progress);
     ASSERT_EQ(report.thumbnails.size(), 2u);
-    EXPECT_FALSE(report.histogram.empty());
-    const auto width_of = [](const std::vector<std::byte>& png) {
-        return std::to_integer<int>(png[18]) * 256 + std::to_integer<int>(png[19]);
-    };
-    EXPECT_EQ(width_of(report.thumbnails[0]), 150);  // a power of 1/2 that fits
-    EXPECT_EQ(width_of(report.thumbnails[1]), 50);
+    EXPECT_TRUE(report.histogram.draw);
+    EXPECT_EQ(report.thumbnails[0].width, 150);  // a power of 1/2 that fits
+    EXPECT_EQ(report.thumbnails[1].width, 50);
     const std::string html = html_report(report);
     EXPECT_EQ(pictures_of(html).size(), 3u);
     EXPECT_THAT(html, HasSubstr("<td>a&amp;b.tif</td><td>0123abcd</td>"));
@@ -140,7 +124,7 @@ TEST(PointReportTest, ShowsTheModelWhereThereIsOne) {
         {.marker_id = 5, .dot_id = 5, .dot = {40, 50}, .dx = 0, .dy = -0.05, .used = true}};
     const double factor = residual_factor(view.markers, 64);
     EXPECT_EQ(factor, 100);
-    const RgbPicture drawn = draw_residuals(nullptr, view, factor, 64);
+    const RgbPicture drawn = pixels_of(residual_figure(nullptr, view, factor, 64));
     const auto is_white = [&](int x, int y) {
         const std::uint8_t* pixel = drawn.at(x, y);
         return pixel[0] == 255 && pixel[1] == 255 && pixel[2] == 255;
@@ -181,29 +165,33 @@ TEST(PointReportTest, ShowsTheModelWhereThereIsOne) {
     EXPECT_NE(row(3), std::string::npos);
 }
 
-/// Bars stand on the base line, as high as their counts.
+/// Bars stand on the base line, as high as their counts, between the scales.
 TEST(HistogramPicture, BarsAreInProportion) {
     const Histogram histogram{{0, 4}, {10, 20, 0, 5}, 0, 0};
-    const int width = 400;
-    const int height = 200;
-    const RgbPicture picture = draw_histogram(histogram, "p", width, height);
-    ASSERT_EQ(picture.rgb.size(), 3u * width * height);
+    const RgbPicture picture = pixels_of(histogram_figure(histogram, "p", 400, 200));
+    const auto is_bar = [&](int x, int y) {
+        return picture.at(x, y)[0] < 100 && picture.at(x, y)[2] > 140;
+    };
+    std::vector<int> tall;
+    for (int x = 0; x < picture.width; ++x) {
+        tall.push_back(0);
+        for (int y = 0; y < picture.height; ++y)
+            tall.back() += is_bar(x, y);
+    }
+    int left = 0;
+    while (tall[static_cast<std::size_t>(left)] == 0)
+        ++left;
+    const int span = 400 - 24 - left;
     const auto bar_at = [&](int bin) {
-        const int x = 24 + (width - 48) * (2 * bin + 1) / 8;
-        int tall = 0;
-        for (int y = 0; y < height - 52; ++y) {
-            const std::uint8_t* pixel = &picture.rgb[3 * static_cast<std::size_t>(y * width + x)];
-            if (pixel[0] < 200 && pixel[2] > 120) ++tall;
-        }
-        return tall;
+        return tall[static_cast<std::size_t>(left + span * (2 * bin + 1) / 8)];
     };
     const int full = bar_at(1);
     EXPECT_GT(full, 100);
     EXPECT_NEAR(bar_at(0), 0.5 * full, 1);
     EXPECT_EQ(bar_at(2), 0);
     EXPECT_NEAR(bar_at(3), 0.25 * full, 1);
-    EXPECT_NO_THROW(draw_histogram({{2, 2}, {0}, 0, 0}, "", 160, 120));
-    EXPECT_THROW(draw_histogram(histogram, "p", 40, 40), AlgoError);
+    EXPECT_NO_THROW(pixels_of(histogram_figure({{2, 2}, {0}, 0, 0}, "", 160, 120)));
+    EXPECT_THROW(histogram_figure(histogram, "p", 40, 40), AlgoError);
 }
 
 }  // namespace

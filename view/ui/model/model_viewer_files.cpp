@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/ui/command.h"
+#include "render/figure_file.h"
 #include "render/model/model_picture.h"
 #include "view/ui/look/fashion_dialog.h"
 #include "view/ui/look/palette_box.h"
@@ -61,9 +62,11 @@ void ModelViewer::copy_picture() {
 }
 
 void ModelViewer::save_picture() {
-    const std::string file = ask_save_file(
-        this,
-        {tr("Save picture"), tr("Picture (*.png);;Drawing (*.svg)"), QStringLiteral("png"), {}});
+    const std::string file =
+        ask_save_file(this, {tr("Save picture"),
+                             tr("Picture (*.png);;Drawing (*.svg);;Document (*.pdf)"),
+                             QStringLiteral("png"),
+                             {}});
     if (file.empty() || !model_) return;
     attempt(this, tr("Save picture"), [&] { write_picture(file); });
 }
@@ -83,14 +86,9 @@ void ModelViewer::write_picture(const std::string& file) {
     frame.colour_bar = look.quantity != nullptr;
     frame.label = display_.quantity;
     if (look.quantity && !look.quantity->unit.empty()) frame.label += ", " + look.quantity->unit;
-    const auto draw = [&](auto function) {
-        return function(model_->mesh, model_->surface(), model_->prepared->normals,
-                        canvas_->model_view(), look, frame, quiet);
-    };
-    if (file.ends_with(".svg") || file.ends_with(".SVG"))
-        write_file(file, draw(draw_model_svg));
-    else
-        write_png(draw(draw_model_picture), file);
+    write_figure(model_figure(model_->mesh, model_->surface(), model_->prepared->normals,
+                              canvas_->model_view(), look, frame, quiet),
+                 file);
 }
 
 }  // namespace vyn

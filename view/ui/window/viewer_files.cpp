@@ -180,7 +180,7 @@ void ViewerFiles::export_picture() {
     request.kind = choice->type.kind;
     request.caption = viewer_.caption().toStdString();
     request.sigma = viewer_.beside("_sigma");
-    if (request.kind == ExportKind::png_graphics) {
+    if (request.kind == ExportKind::picture) {
         request.options.limits = fashion.limits;
         request.options.palette = *fashion.palette;
         request.options.colour_bar = true;
