@@ -11,12 +11,17 @@ void add_detection_options(CLI::App& app, DetectionArguments& arguments) {
                    "MIN..MAX: diameters of the dots in pixels; without it 3..12");
     app.add_option("--expect", arguments.expect, "number of dots: keep so many of the surest")
         ->check(CLI::Range(1, 100000));
+    app.add_option("--cut", arguments.cut,
+                   "least quality of a dot, 0 to 1; without it and --expect: at the gap of the "
+                   "qualities")
+        ->check(CLI::Range(0.0, 1.0));
 }
 
 DetectionOptions detection_options(const DetectionArguments& arguments) {
     DetectionOptions options;
     options.polarity = arguments.bright ? DotPolarity::bright : DotPolarity::dark;
     options.expect = arguments.expect;
+    options.cut = arguments.cut;
     if (arguments.size.empty()) return options;
 
     const std::size_t dots = arguments.size.find("..");

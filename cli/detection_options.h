@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -13,9 +14,10 @@ struct DetectionArguments {
     bool bright = false;
     std::string size;  ///< "MIN..MAX"; empty: the default
     int expect = 0;
+    std::optional<double> cut;
 };
 
-/// Puts --bright, --size and --expect on a command; the arguments must outlive it.
+/// Puts --bright, --size, --expect and --cut on a command; the arguments must outlive it.
 void add_detection_options(CLI::App& app, DetectionArguments& arguments);
 
 /// Raises UsageError for a size that is no range or out of range.

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <map>
 #include <memory>
+#include <span>
 
 #include "align/dots/marker_centroid.h"
 #include "align/dots/marker_detection.h"
@@ -10,6 +12,7 @@
 #include "cli/settings.h"
 #include "core/errors.h"
 #include "core/keys.h"
+#include "core/numbers.h"
 #include "core/project_file.h"
 #include "process/point/marker_io.h"
 
@@ -21,20 +24,53 @@ struct FindOptions {
     std::string image;
     std::string target;
     DetectionArguments detection;
+    bool list = false;
     bool force = false;
 };
+
+/// Every candidate with its quality, and its number when it is taken for a dot.
+void print_candidates(const DotCandidates& candidates, std::size_t taken, const MarkerSet& set) {
+    std::map<std::pair<double, double>, std::int32_t> numbers;
+    for (const Marker& marker : set.markers)
+        numbers[{marker.x, marker.y}] = marker.id;
+    print("number,x,y,diameter,contrast,quality\n");
+    for (std::size_t i = 0; i < candidates.dots.size(); ++i) {
+        const DetectedDot& dot = candidates.dots[i];
+        const std::pair place(dot.fit.centre.x, dot.fit.centre.y);
+        std::string line;
+        if (i < taken) line = std::to_string(numbers.at(place));
+        for (const double value :
+             {dot.fit.centre.x, dot.fit.centre.y, 2 * dot.fit.radius, dot.contrast, dot.quality})
+            line.append(1, ',').append(format_general(value, 6));
+        print(line + "\n");
+    }
+}
+
+/// How sure the dots are, where there is something to doubt.
+std::string doubts(const DotCandidates& candidates, std::size_t taken) {
+    std::string text;
+    const double worst = candidates.dots[taken - 1].quality;
+    if (worst < sure_quality) text += ", the worst of quality " + format_general(worst, 2);
+    if (taken < candidates.dots.size())
+        text += ", the best left out of " + format_general(candidates.dots[taken].quality, 2);
+    return text;
+}
 
 ExitStatus find(const FindOptions& options) {
     const DetectionOptions detection = detection_options(options.detection);
     check_output(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     const image picture = read_image(options.image);
     Progress progress;
-    const MarkerSet set = find_markers(picture, detection, progress);
+    const DotCandidates candidates = find_candidates(picture, detection, progress);
+    const std::size_t taken = taken_count(candidates, detection);
+    const MarkerSet set = number_dots(std::span(candidates.dots).first(taken));
     if (set.markers.empty())
         throw AlgoError("No markers found!", options.image + ": no dots of these sizes");
     write_marker_file(options.target, set);
-    print("found " + std::to_string(set.markers.size()) + " dots" +
-          (detection.expect > 0 ? " of " + std::to_string(detection.expect) : "") + "\n");
+    if (options.list) print_candidates(candidates, taken, set);
+    print("found " + std::to_string(taken) + " dots" +
+          (detection.expect > 0 ? " of " + std::to_string(detection.expect) : "") +
+          doubts(candidates, taken) + "\n");
     return ExitStatus::done;
 }
 
@@ -87,6 +123,8 @@ void add_markers_find(CLI::App& markers, Work& work) {
     app->add_option("IMAGE", options->image, "image file")->required();
     app->add_option("OUT", options->target, "file to write: mrk or mpt")->required();
     add_detection_options(*app, options->detection);
+    app->add_flag("--list", options->list,
+                  "print every candidate with diameter, contrast and quality as a table");
     app->add_flag("--force", options->force, "replace an existing file");
     app->callback([options, &work] { work = [options] { return find(*options); }; });
 }

@@ -181,6 +181,22 @@ std::pair<Parameters, double> minimise(const std::vector<Sample>& samples, Param
     return {p, here.squares};
 }
 
+/// How far beyond its radius a blurred dot reaches, pixels.
+constexpr double rim = 1;
+
+double core_error(const std::vector<Sample>& samples, const Parameters& p, double radius) {
+    double squares = 0;
+    int count = 0;
+    Parameters gradient;
+    for (const Sample& s : samples) {
+        if (std::hypot(s.x - p[centre_x], s.y - p[centre_y]) > radius + rim) continue;
+        const double residual = residual_and_gradient(p, s, gradient);
+        squares += residual * residual;
+        ++count;
+    }
+    return count > 0 ? std::sqrt(squares / count) : 0;
+}
+
 Parameters start_parameters(const Start& start) {
     Parameters p = Parameters::Zero();
     p[background] = start.background;
@@ -225,6 +241,7 @@ std::optional<DotFit> fit_dot(const image& picture, Point start, double window,
     fit.radius = std::exp(p[log_width]) * std::numbers::sqrt2 *
                  std::pow(std::numbers::ln2, 0.5 * std::exp(-p[log_exponent]));
     fit.error = std::sqrt(squares / static_cast<double>(samples.size()));
+    fit.core_error = core_error(samples, p, fit.radius);
     const bool inside = std::hypot(fit.centre.x - start.x, fit.centre.y - start.y) < window &&
                         fit.radius < window && fit.depth > 0;
     if (!inside || !std::isfinite(fit.error)) return std::nullopt;

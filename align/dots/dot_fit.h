@@ -18,6 +18,7 @@ struct DotFit {
     double background = 0;  ///< of the surface, at the centre
     Point slope;            ///< of the background, per pixel in x and y
     double error = 0;       ///< root mean square of the fit's residuals
+    double core_error = 0;  ///< the same of those pixels alone that the dot covers, rim included
 
     double background_at(Point p) const {
         return background + slope.x * (p.x - centre.x) + slope.y * (p.y - centre.y);

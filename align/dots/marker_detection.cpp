@@ -10,6 +10,7 @@
 
 #include "align/dots/blob_search.h"
 #include "align/dots/reading_order.h"
+#include "align/dots/value_at.h"
 #include "api/parallel.h"
 #include "core/errors.h"
 #include "core/numbers.h"
@@ -38,23 +39,6 @@ constexpr double min_ring_gap = 1.5;
 constexpr int ring_points = 32;
 /// Candidates that one thread looks at in one go.
 constexpr int candidate_block = 16;
-
-/// Bilinear value; nothing when one of the four pixels is outside or excluded.
-std::optional<double> value_at(const image& picture, Point p) {
-    const int x = static_cast<int>(std::floor(p.x));
-    const int y = static_cast<int>(std::floor(p.y));
-    if (!picture.values().contains(x, y) || !picture.values().contains(x + 1, y + 1))
-        return std::nullopt;
-    const double u = p.x - x;
-    const double v = p.y - y;
-    double value = 0;
-    for (int j = 0; j <= 1; ++j)
-        for (int i = 0; i <= 1; ++i) {
-            if (picture.mask()(x + i, y + j) != 0) return std::nullopt;
-            value += (i ? u : 1 - u) * (j ? v : 1 - v) * picture.values()(x + i, y + j);
-        }
-    return value;
-}
 
 using Ring = std::array<double, ring_points>;
 
@@ -116,7 +100,7 @@ std::optional<DetectedDot> examine(const image& picture, const Blob& blob,
     const Point start{static_cast<double>(blob.x), static_cast<double>(blob.y)};
     const std::optional<DotFit> fit = fit_dot(picture, start, window, options.polarity);
     if (!fit || !(fit->background > 0)) return std::nullopt;
-    DetectedDot dot{*fit, fit->depth / fit->background, 0};
+    DetectedDot dot{.fit = *fit, .contrast = fit->depth / fit->background};
     const double shape_error = fit->error / fit->depth;
     const double size = 2 * fit->radius;
     if (size < options.min_size * (1 - size_tolerance) ||
@@ -129,12 +113,18 @@ std::optional<DetectedDot> examine(const image& picture, const Blob& blob,
     return dot;
 }
 
-bool better(const DetectedDot& a, const DetectedDot& b) {
+/// Strongest first.
+bool stronger(const DetectedDot& a, const DetectedDot& b) {
     return std::tuple(-a.score, a.fit.centre.y, a.fit.centre.x) <
            std::tuple(-b.score, b.fit.centre.y, b.fit.centre.x);
 }
 
-/// Keeps the best of dots that lie on each other.
+bool better(const DetectedDot& a, const DetectedDot& b) {
+    return std::tuple(-a.quality, -a.score, a.fit.centre.y, a.fit.centre.x) <
+           std::tuple(-b.quality, -b.score, b.fit.centre.y, b.fit.centre.x);
+}
+
+/// Keeps the strongest of dots that lie on each other.
 std::vector<DetectedDot> without_doubles(const std::vector<DetectedDot>& dots) {
     std::vector<DetectedDot> kept;
     for (const DetectedDot& dot : dots) {
@@ -150,19 +140,20 @@ std::vector<DetectedDot> without_doubles(const std::vector<DetectedDot>& dots) {
 
 void check(const DetectionOptions& options) {
     if (options.min_size >= min_dot_size && options.max_size >= options.min_size &&
-        options.max_size <= max_dot_size && options.expect >= 0)
+        options.max_size <= max_dot_size && options.expect >= 0 &&
+        !(options.cut && !(*options.cut >= 0 && *options.cut <= 1)))
         return;
-    throw AlgoError("Algorithm error!", "dots of " + format_double(options.min_size) + " to " +
-                                            format_double(options.max_size) +
-                                            " pixels cannot be looked for; sizes go from " +
-                                            format_double(min_dot_size) + " to " +
-                                            format_double(max_dot_size));
+    throw AlgoError(
+        "Algorithm error!",
+        "dots of " + format_double(options.min_size) + " to " + format_double(options.max_size) +
+            " pixels cannot be looked for; sizes go from " + format_double(min_dot_size) + " to " +
+            format_double(max_dot_size) + ", qualities from 0 to 1");
 }
 
 }  // namespace
 
-std::vector<DetectedDot> find_dots(const image& picture, const DetectionOptions& options,
-                                   Progress& progress) {
+DotCandidates find_candidates(const image& picture, const DetectionOptions& options,
+                              Progress& progress) {
     check(options);
     const auto expected = static_cast<std::size_t>(options.expect);
     std::vector<Blob> blobs = find_blobs(picture, options.polarity, options.min_size / 2,
@@ -177,13 +168,30 @@ std::vector<DetectedDot> find_dots(const image& picture, const DetectionOptions&
     std::vector<DetectedDot> dots;
     for (const std::optional<DetectedDot>& dot : examined)
         if (dot) dots.push_back(*dot);
-    std::sort(dots.begin(), dots.end(), better);
-    dots = without_doubles(dots);
-    if (expected > 0 && dots.size() > expected) dots.resize(expected);
-    return dots;
+    std::sort(dots.begin(), dots.end(), stronger);
+    DotCandidates candidates{.dots = without_doubles(dots)};
+    rate_dots(picture, candidates.dots);
+    std::sort(candidates.dots.begin(), candidates.dots.end(), better);
+    candidates.gap = quality_gap(candidates.dots);
+    return candidates;
 }
 
-MarkerSet number_dots(const std::vector<DetectedDot>& dots) {
+std::size_t taken_count(const DotCandidates& candidates, const DetectionOptions& options) {
+    const double cut = options.cut.value_or(options.expect > 0 ? 0 : candidates.gap);
+    const auto kept = static_cast<std::size_t>(
+        std::count_if(candidates.dots.begin(), candidates.dots.end(),
+                      [cut](const DetectedDot& dot) { return dot.quality >= cut; }));
+    return options.expect > 0 ? std::min(kept, static_cast<std::size_t>(options.expect)) : kept;
+}
+
+std::vector<DetectedDot> find_dots(const image& picture, const DetectionOptions& options,
+                                   Progress& progress) {
+    DotCandidates candidates = find_candidates(picture, options, progress);
+    candidates.dots.resize(taken_count(candidates, options));
+    return std::move(candidates.dots);
+}
+
+MarkerSet number_dots(std::span<const DetectedDot> dots) {
     std::vector<Point> centres;
     centres.reserve(dots.size());
     for (const DetectedDot& dot : dots)

@@ -1,5 +1,6 @@
 #include "process/point/find_markers_task.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "core/log.h"
@@ -18,10 +19,18 @@ TaskOutcome FindMarkersTask::run(TaskContext& context) {
             continue;
         context.status(std::string("Finding markers of ") + raw->name);
         image marked = *picture;
-        marked.markers = find_markers(marked, options_, context);
+        const std::vector<DetectedDot> dots = find_dots(marked, options_, context);
+        marked.markers = number_dots(dots);
         const std::size_t count = marked.markers.markers.size();
         get_log().write(LogLevel::information,
                         std::string(raw->name) + ": " + std::to_string(count) + " dots found");
+        const auto doubtful = std::count_if(dots.begin(), dots.end(), [](const DetectedDot& dot) {
+            return dot.quality < sure_quality;
+        });
+        if (doubtful > 0)
+            warn(*report_, WarningKind::markers,
+                 std::string(raw->name) + ": " + std::to_string(doubtful) + " of the " +
+                     std::to_string(count) + " dots found are doubtful");
         if (count == 0) {
             warn(*report_, WarningKind::markers,
                  std::string(raw->name) + " shows no dots that could be markers");

@@ -6,14 +6,13 @@ vyn_tests(align
         correlation/textured_pair.cpp
         displacement_field_test.cpp
         displacement_map_test.cpp
-        dots/dot_scene.cpp
         dots/marker_centroid_test.cpp
         dots/marker_detection_test.cpp
         marker_alignment_test.cpp
         marker_matching_test.cpp
         pairing_test.cpp
         poly_transform_test.cpp
-    LINK vyn_align)
+    LINK vyn_align vyn_sample)
 add_dependencies(test_align vyn_plugin_imp)
 
 # Pictures rendered from thousands of dots.

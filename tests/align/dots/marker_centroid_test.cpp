@@ -11,7 +11,7 @@
 #include "align/dots/extreme_search.h"
 #include "align/dots/surface_fit.h"
 #include "core/log.h"
-#include "tests/align/dots/dot_scene.h"
+#include "sample/dot_scene.h"
 #include "tests/support/picture_of.h"
 
 namespace vyn::test {

@@ -8,7 +8,7 @@
 #include "align/dots/reading_order.h"
 #include "api/parallel.h"
 #include "core/errors.h"
-#include "tests/align/dots/dot_scene.h"
+#include "sample/dot_scene.h"
 
 namespace vyn::test {
 namespace {
@@ -26,26 +26,60 @@ std::size_t true_dots(const std::vector<DetectedDot>& dots, const std::vector<Po
         }));
 }
 
-TEST(Detection, FindsTheDotsOfManyScenesAndNothingElse) {
+/// Of some scenes together: how many dots there are, how many are found, how many of those are
+/// true.
+struct Found {
     std::size_t wanted = 0;
     std::size_t found = 0;
     std::size_t right = 0;
-    for (std::uint64_t seed = 1; seed <= 8; ++seed) {
-        DotScene scene{.width = 360, .height = 300, .dots = 20, .seed = seed};
-        scene.noise = 0.01 * static_cast<double>(seed % 4);
-        scene.polarity = seed % 3 == 0 ? DotPolarity::bright : DotPolarity::dark;
+
+    void look_at(const DotScene& scene, bool number_known) {
         const DotPicture made = make_dot_picture(scene);
-        // The second half without saying how many there are.
-        const int expect = seed <= 4 ? static_cast<int>(made.centres.size()) : 0;
+        const int expect = number_known ? static_cast<int>(made.centres.size()) : 0;
         const std::vector<DetectedDot> dots =
             find_dots(made.picture, {.polarity = scene.polarity, .expect = expect}, progress);
         wanted += made.centres.size();
         found += dots.size();
         right += true_dots(dots, made.centres);
     }
-    ASSERT_GT(wanted, 140U);
-    EXPECT_GE(static_cast<double>(right), 0.98 * static_cast<double>(wanted));
-    EXPECT_GE(static_cast<double>(right), 0.98 * static_cast<double>(found));
+    void expect_nearly_all_and_little_else(std::size_t least_wanted) const {
+        ASSERT_GT(wanted, least_wanted);
+        EXPECT_GE(static_cast<double>(right), 0.98 * static_cast<double>(wanted));
+        EXPECT_GE(static_cast<double>(right), 0.98 * static_cast<double>(found));
+    }
+};
+
+TEST(Detection, FindsDotsOfManySizesAndNothingElse) {
+    Found found;
+    for (std::uint64_t seed = 1; seed <= 8; ++seed) {
+        DotScene scene{.width = 360, .height = 300, .dots = 20, .seed = seed};
+        scene.noise = 0.01 * static_cast<double>(seed % 4);
+        scene.polarity = seed % 3 == 0 ? DotPolarity::bright : DotPolarity::dark;
+        found.look_at(scene, /*number_known=*/seed <= 4);
+    }
+    found.expect_nearly_all_and_little_else(140);
+}
+
+TEST(Detection, TellsDotsFromTapsScrewsScratchesAndSpecks) {
+    Found found;
+    for (std::uint64_t number = 1; number <= 10; ++number)
+        found.look_at(cluttered_scene(number), /*number_known=*/false);
+    found.expect_nearly_all_and_little_else(140);
+}
+
+TEST(Detection, CutsWhereItIsTold) {
+    const DotPicture made = make_dot_picture(cluttered_scene(8));
+    const DotCandidates all = find_candidates(made.picture, {}, progress);
+    ASSERT_GT(all.dots.size(), made.centres.size());
+    for (std::size_t i = 1; i < all.dots.size(); ++i)
+        EXPECT_LE(all.dots[i].quality, all.dots[i - 1].quality);
+    EXPECT_EQ(taken_count(all, {}), made.centres.size());
+    EXPECT_EQ(taken_count(all, {.cut = 0.0}), all.dots.size());
+    EXPECT_EQ(taken_count(all, {.cut = all.dots[2].quality}), 3U);
+    EXPECT_EQ(taken_count(all, {.expect = 5, .cut = all.dots[2].quality}), 3U);
+    EXPECT_EQ(taken_count(all, {.expect = 2, .cut = 0.0}), 2U);
+    // Who says how many there are wants so many, doubtful or not.
+    EXPECT_EQ(taken_count(all, {.expect = 100000}), all.dots.size());
 }
 
 TEST(Detection, KeepsTheBestAndTheWantedSizes) {
@@ -86,7 +120,8 @@ TEST(Detection, RefusesAbsurdSizes) {
     for (const DetectionOptions& options :
          {DetectionOptions{.min_size = 0.5}, DetectionOptions{.min_size = 9, .max_size = 8},
           DetectionOptions{.max_size = 1e6}, DetectionOptions{.min_size = std::nan("")},
-          DetectionOptions{.expect = -1}})
+          DetectionOptions{.expect = -1}, DetectionOptions{.cut = 1.5},
+          DetectionOptions{.cut = std::nan("")}})
         EXPECT_THROW(find_dots(picture, options, progress), AlgoError);
 }
 

@@ -2,6 +2,7 @@
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QSlider>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <cmath>
@@ -289,6 +290,16 @@ TEST_F(MarkerTools, FoundDotsAreShownBeforeTheyBecomeMarkers) {
     QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("find")), Qt::LeftButton);
     EXPECT_TRUE(markers().empty());
     ASSERT_TRUE(ok->isEnabled());
+    auto* table = dialog->findChild<QTableWidget*>(QStringLiteral("candidates"));
+    ASSERT_EQ(table->rowCount(), 2);
+    auto* cut = dialog->findChild<QSlider*>(QStringLiteral("cut"));
+    const int gap = cut->value();
+    cut->setValue(cut->maximum());
+    EXPECT_FALSE(ok->isEnabled()) << "no candidate is as good";
+    EXPECT_EQ(table->item(0, 0)->text(), QString());
+    cut->setValue(gap);
+    EXPECT_GE(table->item(0, 5)->text().toDouble() * cut->maximum(), gap);
+    EXPECT_NE(table->item(0, 0)->text(), QString());
     QTest::mouseClick(ok, Qt::LeftButton);
     ASSERT_EQ(markers().size(), 2U);
     expect_near(markers()[0], first);

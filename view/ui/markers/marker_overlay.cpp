@@ -83,6 +83,7 @@ void MarkerOverlay::paint(QPainter& painter, const ViewTransform& transform) con
         if (!visible.contains(at)) continue;
         const bool current = current_ == i;
         painter.drawPixmap(at - QPointF(reach, reach), sign(ratio, marker.active, current));
+        if (labels_shown_ == MarkerLabels::none) continue;
         const QPixmap& number = label(painter.font(), ratio, marker.id, marker.active);
         const double height = number.height() / ratio;
         painter.drawPixmap(at + QPointF(current ? current_ring : ring, -ring - height / 2), number);
@@ -111,7 +112,8 @@ const QPixmap& MarkerOverlay::label(const QFont& font, double ratio, std::int32_
     if (!picture.isNull()) return picture;
     QFont bold = font;
     bold.setBold(true);
-    const QString text = QString::number(number);
+    const QString doubt(labels_shown_ == MarkerLabels::doubted_numbers ? "?" : "");
+    const QString text = QString::number(number) + doubt;
     const QFontMetricsF metrics(bold);
     picture = empty_picture(
         QSizeF(metrics.horizontalAdvance(text) + 2 * halo_width, metrics.height() + 2 * halo_width),

@@ -15,11 +15,15 @@ namespace vyn {
 /// Draws a sign with a halo of the other lightness, so that it is seen on every colour.
 void draw_haloed(QPainter& painter, const QPainterPath& sign, const QColor& colour);
 
+/// What stands beside a marker.
+enum class MarkerLabels { numbers, doubted_numbers, none };
+
 /// Draws markers: a ring with four ticks and the number beside it; an inactive marker is a grey
 /// ring that is struck through; the current marker has a second ring.
 class MarkerOverlay final : public ViewOverlay {
   public:
-    explicit MarkerOverlay(QColor colour) : colour_(std::move(colour)) {}
+    explicit MarkerOverlay(QColor colour, MarkerLabels labels = MarkerLabels::numbers)
+        : colour_(std::move(colour)), labels_shown_(labels) {}
 
     void set_markers(const MarkerSet& set, std::optional<std::size_t> current);
     /// While a marker is dragged it is drawn there.
@@ -32,6 +36,7 @@ class MarkerOverlay final : public ViewOverlay {
     const QPixmap& label(const QFont& font, double ratio, std::int32_t number, bool active) const;
 
     QColor colour_;
+    MarkerLabels labels_shown_;
     MarkerSet set_;
     std::optional<std::size_t> current_;
     std::optional<std::size_t> dragged_;
