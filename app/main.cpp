@@ -14,7 +14,9 @@
 #include "core/messages.h"
 #include "core/user_folders.h"
 #include "core/version.h"
+#include "core/ui/wording.h"
 #include "core/worker.h"
+#include "process/page/user_words.h"
 
 using namespace vyn;
 
@@ -87,6 +89,9 @@ int main(int argc, char** argv) {
     auto window = std::make_unique<VynLiteForm>(worker);
     set_message_parent(window.get());
     set_custom_message_fun(show_information, ask_question);
+    set_wording([](const std::string& text) {
+        return user_words(experiment_type(std::as_const(vyn_db())), text);
+    });
     application.set_help([&window](QWidget& widget) { window->show_help(widget); });
     window->show();
     open_at_start(application, *window, options.positionalArguments());
@@ -98,6 +103,7 @@ int main(int argc, char** argv) {
         report(error);
     }
     set_default_message_fun();
+    set_wording({});
     set_message_parent(nullptr);
     application.set_help({});
     window.reset();

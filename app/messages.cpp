@@ -6,6 +6,7 @@
 #include <QWindow>
 
 #include "core/log.h"
+#include "core/ui/wording.h"
 
 namespace vyn {
 
@@ -38,13 +39,13 @@ void set_message_parent(QWidget* window) {
 }
 
 void show_information(const char* text) {
-    QMessageBox box(QMessageBox::Information, caption(), QString::fromUtf8(text), QMessageBox::Ok,
+    QMessageBox box(QMessageBox::Information, caption(), worded(text), QMessageBox::Ok,
                     message_parent());
     show(box);
 }
 
 bool ask_question(const char* text) {
-    QMessageBox box(QMessageBox::Question, caption(), QString::fromUtf8(text),
+    QMessageBox box(QMessageBox::Question, caption(), worded(text),
                     QMessageBox::Yes | QMessageBox::No, message_parent());
     box.setDefaultButton(QMessageBox::Yes);
     box.setEscapeButton(QMessageBox::No);

@@ -12,6 +12,7 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "core/ui/busy_box.h"
+#include "core/ui/wording.h"
 #include "process/page/page_rows.h"
 #include "process/point/project_paths.h"
 #include "process/point/raw_images.h"
@@ -289,7 +290,7 @@ bool ProjectCommands::carry_out(const std::shared_ptr<Job>& job, const QString& 
     const TaskOutcome outcome = box.run(job);
     if (outcome == TaskOutcome::failed)
         report_failure(window_,
-                       what_failed + QLatin1Char('\n') + QString::fromStdString(box.failure()));
+                       what_failed + QLatin1Char('\n') + worded(box.failure()));
     return outcome < TaskOutcome::failed;
 }
 

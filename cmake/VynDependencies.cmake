@@ -77,7 +77,7 @@ file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h
 if(VYN_WINDOWS)
     vyn_precompiled(vyn_qt_headers
         HEADERS ${VYN_QT_HEADERS}
-        LINK vyn_qt_flags Qt5::Widgets
+        LINK vyn_qt_flags vyn_glue Qt5::Widgets
         INCLUDES ${QWT_INCLUDE_DIRS})
 endif()
 

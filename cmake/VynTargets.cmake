@@ -107,7 +107,7 @@ function(vyn_install_interface name)
     target_compile_features(${name} INTERFACE cxx_std_20)
     target_include_directories(${name} INTERFACE $<INSTALL_INTERFACE:${headers}>)
     install(TARGETS ${name} EXPORT VynLiteTargets
-            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libraries
+            LIBRARY DESTINATION ${VYNLITE_LIBRARY_DIR}
             NAMELINK_COMPONENT development)
     install(DIRECTORY . DESTINATION ${headers}/${part} COMPONENT development
             FILES_MATCHING PATTERN "*.h" PATTERN "*.def" PATTERN ui EXCLUDE)
@@ -126,8 +126,12 @@ endfunction()
 add_library(vyn_qt_flags INTERFACE)
 target_compile_definitions(vyn_qt_flags INTERFACE
     QT_DISABLE_DEPRECATED_BEFORE=0x060000 QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
+# What only calls, shows and asks takes longer to optimise than it would ever save; pixels are dealt with in
+# libraries without widgets.
+add_library(vyn_glue INTERFACE)
+target_compile_options(vyn_glue INTERFACE $<$<CONFIG:Release>:-O1>)
 function(vyn_use_qt name)
-    target_link_libraries(${name} PRIVATE vyn_qt_flags)
+    target_link_libraries(${name} PRIVATE vyn_qt_flags vyn_glue)
     vyn_use_precompiled(${name} vyn_qt_headers)
 endfunction()
 

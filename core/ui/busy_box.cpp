@@ -13,6 +13,7 @@
 #include "core/ui/box_context.h"
 #include "core/ui/icons.h"
 #include "core/ui/remaining_time.h"
+#include "core/ui/wording.h"
 
 namespace vyn {
 
@@ -194,7 +195,7 @@ void QBusyBox::Parts::show_status() {
 void QBusyBox::Parts::show_end(TaskOutcome outcome) {
     if (!job->failure().empty())
         text->append(QStringLiteral("<font color=\"red\"><b>%1</b></font>")
-                         .arg(QString::fromStdString(job->failure()).toHtmlEscaped()));
+                         .arg(worded(job->failure()).toHtmlEscaped()));
     else if (outcome == TaskOutcome::done_with_errors)
         text->append(tr("<b>The results are not what was asked for; the log says more.</b>"));
     message->setText(outcome == TaskOutcome::aborted  ? tr("<b>Aborted</b>")

@@ -7,6 +7,7 @@
 
 #include "core/errors.h"
 #include "core/log.h"
+#include "core/ui/wording.h"
 
 namespace vyn {
 
@@ -34,7 +35,7 @@ QString text_of_exception() {
     try {
         throw;
     } catch (const GenericError& error) {
-        return QString::fromUtf8(error.what());
+        return worded(error.what());
     } catch (const std::bad_alloc&) {
         get_log().write(LogLevel::error, "not enough memory");
         return QObject::tr("There is not enough memory for this.");

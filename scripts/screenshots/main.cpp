@@ -9,6 +9,7 @@
 #include "app/application.h"
 #include "core/errors.h"
 #include "core/progress.h"
+#include "core/ui/window_size.h"
 #include "core/worker.h"
 #include "sample/model_point.h"
 #include "sample/synthetic_point.h"
@@ -22,6 +23,7 @@ struct Options {
     std::string folder = "help/pictures";
     int scale = 1;
     bool dark = false;
+    std::pair<int, int> screen{1920, 1200};
     std::vector<std::string> only;
 };
 
@@ -82,6 +84,9 @@ int main(int argc, char** argv) {
     command.add_option("FOLDER", options.folder, "folder to write to")->capture_default_str();
     command.add_option("--scale", options.scale, "pixels of the screen per pixel of the design")
         ->check(CLI::Range(1, 4));
+    command.add_option("--screen", options.screen,
+                       "width and height of the screen, in pixels of the design")
+        ->delimiter('x');
     command.add_flag("--dark", options.dark, "with a dark palette");
     command.add_option("--only", options.only, "names of the pictures to take")->delimiter(',');
     CLI11_PARSE(command, argc, argv);
@@ -94,6 +99,7 @@ int main(int argc, char** argv) {
     for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME"})
         qputenv(variable, home.toLocal8Bit());
     vyn::Application application(argc, argv);
+    vyn::pretend_screen({options.screen.first, options.screen.second});
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     vyn::apply_appearance(options.dark ? vyn::Appearance::dark : vyn::Appearance::light);
     try {

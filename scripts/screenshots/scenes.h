@@ -25,7 +25,7 @@ void open_project(Theatre& theatre, const QString& file);
 std::shared_ptr<RunReport> compute(Theatre& theatre);
 
 constexpr QSize viewer_size(1000, 640);
-constexpr QSize window_size(960, 790);
+constexpr QSize window_size(1180, 820);
 
 /// The main window with its pages, busy box, log, about box and help.
 void play_window(Theatre& theatre);

@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "core/errors.h"
+#include "core/ui/window_size.h"
 
 namespace vyn::screenshots {
 
@@ -49,7 +50,7 @@ Shots::Shots(QString folder, QStringList only)
 void Shots::take(QWidget& window, const QString& name, QSize size) {
     window.show();
     // A screen that is not there is small, and windows were cut down to it.
-    window.resize(size.isValid() ? size : wanted_size(window));
+    window.resize(on_screen(size.isValid() ? size : wanted_size(window)));
     wait(settle_ms);
     write(window, name);
 }
@@ -64,7 +65,7 @@ void Shots::take_modal(const QString& name, const char* dialog_class,
         if (window == nullptr || !window->inherits(dialog_class)) return;
         look.stop();
         taken = true;
-        window->resize(wanted_size(*window).expandedTo(window->size()));
+        window->resize(on_screen(wanted_size(*window).expandedTo(window->size())));
         prepare(*window);
         wait(settle_ms);
         write(*window, name);

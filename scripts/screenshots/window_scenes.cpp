@@ -1,7 +1,9 @@
+#include <QScrollBar>
 #include <QTabWidget>
 
 #include "api/image_list.h"
 #include "app/about.h"
+#include "app/experiment_page.h"
 #include "app/help_window.h"
 #include "app/main_window.h"
 #include "app/type_dialog.h"
@@ -73,6 +75,9 @@ void play_window(Theatre& theatre) {
     window.open_files({theatre.folder + QStringLiteral("/project.xml")});
     theatre.shots.take(window, QStringLiteral("main_window_inputs"), window_size);
     window.calculateCalculate_AllAction_activated();
+    wait(1000);
+    for (auto* bar : window.experiment_page()->findChildren<QScrollBar*>())
+        bar->setValue(bar->maximum());
     theatre.shots.take(window, QStringLiteral("main_window"), window_size);
     window.findChild<QTabWidget*>(QStringLiteral("vyn_tasks"))->setCurrentIndex(1);
     theatre.shots.take(window, QStringLiteral("log_page"), window_size);
@@ -81,7 +86,7 @@ void play_window(Theatre& theatre) {
 
     vyn_db().set_modified(false);
     window.open_files({theatre.binary_folder + QStringLiteral("/project.xml")});
-    theatre.shots.take(window, QStringLiteral("double_page"), QSize(960, 900));
+    theatre.shots.take(window, QStringLiteral("double_page"), QSize(1180, 900));
 
     QVynLiteAbout about(&window);
     theatre.shots.take(about, QStringLiteral("about"));

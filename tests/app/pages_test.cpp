@@ -18,6 +18,8 @@
 #include "app/pages/elided_label.h"
 #include "app/pages/form_double_basic.h"
 #include "app/pages/form_single_basic.h"
+#include "calib/ui/camera_dialog.h"
+#include "calib/ui/paint_dialog.h"
 #include "core/keys.h"
 #include "core/messages.h"
 #include "process/project/project_tasks.h"
@@ -344,6 +346,33 @@ TEST_F(Pages, DroppedFilesFindTheirPlace) {
     QCoreApplication::sendEvent(row->parentWidget(), &drop);
     EXPECT_TRUE(QTest::qWaitFor(
         [] { return get_images().find(image_names::wind_on_dark_sens) != nullptr; }, 5000));
+}
+
+TEST_F(Pages, DroppedRecordsAreShownInTheirDialogs) {
+    write(vyn_db(), keys::head_file, (folder / "new.xml").string());
+    show_page<FormSingleBasic>();
+    const auto drop = [&](const char* name) {
+        return page->take_file(QString::fromStdString((folder / name).string()));
+    };
+    driver.expect<QVynCamera>([](QVynCamera& dialog) { dialog.reject(); });
+    EXPECT_TRUE(drop("camera.ini"));
+    cameraFeatures camera;
+    read(vyn_db(), std::string(keys::sens_camera), camera);
+    EXPECT_EQ(camera.focus, 0) << "only looked at";
+    driver.expect<QVynCamera>([](QVynCamera& dialog) { dialog.accept(); });
+    EXPECT_TRUE(drop("camera.ini"));
+    read(vyn_db(), std::string(keys::sens_camera), camera);
+    EXPECT_GT(camera.focus, 0);
+    EXPECT_TRUE(get_images().find(image_names::flat_sens)) << "the camera's flat field";
+    driver.expect<QVynPaint>([](QVynPaint& dialog) { dialog.accept(); });
+    EXPECT_TRUE(drop("paint.clb"));
+    paintFeatures paint;
+    read(vyn_db(), std::string(keys::sens_paint), paint);
+    EXPECT_NE(paint.gamma, paintFeatures().gamma);
+    put_file(folder / "other.ini", "[window]\nsize=3\n");
+    EXPECT_TRUE(drop("other.ini"));
+    ASSERT_EQ(driver.boxes.size(), 1u);
+    EXPECT_THAT(driver.boxes[0].text, testing::HasSubstr("other.ini holds no paint"));
 }
 
 TEST_F(Pages, TypesHaveTheirRowsAndTheFourthSaysSo) {
