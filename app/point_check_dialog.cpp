@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 
 #include "api/image_list.h"
+#include "core/ascii.h"
 #include "core/atomic_file.h"
 #include "core/data_set.h"
 #include "core/errors.h"
@@ -12,7 +13,8 @@
 #include "core/ui/window_size.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
-#include "process/report/html_report.h"
+#include "process/report/html_document.h"
+#include "process/report/report_document.h"
 
 namespace vyn {
 
@@ -50,8 +52,9 @@ PointCheckDialog::PointCheckDialog(QBusyBox& busy_box, std::shared_ptr<const Run
                        tr("Compare the field with the pressures of a marker file, in the unit of "
                           "the test conditions")),
             &QPushButton::clicked, this, &PointCheckDialog::select_ports);
-    connect(add_button(tr("&Export..."), "btn_export",
-                       tr("Write this page as one HTML file with its pictures")),
+    connect(add_button(
+                tr("&Export..."), "btn_export",
+                tr("Write this page as one HTML file with its pictures, or as a document (PDF)")),
             &QPushButton::clicked, this, &PointCheckDialog::export_page);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -67,8 +70,8 @@ bool PointCheckDialog::look(const MarkerSet& ports) {
     auto job = std::make_shared<Job>();
     job->append(std::move(task));
     if (busy_box_.run(job) != TaskOutcome::done) return false;
-    html_ = html_report(*result);
-    page_->setHtml(QString::fromStdString(html_));
+    check_ = report_document(*result);
+    page_->setHtml(QString::fromStdString(html_of(check_)));
     return true;
 }
 
@@ -82,10 +85,13 @@ void PointCheckDialog::select_ports() {
 
 void PointCheckDialog::export_page() {
     const std::string file =
-        ask_save_file(this, {tr("Export the check of the point"), tr("HTML page (*.html *.htm)"),
+        ask_save_file(this, {tr("Export the check of the point"),
+                             tr("HTML page (*.html *.htm);;PDF document (*.pdf)"),
                              QStringLiteral("html"), output_folder(vyn_db()).string()});
     if (file.empty()) return;
-    attempt(this, windowTitle(), [&] { write_file(file, html_); });
+    attempt(this, windowTitle(), [&] {
+        write_file(file, lower_extension(file) == "pdf" ? pdf_of(check_) : html_of(check_));
+    });
 }
 
 void show_point_check(QBusyBox& busy_box, std::shared_ptr<const RunReport> report,

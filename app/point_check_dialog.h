@@ -8,6 +8,7 @@
 #include "core/ui/busy_box.h"
 #include "markers/marker.h"
 #include "process/report/run_report.h"
+#include "render/document.h"
 
 namespace vyn {
 
@@ -27,14 +28,14 @@ class PointCheckDialog : public QDialog {
   public Q_SLOTS:
     /// Asks for a marker file with pressures and compares the field with them.
     void select_ports();
-    /// Asks for a file and writes the page.
+    /// Asks for a file and writes the page, as HTML or PDF.
     void export_page();
 
   private:
     QBusyBox& busy_box_;
     std::shared_ptr<const RunReport> report_;
     QTextBrowser* page_;
-    std::string html_;
+    Document check_;
 };
 
 /// Looks, then shows the dialog until it is closed. Nothing is shown after an abort.

@@ -18,8 +18,9 @@
 #include "process/point/marker_io.h"
 #include "process/point/save_image_task.h"
 #include "process/project/project_tasks.h"
-#include "process/report/html_report.h"
+#include "process/report/html_document.h"
 #include "process/report/json_text.h"
+#include "process/report/report_document.h"
 #include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
 #include "process/steps/step_table.h"
@@ -37,6 +38,7 @@ struct RunOptions {
     std::string save_project;
     std::string report;
     std::string html;
+    std::string pdf;
     std::string ports;
     std::string mesh;
     std::string markers3d;
@@ -161,13 +163,15 @@ void check_detection(const RunOptions& options) {
 /// The ports that the page compares the field with; the height (pixels) is that of the field.
 MarkerSet read_ports(const RunOptions& options, int image_height) {
     if (options.ports.empty()) return {};
-    if (options.html.empty()) throw UsageError("--ports belongs to --html");
+    if (options.html.empty() && options.pdf.empty())
+        throw UsageError("--ports belongs to --html and --pdf");
     return read_port_file(options.ports, image_height);
 }
 
-/// Writes the check of the point as a page, also of a run that failed: what there is then.
-void write_html(const RunOptions& options, Session session, RunReport report,
-                const std::string& failure, Runner& runner) {
+/// Writes the check of the point as page and document, also of a run that failed: what there is
+/// then.
+void write_check(const RunOptions& options, Session session, RunReport report,
+                 const std::string& failure, Runner& runner) {
     if (!failure.empty())
         report.warnings.push_back({WarningKind::failure, "The run ended with: " + failure});
     const auto field = session.images.find(image_names::field);
@@ -180,7 +184,9 @@ void write_html(const RunOptions& options, Session session, RunReport report,
         throw std::runtime_error("the page could not be made: " + (outcome == TaskOutcome::aborted
                                                                        ? "interrupted"
                                                                        : runner.failure()));
-    write_file(options.html, html_report(*result));
+    const Document check = report_document(*result);
+    if (!options.html.empty()) write_file(options.html, html_of(check));
+    if (!options.pdf.empty()) write_file(options.pdf, pdf_of(check));
 }
 
 ExitStatus run(const RunOptions& options) {
@@ -189,7 +195,7 @@ ExitStatus run(const RunOptions& options) {
     for (const std::string& text : options.saves)
         saves.push_back(parse_save(text, overwriting(options)));
     for (const std::string& file :
-         {options.report, options.html, options.save_project, options.save_mesh})
+         {options.report, options.html, options.pdf, options.save_project, options.save_mesh})
         check_output(file, overwriting(options));
     read_ports(options, /*image_height=*/0);  // a file that cannot be read is said at once
 
@@ -214,7 +220,8 @@ ExitStatus run(const RunOptions& options) {
                                                      failure, runner.stages()),
                                              2) +
                                        "\n");
-    if (!options.html.empty()) write_html(options, session, *report, failure, runner);
+    if (!options.html.empty() || !options.pdf.empty())
+        write_check(options, session, *report, failure, runner);
     return conclude(outcome, failure, worth_saving ? Saving::tried : Saving::left_out);
 }
 
@@ -240,6 +247,7 @@ Work prepare_run(CLI::App& app, const GlobalOptions&) {
                    "write a report (JSON): outcome, stage times, alignment, law, inputs");
     app.add_option("--html", options->html,
                    "write the check of the point as a page with its pictures (HTML)");
+    app.add_option("--pdf", options->pdf, "write the same as a document of A4 pages (PDF)");
     app.add_option("--ports", options->ports,
                    "marker file of the pressure ports for the page: pixels of the field, pressure "
                    "as f in the unit of the test conditions");

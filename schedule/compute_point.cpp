@@ -12,9 +12,10 @@
 #include "process/point/find_markers_task.h"
 #include "process/point/project_paths.h"
 #include "process/point/save_image_task.h"
-#include "process/report/html_report.h"
+#include "process/report/html_document.h"
 #include "process/report/json_text.h"
 #include "process/report/point_report.h"
+#include "process/report/report_document.h"
 #include "process/report/run_report_json.h"
 #include "process/steps/chain.h"
 #include "render/figure_file.h"
@@ -105,7 +106,7 @@ class Computation {
             ++state.warning_kinds[name(warning.kind)];
             state.warnings.push_back(warning.text);
         }
-        write_file(folder / "page.html", html_report(page));
+        write_file(folder / "page.html", html_of(report_document(page)));
         write_file(folder / "report.json",
                    json_text(to_json(*report_, session_.data, session_.images, outcome_,
                                      state.reason, context_.finish_stages()),

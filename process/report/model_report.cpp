@@ -8,6 +8,7 @@
 #include "process/model/model_inputs.h"
 #include "process/model/resect_json.h"
 #include "process/model/residual_picture.h"
+#include "process/page/page_rows.h"
 #include "render/fashion.h"
 #include "render/model/model_picture.h"
 
@@ -60,8 +61,9 @@ std::vector<ModelReport::Picture> pictures_of(const field_data<double>& mesh, Pr
 
 }  // namespace
 
-ModelReport make_model_report(const RunReport& report, const imagesList& images,
-                              const field_data<double>& mesh, Progress& progress) {
+ModelReport make_model_report(const RunReport& report, ExperimentType type,
+                              const imagesList& images, const field_data<double>& mesh,
+                              Progress& progress) {
     ModelReport result;
     if (mesh.quantities.empty()) return result;
     const auto& shown = mesh.quantities.front();
@@ -73,7 +75,8 @@ ModelReport make_model_report(const RunReport& report, const imagesList& images,
         result.covered = text.at("projection").at("covered_share").get<double>();
         for (const auto& entry : resection.at("views")) {
             throw_if_aborted(progress);
-            ModelReport::View view{reported_view(entry), 1, {}};
+            ModelReport::View view{{}, reported_view(entry), 1, {}};
+            view.label = image_label(type, view.found.name);
             view.factor = residual_factor(view.found.markers, view.found.camera.width);
             const auto picture = images.find(view.found.name);
             view.residuals = residual_figure(picture.get(), view.found, view.factor, residual_side);

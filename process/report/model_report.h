@@ -6,6 +6,7 @@
 
 #include "api/field_data.h"
 #include "api/image_list.h"
+#include "process/point/experiment_type.h"
 #include "process/report/run_report.h"
 #include "render/figure.h"
 #include "resect/resection.h"
@@ -20,6 +21,7 @@ struct ModelReport {
     };
     /// The pose of one camera picture.
     struct View {
+        std::string label;  ///< of the picture, for the user
         ViewResult found;
         double factor = 1;  ///< by which the residuals are drawn longer
         Figure residuals;
@@ -34,7 +36,8 @@ struct ModelReport {
 
 /// Draws the residuals of the run's poses over their pictures, where the list has those, and the
 /// model from four sides. Empty for a mesh without values. Raises Aborted when told to stop.
-ModelReport make_model_report(const RunReport& report, const imagesList& images,
-                              const field_data<double>& mesh, Progress& progress);
+ModelReport make_model_report(const RunReport& report, ExperimentType type,
+                              const imagesList& images, const field_data<double>& mesh,
+                              Progress& progress);
 
 }  // namespace vyn

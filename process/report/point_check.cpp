@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <filesystem>
 
 #include "calib/port_sampling.h"
@@ -12,6 +13,7 @@
 #include "process/page/page_rows.h"
 #include "process/point/experiment_type.h"
 #include "process/point/raw_images.h"
+#include "process/report/provenance.h"
 #include "process/steps/result_state.h"
 
 namespace vyn {
@@ -24,6 +26,7 @@ constexpr int port_side = 5;  // pixels
 
 std::string title_of(const dataSetInterface& data) {
     std::string title;
+    if (!names_are_told()) return title;
     const auto add = [&](const char* head, const std::string& text) {
         if (!text.empty()) title += (title.empty() ? "" : ", ") + std::string(head) + text;
     };
@@ -32,6 +35,38 @@ std::string title_of(const dataSetInterface& data) {
     add("model ", read(data, keys::model_id));
     add("point ", read(data, keys::test_point_id));
     return title;
+}
+
+/// When a picture was taken, as its file says; empty when that is not known to the day.
+std::string date_of(const std::shared_ptr<const image>& picture) {
+    if (!picture || !picture->taken || !picture->taken->dated) return {};
+    const auto seconds = static_cast<std::time_t>(std::floor(picture->taken->seconds));
+    std::tm parts{};
+    char text[32];
+    return gmtime_r(&seconds, &parts) && std::strftime(text, sizeof text, "%F %T", &parts) > 0
+               ? text
+               : std::string();
+}
+
+std::vector<std::pair<std::string, std::string>> facts_of(const dataSetInterface& data,
+                                                          const imagesList& images,
+                                                          const std::string& experiment,
+                                                          const flowFeatures& flow) {
+    std::vector<std::pair<std::string, std::string>> facts;
+    const auto add = [&](const char* what, std::string value) {
+        if (!value.empty()) facts.emplace_back(what, std::move(value));
+    };
+    if (names_are_told()) {
+        add("Test", read(data, keys::test_id));
+        add("Model", read(data, keys::model_id));
+        add("Point", read(data, keys::test_point_id));
+    }
+    add("Wind-on picture taken", date_of(images.find(names::wind_on_sens)));
+    add("Type of experiment", experiment);
+    if (flow.mach != 0) add("Mach number", format_general(flow.mach, 6));
+    add("Angle of attack α", format_general(flow.alpha, 6) + "°");
+    add("Angle of sideslip β", format_general(flow.beta, 6) + "°");
+    return facts;
 }
 
 const char* experiment_text(ExperimentType type) {
@@ -77,6 +112,14 @@ std::vector<TextureCheck> textures_of(const RunReport& report, ExperimentType ty
     return checks;
 }
 
+/// Of dark images, what they belong to is said, too.
+std::string stage_label(ExperimentType type, const std::string& name) {
+    for (const RawImage& raw : raw_images())
+        if (raw.dark_name == name)
+            return image_label(type, name) + " (of " + image_label(type, raw.name) + ")";
+    return image_label(type, name);
+}
+
 /// Inputs first, then the results in the order of computation.
 std::vector<StageCheck> stages_of(const imagesList& images, ExperimentType type) {
     const auto& results = names::results;
@@ -89,7 +132,7 @@ std::vector<StageCheck> stages_of(const imagesList& images, ExperimentType type)
     std::vector<StageCheck> stages;
     for (const auto& picture : pictures)
         if (picture->has_values() && picture->has_mask())
-            stages.push_back({picture->name, image_label(type, picture->name),
+            stages.push_back({picture->name, stage_label(type, picture->name),
                               field_label(*picture).text(), picture->width(), picture->height(),
                               image_statistics(*picture)});
     return stages;
@@ -260,7 +303,9 @@ PointCheck check_point(const RunReport& report, const dataSetInterface& data,
     PointCheck check;
     check.title = title_of(data);
     check.experiment = experiment_text(type);
+    check.facts = facts_of(data, images, check.experiment, flow);
     check.quantity = field ? quantity_words(*field) : "not calculated";
+    if (field) check.unit = field_label(*field).unit;
     check.aligned = report.aligned;
     check.unaligned = unaligned_text(report);
     check.copied = report.copied;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "api/image_list.h"
@@ -57,8 +58,11 @@ struct PortComparison {
 struct PointCheck {
     std::string title;       ///< project, test and point as far as the project names them
     std::string experiment;  ///< type of experiment, in words
-    std::string quantity;    ///< of the field, with its unit
-    bool computed = true;    ///< the field comes from the run that the report is of
+    /// What point it is, for the user: test, model, date, type, Mach number, angles.
+    std::vector<std::pair<std::string, std::string>> facts;
+    std::string quantity;  ///< of the field, with its unit, in words
+    std::string unit;      ///< of the field; empty for numbers without one
+    bool computed = true;  ///< the field comes from the run that the report is of
     std::optional<bool> aligned;
     std::string unaligned;  ///< why the result is not to be trusted; empty when it is
     bool copied = false;    ///< aligned by copy

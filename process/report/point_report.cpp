@@ -3,7 +3,9 @@
 #include <nlohmann/json.hpp>
 
 #include "core/version.h"
+#include "process/point/experiment_type.h"
 #include "process/report/provenance.h"
+#include "render/fashion.h"
 #include "render/histogram_picture.h"
 #include "render/picture.h"
 
@@ -11,19 +13,37 @@ namespace vyn {
 
 namespace {
 
-constexpr int thumbnail_side = 260;  // pixels
+constexpr int stage_side = 260;  // pixels
+constexpr int field_side = 1280;
 constexpr int histogram_bins = 120;
 constexpr int histogram_width = 640;
 constexpr int histogram_height = 260;
 
 }  // namespace
 
-Figure thumbnail_of(const image& picture, int side, Progress& progress) {
+namespace {
+
+/// No side of the field longer than `side` pixels.
+PictureOptions looks_of(const image& picture, int side, Progress& progress) {
     PictureOptions options;
     options.limits = robust_limits(picture, progress);
     options.vectors = picture.displacement && !picture.quantity.deviation;
     options.scale = scale_for_side(picture, side);
+    return options;
+}
+
+Figure with_colour_bar(const image& picture, int side, Progress& progress) {
+    PictureOptions options = looks_of(picture, side, progress);
+    options.limits = tidy(options.limits);
+    options.colour_bar = true;
+    options.label = field_label(picture).text();
     return field_figure(picture, options);
+}
+
+}  // namespace
+
+Figure thumbnail_of(const image& picture, int side, Progress& progress) {
+    return field_figure(picture, looks_of(picture, side, progress));
 }
 
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
@@ -36,16 +56,16 @@ PointReport make_point_report(const RunReport& report, const dataSetInterface& d
     for (std::size_t i = 0; i < stages.size(); ++i) {
         throw_if_aborted(progress);
         const auto picture = images.find(stages[i].name);
-        result.thumbnails.push_back(picture ? thumbnail_of(*picture, thumbnail_side, quiet)
-                                            : Figure());
+        result.stages.push_back(picture ? with_colour_bar(*picture, stage_side, quiet) : Figure());
         progress.fraction(static_cast<double>(i + 1) / static_cast<double>(stages.size()));
     }
     if (const auto field = images.find(image_names::field)) {
+        result.field = with_colour_bar(*field, field_side, quiet);
         result.histogram = histogram_figure(
             make_histogram(*field, robust_limits(*field, quiet), histogram_bins, quiet),
             field_label(*field).text(), histogram_width, histogram_height);
     }
-    result.model = make_model_report(report, images, mesh, progress);
+    result.model = make_model_report(report, experiment_type(data), images, mesh, progress);
     for (Warning& warning : result.check.warnings)
         warning.text = for_report(std::move(warning.text), data, images);
     result.check.unaligned = for_report(std::move(result.check.unaligned), data, images);

@@ -16,14 +16,15 @@ namespace vyn {
 /// The check of a point with its pictures.
 struct PointReport {
     PointCheck check;
-    std::vector<Figure> thumbnails;  ///< of the check's stages, in their order
-    Figure histogram;                ///< of the field; empty without one
+    Figure field;                ///< large, with its colour bar; empty without one
+    std::vector<Figure> stages;  ///< of the check's stages, in their order
+    Figure histogram;            ///< of the field; empty without one
     ModelReport model;
     std::vector<std::pair<std::string, std::string>> inputs;  ///< files and their SHA-256
     std::string program;                                      ///< with its version
 };
 
-/// A picture of an image, no side longer than `side` pixels.
+/// A small picture of an image, its field no longer than `side` pixels at any side.
 Figure thumbnail_of(const image& picture, int side, Progress& progress);
 
 /// Looks at the results in the image list and on the mesh and draws their pictures; `ports` as for

@@ -28,6 +28,10 @@ const char* name(WarningKind kind) {
     return "";
 }
 
+bool is_information(WarningKind kind) {
+    return kind == WarningKind::missing_correction || kind == WarningKind::settings;
+}
+
 std::vector<std::string> texts(const std::vector<Warning>& warnings) {
     std::vector<std::string> shown;
     for (const Warning& warning : warnings)

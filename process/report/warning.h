@@ -22,6 +22,9 @@ enum class WarningKind {
 /// Stable name, for files.
 const char* name(WarningKind kind);
 
+/// True for what a user should know of a result although it need not be wrong by it.
+bool is_information(WarningKind kind);
+
 /// For the user: what may make the result wrong.
 struct Warning {
     WarningKind kind;

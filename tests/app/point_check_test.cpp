@@ -57,6 +57,7 @@ TEST_F(PointCheckWindow, ShowsAndExportsThePage) {
         press_and_choose("btn_ports", folder / "ports.mrk");
         with_ports = text_of(dialog);
         press_and_choose("btn_export", folder / "check");
+        press_and_choose("btn_export", folder / "check.pdf");
         dialog.reject();
     });
     show_point_check(box, report, nullptr);
@@ -68,6 +69,7 @@ TEST_F(PointCheckWindow, ShowsAndExportsThePage) {
     EXPECT_THAT(page, testing::StartsWith("<!DOCTYPE html>"));
     EXPECT_THAT(page, testing::HasSubstr("Consistency of the channels"));
     EXPECT_THAT(page, testing::HasSubstr("Differences: root mean square"));
+    EXPECT_THAT(get_file(folder / "check.pdf"), testing::StartsWith("%PDF"));
 }
 
 }  // namespace

@@ -238,7 +238,7 @@ TEST_P(TwoChannels, SampleRunAndPage) {
     const std::string page = get_file(folder / "page.html");
     EXPECT_THAT(page, HasSubstr("Differences: root mean square"));
     EXPECT_THAT(page, HasSubstr("The pictures are aligned."));
-    EXPECT_THAT(page, HasSubstr("<th>port</th>"));
+    EXPECT_THAT(page, HasSubstr(">difference, Pa</th>"));
 
     const ProgramRun again = run_program({"run", project, "--html", folder / "page.html"});
     EXPECT_EQ(again.status, 1);

@@ -7,6 +7,7 @@
 #include "core/errors.h"
 #include "core/xml_document.h"
 #include "render/canvas.h"
+#include "render/document.h"
 #include "render/figure_file.h"
 #include "render/picture.h"
 #include "tests/support/picture_of.h"
@@ -192,6 +193,53 @@ TEST(FigureFiles, DrawingsAreWellFormedAndDescribed) {
     EXPECT_TRUE(pdf.ends_with("%%EOF\n"));
     EXPECT_THAT(pdf, HasSubstr("DejaVuSans"));
     EXPECT_THROW(write_figure({1, 1, {}}, folder / "f.jpg"), AlgoError);
+}
+
+int pages_of(const std::string& pdf) {
+    int pages = 0;
+    for (std::size_t at = 0; (at = pdf.find("/Type /Page ", at)) != std::string::npos; ++at)
+        ++pages;
+    return pages;
+}
+
+/// Whatever is longer or wider than a page is broken; nothing hangs, and the bytes are the same.
+TEST(Documents, FillPagesAndGoOnOnTheNext) {
+    const auto with = [](const auto& fill) {
+        Document document{"Title", "program", {}};
+        fill(document);
+        const std::string pdf = pdf_of(document);
+        EXPECT_EQ(pdf, pdf_of(document));
+        return pages_of(pdf);
+    };
+    using Kind = Document::Column::Kind;
+    const std::string long_word(1500, 'x');
+    EXPECT_EQ(with([](Document&) {}), 1);
+    EXPECT_EQ(with([](Document& d) {
+                  Document::Table table{{{"a"}, {"b", Kind::number}}};
+                  table.rows.assign(200, {"name", "1.5"});
+                  d.heading("Rows");
+                  d.table(std::move(table));
+              }),
+              3);  // 72 rows on each
+    EXPECT_GT(with([&](Document& d) {
+                  d.paragraph(std::string(9000, 'y'), Document::Tone::alarm);
+                  d.list({long_word, ""});
+              }),
+              1);
+    // A row with many lines, many columns, a cell higher than a page.
+    EXPECT_GE(with([&](Document& d) {
+                  d.table({{{"a"}, {"b"}, {"c"}}, {{"1", long_word, "2"}, {"", "", ""}}});
+                  d.table({std::vector<Document::Column>(40, {"head"}),
+                           {std::vector<std::string>(40, "123456")}});
+                  d.table({{{"a"}}, {{std::string(9000, 'z')}}});
+              }),
+              2);
+    const Figure large{9000, 100, [](Canvas& canvas) { canvas.fill(0, 0, 9000, 100, {}); }};
+    const Figure tall{100, 9000, [](Canvas& canvas) { canvas.fill(0, 0, 100, 9000, {}); }};
+    EXPECT_EQ(with([&](Document& d) {
+                  d.figures({{{large, "one"}, {tall, "two"}, {{}, "none"}, {tall, long_word}}, 2});
+              }),
+              2);
 }
 
 }  // namespace

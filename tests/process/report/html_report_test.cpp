@@ -1,5 +1,3 @@
-#include "process/report/html_report.h"
-
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
@@ -7,6 +5,8 @@
 #include "core/errors.h"
 #include "process/model/resect_json.h"
 #include "process/model/residual_picture.h"
+#include "process/report/html_document.h"
+#include "process/report/report_document.h"
 #include "render/canvas.h"
 #include "render/figure_file.h"
 #include "render/histogram_picture.h"
@@ -52,16 +52,18 @@ image ramp(const char* name, int width, int height) {
 
 TEST(HtmlReport, HoldsItsPicturesInTheirOrder) {
     PointReport report;
-    report.histogram = patch(9, {255, 0, 0});
-    std::vector<std::string> expected{base64(png_bytes(report.histogram))};
+    report.field = patch(9, {255, 0, 0});
+    report.histogram = patch(9, {0, 255, 0});
+    std::vector<std::string> expected{base64(png_bytes(report.field)),
+                                      base64(png_bytes(report.histogram))};
     for (const int size : {1, 2, 3, 40}) {
         StageCheck stage;
         stage.name = "stage";
         report.check.stages.push_back(stage);
-        report.thumbnails.push_back(patch(size, {0, 0, 255}));
-        expected.push_back(base64(png_bytes(report.thumbnails.back())));
+        report.stages.push_back(patch(size, {0, 0, 255}));
+        expected.push_back(base64(png_bytes(report.stages.back())));
     }
-    EXPECT_EQ(pictures_of(html_report(report)), expected);
+    EXPECT_EQ(pictures_of(html_of(report_document(report))), expected);
 }
 
 /// Names and remarks come from files that anybody may have written.
@@ -77,9 +79,9 @@ TEST(HtmlReport, TextsCannotBecomeMarkup) {
     StageCheck stage;
     stage.label = stage.name = hostile;
     report.check.stages = {stage};
-    report.thumbnails = {patch(1, {})};
+    report.stages = {patch(1, {})};
     report.inputs = {{hostile, hostile}};
-    const std::string html = html_report(report);
+    const std::string html = html_of(report_document(report));
     EXPECT_THAT(html, Not(HasSubstr("<script")));
     EXPECT_EQ(count_of(html, "&lt;script&gt;alert(&quot;1&quot;)&lt;/script&gt; &amp; more"), 13u);
     EXPECT_THAT(html, Not(HasSubstr("http")));
@@ -92,7 +94,41 @@ TEST(HtmlReport, TextsCannotBecomeMarkup) {
             << tag;
 }
 
-TEST(PointReportTest, HasAThumbnailOfEveryStage) {
+/// What must not be overlooked comes first and apart from what is only to be known; numbers have
+/// their units, and nobody reads names of the program's insides.
+TEST(ReportDocument, IsForItsReader) {
+    PointReport report;
+    PointCheck& check = report.check;
+    check.facts = {{"Mach number", "0.72"}};
+    check.quantity = "pressure in Pa";
+    check.unit = "Pa";
+    check.warnings = {{WarningKind::missing_correction, "no flat field"},
+                      {WarningKind::saturation, "7 pixels are saturated"}};
+    check.ports.ports = {{.number = 3, .tap = 90000, .field = 90012.3456, .sigma = 0}};
+    check.ports.rms = 12.3456;
+    check.conversion.emplace();
+    check.conversion->conversion.law = {-0.5, 2.25, -1e-3};
+    check.conversion->conversion.wind_off_ratio = 0.75;
+    check.stages.emplace_back();
+    check.stages[0].name = "wind_off_sens";
+    check.stages[0].label = "Wind-Off";
+    report.field = report.histogram = patch(3, {});
+    report.stages = {patch(3, {})};
+    const std::string html = html_of(report_document(report));
+    std::size_t at = 0;
+    for (const char* text :
+         {">Warnings<", "#b00020\">7 pixels", ">Remarks<", "<li>no flat field", "Mach number",
+          "0.72", "Field: pressure in Pa", "<img", "12.3 Pa, largest", "measured, Pa",
+          "difference, Pa", ">12.3<", "P = −0.5 + 2.25 R − 0.001 R²", "R = 0.75 times"}) {
+        const std::size_t found = html.find(text, at);
+        EXPECT_NE(found, std::string::npos) << text;
+        if (found != std::string::npos) at = found;
+    }
+    EXPECT_THAT(html, Not(HasSubstr("wind_off_sens")));
+    EXPECT_THAT(html, Not(HasSubstr("not to be trusted")));
+}
+
+TEST(PointReportTest, HasAPictureOfTheFieldAndOfEveryStage) {
     imagesList images;
     image camera_file = ramp("wind_off_sens", 600, 300);
     camera_file.file_name = "a&b.tif";
@@ -102,12 +138,15 @@ TEST(PointReportTest, HasAThumbnailOfEveryStage) {
     simpleNamedDataSet data;
     Progress progress;
     const PointReport report = make_point_report({}, data, images, {}, {}, progress);
-    ASSERT_EQ(report.thumbnails.size(), 2u);
+    ASSERT_EQ(report.stages.size(), 2u);
     EXPECT_TRUE(report.histogram.draw);
-    EXPECT_EQ(report.thumbnails[0].width, 150);  // a power of 1/2 that fits
-    EXPECT_EQ(report.thumbnails[1].width, 50);
-    const std::string html = html_report(report);
-    EXPECT_EQ(pictures_of(html).size(), 3u);
+    EXPECT_TRUE(report.field.draw);
+    for (const auto& [i, width] : {std::pair{0u, 150}, {1u, 50}}) {  // and the colour bar
+        EXPECT_GT(report.stages[i].width, width + 30);
+        EXPECT_LT(report.stages[i].width, width + 150);
+    }
+    const std::string html = html_of(report_document(report));
+    EXPECT_EQ(pictures_of(html).size(), 4u);
     EXPECT_THAT(html, HasSubstr("<td>a&amp;b.tif</td><td>0123abcd</td>"));
 }
 
@@ -146,7 +185,7 @@ TEST(PointReportTest, ShowsTheModelWhereThereIsOne) {
     Progress progress;
     field_data<double> mesh = cube(2, 100);
     const auto page = [&] {
-        return html_report(make_point_report(run, data, images, mesh, {}, progress));
+        return html_of(report_document(make_point_report(run, data, images, mesh, {}, progress)));
     };
     const std::string without = page();
     EXPECT_THAT(without, Not(HasSubstr("On the model")));
@@ -158,7 +197,8 @@ TEST(PointReportTest, ShowsTheModelWhereThereIsOne) {
     EXPECT_THAT(html, HasSubstr("drawn 100 times as long"));
     // The largest first, whether used or not.
     const auto row = [&](int id) {
-        return html.find("<tr><td>" + std::to_string(id) + "</td><td>");
+        return html.find("<tr><td class=\"number\" align=\"right\">" + std::to_string(id) +
+                         "</td>");
     };
     EXPECT_LT(row(17), row(5));
     EXPECT_LT(row(5), row(3));

@@ -98,7 +98,22 @@ TEST_F(PointCheckTest, GathersWhatTheRunLeft) {
         {.width = 200, .height = 150, .order = 1, .channels = SyntheticOptions::Channels::binary});
     report->warnings.push_back({WarningKind::alignment, "a warning"});
     write(vyn_db(), keys::model_id, std::string("M7"));
+    flowFeatures flow;
+    read(vyn_db(), std::string(keys::flow), flow);
+    flow.mach = 0.72;
+    write(vyn_db(), std::string(keys::flow), flow);
+    image taken = *get_images().find(image_names::wind_on_sens);
+    taken.taken = parse_clock_time("2024-05-31 14:03:20.5");
+    get_images().add(std::move(taken));
     const PointCheck result = check({});
+    using Fact = std::pair<std::string, std::string>;
+    EXPECT_THAT(
+        result.facts,
+        ElementsAre(Fact("Test", "synthetic"), Fact("Model", "M7"),
+                    Fact("Wind-on picture taken", "2024-05-31 14:03:20"),
+                    Fact("Type of experiment", "binary channel"), Fact("Mach number", "0.72"),
+                    Fact("Angle of attack α", "0°"), Fact("Angle of sideslip β", "0°")));
+    EXPECT_EQ(result.unit, "Pa");
     EXPECT_EQ(result.title, "project.xml, test synthetic, model M7");
     EXPECT_EQ(result.experiment, "binary channel");
     ASSERT_EQ(result.alignments.size(), 3u);
