@@ -2,6 +2,7 @@
 
 #include "render/difference.h"
 #include "view/ui/canvas/field_view.h"
+#include "view/ui/compare/picture_labels.h"
 
 namespace vyn {
 
@@ -101,8 +102,8 @@ void Comparison::show_turn() {
 
 QString Comparison::caption() const {
     if (kind_ == Kind::none || !view_.picture()) return {};
-    const QString own = QString::fromStdString(view_.picture()->name);
-    const QString other = QString::fromStdString(name_);
+    const QString own = picture_label(view_.picture()->name);
+    const QString other = picture_label(name_);
     if (kind_ == Kind::difference) return tr("%1 - %2").arg(own, other);
     return others_turn_ ? other : own;
 }

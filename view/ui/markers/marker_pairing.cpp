@@ -16,6 +16,7 @@
 #include "view/edit/marker_numbers.h"
 #include "view/ui/canvas/field_view.h"
 #include "view/ui/canvas/picture_window.h"
+#include "view/ui/compare/picture_labels.h"
 #include "view/ui/markers/marker_controller.h"
 
 namespace vyn {
@@ -55,9 +56,13 @@ MarkerPairingDialog::MarkerPairingDialog(PictureWindow& viewer, MarkerController
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("MarkerPairing"));
     setWindowTitle(tr("Pair Markers"));
+    std::vector<std::string> names;
     for (const auto& other : get_images().all())
         if (other->name != viewer.image_name() && !other->markers.markers.empty())
-            partner_->addItem(QString::fromStdString(other->name));
+            names.push_back(other->name);
+    const QStringList labels = picture_labels(get_images(), names);
+    for (int i = 0; i < labels.size(); ++i)
+        partner_->addItem(labels[i], QString::fromStdString(names[static_cast<std::size_t>(i)]));
     partner_->setObjectName(QStringLiteral("partner"));
     method_->addItems({tr("By their places"), tr("By number or order"), tr("Nearest neighbours")});
     method_->setObjectName(QStringLiteral("method"));
@@ -106,7 +111,7 @@ void MarkerPairingDialog::forget_pairs() {
 }
 
 void MarkerPairingDialog::pair() {
-    const std::string name = partner_->currentText().toStdString();
+    const std::string name = partner_->currentData().toString().toStdString();
     const auto partner = get_images().find(name);
     if (!partner) return;
     MarkerMatchOptions options;
