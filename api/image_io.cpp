@@ -81,6 +81,12 @@ const Format* format_of_content(const FormatRegistry<Format>& registry, const fs
     return best;
 }
 
+const ImageFormat* format_without_header(const ImageFormats& registry) {
+    for (const auto& format : registry.formats())
+        if (format->info().headerless) return format.get();
+    return nullptr;
+}
+
 template <class Format>
 std::string extensions_where(const FormatRegistry<Format>& registry, bool FormatInfo::*able) {
     std::string list;
@@ -201,14 +207,20 @@ MeshFormats& get_3dio() {
     return formats;
 }
 
-image read_image(const fs::path& file, Progress& progress) {
+image read_image(const fs::path& file, const ImageReadOptions& options, Progress& progress) {
     const auto head = read_head(file, image_head);
-    const ImageFormat* format = format_of_content(get_2dio(), file, head);
+    const ImageFormat* format = options.raw_layout.empty()
+                                    ? format_of_content(get_2dio(), file, head)
+                                    : format_without_header(get_2dio());
     if (!format) fail(unreadable, file, "not an image that any plug-in reads");
-    image picture = reading(file, [&] { return format->read(file, progress); });
+    image picture = reading(file, [&] { return format->read(file, options, progress); });
     if (picture.name.empty()) picture.name = file.stem().string();
     picture.file_name = file.string();
     return picture;
+}
+
+image read_image(const fs::path& file, Progress& progress) {
+    return read_image(file, ImageReadOptions(), progress);
 }
 
 image read_image(const fs::path& file) {

@@ -21,6 +21,21 @@ struct FormatInfo {
     std::vector<std::string> extensions;  ///< lower case, without dot; the first is the usual one
     bool can_read = false;
     bool can_write = false;
+    bool headerless = false;  ///< reads what `ImageReadOptions::raw_layout` describes
+};
+
+/// What a file may leave open.
+struct ImageReadOptions {
+    /// FITS files that do not say it: where the first row belongs in the picture.
+    enum class FirstRow { top, bottom };
+    FirstRow fits_first_row = FirstRow::top;
+    /// Pages that are channels or heights (z) of one view: no burst, unless asked for.
+    enum class Stacks { refused, averaged };
+    Stacks stacks = Stacks::refused;
+    /// The path of the picture in a file that holds several (HDF5); empty: the one to be shown.
+    std::string data_set = {};
+    /// Describes the pixels of a file without a header, and has it read as one; empty: by content.
+    std::string raw_layout = {};
 };
 
 struct ImageWriteOptions {
@@ -55,7 +70,8 @@ class ImageFormat {
     /// For formats that share their first bytes with another: a closer look at a recognised file.
     /// Must not throw or log.
     virtual Claim claim(const std::filesystem::path& /*file*/) const { return Claim::likely; }
-    virtual image read(const std::filesystem::path& file, Progress& progress) const = 0;
+    virtual image read(const std::filesystem::path& file, const ImageReadOptions& options,
+                       Progress& progress) const = 0;
     /// Writes to exactly this path; the caller makes the replacement atomic.
     virtual void write(const image& picture, const std::filesystem::path& file,
                        const ImageWriteOptions& options, Progress& progress) const = 0;
@@ -116,7 +132,7 @@ int register_plugins(const char* pattern);
 std::vector<std::filesystem::path> plugin_folders();
 
 /// What a plug-in exports under the name `vyn_plugin_2dio` or `vyn_plugin_3dio`.
-inline constexpr int plugin_interface_version = 4;
+inline constexpr int plugin_interface_version = 5;
 template <class Format>
 struct PluginEntry {
     int interface_version;
@@ -129,10 +145,12 @@ Interface* create_format() {
     return new Format;
 }
 
-/// Reads an image file by its content, whatever its name; only among formats that are equally sure
-/// of it the extension decides. Sets file_name, and name (the file's stem) where the format carries
-/// none. Raises FileError naming the file: missing, empty, not an image, cut off, colour, too
-/// large.
+/// Reads an image file by its content (by its described layout when there is one), whatever its
+/// name; only among formats that are equally sure of it the extension decides. Sets file_name, and
+/// name (the file's stem) where the format carries none. Raises FileError naming the file: missing,
+/// empty, not an image, cut off, colour, too large.
+image read_image(const std::filesystem::path& file, const ImageReadOptions& options,
+                 Progress& progress);
 image read_image(const std::filesystem::path& file, Progress& progress);
 image read_image(const std::filesystem::path& file);
 

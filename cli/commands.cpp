@@ -2,8 +2,8 @@
 
 namespace vyn::cli {
 
-const std::array<Command, 20>& commands() {
-    static constexpr std::array<Command, 20> table{{
+const std::array<Command, 21>& commands() {
+    static constexpr std::array<Command, 21> table{{
         {"new", "write a project file", prepare_new},
         {"run", "load a project's images, calculate everything and save what is asked for",
          prepare_run},
@@ -13,6 +13,7 @@ const std::array<Command, 20>& commands() {
         {"calibrate", "fit the paint's law to pressure ports on the model", prepare_calibrate},
         {"fit-paint", "fit the paint's law to the table of a calibration cell", prepare_fit_paint},
         {"convert", "convert an image into another format", prepare_convert},
+        {"average", "make one picture of several of one view", prepare_average},
         {"align", "align a wind-on image to a wind-off image by markers, paint texture or both",
          prepare_align},
         {"filter", "smooth an image, fill its excluded pixels", prepare_filter},

@@ -42,13 +42,14 @@ struct Command {
 };
 
 /// All sub-commands, in the order of the help text.
-const std::array<Command, 20>& commands();
+const std::array<Command, 21>& commands();
 
 Work prepare_new(CLI::App& app, const GlobalOptions& global);
 Work prepare_run(CLI::App& app, const GlobalOptions& global);
 Work prepare_get(CLI::App& app, const GlobalOptions& global);
 Work prepare_calibrate(CLI::App& app, const GlobalOptions& global);
 Work prepare_fit_paint(CLI::App& app, const GlobalOptions& global);
+Work prepare_average(CLI::App& app, const GlobalOptions& global);
 Work prepare_convert(CLI::App& app, const GlobalOptions& global);
 Work prepare_align(CLI::App& app, const GlobalOptions& global);
 Work prepare_filter(CLI::App& app, const GlobalOptions& global);

@@ -6,6 +6,7 @@
 #include "api/image_io.h"
 #include "cli/commands.h"
 #include "cli/interrupt.h"
+#include "cli/read_arguments.h"
 #include "cli/settings.h"
 #include "core/version.h"
 #include "process/report/json_text.h"
@@ -18,6 +19,7 @@ namespace {
 struct ConvertOptions {
     std::string source;
     std::string target;
+    ImageReadOptions reading;
     bool scale = false;
     bool force = false;
 };
@@ -25,7 +27,7 @@ struct ConvertOptions {
 ExitStatus convert(const ConvertOptions& options) {
     check_target(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
     InterruptProgress progress;
-    const image picture = read_image(options.source, progress);
+    const image picture = read_image(options.source, options.reading, progress);
     const nlohmann::json provenance = {{"program", std::string("VynLite ") + program_version},
                                        {"converted_from", source_file(options.source)}};
     ImageWriteOptions write_options;
@@ -42,6 +44,7 @@ Work prepare_convert(CLI::App& app, const GlobalOptions&) {
     app.add_option("IN", options->source, "image, in any readable format")->required();
     app.add_option("OUT", options->target, "file to write; the extension picks the format")
         ->required();
+    add_read_arguments(app, options->reading);
     app.add_flag("--scale", options->scale,
                  "integer formats: stretch the values to the full range instead of clipping them");
     app.add_flag("--force", options->force, "replace an existing file");

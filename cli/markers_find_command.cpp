@@ -9,6 +9,7 @@
 #include "cli/console.h"
 #include "cli/detection_options.h"
 #include "cli/markers_command.h"
+#include "cli/read_arguments.h"
 #include "cli/settings.h"
 #include "core/errors.h"
 #include "core/keys.h"
@@ -24,6 +25,7 @@ struct FindOptions {
     std::string image;
     std::string target;
     DetectionArguments detection;
+    ImageReadOptions reading;
     bool list = false;
     bool force = false;
 };
@@ -59,8 +61,8 @@ std::string doubts(const DotCandidates& candidates, std::size_t taken) {
 ExitStatus find(const FindOptions& options) {
     const DetectionOptions detection = detection_options(options.detection);
     check_output(options.target, options.force ? Overwriting::allowed : Overwriting::refused);
-    const image picture = read_image(options.image);
     Progress progress;
+    const image picture = read_image(options.image, options.reading, progress);
     const DotCandidates candidates = find_candidates(picture, detection, progress);
     const std::size_t taken = taken_count(candidates, detection);
     const MarkerSet set = number_dots(std::span(candidates.dots).first(taken));
@@ -123,6 +125,7 @@ void add_markers_find(CLI::App& markers, Work& work) {
     app->add_option("IMAGE", options->image, "image file")->required();
     app->add_option("OUT", options->target, "file to write: mrk or mpt")->required();
     add_detection_options(*app, options->detection);
+    add_read_arguments(*app, options->reading);
     app->add_flag("--list", options->list,
                   "print every candidate with diameter, contrast and quality as a table");
     app->add_flag("--force", options->force, "replace an existing file");

@@ -53,6 +53,12 @@ pkg_check_modules(CAIRO QUIET IMPORTED_TARGET cairo cairo-pdf cairo-svg)
 vyn_require(CAIRO_FOUND libcairo2-dev)
 pkg_check_modules(PANGOCAIRO QUIET IMPORTED_TARGET pangocairo)
 vyn_require(PANGOCAIRO_FOUND libpango1.0-dev)
+# Only one plug-in needs it; the program does without.
+option(VYN_HDF5 "Build the plug-in that reads pictures from HDF5 and NeXus files" ON)
+if(VYN_HDF5)
+    pkg_check_modules(HDF5 QUIET IMPORTED_TARGET hdf5)
+    vyn_require(HDF5_FOUND "libhdf5-dev' or configure with '-DVYN_HDF5=OFF")
+endif()
 pkg_check_modules(LIBZIP QUIET IMPORTED_TARGET libzip)
 vyn_require(LIBZIP_FOUND libzip-dev)
 

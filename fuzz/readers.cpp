@@ -30,7 +30,7 @@ void promise(bool held) {
 
 void read_image_of(const ImageFormat& format, const fs::path& file) {
     Progress progress;
-    const image picture = format.read(file, progress);
+    const image picture = format.read(file, {}, progress);
     picture.check_planes();
     promise(picture.width() > 0 && picture.height() > 0);
 }
@@ -118,7 +118,9 @@ std::vector<std::string> format_words(const std::string& id) {
     static const std::map<std::string, std::vector<std::string>> words = {
         {"fits",
          {"BITPIX  =", "NAXIS   =", "NAXIS1  =", "BZERO   =", "BSCALE  =", "BLANK   =",
-          "XTENSION= 'IMAGE   '", "-64", "32768"}},
+          "ROWORDER= 'BOTTOM-UP'", "ZCMPTYPE= 'RICE_1  '", "XTENSION= 'IMAGE   '", "-64", "32768"}},
+        {"npy", {"'descr': '<u2'", "'fortran_order': True", "'shape': (3, 4)", "'>f8'"}},
+        {"pgm", {"P2 ", "P5 ", "65535", "# "}},
         {"imp",
          {"\"pages\"", "\"values\"", "\"region\"", "\"saturated\"", "\"displacement\"",
           "\"markers\"", "\"degree\"", "null", "1e308"}},

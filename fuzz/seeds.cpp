@@ -14,6 +14,7 @@
 #include "fuzz/readers.h"
 #include "markers/marker_files.h"
 #include "process/project/ims.h"
+#include "tests/plugins/camera_files.h"
 #include "tests/plugins/mesh_samples.h"
 
 namespace vyn::fuzz {
@@ -88,9 +89,20 @@ void write_tiffs(const fs::path& folder) {
         }
 }
 
+void write_text(const fs::path& file, const std::string& text) {
+    std::ofstream(file, std::ios::binary) << text;
+}
+
+/// Formats that the program reads and does not write.
+void write_read_only(const std::string& id, const fs::path& folder) {
+    for (const auto& [format, name, bytes] : test::small_camera_files())
+        if (format == id) write_text(folder / name, bytes);
+}
+
 void write_images(const ImageFormat& format, const fs::path& folder) {
     Progress progress;
     using Depth = ImageWriteOptions::Depth;
+    if (!format.info().can_write) return write_read_only(format.info().id, folder);
     for (const Depth depth : {Depth::eight_bit, Depth::sixteen_bit})
         format.write(some_image(), folder / ("written_" + std::to_string(static_cast<int>(depth))),
                      {.depth = depth}, progress);
@@ -100,10 +112,6 @@ void write_images(const ImageFormat& format, const fs::path& folder) {
         moved.displacement = Displacement{moved.values(), moved.values(), 2};
         format.write(moved, folder / "displacement", {}, progress);
     }
-}
-
-void write_text(const fs::path& file, const std::string& text) {
-    std::ofstream(file, std::ios::binary) << text;
 }
 
 /// Every variant of a format that its extension chooses.

@@ -39,7 +39,8 @@ class TextPicture final : public vyn::ImageFormat {
         return head.size() >= length && std::memcmp(head.data(), magic, length) == 0;
     }
 
-    vyn::image read(const std::filesystem::path& file, vyn::Progress& progress) const override {
+    vyn::image read(const std::filesystem::path& file, const vyn::ImageReadOptions&,
+                    vyn::Progress& progress) const override {
         std::ifstream text(file);
         if (next_word(text, file) != magic) refuse(file, "not a text picture");
         const int width = next_side(text, file);

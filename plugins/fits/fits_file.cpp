@@ -1,6 +1,13 @@
 #include "plugins/fits/fits_file.h"
 
+#include <algorithm>
+#include <memory>
 #include <system_error>
+
+#include <zlib.h>
+
+#include "core/free_memory.h"
+#include "plugins/support/refusal.h"
 
 namespace vyn::plugins {
 
@@ -11,13 +18,64 @@ std::mutex& library_mutex() {
     return mutex;
 }
 
+struct CloseGzip {
+    void operator()(gzFile file) const { gzclose_r(file); }
+};
+using GzipFile = std::unique_ptr<gzFile_s, CloseGzip>;
+
+/// Open when it is packed: the library hands out other files as they are.
+GzipFile open_gzip(const std::filesystem::path& file) {
+    GzipFile packed(gzopen(file.c_str(), "rb"));
+    if (packed && gzdirect(packed.get())) packed.reset();
+    return packed;
+}
+
+std::vector<char> unpack(const std::filesystem::path& file, gzFile packed) {
+    constexpr std::size_t step = std::size_t{1} << 22;
+    const std::uint64_t most =
+        std::min(std::filesystem::file_size(file) * max_compression_ratio, free_memory() / 4);
+    std::vector<char> bytes;
+    for (;;) {
+        const std::size_t filled = bytes.size();
+        if (filled > most) refuse(file, "it unpacks to more than there is memory for");
+        bytes.resize(filled + step);
+        const int got = gzread(packed, bytes.data() + filled, step);
+        if (got < 0) refuse(file, "damaged or cut off: it cannot be unpacked");
+        bytes.resize(filled + static_cast<std::size_t>(got));
+        if (static_cast<std::size_t>(got) < step) break;
+    }
+    // A file that ends too early shows only now.
+    int problem = Z_OK;
+    gzerror(packed, &problem);
+    if (problem != Z_OK) refuse(file, "damaged or cut off: it cannot be unpacked");
+    return bytes;
+}
+
 }  // namespace
+
+std::string gzip_beginning(const std::filesystem::path& file, std::size_t bytes) {
+    const GzipFile packed = open_gzip(file);
+    if (!packed) return {};
+    std::string text(bytes, '\0');
+    const int got = gzread(packed.get(), text.data(), static_cast<unsigned>(bytes));
+    text.resize(static_cast<std::size_t>(std::max(got, 0)));
+    return text;
+}
 
 FitsFile::FitsFile(const std::filesystem::path& file, Mode mode) : lock_(library_mutex()) {
     // The library expands a leading tilde; an absolute path has none.
     const std::string name = std::filesystem::absolute(file).string();
     fits_clear_errmsg();
     if (mode == Mode::read) {
+        if (const GzipFile packed = open_gzip(file)) {
+            unpacked_ = unpack(file, packed.get());
+            size_ = memory_size_ = unpacked_.size();
+            memory_ = unpacked_.data();
+            fits_open_memfile(&handle_, "unpacked", READONLY, &memory_, &memory_size_, 0, nullptr,
+                              &status_);
+            return;
+        }
+        size_ = std::filesystem::file_size(file);
         fits_open_diskfile(&handle_, name.c_str(), READONLY, &status_);
         return;
     }

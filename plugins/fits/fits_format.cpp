@@ -1,13 +1,17 @@
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "api/image_io.h"
+#include "core/log.h"
 #include "plugins/fits/fits_file.h"
 #include "plugins/support/attributes.h"
 #include "plugins/support/burst.h"
@@ -21,20 +25,32 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int rows_per_poll = 64;
+constexpr std::string_view start = "SIMPLE  =";
 constexpr const char* unit_keyword = "BUNIT";
+constexpr const char* row_keyword = "ROWORDER";
+constexpr const char* top_down = "TOP-DOWN";
+constexpr const char* bottom_up = "BOTTOM-UP";
 constexpr const char* quantity_keyword = "QUANTITY";
 
-/// FITS images; a third axis counts the frames of a burst. The file's first row is the picture's
-/// first row.
+/// FITS images, packed by gzip or not; a third axis counts the frames of a burst. Where the first
+/// row belongs in the picture says ROWORDER, or else whoever reads.
 class FitsFormat final : public ImageFormat {
   public:
     const FormatInfo& info() const override { return info_; }
     bool recognises(std::span<const std::byte> head) const override {
-        constexpr std::string_view start = "SIMPLE  =";
-        return head.size() >= start.size() &&
-               std::memcmp(head.data(), start.data(), start.size()) == 0;
+        constexpr std::string_view gzip = "\x1f\x8b";
+        const auto begins = [&](std::string_view with) {
+            return head.size() >= with.size() &&
+                   std::memcmp(head.data(), with.data(), with.size()) == 0;
+        };
+        return begins(start) || begins(gzip);
     }
-    image read(const fs::path& file, Progress& progress) const override;
+    Claim claim(const fs::path& file) const override {
+        const std::string packed = gzip_beginning(file, start.size());
+        return packed.empty() || packed == start ? Claim::likely : Claim::none;
+    }
+    image read(const fs::path& file, const ImageReadOptions& options,
+               Progress& progress) const override;
     void write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
                Progress& progress) const override;
 
@@ -48,6 +64,7 @@ struct FitsPicture {
     int width = 0;
     int height = 0;
     LONGLONG frames = 1;
+    bool compressed = false;
 };
 
 [[noreturn]] void refuse_library(const fs::path& path, const FitsFile& file) {
@@ -69,12 +86,35 @@ int find_picture(const fs::path& path, FitsFile& file) {
     }
 }
 
+/// Tile compression: methods whose decoders bound what they write, and tiles inside the picture.
+void check_tiles(const fs::path& path, FitsFile& file, const FitsPicture& picture) {
+    char method[FLEN_VALUE] = "";
+    std::array<long, 3> tile{1, 1, 1};
+    int ignored = 0;
+    fits_read_key(file.handle(), TSTRING, "ZCMPTYPE", method, nullptr, file.status());
+    if (!file.good()) refuse_library(path, file);
+    constexpr std::array<std::string_view, 4> known{"RICE_1", "RICE_ONE", "GZIP_1", "GZIP_2"};
+    if (std::ranges::find(known, std::string_view(method)) == known.end())
+        refuse(path, "pictures compressed by " + std::string(method) + " are not supported");
+    const std::array<LONGLONG, 3> sides{picture.width, picture.height, picture.frames};
+    for (std::size_t i = 0; i < tile.size(); ++i) {
+        const std::string name = "ZTILE" + std::to_string(i + 1);
+        ignored = 0;
+        fits_read_key(file.handle(), TLONG, name.c_str(), &tile[i], nullptr, &ignored);
+        if (ignored == 0 && (tile[i] < 1 || tile[i] > sides[i]))
+            refuse(path, "its tiles are larger than the picture");
+    }
+    const LONGLONG pixels = LONGLONG{picture.width} * picture.height * picture.frames;
+    if (static_cast<std::uint64_t>(pixels) * 4 > file.size() * max_compression_ratio)
+        refuse(path, "the file is too small for the picture's size");
+}
+
 /// All pixels that the header promises lie inside the file.
 void check_backing(const fs::path& path, FitsFile& file, const FitsPicture& picture) {
     LONGLONG data = 0;
     fits_get_hduaddrll(file.handle(), nullptr, &data, nullptr, file.status());
     if (!file.good()) refuse_library(path, file);
-    const auto size = static_cast<LONGLONG>(fs::file_size(path));
+    const auto size = static_cast<LONGLONG>(file.size());
     const LONGLONG frame = LONGLONG{picture.width} * picture.height * (std::abs(picture.type) / 8);
     if (data > size || picture.frames > (size - data) / frame)
         refuse(path, "the file is cut off: pixels lie beyond its end");
@@ -82,8 +122,6 @@ void check_backing(const fs::path& path, FitsFile& file, const FitsPicture& pict
 
 FitsPicture examine(const fs::path& path, FitsFile& file) {
     const int axes = find_picture(path, file);
-    if (fits_is_compressed_image(file.handle(), file.status()))
-        refuse(path, "tile-compressed pictures are not supported");
     if (axes != 2 && axes != 3)
         refuse(path, "a picture of " + std::to_string(axes) + " axes; two or three are supported");
     std::array<LONGLONG, 3> sides{0, 0, 1};
@@ -98,7 +136,11 @@ FitsPicture examine(const fs::path& path, FitsFile& file) {
     picture.width = static_cast<int>(sides[0]);
     picture.height = static_cast<int>(sides[1]);
     picture.frames = sides[2];
-    check_backing(path, file, picture);
+    picture.compressed = fits_is_compressed_image(file.handle(), file.status()) != 0;
+    if (picture.compressed)
+        check_tiles(path, file, picture);
+    else
+        check_backing(path, file, picture);
     return picture;
 }
 
@@ -149,6 +191,38 @@ std::string description(FitsFile& file) {
     return text;
 }
 
+/// Whether the file's first row is the picture's upper one, and a log line where the file does not
+/// say it.
+bool is_top_down(const fs::path& path, FitsFile& file, const ImageReadOptions& options) {
+    const std::string order = text_keyword(file, row_keyword);
+    if (order == top_down) return true;
+    if (order == bottom_up) return false;
+    // Older files of this program.
+    if (text_keyword(file, "CREATOR").starts_with("VynLite ")) return true;
+    const bool top = options.fits_first_row == ImageReadOptions::FirstRow::top;
+    get_log().write(LogLevel::information,
+                    path.string() + ": does not say where its first row belongs; taken for the " +
+                        (top ? "upper" : "lower") + " one");
+    return top;
+}
+
+/// The day, by SOURCE_DATE_EPOCH where it is set, so that what is made anew is made alike.
+std::string day_of_writing() {
+    std::time_t seconds = std::time(nullptr);
+    if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH")) {
+        const std::string_view text(epoch);
+        std::int64_t stated = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), stated);
+        if (error == std::errc() && end == text.data() + text.size() && stated >= 0)
+            seconds = stated;
+    }
+    std::tm day{};
+    gmtime_r(&seconds, &day);
+    std::array<char, 16> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%d", &day);
+    return text.data();
+}
+
 void write_text_keyword(FitsFile& file, const char* name, std::string value) {
     // Headers are plain ASCII.
     if (value.empty() || std::ranges::any_of(value, [](char c) { return c < ' ' || c > '~'; }))
@@ -156,7 +230,8 @@ void write_text_keyword(FitsFile& file, const char* name, std::string value) {
     fits_update_key(file.handle(), TSTRING, name, value.data(), nullptr, file.status());
 }
 
-image FitsFormat::read(const fs::path& path, Progress& progress) const {
+image FitsFormat::read(const fs::path& path, const ImageReadOptions& options,
+                       Progress& progress) const {
     FitsFile file(path, FitsFile::Mode::read);
     if (!file.good()) refuse_library(path, file);
     const FitsPicture picture = examine(path, file);
@@ -166,7 +241,8 @@ image FitsFormat::read(const fs::path& path, Progress& progress) const {
     // Blank integers become NaN. Floating-point pixels are taken as they are: the library would
     // turn denormal numbers into 0 while it looks for NaN.
     double blank = std::numeric_limits<double>::quiet_NaN();
-    void* const null_value = picture.type > 0 ? &blank : nullptr;
+    void* const null_value = picture.type > 0 || picture.compressed ? &blank : nullptr;
+    const bool top = is_top_down(path, file, options);
     int any_blank = 0;
     const auto rows = static_cast<double>(picture.height) * static_cast<double>(picture.frames);
     double done = 0;
@@ -180,7 +256,7 @@ image FitsFormat::read(const fs::path& path, Progress& progress) const {
             fits_read_pixll(file.handle(), TDOUBLE, first.data(), picture.width, null_value,
                             row.data(), &any_blank, file.status());
             if (!file.good()) refuse_library(path, file);
-            burst.add_row(y, row.data());
+            burst.add_row(top ? y : picture.height - 1 - y, row.data());
             ++done;
         }
     progress.fraction(1);
@@ -200,6 +276,9 @@ void write_header(FitsFile& file, const image& picture, const ImageWriteOptions&
     std::array<long, 2> sides{picture.width(), picture.height()};
     fits_create_img(file.handle(), FLOAT_IMG, 2, sides.data(), file.status());
     write_text_keyword(file, "CREATOR", software_name());
+    write_text_keyword(file, "DATE", day_of_writing());
+    write_text_keyword(file, row_keyword, top_down);
+    write_text_keyword(file, "OBJECT", picture.name);
     if (picture.quantity.known())
         write_text_keyword(file, quantity_keyword, stored_name(picture.quantity));
     write_text_keyword(file, unit_keyword, picture.unit);

@@ -28,7 +28,7 @@ class ImpFormat final : public ImageFormat {
     Claim claim(const fs::path& file) const override {
         return is_imp_description(examine_tiff(file).description) ? Claim::certain : Claim::none;
     }
-    image read(const fs::path& file, Progress& progress) const override;
+    image read(const fs::path& file, const ImageReadOptions&, Progress& progress) const override;
     void write(const image& picture, const fs::path& file, const ImageWriteOptions& options,
                Progress& progress) const override;
 
@@ -47,7 +47,7 @@ constexpr TiffSamples samples_for<std::uint8_t>{TiffSamples::Kind::unsigned_inte
 template <class T>
 Bitmap<T> read_plane(const TiffFile& file, Progress& progress) {
     const TiffPage page = examine_page(file);
-    if (page.samples != samples_for<T> || page.min_is_white)
+    if (page.samples != samples_for<T> || page.min_is_white || page.alpha)
         refuse(file.path(), "a page has the wrong pixel type");
     Bitmap<T> plane(page.width, page.height);
     const auto row_bytes = static_cast<std::size_t>(page.width) * sizeof(T);
@@ -114,7 +114,7 @@ ImpDescription read_description(const TiffFile& file) {
     }
 }
 
-image ImpFormat::read(const fs::path& path, Progress& progress) const {
+image ImpFormat::read(const fs::path& path, const ImageReadOptions&, Progress& progress) const {
     TiffFile file = TiffFile::open(path);
     ImpDescription content = read_description(file);
     image picture;

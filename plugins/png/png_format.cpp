@@ -15,7 +15,8 @@ class PngFormat final : public ImageFormat {
         return head.size() >= 8 &&
                png_sig_cmp(reinterpret_cast<png_const_bytep>(head.data()), 0, 8) == 0;
     }
-    image read(const std::filesystem::path& file, Progress& progress) const override {
+    image read(const std::filesystem::path& file, const ImageReadOptions&,
+               Progress& progress) const override {
         return read_png(file, progress);
     }
     void write(const image& picture, const std::filesystem::path& file,

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <optional>
 #include <vector>
 
+#include "core/numbers.h"
 #include "plugins/support/attributes.h"
 #include "plugins/support/refusal.h"
 
@@ -51,10 +53,23 @@ TiffSamples samples_of(const TiffFile& file) {
     return samples;
 }
 
+/// Whether a second sample is the opacity; refuses more than that.
+bool has_alpha(const TiffFile& file) {
+    const int count = tag<std::uint16_t>(file, TIFFTAG_SAMPLESPERPIXEL, 1);
+    if (count == 1) return false;
+    std::uint16_t extra = 0;
+    const std::uint16_t* kinds = nullptr;
+    const bool alpha =
+        count == 2 && TIFFGetField(file.handle(), TIFFTAG_EXTRASAMPLES, &extra, &kinds) &&
+        extra == 1 && (kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA);
+    if (!alpha) refuse_page(file, "a colour picture; only one grey value per pixel is supported");
+    if (tag<std::uint16_t>(file, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) != PLANARCONFIG_CONTIG)
+        refuse_page(file, "grey and opacity in planes of their own are not supported");
+    return true;
+}
+
 /// Whether black and white are exchanged; refuses everything that is not grey.
 bool examine_colour(const TiffFile& file, TiffSamples samples) {
-    if (tag<std::uint16_t>(file, TIFFTAG_SAMPLESPERPIXEL, 1) != 1)
-        refuse_page(file, "a colour picture; only one grey value per pixel is supported");
     const int photometric = tag<std::uint16_t>(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
     if (photometric == PHOTOMETRIC_MINISBLACK) return false;
     if (photometric != PHOTOMETRIC_MINISWHITE)
@@ -146,7 +161,9 @@ void read_tiles(const TiffFile& file, const TiffPage& page, Progress& progress,
     const auto tile_width = tag<std::uint32_t>(file, TIFFTAG_TILEWIDTH, 0);
     const auto tile_height = tag<std::uint32_t>(file, TIFFTAG_TILELENGTH, 0);
     if (tile_width == 0 || tile_height == 0) refuse_page(file, "its tiles have no size");
-    if (std::uint64_t{tile_width} * static_cast<std::uint64_t>(page.samples.bits) % 8 != 0)
+    const std::uint64_t pixel_bits =
+        static_cast<std::uint64_t>(page.samples.bits) * (page.alpha ? 2 : 1);
+    if (tile_width * pixel_bits % 8 != 0)
         refuse_page(file, "the rows of its tiles do not end at whole bytes");
     const auto width = static_cast<std::uint32_t>(page.width);
     const auto height = static_cast<std::uint32_t>(page.height);
@@ -183,6 +200,28 @@ std::string description(const TiffFile& file) {
     return text;
 }
 
+TiffMeaning meaning(const TiffFile& file, const TiffPage& page) {
+    TiffMeaning found;
+    found.orientation = tag<std::uint16_t>(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    // Some programs store the largest value of this picture there; a sensor's is all ones.
+    std::uint16_t largest = 0;
+    if (TIFFGetField(file.handle(), TIFFTAG_MAXSAMPLEVALUE, &largest) && largest > 0 &&
+        page.samples.kind == TiffSamples::Kind::unsigned_integer &&
+        largest < full_scale(page.samples) && std::has_single_bit(largest + 1u))
+        found.full_scale = largest;
+    constexpr std::uint32_t gdal_no_data = 42113;
+    std::uint32_t length = 0;
+    const char* text = nullptr;
+    // The library knows the tag's type from the file alone.
+    const TIFFField* field = TIFFFindField(file.handle(), gdal_no_data, TIFF_ASCII);
+    if (field && TIFFFieldPassCount(field) &&
+        TIFFGetField(file.handle(), gdal_no_data, &length, &text) && text) {
+        std::string_view word(text, length);
+        found.no_data = parse_double(word.substr(0, word.find('\0')));
+    }
+    return found;
+}
+
 TiffExposure exposure(TiffFile& file) {
     file.rewind();
     TiffExposure found;
@@ -212,6 +251,7 @@ TiffPage examine_page(const TiffFile& file) {
     page.width = static_cast<int>(width);
     page.height = static_cast<int>(height);
     page.samples = samples_of(file);
+    page.alpha = has_alpha(file);
     page.min_is_white = examine_colour(file, page.samples);
     examine_blocks(file, page.height);
     return page;

@@ -13,13 +13,15 @@
 
 namespace vyn::plugins {
 
-/// A page of one grey value per pixel, found sound: readable type, sane size, and as many pixels as
-/// its compressed bytes can hold.
+/// A page of one grey value per pixel, with or without its opacity, found sound: readable type,
+/// sane size, and as many pixels as its compressed bytes can hold.
 struct TiffPage {
     int width = 0;
     int height = 0;
     TiffSamples samples;
     bool min_is_white = false;
+    /// A second sample of each pixel tells how opaque it is.
+    bool alpha = false;
 
     bool operator==(const TiffPage&) const = default;
 };
@@ -30,6 +32,14 @@ bool is_full_page(const TiffFile& file);
 
 /// The ImageDescription of the current page; empty when it has none.
 std::string description(const TiffFile& file);
+
+/// How the first page lies and what its values mean.
+struct TiffMeaning {
+    int orientation = 1;               ///< as in the tag: 1 = as stored
+    std::optional<double> full_scale;  ///< MaxSampleValue of a sensor of fewer bits
+    std::optional<double> no_data;     ///< the value of pixels without data (GDAL's tag)
+};
+TiffMeaning meaning(const TiffFile& file, const TiffPage& page);
 
 /// When and how long the picture was exposed, by its Exif tags and its date.
 struct TiffExposure {

@@ -1,6 +1,8 @@
 #include "process/point/raw_images.h"
 
 #include <algorithm>
+#include <cmath>
+#include <span>
 
 #include "api/image_io.h"
 #include "core/errors.h"
@@ -11,11 +13,16 @@
 #include "process/point/image_sizes.h"
 #include "process/point/input_files.h"
 #include "process/point/project_paths.h"
+#include "process/point/read_options.h"
 #include "process/steps/image_origin.h"
 
 namespace vyn {
 
 namespace names = image_names;
+
+Key<double> full_scale_key(const RawImage& raw) {
+    return raw.camera == keys::sens_camera ? keys::sens_full_scale : keys::refe_full_scale;
+}
 
 const std::array<RawImage, 4>& raw_images() {
     static const std::array<RawImage, 4> table{{
@@ -45,7 +52,7 @@ image load_named(const dataSetInterface& data, const std::string& file_name, std
                  const char* name, TaskContext& context) {
     throw_if_aborted(context);
     const std::filesystem::path file = find_input(data, file_name, key);
-    image picture = read_image(file, context);
+    image picture = read_image(file, read_options(data, file), context);
     picture.name = name;
     picture.file_sha256 = known_file_sha256(file);
     return picture;
@@ -71,9 +78,35 @@ Bitmap<std::uint8_t> region_of_file(const image& picture, const image& file) {
     return region;
 }
 
+/// Says when several pixels share a largest value that is the end of a sensor's range, such as the
+/// 4095 of 12 bits in 16.
+void note_ceiling(const image& picture) {
+    float largest = 0;
+    std::int64_t count = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (const float value :
+             std::span(picture.values().row(y), static_cast<std::size_t>(picture.width()))) {
+            if (value > largest) {
+                largest = value;
+                count = 0;
+            }
+            count += value == largest;
+        }
+    constexpr double smallest_sensor = 255;
+    const bool end_of_range = largest >= smallest_sensor && largest < picture.full_scale &&
+                              std::exp2(std::round(std::log2(largest + 1.0))) == largest + 1.0;
+    if (count > 1 && end_of_range)
+        get_log().write(LogLevel::information,
+                        picture.file_name + ": " + std::to_string(count) + " pixels are at " +
+                            format_double(largest) +
+                            "; if that is the sensor's maximum, set the camera's full_scale");
+}
+
 /// Counts the pixels at the sensor's maximum and excludes them when the project says so.
-void treat_saturated(const dataSetInterface& data, image& picture) {
-    const auto level = static_cast<float>(read(data, keys::saturation_level));
+void treat_saturated(const dataSetInterface& data, const RawImage& raw, image& picture) {
+    const double entered = read(data, keys::saturation_level);
+    const double of_camera = read(data, full_scale_key(raw));
+    const auto level = static_cast<float>(entered > 0 ? entered : of_camera);
     const bool exclude = read(data, keys::saturation_exclude) != 0;
     if (level > 0) {
         Bitmap<std::uint8_t> plane(picture.width(), picture.height(), 0);
@@ -82,7 +115,7 @@ void treat_saturated(const dataSetInterface& data, image& picture) {
                 plane(x, y) = picture.values()(x, y) >= level ? 1 : 0;
         picture.saturated = std::make_shared<Bitmap<std::uint8_t>>(std::move(plane));
     }
-    if (!picture.saturated) return;
+    if (!picture.saturated) return note_ceiling(picture);
     std::int64_t count = 0;
     for (int y = 0; y < picture.height(); ++y) {
         const std::uint8_t* saturated = picture.saturated->row(y);
@@ -114,7 +147,7 @@ void state_quantity(image& picture, InputFile::Role role) {
 image load_raw(const dataSetInterface& data, const RawImage& raw, const std::string& file,
                TaskContext& context) {
     image picture = load_named(data, file, raw.file.path, raw.name, context);
-    treat_saturated(data, picture);
+    treat_saturated(data, raw, picture);
     const std::string mask_file = read(data, raw.mask_file);
     if (!mask_file.empty())
         apply_mask_file(picture, load_named(data, mask_file, raw.mask_file.path, "mask", context));

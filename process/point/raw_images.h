@@ -32,6 +32,9 @@ struct RawImage {
 /// Signal channel first, wind-off first.
 const std::array<RawImage, 4>& raw_images();
 
+/// The setting of its camera that says at how many counts a pixel is saturated.
+Key<double> full_scale_key(const RawImage& raw);
+
 /// Reads every image, dark and flat field that the project names and that `present` does not hold,
 /// with masks, markers and saturated pixels applied. What was left out of a marker file goes to the
 /// log, too. Raises FileError naming file and key.

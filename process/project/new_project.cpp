@@ -11,6 +11,7 @@ namespace vyn {
 void start_project(dataSetInterface& data) {
     write(data, keys::qped_iter, 3);
     write(data, keys::resample_once, 1);
+    write(data, keys::files_fits_first_row, std::string("bottom"));
     write(data, keys::spline_edges, std::string("extended"));
     write(data, keys::uncertainty_enable, 1);
     write(data, keys::lamp_exposure, 1);

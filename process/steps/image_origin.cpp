@@ -40,6 +40,13 @@ void add_setting(ImageOrigin& origin, const dataSetInterface& data, const std::s
     origin[path] = format_setting(value.type() == fallback.type() ? value : fallback);
 }
 
+/// Images that were kept before there was the setting know nothing of it.
+void add_if_changed(ImageOrigin& origin, const dataSetInterface& data, const std::string& path) {
+    ImageOrigin one;
+    add_setting(one, data, path);
+    if (one[path] != format_setting(find_key(path)->fallback)) origin.merge(one);
+}
+
 }  // namespace
 
 ImageOrigin input_origin(const dataSetInterface& data, const InputFile& input) {
@@ -48,7 +55,11 @@ ImageOrigin input_origin(const dataSetInterface& data, const InputFile& input) {
     if (input.role == InputFile::Role::picture) {
         add_setting(origin, data, std::string(keys::saturation_level.path));
         add_setting(origin, data, std::string(keys::saturation_exclude.path));
+        add_if_changed(origin, data, std::string(full_scale_key(*input.raw).path));
     }
+    for (const std::string_view path : {keys::files_fits_first_row.path, keys::files_stacks.path,
+                                        keys::files_data_set.path, keys::files_raw_layout.path})
+        add_if_changed(origin, data, std::string(path));
     const fs::path folder = project_folder(data);
     for (const auto& [item, key] : files_beside(input))
         if (const std::string name = read(data, key); !name.empty())

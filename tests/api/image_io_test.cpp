@@ -28,7 +28,7 @@ class SampleFormat final : public ImageFormat {
     Claim claim(const fs::path& file) const override {
         return get_file(file).find("foreign") == std::string::npos ? claim_ : Claim::none;
     }
-    image read(const fs::path& file, Progress&) const override {
+    image read(const fs::path& file, const ImageReadOptions&, Progress&) const override {
         const std::string text = get_file(file);
         if (text.find("throw") != std::string::npos) throw std::runtime_error("odd content");
         if (text.find("memory") != std::string::npos) throw std::bad_alloc();

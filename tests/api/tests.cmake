@@ -4,6 +4,7 @@ vyn_tests(api OPTIMISED
         bitmap_test.cpp
         extended_edges_test.cpp
         filters_test.cpp
+        frame_average_test.cpp
         fused_passes_test.cpp
         image_io_test.cpp
         image_test.cpp

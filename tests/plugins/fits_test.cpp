@@ -5,10 +5,12 @@
 
 #include <fitsio.h>
 #include <gmock/gmock.h>
+#include <zlib.h>
 
 #include "core/errors.h"
 #include "core/version.h"
 #include "tests/plugins/sample_files.h"
+#include "tests/support/error_of.h"
 
 namespace vyn::test {
 namespace {
@@ -24,6 +26,8 @@ struct FitsSpec {
     double full_scale = 0;
     std::optional<long> blank = {};  ///< raw value
     bool behind_no_picture = false;  ///< the primary array has no axes
+    const char* row_order = nullptr;
+    int compression = 0;  ///< RICE_1, GZIP_1, ...
 };
 
 /// Raw pixels as they stand in the file, before scale and zero.
@@ -34,9 +38,21 @@ void make_fits(const std::filesystem::path& file, const FitsSpec& spec, std::vec
     fitsfile* fits = nullptr;
     fits_create_diskfile(&fits, file.c_str(), &status);
     if (spec.behind_no_picture) fits_create_img(fits, BYTE_IMG, 0, nullptr, &status);
+    if (spec.compression) {
+        fits_set_compression_type(fits, spec.compression, &status);
+        fits_set_quantize_level(fits, NO_QUANTIZE, &status);
+    }
     fits_create_img(fits, spec.type, static_cast<int>(sides.size()), sides.data(), &status);
-    if (!raw.empty())
-        fits_write_img(fits, TDOUBLE, 1, static_cast<LONGLONG>(raw.size()), raw.data(), &status);
+    if (spec.row_order)
+        fits_update_key(fits, TSTRING, "ROWORDER", const_cast<char*>(spec.row_order), nullptr,
+                        &status);
+    const auto count = static_cast<LONGLONG>(raw.size());
+    if (!raw.empty() && spec.compression && spec.type > 0) {  // doubles are not packed as integers
+        std::vector<int> whole(raw.begin(), raw.end());
+        fits_write_img(fits, TINT, 1, count, whole.data(), &status);
+    } else if (!raw.empty()) {
+        fits_write_img(fits, TDOUBLE, 1, count, raw.data(), &status);
+    }
     double scale = spec.scale;
     double zero = spec.zero;
     if (scale != 1) fits_update_key(fits, TDOUBLE, "BSCALE", &scale, nullptr, &status);
@@ -104,6 +120,69 @@ TEST(FitsReading, RefusesWhatIsNoPicture) {
     }
 }
 
+TEST(FitsReading, PutsTheFirstRowWhereFileOrReaderSay) {
+    using FirstRow = ImageReadOptions::FirstRow;
+    TemporaryFolder folder;
+    const auto file = folder / "rows.fits";
+    const std::tuple<const char*, FirstRow, bool> cases[]{{"TOP-DOWN", FirstRow::bottom, true},
+                                                          {"BOTTOM-UP", FirstRow::top, false},
+                                                          {nullptr, FirstRow::top, true},
+                                                          {nullptr, FirstRow::bottom, false}};
+    Progress silent;
+    for (const auto& [order, option, top] : cases) {
+        FitsSpec spec{"", SHORT_IMG};
+        spec.row_order = order;
+        make_fits(file, spec, {2, 3}, {1, 2, 3, 4, 5, 6});
+        const LogCapture log;
+        expect_picture(read_image(file, {.fits_first_row = option}, silent),
+                       Numbers(2, 3, [&](int x, int y) { return 1 + x + 2 * (top ? y : 2 - y); }));
+        EXPECT_EQ(log.lines().size(), order ? 0U : 1U);
+    }
+    // The program's own, before it wrote the keyword.
+    write_image(example_image(), file);
+    std::string bytes = get_file(file);
+    const auto place = bytes.find("ROWORDER= 'TOP-DOWN'");
+    ASSERT_NE(place, std::string::npos);
+    bytes.replace(place, 8, "COMMENT ");
+    put_file(file, bytes);
+    EXPECT_EQ(read_image(file, {.fits_first_row = FirstRow::bottom}, silent).values()(2, 3),
+              example_image().values()(2, 3));
+}
+
+TEST(FitsReading, UnpacksTilesAndGzip) {
+    TemporaryFolder folder;
+    const auto file = folder / "packed.fits";
+    const Numbers raw(40, 30, [](int x, int y) { return x * y % 997; });
+    for (const int type : {BYTE_IMG, SHORT_IMG, LONG_IMG, FLOAT_IMG})
+        for (const int compression : {RICE_1, GZIP_1, GZIP_2}) {
+            if (type == FLOAT_IMG && compression == RICE_1) continue;  // loses bits
+            FitsSpec spec{"", type};
+            spec.behind_no_picture = true;
+            spec.compression = compression;
+            const Numbers stored(40, 30, [&](int x, int y) {
+                return type == BYTE_IMG ? std::fmod(raw.at(x, y), 256) : raw.at(x, y);
+            });
+            make_fits(file, spec, {40, 30}, stored.values);
+            expect_picture(read_image(file), stored);
+        }
+    FitsSpec lossy{"", SHORT_IMG};
+    lossy.compression = HCOMPRESS_1;
+    make_fits(file, lossy, {40, 30}, raw.values);
+    EXPECT_THAT(refusal(file), HasSubstr("HCOMPRESS_1 are not supported"));
+
+    make_fits(file, {"", SHORT_IMG}, {40, 30}, raw.values);
+    const std::string bytes = get_file(file);
+    const auto packed = folder / "packed.fits.gz";
+    const gzFile gzip = gzopen(packed.c_str(), "wb");
+    gzwrite(gzip, bytes.data(), static_cast<unsigned>(bytes.size()));
+    gzclose(gzip);
+    expect_picture(read_image(packed), raw);
+    const gzFile other = gzopen(packed.c_str(), "wb");
+    gzwrite(other, "text", 4);
+    gzclose(other);
+    EXPECT_THAT(error_of<FileError>([&] { read_image(packed); }).what(), HasSubstr("not an image"));
+}
+
 TEST(FitsFiles, TakeTheirNamesAsTheyStand) {
     TemporaryFolder folder;
     for (const char* name : {"a[1].fits", "b.fits[x].fits", "c+1.fits", "d(e).fits", "~f.fits"}) {
@@ -117,8 +196,13 @@ TEST(FitsWriting, DescribesItself) {
     TemporaryFolder folder;
     const auto file = folder / "field.fits";
     const std::string note(150, 'n');
+    setenv("SOURCE_DATE_EPOCH", "1000000000", 1);
     write_image(example_image(), file, {{}, "{\"k\": \"" + note + "\u00e9\"}"});
+    unsetenv("SOURCE_DATE_EPOCH");
     const std::string bytes = get_file(file);
+    EXPECT_THAT(bytes, HasSubstr("ROWORDER= 'TOP-DOWN'"));
+    EXPECT_THAT(bytes, HasSubstr("OBJECT  = 'example '"));
+    EXPECT_THAT(bytes, HasSubstr("DATE    = '2001-09-09'"));
     EXPECT_THAT(bytes, HasSubstr("BITPIX  =                  -32 "));
     EXPECT_THAT(bytes, HasSubstr("CREATOR = 'VynLite " + std::string(program_version) + "'"));
     std::string history;

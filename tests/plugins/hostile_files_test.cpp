@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <zlib.h>
 
 #include "core/errors.h"
+#include "tests/plugins/camera_files.h"
 #include "tests/plugins/mesh_samples.h"
 #include "tests/plugins/sample_files.h"
 
@@ -18,10 +20,15 @@ enum class Content { picture, mesh, text_mesh };
 struct Sample {
     const char* label;
     const char* extension;
-    void (*make)(const fs::path& file);
+    std::function<void(const fs::path& file)> make;
     std::size_t (*needed)(std::size_t file_size) = [](std::size_t size) { return size; };
     Content content = Content::picture;  ///< a text mesh may be sound without its end
 };
+
+void make_camera_file(const fs::path& file, const std::string& wanted) {
+    for (const auto& [format, name, bytes] : small_camera_files())
+        if (name == wanted) put_file(file, bytes);
+}
 
 Numbers ramp() {
     return {20, 15, [](int x, int y) { return x * 100 + y; }};
@@ -64,6 +71,18 @@ const Sample samples[]{
          write_image(example_image(), file, {{}, "\"note\""});
      },
      without_padding},
+    {"fits_gz", "fits",
+     [](const fs::path& file) {
+         write_image(example_image(), file);
+         const std::string bytes = get_file(file);
+         const gzFile packed = gzopen(file.c_str(), "wb");
+         gzwrite(packed, bytes.data(), static_cast<unsigned>(bytes.size()));
+         gzclose(packed);
+     }},
+    {"npy", "npy", [](const fs::path& file) { make_camera_file(file, "burst.npy"); }},
+    {"pgm", "pgm", [](const fs::path& file) { make_camera_file(file, "u16.pgm"); }},
+    {"b16", "b16", [](const fs::path& file) { make_camera_file(file, "short.b16"); }},
+    {"spe", "spe", [](const fs::path& file) { make_camera_file(file, "u16.spe"); }},
     {"imp", "imp",
      [](const fs::path& file) {
          image picture = example_image();

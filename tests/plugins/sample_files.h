@@ -10,6 +10,8 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
+struct tiff;  // libtiff's handle
+
 namespace vyn::test {
 
 /// A picture as plain numbers: what test files are made of and compared with.
@@ -42,6 +44,7 @@ struct TiffPageSpec {
     TiffSpec spec;
     Numbers numbers;
     std::uint32_t subfile = 0;
+    std::function<void(::tiff*)> more = {};  ///< sets further tags
 };
 
 void make_tiff(const std::filesystem::path& file, const std::vector<TiffPageSpec>& pages);

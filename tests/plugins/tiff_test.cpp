@@ -133,6 +133,129 @@ TEST(TiffBurst, MarksWhatWasSaturatedInAnyFrameAndRefusesFramesThatDiffer) {
         EXPECT_THAT(refusal(folder / name), HasSubstr("another size or pixel type"));
 }
 
+std::function<void(TIFF*)> describing(const char* text) {
+    return [text](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, text); };
+}
+
+TEST(TiffStacks, AreCalibratedAndNoBurstsUnlessAskedFor) {
+    TemporaryFolder folder;
+    const auto file = folder / "stack.tif";
+    const TiffSpec spec{};
+    make_tiff(file, {{spec, row({0, 32768, 65535}), 0,
+                      describing("ImageJ=1.54f\nunit=pixel\ncf=0\nc0=-32768.0\nc1=1.0\n"
+                                 "vunit=Gray Value\n")}});
+    const image picture = read_image(file);
+    expect_picture(picture, row({-32768, 0, 32767}));
+    EXPECT_EQ(picture.full_scale, 32767);
+    EXPECT_EQ(picture.unit, "");
+    make_tiff(file,
+              {{spec, row({2}), 0, describing("ImageJ=1.54f\ncf=0\nc0=1\nc1=0.5\nvunit=kPa\n")}});
+    EXPECT_EQ(read_image(file).values()(0, 0), 2);
+    EXPECT_EQ(read_image(file).unit, "kPa");
+    make_tiff(file, {{spec, row({2}), 0, describing("ImageJ=1.54f\ncf=3\nc0=1\nc1=0.5\n")}});
+    EXPECT_THAT(refusal(file), HasSubstr("no straight line"));
+
+    const char* stacks[]{"ImageJ=1.54f\nimages=2\nchannels=2\n",
+                         "ImageJ=1.54f\nimages=2\nslices=2\n",
+                         "<?xml version=\"1.0\"?><OME><Image><Pixels SizeC=\"1\" SizeZ=\"2\"/>"};
+    for (const char* text : stacks) {
+        make_tiff(file, {{spec, row({2, 4}), 0, describing(text)}, {spec, row({4, 8})}});
+        EXPECT_THAT(refusal(file), HasSubstr("no burst of one view"));
+        Progress silent;
+        expect_picture(read_image(file, {.stacks = ImageReadOptions::Stacks::averaged}, silent),
+                       row({3, 6}));
+    }
+    make_tiff(file, {{spec, row({2, 4}), 0, describing("ImageJ=1.54f\nimages=2\nframes=2\n")},
+                     {spec, row({4, 8})}});
+    expect_picture(read_image(file), row({3, 6}));
+}
+
+/// A file as ImageJ writes stacks: one directory, then the frames one behind the other.
+std::string one_page_stack(bool big, const std::string& text, const std::vector<int>& pixels) {
+    const auto number = [big](std::size_t value, std::size_t bytes) {
+        std::string result(bytes, '\0');
+        for (std::size_t i = 0; i < bytes; ++i)
+            result[big ? bytes - 1 - i : i] = static_cast<char>(value >> 8 * i & 0xff);
+        return result;
+    };
+    constexpr std::size_t behind_directory = 8 + 2 + 10 * 12 + 4;
+    const auto entry = [&](std::size_t tag, std::size_t type, std::size_t count,
+                           std::size_t value) {
+        const std::size_t bytes = type == 3 ? 2 : 4;
+        std::string field = number(value, bytes);
+        field.resize(4, '\0');
+        return number(tag, 2) + number(type, 2) + number(count, 4) + field;
+    };
+    std::string file =
+        std::string(big ? "MM" : "II") + number(42, 2) + number(8, 4) + number(10, 2) +
+        entry(256, 3, 1, 2) + entry(257, 3, 1, 1) + entry(258, 3, 1, 16) + entry(259, 3, 1, 1) +
+        entry(262, 3, 1, 1) + entry(270, 2, text.size() + 1, behind_directory) +
+        entry(273, 4, 1, behind_directory + text.size() + 1) + entry(277, 3, 1, 1) +
+        entry(278, 3, 1, 1) + entry(279, 4, 1, 4) + number(0, 4) + text + std::string(1, '\0');
+    for (const int pixel : pixels)
+        file += number(static_cast<std::size_t>(pixel), 2);
+    return file;
+}
+
+TEST(TiffStacks, OfOnePageHoldTheirFramesBehindIt) {
+    TemporaryFolder folder;
+    const auto file = folder / "stack.tif";
+    const std::string text = "ImageJ=1.54f\nimages=3\nframes=3\n";
+    for (const bool big : {false, true}) {
+        put_file(file, one_page_stack(big, text, {1, 300, 2, 400, 3, 800}));
+        const image picture = read_image(file);
+        expect_picture(picture, row({2, 500}));
+        ASSERT_TRUE(picture.frames);
+        EXPECT_EQ(picture.frames->frames, 3);
+        put_file(file, one_page_stack(big, text, {1, 300, 2, 400, 3}));
+        EXPECT_THAT(refusal(file), HasSubstr("cut off"));
+    }
+    put_file(file, one_page_stack(false, "ImageJ=1.54f\nimages=2147483647\n", {1, 2}));
+    EXPECT_THAT(refusal(file), HasSubstr("cut off"));
+}
+
+TEST(TiffTags, OrientationAlphaSensorBitsAndMissingDataAreHonoured) {
+    TemporaryFolder folder;
+    const auto file = folder / "tags.tif";
+    const Numbers stored(3, 2, [](int x, int y) { return x + 10 * y; });
+    // What stands in the upper left and in the upper right corner.
+    const std::pair<double, double> corners[]{{0, 2},  {2, 0},  {12, 10}, {10, 12},
+                                              {0, 10}, {10, 0}, {12, 2},  {2, 12}};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        make_tiff(file, {{TiffSpec{}, stored, 0, [orientation](TIFF* tiff) {
+                              TIFFSetField(tiff, TIFFTAG_ORIENTATION, orientation);
+                          }}});
+        const image picture = read_image(file);
+        ASSERT_EQ(picture.width(), orientation < 5 ? 3 : 2);
+        EXPECT_EQ(picture.values()(0, 0), corners[orientation - 1].first) << orientation;
+        EXPECT_EQ(picture.values()(picture.width() - 1, 0), corners[orientation - 1].second)
+            << orientation;
+    }
+    make_tiff(file, {{TiffSpec{}, row({5, 255, 6, 0, 7, 1}), 0, [](TIFF* tiff) {
+                          const std::uint16_t kind = EXTRASAMPLE_UNASSALPHA;
+                          TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 3);
+                          TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 2);
+                          TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
+                      }}});
+    expect_picture(read_image(file), row({5, nan, 7}));
+
+    for (const auto& [largest, scale] : {std::pair{4095, 4095.0}, {4000, 65535.0}}) {
+        make_tiff(file, {{TiffSpec{}, row({4095, 17}), 0, [largest = largest](TIFF* tiff) {
+                              TIFFSetField(tiff, TIFFTAG_MAXSAMPLEVALUE, largest);
+                          }}});
+        const image picture = read_image(file);
+        EXPECT_EQ(picture.full_scale, scale);
+        EXPECT_EQ(picture.saturated != nullptr, scale == 4095);
+    }
+    static const TIFFFieldInfo no_data{42113,        -1, -1, TIFF_ASCII,
+                                       FIELD_CUSTOM, 1,  0,  const_cast<char*>("GDAL_NODATA")};
+    make_tiff(file, {{TiffSpec{"", 32, real}, row({-9999.5, 1, 2}), 0, [](TIFF* tiff) {
+                          TIFFMergeFieldInfo(tiff, &no_data, 1);
+                          TIFFSetField(tiff, no_data.field_tag, "-9999.5");
+                      }}});
+    expect_picture(read_image(file), row({nan, 1, 2}));
+}
+
 constexpr auto width = TIFFTAG_IMAGEWIDTH;
 constexpr auto height = TIFFTAG_IMAGELENGTH;
 constexpr auto bits = TIFFTAG_BITSPERSAMPLE;
