@@ -40,7 +40,7 @@ void add_setting(ImageOrigin& origin, const dataSetInterface& data, const std::s
     origin[path] = format_setting(value.type() == fallback.type() ? value : fallback);
 }
 
-/// Images that were kept before there was the setting know nothing of it.
+/// Told only where it is not the default: most files leave nothing open.
 void add_if_changed(ImageOrigin& origin, const dataSetInterface& data, const std::string& path) {
     ImageOrigin one;
     add_setting(one, data, path);

@@ -7,6 +7,7 @@
 #include "process/page/page_state.h"
 #include "process/page/page_steps.h"
 #include "process/page/user_words.h"
+#include "process/point/read_options.h"
 #include "process/point/set_input_task.h"
 #include "process/project/project_tasks.h"
 #include "sample/synthetic_point.h"
@@ -141,6 +142,10 @@ INSTANTIATE_TEST_SUITE_P(
                image_names::wind_off_sens_cor, "the region file of Wind-Off was added", true},
         Change{"saturation_level", sets(keys::saturation_level, 60000.0),
                image_names::wind_off_sens_cor, " to 60000", true},
+        Change{"camera_full_scale", sets(keys::sens_full_scale, 60000.0),
+               image_names::wind_off_sens_cor, " from 0 to 60000", true},
+        Change{"first_row", sets(keys::files_fits_first_row, std::string("bottom")),
+               image_names::wind_off_sens_cor, " from top to bottom", true},
         Change{"saturation_exclude", sets(keys::saturation_exclude, 1),
                image_names::wind_off_sens_cor, " from 0 to 1", true},
         Change{"no_dark",
@@ -360,6 +365,24 @@ TEST(PageRows, TypesHaveTheirRowsAndLabels) {
     EXPECT_EQ(image_label(ExperimentType::single, "wind_off_sens_cor"), "Wind-Off cerrected");
     EXPECT_EQ(flat_rows(ExperimentType::lifetime).size(), 1u) << "one camera takes both gates";
     EXPECT_EQ(flat_rows(ExperimentType::binary)[1].input.file.path, "project/refe_cam/flat_file");
+}
+
+TEST(ReadOptions, AreThoseOfTheProject) {
+    simpleNamedDataSet data;
+    const ImageReadOptions usual = read_options(data, "a.raw");
+    EXPECT_EQ(usual.fits_first_row, ImageReadOptions::FirstRow::top);
+    EXPECT_EQ(usual.stacks, ImageReadOptions::Stacks::refused);
+    EXPECT_EQ(usual.raw_layout + usual.data_set, "");
+    write(data, keys::files_fits_first_row, std::string("bottom"));
+    write(data, keys::files_stacks, std::string("averaged"));
+    write(data, keys::files_data_set, std::string("/entry/data"));
+    write(data, keys::files_raw_layout, std::string("width=2 height=1"));
+    const ImageReadOptions chosen = read_options(data, "A.RAW");
+    EXPECT_EQ(chosen.fits_first_row, ImageReadOptions::FirstRow::bottom);
+    EXPECT_EQ(chosen.stacks, ImageReadOptions::Stacks::averaged);
+    EXPECT_EQ(chosen.data_set, "/entry/data");
+    EXPECT_EQ(chosen.raw_layout, "width=2 height=1");
+    EXPECT_EQ(read_options(data, "a.tif").raw_layout, "") << "it has a header";
 }
 
 }  // namespace
