@@ -8,6 +8,7 @@
 #include "api/image_io.h"
 #include "calib/camera.h"
 #include "calib/paint_fit.h"
+#include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
@@ -30,7 +31,10 @@ void promise(bool held) {
 
 void read_image_of(const ImageFormat& format, const fs::path& file) {
     Progress progress;
-    const image picture = format.read(file, {}, progress);
+    ImageReadOptions options;
+    // Without a header it is the layout that is told, not the pixels.
+    if (format.info().headerless) options.raw_layout = read_file(file, std::size_t{1} << 20);
+    const image picture = format.read(file, options, progress);
     picture.check_planes();
     promise(picture.width() > 0 && picture.height() > 0);
 }
@@ -120,6 +124,7 @@ std::vector<std::string> format_words(const std::string& id) {
          {"BITPIX  =", "NAXIS   =", "NAXIS1  =", "BZERO   =", "BSCALE  =", "BLANK   =",
           "ROWORDER= 'BOTTOM-UP'", "ZCMPTYPE= 'RICE_1  '", "XTENSION= 'IMAGE   '", "-64", "32768"}},
         {"npy", {"'descr': '<u2'", "'fortran_order': True", "'shape': (3, 4)", "'>f8'"}},
+        {"raw", {"width=", "height=", "type=u16", "order=big", "frames=", "gap=", "offset="}},
         {"pgm", {"P2 ", "P5 ", "65535", "# "}},
         {"imp",
          {"\"pages\"", "\"values\"", "\"region\"", "\"saturated\"", "\"displacement\"",

@@ -97,6 +97,7 @@ void write_text(const fs::path& file, const std::string& text) {
 void write_read_only(const std::string& id, const fs::path& folder) {
     for (const auto& [format, name, bytes] : test::small_camera_files())
         if (format == id) write_text(folder / name, bytes);
+    if (id == "raw") write_text(folder / "layout", "width=3 height=2 type=u8 frames=2 gap=1");
 }
 
 void write_images(const ImageFormat& format, const fs::path& folder) {
