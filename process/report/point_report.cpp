@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "core/version.h"
+#include "process/page/user_words.h"
 #include "process/point/experiment_type.h"
 #include "process/report/provenance.h"
 #include "render/fashion.h"
@@ -49,6 +50,7 @@ Figure thumbnail_of(const image& picture, int side, Progress& progress) {
 PointReport make_point_report(const RunReport& report, const dataSetInterface& data,
                               const imagesList& images, const field_data<double>& mesh,
                               const MarkerSet& ports, Progress& progress) {
+    const ExperimentType type = experiment_type(data);
     PointReport result;
     result.check = check_point(report, data, images, ports);
     const auto& stages = result.check.stages;
@@ -65,10 +67,15 @@ PointReport make_point_report(const RunReport& report, const dataSetInterface& d
             make_histogram(*field, robust_limits(*field, quiet), histogram_bins, quiet),
             field_label(*field).text(), histogram_width, histogram_height);
     }
-    result.model = make_model_report(report, experiment_type(data), images, mesh, progress);
+    result.model = make_model_report(report, type, images, mesh, progress);
+    const auto for_reader = [&](std::string& text) {
+        text = user_words(type, for_report(std::move(text), data, images));
+    };
     for (Warning& warning : result.check.warnings)
-        warning.text = for_report(std::move(warning.text), data, images);
-    result.check.unaligned = for_report(std::move(result.check.unaligned), data, images);
+        for_reader(warning.text);
+    for_reader(result.check.unaligned);
+    for (std::string& remark : result.model.remarks)
+        for_reader(remark);
     const nlohmann::json source = provenance(data, images);
     for (const auto& input : source.at("inputs"))
         result.inputs.emplace_back(input.value("file", input.value("role", "")),

@@ -135,9 +135,11 @@ TEST(PointReportTest, HasAPictureOfTheFieldAndOfEveryStage) {
     camera_file.file_sha256 = "0123abcd";
     images.add(std::move(camera_file));
     images.add(ramp("field_P", 50, 40));
+    RunReport run;
+    run.warnings = {{WarningKind::markers, "wind_off_sens has no markers"}};
     simpleNamedDataSet data;
     Progress progress;
-    const PointReport report = make_point_report({}, data, images, {}, {}, progress);
+    const PointReport report = make_point_report(run, data, images, {}, {}, progress);
     ASSERT_EQ(report.stages.size(), 2u);
     EXPECT_TRUE(report.histogram.draw);
     EXPECT_TRUE(report.field.draw);
@@ -147,6 +149,7 @@ TEST(PointReportTest, HasAPictureOfTheFieldAndOfEveryStage) {
     }
     const std::string html = html_of(report_document(report));
     EXPECT_EQ(pictures_of(html).size(), 4u);
+    EXPECT_THAT(html, HasSubstr(">Wind-Off has no markers</li>"));
     EXPECT_THAT(html, HasSubstr("<td>a&amp;b.tif</td><td>0123abcd</td>"));
 }
 
