@@ -4,6 +4,9 @@
 #include <cmath>
 #include <vector>
 
+#include "render/iso_levels.h"
+#include "render/view_source.h"
+
 namespace vyn {
 
 Limits tidy(const Limits& limits) {
@@ -19,9 +22,23 @@ Limits tidy(const Limits& limits) {
     return std::isfinite(result.minimum) && std::isfinite(result.maximum) ? result : limits;
 }
 
-VectorStyle suggested_vectors(const Displacement& map) {
+std::vector<double> IsoStyle::levels(const Limits& limits) const {
+    switch (kind) {
+        case Kind::none:
+            return {};
+        case Kind::number:
+            return iso_levels(limits, static_cast<int>(std::clamp(number, 0.0, 1e3)));
+        case Kind::step:
+            return iso_levels_by_step(limits, step);
+    }
+    return {};
+}
+
+VectorStyle suggested_vectors(const image& picture) {
     constexpr int most_beside = 40;
     VectorStyle style;
+    if (!picture.displacement) return style;
+    const Displacement& map = *picture.displacement;
     const int width = map.u.width();
     const int height = map.u.height();
     const int skip = std::max(1, (std::max(width, height) + most_beside - 1) / most_beside);
@@ -35,7 +52,7 @@ VectorStyle suggested_vectors(const Displacement& map) {
     if (lengths.empty()) return style;
     const auto rank = static_cast<std::ptrdiff_t>(0.95 * static_cast<double>(lengths.size() - 1));
     std::nth_element(lengths.begin(), lengths.begin() + rank, lengths.end());
-    style.scale = skip * std::max(map.step, 1) / lengths[static_cast<std::size_t>(rank)];
+    style.scale = skip * node_pitch(picture) / lengths[static_cast<std::size_t>(rank)];
     // Two digits say it as well, and read better in the dialog.
     const double digit = std::pow(10, std::floor(std::log10(style.scale)) - 1);
     style.scale = std::round(style.scale / digit) * digit;

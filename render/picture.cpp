@@ -52,12 +52,13 @@ std::vector<Stroke> arrows_of(const image& picture, double picture_scale) {
     std::vector<Stroke> arrows;
     if (!picture.displacement) return arrows;
     const Displacement& nodes = *picture.displacement;
-    const VectorStyle style = suggested_vectors(nodes);
+    const VectorStyle style = suggested_vectors(picture);
     const double scale = picture_scale * style.scale;
+    const int pitch = node_pitch(picture);
     for (int r = 0; r < nodes.u.height(); r += style.v_skip)
         for (int c = 0; c < nodes.u.width(); c += style.u_skip) {
-            const int x = c * nodes.step;
-            const int y = r * nodes.step;
+            const int x = c * pitch;
+            const int y = r * pitch;
             if (!picture.mask().contains(x, y) || picture.mask()(x, y) != 0) continue;
             const std::vector<Stroke> strokes =
                 arrow({(x + 0.5) * picture_scale, (y + 0.5) * picture_scale},

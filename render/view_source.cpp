@@ -58,11 +58,16 @@ ProbedPixel probe(const ViewSource& source, int x, int y) {
     return probe_levels(std::get<ColourSource>(source).channels[0], x, y);
 }
 
+int node_pitch(const image& picture) {
+    if (!picture.displacement) return 1;
+    const bool is_grid = picture.displacement->u.same_size(picture.values());
+    return is_grid ? 1 : std::max(picture.displacement->step, 1);
+}
+
 std::optional<Vector2> displacement_at(const image& picture, int x, int y) {
     if (!picture.displacement) return std::nullopt;
     const Displacement& grid = *picture.displacement;
-    const bool is_grid = grid.u.same_size(picture.values());
-    const int step = is_grid ? 1 : std::max(grid.step, 1);
+    const int step = node_pitch(picture);
     const auto node = [step](int pixel, int count) {
         const int nearest = (pixel + step / 2) / step;
         return nearest == count ? count - 1 : nearest;

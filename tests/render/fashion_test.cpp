@@ -44,10 +44,16 @@ TEST(Fashion, TidyLimitsKeepAThousandthOfTheirRange) {
 TEST(Fashion, SuggestedVectorsReachTheirNeighbours) {
     Displacement map{Bitmap<float>(200, 100, 0.3F), Bitmap<float>(200, 100, 0.4F), 8};
     map.u(0, 0) = std::nanf("");
-    const VectorStyle style = suggested_vectors(map);
+    image picture(1600, 800);
+    picture.displacement = map;
+    const VectorStyle style = suggested_vectors(picture);
     EXPECT_EQ(style.u_skip, 5);
     EXPECT_NEAR(style.scale * 0.5, 5 * 8, 1) << "length 0.5 pixel, every fifth node";
-    EXPECT_EQ(suggested_vectors({}).scale, 1);
+    // The grid as an image of its own has a node in every pixel.
+    image grid(200, 100);
+    grid.displacement = map;
+    EXPECT_NEAR(suggested_vectors(grid).scale * 0.5, 5, 0.2);
+    EXPECT_EQ(suggested_vectors(image(3, 3)).scale, 1);
 }
 
 TEST(DifferenceLimits, AreEvenAboutZero) {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "api/parallel.h"
-#include "render/model/iso_levels.h"
+#include "render/iso_levels.h"
 #include "render/model/model_picture.h"
 #include "tests/support/meshes.h"
 

@@ -5,6 +5,7 @@
 
 #include "core/errors.h"
 #include "render/colour_map.h"
+#include "render/palette_style.h"
 #include "tests/support/error_of.h"
 #include "tests/support/temporary_folder.h"
 
@@ -150,6 +151,36 @@ TEST(Lut, BrokenFilesAreRefusedByName) {
     }
     EXPECT_THROW(read_lut(folder.path()), FileError);
     EXPECT_THROW(read_lut(folder / "absent.lut"), FileError);
+}
+
+/// What a value is shown as must be the colour of the level that it lies in, to the last bit at the
+/// borders, inside the region and outside.
+TEST(StyledPalette, LevelsAreEquallyWideAndInverted) {
+    for (const palette_array& palette : get_palette_list()) {
+        const colour_map smooth(0, 1000, palette);
+        const colour_map inverted(0, 1000, styled(palette, {.inverted = true}));
+        for (const bool in_roi : {true, false}) {
+            EXPECT_EQ(inverted.colour(0, false, in_roi), smooth.colour(1000, false, in_roi))
+                << palette.name;
+            EXPECT_EQ(inverted.colour(0, true, in_roi), smooth.colour(0, true, in_roi));
+        }
+        for (const int levels : {1, 2, 10, most_palette_levels}) {
+            const colour_map cut(0, levels, styled(palette, {.levels = levels}));
+            const colour_map back(0, levels, styled(palette, {.inverted = true, .levels = levels}));
+            for (int i = 0; i < levels; ++i) {
+                const auto low = static_cast<float>(i);
+                const float high = i + 1 == levels ? low + 1 : std::nextafter(low + 1, 0.0F);
+                EXPECT_EQ(cut.colour(low, false, true), cut.colour(high, false, true));
+                EXPECT_EQ(cut.colour(low, false, true),
+                          back.colour(static_cast<float>(levels - i) - 0.5F, false, true));
+                if (i > 0 && levels == 10) {
+                    EXPECT_NE(cut.colour(low, false, true), cut.colour(low - 0.01F, false, true));
+                }
+            }
+            EXPECT_EQ(cut.colour(0, true, false), smooth.colour(0, true, false));
+            EXPECT_EQ(cut.palette().name, palette.name);
+        }
+    }
 }
 
 }  // namespace

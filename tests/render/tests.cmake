@@ -3,6 +3,7 @@ vyn_tests(render
         colour_map_test.cpp
         fashion_test.cpp
         figure_test.cpp
+        iso_lines_test.cpp
         limits_test.cpp
         model_render_test.cpp
         line_profile_test.cpp

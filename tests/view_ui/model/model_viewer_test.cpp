@@ -12,7 +12,7 @@
 
 #include "process/model/mesh_cache.h"
 #include "process/model/section_table.h"
-#include "render/model/iso_levels.h"
+#include "render/iso_levels.h"
 #include "tests/support/meshes.h"
 #include "tests/support/temporary_folder.h"
 #include "view/ui/look/fashion_dialog.h"

@@ -18,7 +18,8 @@ constexpr double tick_length = 4;
 }  // namespace
 
 QImage ramp_picture(const palette_array& palette, Qt::Orientation orientation) {
-    const int count = std::max(1, palette.last - palette.first + 1);
+    // The last colour of all is that of the upper limit alone.
+    const int count = std::max(1, palette.last - palette.first);
     const bool level = orientation == Qt::Horizontal;
     QImage picture(level ? count : 1, level ? 1 : count, QImage::Format_RGB32);
     for (int i = 0; i < count; ++i) {
@@ -82,7 +83,7 @@ void ColourBar::paintEvent(QPaintEvent*) {
     painter.drawText(
         QRectF(margin, margin / 2, width() - margin, line), Qt::AlignLeft | Qt::AlignVCenter,
         fontMetrics().elidedText(label_, Qt::ElideRight, static_cast<int>(width() - margin)));
-    painter.drawImage(bar, ramp_picture(*fashion_.palette, Qt::Vertical));
+    painter.drawImage(bar, ramp_picture(fashion_.shown_palette(), Qt::Vertical));
     painter.drawRect(bar);
 
     const Limits& limits = fashion_.limits;

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "core/errors.h"
+#include "view/ui/canvas/iso_overlay.h"
 #include "view/ui/canvas/vector_overlay.h"
 #include "view/ui/canvas/view_frame.h"
 #include "view/ui/canvas/view_zoom.h"
@@ -35,6 +36,7 @@ struct VynFieldView::State {
 
     Fashion fashion;
     std::optional<colour_map> colours{std::in_place};  // remade, never assigned: see Fashion
+    IsoOverlay iso;
     VectorOverlay vectors;
     ViewTransform transform;
     bool fitted = true;
@@ -56,7 +58,7 @@ VynFieldView::VynFieldView(QWidget* parent) : QWidget(parent), state_(std::make_
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(tr("Field View"));
     setWindowTitle(tr("Field View"));
-    state_->overlays.push_back(&state_->vectors);
+    state_->overlays = {&state_->iso, &state_->vectors};
 }
 
 VynFieldView::~VynFieldView() = default;
@@ -75,6 +77,7 @@ void VynFieldView::set_picture(std::shared_ptr<const ImageLevels> levels) {
     state_->levels = std::move(levels);
     state_->field = FieldSource{state_->levels};
     state_->vectors.set_picture(state_->picture);
+    state_->iso.set_source(source());
     redraw();
     if (other_size || state_->fitted) fit();
     show_cursor();
@@ -98,6 +101,7 @@ void VynFieldView::set_message(const QString& text) {
 
 void VynFieldView::show_instead(std::optional<ViewSource> source) {
     state_->instead = std::move(source);
+    state_->iso.set_source(this->source());
     redraw();
     probe_again();
 }
@@ -109,7 +113,8 @@ const ViewSource& VynFieldView::source() const {
 void VynFieldView::set_fashion(const Fashion& fashion) {
     if (fashion == state_->fashion) return;
     state_->fashion = fashion;
-    state_->colours.emplace(fashion.limits.minimum, fashion.limits.maximum, *fashion.palette);
+    state_->colours.emplace(fashion.limits.minimum, fashion.limits.maximum, fashion.shown_palette());
+    state_->iso.set_levels(fashion.iso.levels(fashion.limits), fashion.iso.labels);
     state_->vectors.set_style(fashion.vectors);
     redraw();
     Q_EMIT fashion_changed();

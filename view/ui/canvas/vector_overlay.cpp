@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "render/view_source.h"
 #include "view/ui/canvas/arrow_path.h"
 
 namespace vyn {
@@ -28,7 +29,7 @@ Nodes nodes_in_view(double from, double to, int step, int skip, int count) {
 void VectorOverlay::paint(QPainter& painter, const ViewTransform& transform) const {
     if (!style_.shown || !picture_ || !picture_->displacement) return;
     const Displacement& map = *picture_->displacement;
-    const int step = std::max(map.step, 1);
+    const int step = node_pitch(*picture_);
     const QRectF widget = painter.clipBoundingRect();
     const QPointF from = transform.to_image(widget.topLeft());
     const QPointF to = transform.to_image(widget.bottomRight());

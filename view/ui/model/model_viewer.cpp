@@ -18,7 +18,7 @@
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
 #include "core/ui/window_size.h"
-#include "render/model/iso_levels.h"
+#include "render/iso_levels.h"
 #include "render/model/model_picture.h"
 #include "render/ticks.h"
 #include "view/ui/canvas/colour_bar.h"

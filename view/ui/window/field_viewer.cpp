@@ -106,7 +106,7 @@ void VynFieldViewer::suggest_fashion(const image& picture, const Limits& limits)
     fashion.limits = tidy(limits);
     fashion.channels = {};
     if (picture.displacement) {
-        fashion.vectors = suggested_vectors(*picture.displacement);
+        fashion.vectors = suggested_vectors(picture);
         fashion.vectors.shown = !picture.quantity.deviation;
     }
     parts_->fashion_suggested = true;

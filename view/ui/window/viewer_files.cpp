@@ -182,7 +182,7 @@ void ViewerFiles::export_picture() {
     request.sigma = viewer_.beside("_sigma");
     if (request.kind == ExportKind::picture) {
         request.options.limits = fashion.limits;
-        request.options.palette = *fashion.palette;
+        request.options.palette = fashion.shown_palette();
         request.options.colour_bar = true;
         request.options.label = viewer_.quantity().toStdString();
         request.options.title = viewer_.caption().toStdString();

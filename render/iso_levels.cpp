@@ -1,4 +1,4 @@
-#include "render/model/iso_levels.h"
+#include "render/iso_levels.h"
 
 #include <algorithm>
 #include <cmath>
