@@ -7,6 +7,7 @@
 
 #include "app/appearance.h"
 #include "app/recent_files.h"
+#include "view/ui/window/open_windows.h"
 
 namespace vyn {
 
@@ -65,6 +66,7 @@ void MainWidgets::fill_bars(QMainWindow& window) {
     file_menu->addSeparator();
     file_menu->addAction(actions.file_exit);
     calculate_menu->addAction(actions.calculate_all);
+    window.menuBar()->insertMenu(help_menu->menuAction(), make_window_menu(&window));
     help_menu->addActions({actions.help_manual, actions.help_about});
 
     tool_bar->addActions(

@@ -9,6 +9,11 @@
 
 namespace vyn {
 
+const char* usual_palette(const Quantity& quantity) {
+    const bool raw = quantity.kind == Quantity::Kind::raw_counts && !quantity.deviation;
+    return raw ? "grey" : "rainbow";
+}
+
 Limits tidy(const Limits& limits) {
     const double range = limits.maximum - limits.minimum;
     if (!std::isfinite(range) || !(range > 0)) return limits;

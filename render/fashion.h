@@ -69,6 +69,10 @@ struct Fashion {
     }
 };
 
+/// The name of the built-in palette that an image of this quantity is shown with at first: what a
+/// camera took in grey.
+const char* usual_palette(const Quantity& quantity);
+
 /// The limits to a thousandth or so of their range, so that they read well.
 Limits tidy(const Limits& limits);
 

@@ -64,6 +64,14 @@ Point across_line(const LineProfile& profile) {
             (profile.to.x - profile.from.x) / profile.length};
 }
 
+/// A text as one cell of comma-separated values (RFC 4180).
+std::string in_csv_quotes(const std::string& text) {
+    std::string quoted = "\"";
+    for (const char c : text)
+        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + '"';
+}
+
 }  // namespace
 
 LineProfile sample_profile(const image& picture, Point from, Point to, int width) {
@@ -126,7 +134,8 @@ std::optional<double> value_at(const LineProfile& profile, double distance) {
     return value;
 }
 
-std::string profile_csv(std::span<const LineProfile> profiles) {
+std::string profile_csv(std::span<const LineProfile> profiles,
+                        std::span<const ProfileName> names) {
     const bool with_sigma = std::ranges::any_of(profiles, [](const LineProfile& profile) {
         return std::ranges::any_of(profile.samples,
                                    [](const auto& sample) { return !std::isnan(sample.sigma); });
@@ -134,14 +143,18 @@ std::string profile_csv(std::span<const LineProfile> profiles) {
     const auto cell = [](double value) {
         return "," + (std::isnan(value) ? "" : format_double(value));
     };
-    std::string text = with_sigma ? "line,distance,x,y,value,sigma\n" : "line,distance,x,y,value\n";
+    std::string text = "line,distance,x,y,value";
+    if (with_sigma) text += ",sigma";
+    if (!names.empty()) text += ",image";
+    text += "\n";
     for (std::size_t line = 0; line < profiles.size(); ++line)
         for (const ProfileSample& sample : profiles[line].samples) {
-            text += std::to_string(line + 1);
+            text += std::to_string(names.empty() ? line + 1 : names[line].line);
             for (const double number : {sample.distance, sample.place.x, sample.place.y})
                 text += "," + format_double(number);
             text += cell(sample.value);
             if (with_sigma) text += cell(sample.sigma);
+            if (!names.empty()) text += "," + in_csv_quotes(names[line].image);
             text += "\n";
         }
     return text;

@@ -6,6 +6,7 @@
 #include "view/ui/canvas/field_view.h"
 #include "view/ui/canvas/picture_window.h"
 #include "view/ui/graph/graph_window.h"
+#include "view/ui/window/open_windows.h"
 
 namespace vyn {
 
@@ -18,7 +19,11 @@ const QColor line_colours[] = {QColor(0, 114, 178),   QColor(213, 94, 0),  QColo
 }  // namespace
 
 GraphController::GraphController(PictureWindow& viewer)
-    : QObject(&viewer), viewer_(viewer), tool_(viewer.view()) {
+    : QObject(&viewer),
+      viewer_(viewer),
+      tool_(viewer.view(), overlay_.lines, [this](std::size_t line, Point from, Point to) {
+          move_line(line, from, to);
+      }) {
     viewer.view().add_overlay(&overlay_);
 }
 
@@ -32,16 +37,64 @@ void GraphController::more_data(double x0, double y0, double x1, double y1) {
     if (!viewer_.picture()) return;
     overlay_.lines.push_back(
         {{x0, y0}, {x1, y1}, line_colours[colours_used_++ % std::size(line_colours)]});
-    if (!window_) {
-        window_ = new GraphWindow(&viewer_);
-        connect(window_, &GraphWindow::line_removed, this, &GraphController::remove_line);
-        connect(window_, &GraphWindow::lines_cleared, this, &GraphController::clear);
-        connect(window_, &GraphWindow::width_chosen, this, &GraphController::set_width);
-        connect(window_, &GraphWindow::pointed, this, &GraphController::point_at);
-    }
+    if (!window_) make_window();
     sample();
     window_->show();
     viewer_.view().update();
+}
+
+void GraphController::make_window() {
+    window_ = new GraphWindow(&viewer_);
+    connect(window_, &GraphWindow::line_moved, this, &GraphController::move_line);
+    connect(window_, &GraphWindow::line_removed, this, &GraphController::remove_line);
+    connect(window_, &GraphWindow::lines_cleared, this, &GraphController::clear);
+    connect(window_, &GraphWindow::width_chosen, this, &GraphController::set_width);
+    connect(window_, &GraphWindow::pointed, this, &GraphController::point_at);
+    connect(window_, &GraphWindow::image_chosen, this, &GraphController::choose_other);
+    OpenWindows& windows = OpenWindows::of_program();
+    windows.add(*window_);
+    connect(&windows, &OpenWindows::changed, this, &GraphController::follow_windows);
+    follow_windows();
+}
+
+QList<PictureWindow*> GraphController::comparable() const {
+    QList<PictureWindow*> found;
+    const auto own = viewer_.picture();
+    for (QWidget* window : OpenWindows::of_program().shown()) {
+        auto* other = dynamic_cast<PictureWindow*>(window);
+        if (!own || !other || other == &viewer_) continue;
+        const auto picture = other->picture();
+        if (picture && picture->values().same_size(own->values()) &&
+            other->quantity() == viewer_.quantity())
+            found.append(other);
+    }
+    return found;
+}
+
+void GraphController::follow_windows() {
+    for (QWidget* window : OpenWindows::of_program().shown()) {
+        auto* other = dynamic_cast<PictureWindow*>(window);
+        if (!other || other == &viewer_) continue;
+        connect(&other->view(), &VynFieldView::updated, this, &GraphController::picture_changed,
+                Qt::UniqueConnection);
+        connect(other, &QObject::destroyed, this, &GraphController::picture_changed,
+                Qt::UniqueConnection);
+    }
+    sample();
+}
+
+void GraphController::choose_other(int index, bool used) {
+    PictureWindow* const other = comparable().value(index);
+    if (!other || other != offered_.value(index)) return;
+    used_.removeAll(other);
+    if (used) used_.append(other);
+    sample();
+}
+
+void GraphController::move_line(std::size_t index, Point from, Point to) {
+    overlay_.lines[index].from = from;
+    overlay_.lines[index].to = to;
+    sample();
 }
 
 void GraphController::remove_line(std::size_t index) {
@@ -74,17 +127,31 @@ void GraphController::point_at(double distance) {
 
 void GraphController::sample() {
     std::vector<GraphCurve> curves;
-    const auto picture = viewer_.picture();
-    const auto total = viewer_.beside("_sigma");
-    const auto common = viewer_.beside("_sigma_common");
-    const auto area = viewer_.beside("_sigma_area");
-    if (picture)
-        for (const GraphLine& line : overlay_.lines) {
-            LineProfile profile = sample_profile(*picture, line.from, line.to, overlay_.width);
+    offered_ = comparable();
+    std::vector<const PictureWindow*> sources;
+    if (viewer_.picture()) sources.push_back(&viewer_);
+    std::vector<GraphImage> images;
+    for (PictureWindow* other : std::as_const(offered_)) {
+        images.push_back({other->windowTitle().remove(QStringLiteral("[*]")),
+                          used_.contains(QPointer<PictureWindow>(other))});
+        if (images.back().used) sources.push_back(other);
+    }
+    for (std::size_t i = 0; i < overlay_.lines.size(); ++i)
+        for (std::size_t k = 0; k < sources.size(); ++k) {
+            const GraphLine& line = overlay_.lines[i];
+            const PictureWindow& source = *sources[k];
+            LineProfile profile =
+                sample_profile(*source.picture(), line.from, line.to, overlay_.width);
+            const auto total = source.beside("_sigma");
+            const auto common = source.beside("_sigma_common");
+            const auto area = source.beside("_sigma_area");
             if (total && common && area)
                 add_sigmas(profile, {*total, *common, *area}, overlay_.width);
-            curves.push_back({std::move(profile), line.colour});
+            QString name = sources.size() > 1 ? source.windowTitle() : QString();
+            curves.push_back({std::move(profile), line.colour, i, k,
+                              name.remove(QStringLiteral("[*]"))});
         }
+    window_->show_images(images);
     window_->show_curves(std::move(curves), viewer_.windowTitle(), viewer_.quantity());
     point_at(std::nan(""));
 }

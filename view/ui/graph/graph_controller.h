@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 
 #include "view/ui/graph/graph_tool.h"
 
@@ -9,7 +10,8 @@ namespace vyn {
 class GraphWindow;
 class PictureWindow;
 
-/// The lines drawn on the image of one viewer and the window with their profiles.
+/// The lines drawn on the image of one viewer and the window with their profiles, also those of the
+/// same places of the images of other viewers.
 class GraphController : public QObject {
     Q_OBJECT
   public:
@@ -28,17 +30,25 @@ class GraphController : public QObject {
     GraphWindow* window() const { return window_; }
 
   private:
+    void make_window();
+    void move_line(std::size_t index, Point from, Point to);
     void remove_line(std::size_t index);
     void clear();
     void set_width(int width);
     void point_at(double distance);
+    /// Other viewers' images that the lines can be laid over: of this one's size and quantity.
+    QList<PictureWindow*> comparable() const;
+    void follow_windows();
+    void choose_other(int index, bool used);
     void sample();
 
     PictureWindow& viewer_;
-    GraphTool tool_;
     GraphLineOverlay overlay_;
+    GraphTool tool_;
     std::size_t colours_used_ = 0;
     GraphWindow* window_ = nullptr;  ///< a child of the viewer
+    QList<PictureWindow*> offered_;  ///< as the window lists them; for comparing, may be gone
+    QList<QPointer<PictureWindow>> used_;
 };
 
 }  // namespace vyn

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -30,10 +31,14 @@ class GraphLineOverlay final : public ViewOverlay {
 };
 
 /// Draws a line with the left button; Shift keeps it horizontal, vertical or diagonal. The view
-/// tells of the finished line by its signal `more_data`.
+/// tells of the finished line by its signal `more_data`. A line that is there already is moved, or
+/// one of its ends.
 class GraphTool final : public ViewTool {
   public:
-    explicit GraphTool(VynFieldView& view) : view_(view) {}
+    using Moved = std::function<void(std::size_t line, Point from, Point to)>;
+    /// `lines`: those that are there; `moved` is called while one is dragged.
+    GraphTool(VynFieldView& view, const std::vector<GraphLine>& lines, Moved moved)
+        : view_(view), lines_(lines), moved_(std::move(moved)) {}
     QCursor cursor() const override;
     void press(const ViewMouse& mouse) override;
     void move(const ViewMouse& mouse) override;
@@ -42,9 +47,23 @@ class GraphTool final : public ViewTool {
     void paint(QPainter& painter, const ViewTransform& transform) const override;
 
   private:
+    enum class Part { start, end, whole };
+    /// A line under the pointer, and while it is dragged where it was at first.
+    struct Grip {
+        std::size_t line;
+        Part part;
+        Point from;
+        Point to;
+        Point at;
+    };
+    std::optional<Grip> grip_at(const ViewMouse& mouse) const;
+    void drag(const ViewMouse& mouse);
     void act(MouseGesture::Event event);
 
     VynFieldView& view_;
+    const std::vector<GraphLine>& lines_;
+    Moved moved_;
+    std::optional<Grip> grip_;
     MouseGesture gesture_{GestureKind::drag};
     Point start_;
 };

@@ -18,10 +18,20 @@ namespace vyn {
 
 class NumberEdit;
 
-/// The profile of one line and its colour.
+/// The profile of one line.
 struct GraphCurve {
     LineProfile profile;
     QColor colour;
+    std::size_t line = 0;   ///< from 0
+    std::size_t image = 0;  ///< that it is of, from 0: the viewer's own; by its number dashed
+    QString image_name;     ///< empty where profiles of one image only are shown
+};
+
+/// An image that profiles of the same lines can be drawn of.
+struct GraphImage {
+    QString name;
+    bool used = false;
+    bool operator==(const GraphImage&) const = default;
 };
 
 /// Profiles along lines of an image: plotted with gaps where pixels are excluded, zoomed with the
@@ -34,6 +44,8 @@ class GraphWindow : public QMainWindow {
 
     /// `quantity` names the values, with their unit.
     void show_curves(std::vector<GraphCurve> curves, const QString& title, const QString& quantity);
+    /// Images of other viewers for the user to choose.
+    void show_images(const std::vector<GraphImage>& images);
     const std::vector<GraphCurve>& curves() const { return curves_; }
     QwtPlot& plot() const { return *plot_; }
 
@@ -50,6 +62,10 @@ class GraphWindow : public QMainWindow {
 
   Q_SIGNALS:
     void line_removed(std::size_t index);
+    /// A line's coordinates were typed.
+    void line_moved(std::size_t index, Point from, Point to);
+    /// An image of `show_images` is to be used, or not any more.
+    void image_chosen(int index, bool used);
     void lines_cleared();
     /// Pixels to be averaged across the lines.
     void width_chosen(int width);
@@ -60,6 +76,12 @@ class GraphWindow : public QMainWindow {
     void make_plot();
     void make_actions();
     void make_form();
+    QWidget* make_range_group();
+    QWidget* make_line_group();
+    QWidget* make_image_group();
+    void list_lines();
+    void show_ends();
+    void apply_ends();
     void draw_curves();
     void apply_ranges();
     void show_ranges();
@@ -74,6 +96,10 @@ class GraphWindow : public QMainWindow {
     NumberEdit* ranges_[4];  ///< distance from, to; value from, to
     QSpinBox* width_;
     QListWidget* list_;
+    NumberEdit* ends_[4];  ///< x and y of the chosen line's start, of its end
+    QListWidget* image_list_;
+    std::vector<GraphImage> images_;
+    bool writing_ = false;  ///< widgets are being set; their changes are not the user's
 };
 
 }  // namespace vyn

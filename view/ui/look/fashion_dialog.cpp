@@ -1,16 +1,19 @@
 #include "view/ui/look/fashion_dialog.h"
 
+#include <QCheckBox>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSpinBox>
 
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/numbers.h"
 #include "core/ui/number_edit.h"
+#include "view/ui/look/iso_form.h"
 #include "view/ui/look/palette_box.h"
 #include "view/ui/look/vector_form.h"
 
@@ -25,6 +28,7 @@ QFashionDlg::QFashionDlg(const Fashion& fashion, QWidget* parent)
     layout->addLayout(groups_);
     groups_->addWidget(make_paint_group());
     groups_->addWidget(make_palette_group());
+    groups_->addWidget(make_iso_group());
     groups_->addWidget(make_vector_group());
     layout->addWidget(make_buttons());
     set_limit_labels(tr("Paint min:"), tr("Paint max:"));
@@ -102,7 +106,7 @@ QGroupBox* QFashionDlg::make_paint_group() {
 
 QGroupBox* QFashionDlg::make_palette_group() {
     auto* group = new QGroupBox(tr("Palette"));
-    auto* layout = new QHBoxLayout(group);
+    auto* grid = new QGridLayout(group);
     auto* label = new QLabel(tr("Palette:"));
     palettes_ = new PaletteBox;
     palettes_->setObjectName(QStringLiteral("palette"));
@@ -111,12 +115,38 @@ QGroupBox* QFashionDlg::make_palette_group() {
     auto* add = new QPushButton(tr("&Add Palette"));
     add->setObjectName(QStringLiteral("add_palette"));
     add->setAutoDefault(false);
-    layout->addWidget(label);
-    layout->addWidget(palettes_, 1);
-    layout->addWidget(add);
+    inverted_ = new QCheckBox(tr("In&verted"));
+    inverted_->setObjectName(QStringLiteral("inverted"));
+    inverted_->setToolTip(tr("The last colour for the lower limit"));
+    levels_ = new QSpinBox;
+    levels_->setObjectName(QStringLiteral("levels"));
+    levels_->setRange(0, most_palette_levels);
+    levels_->setSpecialValueText(tr("smooth"));
+    levels_->setToolTip(tr("So many levels of one colour each between the limits"));
+    auto* levels_label = new QLabel(tr("&Levels:"));
+    levels_label->setBuddy(levels_);
+    grid->addWidget(label, 0, 0);
+    grid->addWidget(palettes_, 0, 1);
+    grid->addWidget(add, 0, 2);
+    grid->addWidget(levels_label, 1, 0);
+    grid->addWidget(levels_, 1, 1);
+    grid->addWidget(inverted_, 1, 2);
+    grid->setColumnStretch(1, 1);
+    connect(inverted_, &QCheckBox::toggled, this, &QFashionDlg::read_widgets);
+    connect(levels_, QOverload<int>::of(&QSpinBox::valueChanged), this,
+            &QFashionDlg::read_widgets);
     connect(palettes_, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &QFashionDlg::read_widgets);
     connect(add, &QPushButton::clicked, this, &QFashionDlg::add_palette);
+    return group;
+}
+
+QGroupBox* QFashionDlg::make_iso_group() {
+    auto* group = new QGroupBox(tr("Iso-lines"));
+    auto* layout = new QVBoxLayout(group);
+    iso_ = new IsoForm;
+    layout->addWidget(iso_);
+    connect(iso_, &IsoForm::style_chosen, this, &QFashionDlg::read_widgets);
     return group;
 }
 
@@ -207,6 +237,9 @@ void QFashionDlg::show_fashion(const Fashion& fashion) {
     set(*maximum_, fashion.limits.maximum);
     vectors_->show_style(fashion.vectors);
     palettes_->refresh(*fashion.palette);
+    inverted_->setChecked(fashion.palette_style.inverted);
+    levels_->setValue(fashion.palette_style.levels);
+    iso_->show_style(fashion.iso);
     complaint_->setText(QString::fromStdString(complaint_about(fashion.limits)));
     writing_ = false;
 }
@@ -220,6 +253,8 @@ void QFashionDlg::read_widgets() {
     if (writing_) return;
     Fashion read = fashion_;
     read.set_palette(palettes_->chosen());
+    read.palette_style = {inverted_->isChecked(), levels_->value()};
+    read.iso = iso_->style();
     read.vectors = vectors_->style();
     const auto minimum = minimum_->number();
     const auto maximum = maximum_->number();

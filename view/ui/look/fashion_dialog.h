@@ -7,19 +7,22 @@
 #include "render/picture_values.h"
 #include "view/ui/canvas/preparation.h"
 
+class QCheckBox;
 class QComboBox;
 class QGridLayout;
 class QGroupBox;
 class QLabel;
+class QSpinBox;
 class QVBoxLayout;
 
 namespace vyn {
 
+class IsoForm;
 class NumberEdit;
 class PaletteBox;
 class VectorForm;
 
-/// Limits, palette and vectors of a viewer. Every sound change shows in the viewer at once; Apply
+/// Limits, palette, iso-lines and vectors of a viewer. Every sound change shows in the viewer at once; Apply
 /// keeps it, Restore brings back what was shown when the dialog opened, Cancel what was kept last.
 class QFashionDlg : public QDialog {
     Q_OBJECT
@@ -57,6 +60,7 @@ class QFashionDlg : public QDialog {
     QGroupBox* make_paint_group();
     QGroupBox* make_vector_group();
     QGroupBox* make_palette_group();
+    QGroupBox* make_iso_group();
     QWidget* make_buttons();
     void read_widgets();
     void add_palette();
@@ -86,6 +90,9 @@ class QFashionDlg : public QDialog {
     QGroupBox* vector_group_ = nullptr;
     VectorForm* vectors_ = nullptr;
     PaletteBox* palettes_ = nullptr;
+    QCheckBox* inverted_ = nullptr;
+    QSpinBox* levels_ = nullptr;
+    IsoForm* iso_ = nullptr;
 };
 
 }  // namespace vyn

@@ -2,9 +2,12 @@
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QVBoxLayout>
 #include <limits>
 
+#include "api/quantity.h"
 #include "core/ui/number_edit.h"
+#include "view/ui/look/histogram_plot.h"
 
 namespace vyn {
 
@@ -19,7 +22,7 @@ bool sound(NumberEdit& edit) {
 }  // namespace
 
 ThresholdDialog::ThresholdDialog(const Limits& proposal, QWidget* parent)
-    : QDialog(parent), low_(new NumberEdit(this)), high_(new NumberEdit(this)) {
+    : QDialog(parent), low_(new NumberEdit(this)), high_(new NumberEdit(this)), histogram_(new HistogramPlot(this)) {
     setObjectName(QStringLiteral("Threshold"));
     setWindowTitle(tr("Threshold"));
     low_->setObjectName(QStringLiteral("low"));
@@ -28,13 +31,43 @@ ThresholdDialog::ThresholdDialog(const Limits& proposal, QWidget* parent)
     high_->setObjectName(QStringLiteral("high"));
     high_->setPlaceholderText(tr("no limit"));
     high_->set_number(proposal.maximum);
-    auto* form = new QFormLayout(this);
+    histogram_->setObjectName(QStringLiteral("histogram"));
+    auto* column = new QVBoxLayout(this);
+    column->addWidget(histogram_, 1);
+    auto* form = new QFormLayout;
     form->addRow(tr("&From value"), low_);
     form->addRow(tr("&To value"), high_);
+    column->addLayout(form);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &ThresholdDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &ThresholdDialog::reject);
-    form->addRow(buttons);
+    column->addWidget(buttons);
+    for (NumberEdit* edit : {low_, high_})
+        connect(edit, &QLineEdit::textChanged, this, &ThresholdDialog::read_fields);
+    connect(histogram_, &HistogramPlot::limits_dragged, this, [this](const Limits& limits) {
+        const Limits chosen = tidy(limits);
+        // Of an open end the line waits at the border.
+        if (chosen.minimum != low()) low_->set_number(chosen.minimum);
+        if (chosen.maximum != high()) high_->set_number(chosen.maximum);
+    });
+    read_fields();
+}
+
+void ThresholdDialog::set_picture(const std::shared_ptr<const image>& picture) {
+    preparation_.start(
+        Preparation::when_for(*picture),
+        [picture](Progress& progress) { return values_of(picture, nullptr, progress); },
+        [this](std::future<PictureValues> values) {
+            const PictureValues counted = values.get();
+            histogram_->set_histogram(
+                counted.histogram,
+                QString::fromStdString(field_label(*counted.picture).text()));
+        });
+}
+
+void ThresholdDialog::read_fields() {
+    histogram_->set_limits({low(), high()});
+    Q_EMIT range_changed();
 }
 
 double ThresholdDialog::low() const {

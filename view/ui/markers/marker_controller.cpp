@@ -80,8 +80,25 @@ void MarkerController::make_actions() {
     add_action(tr("&Pair Markers..."), "pair_markers",
                tr("Pair the markers with those of another image"), &MarkerController::pair);
     menu.addSeparator();
+    hide_ = menu.addAction(tr("&Hide Markers"));
+    hide_->setObjectName(QStringLiteral("hide_markers"));
+    hide_->setShortcut(QKeySequence(QStringLiteral("Ctrl+H")));
+    hide_->setToolTip(tr("Take the markers out of sight"));
+    hide_->setCheckable(true);
+    connect(hide_, &QAction::toggled, this, &MarkerController::hide);
+    viewer_.addAction(hide_);
     menu.addAction(dock_->toggleViewAction());
     menu.addAction(table_dock_->toggleViewAction());
+}
+
+void MarkerController::hide(bool hidden) {
+    hide_->setChecked(hidden);
+    overlay_.set_shown(!hidden);
+    viewer_.view().update();
+}
+
+bool MarkerController::hidden() const {
+    return hide_->isChecked();
 }
 
 ViewTool* MarkerController::tool(MouseMode mode) {

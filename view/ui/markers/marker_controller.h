@@ -10,6 +10,7 @@
 #include "view/ui/canvas/edit_controller.h"
 #include "view/ui/markers/marker_overlay.h"
 
+class QAction;
 class QDockWidget;
 
 namespace vyn {
@@ -37,6 +38,9 @@ class MarkerController : public EditController {
     void save();
     void clear();
     void options();
+    /// Takes the markers out of sight, or shows them again.
+    void hide(bool hidden);
+    bool hidden() const;
     /// Looks for dots in the image.
     void find();
     /// Pairs the markers with those of another image.
@@ -97,6 +101,7 @@ class MarkerController : public EditController {
     Point drag_start_;
 
     VynMarkerInfo* info_;
+    QAction* hide_ = nullptr;
     QDockWidget* dock_;
     QDockWidget* table_dock_;
     QPointer<MarkerFindingDialog> finding_;

@@ -67,6 +67,7 @@ void MarkerOverlay::set_dragged(std::optional<std::size_t> index, Point place) {
 }
 
 void MarkerOverlay::paint(QPainter& painter, const ViewTransform& transform) const {
+    if (!shown_) return;
     const double ratio = painter.device()->devicePixelRatioF();
     if (ratio != ratio_ || labels_.size() > most_labels) {
         signs_.clear();

@@ -25,6 +25,7 @@ class MarkerOverlay final : public ViewOverlay {
     explicit MarkerOverlay(QColor colour, MarkerLabels labels = MarkerLabels::numbers)
         : colour_(std::move(colour)), labels_shown_(labels) {}
 
+    void set_shown(bool shown) { shown_ = shown; }
     void set_markers(const MarkerSet& set, std::optional<std::size_t> current);
     /// While a marker is dragged it is drawn there.
     void set_dragged(std::optional<std::size_t> index, Point place);
@@ -37,6 +38,7 @@ class MarkerOverlay final : public ViewOverlay {
 
     QColor colour_;
     MarkerLabels labels_shown_;
+    bool shown_ = true;
     MarkerSet set_;
     std::optional<std::size_t> current_;
     std::optional<std::size_t> dragged_;

@@ -15,6 +15,8 @@
 #include "process/point/mask_file_task.h"
 #include "view/ui/canvas/field_view.h"
 #include "view/ui/canvas/picture_window.h"
+#include "view/ui/canvas/range_overlay.h"
+#include "view/ui/canvas/scoped_overlay.h"
 #include "view/ui/look/threshold_dialog.h"
 #include "view/ui/region/mask_file_dialog.h"
 
@@ -183,7 +185,18 @@ void RegionController::invert() {
 void RegionController::threshold() {
     if (!viewer_.picture()) return;
     ThresholdDialog dialog(viewer_.view().fashion().limits, &viewer_);
-    if (dialog.exec() != QDialog::Accepted) return;
+    dialog.set_picture(viewer_.picture());
+    RangeOverlay preview(viewer_.picture());
+    const auto show_range = [&] {
+        preview.set_range(dialog.low(), dialog.high());
+        viewer_.view().update();
+    };
+    connect(&dialog, &ThresholdDialog::range_changed, this, show_range);
+    {
+        const ScopedOverlay shown(viewer_.view(), preview);
+        show_range();
+        if (dialog.exec() != QDialog::Accepted) return;
+    }
     // Another one may be shown by now.
     const auto picture = viewer_.picture();
     if (!picture) return;

@@ -1,6 +1,8 @@
 #include "view/ui/window/field_viewer.h"
 
 #include <QAction>
+#include <QEvent>
+#include <QFileInfo>
 #include <QInputDialog>
 #include <QLabel>
 #include <QStatusBar>
@@ -10,6 +12,7 @@
 #include "core/keys.h"
 #include "render/difference.h"
 #include "render/prepared_picture.h"
+#include "render/ticks.h"
 #include "view/ui/look/advanced_fashion_dialog.h"
 #include "view/ui/window/field_viewer_parts.h"
 
@@ -105,6 +108,15 @@ void VynFieldViewer::suggest_fashion(const image& picture, const Limits& limits)
     Fashion fashion = parts_->view->fashion();
     fashion.limits = tidy(limits);
     fashion.channels = {};
+    if (const Ticks ticks = make_ticks(fashion.limits.minimum, fashion.limits.maximum, 11);
+        ticks.step > 0)
+        fashion.iso.step = ticks.step;
+    // One that the user chose stays.
+    if (parts_->suggested_palette.empty() || fashion.palette->name == parts_->suggested_palette) {
+        parts_->suggested_palette = usual_palette(picture.quantity);
+        if (const palette_array* palette = find_palette(parts_->suggested_palette))
+            fashion.set_palette(*palette);
+    }
     if (picture.displacement) {
         fashion.vectors = suggested_vectors(picture);
         fashion.vectors.shown = !picture.quantity.deviation;
@@ -148,6 +160,10 @@ void VynFieldViewer::apply_channels() {
 
 void VynFieldViewer::show_title() {
     QString text = caption();
+    const std::string project =
+        parts_->list.get() == &get_images() ? read(std::as_const(vyn_db()), keys::head_file) : "";
+    if (!project.empty())
+        text += QStringLiteral(" - ") + QFileInfo(QString::fromStdString(project)).fileName();
     if (!parts_->out_of_date.isEmpty()) text += tr(" (out of date)");
     setWindowTitle(text + QStringLiteral("[*]"));
     if (!parts_->view->picture())
@@ -156,6 +172,12 @@ void VynFieldViewer::show_title() {
         parts_->state_label->setText(parts_->out_of_date.isEmpty()
                                          ? QString()
                                          : tr("Out of date: %1").arg(parts_->out_of_date));
+}
+
+void VynFieldViewer::changeEvent(QEvent* event) {
+    // The project may have been saved under another name.
+    if (event->type() == QEvent::ActivationChange) show_title();
+    QMainWindow::changeEvent(event);
 }
 
 void VynFieldViewer::enable_actions() {
@@ -212,7 +234,10 @@ void VynFieldViewer::set_mode(MouseMode mode) {
             action = a.marker_del_mode;
             break;
     }
-    if (is_marker_mode(mode)) tool = parts_->markers->tool(mode);
+    if (is_marker_mode(mode)) {
+        tool = parts_->markers->tool(mode);
+        parts_->markers->hide(false);
+    }
     parts_->view->set_tool(tool);
     if (action) action->setChecked(true);
 }

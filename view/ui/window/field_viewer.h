@@ -109,6 +109,7 @@ class VynFieldViewer : public PictureWindow {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     struct Parts;

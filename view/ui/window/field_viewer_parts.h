@@ -43,6 +43,7 @@ struct VynFieldViewer::Parts {
     QString title;
     QString out_of_date;             ///< why; empty when the image is up to date
     bool fashion_suggested = false;  ///< limits and vectors were taken from the image once
+    std::string suggested_palette;   ///< its name; empty before the first one
     ImageWatcher watcher;
     Preparation preparation;  ///< of the watched image, until it is shown
 

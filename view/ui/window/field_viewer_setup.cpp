@@ -1,8 +1,11 @@
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
@@ -11,6 +14,8 @@
 #include "view/ui/window/edit_actions.h"
 #include "view/ui/window/field_viewer_parts.h"
 #include "view/ui/window/key_arbiter.h"
+#include "view/ui/window/open_windows.h"
+#include "view/ui/window/zoom_box.h"
 
 namespace vyn {
 
@@ -18,6 +23,16 @@ namespace {
 
 const QString geometry_setting = QStringLiteral("viewer/geometry");
 const QString panels_setting = QStringLiteral("viewer/panels");
+constexpr QSize least_size{320, 240};
+
+/// A panel that scrolls where the window is too small for it.
+QScrollArea* scrolled(QWidget* panel) {
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(panel);
+    return area;
+}
 
 }  // namespace
 
@@ -40,19 +55,20 @@ void VynFieldViewer::make_panels() {
                                      a.marker_del_mode});
     auto* dock = new QDockWidget(tr("Function Bar"), this);
     dock->setObjectName(QStringLiteral("function bar"));
-    dock->setWidget(parts_->function_bar);
+    dock->setWidget(scrolled(parts_->function_bar));
     addDockWidget(Qt::RightDockWidgetArea, dock);
 
     parts_->cell_panel = new CellPanel;
     auto* cell_dock = new QDockWidget(tr("Cell Under the Pointer"), this);
     cell_dock->setObjectName(QStringLiteral("cell panel"));
-    cell_dock->setWidget(parts_->cell_panel);
+    cell_dock->setWidget(scrolled(parts_->cell_panel));
     addDockWidget(Qt::RightDockWidgetArea, cell_dock);
     cell_dock->hide();
 
     parts_->state_label = new QLabel;
     parts_->state_label->setObjectName(QStringLiteral("state"));
     statusBar()->addPermanentWidget(parts_->state_label);
+    statusBar()->addPermanentWidget(new ZoomBox(*parts_->view));
 }
 
 void VynFieldViewer::restore_layout() {
@@ -60,6 +76,9 @@ void VynFieldViewer::restore_layout() {
     if (!restoreGeometry(settings.value(geometry_setting).toByteArray()))
         resize(on_screen({1100, 760}));
     restoreState(settings.value(panels_setting).toByteArray());
+    setMinimumSize(least_size);
+    OpenWindows::of_program().step_aside(*this);
+    OpenWindows::of_program().add(*this);
 }
 
 void VynFieldViewer::closeEvent(QCloseEvent* event) {
@@ -110,6 +129,14 @@ void VynFieldViewer::make_bars() {
         findChild<QDockWidget*>(QStringLiteral("cell panel"))->toggleViewAction());
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
+    menuBar()->addMenu(make_window_menu(this));
+    QMenu* help_menu = menuBar()->addMenu(tr("&Help"));
+    // The program answers this key in every window, with the page of what has the keyboard.
+    QAction* help = help_menu->addAction(tr("&Contents") + QStringLiteral("\tF1"), this, [this] {
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
+        QApplication::sendEvent(this, &key);
+    });
+    help->setObjectName(QStringLiteral("viewer_manual"));
 }
 
 void VynFieldViewer::make_modes() {
