@@ -11,6 +11,8 @@
 #include "api/parallel.h"
 #include "bench/measure.h"
 #include "bench/scene.h"
+#include "render/iso_levels.h"
+#include "render/iso_lines.h"
 #include "render/limits.h"
 #include "render/render.h"
 
@@ -48,6 +50,8 @@ class View {
         const double zoom = fit_ * (1 + 0.01 * (++step_ % 200));
         draw_field({-0.5, -0.5, zoom, view_width, view_height}, colours_);
     }
+    void iso_fit() { trace({-0.5, -0.5, fit_, view_width, view_height}); }
+    void iso_1() { trace({10, 10, 1, view_width, view_height}); }
     void difference() {
         draw(DifferenceSource{off_levels_, on_levels_}, {-0.5, -0.5, fit_, view_width, view_height},
              other_limits());
@@ -75,6 +79,10 @@ class View {
     const colour_map& other_limits() {
         colours_.set_limits(0, 2500 + ++step_ % 100);
         return colours_;
+    }
+    void trace(const ViewRectangle& seen) {
+        benchmark::DoNotOptimize(
+            iso_lines(FieldSource{off_levels_}, seen, iso_levels({0, 2500}, 10)).size());
     }
     void draw_field(const ViewRectangle& rectangle, const colour_map& colours) {
         draw(FieldSource{off_levels_}, rectangle, colours);
@@ -113,6 +121,8 @@ void register_view_benchmarks() {
         {"view_limits_1", &View::limits_1},
         {"view_pan", &View::pan},
         {"view_zoom", &View::zoom},
+        {"view_iso_lines_fit", &View::iso_fit},
+        {"view_iso_lines_1", &View::iso_1},
         {"view_difference", &View::difference},
         {"view_summary", &View::summary},
         {"view_percentiles", &View::percentile_limits},

@@ -88,6 +88,23 @@ void measure_redraw(VynFieldView& view, const char* where, int n) {
         view.repaint();
     });
     view.set_transform(start);
+    fashion.iso.kind = IsoStyle::Kind::number;
+    view.set_fashion(fashion);
+    measure(name("pan_iso_lines").c_str(), n, [&](int i) {
+        view.set_transform({start.zoom, start.origin + QPointF(7, 5) * i / start.zoom});
+        view.repaint();
+    });
+    view.set_transform(start);
+    measure(name("still_iso_lines").c_str(), n, [&](int) { view.repaint(); });
+    fashion.iso.kind = IsoStyle::Kind::none;
+    fashion.palette_style = {true, 12};
+    measure(name("levels").c_str(), n, [&](int i) {
+        fashion.limits = {800.0 + i, 2600.0 - i};
+        view.set_fashion(fashion);
+        view.repaint();
+    });
+    fashion.palette_style = {};
+    view.set_fashion(fashion);
 }
 
 /// Runs an action on the GUI thread, and its event loop until the outcome is seen.

@@ -25,7 +25,7 @@ struct IsoLine {
 std::vector<IsoLine> trace_iso_lines(const Bitmap<float>& grid, std::span<const double> levels);
 
 /// How many steps lines have at most in a window, which is to be redrawn at once.
-inline constexpr std::size_t most_iso_steps = 30000;
+inline constexpr std::size_t most_iso_steps = 10000;
 
 /// The lines of what a rectangle shows, image positions. They go through means over some two screen
 /// pixels, and over larger squares where noise would make more than `most_steps` steps of them, so

@@ -31,6 +31,17 @@ std::string ExportType::filter() const {
     return label + " (" + patterns + ")";
 }
 
+const ExportType& type_for(const std::vector<ExportType>& types, const ExportType& chosen,
+                           const fs::path& file) {
+    const std::string extension = lower_extension(file);
+    const auto has = [&](const ExportType& type) {
+        return std::ranges::find(type.extensions, extension) != type.extensions.end();
+    };
+    if (has(chosen)) return chosen;
+    const auto found = std::ranges::find_if(types, has);
+    return found == types.end() ? chosen : *found;
+}
+
 fs::path ExportType::named(fs::path file) const {
     if (std::ranges::find(extensions, lower_extension(file)) == extensions.end())
         file += "." + extensions.front();

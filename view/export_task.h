@@ -32,6 +32,11 @@ struct ExportType {
     std::filesystem::path named(std::filesystem::path file) const;
 };
 
+/// The type that a name typed in a file dialog asks for: the one whose extension it has, the chosen
+/// one before all others, and the chosen one where it has none or an unknown one.
+const ExportType& type_for(const std::vector<ExportType>& types, const ExportType& chosen,
+                           const std::filesystem::path& file);
+
 /// The types for presentation, then every format that a plug-in writes.
 std::vector<ExportType> export_types();
 /// The formats that a plug-in writes, the field file first.

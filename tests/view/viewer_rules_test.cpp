@@ -5,6 +5,7 @@
 #include "api/image_io.h"
 #include "tests/support/temporary_folder.h"
 #include "view/edit/double_keys.h"
+#include "view/export_task.h"
 #include "view/probe_text.h"
 #include "view/save_rules.h"
 
@@ -74,6 +75,27 @@ TEST_F(SaveRules, RawDataIsNeverTheTarget) {
     computed_field.name = image_names::field;
     project.add(image(computed_field));
     EXPECT_TRUE(allowed(computed, computed_field, "pressure.imp"));
+}
+
+TEST(ExportTypes, TheTypedExtensionChooses) {
+    const std::vector<ExportType> types{{ExportKind::png_graphics, "PNG graphics file", {"png"}},
+                                        {ExportKind::tecplot, "Techplot", {"dat"}},
+                                        {ExportKind::image_file, "TIFF image", {"tif", "tiff"}},
+                                        {ExportKind::image_file, "PNG image", {"png"}}};
+    struct Case {
+        std::size_t chosen;
+        const char* typed;
+        std::size_t expected;
+        const char* file;
+    };
+    const Case cases[] = {{0, "a.TIFF", 2, "a.TIFF"},   {2, "a.png", 0, "a.png"},
+                          {3, "a.png", 3, "a.png"},     {1, "a", 1, "a.dat"},
+                          {0, "M0.85", 0, "M0.85.png"}, {1, "b.dat", 1, "b.dat"}};
+    for (const Case& c : cases) {
+        const ExportType& type = type_for(types, types[c.chosen], c.typed);
+        EXPECT_EQ(&type, &types[c.expected]) << c.typed;
+        EXPECT_EQ(type.named(c.typed), c.file);
+    }
 }
 
 TEST(ProbeText, FollowsTheState) {

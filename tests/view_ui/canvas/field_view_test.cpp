@@ -190,6 +190,57 @@ TEST_F(FieldView, VectorsAreDrawnWhereTheImageHasThem) {
     EXPECT_TRUE(differs(4, 3));
     EXPECT_FALSE(differs(1, 0)) << "skipped column";
     EXPECT_FALSE(differs(2, 2)) << "excluded";
+
+    // A displacement file: the grid itself is the image, its nodes are the pixels.
+    image grid(8, 8);
+    grid.values().fill(1);
+    grid.displacement = picture.displacement;
+    show(grid);
+    view.set_transform({32, {-0.5, -0.5}});
+    fashion.vectors = {false, 0.8, 1, 1};
+    view.set_fashion(fashion);
+    const QImage bare_grid = view.grab().toImage();
+    fashion.vectors.shown = true;
+    view.set_fashion(fashion);
+    const QImage drawn_grid = view.grab().toImage();
+    for (int r = 0; r < 8; ++r)
+        for (int c = 0; c < 8; ++c) {
+            const QPoint middle = view.transform().to_widget({c + 0.4, double(r)}).toPoint();
+            EXPECT_NE(bare_grid.pixel(middle), drawn_grid.pixel(middle)) << c << ' ' << r;
+        }
+}
+
+TEST_F(FieldView, IsoLinesInvertedColoursAndLevelsAreSeen) {
+    image ramp = test::picture_of(40, 30, [](int x, int) { return x; });
+    ramp.mask()(39, 29) = 1;
+    show(ramp);
+    view.set_transform({10, {-0.5, -0.5}});
+    Fashion fashion;
+    fashion.limits = {0, 40};
+    fashion.palette_style = {true, 4};
+    view.set_fashion(fashion);
+    const QImage plain = view.grab().toImage();
+    const auto at = [&](const QImage& seen, double x, double y) {
+        return seen.pixel(view.transform().to_widget({x, y}).toPoint());
+    };
+    const colour_map smooth(0, 40, *fashion.palette);
+    EXPECT_EQ(at(plain, 10, 15), at(plain, 19, 15));
+    EXPECT_NE(at(plain, 19, 15), at(plain, 20, 15));
+    EXPECT_NEAR(qRed(at(plain, 5, 15)), qRed(smooth.colour(35, false, true)), 3);
+    EXPECT_EQ(at(plain, 39, 29), smooth.colour(0, true, true));
+
+    fashion.iso.kind = IsoStyle::Kind::step;
+    fashion.iso.step = 10;
+    fashion.iso.labels = false;
+    view.set_fashion(fashion);
+    const QImage lined = view.grab().toImage();
+    for (const double level : {10.0, 20.0, 30.0}) {
+        EXPECT_NE(at(plain, level, 7), at(lined, level, 7));
+        EXPECT_EQ(at(plain, level + 2, 7), at(lined, level + 2, 7));
+    }
+    fashion.iso.labels = true;
+    view.set_fashion(fashion);
+    EXPECT_NE(view.grab().toImage(), lined);
 }
 
 }  // namespace

@@ -56,6 +56,69 @@ TEST_F(Graph, LinesDrawnOnTheImageBecomeCurves) {
     EXPECT_TRUE(window().curves().empty());
 }
 
+TEST_F(Graph, LinesAreMovedWithTheMouseAndByTypedCoordinates) {
+    show(ramp(), "wind_on_sens");
+    trigger("show_graph_mode");
+    drag({{20, 20}, {40, 20}});
+    const auto line = [&] { return window().curves()[0].profile; };
+    drag({{40, 20}, {35, 25}, {40, 30}});
+    ASSERT_EQ(window().curves().size(), 1U) << "its end is taken, no new line begun";
+    EXPECT_EQ(line().from, (Point{20, 20}));
+    EXPECT_EQ(line().to, (Point{40, 30}));
+    EXPECT_EQ(line().samples.back().value, 40);
+    drag({{30, 25}, {32, 24}});
+    EXPECT_EQ(line().from, (Point{22, 19}));
+    EXPECT_EQ(line().to, (Point{42, 29}));
+
+    const auto type = [&](const char* name, const char* text) {
+        auto* edit = window().findChild<NumberEdit*>(QLatin1String(name));
+        edit->setFocus();
+        edit->selectAll();
+        QTest::keyClicks(edit, QLatin1String(text));
+        QTest::keyClick(edit, Qt::Key_Return);
+    };
+    type("start_y", "9.5");
+    type("end_x", "50.25");
+    EXPECT_EQ(line().from, (Point{22, 9.5}));
+    EXPECT_EQ(line().to, (Point{50.25, 29}));
+    type("end_x", "nonsense");
+    EXPECT_EQ(line().to, (Point{50.25, 29}));
+}
+
+TEST_F(Graph, LinesAreLaidOverTheImagesOfOtherViewers) {
+    image other = ramp();
+    other.name = "wind_off_sens";
+    for (int y = 0; y < other.height(); ++y)
+        for (int x = 0; x < other.width(); ++x)
+            other.values()(x, y) += 5000;
+    get_images().add(std::move(other));
+    get_images().add(test::ramp_image("of_another_size"));
+    ViewerTest::show("wind_off_sens", true, QStringLiteral("Wind-off"));
+    ViewerTest::show("of_another_size");
+    show(ramp(), "wind_on_sens");
+    trigger("show_graph_mode");
+    drag({{20, 20}, {40, 20}});
+    auto* images = window().findChild<QListWidget*>(QStringLiteral("images"));
+    ASSERT_EQ(images->count(), 1);
+    EXPECT_EQ(images->item(0)->text(), QStringLiteral("Wind-off"));
+    EXPECT_EQ(window().curves().size(), 1U);
+    images->item(0)->setCheckState(Qt::Checked);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window().curves().size() == 2; }));
+    EXPECT_EQ(window().curves()[0].profile.samples[5].value, 25);
+    EXPECT_EQ(window().curves()[1].profile.samples[5].value, 5025);
+    EXPECT_EQ(window().findChild<QListWidget*>(QStringLiteral("lines"))->count(), 1);
+    window().copy_table();
+    const QString table = QGuiApplication::clipboard()->text();
+    EXPECT_TRUE(table.startsWith(QStringLiteral("line,distance,x,y,value,image\n1,0,20,20,20,")));
+    EXPECT_TRUE(table.contains(QStringLiteral("1,5,25,20,5025,\"Wind-off\"")));
+
+    image changed = *get_images().find("wind_off_sens");
+    changed.values()(25, 20) = 1;
+    get_images().add(std::move(changed));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return window().curves()[1].profile.samples[5].value == 1; }));
+}
+
 TEST_F(Graph, FollowsTheImageAndGoesEmptyWithIt) {
     show(ramp(), "wind_on_sens");
     trigger("show_graph_mode");

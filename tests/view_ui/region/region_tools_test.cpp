@@ -11,6 +11,7 @@
 #include "process/point/raw_images.h"
 #include "tests/support/picture_of.h"
 #include "tests/view_ui/edit_fixture.h"
+#include "view/ui/look/histogram_plot.h"
 
 namespace vyn {
 namespace {
@@ -95,7 +96,19 @@ TEST_F(RegionTools, MarkersAndRegionsAreUndoneInTheOrderTheyWereMade) {
 TEST_F(RegionTools, AThresholdDrawsIntoTheRegionPlane) {
     show_ramp();
     choose("region plane", 1);
-    answer<QDialog>([](QDialog& dialog) {
+    const QImage before = view().grab().toImage();
+    answer<QDialog>([&](QDialog& dialog) {
+        dialog.findChild<NumberEdit*>(QStringLiteral("low"))->setText(QStringLiteral("80"));
+        dialog.findChild<NumberEdit*>(QStringLiteral("high"))->clear();
+        const QImage preview = view().grab().toImage();
+        const auto tinted = [&](int x) {
+            return preview.pixel(at(x, 5)) != before.pixel(at(x, 5));
+        };
+        EXPECT_TRUE(tinted(80));
+        EXPECT_FALSE(tinted(79));
+        auto* histogram = dialog.findChild<HistogramPlot*>();
+        Q_EMIT histogram->limits_dragged({70, 90});
+        EXPECT_EQ(dialog.findChild<NumberEdit*>(QStringLiteral("low"))->number(), 70);
         dialog.findChild<NumberEdit*>(QStringLiteral("low"))->setText(QStringLiteral("80"));
         dialog.findChild<NumberEdit*>(QStringLiteral("high"))->clear();
         dialog.accept();

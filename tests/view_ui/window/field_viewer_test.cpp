@@ -1,9 +1,13 @@
 #include "view/ui/window/field_viewer.h"
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
 #include <QMouseEvent>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QToolBar>
@@ -13,6 +17,7 @@
 #include "tests/view_ui/viewer_fixture.h"
 #include "view/edit/double_keys.h"
 #include "view/ui/canvas/colour_bar.h"
+#include "view/ui/window/open_windows.h"
 
 namespace vyn {
 namespace {
@@ -141,6 +146,102 @@ TEST_F(FieldViewer, FollowsTheRecomputedImageAndKeepsItsLimits) {
                     .contains(QStringLiteral("the dark level changed")));
     viewer.set_out_of_date(false, {});
     EXPECT_EQ(viewer.windowTitle(), QStringLiteral("field_P[*]"));
+}
+
+TEST_F(FieldViewer, TellsTheProjectAndShowsWhatACameraTookInGrey) {
+    image raw = ramp_image("wind_on_sens");
+    raw.quantity = {Quantity::Kind::raw_counts};
+    get_images().add(std::move(raw));
+    write(vyn_db(), keys::head_file, std::string("/data/cone.xml"));
+    VynFieldViewer& field = show("field_P", false, QStringLiteral("Pressure field"));
+    EXPECT_EQ(field.windowTitle(), QStringLiteral("Pressure field - cone.xml[*]"));
+    EXPECT_EQ(field.caption(), QStringLiteral("Pressure field"));
+    EXPECT_EQ(field.view().fashion().palette->name, "rainbow");
+    const VynFieldViewer& camera = show("wind_on_sens", true);
+    EXPECT_EQ(camera.view().fashion().palette->name, "grey");
+}
+
+TEST_F(FieldViewer, ZoomIsToldAndSet) {
+    VynFieldViewer& viewer = show("field_P");
+    auto* box = viewer.findChild<QComboBox*>(QStringLiteral("zoom_factor"));
+    viewer.view().set_transform({2, {0, 0}});
+    EXPECT_EQ(box->currentText(), QStringLiteral("200 %"));
+    const QPointF middle = viewer.view().transform().to_image(QRectF(viewer.view().rect()).center());
+    for (const auto& [typed, zoom] : {std::pair{"50", 0.5}, {"1:1", 1.0}, {" 37.5%", 0.375}}) {
+        box->lineEdit()->selectAll();
+        QTest::keyClicks(box->lineEdit(), QLatin1String(typed));
+        QTest::keyClick(box->lineEdit(), Qt::Key_Return);
+        EXPECT_NEAR(viewer.view().transform().zoom, zoom, 1e-9) << typed;
+    }
+    EXPECT_EQ(box->currentText(), QStringLiteral("37.5 %"));
+    const QPointF off =
+        viewer.view().transform().to_image(QRectF(viewer.view().rect()).center()) - middle;
+    EXPECT_LT(off.manhattanLength(), 1e-6);
+    Q_EMIT box->activated(box->findText(QStringLiteral("Fit")));
+    EXPECT_GT(viewer.view().transform().zoom, 5);
+}
+
+TEST_F(FieldViewer, ViewersStandAsideAreListedAndTiled) {
+    VynFieldViewer& a = show("field_P", false, QStringLiteral("A & B"));
+    VynFieldViewer& b = show("field_P");
+    EXPECT_GE((a.pos() - b.pos()).manhattanLength(), 20);
+    const QSize usual = a.size();
+    a.resize(320, 240);
+    EXPECT_EQ(a.size(), QSize(320, 240));
+    auto* menu = b.findChild<QMenu*>(QStringLiteral("window_menu"));
+    const auto entries = [menu] {
+        Q_EMIT menu->aboutToShow();
+        QStringList texts;
+        for (const QAction* action : menu->actions())
+            texts << action->text() + (action->isChecked() ? QStringLiteral(" *") : QString());
+        return texts.mid(3);
+    };
+    EXPECT_EQ(entries(), QStringList({QStringLiteral("&1 A && B"), QStringLiteral("&2 field_P *")}));
+    menu->findChild<QAction*>(QStringLiteral("tile_windows"))->trigger();
+    EXPECT_FALSE(a.geometry().intersects(b.geometry()));
+    EXPECT_TRUE(a.screen()->availableGeometry().contains(a.geometry()));
+    a.resize(usual);  // the next viewer is of the size of the one closed last
+    a.close();
+    EXPECT_EQ(entries(), QStringList({QStringLiteral("&1 field_P *")}));
+}
+
+TEST(WindowPlaces, TilesCoverTheScreenAndTitlesStayUncovered) {
+    const QRect area(10, 20, 1000, 700);
+    for (int count = 1; count < 12; ++count) {
+        const QList<QRect> tiles = tiled_places(area, count);
+        int covered = 0;
+        for (const QRect& tile : tiles) {
+            EXPECT_TRUE(area.contains(tile));
+            covered += tile.width() * tile.height();
+        }
+        EXPECT_EQ(covered, area.width() * area.height()) << count;
+    }
+    QList<QPoint> taken;
+    for (int i = 0; i < 60; ++i) {
+        const QPoint place = cascaded_place(area, {800, 600}, area.topLeft(), taken);
+        EXPECT_TRUE(area.contains(place + QPoint(400, 300)));
+        for (const QPoint& other : taken)
+            EXPECT_NE(place, other);
+        taken << place;
+    }
+}
+
+TEST_F(FieldViewer, MarkersAreHiddenUntilTheyAreWorkedOn) {
+    image marked = ramp_image("field_P");
+    Marker marker;
+    marker.x = 20;
+    marker.y = 15;
+    marked.markers.markers.push_back(marker);
+    get_images().add(std::move(marked));
+    VynFieldViewer& viewer = show("field_P");
+    const QImage shown = viewer.view().grab().toImage();
+    QTest::keyClick(&viewer, Qt::Key_H, Qt::ControlModifier);
+    const QImage hidden = viewer.view().grab().toImage();
+    EXPECT_NE(shown, hidden);
+    EXPECT_TRUE(viewer.markers_hidden());
+    viewer.set_mode(MouseMode::marker_move);
+    EXPECT_FALSE(viewer.markers_hidden());
+    EXPECT_EQ(viewer.view().grab().toImage(), shown);
 }
 
 TEST_F(FieldViewer, SaysThatItsImageWasRemovedAndShowsItAgain) {

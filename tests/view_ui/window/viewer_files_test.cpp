@@ -172,6 +172,22 @@ TEST_F(ViewerFiles, ExportsWhatIsSeen) {
     const std::string table = test::get_file(folder / "field.dat");
     EXPECT_EQ(table.substr(0, table.find('\n')), "TITLE=\"Pressure Field, Cp\"");
     EXPECT_EQ(std::ranges::count(table, '\n'), 4 + 40 * 30);
+
+    // The typed extension counts, and the point's next export begins where this one ended.
+    test::choose_file(path(folder / "typed.tiff"), QStringLiteral("Techplot (*.dat)"));
+    viewer.actions().image_export->trigger();
+    EXPECT_EQ(read_image(folder / "typed.tiff").width(), 40);
+    EXPECT_EQ(viewer.statusBar()->currentMessage(), path(folder / "typed.tiff") + " written");
+    QString proposed;
+    QString type;
+    test::when_shown<QFileDialog>([&](QFileDialog& dialog) {
+        proposed = dialog.selectedFiles().value(0);
+        type = dialog.selectedNameFilter();
+        dialog.reject();
+    });
+    viewer.actions().image_export->trigger();
+    EXPECT_EQ(proposed.toStdString(), (folder / "typed.tiff").string());
+    EXPECT_TRUE(type.contains(QStringLiteral("tif"))) << type.toStdString();
 }
 
 }  // namespace

@@ -204,6 +204,10 @@ void QFashionDlg::set_picture(const std::shared_ptr<const image>& picture,
         });
 }
 
+void QFashionDlg::hide_iso_lines() {
+    iso_->parentWidget()->hide();
+}
+
 void QFashionDlg::show_values(const PictureValues& values) {
     values_ = values;
     percentiles_.cancel();

@@ -34,6 +34,8 @@ class QFashionDlg : public QDialog {
     /// taken from, as soon as its values are counted.
     void set_picture(const std::shared_ptr<const image>& picture,
                      const std::shared_ptr<const image>& subtracted);
+    /// For a window that has its own choice of them.
+    void hide_iso_lines();
     /// The viewer's fashion changed by other means.
     virtual void show_fashion(const Fashion& fashion);
 

@@ -7,6 +7,7 @@
 
 #include "api/quantity.h"
 #include "core/ui/number_edit.h"
+#include "render/fashion.h"
 #include "view/ui/look/histogram_plot.h"
 
 namespace vyn {

@@ -128,7 +128,8 @@ void ModelCanvas::draw(Detail detail) {
     clock.start();
     Progress quiet;
     ModelLook look;
-    look.colours = colour_map(display_.limits.minimum, display_.limits.maximum, *display_.palette);
+    look.colours = colour_map(display_.limits.minimum, display_.limits.maximum,
+                              styled(*display_.palette, display_.palette_style));
     look.quantity = quantity();
     look.light = display_.light;
     look.edges = display_.edges;

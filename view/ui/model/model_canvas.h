@@ -19,6 +19,7 @@ struct ModelDisplay {
     std::string quantity;  ///< empty: the shape alone
     Limits limits;
     std::shared_ptr<const palette_array> palette = std::make_shared<const palette_array>();
+    PaletteStyle palette_style;
     bool light = true;
     bool edges = false;
     bool markers = true;

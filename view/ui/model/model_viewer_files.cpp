@@ -38,6 +38,7 @@ Fashion ModelViewer::fashion() const {
     Fashion fashion;
     fashion.limits = display_.limits;
     fashion.palette = display_.palette;
+    fashion.palette_style = display_.palette_style;
     return fashion;
 }
 
@@ -45,8 +46,10 @@ void ModelViewer::edit_fashion() {
     if (!fashion_dialog_) {
         fashion_dialog_ = new QFashionDlg(fashion(), this);
         fashion_dialog_->setAttribute(Qt::WA_DeleteOnClose);
+        fashion_dialog_->hide_iso_lines();
         connect(fashion_dialog_, &QFashionDlg::fashion_chosen, this, [this](const Fashion& chosen) {
             display_.palette = chosen.palette;
+            display_.palette_style = chosen.palette_style;
             palettes_->refresh(*display_.palette);
             set_limits(chosen.limits);
         });
@@ -75,7 +78,7 @@ void ModelViewer::write_picture(const std::string& file) {
     Progress quiet;
     FrameOptions frame;
     frame.limits = display_.limits;
-    frame.palette = *display_.palette;
+    frame.palette = styled(*display_.palette, display_.palette_style);
     ModelLook look;
     look.quantity = model_->mesh.find(display_.quantity);
     look.light = display_.light;

@@ -41,6 +41,7 @@ class VynFieldViewer : public PictureWindow {
     /// The image of that name of the program's list, not one of a file.
     bool shows_project_image(const std::string& name) const;
     PictureOrigin origin() const;
+    bool markers_hidden() const;
     bool is_camera_image() const { return origin() == PictureOrigin::camera; }
     std::shared_ptr<const image> picture() const override;
     std::shared_ptr<const image> beside(const std::string& name_end) const override;

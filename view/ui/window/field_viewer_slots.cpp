@@ -60,6 +60,10 @@ MouseMode VynFieldViewer::mode() const {
     return parts_->mode;
 }
 
+bool VynFieldViewer::markers_hidden() const {
+    return parts_->markers->hidden();
+}
+
 bool VynFieldViewer::may_discard() {
     if (!isWindowModified() || parts_->list.get() == &get_images()) return true;
     return QMessageBox::warning(this, tr("Warning!"),

@@ -8,8 +8,10 @@
 #include "api/image_io.h"
 #include "core/ascii.h"
 #include "core/data_set.h"
+#include "core/keys.h"
 #include "core/log.h"
 #include "core/ui/busy_box.h"
+#include "core/ui/remembered_files.h"
 #include "process/point/project_paths.h"
 #include "view/open_task.h"
 #include "view/probe_text.h"
@@ -102,7 +104,7 @@ bool ViewerFiles::may_write(const fs::path& typed, const fs::path& file, const i
     }
     // The dialog asked about the name as it was typed.
     std::error_code ignored;
-    return file == typed || !fs::exists(file, ignored) ||
+    return file == fs::absolute(typed) || !fs::exists(file, ignored) ||
            QMessageBox::question(&viewer_, tr("Save"),
                                  tr("%1 already exists.\nDo you want to replace it?")
                                      .arg(QString::fromStdString(file.string())),
@@ -117,21 +119,34 @@ std::optional<ViewerFiles::Choice> ViewerFiles::choose(const QString& caption,
     QStringList filters;
     for (const ExportType& type : types)
         filters << QString::fromStdString(type.filter());
-    const fs::path folder =
-        folder_.isEmpty() ? output_folder(vyn_db()) : fs::path(folder_.toStdString());
-    fs::path proposed = types.front().named(folder / file_stem(viewer_.image_name()));
+    const FilePurpose purpose{viewer_.origin() == PictureOrigin::file
+                                  ? picture.file_name
+                                  : read(std::as_const(vyn_db()), keys::head_file),
+                              caption.toStdString() + " " + viewer_.image_name()};
+    const fs::path last = remembered_file(purpose);
+    fs::path proposed = last;
+    if (!last.has_filename()) {
+        const fs::path folder = !last.empty()        ? last
+                                : folder_.isEmpty() ? output_folder(vyn_db())
+                                                     : fs::path(folder_.toStdString());
+        proposed = types.front().named(folder / file_stem(viewer_.image_name()));
+    }
     for (;;) {
-        QString filter = filters.front();
+        const ExportType& usual = type_for(types, types.front(), proposed);
+        QString filter = QString::fromStdString(usual.filter());
         const QString chosen = QFileDialog::getSaveFileName(
             &viewer_, caption, QString::fromStdString(proposed.string()),
             filters.join(QStringLiteral(";;")), &filter);
         if (chosen.isEmpty()) return std::nullopt;
         const int index = std::max(0, static_cast<int>(filters.indexOf(filter)));
-        const ExportType& type = types[static_cast<std::size_t>(index)];
         const fs::path typed(chosen.toStdString());
-        const fs::path file = type.named(typed);
+        const ExportType& type = type_for(types, types[static_cast<std::size_t>(index)], typed);
+        const fs::path file = fs::absolute(type.named(typed));
         folder_ = QFileInfo(chosen).path();
-        if (may_write(typed, file, picture)) return Choice{type, file};
+        if (may_write(typed, file, picture)) {
+            remember_file(purpose, file);
+            return Choice{type, file};
+        }
         proposed = file;
     }
 }
@@ -187,7 +202,7 @@ void ViewerFiles::export_picture() {
         request.options.label = viewer_.quantity().toStdString();
         request.options.title = viewer_.caption().toStdString();
         request.options.scale = scale_for_side(*picture, 1600);
-        request.options.markers = true;
+        request.options.markers = !viewer_.markers_hidden();
         PictureDialog dialog(request.options, picture->width(), picture->height(),
                              !picture->markers.markers.empty(), &viewer_);
         if (dialog.exec() != QDialog::Accepted) return;
