@@ -118,6 +118,7 @@ IsoDrawing label_iso_lines(std::vector<IsoLine> lines, const IsoLettering& lette
     const int digits = digits_for(lines);
     for (IsoLine& line : lines) {
         IsoLabel label;
+        label.level = line.level;
         label.text = format_general(line.level, digits);
         label.width = lettering.width(label.text) + lettering.height / 2;
         label.height = 1.3 * lettering.height;

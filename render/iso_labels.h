@@ -10,6 +10,7 @@ namespace vyn {
 
 /// The number of a level, its middle on the line.
 struct IsoLabel {
+    double level = 0;
     std::string text;
     Point middle;
     double width = 0;  ///< of the place kept free for it

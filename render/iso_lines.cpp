@@ -307,6 +307,14 @@ std::vector<IsoLine> trace_iso_lines(const Bitmap<float>& grid, std::span<const 
     return trace(grid, ranks_of(grid, rounded), levels, rounded);
 }
 
+std::uint32_t iso_ink(const colour_map& colours, double level) {
+    const std::uint32_t ground = colours.colour(static_cast<float>(level), false, true);
+    // Luma of Rec. 601, per mille.
+    const std::uint32_t light =
+        299 * (ground >> 16 & 0xFF) + 587 * (ground >> 8 & 0xFF) + 114 * (ground & 0xFF);
+    return light > 255 * 400 ? 0xFF000000U : 0xFFFFFFFFU;
+}
+
 std::vector<IsoLine> iso_lines(const ViewSource& source, const ViewRectangle& seen,
                                std::span<const double> levels, std::size_t most_steps) {
     const ImageLevels* const shown = shown_levels(source);

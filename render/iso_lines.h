@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -24,8 +25,12 @@ struct IsoLine {
 /// is that of the levels, open lines before closed ones; the same bits on any number of threads.
 std::vector<IsoLine> trace_iso_lines(const Bitmap<float>& grid, std::span<const double> levels);
 
+/// Black or white, as 0xAARRGGBB: what is seen best on the colour that lies under a line of this
+/// level.
+std::uint32_t iso_ink(const colour_map& colours, double level);
+
 /// How many steps lines have at most in a window, which is to be redrawn at once.
-inline constexpr std::size_t most_iso_steps = 10000;
+inline constexpr std::size_t most_iso_steps = 8000;
 
 /// The lines of what a rectangle shows, image positions. They go through means over some two screen
 /// pixels, and over larger squares where noise would make more than `most_steps` steps of them, so

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSettings>
 #include <memory>
 
 #include <QtTest/QTest>
@@ -24,6 +25,11 @@ inline image ramp_image(const std::string& name, int width = 40, int height = 30
 /// A viewer on images of the program's list.
 class ViewerTest : public ProjectTest {
   protected:
+    ViewerTest() {
+        // What one viewer leaves behind for the next is no other test's.
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, path(folder / "settings"));
+    }
     VynFieldViewer& show(const std::string& name, bool camera = false, const QString& title = {}) {
         viewers_.push_back(std::make_unique<VynFieldViewer>(worker, name, camera, title));
         VynFieldViewer& viewer = *viewers_.back();

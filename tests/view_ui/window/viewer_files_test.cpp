@@ -186,7 +186,8 @@ TEST_F(ViewerFiles, ExportsWhatIsSeen) {
         dialog.reject();
     });
     viewer.actions().image_export->trigger();
-    EXPECT_EQ(proposed.toStdString(), (folder / "typed.tiff").string());
+    EXPECT_EQ(QFileInfo(proposed).completeBaseName(), QStringLiteral("typed"));
+    EXPECT_EQ(QFileInfo(proposed).path(), path(folder.path()));
     EXPECT_TRUE(type.contains(QStringLiteral("tif"))) << type.toStdString();
 }
 

@@ -114,7 +114,7 @@ void VynFieldView::set_fashion(const Fashion& fashion) {
     if (fashion == state_->fashion) return;
     state_->fashion = fashion;
     state_->colours.emplace(fashion.limits.minimum, fashion.limits.maximum, fashion.shown_palette());
-    state_->iso.set_levels(fashion.iso.levels(fashion.limits), fashion.iso.labels);
+    state_->iso.set_fashion(fashion, *state_->colours);
     state_->vectors.set_style(fashion.vectors);
     redraw();
     Q_EMIT fashion_changed();

@@ -1,6 +1,7 @@
 #include "view/ui/canvas/iso_overlay.h"
 
 #include <QFontMetricsF>
+#include <algorithm>
 
 #include "render/iso_labels.h"
 
@@ -8,11 +9,7 @@ namespace vyn {
 
 namespace {
 
-const QColor line_colour(20, 20, 20);
-/// On both sides of a line: seen on dark colours.
-const QColor rim_colour(255, 255, 255, 130);
 constexpr double line_width = 1;
-constexpr double rim_width = 3;
 
 }  // namespace
 
@@ -21,11 +18,19 @@ void IsoOverlay::set_source(const ViewSource& source) {
     drawn_ = {};
 }
 
-void IsoOverlay::set_levels(std::vector<double> levels, bool labels) {
-    if (levels == levels_ && labels == labels_) return;
-    levels_ = std::move(levels);
-    labels_ = labels;
+void IsoOverlay::set_fashion(const Fashion& fashion, const colour_map& colours) {
+    levels_ = fashion.iso.levels(fashion.limits);
+    labels_ = fashion.iso.labels;
+    inks_.clear();
+    for (const double level : levels_)
+        inks_.emplace_back(iso_ink(colours, level));
     drawn_ = {};
+}
+
+QColor IsoOverlay::ink(double level) const {
+    const auto found = std::ranges::lower_bound(levels_, level);
+    return found == levels_.end() ? QColor(Qt::black)
+                                  : inks_[static_cast<std::size_t>(found - levels_.begin())];
 }
 
 void IsoOverlay::paint(QPainter& painter, const ViewTransform& transform) const {
@@ -67,23 +72,16 @@ QPixmap IsoOverlay::draw(const QPainter& onto, const ViewTransform& transform) c
     else
         drawing.lines = std::move(lines);
     painter.setRenderHint(QPainter::Antialiasing);
-    std::vector<QPolygonF> shapes;
     for (const IsoLine& line : drawing.lines) {
-        QPolygonF& shape = shapes.emplace_back();
+        QPolygonF shape;
         for (const Point& place : line.places)
             shape.append({place.x, place.y});
-    }
-    for (const QPen& pen : {QPen(rim_colour, rim_width), QPen(line_colour, line_width)}) {
-        painter.setPen(pen);
-        for (const QPolygonF& shape : shapes)
-            painter.drawPolyline(shape);
+        painter.setPen(QPen(ink(line.level), line_width));
+        painter.drawPolyline(shape);
     }
     for (const IsoLabel& label : drawing.labels) {
-        const QRectF place(label.middle.x - label.width / 2, label.middle.y - label.height / 2,
-                           label.width, label.height);
-        painter.fillRect(place, rim_colour);
-        painter.setPen(line_colour);
-        painter.drawText(QPointF(place.left() + metrics.capHeight() / 4,
+        painter.setPen(ink(label.level));
+        painter.drawText(QPointF(label.middle.x - label.width / 2 + metrics.capHeight() / 4,
                                  label.middle.y + metrics.capHeight() / 2),
                          QString::fromStdString(label.text));
     }

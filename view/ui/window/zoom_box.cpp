@@ -23,6 +23,7 @@ ZoomBox::ZoomBox(VynFieldView& view) : view_(view) {
     setAccessibleName(tr("Zoom"));
     setEditable(true);
     setInsertPolicy(QComboBox::NoInsert);
+    setCompleter(nullptr);  // would make "12.5 %" of a typed 1
     setFocusPolicy(Qt::ClickFocus);  // arrows and letters belong to the view
     addItem(tr("Fit"), fit);
     for (const double percent : {12.5, 25.0, 50.0})
@@ -57,6 +58,7 @@ void ZoomBox::choose(int index) {
 
 void ZoomBox::read_text() {
     QString text = currentText().trimmed();
+    if (const int index = findText(text); index >= 0) return choose(index);
     if (text.endsWith(QLatin1Char('%'))) text.chop(1);
     const auto percent = parse_double(text.toStdString());
     if (percent && *percent > 0) set_percent(*percent);
