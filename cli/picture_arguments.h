@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/settings.h"
+#include "render/fashion.h"
 #include "render/figure_file.h"
 #include "render/picture.h"
 
@@ -15,6 +16,8 @@ namespace vyn::cli {
 /// How a picture in false colour is asked for.
 struct PictureArguments {
     std::string palette = "rainbow";
+    PaletteStyle palette_style;
+    IsoStyle iso;
     std::optional<double> minimum;
     std::optional<double> maximum;
     bool colour_bar = false;
@@ -32,6 +35,11 @@ void check_picture_target(const std::string& target, Overwriting overwriting);
 
 /// The palette of that name or file; raises UsageError naming those that there are.
 palette_array chosen_palette(const std::string& wanted);
+/// The palette asked for, in its style.
+palette_array chosen_palette(const PictureArguments& arguments);
+
+/// The values of the iso-lines asked for. Raises UsageError where a step gives too many.
+std::vector<double> chosen_iso_levels(const PictureArguments& arguments, const Limits& limits);
 
 /// The limits asked for, those found where none are. Raises UsageError for limits that span
 /// nothing.

@@ -87,7 +87,7 @@ ExitStatus render_model(const Render3dOptions& options) {
                          options.force ? Overwriting::allowed : Overwriting::refused);
     InterruptProgress progress;
     FrameOptions frame;
-    frame.palette = chosen_palette(options.look.palette);
+    frame.palette = chosen_palette(options.look);
     const field_data<double> mesh = read_field(options.field, progress);
     const ModelView view = chosen_view(options, mesh);
     ModelLook look;
@@ -100,6 +100,7 @@ ExitStatus render_model(const Render3dOptions& options) {
         if (!look.quantity) throw UsageError("the mesh has no values '" + name + "'");
         const std::string& unit = look.quantity->unit;
         frame.limits = chosen_limits(options.look, robust_limits(*look.quantity));
+        look.levels = chosen_iso_levels(options.look, frame.limits);
         frame.colour_bar = options.look.colour_bar;
         frame.label = options.look.label.value_or(unit.empty() ? name : name + ", " + unit);
     }

@@ -18,8 +18,8 @@ constexpr int rows_per_block = 16;
 constexpr std::uint8_t no_number = 255;
 constexpr std::size_t most_levels = 254;
 
-/// The squares whose means the lines go through are at least so wide: of finer turns a pen would show
-/// nothing.
+/// The squares whose means the lines go through are at least so wide: of finer turns a pen would
+/// show nothing.
 constexpr double pixels_per_step = 2;
 
 /// How many of the levels each value of a grid reaches; `no_number` where it is none.
@@ -33,8 +33,8 @@ Bitmap<std::uint8_t> ranks_of(const Bitmap<float>& grid, std::span<const float> 
             for (int x = 0; x < grid.width(); ++x)
                 rank[x] = std::isnan(value[x])
                               ? no_number
-                              : static_cast<std::uint8_t>(std::ranges::upper_bound(levels, value[x]) -
-                                                          levels.begin());
+                              : static_cast<std::uint8_t>(
+                                    std::ranges::upper_bound(levels, value[x]) - levels.begin());
         }
     });
     return ranks;
@@ -91,8 +91,8 @@ class CellTracer {
     }
 
   private:
-    /// Side k runs from corner k to the next one. A step comes in where the cell's outline goes from
-    /// a lower to a higher corner, so that it goes out of the cell before by the same side.
+    /// Side k runs from corner k to the next one. A step comes in where the cell's outline goes
+    /// from a lower to a higher corner, so that it goes out of the cell before by the same side.
     void trace_level(int x, int y, int level, const CellRanks& ranks,
                      std::vector<Step>& steps) const {
         std::array<bool, 4> above;
@@ -113,8 +113,8 @@ class CellTracer {
             return;
         }
         // Two higher corners across: their mean says whether they hang together. Sides follow each
-        // other as in, out, in, out; about a lone higher corner a line goes to the side behind, about
-        // a lone lower one to the side before.
+        // other as in, out, in, out; about a lone higher corner a line goes to the side behind,
+        // about a lone lower one to the side before.
         const float mean =
             (grid_(x, y) + grid_(x + 1, y) + grid_(x + 1, y + 1) + grid_(x, y + 1)) / 4;
         const bool together = mean >= levels_[static_cast<std::size_t>(level)];
@@ -255,7 +255,8 @@ void put(Put what, const ImageLevels& levels, const Window& window, Bitmap<float
                 const int y = window.y0 + j;
                 const bool valid = from.values->contains(x, y) && (*from.mask)(x, y) == 0;
                 const float value = valid ? (*from.values)(x, y) : nan;
-                out[i] = std::isfinite(value) ? (what == Put::values ? value : out[i] - value) : nan;
+                out[i] =
+                    std::isfinite(value) ? (what == Put::values ? value : out[i] - value) : nan;
             }
         }
     });
@@ -281,8 +282,7 @@ Window seen_window(const ImageLevels& levels, int level, const ViewRectangle& se
     window.level = level;
     window.x0 = pixel(seen.x - pitch, values.width());
     window.y0 = pixel(seen.y - pitch, values.height());
-    window.width =
-        pixel(seen.x + seen.width / seen.zoom + pitch, values.width()) - window.x0 + 1;
+    window.width = pixel(seen.x + seen.width / seen.zoom + pitch, values.width()) - window.x0 + 1;
     window.height =
         pixel(seen.y + seen.height / seen.zoom + pitch, values.height()) - window.y0 + 1;
     return window;
@@ -296,7 +296,8 @@ void to_image(std::vector<IsoLine>& lines, const Window& window, const image& pi
     };
     for (IsoLine& line : lines)
         for (Point& at : line.places)
-            at = {place(at.x, window.x0, picture.width()), place(at.y, window.y0, picture.height())};
+            at = {place(at.x, window.x0, picture.width()),
+                  place(at.y, window.y0, picture.height())};
 }
 
 }  // namespace

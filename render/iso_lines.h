@@ -19,10 +19,11 @@ struct IsoLine {
     bool operator==(const IsoLine&) const = default;
 };
 
-/// The lines of these levels (rising) through a grid of values, which are joined linearly; positions
-/// in steps of the grid, (0, 0) its first value. A cell with a value at a corner that is no number
-/// has no line. Marching squares (Lorensen & Cline 1987), an ambiguous cell by its mean. The order
-/// is that of the levels, open lines before closed ones; the same bits on any number of threads.
+/// The lines of these levels (rising) through a grid of values, which are joined linearly;
+/// positions in steps of the grid, (0, 0) its first value. A cell with a value at a corner that is
+/// no number has no line. Marching squares (Lorensen & Cline 1987), an ambiguous cell by its mean.
+/// The order is that of the levels, open lines before closed ones; the same bits on any number of
+/// threads.
 std::vector<IsoLine> trace_iso_lines(const Bitmap<float>& grid, std::span<const double> levels);
 
 /// Black or white, as 0xAARRGGBB: what is seen best on the colour that lies under a line of this

@@ -134,8 +134,7 @@ std::optional<double> value_at(const LineProfile& profile, double distance) {
     return value;
 }
 
-std::string profile_csv(std::span<const LineProfile> profiles,
-                        std::span<const ProfileName> names) {
+std::string profile_csv(std::span<const LineProfile> profiles, std::span<const ProfileName> names) {
     const bool with_sigma = std::ranges::any_of(profiles, [](const LineProfile& profile) {
         return std::ranges::any_of(profile.samples,
                                    [](const auto& sample) { return !std::isnan(sample.sigma); });

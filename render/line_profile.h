@@ -59,8 +59,8 @@ std::optional<double> value_at(const LineProfile& profile, double distance);
 /// y, value, and sigma where one of them has it; a gap has an empty value. Numbers read back to the
 /// same bits.
 ///
-/// `names`: the number of each profile's line and the image that it is of, which stands in a further
-/// column behind; without, the profiles are of lines 1, 2, ... of one image.
+/// `names`: the number of each profile's line and the image that it is of, which stands in a
+/// further column behind; without, the profiles are of lines 1, 2, ... of one image.
 struct ProfileName {
     std::size_t line = 1;
     std::string image;

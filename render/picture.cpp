@@ -10,6 +10,7 @@
 #include "render/canvas.h"
 #include "render/colour_map.h"
 #include "render/fashion.h"
+#include "render/iso_labels.h"
 #include "render/picture_frame.h"
 #include "render/render.h"
 
@@ -20,13 +21,16 @@ namespace {
 constexpr Canvas::Colour black{};
 constexpr Canvas::Colour grey{110, 110, 110};
 constexpr Canvas::Colour white{255, 255, 255};
+constexpr double iso_letters = 0.8;  ///< of a picture's other letters
+
+colour_map colours_of(const PictureOptions& options) {
+    return {options.limits.minimum, options.limits.maximum, options.palette};
+}
 
 /// The field alone, in strips so that the finer drawing for smooth edges stays small.
-RgbPicture draw_field(const image& picture, const PictureOptions& options, int width, int height) {
-    // The source shares the planes of the image.
-    const FieldSource source{
-        std::make_shared<const ImageLevels>(std::make_shared<const image>(picture))};
-    const colour_map colours(options.limits.minimum, options.limits.maximum, options.palette);
+RgbPicture draw_field(const FieldSource& source, const PictureOptions& options, int width,
+                      int height) {
+    const colour_map colours = colours_of(options);
     const int fineness = options.scale < 1 ? 2 : 1;
     constexpr int strip = 64;
     const auto fine_width = static_cast<std::size_t>(width) * static_cast<std::size_t>(fineness);
@@ -45,6 +49,36 @@ RgbPicture draw_field(const image& picture, const PictureOptions& options, int w
                        rows, y0, out);
     }
     return out;
+}
+
+/// Lines of equal value from the field's corner on, cut where their numbers stand.
+IsoDrawing iso_drawing(const FieldSource& source, const PictureOptions& options,
+                       const PictureFrame& frame) {
+    constexpr std::size_t most_steps = 300000;  // of a picture, which is drawn once
+    const ViewRectangle whole{-0.5, -0.5, options.scale, frame.field_width(), frame.field_height()};
+    std::vector<IsoLine> lines = iso_lines(source, whole, options.iso_levels, most_steps);
+    for (IsoLine& line : lines)
+        for (Point& place : line.places)
+            place = {(place.x + 0.5) * options.scale, (place.y + 0.5) * options.scale};
+    if (!options.iso_labels) return {std::move(lines), {}};
+    const Lettering letters{.height = iso_letters * frame.letters()};
+    return label_iso_lines(
+        std::move(lines),
+        {letters.height, [letters](const std::string& text) { return text_width(text, letters); }},
+        frame.field_width(), frame.field_height());
+}
+
+void draw_iso_lines(const IsoDrawing& iso, const colour_map& colours, double letters,
+                    Canvas& canvas) {
+    const auto ink = [&colours](double level) {
+        return iso_ink(colours, level) == 0xFFFFFFFFU ? white : black;
+    };
+    for (const IsoLine& line : iso.lines)
+        canvas.stroke({line.places}, std::max(0.08 * letters, 1.0), ink(line.level));
+    const double h = iso_letters * letters;
+    for (const IsoLabel& label : iso.labels)
+        canvas.text(label.text, label.middle.x, label.middle.y + h / 2,
+                    {{.height = h}, ink(label.level), Canvas::Align::centre});
 }
 
 /// On the picture, of what is valid.
@@ -103,6 +137,8 @@ void draw_markers(const std::vector<Marker>& markers, double scale, double lette
 struct Drawing {
     PictureFrame frame;
     RgbPicture pixels;
+    colour_map colours;
+    IsoDrawing iso;               ///< from the field's corner on
     std::vector<Stroke> arrows;   ///< from the field's corner on
     std::vector<Marker> markers;  ///< pixels of the image
     double scale;
@@ -111,6 +147,7 @@ struct Drawing {
         const double letters = frame.letters();
         canvas.picture(pixels, frame.field_x(), frame.field_y());
         const Figure on_field{frame.field_width(), frame.field_height(), [&](Canvas& field) {
+                                  draw_iso_lines(iso, colours, letters, field);
                                   draw_vectors(arrows, letters, field);
                                   draw_markers(markers, scale, letters, field);
                               }};
@@ -147,8 +184,12 @@ Figure field_figure(const image& picture, const PictureOptions& options) {
         throw AlgoError("Algorithm error!", "the scale of a picture must be a positive number");
     const PictureFrame frame(picture.width() * options.scale, picture.height() * options.scale,
                              options);
+    // The source shares the planes of the image.
+    const FieldSource source{
+        std::make_shared<const ImageLevels>(std::make_shared<const image>(picture))};
     const auto drawing = std::make_shared<const Drawing>(
-        Drawing{frame, draw_field(picture, options, frame.field_width(), frame.field_height()),
+        Drawing{frame, draw_field(source, options, frame.field_width(), frame.field_height()),
+                colours_of(options), iso_drawing(source, options, frame),
                 options.vectors ? arrows_of(picture, options.scale) : std::vector<Stroke>(),
                 options.markers ? picture.markers.markers : std::vector<Marker>(), options.scale});
     return {frame.width(), frame.height(), [drawing](Canvas& canvas) { drawing->draw(canvas); }};

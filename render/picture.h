@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "api/image.h"
 #include "render/figure.h"
@@ -21,9 +22,11 @@ struct FrameOptions {
 
 /// A picture of a field for papers and reports.
 struct PictureOptions : FrameOptions {
-    double scale = 1;      ///< picture pixels per image pixel
-    bool vectors = false;  ///< arrows of the image's displacement, where it is valid
-    bool markers = false;  ///< rings round the image's markers, with their numbers
+    double scale = 1;                ///< picture pixels per image pixel
+    std::vector<double> iso_levels;  ///< lines of these values are drawn, rising
+    bool iso_labels = true;          ///< with their numbers
+    bool vectors = false;            ///< arrows of the image's displacement, where it is valid
+    bool markers = false;            ///< rings round the image's markers, with their numbers
 };
 
 /// Puts the means of squares of `fineness` pixels into rows of a picture from `to_y` on.

@@ -29,8 +29,7 @@ std::filesystem::path remembered_file(const FilePurpose& purpose) {
     std::filesystem::path folder;
     const QStringList entries = all();
     for (const QString& entry : entries) {
-        const std::filesystem::path file =
-            entry.section(separator, 2).toStdString();
+        const std::filesystem::path file = entry.section(separator, 2).toStdString();
         if (entry.startsWith(same)) return file;
         if (folder.empty() && entry.startsWith(point)) folder = file.parent_path() / "";
     }

@@ -112,6 +112,40 @@ TEST_F(Render, FindsLimitsAndDrawsEverythingAskedFor) {
     }
 }
 
+TEST_F(Render, DrawsLevelsAndIsoLines) {
+    ASSERT_EQ(render({"--palette", "grey", "--min", "70000", "--max", "100000", "--levels", "3",
+                      "--invert", "--iso", "2"})
+                  .status,
+              0);
+    const Decoded picture = decode(folder / "out.png");
+    // Inverted greys of three levels of 10000 Pa: one pixel of the lowest and one of the highest.
+    const auto grey_at = [&](int x, int y) { return picture.at(x, y)[0]; };
+    int lowest = 0;
+    int highest = 0;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 80; ++x) {
+            if (field.mask()(x, y) != 0) continue;
+            lowest += field.values()(x, y) < 79000 && std::abs(grey_at(x, y) - 212) <= 1;
+            highest += field.values()(x, y) > 91000 && std::abs(grey_at(x, y) - 42) <= 1;
+        }
+    EXPECT_GT(lowest, 20);
+    EXPECT_GT(highest, 20);
+    const std::string head = R"("iso_lines":[80000.0,90000.0])";
+    EXPECT_THAT(get_file(folder / "out.png"), HasSubstr(head));
+    const auto paths_of = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> arguments{
+            "render", folder / "s/truth.tif", folder / "out.svg", "--force", "--scale", "4"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(run_program(arguments).status, 0);
+        const std::string drawing = get_file(folder / "out.svg");
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = drawing.find("<path", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    };
+    EXPECT_GT(paths_of({"--iso-step", "5000"}), paths_of({}) + 2) << "lines stay lines";
+}
+
 TEST_F(Render, RefusesWhatItCannotDo) {
     struct Case {
         std::vector<std::string> options;
@@ -124,7 +158,10 @@ TEST_F(Render, RefusesWhatItCannotDo) {
           Case{{"--palette", folder / "bad.lut"}, 1, "bad.lut"},
           Case{{"--min", "5", "--max", "1"}, 2, "lower limit"},
           Case{{"--min", "1e9"}, 2, "lower limit"}, Case{{"--max", "inf"}, 2, "finite"},
-          Case{{"--scale", "0"}, 2, "scale"}, Case{{"--image-markers"}, 2, "no markers"},
+          Case{{"--iso-step", "1e-3"}, 2, "200 lines"},
+          Case{{"--iso", "3", "--iso-step", "5"}, 2, "--iso"},
+          Case{{"--levels", "500"}, 2, "levels"}, Case{{"--scale", "0"}, 2, "scale"},
+          Case{{"--image-markers"}, 2, "no markers"},
           Case{{"--markers", folder / "absent.mrk"}, 1, "absent.mrk"}}) {
         const ProgramRun run = render(c.options);
         EXPECT_EQ(run.status, c.status) << run.err;

@@ -130,7 +130,8 @@ TEST(IsoLabels, StandOnTheirLinesApartFromEachOther) {
     for (int i = 0; i < 20; ++i)
         lines.push_back({0.1 + i * 0.05, {{0, 100.0 + 6 * i}, {400, 100.0 + 6 * i}}});
     lines.push_back({2, {{10, 10}, {20, 10}}});  // too short
-    const IsoLettering letters{10, [](const std::string& text) { return 7.0 * static_cast<double>(text.size()); }};
+    const IsoLettering letters{
+        10, [](const std::string& text) { return 7.0 * static_cast<double>(text.size()); }};
     const IsoDrawing drawing = label_iso_lines(lines, letters, 400, 300);
     ASSERT_GT(drawing.labels.size(), 10U);
     EXPECT_EQ(drawing.labels.front().text, "0.1");

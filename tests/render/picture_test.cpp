@@ -213,5 +213,33 @@ TEST(Picture, MarkersAreRingsAboutTheirPlaces) {
     EXPECT_EQ(dark_pixels(picture, 0, 0, 150, 320), 0);
 }
 
+TEST(Picture, IsoLinesAreDrawnWhereTheirValuesAre) {
+    const image ramp = test::picture_of(60, 40, [](int x, int) { return x; });
+    PictureOptions options;
+    options.limits = {0, 60};
+    options.scale = 10;
+    const RgbPicture plain = draw_picture(ramp, options);
+    options.iso_levels = {20, 40};
+    options.iso_labels = false;
+    const RgbPicture lined = draw_picture(ramp, options);
+    const auto differs = [&](const RgbPicture& a, const RgbPicture& b, int x, int y) {
+        return !std::equal(a.at(x, y), a.at(x, y) + 3, b.at(x, y));
+    };
+    for (const int y : {30, 200, 370})
+        for (int x = 0; x < 600; ++x) {
+            // Value 20 lies in the middle of its pixel.
+            const bool near = std::abs(x - 205) <= 3 || std::abs(x - 405) <= 3;
+            if (!near) {
+                ASSERT_FALSE(differs(plain, lined, x, y)) << x;
+            }
+            if (x == 204 || x == 404) {
+                EXPECT_TRUE(differs(plain, lined, x, y)) << x;
+            }
+        }
+    options.iso_labels = true;
+    const RgbPicture numbered = draw_picture(ramp, options);
+    EXPECT_TRUE(differs(lined, numbered, 204, 200)) << "its number stands in the middle";
+}
+
 }  // namespace
 }  // namespace vyn

@@ -78,7 +78,7 @@ TEST_F(SaveRules, RawDataIsNeverTheTarget) {
 }
 
 TEST(ExportTypes, TheTypedExtensionChooses) {
-    const std::vector<ExportType> types{{ExportKind::png_graphics, "PNG graphics file", {"png"}},
+    const std::vector<ExportType> types{{ExportKind::picture, "PNG graphics file", {"png"}},
                                         {ExportKind::tecplot, "Techplot", {"dat"}},
                                         {ExportKind::image_file, "TIFF image", {"tif", "tiff"}},
                                         {ExportKind::image_file, "PNG image", {"png"}}};

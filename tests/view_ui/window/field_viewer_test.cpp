@@ -166,7 +166,8 @@ TEST_F(FieldViewer, ZoomIsToldAndSet) {
     auto* box = viewer.findChild<QComboBox*>(QStringLiteral("zoom_factor"));
     viewer.view().set_transform({2, {0, 0}});
     EXPECT_EQ(box->currentText(), QStringLiteral("200 %"));
-    const QPointF middle = viewer.view().transform().to_image(QRectF(viewer.view().rect()).center());
+    const QPointF middle =
+        viewer.view().transform().to_image(QRectF(viewer.view().rect()).center());
     for (const auto& [typed, zoom] : {std::pair{"50", 0.5}, {"1:1", 1.0}, {" 37.5%", 0.375}}) {
         box->lineEdit()->selectAll();
         QTest::keyClicks(box->lineEdit(), QLatin1String(typed));
@@ -196,7 +197,8 @@ TEST_F(FieldViewer, ViewersStandAsideAreListedAndTiled) {
             texts << action->text() + (action->isChecked() ? QStringLiteral(" *") : QString());
         return texts.mid(3);
     };
-    EXPECT_EQ(entries(), QStringList({QStringLiteral("&1 A && B"), QStringLiteral("&2 field_P *")}));
+    EXPECT_EQ(entries(),
+              QStringList({QStringLiteral("&1 A && B"), QStringLiteral("&2 field_P *")}));
     menu->findChild<QAction*>(QStringLiteral("tile_windows"))->trigger();
     EXPECT_FALSE(a.geometry().intersects(b.geometry()));
     EXPECT_TRUE(a.screen()->availableGeometry().contains(a.geometry()));

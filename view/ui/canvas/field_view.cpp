@@ -113,7 +113,8 @@ const ViewSource& VynFieldView::source() const {
 void VynFieldView::set_fashion(const Fashion& fashion) {
     if (fashion == state_->fashion) return;
     state_->fashion = fashion;
-    state_->colours.emplace(fashion.limits.minimum, fashion.limits.maximum, fashion.shown_palette());
+    state_->colours.emplace(fashion.limits.minimum, fashion.limits.maximum,
+                            fashion.shown_palette());
     state_->iso.set_fashion(fashion, *state_->colours);
     state_->vectors.set_style(fashion.vectors);
     redraw();

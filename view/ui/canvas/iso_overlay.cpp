@@ -62,13 +62,13 @@ QPixmap IsoOverlay::draw(const QPainter& onto, const ViewTransform& transform) c
     const QFontMetricsF metrics(painter.font());
     IsoDrawing drawing;
     if (labels_)
-        drawing = label_iso_lines(std::move(lines),
-                                  {metrics.capHeight(),
-                                   [&metrics](const std::string& text) {
-                                       return metrics.horizontalAdvance(
-                                           QString::fromStdString(text));
-                                   }},
-                                  size.width(), size.height());
+        drawing =
+            label_iso_lines(std::move(lines),
+                            {metrics.capHeight(),
+                             [&metrics](const std::string& text) {
+                                 return metrics.horizontalAdvance(QString::fromStdString(text));
+                             }},
+                            size.width(), size.height());
     else
         drawing.lines = std::move(lines);
     painter.setRenderHint(QPainter::Antialiasing);

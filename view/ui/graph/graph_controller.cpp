@@ -21,9 +21,8 @@ const QColor line_colours[] = {QColor(0, 114, 178),   QColor(213, 94, 0),  QColo
 GraphController::GraphController(PictureWindow& viewer)
     : QObject(&viewer),
       viewer_(viewer),
-      tool_(viewer.view(), overlay_.lines, [this](std::size_t line, Point from, Point to) {
-          move_line(line, from, to);
-      }) {
+      tool_(viewer.view(), overlay_.lines,
+            [this](std::size_t line, Point from, Point to) { move_line(line, from, to); }) {
     viewer.view().add_overlay(&overlay_);
 }
 
@@ -148,8 +147,8 @@ void GraphController::sample() {
             if (total && common && area)
                 add_sigmas(profile, {*total, *common, *area}, overlay_.width);
             QString name = sources.size() > 1 ? source.windowTitle() : QString();
-            curves.push_back({std::move(profile), line.colour, i, k,
-                              name.remove(QStringLiteral("[*]"))});
+            curves.push_back(
+                {std::move(profile), line.colour, i, k, name.remove(QStringLiteral("[*]"))});
         }
     window_->show_images(images);
     window_->show_curves(std::move(curves), viewer_.windowTitle(), viewer_.quantity());

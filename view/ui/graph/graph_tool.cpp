@@ -92,7 +92,8 @@ std::optional<GraphTool::Grip> GraphTool::grip_at(const ViewMouse& mouse) const 
         const double dy = line.to.y - line.from.y;
         const Point at = place_of(mouse);
         const double share = std::clamp(
-            ((at.x - line.from.x) * dx + (at.y - line.from.y) * dy) / (dx * dx + dy * dy), 0.0, 1.0);
+            ((at.x - line.from.x) * dx + (at.y - line.from.y) * dy) / (dx * dx + dy * dy), 0.0,
+            1.0);
         if (away({line.from.x + share * dx, line.from.y + share * dy}) <= line_reach)
             return grip(Part::whole);
     }
@@ -134,9 +135,9 @@ void GraphTool::move(const ViewMouse& mouse) {
     if (grip_) return drag(mouse);
     if (!gesture_.active()) {
         const auto under = grip_at(mouse);
-        view_.setCursor(!under                        ? cursor()
+        view_.setCursor(!under                       ? cursor()
                         : under->part == Part::whole ? QCursor(Qt::SizeAllCursor)
-                                                      : QCursor(Qt::PointingHandCursor));
+                                                     : QCursor(Qt::PointingHandCursor));
     }
     act(gesture_.move(end_of(mouse, start_)));
 }

@@ -41,8 +41,7 @@ namespace {
 
 constexpr const char* range_names[4] = {"x_from", "x_to", "y_from", "y_to"};
 constexpr const char* end_names[4] = {"start_x", "start_y", "end_x", "end_y"};
-constexpr Qt::PenStyle image_styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine,
-                                         Qt::DashDotLine};
+constexpr Qt::PenStyle image_styles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine};
 
 /// One stretch of a profile without a gap; a lonely sample is a dot.
 std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part, const QColor& colour,
@@ -62,8 +61,7 @@ std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part, co
 /// "line 1", or "line 1, Pressure field" among several images.
 QString name_of(const GraphCurve& curve) {
     const QString line = GraphWindow::tr("line %1").arg(curve.line + 1);
-    return curve.image_name.isEmpty() ? line
-                                      : QStringLiteral("%1, %2").arg(line, curve.image_name);
+    return curve.image_name.isEmpty() ? line : QStringLiteral("%1, %2").arg(line, curve.image_name);
 }
 
 }  // namespace
@@ -257,9 +255,8 @@ void GraphWindow::list_lines() {
 void GraphWindow::show_ends() {
     if (writing_) return;
     const int row = list_->currentRow();
-    const auto chosen = std::ranges::find_if(curves_, [row](const GraphCurve& curve) {
-        return static_cast<int>(curve.line) == row;
-    });
+    const auto chosen = std::ranges::find_if(
+        curves_, [row](const GraphCurve& curve) { return static_cast<int>(curve.line) == row; });
     for (int i = 0; i < 4; ++i) {
         ends_[i]->setEnabled(chosen != curves_.end());
         if (chosen == curves_.end()) continue;

@@ -133,8 +133,7 @@ QGroupBox* QFashionDlg::make_palette_group() {
     grid->addWidget(inverted_, 1, 2);
     grid->setColumnStretch(1, 1);
     connect(inverted_, &QCheckBox::toggled, this, &QFashionDlg::read_widgets);
-    connect(levels_, QOverload<int>::of(&QSpinBox::valueChanged), this,
-            &QFashionDlg::read_widgets);
+    connect(levels_, QOverload<int>::of(&QSpinBox::valueChanged), this, &QFashionDlg::read_widgets);
     connect(palettes_, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &QFashionDlg::read_widgets);
     connect(add, &QPushButton::clicked, this, &QFashionDlg::add_palette);

@@ -22,8 +22,9 @@ class NumberEdit;
 class PaletteBox;
 class VectorForm;
 
-/// Limits, palette, iso-lines and vectors of a viewer. Every sound change shows in the viewer at once; Apply
-/// keeps it, Restore brings back what was shown when the dialog opened, Cancel what was kept last.
+/// Limits, palette, iso-lines and vectors of a viewer. Every sound change shows in the viewer at
+/// once; Apply keeps it, Restore brings back what was shown when the dialog opened, Cancel what was
+/// kept last.
 class QFashionDlg : public QDialog {
     Q_OBJECT
   public:

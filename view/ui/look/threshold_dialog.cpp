@@ -23,7 +23,10 @@ bool sound(NumberEdit& edit) {
 }  // namespace
 
 ThresholdDialog::ThresholdDialog(const Limits& proposal, QWidget* parent)
-    : QDialog(parent), low_(new NumberEdit(this)), high_(new NumberEdit(this)), histogram_(new HistogramPlot(this)) {
+    : QDialog(parent),
+      low_(new NumberEdit(this)),
+      high_(new NumberEdit(this)),
+      histogram_(new HistogramPlot(this)) {
     setObjectName(QStringLiteral("Threshold"));
     setWindowTitle(tr("Threshold"));
     low_->setObjectName(QStringLiteral("low"));
@@ -60,9 +63,8 @@ void ThresholdDialog::set_picture(const std::shared_ptr<const image>& picture) {
         [picture](Progress& progress) { return values_of(picture, nullptr, progress); },
         [this](std::future<PictureValues> values) {
             const PictureValues counted = values.get();
-            histogram_->set_histogram(
-                counted.histogram,
-                QString::fromStdString(field_label(*counted.picture).text()));
+            histogram_->set_histogram(counted.histogram,
+                                      QString::fromStdString(field_label(*counted.picture).text()));
         });
 }
 

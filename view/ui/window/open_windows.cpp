@@ -41,7 +41,8 @@ void fill(QMenu& menu) {
     OpenWindows& windows = OpenWindows::of_program();
     menu.clear();
     const QList<QWidget*> shown = windows.shown();
-    const auto add = [&](const QString& text, const char* name, void (OpenWindows::*place)() const) {
+    const auto add = [&](const QString& text, const char* name,
+                         void (OpenWindows::*place)() const) {
         QAction* action = menu.addAction(text, &windows, place);
         action->setObjectName(QLatin1String(name));
         action->setEnabled(!shown.isEmpty());
@@ -51,11 +52,10 @@ void fill(QMenu& menu) {
     menu.addSeparator();
     for (QWidget* window : shown) {
         const QPointer<QWidget> kept(window);
-        QAction* action =
-            menu.addAction(menu_text(*window, static_cast<int>(shown.indexOf(window)) + 1),
-                           &windows, [kept] {
-                               if (kept) OpenWindows::bring_to_front(*kept);
-                           });
+        QAction* action = menu.addAction(
+            menu_text(*window, static_cast<int>(shown.indexOf(window)) + 1), &windows, [kept] {
+                if (kept) OpenWindows::bring_to_front(*kept);
+            });
         action->setCheckable(true);
         action->setChecked(window == menu.parentWidget());
     }

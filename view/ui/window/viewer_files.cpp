@@ -126,9 +126,9 @@ std::optional<ViewerFiles::Choice> ViewerFiles::choose(const QString& caption,
     const fs::path last = remembered_file(purpose);
     fs::path proposed = last;
     if (!last.has_filename()) {
-        const fs::path folder = !last.empty()        ? last
+        const fs::path folder = !last.empty()       ? last
                                 : folder_.isEmpty() ? output_folder(vyn_db())
-                                                     : fs::path(folder_.toStdString());
+                                                    : fs::path(folder_.toStdString());
         proposed = types.front().named(folder / file_stem(viewer_.image_name()));
     }
     for (;;) {
@@ -198,6 +198,8 @@ void ViewerFiles::export_picture() {
     if (request.kind == ExportKind::picture) {
         request.options.limits = fashion.limits;
         request.options.palette = fashion.shown_palette();
+        request.options.iso_levels = fashion.iso.levels(fashion.limits);
+        request.options.iso_labels = fashion.iso.labels;
         request.options.colour_bar = true;
         request.options.label = viewer_.quantity().toStdString();
         request.options.title = viewer_.caption().toStdString();

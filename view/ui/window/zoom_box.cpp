@@ -23,7 +23,7 @@ ZoomBox::ZoomBox(VynFieldView& view) : view_(view) {
     setAccessibleName(tr("Zoom"));
     setEditable(true);
     setInsertPolicy(QComboBox::NoInsert);
-    setCompleter(nullptr);  // would make "12.5 %" of a typed 1
+    setCompleter(nullptr);           // would make "12.5 %" of a typed 1
     setFocusPolicy(Qt::ClickFocus);  // arrows and letters belong to the view
     addItem(tr("Fit"), fit);
     for (const double percent : {12.5, 25.0, 50.0})
