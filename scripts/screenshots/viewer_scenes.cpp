@@ -65,6 +65,16 @@ void show_graph(Theatre& theatre, VynFieldViewer& viewer) {
     graph->close();
 }
 
+void show_iso_lines(Theatre& theatre, VynFieldViewer& viewer) {
+    const Fashion before = viewer.view().fashion();
+    Fashion fashion = before;
+    fashion.iso.kind = IsoStyle::Kind::step;
+    fashion.palette_style.levels = 12;
+    viewer.view().set_fashion(fashion);
+    theatre.shots.take(viewer, QStringLiteral("viewer_iso_lines"), viewer_size);
+    viewer.view().set_fashion(before);
+}
+
 }  // namespace
 
 void play_viewer(Theatre& theatre) {
@@ -75,6 +85,9 @@ void play_viewer(Theatre& theatre) {
     raw.setAttribute(Qt::WA_DeleteOnClose, false);
     theatre.shots.take(raw, QStringLiteral("viewer_raw"), viewer_size);
     show_markers(theatre, raw);
+    theatre.shots.take_modal(QStringLiteral("threshold_dialog"), "vyn::ThresholdDialog", [&] {
+        raw.findChild<QAction*>(QStringLiteral("region_threshold"))->trigger();
+    });
     raw.hide();
 
     VynFieldViewer field(theatre.worker, "field_P", false, QStringLiteral("Pressure field"));
@@ -83,6 +96,7 @@ void play_viewer(Theatre& theatre) {
     show_fashion(theatre, field, &VynFieldViewer::fashion, "fashion_dialog");
     show_fashion(theatre, field, &VynFieldViewer::advanced_fashion, "advanced_fashion_dialog");
     show_graph(theatre, field);
+    show_iso_lines(theatre, field);
     field.hide();
 
     open_project(theatre, theatre.bent_folder + QStringLiteral("/project.xml"));
