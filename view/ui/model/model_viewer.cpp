@@ -26,6 +26,7 @@
 #include "view/ui/look/palette_box.h"
 #include "view/ui/model/loads_panel.h"
 #include "view/ui/model/section_panel.h"
+#include "view/ui/window/open_windows.h"
 
 namespace vyn {
 
@@ -76,6 +77,8 @@ ModelViewer::ModelViewer(QWidget* parent)
     connect(colour_bar_, &ColourBar::limits_dragged, this, &ModelViewer::set_limits);
     connect(section_, &SectionPanel::section_changed, this, &ModelViewer::show_section);
     resize(on_screen({1250, 800}));
+    menuBar()->addMenu(make_window_menu(this));
+    OpenWindows::of_program().add(*this);
 }
 
 void ModelViewer::make_bar() {

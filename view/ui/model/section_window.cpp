@@ -10,6 +10,7 @@
 #include "core/ui/window_size.h"
 #include "process/model/section_table.h"
 #include "view/ui/graph/graph_export.h"
+#include "view/ui/window/open_windows.h"
 
 namespace vyn {
 
@@ -18,6 +19,7 @@ SectionWindow::SectionWindow(QWidget* parent) : QMainWindow(parent), plot_(new S
     setWindowTitle(tr("Graph: sections"));
     setCentralWidget(plot_);
     resize(on_screen({820, 520}));
+    OpenWindows::of_program().add(*this);
     QToolBar* bar = addToolBar(tr("Graph"));
     bar->setObjectName(QStringLiteral("section graph tools"));
     const auto add = [&](const QString& text, const char* name, const char* key, const QString& tip,
