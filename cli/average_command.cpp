@@ -8,6 +8,7 @@
 #include "api/frame_average.h"
 #include "api/image_io.h"
 #include "cli/commands.h"
+#include "cli/console.h"
 #include "cli/interrupt.h"
 #include "cli/read_arguments.h"
 #include "cli/settings.h"

@@ -38,7 +38,8 @@ QByteArray drawing_of(const QString& name) {
 /// Draws the source anew for each size, state and palette.
 class DrawingEngine final : public QIconEngine {
   public:
-    explicit DrawingEngine(QByteArray drawing) : drawing_(std::move(drawing)) {}
+    explicit DrawingEngine(QByteArray drawing, QByteArray badge = {})
+        : drawing_(std::move(drawing)), badge_(std::move(badge)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         const QPalette palette = QGuiApplication::palette();
@@ -46,6 +47,11 @@ class DrawingEngine final : public QIconEngine {
         QSvgRenderer renderer(coloured(drawing_, palette.color(group, QPalette::ButtonText)));
         if (mode == QIcon::Disabled) painter->setOpacity(0.4);
         renderer.render(painter, rect);
+        if (!badge_.isEmpty()) {
+            const QRectF corner(rect.center().x(), rect.top(), rect.width() / 2.0,
+                                rect.height() / 2.0);
+            QSvgRenderer(badge_).render(painter, corner);
+        }
         painter->setOpacity(1);
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
@@ -59,13 +65,15 @@ class DrawingEngine final : public QIconEngine {
 
   private:
     QByteArray drawing_;
+    QByteArray badge_;  ///< in the upper right corner; may be empty
 };
 
 }  // namespace
 
-QIcon vyn_icon(const QString& name) {
+QIcon vyn_icon(const QString& name, const QString& badge) {
     const QByteArray drawing = drawing_of(name);
-    return drawing.isEmpty() ? QIcon() : QIcon(new DrawingEngine(drawing));
+    if (drawing.isEmpty()) return {};
+    return QIcon(new DrawingEngine(drawing, badge.isEmpty() ? QByteArray() : drawing_of(badge)));
 }
 
 QCursor vyn_cursor(const QString& name, double hot_x, double hot_y) {

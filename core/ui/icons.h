@@ -8,8 +8,9 @@ namespace vyn {
 
 /// The program's drawing of that name, such as "fileopen.png" or "fileopen": a vector source of
 /// icons.qrc, drawn sharply at every size and in the text colour of the palette. A name that has no
-/// drawing gives an empty icon and an error line in the log.
-QIcon vyn_icon(const QString& name);
+/// drawing gives an empty icon and an error line in the log. `badge`: a second one in the upper
+/// right corner.
+QIcon vyn_icon(const QString& name, const QString& badge = {});
 
 /// A cursor drawn from the vector source of that name; its hot spot is a fraction of its size, the
 /// middle by default.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QStringList>
+#include <QString>
 #include <string>
 #include <vector>
 
@@ -11,7 +11,12 @@ namespace vyn {
 /// An image of a list as the project's pages call it; its name where they do not.
 QString picture_label(const std::string& name);
 
-/// The same for images to choose from: where two have one label, their files tell them apart.
-QStringList picture_labels(const imagesList& images, const std::vector<std::string>& names);
+/// An image to choose from.
+struct PictureChoice {
+    std::string name;
+    QString label;  ///< where two would have the same, their files tell them apart
+};
+std::vector<PictureChoice> picture_choices(const imagesList& images,
+                                           const std::vector<std::string>& names);
 
 }  // namespace vyn

@@ -13,7 +13,8 @@
 
 namespace vyn {
 
-QAdvFashionDlg::QAdvFashionDlg(const Fashion& fashion, const QStringList& names, QWidget* parent)
+QAdvFashionDlg::QAdvFashionDlg(const Fashion& fashion, const std::vector<PictureChoice>& images,
+                               QWidget* parent)
     : QFashionDlg(fashion, parent) {
     setWindowTitle(tr("Advanced Image Fashion"));
     setObjectName(QStringLiteral("QAdvFashionDlg"));
@@ -28,11 +29,11 @@ QAdvFashionDlg::QAdvFashionDlg(const Fashion& fashion, const QStringList& names,
     });
     connect(this, &QFashionDlg::fashion_chosen, histogram_,
             [this](const Fashion& chosen) { histogram_->set_limits(chosen.limits); });
-    groups().addWidget(make_channel_group(names));
+    groups().addWidget(make_channel_group(images));
     show_fashion(fashion);
 }
 
-QGroupBox* QAdvFashionDlg::make_channel_group(const QStringList& names) {
+QGroupBox* QAdvFashionDlg::make_channel_group(const std::vector<PictureChoice>& images) {
     auto* group = new QGroupBox(tr("RGB Mode:"));
     auto* grid = new QGridLayout(group);
     shown_ = new QButtonGroup(this);
@@ -51,8 +52,8 @@ QGroupBox* QAdvFashionDlg::make_channel_group(const QStringList& names) {
         if (k == 1)
             box->setEnabled(false);
         else
-            for (const QString& name : names)
-                box->addItem(name, name);
+            for (const PictureChoice& choice : images)
+                box->addItem(choice.label, QString::fromStdString(choice.name));
         grid->addWidget(box, k, 1);
         connect(box, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
                 &QAdvFashionDlg::channels_changed);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "view/ui/compare/picture_labels.h"
 #include "view/ui/look/fashion_dialog.h"
 
 class QButtonGroup;
@@ -12,14 +13,15 @@ class HistogramPlot;
 class QAdvFashionDlg final : public QFashionDlg {
     Q_OBJECT
   public:
-    /// `names` are the images that can be channels.
-    QAdvFashionDlg(const Fashion& fashion, const QStringList& names, QWidget* parent = nullptr);
+    /// `images` are those that can be channels.
+    QAdvFashionDlg(const Fashion& fashion, const std::vector<PictureChoice>& images,
+                   QWidget* parent = nullptr);
 
     void show_fashion(const Fashion& fashion) override;
 
   private:
     void show_values(const PictureValues& values) override;
-    QGroupBox* make_channel_group(const QStringList& names);
+    QGroupBox* make_channel_group(const std::vector<PictureChoice>& images);
     void channels_changed();
 
     HistogramPlot* histogram_ = nullptr;

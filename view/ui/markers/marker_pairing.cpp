@@ -60,9 +60,8 @@ MarkerPairingDialog::MarkerPairingDialog(PictureWindow& viewer, MarkerController
     for (const auto& other : get_images().all())
         if (other->name != viewer.image_name() && !other->markers.markers.empty())
             names.push_back(other->name);
-    const QStringList labels = picture_labels(get_images(), names);
-    for (int i = 0; i < labels.size(); ++i)
-        partner_->addItem(labels[i], QString::fromStdString(names[static_cast<std::size_t>(i)]));
+    for (const PictureChoice& choice : picture_choices(get_images(), names))
+        partner_->addItem(choice.label, QString::fromStdString(choice.name));
     partner_->setObjectName(QStringLiteral("partner"));
     method_->addItems({tr("By their places"), tr("By number or order"), tr("Nearest neighbours")});
     method_->setObjectName(QStringLiteral("method"));

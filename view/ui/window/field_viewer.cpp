@@ -296,11 +296,11 @@ void VynFieldViewer::show_dialog(bool advanced) {
     if (!picture()) return;
     delete parts_->fashion_dialog;
     const Fashion& fashion = parts_->view->fashion();
-    QStringList names;
-    for (const auto& name : parts_->list->names())
-        if (name != parts_->image_name) names << QString::fromStdString(name);
+    std::vector<std::string> names = parts_->list->names();
+    std::erase(names, parts_->image_name);
     QFashionDlg* dialog =
-        advanced ? new QAdvFashionDlg(fashion, names, this) : new QFashionDlg(fashion, this);
+        advanced ? new QAdvFashionDlg(fashion, picture_choices(*parts_->list, names), this)
+                 : new QFashionDlg(fashion, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QFashionDlg::fashion_chosen, parts_->view, &VynFieldView::set_fashion);
     parts_->fashion_dialog = dialog;
@@ -308,20 +308,29 @@ void VynFieldViewer::show_dialog(bool advanced) {
     dialog->show();
 }
 
+std::optional<std::string> VynFieldViewer::ask_for_image(const std::vector<std::string>& names) {
+    const std::vector<PictureChoice> choices = picture_choices(*parts_->list, names);
+    QStringList labels;
+    for (const PictureChoice& choice : choices)
+        labels << choice.label;
+    bool chosen = false;
+    const QString label =
+        QInputDialog::getItem(this, tr("Compare"), tr("Compare with:"), labels, 0, false, &chosen);
+    if (!chosen) return std::nullopt;
+    return choices[static_cast<std::size_t>(labels.indexOf(label))].name;
+}
+
 void VynFieldViewer::compare(Comparison::Kind wanted, bool on) {
     parts_->comparison->stop();
-    QStringList names;
+    std::vector<std::string> names;
     for (const auto& other : parts_->list->all())
         if (other->name != parts_->image_name && Comparison::comparable(wanted, picture(), other))
-            names << QString::fromStdString(other->name);
-    bool chosen = false;
-    QString name;
-    if (on && names.isEmpty())
+            names.push_back(other->name);
+    if (on && names.empty())
         statusBar()->showMessage(tr("There is no other image of this size to compare with."));
     else if (on)
-        name = QInputDialog::getItem(this, tr("Compare"), tr("Compare with:"), names, 0, false,
-                                     &chosen);
-    if (chosen) parts_->comparison->start(wanted, parts_->list, name.toStdString());
+        if (const auto name = ask_for_image(names))
+            parts_->comparison->start(wanted, parts_->list, *name);
     parts_->actions.blink->setChecked(parts_->comparison->kind() == Comparison::Kind::blink);
     parts_->actions.difference->setChecked(parts_->comparison->kind() ==
                                            Comparison::Kind::difference);

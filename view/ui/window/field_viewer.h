@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "api/image_list.h"
 #include "render/fashion.h"
@@ -132,6 +134,8 @@ class VynFieldViewer : public PictureWindow {
     void show_dialog(bool advanced);
     /// Gives the fashion dialog what is seen.
     void tell_dialog();
+    /// Nothing when the user cancelled.
+    std::optional<std::string> ask_for_image(const std::vector<std::string>& names);
     void compare(Comparison::Kind kind, bool on);
     void show_title();
     void enable_actions();

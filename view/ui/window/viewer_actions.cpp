@@ -92,6 +92,8 @@ ViewerActions::ViewerActions(VynFieldViewer& viewer) : modes(new QActionGroup(&v
         QObject::connect(action, &QAction::triggered, &viewer, row.slot);
         this->*row.action = action;
     }
+    // Told apart from "Save as" by an arrow.
+    image_export->setIcon(vyn_icon(QStringLiteral("filesaveas.png"), QStringLiteral("leads_out")));
     for (const ToggleRow& row : toggle_rows) {
         QAction* action = make_action(viewer, row);
         action->setCheckable(true);
