@@ -40,16 +40,24 @@ void make_fits(const std::filesystem::path& file, const FitsSpec& spec, std::vec
     if (spec.behind_no_picture) fits_create_img(fits, BYTE_IMG, 0, nullptr, &status);
     if (spec.compression) {
         fits_set_compression_type(fits, spec.compression, &status);
-        fits_set_quantize_level(fits, NO_QUANTIZE, &status);
+        fits_set_quantize_level(fits, 0, &status);  // lossless
     }
     fits_create_img(fits, spec.type, static_cast<int>(sides.size()), sides.data(), &status);
     if (spec.row_order)
         fits_update_key(fits, TSTRING, "ROWORDER", const_cast<char*>(spec.row_order), nullptr,
                         &status);
     const auto count = static_cast<LONGLONG>(raw.size());
-    if (!raw.empty() && spec.compression && spec.type > 0) {  // doubles are not packed as integers
-        std::vector<int> whole(raw.begin(), raw.end());
-        fits_write_img(fits, TINT, 1, count, whole.data(), &status);
+    // Doubles are not packed as integers, and these in their own type only.
+    const auto write_as = [&]<class T>(int type, T) {
+        std::vector<T> whole(raw.begin(), raw.end());
+        fits_write_img(fits, type, 1, count, whole.data(), &status);
+    };
+    if (spec.compression && spec.type == BYTE_IMG) {
+        write_as(TBYTE, std::uint8_t{});
+    } else if (spec.compression && spec.type == SHORT_IMG) {
+        write_as(TSHORT, std::int16_t{});
+    } else if (spec.compression && spec.type == LONG_IMG) {
+        write_as(TINT, 0);
     } else if (!raw.empty()) {
         fits_write_img(fits, TDOUBLE, 1, count, raw.data(), &status);
     }
