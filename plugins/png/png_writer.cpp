@@ -62,6 +62,44 @@ Mapping stretch(const image& picture, double highest) {
     return mapping;
 }
 
+/// Whether whole numbers say enough of the values: of counts anyhow, of others to this share of
+/// their range.
+double tolerance_of(const image& picture, double highest) {
+    constexpr double share = 0.005;
+    constexpr double rounding = 0.5;
+    using Kind = Quantity::Kind;
+    const Kind kind = picture.quantity.kind;
+    if (kind == Kind::raw_counts || kind == Kind::corrected_intensity) return rounding;
+    const Mapping range = stretch(picture, highest);
+    return share * (range.maximum - range.minimum);
+}
+
+/// Refuses values that counts do not hold: a field of pressures would be all white, one of pressure
+/// coefficients of two greys. A few pixels may be clipped.
+void check_loss(const image& picture, const fs::path& file, const Mapping& mapping) {
+    constexpr double told_share = 0.01;
+    const double tolerance = tolerance_of(picture, mapping.highest);
+    std::int64_t valid = 0;
+    std::int64_t lost = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        const float* values = picture.values().row(y);
+        const std::uint8_t* mask = picture.mask().row(y);
+        for (int x = 0, width = picture.width(); x < width; ++x) {
+            if (!is_shown(values[x], mask[x])) continue;
+            ++valid;
+            const double count = mapping(values[x]);
+            lost += count < 0 || count > mapping.highest ||
+                    std::abs(count - double{values[x]}) > tolerance;
+        }
+    }
+    if (static_cast<double>(lost) > told_share * static_cast<double>(valid))
+        fail_writing(file, std::to_string(lost) + " of " + std::to_string(valid) +
+                               " values do not fit whole numbers from 0 to " +
+                               format_double(mapping.highest) +
+                               ": stretch them (convert --scale), or write TIFF, FITS or a field "
+                               "file");
+}
+
 /// One row of counts, most significant byte first; gives the number of clipped pixels.
 std::int64_t encode_row(const image& picture, int y, const Mapping& mapping, std::uint8_t* row) {
     const float* values = picture.values().row(y);
@@ -124,6 +162,7 @@ void write_png(const image& picture, const fs::path& file, const ImageWriteOptio
     const Mapping mapping = options.scale == ImageWriteOptions::Scale::stretch
                                 ? stretch(picture, highest)
                                 : Mapping{highest};
+    if (options.scale == ImageWriteOptions::Scale::none) check_loss(picture, file, mapping);
     std::ofstream stream(file, std::ios::binary);
     if (!stream) fail_writing(file, "the file cannot be opened");
     PngWriter png(stream, file.string(),

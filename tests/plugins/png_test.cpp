@@ -6,6 +6,7 @@
 
 #include "core/errors.h"
 #include "tests/plugins/sample_files.h"
+#include "tests/support/error_of.h"
 
 namespace vyn::test {
 namespace {
@@ -115,9 +116,10 @@ TEST(PngReading, RefusesColour) {
 }
 
 /// Values that are in range, out of range, and half way between two counts; the last is excluded.
-image line_of_values() {
+image line_of_values(int height = 1) {
     const std::vector<float> values{-3.f, -0.4f, 0.f, 1.5f, 65535.4f, 65536.f, 1e30f, 700.f};
-    image picture(static_cast<int>(values.size()), 1);
+    image picture(static_cast<int>(values.size()), height);
+    picture.values().fill(5);
     picture.name = "line";
     std::ranges::copy(values, picture.values().row(0));
     picture.mask()(7, 0) = 1;
@@ -134,9 +136,37 @@ TEST(PngWriting, RoundsAndClipsAndSaysHowMany) {
     TemporaryFolder folder;
     const auto file = folder / "line.png";
     const LogCapture log;
-    write_image(line_of_values(), file);
+    EXPECT_THAT(test::error_of<FileError>([&] { write_image(line_of_values(), file); }).detail,
+                HasSubstr("3 of 7 values do not fit"));
+    write_image(line_of_values(100), file);
     EXPECT_THAT(counts_in(file), testing::ElementsAre(0, 0, 0, 2, 65535, 65535, 65535, 0));
     EXPECT_THAT(log.lines(), Contains(HasSubstr("'line': 3 pixels clipped")));
+}
+
+/// Counts are whole numbers, however little they differ; a field loses what makes it one.
+TEST(PngWriting, RefusesWhatWholeNumbersDoNotHold) {
+    TemporaryFolder folder;
+    const auto written = [&](Quantity::Kind kind, float from, float step) {
+        image picture(40, 40);
+        picture.quantity.kind = kind;
+        for (int y = 0; y < 40; ++y)
+            for (int x = 0; x < 40; ++x)
+                picture.values()(x, y) = from + step * static_cast<float>(x + y);
+        try {
+            write_image(picture, folder / "f.png");
+            return true;
+        } catch (const FileError& error) {
+            EXPECT_THAT(error.detail, HasSubstr("convert --scale"));
+            return false;
+        }
+    };
+    using Kind = Quantity::Kind;
+    EXPECT_TRUE(written(Kind::raw_counts, 308, 0.05F));
+    EXPECT_FALSE(written(Kind::cp, -0.5F, 0.01F));
+    EXPECT_FALSE(written(Kind::pressure, 70, 0.3F));  // kPa
+    EXPECT_FALSE(written(Kind::pressure, 90000, 10));
+    EXPECT_TRUE(written(Kind::pressure, 30000, 10.25F));
+    EXPECT_TRUE(written(Kind::value, 0, 1));
 }
 
 TEST(PngWriting, StretchesValidValuesAndKeepsTheirRange) {
