@@ -42,7 +42,7 @@ constexpr Page pages[] = {
     {"vyn::MarkerFindingDialog", "markers"},
     {"vyn::MarkerOptionsDialog", "markers"},
     {"vyn::MarkerPairingDialog", "markers"},
-    {"vyn::MarkerInfo", "markers"},
+    {"vyn::VynMarkerInfo", "markers"},
     {"vyn::MarkerTable", "markers"},
     {"vyn::ThresholdDialog", "regions"},
     {"vyn::GraphWindow", "graphs"},

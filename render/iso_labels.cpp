@@ -18,21 +18,39 @@ constexpr double least_length = 4;
 /// Where along a line a number is tried, the middle first.
 constexpr std::array<double, 7> shares{0.5, 0.4, 0.6, 0.3, 0.7, 0.2, 0.8};
 
-/// So many digits that neighbouring levels differ by some hundred units of the last one.
-int digits_for(const std::vector<IsoLine>& lines) {
-    std::set<double> levels;
-    double largest = 0;
-    for (const IsoLine& line : lines) {
-        levels.insert(line.level);
-        largest = std::max(largest, std::abs(line.level));
+/// Writes levels with as few decimals as tell them to a hundredth of their distance.
+class LevelTexts {
+  public:
+    explicit LevelTexts(const std::vector<IsoLine>& lines) {
+        std::set<double> levels;
+        double largest = 0;
+        for (const IsoLine& line : lines) {
+            levels.insert(line.level);
+            largest = std::max(largest, std::abs(line.level));
+        }
+        double distance = largest;
+        for (auto level = levels.begin(); level != levels.end(); ++level)
+            if (const auto next = std::next(level); next != levels.end())
+                distance = std::min(distance, *next - *level);
+        const auto told = [&](double level) {
+            const double unit = std::pow(10, -decimals_);
+            return std::abs(level - std::round(level / unit) * unit) <= distance / 100;
+        };
+        while (decimals_ < most_decimals && !std::ranges::all_of(levels, told))
+            ++decimals_;
+        plain_ = largest < 1e7 && decimals_ < most_decimals;
     }
-    double least = largest;
-    for (auto level = levels.begin(); level != levels.end() && std::next(level) != levels.end();
-         ++level)
-        least = std::min(least, *std::next(level) - *level);
-    if (!(least > 0)) return 4;
-    return std::clamp(static_cast<int>(std::ceil(std::log10(largest / least))) + 2, 3, 7);
-}
+
+    std::string text(double level) const {
+        constexpr int digits = 5;  // of numbers with an exponent
+        return plain_ ? format_fixed(level, decimals_) : format_general(level, digits);
+    }
+
+  private:
+    static constexpr int most_decimals = 6;
+    int decimals_ = 0;
+    bool plain_ = true;
+};
 
 double length_of(const IsoLine& line) {
     double length = 0;
@@ -115,11 +133,11 @@ void add_uncovered(const IsoLine& line, const IsoLabel& label, std::vector<IsoLi
 IsoDrawing label_iso_lines(std::vector<IsoLine> lines, const IsoLettering& lettering, double width,
                            double height) {
     IsoDrawing drawing;
-    const int digits = digits_for(lines);
+    const LevelTexts texts(lines);
     for (IsoLine& line : lines) {
         IsoLabel label;
         label.level = line.level;
-        label.text = format_general(line.level, digits);
+        label.text = texts.text(line.level);
         label.width = lettering.width(label.text) + lettering.height / 2;
         label.height = 1.3 * lettering.height;
         const double length = length_of(line);

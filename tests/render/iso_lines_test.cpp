@@ -125,6 +125,27 @@ TEST(IsoLines, OfADifferenceAreThoseOfTheDifferenceImage) {
     EXPECT_TRUE(iso_lines(ColourSource{{a.levels}}, whole(50, 40, 2), levels).empty());
 }
 
+TEST(IsoLabels, TellTheirLevelsShortly) {
+    const IsoLettering letters{10, [](const std::string&) { return 20.0; }};
+    const std::pair<std::vector<double>, std::vector<std::string>> cases[] = {
+        {{82000, 84000}, {"82000", "84000"}},         {{82742.7, 84355.5}, {"82743", "84356"}},
+        {{-0.5, 0, 0.25}, {"-0.50", "0.00", "0.25"}}, {{0.1 + 0.2}, {"0.3"}},
+        {{1e-9, 2e-9}, {"1e-09", "2e-09"}},           {{2e8, 4e8}, {"2e+08", "4e+08"}},
+    };
+    for (const auto& [levels, texts] : cases) {
+        std::vector<IsoLine> lines;
+        double y = 0;
+        for (const double level : levels) {
+            y += 50;
+            lines.push_back({level, {{0, y}, {400, y}}});
+        }
+        std::vector<std::string> told;
+        for (const IsoLabel& label : label_iso_lines(lines, letters, 400, 300).labels)
+            told.push_back(label.text);
+        EXPECT_EQ(told, texts);
+    }
+}
+
 TEST(IsoLabels, StandOnTheirLinesApartFromEachOther) {
     std::vector<IsoLine> lines;
     for (int i = 0; i < 20; ++i)
@@ -134,7 +155,7 @@ TEST(IsoLabels, StandOnTheirLinesApartFromEachOther) {
         10, [](const std::string& text) { return 7.0 * static_cast<double>(text.size()); }};
     const IsoDrawing drawing = label_iso_lines(lines, letters, 400, 300);
     ASSERT_GT(drawing.labels.size(), 10U);
-    EXPECT_EQ(drawing.labels.front().text, "0.1");
+    EXPECT_EQ(drawing.labels.front().text, "0.10");
     for (std::size_t i = 0; i < drawing.labels.size(); ++i) {
         const IsoLabel& a = drawing.labels[i];
         EXPECT_NE(a.text, "2");

@@ -51,7 +51,8 @@ std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part, co
         points.append({sample.distance, sample.value});
     auto curve = std::make_unique<QwtPlotCurve>();
     curve->setSamples(points);
-    curve->setPen(colour, 1.6, style);
+    // Above 1.5 the plot would draw it in pieces, each with a dash of its own.
+    curve->setPen(colour, style == Qt::SolidLine ? 1.6 : 1.4, style);
     curve->setRenderHint(QwtPlotItem::RenderAntialiased);
     if (part.size() == 1)
         curve->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, colour, QPen(colour), QSize(4, 4)));

@@ -25,6 +25,20 @@ const QString geometry_setting = QStringLiteral("viewer/geometry");
 const QString panels_setting = QStringLiteral("viewer/panels");
 constexpr QSize least_size{320, 240};
 
+/// Behind those of what is edited.
+void add_last_menus(VynFieldViewer& viewer) {
+    QMenuBar& bar = *viewer.menuBar();
+    bar.addMenu(make_window_menu(&viewer));
+    QMenu* menu = bar.addMenu(VynFieldViewer::tr("&Help"));
+    // The program answers this key in every window, with the page of what has the keyboard.
+    QAction* help = menu->addAction(VynFieldViewer::tr("&Contents") + QStringLiteral("\tF1"),
+                                    &viewer, [&viewer] {
+                                        QKeyEvent key(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
+                                        QApplication::sendEvent(&viewer, &key);
+                                    });
+    help->setObjectName(QStringLiteral("viewer_manual"));
+}
+
 /// A panel that scrolls where the window is too small for it.
 QScrollArea* scrolled(QWidget* panel) {
     auto* area = new QScrollArea;
@@ -129,14 +143,6 @@ void VynFieldViewer::make_bars() {
         findChild<QDockWidget*>(QStringLiteral("cell panel"))->toggleViewAction());
     parts_->marker_menu = menuBar()->addMenu(tr("&Marker"));
     parts_->marker_menu->addActions(marker_actions);
-    menuBar()->addMenu(make_window_menu(this));
-    QMenu* help_menu = menuBar()->addMenu(tr("&Help"));
-    // The program answers this key in every window, with the page of what has the keyboard.
-    QAction* help = help_menu->addAction(tr("&Contents") + QStringLiteral("\tF1"), this, [this] {
-        QKeyEvent key(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
-        QApplication::sendEvent(this, &key);
-    });
-    help->setObjectName(QStringLiteral("viewer_manual"));
 }
 
 void VynFieldViewer::make_modes() {
@@ -153,6 +159,7 @@ void VynFieldViewer::make_modes() {
     parts_->region = new RegionController(*this);
     parts_->association = new AssociationController(*this, *parts_->markers);
     new EditActions(*this, {parts_->markers, parts_->region, parts_->association});
+    add_last_menus(*this);
 }
 
 void VynFieldViewer::connect_view() {
