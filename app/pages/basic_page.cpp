@@ -23,6 +23,7 @@
 #include "calib/ui/in_situ_dialog.h"
 #include "calib/ui/paint_dialog.h"
 #include "core/ui/command.h"
+#include "core/ui/wording.h"
 #include "process/page/likely_places.h"
 #include "process/page/page_steps.h"
 #include "process/page/user_words.h"
@@ -170,8 +171,8 @@ void BasicPage::open_in_situ() {
 void BasicPage::show_trial(const RunReport& found) {
     if (!found.correlation) return;
     last_run_failed_ = !found.correlation->failure.empty();
-    last_run_ = QString::fromStdString(last_run_failed_ ? found.correlation->failure
-                                                        : report_lines(*found.correlation).front());
+    last_run_ = worded(last_run_failed_ ? found.correlation->failure
+                                        : report_lines(*found.correlation).front());
     if (!last_run_failed_) view(image_names::displacement);
 }
 

@@ -40,8 +40,8 @@ ResultsList::ResultsList(ExperimentType type, const palette_array& palette, QWid
     : QGroupBox(tr("Results"), parent), palette_(palette), field_(new FieldPreview(this)) {
     auto* halves = new QHBoxLayout(this);
     auto* grid = new QGridLayout;
-    halves->addLayout(grid, 2);
-    halves->addWidget(field_, 3);
+    halves->addLayout(grid, 1);
+    halves->addWidget(field_, 1);
     field_->hide();
     connect(field_, &FieldPreview::clicked, this,
             [this] { Q_EMIT view_wanted(image_names::field); });
@@ -62,6 +62,7 @@ ResultsList::ResultsList(ExperimentType type, const palette_array& palette, QWid
         line.preview->setFixedSize(preview_size);
         line.preview->setScaledContents(false);
         line.preview->setAlignment(Qt::AlignCenter);
+        line.state->setMinimumWidth(fontMetrics().horizontalAdvance(tr("not calculated")) + 8);
         line.state->setObjectName(QString::fromStdString(image + "_state"));
         const int row = grid->rowCount();
         grid->addWidget(line.preview, row, 0);

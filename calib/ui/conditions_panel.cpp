@@ -3,6 +3,7 @@
 #include <QPalette>
 
 #include "core/ui/setting_form.h"
+#include "core/ui/wording.h"
 #include "process/steps/law_conditions.h"
 
 namespace vyn {
@@ -23,7 +24,7 @@ QString row_of(const LawConditions::Line& line) {
 QString html_of(const LawConditions& conditions) {
     QString html;
     for (const std::string& remark : conditions.remarks)
-        html += QStringLiteral("<p>&#9888; %1.</p>").arg(escaped(remark));
+        html += QStringLiteral("<p>&#9888; %1.</p>").arg(worded(remark).toHtmlEscaped());
     if (conditions.lines.empty()) return html;
     html += QStringLiteral(
                 "<table><tr><td></td><td align=right>&nbsp;&nbsp;%1</td><td></td>"

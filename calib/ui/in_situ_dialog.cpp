@@ -22,6 +22,7 @@
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
+#include "core/ui/wording.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "process/steps/calibrate_task.h"
@@ -252,8 +253,8 @@ void form_calibr_single::btn_calculate_clicked() {
     if (!busy_box_) busy_box_ = new QBusyBox(worker_, this);
     if (busy_box_->run(job) != TaskOutcome::done) return;
     if (!outcome->calibration) {
-        QMessageBox box(QMessageBox::Warning, caption(), QString::fromStdString(outcome->warning),
-                        QMessageBox::Ok, this);
+        QMessageBox box(QMessageBox::Warning, caption(), worded(outcome->warning), QMessageBox::Ok,
+                        this);
         box.setInformativeText(QString::fromStdString(outcome->reason));
         box.exec();
         return;

@@ -14,6 +14,7 @@
 #include "core/numbers.h"
 #include "core/ui/busy_box.h"
 #include "core/ui/icons.h"
+#include "core/ui/wording.h"
 #include "process/model/model_inputs.h"
 #include "process/point/marker_frames.h"
 #include "view/edit/marker_numbers.h"
@@ -181,7 +182,7 @@ bool AssociationController::refresh_settings() {
         take_settings(*scene_, vyn_db(), *viewer_.picture());
         return true;
     } catch (const GenericError& error) {
-        QMessageBox::warning(&viewer_, tr("3-D markers"), QString::fromStdString(error.what()));
+        QMessageBox::warning(&viewer_, tr("3-D markers"), worded(error.what()));
         return false;
     }
 }

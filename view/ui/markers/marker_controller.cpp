@@ -12,6 +12,7 @@
 #include "core/log.h"
 #include "core/ui/busy_box.h"
 #include "core/ui/command.h"
+#include "core/ui/wording.h"
 #include "process/point/marker_frames.h"
 #include "process/point/revise_markers_task.h"
 #include "view/ui/canvas/field_view.h"
@@ -156,7 +157,7 @@ bool MarkerController::change(const std::function<void(MarkerEdit&)>& operation,
     try {
         operation(edit_);
     } catch (const GenericError& error) {
-        QMessageBox::warning(&viewer_, tr("Markers"), QString::fromStdString(error.what()));
+        QMessageBox::warning(&viewer_, tr("Markers"), worded(error.what()));
         return false;
     }
     if (edit_.set() == before) {

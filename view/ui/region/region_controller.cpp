@@ -11,6 +11,7 @@
 
 #include "core/ui/busy_box.h"
 #include "core/ui/icons.h"
+#include "core/ui/wording.h"
 #include "process/point/marker_frames.h"
 #include "process/point/mask_file_task.h"
 #include "view/ui/canvas/field_view.h"
@@ -218,7 +219,7 @@ void RegionController::save_mask() {
     QBusyBox box(viewer_.worker(), &viewer_);
     if (box.run(job) != TaskOutcome::done) {
         if (!box.failure().empty())
-            QMessageBox::warning(&viewer_, tr("Save Mask"), QString::fromStdString(box.failure()));
+            QMessageBox::warning(&viewer_, tr("Save Mask"), worded(box.failure()));
         return;
     }
     if (edit_) saved_state_ = edit_->state();

@@ -12,6 +12,7 @@
 #include "core/log.h"
 #include "core/ui/busy_box.h"
 #include "core/ui/remembered_files.h"
+#include "core/ui/wording.h"
 #include "process/point/project_paths.h"
 #include "view/open_task.h"
 #include "view/probe_text.h"
@@ -53,7 +54,7 @@ bool ViewerFiles::run(std::unique_ptr<Task> task, const QString& what) {
     QBusyBox box(viewer_.worker(), &viewer_);
     const TaskOutcome outcome = box.run(job);
     if (outcome == TaskOutcome::failed) {
-        const QString why = QString::fromStdString(box.failure());
+        const QString why = worded(box.failure());
         get_log().write(LogLevel::failure, what.toStdString() + ": " + box.failure());
         QMessageBox::warning(&viewer_, what, why.isEmpty() ? tr("This failed.") : why);
     }
