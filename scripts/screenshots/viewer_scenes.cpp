@@ -71,7 +71,10 @@ void show_iso_lines(Theatre& theatre, VynFieldViewer& viewer) {
     fashion.iso.kind = IsoStyle::Kind::step;
     fashion.palette_style.levels = 12;
     viewer.view().set_fashion(fashion);
+    auto* hide_markers = viewer.findChild<QAction*>(QStringLiteral("hide_markers"));
+    hide_markers->setChecked(true);
     theatre.shots.take(viewer, QStringLiteral("viewer_iso_lines"), viewer_size);
+    hide_markers->setChecked(false);
     viewer.view().set_fashion(before);
 }
 
