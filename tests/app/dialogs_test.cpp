@@ -74,7 +74,8 @@ const Case cases[] = {
     {"threshold",
      [](Worker&) { return make<ThresholdDialog>(Limits(), static_cast<QWidget*>(nullptr)); }},
     {"fashion", [](Worker&) { return make<QFashionDlg>(Fashion()); }},
-    {"advanced_fashion", [](Worker&) { return make<QAdvFashionDlg>(Fashion(), QStringList()); }},
+    {"advanced_fashion",
+     [](Worker&) { return make<QAdvFashionDlg>(Fashion(), std::vector<PictureChoice>()); }},
     {"busy", [](Worker& worker) { return make<QBusyBox>(worker); }},
 };
 
