@@ -1,12 +1,14 @@
 #include "plugins/fits/fits_file.h"
 
 #include <algorithm>
+#include <fstream>
 #include <memory>
 #include <system_error>
 
 #include <zlib.h>
 
 #include "core/free_memory.h"
+#include "plugins/fits/fits_headers.h"
 #include "plugins/support/refusal.h"
 
 namespace vyn::plugins {
@@ -51,6 +53,10 @@ std::vector<char> unpack(const std::filesystem::path& file, gzFile packed) {
     return bytes;
 }
 
+void check_headers(const std::filesystem::path& file, const BytesAt& bytes) {
+    if (const std::string fault = fault_of_headers(bytes); !fault.empty()) refuse(file, fault);
+}
+
 }  // namespace
 
 std::string gzip_beginning(const std::filesystem::path& file, std::size_t bytes) {
@@ -71,11 +77,21 @@ FitsFile::FitsFile(const std::filesystem::path& file, Mode mode) : lock_(library
             unpacked_ = unpack(file, packed.get());
             size_ = memory_size_ = unpacked_.size();
             memory_ = unpacked_.data();
+            check_headers(file, [this](std::uint64_t offset, char* bytes, std::size_t count) {
+                if (offset > unpacked_.size() || count > unpacked_.size() - offset) return false;
+                std::copy_n(unpacked_.data() + offset, count, bytes);
+                return true;
+            });
             fits_open_memfile(&handle_, "unpacked", READONLY, &memory_, &memory_size_, 0, nullptr,
                               &status_);
             return;
         }
         size_ = std::filesystem::file_size(file);
+        std::ifstream stream(file, std::ios::binary);
+        check_headers(file, [&stream](std::uint64_t offset, char* bytes, std::size_t count) {
+            stream.seekg(static_cast<std::streamoff>(offset));
+            return static_cast<bool>(stream.read(bytes, static_cast<std::streamsize>(count)));
+        });
         fits_open_diskfile(&handle_, name.c_str(), READONLY, &status_);
         return;
     }

@@ -173,6 +173,15 @@ TEST(FitsReading, UnpacksTilesAndGzip) {
             make_fits(file, spec, {40, 30}, stored.values);
             expect_picture(read_image(file), stored);
         }
+    FitsSpec damaged{"", SHORT_IMG};
+    damaged.compression = RICE_1;
+    make_fits(file, damaged, {40, 30}, raw.values);
+    std::string changed = get_file(file);
+    const auto block = changed.find("ZVAL1   =                   32");
+    ASSERT_NE(block, std::string::npos);
+    changed.replace(block + 28, 2, " 0");
+    put_file(file, changed);
+    EXPECT_THAT(refusal(file), HasSubstr("hold no pixels"));
     FitsSpec lossy{"", SHORT_IMG};
     lossy.compression = HCOMPRESS_1;
     make_fits(file, lossy, {40, 30}, raw.values);
