@@ -26,6 +26,7 @@ struct Header {
     std::array<std::int64_t, 999> sides{};
     bool rice = false;
     bool block_of_none = false;
+    bool tile_of_none = false;
 };
 
 std::int64_t whole_number(std::string_view value) {
@@ -46,6 +47,7 @@ bool take_card(std::string_view text, Header& header) {
     if (name == "GCOUNT") header.groups = whole_number(value);
     if (name == "ZCMPTYPE") header.rice = value.find("RICE") != value.npos;
     if (name == "ZVAL1") header.block_of_none = whole_number(value) < 1;
+    if (name.starts_with("ZTILE") && whole_number(value) < 1) header.tile_of_none = true;
     if (name == "NAXIS") {
         header.axes = whole_number(value);
     } else if (name.starts_with("NAXIS")) {
@@ -85,7 +87,8 @@ std::string fault_of_headers(const BytesAt& file) {
     for (int count = 0; count < most_headers; ++count) {
         Header header;
         if (!read_header(file, offset, header)) return {};
-        if (header.rice && header.block_of_none) return "its compressed blocks hold no pixels";
+        if (header.tile_of_none || (header.rice && header.block_of_none))
+            return "its compressed blocks hold no pixels";
         const double bytes = data_bytes(header);
         constexpr double most = 1e15;
         if (!(bytes >= 0 && bytes < most)) return {};

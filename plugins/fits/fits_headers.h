@@ -10,8 +10,8 @@ namespace vyn::plugins {
 using BytesAt = std::function<bool(std::uint64_t offset, char* bytes, std::size_t count)>;
 
 /// What in the headers would stop the library, which looks at a compressed picture's settings as
-/// soon as it comes to its header: a block of no pixels ends in a division by zero. Empty when
-/// there is nothing. Headers that make no sense are left to the library.
+/// soon as it comes to its header: a block or tile of no pixels ends in a division by zero. Empty
+/// when there is nothing. Headers that make no sense are left to the library.
 std::string fault_of_headers(const BytesAt& file);
 
 }  // namespace vyn::plugins

@@ -114,7 +114,8 @@ TEST_P(Formats, LeaveTheOldFileOnAFullDiskAndWhenStoppedMidway) {
             testing::HasSubstr(file_.string() + ": " + std::generic_category().message(EFBIG)));
     }
     Impatient impatient;
-    EXPECT_THROW(write_image(image(16, 1000), file_, {}, impatient), Aborted);
+    const image dark = picture_of(16, 1000, [](int, int) { return 0; });
+    EXPECT_THROW(write_image(dark, file_, {}, impatient), Aborted);
     EXPECT_EQ(get_file(file_), "old");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 1);
 }
