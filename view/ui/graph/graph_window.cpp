@@ -51,8 +51,9 @@ std::unique_ptr<QwtPlotCurve> make_curve(std::span<const ProfileSample> part, co
         points.append({sample.distance, sample.value});
     auto curve = std::make_unique<QwtPlotCurve>();
     curve->setSamples(points);
-    // Above 1.5 the plot would draw it in pieces, each with a dash of its own.
-    curve->setPen(colour, style == Qt::SolidLine ? 1.6 : 1.4, style);
+    curve->setPen(colour, 1.6, style);
+    curve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
+    curve->setLegendIconSize({26, 8});
     curve->setRenderHint(QwtPlotItem::RenderAntialiased);
     if (part.size() == 1)
         curve->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, colour, QPen(colour), QSize(4, 4)));

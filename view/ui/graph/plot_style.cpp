@@ -20,6 +20,8 @@ constexpr double label_room = 70;
 }  // namespace
 
 void style_plot(QwtPlot& plot) {
+    // In pieces, as they are drawn otherwise, each short stretch would begin a dash of its own.
+    QwtPainter::setPolylineSplitting(false);
     QwtPainter::setRoundingAlignment(false);  // whole pixels would make smooth curves wobble
     plot.axisScaleDraw(QwtPlot::yLeft)->setMinimumExtent(label_room);
     const QPalette palette = plot.palette();
