@@ -57,13 +57,14 @@ double noise_around(const image& picture, const DotFit& fit) {
 /// How oval the rim is at half the dot's depth: the second harmonic of its distance from the
 /// centre, over the mean one.
 double oval(const image& picture, const DotFit& fit) {
-    const double farthest = 2 * fit.radius + 3;
+    const int most_steps = static_cast<int>((2 * fit.radius + 3) / ray_step);
     double sum = 0;
     Point second;
     for (int k = 0; k < rays; ++k) {
         const double angle = 2 * std::numbers::pi * k / rays;
         double distance = 0;
-        for (; distance < farthest; distance += ray_step) {
+        for (int step = 0; step < most_steps; ++step) {
+            distance = step * ray_step;
             const Point place{fit.centre.x + distance * std::cos(angle),
                               fit.centre.y + distance * std::sin(angle)};
             const auto value = value_at(picture, place);
