@@ -10,8 +10,9 @@
 #include "render/figure.h"
 #include "render/lettering.h"
 
-struct _cairo;
-struct _cairo_surface;
+// Names of the library.
+struct _cairo;          // NOLINT(bugprone-reserved-identifier)
+struct _cairo_surface;  // NOLINT(bugprone-reserved-identifier)
 
 namespace vyn {
 

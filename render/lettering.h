@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-struct _PangoLayout;
+struct _PangoLayout;  // NOLINT(bugprone-reserved-identifier): the library's name
 
 namespace vyn {
 

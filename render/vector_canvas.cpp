@@ -57,7 +57,7 @@ void describe_document(cairo_surface_t* surface, const PictureTexts& description
         else if (keyword == "Software")
             put(CAIRO_PDF_METADATA_CREATOR, text);
         else
-            subject += (subject.empty() ? "" : "\n") + keyword + ": " + text;
+            subject.append(subject.empty() ? "" : "\n").append(keyword).append(": ").append(text);
     }
     if (!subject.empty()) put(CAIRO_PDF_METADATA_SUBJECT, subject);
     // Without it Cairo takes the present time, with an empty one none.
@@ -71,7 +71,7 @@ std::string elements_of(const PictureTexts& description) {
         if (keyword == "Title")
             title = "\n<title>" + xml_escaped(text) + "</title>";
         else
-            rest += xml_escaped(keyword + ": " + text) + "\n";
+            rest.append(xml_escaped(keyword)).append(": ").append(xml_escaped(text)).append("\n");
     }
     return title + (rest.empty() ? "" : "\n<desc>" + rest + "</desc>");
 }
