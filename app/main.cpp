@@ -12,9 +12,9 @@
 #include "core/log.h"
 #include "core/log_file.h"
 #include "core/messages.h"
+#include "core/ui/wording.h"
 #include "core/user_folders.h"
 #include "core/version.h"
-#include "core/ui/wording.h"
 #include "core/worker.h"
 #include "process/page/user_words.h"
 

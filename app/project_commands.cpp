@@ -289,8 +289,7 @@ bool ProjectCommands::carry_out(const std::shared_ptr<Job>& job, const QString& 
     QBusyBox box(worker_, window_);
     const TaskOutcome outcome = box.run(job);
     if (outcome == TaskOutcome::failed)
-        report_failure(window_,
-                       what_failed + QLatin1Char('\n') + worded(box.failure()));
+        report_failure(window_, what_failed + QLatin1Char('\n') + worded(box.failure()));
     return outcome < TaskOutcome::failed;
 }
 

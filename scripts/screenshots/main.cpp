@@ -84,8 +84,9 @@ int main(int argc, char** argv) {
     command.add_option("FOLDER", options.folder, "folder to write to")->capture_default_str();
     command.add_option("--scale", options.scale, "pixels of the screen per pixel of the design")
         ->check(CLI::Range(1, 4));
-    command.add_option("--screen", options.screen,
-                       "width and height of the screen, in pixels of the design")
+    command
+        .add_option("--screen", options.screen,
+                    "width and height of the screen, in pixels of the design")
         ->delimiter('x');
     command.add_flag("--dark", options.dark, "with a dark palette");
     command.add_option("--only", options.only, "names of the pictures to take")->delimiter(',');

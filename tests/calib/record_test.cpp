@@ -23,8 +23,10 @@ enum class Values { defaults, distinct };
 void fill(dataSetInterface& data, const std::string& tree, Values values) {
     int n = 0;
     for (const KeyInfo& key : key_table()) {
-        // the noise of a camera belongs to its project, not to its record
-        if (!key.path.starts_with(tree) || key.path.starts_with(tree + "noise_")) continue;
+        // A camera's noise and full scale belong to its project, not to its record.
+        if (!key.path.starts_with(tree) || key.path.starts_with(tree + "noise_") ||
+            key.path == tree + "full_scale")
+            continue;
         ++n;
         if (values == Values::defaults)
             data.set_value(key.path, key.fallback, true);

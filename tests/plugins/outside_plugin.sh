@@ -7,7 +7,7 @@ source=$1 program=$2 build=$3 compiler=$4
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-for component in libraries development; do
+for component in program development; do
     cmake --install "$build" --prefix "$folder/prefix" --component $component >/dev/null
 done
 cmake -S "$source/examples/plugin" -B "$folder/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
