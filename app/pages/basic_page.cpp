@@ -9,6 +9,7 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include "app/pages/field_preview.h"
 #include "app/pages/file_choice.h"
 #include "app/pages/image_card.h"
 #include "app/pages/input_row.h"
@@ -68,6 +69,9 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
     results_->show_look(
         *look,
         report_ ? QString::fromStdString(user_words(type_, unaligned_text(*report_))) : QString());
+    const auto field = look->previews.find(image_names::field);
+    field_->show_field(field == look->previews.end() ? Thumbnail() : field->second,
+                       watcher_->field_palette());
     steps_->show_needs(look->state.needs);
     steps_->show_run(last_run_, last_run_failed_);
     for (RecordGroup* group : records_)

@@ -14,6 +14,7 @@ class QScrollArea;
 namespace vyn {
 
 class CardGrid;
+class FieldPreview;
 class ImageCard;
 class InputRow;
 class RecordGroup;
@@ -97,6 +98,7 @@ class BasicPage : public ExperimentPage {
     std::vector<RecordGroup*> records_;
     SaturationRow* saturation_ = nullptr;
     StepGroup* steps_ = nullptr;
+    FieldPreview* field_ = nullptr;
     ResultsList* results_ = nullptr;
     QLabel* remarks_ = nullptr;
 };

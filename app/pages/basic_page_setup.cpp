@@ -6,6 +6,7 @@
 #include "align/ui/align_dialog.h"
 #include "app/pages/basic_page.h"
 #include "app/pages/card_grid.h"
+#include "app/pages/field_preview.h"
 #include "app/pages/image_card.h"
 #include "app/pages/input_row.h"
 #include "app/pages/record_group.h"
@@ -41,10 +42,18 @@ void BasicPage::build(ExperimentType type) {
     }
     grid->add(camera_group());
     grid->add(option_group());
-    steps_ = new StepGroup(page_cards(type).size() > 2, grid);
-    grid->add(steps_);
+    auto* left = new QWidget(grid);
+    steps_ = new StepGroup(page_cards(type).size() > 2, left);
+    field_ = new FieldPreview(left);
+    field_->hide();
+    auto* column = new QVBoxLayout(left);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(steps_);
+    column->addWidget(field_, 1);
+    grid->add(left);
+    connect(field_, &FieldPreview::clicked, this, [this] { view(image_names::field); });
     connect(steps_, &StepGroup::wanted, this, &BasicPage::run_step);
-    results_ = new ResultsList(type, watcher_->field_palette(), grid);
+    results_ = new ResultsList(type, grid);
     grid->add(results_);
     connect(results_, &ResultsList::view_wanted, this, &BasicPage::view);
 

@@ -1,12 +1,10 @@
 #include "app/pages/results_list.h"
 
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QToolButton>
 
 #include "app/pages/elided_label.h"
-#include "app/pages/field_preview.h"
 #include "app/pages/page_parts.h"
 
 namespace vyn {
@@ -36,15 +34,8 @@ bool needs_alignment(const std::string& image) {
 
 }  // namespace
 
-ResultsList::ResultsList(ExperimentType type, const palette_array& palette, QWidget* parent)
-    : QGroupBox(tr("Results"), parent), palette_(palette), field_(new FieldPreview(this)) {
-    auto* halves = new QHBoxLayout(this);
-    auto* grid = new QGridLayout;
-    halves->addLayout(grid, 1);
-    halves->addWidget(field_, 1);
-    field_->hide();
-    connect(field_, &FieldPreview::clicked, this,
-            [this] { Q_EMIT view_wanted(image_names::field); });
+ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("Results"), parent) {
+    auto* grid = new QGridLayout(this);
     grid->setVerticalSpacing(2);
     std::vector<std::string> results = page_results(type);
     results.emplace_back(model_result);
@@ -62,7 +53,6 @@ ResultsList::ResultsList(ExperimentType type, const palette_array& palette, QWid
         line.preview->setFixedSize(preview_size);
         line.preview->setScaledContents(false);
         line.preview->setAlignment(Qt::AlignCenter);
-        line.state->setMinimumWidth(fontMetrics().horizontalAdvance(tr("not calculated")) + 8);
         line.state->setObjectName(QString::fromStdString(image + "_state"));
         const int row = grid->rowCount();
         grid->addWidget(line.preview, row, 0);
@@ -92,8 +82,6 @@ void ResultsList::show_look(const PageLook& look, const QString& unaligned) {
         if (const auto line = std::ranges::find(lines_, result.image, &Line::image);
             line != lines_.end())
             show_line(*line, result, preview_of(result.image), unaligned);
-    const Thumbnail* field = preview_of(image_names::field);
-    field_->show_field(field ? *field : Thumbnail(), palette_);
 }
 
 void ResultsList::show_line(Line& line, const ResultEntry& result, const Thumbnail* preview,

@@ -13,14 +13,12 @@ class QToolButton;
 namespace vyn {
 
 class ElidedLabel;
-class FieldPreview;
 
 /// The results with what is to be said of each, and a button to view it.
 class ResultsList : public QGroupBox {
     Q_OBJECT
   public:
-    /// The palette is that of the field's preview and outlives the list.
-    ResultsList(ExperimentType type, const palette_array& palette, QWidget* parent = nullptr);
+    ResultsList(ExperimentType type, QWidget* parent = nullptr);
     /// `unaligned`: why results that need aligned pictures are not to be used; empty when nothing
     /// is known against them.
     void show_look(const PageLook& look, const QString& unaligned);
@@ -40,9 +38,7 @@ class ResultsList : public QGroupBox {
     void show_line(Line& line, const ResultEntry& result, const Thumbnail* preview,
                    const QString& unaligned);
 
-    const palette_array& palette_;
     std::vector<Line> lines_;
-    FieldPreview* field_;
 };
 
 }  // namespace vyn

@@ -114,7 +114,7 @@ void QVynLog::make_tools() {
 
 void QVynLog::resizeEvent(QResizeEvent* event) {
     QTextBrowser::resizeEvent(event);
-    tools_->setGeometry(frameWidth(), frameWidth(), width() - 2 * frameWidth(),
+    tools_->setGeometry(viewport()->x(), frameWidth(), viewport()->width(),
                         tools_->sizeHint().height());
 }
 
