@@ -328,12 +328,13 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
             const float slope = (law.by_log_ratio[2] * r + law.by_log_ratio[1]) * r;
             by_ratio[i] = mask[i] == 0 ? scale2 * slope * slope : 0.0F;
         }
+    // Where nothing is to be seen a picture may be 0, and what is relative to it infinite.
     for (int i = 0; i < n; ++i) {
-        noise[i] = by_ratio[i] * in.noise[i];
-        flat[i] = by_ratio[i] * in.flat[i];
+        noise[i] = mask[i] == 0 ? by_ratio[i] * in.noise[i] : 0.0F;
+        flat[i] = mask[i] == 0 ? by_ratio[i] * in.flat[i] : 0.0F;
     }
     for (int i = 0; i < n; ++i) {
-        registration[i] = by_ratio[i] * in.registration[i];
+        registration[i] = mask[i] == 0 ? by_ratio[i] * in.registration[i] : 0.0F;
         lamp[i] = by_ratio[i] * in.lamp;
     }
     if (!law.given) {
@@ -353,8 +354,9 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
         total[i] = std::sqrt(noise[i] + flat[i] + shared_variance);
     }
     for (int i = 0; i < n; ++i) {
-        area[i] = std::sqrt(by_ratio[i] * (in.noise_white[i] + in.flat_white[i]));
-        by_ratio[i] *= in.shot[i];
+        const float white = mask[i] == 0 ? in.noise_white[i] + in.flat_white[i] : 0.0F;
+        area[i] = std::sqrt(by_ratio[i] * white);
+        by_ratio[i] *= mask[i] == 0 ? in.shot[i] : 0.0F;
     }
 }
 
