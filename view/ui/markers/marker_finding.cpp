@@ -109,7 +109,9 @@ MarkerFindingDialog::MarkerFindingDialog(PictureWindow& viewer, MarkerController
     form->addRow(tr("&Smallest diameter, pix"), min_size_);
     form->addRow(tr("&Largest diameter, pix"), max_size_);
     form->addRow(tr("At &most"), expect_);
-    form->addRow(tr("Least &quality"), slide);
+    auto* label = new QLabel(tr("Least &quality"), this);
+    label->setBuddy(cut_);
+    form->addRow(label, slide);
     form->addRow(keep_);
     form->addRow(result_);
     form->addRow(table_);
