@@ -103,6 +103,7 @@ TEST_P(Dialogs, FitSmallScreensAndHaveAPageOfTheManual) {
                 EXPECT_TRUE(dialog->rect().contains(
                     QRect(button->mapTo(dialog.get(), QPoint()), button->size())))
                     << button->text().toStdString() << " at " << room.width();
+        dialog->hide();  // as after exec
     }
 }
 
