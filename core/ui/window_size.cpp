@@ -62,7 +62,9 @@ void fit_on_screen(QDialog& dialog) {
     if (!content) return;
     const QSize least = content->totalMinimumSize();
     if (on_screen(least) == least) {
-        dialog.resize(on_screen(dialog.size()));
+        // A size that was set is kept from then on.
+        if (const QSize size = dialog.size(); on_screen(size) != size)
+            dialog.resize(on_screen(size));
         return;
     }
     content->setSizeConstraint(QLayout::SetDefaultConstraint);
