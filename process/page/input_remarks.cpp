@@ -123,9 +123,8 @@ std::vector<Remark> input_remarks(const dataSetInterface& data, const imagesList
     const ExperimentType type = experiment_type(data);
     if (type == ExperimentType::s3f) return {{Remark::Kind::warning, not_evaluated_text}};
     Remarks remarks{type};
-    simpleNamedDataSet present;
-    for (const std::string& file : copy_without_missing_files(data, present))
-        remarks.warn(file);
+    for (const MissingFile& missing : missing_files(data, images))
+        remarks.warn(missing_text(data, missing));
     picture_remarks(data, images, remarks);
     law_remarks(data, images, remarks);
     return std::move(remarks.said);

@@ -35,22 +35,33 @@ bool is_file(const fs::path& file) {
 
 }  // namespace
 
-std::vector<std::string> copy_without_missing_files(const dataSetInterface& data,
-                                                    dataSetInterface& present) {
-    std::vector<std::string> missing;
-    data.for_each(
-        [&](const std::string& path, const any& value) { present.set_value(path, value, false); });
-    const auto leave_out = [&](const char* image, Key<std::string> key) {
-        missing.push_back(std::string(image) + ": the file is not there: " + read(data, key));
-        write(present, key, std::string());
+std::vector<MissingFile> missing_files(const dataSetInterface& data, const imagesList& images) {
+    using Role = InputFile::Role;
+    const auto made_up_for = [&](const InputFile& input) {
+        const auto picture = images.find(input.image);
+        if (!picture || input.role == Role::mask) return false;
+        return input.role != Role::markers || !picture->markers.markers.empty();
     };
+    std::vector<MissingFile> missing;
     for (const InputFile& input : input_files())
-        if (is_missing(data, input)) leave_out(input.image, input.file);
+        if (is_missing(data, input) && !made_up_for(input))
+            missing.push_back({input.image, input.file});
     for (const RawImage& raw : raw_images())
         if (const std::string region = read(data, raw.region_file);
             !region.empty() && locate(region, project_folder(data)).empty())
-            leave_out(raw.name, raw.region_file);
+            missing.push_back({raw.name, raw.region_file});
     return missing;
+}
+
+std::string missing_text(const dataSetInterface& data, const MissingFile& missing) {
+    return std::string(missing.image) + ": the file is not there: " + read(data, missing.file);
+}
+
+void copy_without_missing_files(const dataSetInterface& data, dataSetInterface& present) {
+    data.for_each(
+        [&](const std::string& path, const any& value) { present.set_value(path, value, false); });
+    for (const MissingFile& missing : missing_files(data, imagesList()))
+        write(present, missing.file, std::string());
 }
 
 std::vector<PlacedFile> find_moved_files(const dataSetInterface& data, const InputFile& found,

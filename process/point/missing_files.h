@@ -11,10 +11,21 @@
 
 namespace vyn {
 
-/// Copies the settings, but for the names of files that are not there: pictures and what belongs to
-/// them. Returns what was left out, in sentences without their full stop.
-std::vector<std::string> copy_without_missing_files(const dataSetInterface& data,
-                                                    dataSetInterface& present);
+/// A file that the project names and that is not there.
+struct MissingFile {
+    const char* image;
+    Key<std::string> file;
+};
+
+/// Of pictures and what belongs to them; those that the images of a container make up for are not
+/// missed: pictures that are loaded, and markers that they have.
+std::vector<MissingFile> missing_files(const dataSetInterface& data, const imagesList& images);
+
+/// A sentence without its full stop.
+std::string missing_text(const dataSetInterface& data, const MissingFile& missing);
+
+/// Copies the settings, but for the names of files that are not there.
+void copy_without_missing_files(const dataSetInterface& data, dataSetInterface& present);
 
 /// A place for a file, and the file that is to be there.
 using PlacedFile = std::pair<InputFile, std::filesystem::path>;

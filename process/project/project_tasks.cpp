@@ -198,9 +198,10 @@ std::vector<image> ReadProjectTask::load_wanted(const imagesList& present, RunRe
                                                 TaskContext& context) const {
     if (request_.missing == ReadProject::MissingFiles::refuse)
         return load_images(session_.data, present, context);
+    for (const MissingFile& missing : missing_files(session_.data, present))
+        warn(report, WarningKind::settings, missing_text(session_.data, missing));
     simpleNamedDataSet there;
-    for (const std::string& file : copy_without_missing_files(session_.data, there))
-        warn(report, WarningKind::settings, file);
+    copy_without_missing_files(session_.data, there);
     return load_images(there, present, context);
 }
 

@@ -277,6 +277,7 @@ TEST_F(Page, RowsSayWhatIsMissingAndWhatWasRead) {
     ASSERT_EQ(put(keys::wind_on_sens_file, ""), TaskOutcome::done);
     ASSERT_EQ(put(keys::wind_off_sens_mark_file, ""), TaskOutcome::done);
     ASSERT_EQ(put({"project/sens_cam/flat_file"}, ""), TaskOutcome::done);
+    std::filesystem::remove(folder / "wind_on.mrk");
     std::filesystem::remove(folder / "wind_off.tif");
     const PageState state = page_state(vyn_db(), get_images());
     EXPECT_EQ(state.rows.at("wind_off").problem, "The file is not there: wind_off.tif");
@@ -290,7 +291,11 @@ TEST_F(Page, RowsSayWhatIsMissingAndWhatWasRead) {
     EXPECT_THAT(state.remarks,
                 Contains(Remark{Remark::Kind::information, "Wind-Off: no flat field is used."}));
     EXPECT_THAT(state.remarks, Contains(Remark{Remark::Kind::warning,
-                                               "Wind-Off: the file is not there: wind_off.tif."}));
+                                               "Wind-On: the file is not there: wind_on.mrk."}));
+    EXPECT_THAT(
+        state.remarks,
+        testing::Not(Contains(testing::Field(&Remark::text, testing::HasSubstr("wind_off.tif")))))
+        << "the picture is loaded, as from a container";
 }
 
 TEST_F(Page, RemarksCountSaturatedPixels) {
