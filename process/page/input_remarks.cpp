@@ -141,8 +141,10 @@ std::vector<Remark> with_warnings(const std::vector<Remark>& remarks,
     for (const Remark& remark : all.said)
         if (std::ranges::find(once, remark.text, &Remark::text) == once.end())
             once.push_back(remark);
-    std::ranges::stable_partition(
-        once, [](const Remark& remark) { return remark.kind == Remark::Kind::warning; });
+    // Not that of std::ranges, which clang 14 cannot read in the library of g++ 12.
+    std::stable_partition(once.begin(), once.end(), [](const Remark& remark) {
+        return remark.kind == Remark::Kind::warning;
+    });
     return once;
 }
 
