@@ -8,6 +8,7 @@
 #include "core/keys.h"
 #include "core/ui/busy_box.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "process/model/mesh_tasks.h"
 #include "process/model/model_inputs.h"
 #include "process/model/shown_model.h"
@@ -209,9 +210,12 @@ void ModelCommands::settings() {
 }
 
 void ModelCommands::save_field() {
-    const std::string file =
-        ask_save_file(window_, {tr("Save 3-D field"), mesh_filter(/*writing=*/true),
-                                QStringLiteral("vtp"), project_folder_text()});
+    const std::string file = ask_save_file(window_, {tr("Save 3-D field"),
+                                                     mesh_filter(/*writing=*/true),
+                                                     QStringLiteral("vtp"),
+                                                     project_folder_text(),
+                                                     {},
+                                                     purpose_in_project(vyn_db(), "3-D field")});
     if (!file.empty()) run(std::make_unique<SaveMeshTask>(program_session(), file));
 }
 

@@ -10,6 +10,7 @@
 #include "core/data_set.h"
 #include "core/errors.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/window_size.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
@@ -87,7 +88,10 @@ void PointCheckDialog::export_page() {
     const std::string file =
         ask_save_file(this, {tr("Export the check of the point"),
                              tr("HTML page (*.html *.htm);;PDF document (*.pdf)"),
-                             QStringLiteral("html"), output_folder(vyn_db()).string()});
+                             QStringLiteral("html"),
+                             output_folder(vyn_db()).string(),
+                             {},
+                             purpose_in_project(vyn_db(), "check")});
     if (file.empty()) return;
     attempt(this, windowTitle(), [&] {
         write_file(file, lower_extension(file) == "pdf" ? pdf_of(check_) : html_of(check_));

@@ -12,6 +12,7 @@
 #include "core/keys.h"
 #include "core/project_file.h"
 #include "core/ui/busy_box.h"
+#include "core/ui/file_question.h"
 #include "core/ui/wording.h"
 #include "process/page/page_rows.h"
 #include "process/point/project_paths.h"
@@ -294,20 +295,11 @@ bool ProjectCommands::carry_out(const std::shared_ptr<Job>& job, const QString& 
 }
 
 QString ProjectCommands::ask_target(const QString& caption, const QString& proposal) {
-    QFileDialog dialog(window_, caption, text_of(project_folder(vyn_db())),
-                       tr("VynLite project file (*.xml);;Vyn project file (*.ims)"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(QStringLiteral("xml"));
-    connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog](const QString& filter) {
-        const bool container = filter.contains(QLatin1String("*.ims"));
-        dialog.setDefaultSuffix(container ? QStringLiteral("ims") : QStringLiteral("xml"));
-    });
-    if (proposal.endsWith(QLatin1String(".ims"), Qt::CaseInsensitive)) {
-        dialog.selectNameFilter(tr("Vyn project file (*.ims)"));
-        dialog.setDefaultSuffix(QStringLiteral("ims"));
-    }
-    if (!proposal.isEmpty()) dialog.selectFile(proposal);
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    const bool container = proposal.endsWith(QLatin1String(".ims"), Qt::CaseInsensitive);
+    return QString::fromStdString(ask_save_file(
+        window_, {caption, tr("VynLite project file (*.xml);;Vyn project file (*.ims)"),
+                  container ? QStringLiteral("ims") : QStringLiteral("xml"),
+                  project_folder(vyn_db()).string(), proposal}));
 }
 
 ProjectCommands::Lock ProjectCommands::lock(const fs::path& file) {

@@ -6,7 +6,7 @@
 #include <QTabWidget>
 
 #include "core/keys.h"
-#include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "process/point/project_paths.h"
 #include "schedule/ui/run_page.h"
 

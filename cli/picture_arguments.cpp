@@ -36,6 +36,9 @@ void add_picture_arguments(CLI::App& app, PictureArguments& arguments) {
            "draw lines of equal value at the multiples of a step")
         ->check(CLI::PositiveNumber)
         ->excludes(number);
+    app.add_flag_callback(
+        "--no-iso-labels", [&arguments] { arguments.iso.labels = false; },
+        "no numbers on the lines");
     app.add_option("--min", arguments.minimum,
                    "value of the first colour; default the 0.5 percentile of the valid values");
     app.add_option("--max", arguments.maximum,

@@ -100,13 +100,14 @@ ExitStatus render_model(const Render3dOptions& options) {
         if (!look.quantity) throw UsageError("the mesh has no values '" + name + "'");
         const std::string& unit = look.quantity->unit;
         frame.limits = chosen_limits(options.look, robust_limits(*look.quantity));
-        look.levels = chosen_iso_levels(options.look, frame.limits);
+        frame.iso_levels = chosen_iso_levels(options.look, frame.limits);
+        frame.iso_labels = options.look.iso.labels;
         frame.colour_bar = options.look.colour_bar;
         frame.label = options.look.label.value_or(unit.empty() ? name : name + ", " + unit);
     }
     const Surface surface = prepare_surface(mesh, progress);
     const Figure drawn =
-        model_figure(mesh, surface, vertex_normals(mesh, surface), view, look, frame, progress);
+        model_figure(mesh, surface, vertex_normals(mesh, surface), view, look, frame, {}, progress);
     write_figure(drawn, options.target, described_picture(options.look, frame, options.field));
     return ExitStatus::done;
 }

@@ -18,7 +18,6 @@ struct RenderOptions {
     std::string markers;
     bool image_markers = false;
     bool vectors = false;
-    bool no_iso_labels = false;
     bool force = false;
 };
 
@@ -46,7 +45,7 @@ ExitStatus render_file(const RenderOptions& options) {
     drawing.limits =
         chosen_limits(options.look, given ? Limits{} : robust_limits(picture, progress));
     drawing.iso_levels = chosen_iso_levels(options.look, drawing.limits);
-    drawing.iso_labels = !options.no_iso_labels;
+    drawing.iso_labels = options.look.iso.labels;
     drawing.scale = options.scale;
     drawing.colour_bar = options.look.colour_bar;
     drawing.label = options.look.label ? *options.look.label : own_label(picture);
@@ -72,7 +71,6 @@ Work prepare_render(CLI::App& app, const GlobalOptions&) {
                  "draw the markers that the image itself carries, as field files do");
     app.add_flag("--vectors", options->vectors,
                  "draw the displacement that the image carries as arrows");
-    app.add_flag("--no-iso-labels", options->no_iso_labels, "no numbers on the lines");
     app.add_flag("--force", options->force, "replace an existing file");
     return [options] { return render_file(*options); };
 }

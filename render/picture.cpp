@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <numbers>
 
 #include "core/errors.h"
 #include "render/arrow.h"
 #include "render/canvas.h"
 #include "render/colour_map.h"
 #include "render/fashion.h"
-#include "render/iso_labels.h"
+#include "render/overlays.h"
 #include "render/picture_frame.h"
 #include "render/render.h"
 
@@ -19,9 +18,7 @@ namespace vyn {
 namespace {
 
 constexpr Canvas::Colour black{};
-constexpr Canvas::Colour grey{110, 110, 110};
 constexpr Canvas::Colour white{255, 255, 255};
-constexpr double iso_letters = 0.8;  ///< of a picture's other letters
 
 colour_map colours_of(const PictureOptions& options) {
     return {options.limits.minimum, options.limits.maximum, options.palette};
@@ -61,24 +58,8 @@ IsoDrawing iso_drawing(const FieldSource& source, const PictureOptions& options,
         for (Point& place : line.places)
             place = {(place.x + 0.5) * options.scale, (place.y + 0.5) * options.scale};
     if (!options.iso_labels) return {std::move(lines), {}};
-    const Lettering letters{.height = iso_letters * frame.letters()};
-    return label_iso_lines(
-        std::move(lines),
-        {letters.height, [letters](const std::string& text) { return text_width(text, letters); }},
-        frame.field_width(), frame.field_height());
-}
-
-void draw_iso_lines(const IsoDrawing& iso, const colour_map& colours, double letters,
-                    Canvas& canvas) {
-    const auto ink = [&colours](double level) {
-        return iso_ink(colours, level) == 0xFFFFFFFFU ? white : black;
-    };
-    for (const IsoLine& line : iso.lines)
-        canvas.stroke({line.places}, std::max(0.08 * letters, 1.0), ink(line.level));
-    const double h = iso_letters * letters;
-    for (const IsoLabel& label : iso.labels)
-        canvas.text(label.text, label.middle.x, label.middle.y + h / 2,
-                    {{.height = h}, ink(label.level), Canvas::Align::centre});
+    return number_iso_lines(std::move(lines), frame.letters(), frame.field_width(),
+                            frame.field_height());
 }
 
 /// On the picture, of what is valid.
@@ -108,31 +89,6 @@ void draw_vectors(const std::vector<Stroke>& arrows, double letters, Canvas& can
     canvas.stroke(arrows, pen, black);
 }
 
-void draw_markers(const std::vector<Marker>& markers, double scale, double letters,
-                  Canvas& canvas) {
-    const double h = 0.8 * letters;
-    const double pen = std::max(0.16 * h, 1.2);
-    for (const Marker& marker : markers) {
-        const double x = (marker.x + 0.5) * scale;
-        const double y = (marker.y + 0.5) * scale;
-        const double radius = 0.8 * h;
-        Stroke ring;
-        for (int degrees = 0; degrees <= 360; degrees += 12) {
-            const double angle = degrees * std::numbers::pi / 180;
-            ring.push_back({x + radius * std::cos(angle), y + radius * std::sin(angle)});
-        }
-        const Canvas::Colour colour = marker.active ? black : grey;
-        canvas.stroke({ring}, 2.5 * pen, white);
-        canvas.stroke({ring}, pen, colour);
-        canvas.text(std::to_string(marker.id), x + radius, y - radius,
-                    {{.height = h},
-                     colour,
-                     Canvas::Align::left,
-                     Canvas::Direction::right,
-                     /*halo=*/0.75 * pen});
-    }
-}
-
 /// What is drawn of a field.
 struct Drawing {
     PictureFrame frame;
@@ -146,11 +102,14 @@ struct Drawing {
     void draw(Canvas& canvas) const {
         const double letters = frame.letters();
         canvas.picture(pixels, frame.field_x(), frame.field_y());
-        const Figure on_field{frame.field_width(), frame.field_height(), [&](Canvas& field) {
-                                  draw_iso_lines(iso, colours, letters, field);
-                                  draw_vectors(arrows, letters, field);
-                                  draw_markers(markers, scale, letters, field);
-                              }};
+        const Figure on_field{
+            frame.field_width(), frame.field_height(), [&](Canvas& field) {
+                draw_iso_lines(iso, colours, letters, field);
+                draw_vectors(arrows, letters, field);
+                for (const Marker& marker : markers)
+                    draw_marker(marker, {(marker.x + 0.5) * scale, (marker.y + 0.5) * scale},
+                                letters, field);
+            }};
         canvas.place(on_field, frame.field_x(), frame.field_y(), /*scale=*/1);
         frame.draw(canvas);
     }

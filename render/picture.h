@@ -15,18 +15,18 @@ namespace vyn {
 struct FrameOptions {
     Limits limits;
     palette_array palette;
-    bool colour_bar = false;  ///< with ticks, beside the field
-    std::string label;        ///< of the colour bar: quantity and unit
-    std::string title;        ///< above the field
+    bool colour_bar = false;         ///< with ticks, beside the field
+    std::string label;               ///< of the colour bar: quantity and unit
+    std::string title;               ///< above the field
+    std::vector<double> iso_levels;  ///< lines of these values are drawn on it, rising
+    bool iso_labels = true;          ///< with their numbers
 };
 
 /// A picture of a field for papers and reports.
 struct PictureOptions : FrameOptions {
-    double scale = 1;                ///< picture pixels per image pixel
-    std::vector<double> iso_levels;  ///< lines of these values are drawn, rising
-    bool iso_labels = true;          ///< with their numbers
-    bool vectors = false;            ///< arrows of the image's displacement, where it is valid
-    bool markers = false;            ///< rings round the image's markers, with their numbers
+    double scale = 1;      ///< picture pixels per image pixel
+    bool vectors = false;  ///< arrows of the image's displacement, where it is valid
+    bool markers = false;  ///< rings round the image's markers, with their numbers
 };
 
 /// Puts the means of squares of `fineness` pixels into rows of a picture from `to_y` on.

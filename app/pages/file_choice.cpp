@@ -7,6 +7,7 @@
 #include "api/image_io.h"
 #include "core/ini_file.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "process/point/project_paths.h"
 
 namespace vyn {

@@ -18,6 +18,7 @@
 #include "core/log.h"
 #include "core/numbers.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/icons.h"
 #include "process/point/project_paths.h"
 #include "process/report/calibration_report.h"

@@ -8,6 +8,7 @@
 
 #include "calib/ui/unit_lists.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"

@@ -19,6 +19,7 @@
 #include "core/log.h"
 #include "core/ui/busy_box.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"

@@ -13,6 +13,7 @@
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/icons.h"
 #include "process/point/project_paths.h"
 #include "process/project/new_project.h"

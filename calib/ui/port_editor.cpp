@@ -9,6 +9,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
 #include "view/ui/markers/marker_file_dialogs.h"

@@ -1,6 +1,5 @@
 #include "core/ui/command.h"
 
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <new>
@@ -12,15 +11,6 @@
 namespace vyn {
 
 namespace {
-
-std::string ask(QFileDialog& dialog, const FileQuestion& question) {
-    dialog.setWindowTitle(question.caption);
-    dialog.setNameFilters(question.filter.split(QStringLiteral(";;")));
-    dialog.setDefaultSuffix(question.suffix);
-    dialog.setDirectory(QString::fromStdString(question.folder));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-    return dialog.selectedFiles().constFirst().toStdString();
-}
 
 /// File names in the text are no markup.
 void warn(QWidget* parent, const QString& caption, const QString& text) {
@@ -77,20 +67,6 @@ void report_failure(QWidget* parent, const QString& caption, const QString& text
 
 void finish_editing(const QWidget& window) {
     if (auto* line = qobject_cast<QLineEdit*>(window.focusWidget())) Q_EMIT line->editingFinished();
-}
-
-std::string ask_open_file(QWidget* parent, const FileQuestion& question) {
-    QFileDialog dialog(parent);
-    dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    return ask(dialog, question);
-}
-
-std::string ask_save_file(QWidget* parent, const FileQuestion& question) {
-    QFileDialog dialog(parent);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    return ask(dialog, question);
 }
 
 }  // namespace vyn

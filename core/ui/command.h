@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <functional>
-#include <string>
 
 class QWidget;
 
@@ -18,17 +17,6 @@ void report_failure(QWidget* parent, const QString& caption, const QString& text
 /// What is typed in a line of the window counts from now on, as if the line had lost the keyboard:
 /// neither a key nor a tool button that starts a command takes it from the line.
 void finish_editing(const QWidget& window);
-
-/// What the user is asked for when choosing a file.
-struct FileQuestion {
-    QString caption;
-    QString filter;  ///< such as "Camera (*.ini);;All files (*)"
-    QString suffix;  ///< of a file to be written whose name was typed without one
-    std::string folder;
-};
-/// Empty when the user cancelled. Replacing an existing file was agreed to.
-std::string ask_open_file(QWidget* parent, const FileQuestion& question);
-std::string ask_save_file(QWidget* parent, const FileQuestion& question);
 
 /// Runs work whose errors nobody else would catch, in a thread pool, say: they go to the log. True
 /// when there was none.

@@ -2,6 +2,7 @@
 
 #include <QSettings>
 #include <QStringList>
+#include <utility>
 
 namespace vyn {
 
@@ -22,6 +23,10 @@ QString start_of(const FilePurpose& purpose) {
 }
 
 }  // namespace
+
+FilePurpose purpose_in_project(const dataSetInterface& settings, std::string what) {
+    return {read(settings, keys::head_file), std::move(what)};
+}
 
 std::filesystem::path remembered_file(const FilePurpose& purpose) {
     const QString same = start_of(purpose);

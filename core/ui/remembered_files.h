@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include "core/keys.h"
+
 namespace vyn {
 
 /// What a file is written for: a point, by its project file, and what of it, such as "field_P".
@@ -10,6 +12,9 @@ struct FilePurpose {
     std::string point;
     std::string what;
 };
+
+/// What is written for the project of these settings.
+FilePurpose purpose_in_project(const dataSetInterface& settings, std::string what);
 
 /// The file that was last written for this; otherwise, its name left out, the folder of what was
 /// last written of this point. Empty where there is neither.

@@ -134,7 +134,8 @@ std::vector<Remark> with_warnings(const std::vector<Remark>& remarks,
                                   const std::vector<Warning>& warnings, ExperimentType type) {
     Remarks all{type};
     for (const Warning& warning : warnings)
-        all.warn(warning.text);
+        all.add(is_information(warning.kind) ? Remark::Kind::information : Remark::Kind::warning,
+                warning.text);
     for (const Remark& remark : remarks)
         all.said.push_back(remark);
     std::vector<Remark> once;

@@ -48,7 +48,7 @@ std::vector<ModelReport::Picture> pictures_of(const field_data<double>& mesh, Pr
         ModelLook look;
         look.quantity = &shown;
         pictures.push_back({label, model_figure(mesh, prepared->surface, prepared->normals, view,
-                                                look, frame, progress)});
+                                                look, frame, {}, progress)});
     };
     if (!mesh.views.empty() && mesh.views.front().width > 0)
         add("as the first camera", as_camera(mesh));

@@ -51,12 +51,10 @@ class Painter {
         const auto face = static_cast<std::size_t>(number);
         const FaceShares shares = faces_.shares(surface_, face, x, y);
         std::uint32_t result = look_.unseen;
-        bool line = false;
         if (look_.quantity) {
             const double value = value_on_face(mesh_, surface_, *look_.quantity, face, shares);
             if (!std::isnan(value)) {
                 result = look_.colours.colour(static_cast<float>(value), false, true);
-                line = !look_.levels.empty() && on_isoline(x, y, value);
             }
         }
         if (!look_.patches.empty() && look_.patches[face] != 0)
@@ -64,7 +62,6 @@ class Painter {
         double factor = look_.light ? brightness(face, shares) : 1;
         if (look_.edges && on_edge(face, shares)) factor *= 0.45;
         if (look_.silhouettes && on_silhouette(x, y)) factor *= 0.25;
-        if (line) factor *= 0.2;
         return factor < 1 ? shaded(result, factor) : result;
     }
 
@@ -120,31 +117,6 @@ class Painter {
             near |= !inner && shares[(side + 2) % 3] * height < 0.6;
         }
         return near;
-    }
-
-    /// How many levels a value reaches.
-    auto levels_below(double value) const {
-        return std::ranges::upper_bound(look_.levels, value) - look_.levels.begin();
-    }
-
-    /// A pixel to the right or below, on the same part of the surface, is beyond another level.
-    bool on_isoline(int x, int y, double value) const {
-        const ModelView& view = faces_.view();
-        const auto level = levels_below(value);
-        const double depth = faces_.depth(x, y);
-        const auto differs = [&](int i, int j) {
-            if (i >= view.width || j >= view.height) return false;
-            const std::int32_t number = faces_.face(i, j);
-            if (number == VisibleFaces::nothing || std::abs(faces_.depth(i, j) - depth) > jump_)
-                return false;
-            const auto face = static_cast<std::size_t>(number);
-            const double other = value_on_face(mesh_, surface_, *look_.quantity, face,
-                                               faces_.shares(surface_, face, i, j));
-            return !std::isnan(other) && levels_below(other) != level;
-        };
-        for (int step = 1; step <= look_.isoline_pixels; ++step)
-            if (differs(x + step, y) || differs(x, y + step)) return true;
-        return false;
     }
 
     /// Beside the background or something clearly behind.

@@ -20,9 +20,7 @@ struct ModelLook {
     const field_data<double>::Quantity* quantity = nullptr;
     bool light = true;   ///< from the eye's upper left; without it colours are those of the palette
     bool edges = false;  ///< of the file's cells, where they are more than some pixels large
-    bool silhouettes = true;     ///< dark outlines
-    std::vector<double> levels;  ///< of isolines, rising; empty: none
-    int isoline_pixels = 1;      ///< their width
+    bool silhouettes = true;  ///< dark outlines
     /// By face the number of the patch that it is painted for, from 1; 0 or empty: none.
     std::span<const std::uint8_t> patches;
     std::span<const std::uint8_t> hidden_zones;  ///< 1 by zone, for whole pictures; may be empty

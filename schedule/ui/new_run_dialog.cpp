@@ -13,6 +13,7 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/window_size.h"
 #include "schedule/new_schedule.h"
 

@@ -194,6 +194,12 @@ QWidget* RunPage::trend_part() {
     return part;
 }
 
+void RunPage::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    // On a small screen the points come first.
+    trend_->parentWidget()->setVisible(height() > 24 * fontMetrics().lineSpacing());
+}
+
 void RunPage::connect_parts() {
     connect(watch_, &RunWatch::finished, this, &RunPage::take);
     connect(process_, &RunProcess::told, this, &RunPage::take_line);

@@ -29,8 +29,13 @@
 #include "tests/app/app_fixture.h"
 #include "view/ui/association/resection_dialog.h"
 #include "view/ui/look/advanced_fashion_dialog.h"
+#include "view/ui/look/picture_dialog.h"
 #include "view/ui/look/threshold_dialog.h"
+#include "view/ui/markers/marker_controller.h"
+#include "view/ui/markers/marker_finding.h"
 #include "view/ui/markers/marker_options_dialog.h"
+#include "view/ui/markers/marker_pairing.h"
+#include "view/ui/window/field_viewer.h"
 
 namespace vyn::test {
 namespace {
@@ -42,41 +47,58 @@ Made make(Arguments&&... arguments) {
     return std::make_unique<Dialog>(std::forward<Arguments>(arguments)...);
 }
 
+/// What dialogs belong to.
+struct Scene {
+    explicit Scene(Worker& by) : worker(by), viewer(by, "wind_on_sens", false, {}), box(by) {}
+    Worker& worker;
+    VynFieldViewer viewer;
+    MarkerController markers{viewer};
+    QBusyBox box;
+};
+
 struct Case {
     const char* name;
-    Made (*make)(Worker& worker);
+    Made (*make)(Scene& scene);
 };
 
 const Case cases[] = {
-    {"align", [](Worker&) { return make<QVynAlign>(vyn_db()); }},
-    {"camera", [](Worker&) { return make<QVynCamera>(vyn_db(), std::string(keys::sens_camera)); }},
-    {"convert", [](Worker&) { return make<QVynConvert>(vyn_db()); }},
-    {"light", [](Worker&) { return make<LightDialog>(vyn_db()); }},
-    {"uncertainty", [](Worker&) { return make<UncertaintyDialog>(vyn_db()); }},
-    {"paint", [](Worker&) { return make<QVynPaint>(vyn_db()); }},
-    {"paint_calibration", [](Worker&) { return make<QVynPaintCalibration>(vyn_db()); }},
-    {"paint_fit", [](Worker&) { return make<PaintFitDialog>(std::string()); }},
-    {"test", [](Worker&) { return make<QVynTest>(vyn_db()); }},
-    {"resection", [](Worker&) { return make<ResectionDialog>(vyn_db()); }},
-    {"in_situ", [](Worker& worker) { return make<form_calibr_single>(worker); }},
-    {"calibration_results", [](Worker&) { return make<VynCalResults>(vyn_db()); }},
+    {"align", [](Scene&) { return make<QVynAlign>(vyn_db()); }},
+    {"camera", [](Scene&) { return make<QVynCamera>(vyn_db(), std::string(keys::sens_camera)); }},
+    {"convert", [](Scene&) { return make<QVynConvert>(vyn_db()); }},
+    {"light", [](Scene&) { return make<LightDialog>(vyn_db()); }},
+    {"uncertainty", [](Scene&) { return make<UncertaintyDialog>(vyn_db()); }},
+    {"paint", [](Scene&) { return make<QVynPaint>(vyn_db()); }},
+    {"paint_calibration", [](Scene&) { return make<QVynPaintCalibration>(vyn_db()); }},
+    {"paint_fit", [](Scene&) { return make<PaintFitDialog>(std::string()); }},
+    {"test", [](Scene&) { return make<QVynTest>(vyn_db()); }},
+    {"resection", [](Scene&) { return make<ResectionDialog>(vyn_db()); }},
+    {"in_situ", [](Scene& scene) { return make<form_calibr_single>(scene.worker); }},
+    {"calibration_results", [](Scene&) { return make<VynCalResults>(vyn_db()); }},
     {"ports",
-     [](Worker&) {
+     [](Scene&) {
          return make<PortEditor>(MarkerSet(), std::filesystem::path(),
                                  static_cast<QWidget*>(nullptr));
      }},
-    {"camera_calibration", [](Worker& worker) { return make<CameraCalibrationDialog>(worker); }},
-    {"new_run", [](Worker&) { return make<NewRunDialog>(QString()); }},
-    {"new_point", [](Worker&) { return make<NewPointDialog>(std::vector<NextPoint>()); }},
-    {"type", [](Worker&) { return make<ExperimentTypeDialog>(); }},
-    {"about", [](Worker&) { return make<QVynLiteAbout>(); }},
-    {"markers", [](Worker&) { return make<MarkerOptionsDialog>(); }},
+    {"camera_calibration",
+     [](Scene& scene) { return make<CameraCalibrationDialog>(scene.worker); }},
+    {"new_run", [](Scene&) { return make<NewRunDialog>(QString()); }},
+    {"new_point", [](Scene&) { return make<NewPointDialog>(std::vector<NextPoint>()); }},
+    {"type", [](Scene&) { return make<ExperimentTypeDialog>(); }},
+    {"about", [](Scene&) { return make<QVynLiteAbout>(); }},
+    {"markers", [](Scene&) { return make<MarkerOptionsDialog>(); }},
     {"threshold",
-     [](Worker&) { return make<ThresholdDialog>(Limits(), static_cast<QWidget*>(nullptr)); }},
-    {"fashion", [](Worker&) { return make<QFashionDlg>(Fashion()); }},
+     [](Scene&) { return make<ThresholdDialog>(Limits(), static_cast<QWidget*>(nullptr)); }},
+    {"fashion", [](Scene&) { return make<QFashionDlg>(Fashion()); }},
     {"advanced_fashion",
-     [](Worker&) { return make<QAdvFashionDlg>(Fashion(), std::vector<PictureChoice>()); }},
-    {"busy", [](Worker& worker) { return make<QBusyBox>(worker); }},
+     [](Scene&) { return make<QAdvFashionDlg>(Fashion(), std::vector<PictureChoice>()); }},
+    {"picture", [](Scene&) { return make<PictureDialog>(PictureOptions(), 640, 480, true); }},
+    {"marker_finding",
+     [](Scene& scene) { return make<MarkerFindingDialog>(scene.viewer, scene.markers); }},
+    {"marker_pairing",
+     [](Scene& scene) { return make<MarkerPairingDialog>(scene.viewer, scene.markers); }},
+    {"point_check",
+     [](Scene& scene) { return make<PointCheckDialog>(scene.box, std::make_shared<RunReport>()); }},
+    {"busy", [](Scene& scene) { return make<QBusyBox>(scene.worker); }},
 };
 
 class Dialogs : public AppTest, public testing::WithParamInterface<Case> {
@@ -88,7 +110,8 @@ class Dialogs : public AppTest, public testing::WithParamInterface<Case> {
 TEST_P(Dialogs, FitSmallScreensAndHaveAPageOfTheManual) {
     for (const QSize room : {QSize(1280, 720), QSize(800, 500)}) {
         pretend_screen(room);
-        const Made dialog = GetParam().make(worker);
+        Scene scene(worker);
+        const Made dialog = GetParam().make(scene);
         EXPECT_NE(help_page_of(dialog.get()), QStringLiteral("index"));
         dialog->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(dialog.get()));

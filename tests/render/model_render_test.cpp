@@ -193,20 +193,21 @@ TEST(ModelPainter, DrawsIsolinesWhereValuesCrossTheirLevels) {
     ModelLook look;
     look.quantity = &mesh.quantities.front();
     look.light = look.silhouettes = false;
-    look.levels = iso_levels_by_step({10, 95}, 40);
-    ASSERT_EQ(look.levels, (std::vector<double>{40, 80}));
+    FrameOptions frame;
+    frame.limits = {0, 100};
+    frame.iso_labels = false;
+    frame.iso_levels = iso_levels_by_step({10, 95}, 40);
+    ASSERT_EQ(frame.iso_levels, (std::vector<double>{40, 80}));
     EXPECT_EQ(iso_levels({0, 1}, 3), (std::vector<double>{0.25, 0.5, 0.75}));
     EXPECT_EQ(iso_levels_by_step({0, 0.3}, 0.1).size(), 4U);
     EXPECT_TRUE(iso_levels_by_step({0, 1}, 1e-4).empty());
     EXPECT_TRUE(iso_levels_by_step({0, 1}, -1).empty());
-    FrameOptions frame;
-    frame.limits = {0, 100};
     const auto draw = [&] {
-        return pixels_of(
-            model_figure(mesh, surface, vertex_normals(mesh, surface), view, look, frame, silent));
+        return pixels_of(model_figure(mesh, surface, vertex_normals(mesh, surface), view, look,
+                                      frame, {}, silent));
     };
     const RgbPicture with = draw();
-    look.levels.clear();
+    frame.iso_levels.clear();
     const RgbPicture without = draw();
     for (const int y : {40, 100, 150}) {
         for (int x = 0; x < 200; ++x) {

@@ -15,6 +15,7 @@
 #include "core/keys.h"
 #include "core/numbers.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
 #include "core/ui/window_size.h"

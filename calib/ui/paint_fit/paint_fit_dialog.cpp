@@ -13,6 +13,7 @@
 #include "calib/units.h"
 #include "core/errors.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/icons.h"
 #include "core/ui/window_size.h"

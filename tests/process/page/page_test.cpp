@@ -332,10 +332,12 @@ TEST(Remarks, WarningsStandFirstAndNothingTwice) {
                                       {Remark::Kind::warning, "Wind-On: 2 pixels are saturated."}};
     const std::vector<Warning> run{
         {WarningKind::saturation, "wind_on_sens: 2 pixels are saturated"},
+        {WarningKind::missing_correction, "no flat field"},
         {WarningKind::markers, "few markers"}};
     EXPECT_EQ(with_warnings(remarks, run, ExperimentType::single),
               (std::vector<Remark>{{Remark::Kind::warning, "Wind-On: 2 pixels are saturated."},
                                    {Remark::Kind::warning, "Few markers."},
+                                   {Remark::Kind::information, "No flat field."},
                                    {Remark::Kind::information, "What enters the law: 1."}}));
 }
 

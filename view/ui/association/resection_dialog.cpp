@@ -14,7 +14,7 @@
 
 #include "core/keys.h"
 #include "core/numbers.h"
-#include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/number_edit.h"
 #include "core/worker.h"

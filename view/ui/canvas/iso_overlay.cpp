@@ -1,17 +1,11 @@
 #include "view/ui/canvas/iso_overlay.h"
 
-#include <QFontMetricsF>
 #include <algorithm>
+#include <utility>
 
-#include "render/iso_labels.h"
+#include "view/ui/canvas/iso_painting.h"
 
 namespace vyn {
-
-namespace {
-
-constexpr double line_width = 1;
-
-}  // namespace
 
 void IsoOverlay::set_source(const ViewSource& source) {
     source_ = source;
@@ -59,32 +53,9 @@ QPixmap IsoOverlay::draw(const QPainter& onto, const ViewTransform& transform) c
         }
     QPainter painter(&picture);
     painter.setFont(onto.font());
-    const QFontMetricsF metrics(painter.font());
-    IsoDrawing drawing;
-    if (labels_)
-        drawing =
-            label_iso_lines(std::move(lines),
-                            {metrics.capHeight(),
-                             [&metrics](const std::string& text) {
-                                 return metrics.horizontalAdvance(QString::fromStdString(text));
-                             }},
-                            size.width(), size.height());
-    else
-        drawing.lines = std::move(lines);
-    painter.setRenderHint(QPainter::Antialiasing);
-    for (const IsoLine& line : drawing.lines) {
-        QPolygonF shape;
-        for (const Point& place : line.places)
-            shape.append({place.x, place.y});
-        painter.setPen(QPen(ink(line.level), line_width));
-        painter.drawPolyline(shape);
-    }
-    for (const IsoLabel& label : drawing.labels) {
-        painter.setPen(ink(label.level));
-        painter.drawText(QPointF(label.middle.x - label.width / 2 + metrics.capHeight() / 4,
-                                 label.middle.y + metrics.capHeight() / 2),
-                         QString::fromStdString(label.text));
-    }
+    paint_iso_lines(
+        painter, std::move(lines), size, [this](double level) { return ink(level); },
+        labels_ ? IsoNumbers::shown : IsoNumbers::none);
     return picture;
 }
 

@@ -1,23 +1,22 @@
 #include "view/ui/graph/graph_export.h"
 
 #include <QBuffer>
-#include <QFileDialog>
+#include <QPageSize>
 #include <QPainter>
+#include <QPdfWriter>
 #include <QSvgGenerator>
 
 #include <qwt_plot.h>
 #include <qwt_plot_renderer.h>
 
+#include "core/ascii.h"
 #include "core/atomic_file.h"
+#include "core/ui/file_question.h"
+#include "process/point/project_paths.h"
 
 namespace vyn {
 
 namespace {
-
-/// "csv" of "Table (*.csv)".
-QString extension_of(const QString& filter) {
-    return filter.section(QStringLiteral("*."), 1).section(QLatin1Char(')'), 0, 0);
-}
 
 void render(QwtPlot& plot, QPainter& painter) {
     QwtPlotRenderer().render(&plot, &painter, QRectF(QPointF(0, 0), QSizeF(plot.size())));
@@ -31,6 +30,24 @@ QByteArray svg_bytes(QwtPlot& plot) {
     drawing.setSize(plot.size());
     drawing.setViewBox(QRect(QPoint(0, 0), plot.size()));
     QPainter painter(&drawing);
+    render(plot, painter);
+    painter.end();
+    return bytes;
+}
+
+/// One page, as large as the plot is on the screen.
+QByteArray pdf_bytes(QwtPlot& plot) {
+    constexpr double points_per_inch = 72;
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QPdfWriter document(&buffer);
+    const int resolution = plot.logicalDpiX();
+    document.setResolution(resolution);
+    document.setPageSize(QPageSize(QSizeF(plot.size()) * points_per_inch / resolution,
+                                   QPageSize::Point, {}, QPageSize::ExactMatch));
+    document.setPageMargins({});
+    QPainter painter(&document);
     render(plot, painter);
     painter.end();
     return bytes;
@@ -56,22 +73,29 @@ QImage plot_picture(QwtPlot& plot, double scale) {
 }
 
 void write_plot(QwtPlot& plot, const std::filesystem::path& file) {
-    const bool drawing = QString::fromStdString(file.extension().string())
-                             .compare(QStringLiteral(".svg"), Qt::CaseInsensitive) == 0;
-    const QByteArray bytes = drawing ? svg_bytes(plot) : png_bytes(plot);
+    const std::string type = lower_extension(file);
+    const QByteArray bytes = type == "svg"   ? svg_bytes(plot)
+                             : type == "pdf" ? pdf_bytes(plot)
+                                             : png_bytes(plot);
     write_file(file, std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
 }
 
-QString ask_graph_file(QWidget* parent, const QString& caption, const QStringList& filters) {
-    QFileDialog dialog(parent, caption);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setNameFilters(filters);
-    dialog.setDefaultSuffix(extension_of(filters.first()));
-    QObject::connect(
-        &dialog, &QFileDialog::filterSelected, &dialog,
-        [&dialog](const QString& filter) { dialog.setDefaultSuffix(extension_of(filter)); });
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-    return dialog.selectedFiles().first();
+std::string ask_plot_file(QWidget* parent, const QString& caption, const std::string& plot) {
+    return ask_save_file(parent, {caption,
+                                  QObject::tr("Picture (*.png);;Drawing (*.svg);;Document (*.pdf)"),
+                                  QStringLiteral("png"),
+                                  output_folder(vyn_db()).string(),
+                                  {},
+                                  purpose_in_project(vyn_db(), "picture of " + plot)});
+}
+
+std::string ask_table_file(QWidget* parent, const QString& caption, const std::string& plot) {
+    return ask_save_file(parent, {caption,
+                                  QObject::tr("Table (*.csv)"),
+                                  QStringLiteral("csv"),
+                                  output_folder(vyn_db()).string(),
+                                  {},
+                                  purpose_in_project(vyn_db(), "table of " + plot)});
 }
 
 }  // namespace vyn

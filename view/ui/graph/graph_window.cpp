@@ -386,14 +386,13 @@ void GraphWindow::write_picture(const QString& file) {
 }
 
 void GraphWindow::export_table() {
-    const QString file = ask_graph_file(this, tr("Save table"), {tr("Table (*.csv)")});
-    if (!file.isEmpty()) write_table(file);
+    const std::string file = ask_table_file(this, tr("Save table"), "graph");
+    if (!file.empty()) write_table(QString::fromStdString(file));
 }
 
 void GraphWindow::export_picture() {
-    const QString file = ask_graph_file(this, tr("Save picture"),
-                                        {tr("PNG picture (*.png)"), tr("SVG drawing (*.svg)")});
-    if (!file.isEmpty()) write_picture(file);
+    const std::string file = ask_plot_file(this, tr("Save picture"), "graph");
+    if (!file.empty()) write_picture(QString::fromStdString(file));
 }
 
 void GraphWindow::copy_table() {

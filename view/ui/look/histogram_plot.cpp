@@ -79,9 +79,13 @@ void HistogramPlot::paintEvent(QPaintEvent*) {
         painter.drawText(QRectF(middle - half, area.bottom() + 3, 2 * half, fontMetrics().height()),
                          Qt::AlignCenter, text);
     }
-    painter.drawText(
-        area.adjusted(4, 2, -4, -2), Qt::AlignTop | Qt::AlignRight,
-        fontMetrics().elidedText(quantity_, Qt::ElideRight, static_cast<int>(area.width()) - 8));
+    const QString quantity =
+        fontMetrics().elidedText(quantity_, Qt::ElideRight, static_cast<int>(area.width()) - 8);
+    const double needed = fontMetrics().horizontalAdvance(quantity) + 12;
+    const bool in_the_way = std::abs(area.right() - x_of(limits_.maximum)) < needed &&
+                            std::abs(x_of(limits_.minimum) - area.left()) > needed;
+    painter.drawText(area.adjusted(4, 2, -4, -2),
+                     Qt::AlignTop | (in_the_way ? Qt::AlignLeft : Qt::AlignRight), quantity);
     painter.setPen(QPen(QColor(0x1e, 0x88, 0xe5), 2));
     for (const double limit : {limits_.minimum, limits_.maximum})
         painter.drawLine(QPointF(x_of(limit), area.top()), QPointF(x_of(limit), area.bottom()));

@@ -1,11 +1,11 @@
 #include "view/ui/markers/marker_file_dialogs.h"
 
 #include <QCoreApplication>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 
 #include "core/keys.h"
+#include "core/ui/file_question.h"
 #include "process/point/marker_frames.h"
 #include "process/point/marker_io.h"
 #include "process/point/project_paths.h"
@@ -37,46 +37,29 @@ QFileInfo usual_file(const image& picture, bool is_project_image) {
     return QFileInfo(folder + QLatin1Char('/') + stem);
 }
 
-/// The file name of an accepted dialog.
-QString chosen(QFileDialog& dialog) {
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-    return dialog.selectedFiles().first();
-}
-
 }  // namespace
 
 QString ask_marker_file_to_load(QWidget* parent, const image& picture, bool is_project_image) {
-    QFileDialog dialog(parent, tr("Load Markers"));
-    dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    dialog.setNameFilters({tr("All marker files (*.mpt *.mrk *.inm *.apm)"),
-                           tr("Markers v.2.52 (*.mpt)"), tr("Markers (*.mrk)"),
-                           tr("Markers, rows from below (*.inm)"),
-                           tr("3D Markers (simple text) (*.apm)")});
     const QFileInfo usual = usual_file(picture, is_project_image);
-    dialog.setDirectory(usual.absolutePath());
-    if (usual.isFile()) dialog.selectFile(usual.fileName());
-    return chosen(dialog);
+    const QString filter =
+        tr("All marker files (*.mpt *.mrk *.inm *.apm);;Markers v.2.52 (*.mpt);;Markers (*.mrk);;"
+           "Markers, rows from below (*.inm);;3D Markers (simple text) (*.apm)");
+    return QString::fromStdString(
+        ask_open_file(parent, {tr("Load Markers"),
+                               filter,
+                               {},
+                               usual.absolutePath().toStdString(),
+                               usual.isFile() ? usual.fileName() : QString()}));
 }
 
 QString ask_marker_file_to_save(QWidget* parent, const image& picture, bool is_project_image) {
     const QString lost = QString::fromStdString(lost_in_text_format(picture.markers));
-    const QString text_format = tr("Markers v.2.52 (*.mpt)");
-    const QString full_format = tr("Markers (*.mrk)");
     const QFileInfo usual = usual_file(picture, is_project_image);
-
-    QFileDialog dialog(parent, tr("Save Markers"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setNameFilters({text_format, full_format});
-    dialog.setDirectory(usual.absolutePath());
-    dialog.selectNameFilter(lost.isEmpty() ? text_format : full_format);
-    dialog.setDefaultSuffix(lost.isEmpty() ? QStringLiteral("mpt") : QStringLiteral("mrk"));
-    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&](const QString& filter) {
-        dialog.setDefaultSuffix(filter == text_format ? QStringLiteral("mpt")
-                                                      : QStringLiteral("mrk"));
-    });
-    dialog.selectFile(usual.completeBaseName() + QLatin1Char('.') + dialog.defaultSuffix());
-    QString file = chosen(dialog);
+    const QString suffix = lost.isEmpty() ? QStringLiteral("mpt") : QStringLiteral("mrk");
+    const QString file = QString::fromStdString(
+        ask_save_file(parent, {tr("Save Markers"), tr("Markers v.2.52 (*.mpt);;Markers (*.mrk)"),
+                               suffix, usual.absolutePath().toStdString(),
+                               usual.completeBaseName() + QLatin1Char('.') + suffix}));
     const bool as_text = file.endsWith(QLatin1String(".mpt"), Qt::CaseInsensitive);
     if (file.isEmpty() || !as_text || lost.isEmpty()) return file;
     const QString question =

@@ -11,6 +11,7 @@
 
 #include "core/atomic_file.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "process/point/project_paths.h"
 #include "view/edit/marker_rows.h"
 

@@ -16,8 +16,10 @@
 #include "core/errors.h"
 #include "core/numbers.h"
 #include "core/ui/command.h"
+#include "core/ui/file_question.h"
 #include "core/ui/number_edit.h"
 #include "mesh/loads.h"
+#include "view/ui/graph/graph_export.h"
 
 namespace vyn {
 
@@ -327,8 +329,7 @@ void LoadsPanel::copy_table() {
 }
 
 void LoadsPanel::save_table() {
-    const std::string file =
-        ask_save_file(this, {tr("Save loads"), tr("Table (*.csv)"), QStringLiteral("csv"), {}});
+    const std::string file = ask_table_file(this, tr("Save loads"), "loads");
     if (!file.empty()) attempt(this, tr("Save loads"), [&] { write_file(file, table()); });
 }
 

@@ -5,6 +5,10 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <utility>
+
+#include "render/model/model_lines.h"
+#include "view/ui/canvas/iso_painting.h"
 
 namespace vyn {
 
@@ -133,12 +137,15 @@ void ModelCanvas::draw(Detail detail) {
     look.quantity = quantity();
     look.light = display_.light;
     look.edges = display_.edges;
-    look.levels = display_.levels;
     look.patches = display_.patches;
     look.background = palette().color(QPalette::Base).rgb();
     faces_.draw(model_->mesh, model_->surface(), drawn, display_.hidden_zones, quiet);
     paint_model(model_->mesh, model_->surface(), model_->prepared->normals, faces_, look,
                 pixels_of(picture_), quiet);
+    iso_lines_.clear();
+    if (look.quantity)
+        iso_lines_ = model_iso_lines(model_->mesh, model_->surface(), faces_, *look.quantity,
+                                     display_.levels);
     if (detail == Detail::whole) seconds_ = static_cast<double>(clock.nsecsElapsed()) / 1e9;
     drawn_ = detail;
     stale_ = false;
@@ -166,8 +173,27 @@ void ModelCanvas::paintEvent(QPaintEvent*) {
     draw_overlays(painter);
 }
 
+ModelOverlays ModelCanvas::overlays() const {
+    return {display_.markers ? markers_ : std::vector<Marker>(), lines_};
+}
+
+void ModelCanvas::draw_iso_lines(QPainter& painter) {
+    if (iso_lines_.empty()) return;
+    const colour_map colours(display_.limits.minimum, display_.limits.maximum,
+                             styled(*display_.palette, display_.palette_style));
+    const double scale = static_cast<double>(width()) / std::max(picture_.width(), 1);
+    std::vector<IsoLine> lines = iso_lines_;
+    for (IsoLine& line : lines)
+        for (Point& place : line.places)
+            place = {(place.x + 0.5) * scale, (place.y + 0.5) * scale};
+    paint_iso_lines(
+        painter, std::move(lines), QSizeF(size()),
+        [&](double level) { return QColor(iso_ink(colours, level)); }, IsoNumbers::shown);
+}
+
 void ModelCanvas::draw_overlays(QPainter& painter) {
     painter.setRenderHint(QPainter::Antialiasing);
+    draw_iso_lines(painter);
     const auto point_of = [&](const Vec3& place) -> std::optional<QPointF> {
         const auto pixel = pixel_of(view_, place);
         if (!pixel) return std::nullopt;
@@ -191,12 +217,7 @@ void ModelCanvas::draw_overlays(QPainter& painter) {
         const auto at = point_of(place);
         if (!at || !rect().contains(at->toPoint())) continue;
         // Behind the surface they are dotted.
-        const double scale = static_cast<double>(picture_.width()) / std::max(width(), 1);
-        const int x = std::clamp(static_cast<int>(at->x() * scale), 0, picture_.width() - 1);
-        const int y = std::clamp(static_cast<int>(at->y() * scale), 0, picture_.height() - 1);
-        const double lift = 0.01 * model_->surface().diagonal;
-        const bool hidden = faces_.face(x, y) != VisibleFaces::nothing &&
-                            faces_.depth(x, y) < view_.in_view(place)[2] - lift;
+        const bool hidden = is_hidden(faces_, place, hidden_lift * model_->surface().diagonal);
         const QColor colour = palette().color(QPalette::Text);
         painter.setPen(QPen(colour, 1.2, hidden ? Qt::DotLine : Qt::SolidLine));
         painter.drawEllipse(*at, radius, radius);

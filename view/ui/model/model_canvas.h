@@ -10,7 +10,9 @@
 #include "markers/marker.h"
 #include "process/model/shown_model.h"
 #include "render/fashion.h"
+#include "render/iso_lines.h"
 #include "render/model/model_painter.h"
+#include "render/model/model_picture.h"
 
 namespace vyn {
 
@@ -58,6 +60,8 @@ class ModelCanvas : public QWidget {
     void look_as_camera(std::size_t camera);
     /// What is drawn, at full size.
     QImage picture();
+    /// What is drawn over the model, but for iso-lines.
+    ModelOverlays overlays() const;
 
     QSize sizeHint() const override { return {900, 700}; }
     QSize minimumSizeHint() const override { return {160, 120}; }
@@ -85,6 +89,7 @@ class ModelCanvas : public QWidget {
     enum class Detail { whole, half };
     void draw(Detail detail);
     void draw_overlays(QPainter& painter);
+    void draw_iso_lines(QPainter& painter);
     const field_data<double>::Quantity* quantity() const;
     Vec3 pivot() const;
     void paint_at(QPoint place, Stroke stroke);
@@ -100,6 +105,7 @@ class ModelCanvas : public QWidget {
     std::function<ModelView()> fit_;
     VisibleFaces faces_;  ///< of the picture
     QImage picture_;
+    std::vector<IsoLine> iso_lines_;  ///< in pixels of the picture
     Detail drawn_ = Detail::whole;
     bool stale_ = true;
     double seconds_ = 0;  ///< that a whole picture took

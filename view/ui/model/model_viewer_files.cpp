@@ -5,6 +5,7 @@
 #include "core/ui/command.h"
 #include "render/figure_file.h"
 #include "render/model/model_picture.h"
+#include "view/ui/graph/graph_export.h"
 #include "view/ui/look/fashion_dialog.h"
 #include "view/ui/look/palette_box.h"
 #include "view/ui/model/model_viewer.h"
@@ -65,11 +66,7 @@ void ModelViewer::copy_picture() {
 }
 
 void ModelViewer::save_picture() {
-    const std::string file =
-        ask_save_file(this, {tr("Save picture"),
-                             tr("Picture (*.png);;Drawing (*.svg);;Document (*.pdf)"),
-                             QStringLiteral("png"),
-                             {}});
+    const std::string file = ask_plot_file(this, tr("Save picture"), "model");
     if (file.empty() || !model_) return;
     attempt(this, tr("Save picture"), [&] { write_picture(file); });
 }
@@ -79,18 +76,18 @@ void ModelViewer::write_picture(const std::string& file) {
     FrameOptions frame;
     frame.limits = display_.limits;
     frame.palette = styled(*display_.palette, display_.palette_style);
+    frame.iso_levels = display_.levels;
     ModelLook look;
     look.quantity = model_->mesh.find(display_.quantity);
     look.light = display_.light;
     look.edges = display_.edges;
-    look.levels = display_.levels;
     look.patches = display_.patches;
     look.hidden_zones = display_.hidden_zones;
     frame.colour_bar = look.quantity != nullptr;
     frame.label = display_.quantity;
     if (look.quantity && !look.quantity->unit.empty()) frame.label += ", " + look.quantity->unit;
     write_figure(model_figure(model_->mesh, model_->surface(), model_->prepared->normals,
-                              canvas_->model_view(), look, frame, quiet),
+                              canvas_->model_view(), look, frame, canvas_->overlays(), quiet),
                  file);
 }
 

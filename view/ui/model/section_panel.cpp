@@ -14,6 +14,7 @@
 #include "core/ui/command.h"
 #include "core/ui/number_edit.h"
 #include "process/model/section_table.h"
+#include "view/ui/graph/graph_export.h"
 #include "view/ui/model/section_plot.h"
 #include "view/ui/model/section_window.h"
 
@@ -182,8 +183,7 @@ void SectionPanel::write_table(const std::string& file) const {
 }
 
 void SectionPanel::save_table() {
-    const std::string file =
-        ask_save_file(this, {tr("Save table"), tr("Table (*.csv)"), QStringLiteral("csv"), {}});
+    const std::string file = ask_table_file(this, tr("Save table"), "section");
     if (!file.empty()) attempt(this, tr("Save table"), [&] { write_table(file); });
 }
 

@@ -82,16 +82,13 @@ std::string SectionWindow::table() const {
 }
 
 void SectionWindow::save_table() {
-    const QString file = ask_graph_file(this, tr("Save table"), {tr("Table (*.csv)")});
-    if (file.isEmpty()) return;
-    attempt(this, tr("Save table"), [&] { write_file(file.toStdString(), table()); });
+    const std::string file = ask_table_file(this, tr("Save table"), "sections");
+    if (!file.empty()) attempt(this, tr("Save table"), [&] { write_file(file, table()); });
 }
 
 void SectionWindow::save_picture() {
-    const QString file = ask_graph_file(this, tr("Save picture"),
-                                        {tr("PNG picture (*.png)"), tr("SVG drawing (*.svg)")});
-    if (file.isEmpty()) return;
-    attempt(this, tr("Save picture"), [&] { write_plot(*plot_, file.toStdString()); });
+    const std::string file = ask_plot_file(this, tr("Save picture"), "sections");
+    if (!file.empty()) attempt(this, tr("Save picture"), [&] { write_plot(*plot_, file); });
 }
 
 void SectionWindow::copy_table() {

@@ -1,9 +1,9 @@
 #include "view/ui/region/mask_file_dialog.h"
 
 #include <QCoreApplication>
-#include <QFileDialog>
 #include <QFileInfo>
 
+#include "core/ui/file_question.h"
 #include "process/point/project_paths.h"
 
 namespace vyn {
@@ -32,15 +32,10 @@ QFileInfo usual_file(const image& picture, const RawImage* raw) {
 }  // namespace
 
 QString ask_mask_file_to_save(QWidget* parent, const image& picture, const RawImage* raw) {
-    QFileDialog dialog(parent, tr("Save Mask"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setNameFilters({tr("Mask, 8-bit PNG (*.png)")});
-    dialog.setDefaultSuffix(QStringLiteral("png"));
     const QFileInfo usual = usual_file(picture, raw);
-    dialog.setDirectory(usual.absolutePath());
-    dialog.selectFile(usual.fileName());
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-    return dialog.selectedFiles().first();
+    return QString::fromStdString(ask_save_file(
+        parent, {tr("Save Mask"), tr("Mask, 8-bit PNG (*.png)"), QStringLiteral("png"),
+                 usual.absolutePath().toStdString(), usual.fileName()}));
 }
 
 }  // namespace vyn

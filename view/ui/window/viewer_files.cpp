@@ -120,10 +120,10 @@ std::optional<ViewerFiles::Choice> ViewerFiles::choose(const QString& caption,
     QStringList filters;
     for (const ExportType& type : types)
         filters << QString::fromStdString(type.filter());
-    const FilePurpose purpose{viewer_.origin() == PictureOrigin::file
-                                  ? picture.file_name
-                                  : read(std::as_const(vyn_db()), keys::head_file),
-                              caption.toStdString() + " " + viewer_.image_name()};
+    const std::string what = caption.toStdString() + " " + viewer_.image_name();
+    const FilePurpose purpose = viewer_.origin() == PictureOrigin::file
+                                    ? FilePurpose{picture.file_name, what}
+                                    : purpose_in_project(vyn_db(), what);
     const fs::path last = remembered_file(purpose);
     fs::path proposed = last;
     if (!last.has_filename()) {
