@@ -197,7 +197,7 @@ QWidget* RunPage::trend_part() {
 void RunPage::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     // On a small screen the points come first.
-    trend_->parentWidget()->setVisible(height() > 24 * fontMetrics().lineSpacing());
+    trend_->parentWidget()->setVisible(height() > 30 * fontMetrics().lineSpacing());
 }
 
 void RunPage::connect_parts() {

@@ -1,6 +1,7 @@
 vyn_ui_tests(core_ui
     SOURCES
         busy_box_test.cpp
+        file_question_test.cpp
         icons_test.cpp
         log_page_test.cpp
         number_edit_test.cpp

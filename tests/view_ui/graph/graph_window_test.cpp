@@ -173,6 +173,8 @@ TEST_F(Graph, ExportsTheTableAndThePicture) {
     EXPECT_EQ(picture.width(), 2 * window().plot().width());
     window().write_picture(QString::fromStdString((folder / "p.svg").string()));
     EXPECT_NE(test::get_file(folder / "p.svg").find("<svg"), std::string::npos);
+    window().write_picture(QString::fromStdString((folder / "p.pdf").string()));
+    EXPECT_EQ(test::get_file(folder / "p.pdf").substr(0, 5), "%PDF-");
 
     answer_box(QMessageBox::Ok);
     window().write_table(QString::fromStdString((folder / "missing" / "p.csv").string()));

@@ -81,11 +81,12 @@ void HistogramPlot::paintEvent(QPaintEvent*) {
     }
     const QString quantity =
         fontMetrics().elidedText(quantity_, Qt::ElideRight, static_cast<int>(area.width()) - 8);
-    const double needed = fontMetrics().horizontalAdvance(quantity) + 12;
-    const bool in_the_way = std::abs(area.right() - x_of(limits_.maximum)) < needed &&
-                            std::abs(x_of(limits_.minimum) - area.left()) > needed;
-    painter.drawText(area.adjusted(4, 2, -4, -2),
-                     Qt::AlignTop | (in_the_way ? Qt::AlignLeft : Qt::AlignRight), quantity);
+    // Left of the upper limit where that would cross it.
+    const double needed = fontMetrics().horizontalAdvance(quantity) + 8;
+    const double upper = x_of(limits_.maximum);
+    const double right = upper > area.right() - needed ? upper : area.right();
+    painter.drawText(QRectF(area.left(), area.top() + 2, right - 4 - area.left(), needed),
+                     Qt::AlignTop | Qt::AlignRight, quantity);
     painter.setPen(QPen(QColor(0x1e, 0x88, 0xe5), 2));
     for (const double limit : {limits_.minimum, limits_.maximum})
         painter.drawLine(QPointF(x_of(limit), area.top()), QPointF(x_of(limit), area.bottom()));
