@@ -127,8 +127,7 @@ MeshFormats& get_3dio();
 /// load is left out with an error line in the log. Gives the number of formats added.
 int register_plugins(const char* pattern);
 
-/// Where plug-ins are looked for: $VYNLITE_PLUGINS when set; else "plugins" beside the program and
-/// the installed place relative to it.
+/// Where plug-ins are looked for: $VYNLITE_PLUGINS when set; else "plugins" beside this library.
 std::vector<std::filesystem::path> plugin_folders();
 
 /// What a plug-in exports under the name `vyn_plugin_2dio` or `vyn_plugin_3dio`.

@@ -95,6 +95,15 @@ bool is_trusted(const fs::path& folder) {
     return false;
 }
 
+/// Plug-ins lie beside it, wherever the program is that loaded it, such as an interpreter.
+fs::path folder_of_this_library() {
+    static const char here = 0;
+    Dl_info info{};
+    dladdr(&here, &info);
+    std::error_code problem;
+    return fs::canonical(info.dli_fname ? info.dli_fname : "", problem).parent_path();
+}
+
 }  // namespace
 
 std::vector<fs::path> plugin_folders() {
@@ -103,10 +112,8 @@ std::vector<fs::path> plugin_folders() {
         std::erase_if(folders, [](const fs::path& folder) { return !is_trusted(folder); });
         return folders;
     }
-    std::error_code problem;
-    const fs::path programs = fs::read_symlink("/proc/self/exe", problem).parent_path();
-    return {programs / "plugins",
-            programs.parent_path() / VYN_INSTALL_LIBDIR / "vynlite" / "plugins"};
+    const fs::path folder = folder_of_this_library();
+    return folder.empty() ? std::vector<fs::path>() : std::vector<fs::path>{folder / "plugins"};
 }
 
 int register_plugins(const char* pattern) {

@@ -172,6 +172,6 @@ function(vyn_plugin name suffix)
     add_dependencies(plugins vyn_plugin_${name})
     set_target_properties(vyn_plugin_${name} PROPERTIES
         OUTPUT_NAME ${name}
-        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/plugins/${name}
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/plugins/${name}
         INSTALL_RPATH "$ORIGIN/../..")
 endfunction()

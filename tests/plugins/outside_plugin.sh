@@ -21,11 +21,11 @@ cmake --build "$folder/build"
 
 cd "$folder"
 printf 'vynlite-text 3 2\n1 2.5 -\n-4 1000000 0.125\n' >there.vtext
-if VYNLITE_PLUGINS=$build/bin/plugins "$program" convert there.vtext without.tif 2>/dev/null; then
+if VYNLITE_PLUGINS=$build/lib/plugins "$program" convert there.vtext without.tif 2>/dev/null; then
     echo "The picture was read without the plug-in" >&2
     exit 1
 fi
-export VYNLITE_PLUGINS=$build/bin/plugins:$folder/build
+export VYNLITE_PLUGINS=$build/lib/plugins:$folder/build
 "$program" convert there.vtext picture.tif
 "$program" convert picture.tif back.vtext
 diff there.vtext back.vtext

@@ -52,14 +52,11 @@ TEST_F(PluginLoading, KeepsTheFirstOfEachFormat) {
     EXPECT_THAT(log.lines(), Contains(HasSubstr("'tiff' is registered already")));
 }
 
-TEST_F(PluginLoading, FoldersComeFromTheVariableOrLieBesideTheProgram) {
+TEST_F(PluginLoading, FoldersComeFromTheVariableOrLieBesideTheLibrary) {
     setenv("VYNLITE_PLUGINS", "/a::/b", 1);
     EXPECT_THAT(plugin_folders(), testing::ElementsAre("/a", "/b"));
     unsetenv("VYNLITE_PLUGINS");
-    const auto folders = plugin_folders();
-    ASSERT_EQ(folders.size(), 2u);
-    EXPECT_EQ(folders[0], PLUGINS);
-    EXPECT_THAT(folders[1].string(), testing::EndsWith("/vynlite/plugins"));
+    EXPECT_THAT(plugin_folders(), testing::ElementsAre(PLUGINS));
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ target_link_libraries(plugin_from_the_future PRIVATE vyn_flags vyn_api)
 set_target_properties(plugin_from_the_future PROPERTIES
     PREFIX "" SUFFIX ".2dio" LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/test_plugins)
 target_compile_definitions(test_plugins PRIVATE
-    TEST_PLUGINS="${CMAKE_BINARY_DIR}/test_plugins" PLUGINS="${CMAKE_BINARY_DIR}/bin/plugins")
+    TEST_PLUGINS="${CMAKE_BINARY_DIR}/test_plugins" PLUGINS="${CMAKE_BINARY_DIR}/lib/plugins")
 add_dependencies(test_plugins plugin_from_the_future
                  plugins)
 
