@@ -1,8 +1,6 @@
 #include "calib/paint_curves.h"
 
-#include <cmath>
-#include <optional>
-
+#include "calib/law_inverse.h"
 #include "calib/paint_law.h"
 
 namespace vyn {
@@ -18,18 +16,6 @@ std::array<double, 3> temperatures_of(const paintFeatures& paint) {
     const double normal = paint.normalizing_temperature;
     if (!(low < high)) return {normal - degrees_aside, normal, normal + degrees_aside};
     return {low, normal > low && normal < high ? normal : (low + high) / 2, high};
-}
-
-double pressure_of(const PaintLaw& law, double ratio) {
-    return law.a + (law.b + law.c * ratio) * ratio;
-}
-
-/// The larger root of the law, which is where a paint's pressure rises with the ratio.
-std::optional<double> ratio_of(const PaintLaw& law, double pressure) {
-    const double discriminant = law.b * law.b - 4 * law.c * (law.a - pressure);
-    const double ratio =
-        law.c == 0 ? (pressure - law.a) / law.b : (std::sqrt(discriminant) - law.b) / (2 * law.c);
-    return std::isfinite(ratio) ? std::optional(ratio) : std::nullopt;
 }
 
 struct Span {

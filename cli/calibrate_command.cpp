@@ -16,6 +16,7 @@
 #include "core/keys.h"
 #include "core/progress.h"
 #include "process/point/experiment_type.h"
+#include "process/point/project_lock.h"
 #include "process/point/project_paths.h"
 #include "process/project/project_tasks.h"
 #include "process/report/calibration_report.h"

@@ -9,6 +9,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/project_file.h"
+#include "process/point/project_lock.h"
 #include "process/project/new_project.h"
 
 namespace vyn::cli {

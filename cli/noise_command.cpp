@@ -11,6 +11,7 @@
 #include "cli/settings.h"
 #include "core/keys.h"
 #include "core/project_file.h"
+#include "process/point/project_lock.h"
 #include "process/project/project_tasks.h"
 #include "uncertainty/photon_transfer.h"
 

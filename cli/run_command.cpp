@@ -16,6 +16,7 @@
 #include "process/point/experiment_type.h"
 #include "process/point/find_markers_task.h"
 #include "process/point/marker_io.h"
+#include "process/point/project_lock.h"
 #include "process/point/save_image_task.h"
 #include "process/project/project_tasks.h"
 #include "process/report/html_document.h"

@@ -4,7 +4,6 @@
 #include "core/atomic_file.h"
 #include "core/errors.h"
 #include "core/keys.h"
-#include "process/point/project_paths.h"
 
 namespace vyn::cli {
 
@@ -41,16 +40,6 @@ void check_output(const std::filesystem::path& file, Overwriting overwriting) {
                         file.string() + ": there is no folder " + folder.string());
     check_target(file, overwriting);
     if (!is_stream(file)) const AtomicFile can_be_written(file);
-}
-
-std::unique_ptr<FileLock> lock_project(const std::filesystem::path& file) {
-    auto lock = std::make_unique<FileLock>(project_lock(file));
-    if (lock->state() == FileLock::State::taken)
-        throw StateError("State error!",
-                         file.string() + " is open elsewhere (" +
-                             (lock->holder().empty() ? "by another user" : lock->holder()) +
-                             "); nothing was written");
-    return lock;
 }
 
 }  // namespace vyn::cli

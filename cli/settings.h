@@ -1,12 +1,10 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "core/data_set.h"
-#include "core/file_lock.h"
 
 namespace vyn::cli {
 
@@ -22,9 +20,5 @@ void check_target(const std::filesystem::path& file, Overwriting overwriting);
 /// The same, and raises FileError when its folder does not exist: for files that are written at the
 /// end of a long computation. An empty name means no such file is wanted.
 void check_output(const std::filesystem::path& file, Overwriting overwriting);
-
-/// Holds the lock of a project that a command is going to write. Raises StateError when somebody
-/// else has the project open.
-std::unique_ptr<FileLock> lock_project(const std::filesystem::path& file);
 
 }  // namespace vyn::cli
