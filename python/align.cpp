@@ -104,10 +104,12 @@ void bind_mapping(py::module_& module) {
     py::class_<Mapping>(module, "Mapping",
                         "Where each pixel of an output picture is seen in a source picture: "
                         "polynomials, displacements and "
-                        "lenses, gone through one after the other. An empty one is the identity.")
-        .def(py::init<>())
-        .def(py::init([](const Distortion& lens) { return Mapping{ImageMap().then(lens)}; }),
-             py::arg("lens"), "From the picture without distortion to what the camera saw.")
+                        "lenses, gone through one after the other.")
+        .def(py::init([](const std::optional<Distortion>& lens) {
+                 return lens ? Mapping{ImageMap().then(*lens)} : Mapping{};
+             }),
+             py::arg("lens") = py::none(),
+             "The identity, or from the picture without distortion to what the camera saw.")
         .def("__call__", &mapped, py::arg("positions"),
              "Positions (count, 2) in the source of positions (count, 2) in the output, pixels.")
         .def("inverse", &inverse_mapped, py::arg("positions"),

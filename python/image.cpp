@@ -224,7 +224,7 @@ void bind_image(py::module_& module) {
     type.def(
         py::init(&make_image), py::arg("values"), py::arg("mask") = py::none(), py::kw_only(),
         py::arg("name") = "", py::arg("quantity") = "value", py::arg("unit") = "",
-        py::arg("markers") = MarkerSet(),
+        py::arg_v("markers", MarkerSet(), "Markers()"),
         "Copies an array of numbers of shape (rows, columns) and, unless None, a mask of truth "
         "values or "
         "bytes of that shape. Pixels that are not finite are excluded. Raises SizeError when the "

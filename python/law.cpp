@@ -43,8 +43,10 @@ void bind_paint(py::module_& module) {
         "Calibration of a paint: the pressure is the sum of gamma[i, j] R^i T^j, R the intensity "
         "ratio and T the temperature, in the paint's units.")
         .def(py::init<>())
-        .def_static("read", &load_paint_calibration, py::arg("path"),
-                    "Reads a calibration file (.clb). Raises FileError.")
+        .def_static(
+            "read",
+            [](const std::filesystem::path& path) { return load_paint_calibration(path.string()); },
+            py::arg("path"), "Reads a calibration file (.clb). Raises FileError.")
         .def(
             "write",
             [](const paintFeatures& paint, const std::filesystem::path& path) {
