@@ -42,6 +42,10 @@ void bind(py::module_& module) {
     module.def("set_threads", &set_threads, py::arg("count"),
                "Limits the threads of all computations; 0: all cores. Results are the same bits "
                "with any number.");
+    // A copy of a process has the calling thread only; the scheduler starts others in it when it
+    // knows that its own have ended.
+    py::module_::import("os").attr("register_at_fork")(
+        py::arg("before") = py::cpp_function([] { end_idle_threads(); }));
     module.def(
         "take_log", &take_log,
         "The lines that the program has logged since the last call, as (level, text): 0 to 2 "

@@ -59,7 +59,7 @@ for folder in "${folders[@]}"; do
 done
 # The program's one session is for the window: what computes is handed one.
 complain "$(grep -rnE '\b(vyn_db|get_images|get_field_data)\(\)' --include='*.cpp' --include='*.h' \
-    markers calib align render process sample cli plugins view/*.cpp view/edit --exclude-dir=ui \
+    markers calib align render process sample cli python plugins view/*.cpp view/edit --exclude-dir=ui \
     --exclude=session.cpp | sed 's/$/: only the window asks for the one session of the program/')"
 
 [ "$failures" -eq 0 ]

@@ -1,5 +1,6 @@
 """Long computations give way to other threads, tell how far they are, and stop."""
 
+import multiprocessing
 import os
 import signal
 import threading
@@ -8,6 +9,11 @@ import unittest
 import numpy
 import vynlite
 from support import folder, point, speckle
+
+
+def displacement_of(values):
+    picture = vynlite.Image(values)
+    return vynlite.correlate(picture, picture).displacement.values.tobytes()
 
 
 def interrupt():
@@ -61,6 +67,14 @@ class Interrupts(unittest.TestCase):
             vynlite.write(large, file, progress=stop)
         self.assertEqual(file.read_bytes(), before)
         self.assertEqual(os.listdir(place), [file.name])
+
+    def test_processes_that_are_copies_compute_too(self):
+        small = vynlite.Image(speckle()[:300, :300])
+        expected = vynlite.correlate(small, small).displacement.values.tobytes()
+        with multiprocessing.get_context("fork").Pool(2) as pool:
+            for result in pool.imap_unordered(displacement_of, [small.values] * 4):
+                self.assertEqual(result, expected)
+        self.assertEqual(displacement_of(small.values), expected)
 
     def test_other_threads_run_meanwhile_and_one_session_does_one_thing(self):
         session = vynlite.Session.open(point() / "project.xml", {"project/processing/align/qped_enable": 1})
