@@ -10,7 +10,7 @@ namespace {
 
 /// The array as it is; raises what is documented.
 py::array two_dimensional(const py::object& object, std::string_view kinds, const char* wanted) {
-    const py::array array = py::array::ensure(object);
+    py::array array = py::array::ensure(object);
     if (!array) throw py::error_already_set();
     if (kinds.find(array.dtype().kind()) == std::string_view::npos)
         throw py::type_error(std::string("expected an array of ") + wanted + ", not of " +

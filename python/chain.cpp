@@ -62,7 +62,7 @@ Goal goal_named(const std::string& name) {
 
 /// What keeps a goal from being reached.
 std::string missing_for(Goal goal, const StepView& view) {
-    if (const std::string missing = missing_input(view); goal == Goal::all || !missing.empty())
+    if (std::string missing = missing_input(view); goal == Goal::all || !missing.empty())
         return missing;
     std::string names;
     for (const std::string& name : missing_images(goal, view))

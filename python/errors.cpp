@@ -1,5 +1,7 @@
 #include "core/errors.h"
 
+#include <utility>
+
 #include "core/progress.h"
 #include "python/binding.h"
 #include "python/texts.h"
@@ -35,7 +37,7 @@ void raise(PyObject* type, const GenericError& error) {
 
 void translate(std::exception_ptr thrown) {
     try {
-        std::rethrow_exception(thrown);
+        std::rethrow_exception(std::move(thrown));
     } catch (const FileError& error) {
         raise(types.file, error);
     } catch (const StateError& error) {

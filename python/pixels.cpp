@@ -3,7 +3,9 @@
 #include "api/correction.h"
 #include "api/field_conversion.h"
 #include "api/filters.h"
+#include "api/frame_average.h"
 #include "python/binding.h"
+#include "python/choices.h"
 #include "python/image.h"
 #include "python/interruptible.h"
 
@@ -55,6 +57,20 @@ ImageHandle ratio_of_ratios(const ImageHandle& signal_off, const ImageHandle& si
     });
 }
 
+ImageHandle average_of(const std::vector<ImageHandle>& handles, const std::string& method,
+                       double clip, const py::object& progress) {
+    constexpr Choices<AverageMethod, 3> methods{{{"mean", AverageMethod::mean},
+                                                 {"median", AverageMethod::median},
+                                                 {"clipped", AverageMethod::clipped_mean}}};
+    const AverageOptions options{.method = chosen(methods, method, "method"), .clip = clip};
+    std::vector<image> frames;
+    for (const ImageHandle& handle : handles)
+        frames.push_back(handle.get());
+    return interruptibly(progress, [&](TaskContext& context) {
+        return ImageHandle(average(frames, options, context));
+    });
+}
+
 ImageHandle filter(const ImageHandle& handle, int type, int dx, int dy, double min, double max,
                    int fill, int range, int iterations, bool holes_only,
                    const py::object& progress) {
@@ -96,6 +112,13 @@ void bind_lens(py::module_& module) {
 
 void bind_pixels(py::module_& module) {
     bind_lens(module);
+    module.def("average", &average_of, py::arg("images"), py::kw_only(), py::arg("method") = "mean",
+               py::arg("clip") = 3.0, py::arg("progress") = py::none(),
+               "One picture of several of the same size, pixel by pixel over the frames where it "
+               "is valid: 'mean', "
+               "'median', or 'clipped', the mean without values farther than `clip` standard "
+               "deviations from the median. "
+               "Raises AlgoError for no images, SizeError when the sizes differ.");
     module.def("correct", &correct, py::arg("image"), py::kw_only(), py::arg("dark_level") = 0.0F,
                py::arg("dark") = py::none(), py::arg("flat") = py::none(),
                py::arg("lens") = py::none(), py::arg("progress") = py::none(),

@@ -171,6 +171,13 @@ class Lens:
     def a4(self) -> float: ...
     def __repr__(self) -> str: ...
 
+def average(
+    images: Sequence[Image],
+    *,
+    method: Literal["mean", "median", "clipped"] = "mean",
+    clip: float = 3.0,
+    progress: _Progress = None,
+) -> Image: ...
 def correct(
     image: Image,
     *,

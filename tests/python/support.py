@@ -41,7 +41,7 @@ def model_point():
 @functools.cache
 def speckle():
     """Grains of paint, enough of them that a correlation takes more than a moment."""
-    grains = numpy.random.default_rng(1).random((1200, 1600), dtype="f4")
+    grains = numpy.random.default_rng(1).random((800, 1000), dtype="f4")
     return sum(numpy.roll(grains, (i, j), (0, 1)) for i in range(3) for j in range(3))
 
 

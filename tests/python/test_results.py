@@ -131,6 +131,12 @@ class Results(unittest.TestCase, SameBits):
         self.assertAlmostEqual(float(u[150 // step, 200 // step]), 2, delta=1e-3)
         self.assertEqual((step, v.shape), (8, u.shape))
 
+    def test_frames_are_averaged_as_by_the_batch_program(self):
+        names = [point() / f"{name}.tif" for name in ("wind_off", "wind_on", "wind_off_dark")]
+        batch("average", folder() / "batch.imp", *names, "--method", "median", "--force")
+        median = vynlite.average([vynlite.read(name) for name in names], method="median")
+        self.assert_same_bits(median, vynlite.read(folder() / "batch.imp"))
+
     def test_sessions_stand_side_by_side(self):
         quantities = ["Pressure", "Cp", "P_Pstat", "Irefe_Isens"]
         alone = [vynlite.run(point() / "project.xml", {FIELD: q})["field_P"] for q in quantities]
