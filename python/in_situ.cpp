@@ -84,7 +84,12 @@ void bind_in_situ(py::module_& module) {
                     ports.append(text(port));
                 return ports;
             },
-            "Active ports without a point, and why.");
+            "Active ports without a point, and why.")
+        .def("__repr__", [](const Fit& found) {
+            return py::str("<vynlite.Calibration, {} ports, {} terms, deviation {:.3g} {}>")
+                .format(found.samples.points.size(), found.fit.terms, found.fit.deviation,
+                        text(found.paint.pressure_unit));
+        });
     const InSituOptions usual;
     module.def(
         "fit_in_situ",

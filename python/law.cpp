@@ -122,7 +122,15 @@ void bind_conditions(py::module_& module) {
         .def_readwrite("wind_off_t", &flowFeatures::wind_off_t)
         .def_readwrite("wind_on_t", &flowFeatures::wind_on_t)
         .def_readwrite("p_unit", &flowFeatures::p_unit)
-        .def_readwrite("t_unit", &flowFeatures::t_unit);
+        .def_readwrite("t_unit", &flowFeatures::t_unit)
+        .def("__repr__", [](const flowFeatures& flow) {
+            return py::str(
+                       "Conditions(static_p={}, dynamic_p={}, wind_off_p={}, wind_off_t={}, "
+                       "wind_on_t={}, "
+                       "p_unit={!r}, t_unit={!r})")
+                .format(flow.static_p, flow.dynamic_p, flow.wind_off_p, flow.wind_off_t,
+                        flow.wind_on_t, text(flow.p_unit), text(flow.t_unit));
+        });
 }
 
 PreparedConversion conversion_of(const paintFeatures& paint, const flowFeatures& conditions,

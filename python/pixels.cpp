@@ -64,6 +64,7 @@ ImageHandle average_of(const std::vector<ImageHandle>& handles, const std::strin
                                                  {"clipped", AverageMethod::clipped_mean}}};
     const AverageOptions options{.method = chosen(methods, method, "method"), .clip = clip};
     std::vector<image> frames;
+    frames.reserve(handles.size());
     for (const ImageHandle& handle : handles)
         frames.push_back(handle.get());
     return interruptibly(progress, [&](TaskContext& context) {

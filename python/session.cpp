@@ -44,7 +44,8 @@ TaskOutcome PointSession::run(std::unique_ptr<Task> task, const py::object& call
     return run(job, callback);
 }
 
-py::object PointSession::told() const {
+py::object PointSession::told() {
+    const Turn turn(*this);
     return object_of(to_json(*report_, point_.data, point_.images, outcome_, failure_, stages_));
 }
 

@@ -18,8 +18,8 @@ class PointSession {
   public:
     Session get() { return point_.get(); }
     const std::shared_ptr<RunReport>& report() const { return report_; }
-    /// The report as a dictionary.
-    pybind11::object told() const;
+    /// The report as a dictionary. Raises StateError while the session works.
+    pybind11::object told();
 
     /// Runs tasks as `run_interruptibly` does.
     /// Raises what leaves them, AlgoError when they fail without a word, and StateError while

@@ -74,6 +74,13 @@ class Planes(unittest.TestCase, SameBits):
         self.assert_same_bits(image, again)
         self.assertEqual((again.name, again.quantity, again.markers[0].id), ("ramp", "cp", 7))
 
+    def test_sessions_survive_their_containers(self):
+        session = vynlite.run(point() / "project.xml")
+        session.save(folder() / "whole.ims")
+        again = vynlite.Session.open(folder() / "whole.ims")
+        self.assertEqual(again.keys(), session.keys())
+        self.assert_same_bits(again["field_P"], session["field_P"])
+
     def test_notebooks_show_a_picture(self):
         image = vynlite.read(point() / "wind_off.tif")
         png = image._repr_png_()
