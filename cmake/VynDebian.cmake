@@ -11,11 +11,7 @@ install(FILES core/ui/icons/vynlite.svg DESTINATION ${share}/icons/hicolor/scala
 install(FILES packaging/vynlite-batch.bash-completion
         DESTINATION ${share}/bash-completion/completions RENAME vynlite-batch)
 
-option(VYN_PACKAGE "make the pages, icons and records that packages carry" OFF)
-if(NOT VYN_PACKAGE)
-    return()
-endif()
-
+# What only packages carry is made by the target package_files alone: other installations do without.
 # vyn_made(FILE DEPENDS ... COMMAND ...): a file of the packages; the command writes it to standard output.
 set(made_files "")
 function(vyn_made file)
@@ -29,18 +25,18 @@ foreach(side 16 24 32 48 64 128 256)
     set(icon ${CMAKE_SOURCE_DIR}/core/ui/icons/vynlite.svg)
     vyn_made(vynlite-${side}.png DEPENDS ${icon}
         COMMAND rsvg-convert --width ${side} --height ${side} ${icon})
-    install(FILES ${made}/vynlite-${side}.png RENAME vynlite.png
+    install(FILES ${made}/vynlite-${side}.png RENAME vynlite.png OPTIONAL
             DESTINATION ${share}/icons/hicolor/${side}x${side}/apps)
 endforeach()
 foreach(program vynlite vynlite-batch)
     vyn_made(${program}.1 DEPENDS ${program}
         COMMAND help2man --no-info --name "${PROJECT_DESCRIPTION}" $<TARGET_FILE:${program}>)
     vyn_made(${program}.1.gz DEPENDS ${made}/${program}.1 COMMAND gzip -9nc ${made}/${program}.1)
-    install(FILES ${made}/${program}.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${made}/${program}.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 OPTIONAL)
 endforeach()
 vyn_made(changelog.gz DEPENDS ${CMAKE_SOURCE_DIR}/packaging/changelog
     COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/packaging/changelog)
-add_custom_target(package_files ALL DEPENDS ${made_files})
+add_custom_target(package_files DEPENDS ${made_files})
 
 foreach(component program development)
     set(package vynlite)
@@ -48,7 +44,7 @@ foreach(component program development)
         set(package libvynlite-dev)
     endif()
     install(FILES ${made}/changelog.gz packaging/copyright DESTINATION ${share}/doc/${package}
-            COMPONENT ${component})
+            COMPONENT ${component} OPTIONAL)
 endforeach()
 
 set(CPACK_GENERATOR DEB)
