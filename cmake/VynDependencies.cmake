@@ -1,4 +1,4 @@
-# Every library of the program. Each comes from the distribution; packaging/packages.txt lists them.
+# Every library of the program. Each comes from the distribution; packaging/packages*.txt list them.
 # A missing one is an error that names the package, never a feature silently left out.
 function(vyn_require name package)
     if(NOT ${name})
@@ -32,8 +32,6 @@ if(VYN_TESTS)
     vyn_require(GTest_FOUND libgtest-dev)
     find_package(benchmark QUIET)
     vyn_require(benchmark_FOUND libbenchmark-dev)
-    find_package(Qt5Test QUIET)
-    vyn_require(Qt5Test_FOUND qtbase5-dev)
 endif()
 
 find_path(CSV_INCLUDE_DIR csv.h)
@@ -63,29 +61,8 @@ endif()
 pkg_check_modules(LIBZIP QUIET IMPORTED_TARGET libzip)
 vyn_require(LIBZIP_FOUND libzip-dev)
 
-find_package(Qt5 5.15 QUIET COMPONENTS Widgets)
-vyn_require(Qt5_FOUND qtbase5-dev)
-find_package(Qt5Svg QUIET)
-vyn_require(Qt5Svg_FOUND libqt5svg5-dev)
-find_package(Qt5Help QUIET)
-vyn_require(Qt5Help_FOUND qttools5-dev)
-pkg_check_modules(QWT QUIET IMPORTED_TARGET Qt5Qwt6)
-vyn_require(QWT_FOUND libqwt-qt5-dev)
-# Qwt 6.1 names a destructor with template arguments, which C++20 took out of the language. Targets
-# with plots see a corrected copy of that header first, among the precompiled headers of Qt; its include
-# guard keeps the other one away.
-find_file(QWT_SERIES_STORE qwt_series_store.h PATHS ${QWT_INCLUDE_DIRS} NO_DEFAULT_PATH REQUIRED)
-file(READ ${QWT_SERIES_STORE} qwt_text)
-string(REPLACE "QwtSeriesStore<T>();" "QwtSeriesStore();" qwt_text "${qwt_text}")
-set(VYN_QT_HEADERS <QtWidgets> <memory> <string> <vector>
-    ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h)
-file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/qwt/qwt_series_store.h
-     CONTENT "${qwt_text}" @ONLY)
 if(VYN_WINDOWS)
-    vyn_precompiled(vyn_qt_headers
-        HEADERS ${VYN_QT_HEADERS}
-        LINK vyn_qt_flags vyn_glue Qt5::Widgets
-        INCLUDES ${QWT_INCLUDE_DIRS})
+    include(VynWindowDependencies)
 endif()
 
 if(VYN_BENCH_PEERS)
