@@ -39,6 +39,11 @@ endif()
 if(VYN_SANITIZE)
     target_compile_options(vyn_flags INTERFACE
         -fsanitize=${VYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    if(VYN_SANITIZE MATCHES "undefined")
+        # A null pointer is found without a check of its own at every access, which takes a fifth of the
+        # time of compiling, as those of casts between classes do.
+        target_compile_options(vyn_flags INTERFACE -fno-sanitize=null,vptr)
+    endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # With their checks in between g++ takes variables for unset that are not (its manual says so).
         target_compile_options(vyn_flags INTERFACE -Wno-maybe-uninitialized)
