@@ -32,7 +32,8 @@ QString tr(const char* text) {
 /// set is the text, as for every action.
 void set(QAction* action, const Texts& texts) {
     action->setText(tr(texts.menu_text));
-    action->setIconText(tr(texts.text));
+    // A letter of a tool button would take that of a menu.
+    action->setIconText(tr(texts.text).remove(QLatin1Char('&')));
     if (*texts.tool_tip) action->setToolTip(tr(texts.tool_tip));
     if (*texts.status_tip) action->setStatusTip(tr(texts.status_tip));
     if (*texts.whats_this) action->setWhatsThis(tr(texts.whats_this));

@@ -193,6 +193,7 @@ void VynLiteForm::make_page() {
     connect(page, &ExperimentPage::project_changed, parts_->model, &ModelCommands::follow);
     parts_->widgets.tasks->insertTab(0, page, page->label());
     parts_->widgets.tasks->setCurrentWidget(page);
+    page->setFocus();
 }
 
 void VynLiteForm::remove_page() {

@@ -40,6 +40,7 @@ void BasicPage::build(ExperimentType type) {
         connect(cards_.back(), &ImageCard::view_wanted, this, &BasicPage::view);
         connect(cards_.back(), &ImageCard::settings_changed, this, &BasicPage::project_changed);
     }
+    setFocusProxy(cards_.front()->rows().front());
     grid->add(camera_group());
     grid->add(option_group());
     auto* left = new QWidget(grid);
@@ -107,7 +108,7 @@ QWidget* BasicPage::option_group() {
     auto* test = group->add_button("test_btn", tr("&Test conditions..."),
                                    [] { return conditions_summary(vyn_db()); });
     connect(test, &QPushButton::clicked, this, [this] { open_dialog<QVynTest>(); });
-    auto* light = group->add_button("light_btn", tr("&Light and temperature..."),
+    auto* light = group->add_button("light_btn", tr("Light an&d temperature..."),
                                     [] { return light_summary(vyn_db()); });
     connect(light, &QPushButton::clicked, this, [this] { open_dialog<LightDialog>(); });
     auto* map = new InputRow(temperature_row(), group);

@@ -12,7 +12,8 @@ namespace vyn {
 FieldPreview::FieldPreview(QWidget* parent) : QAbstractButton(parent), bar_(new ColourBar(this)) {
     setObjectName(QStringLiteral("field_preview"));
     setAccessibleName(tr("Preview of the field"));
-    setToolTip(tr("View the field"));
+    setShortcut(QKeySequence(QStringLiteral("Ctrl+Return")));
+    setToolTip(tr("View the field (%1)").arg(shortcut().toString(QKeySequence::NativeText)));
     setCursor(Qt::PointingHandCursor);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     bar_->setAttribute(Qt::WA_TransparentForMouseEvents);

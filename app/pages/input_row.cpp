@@ -44,6 +44,7 @@ InputRow::InputRow(PageRow row, QWidget* parent)
         connect(save_, &QToolButton::clicked, this, &InputRow::save_wanted);
     }
     auto* select = icon_button(stem + "_select", "fileopen", tr("Select a file"), this);
+    setFocusProxy(select);
     const bool is_image =
         row_.input.role != InputFile::Role::markers && row_.input.role != InputFile::Role::mask;
     if (is_image) view_ = icon_button(stem + "_view_btn", "thumbnail", tr("View the image"), this);

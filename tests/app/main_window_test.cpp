@@ -26,6 +26,7 @@
 #include "core/ui/busy_box.h"
 #include "process/project/ims.h"
 #include "tests/app/app_fixture.h"
+#include "tests/support/dialog_checks.h"
 #include "tests/support/log_capture.h"
 
 namespace vyn::test {
@@ -271,6 +272,20 @@ TEST_F(MainWindow, EveryMenuEntryIsReachableByKeyboardAndNamed) {
     for (QAction* entry : window->menuBar()->actions())
         check(*entry->menu());
     EXPECT_GE(entries, 14);
+
+    check_mnemonics(*window);
+    for (const auto& [single, lifetime] : {std::pair(1, 0), std::pair(0, 0), std::pair(0, 1)}) {
+        SCOPED_TRACE(testing::Message() << "single " << single << ", lifetime " << lifetime);
+        simpleNamedDataSet data;
+        write(data, keys::test_single, single);
+        write(data, keys::test_lifetime, lifetime);
+        save_xml(data, (folder / "point.xml").c_str());
+        window->open_files({QString::fromStdString((folder / "point.xml").string())});
+        check_mnemonics(*window);
+        const QString first = window->focusWidget() ? window->focusWidget()->objectName() : "";
+        EXPECT_TRUE(first.startsWith("wind_off") && first.endsWith("_select"))
+            << first.toStdString();
+    }
 }
 
 }  // namespace

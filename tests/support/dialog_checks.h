@@ -5,6 +5,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QTest>
 #include <map>
 #include <set>
@@ -81,12 +82,18 @@ inline void check_mnemonics(const QWidget& window) {
         const QChar letter = text[at + 1].toLower();
         EXPECT_TRUE(letters.insert(letter).second) << '"' << text.toStdString() << '"';
     };
+    if (const auto* bar = window.findChild<QMenuBar*>())
+        for (const QAction* menu : bar->actions())
+            take(menu->text());
+    const auto shows = [&](const QWidget* widget) {
+        return widget->window() == &window && widget->isVisibleTo(&window);
+    };
     for (const QLabel* label : window.findChildren<QLabel*>())
-        if (label->buddy()) take(label->text());
+        if (label->buddy() && shows(label)) take(label->text());
     for (const QAbstractButton* button : window.findChildren<QAbstractButton*>())
-        take(button->text());
+        if (shows(button)) take(button->text());
     for (const QGroupBox* group : window.findChildren<QGroupBox*>())
-        take(group->title());
+        if (shows(group)) take(group->title());
 }
 
 }  // namespace vyn::test

@@ -13,6 +13,7 @@
 #include "process/model/mesh_cache.h"
 #include "process/model/section_table.h"
 #include "render/iso_levels.h"
+#include "tests/support/dialog_checks.h"
 #include "tests/support/meshes.h"
 #include "tests/support/temporary_folder.h"
 #include "view/ui/look/fashion_dialog.h"
@@ -224,6 +225,7 @@ TEST_F(ModelWindow, TellsLoadsOfZonesAndOfPaintedPatches) {
 /// The viewer's dialog of limits serves the model; isolines follow the limits; the extension says
 /// what is saved.
 TEST_F(ModelWindow, SharesTheDialogOfLimitsAndSavesDrawings) {
+    check_mnemonics(viewer);
     viewer.edit_fashion();
     auto* dialog = viewer.findChild<QFashionDlg*>();
     ASSERT_TRUE(dialog);

@@ -14,6 +14,7 @@
 #include <cmath>
 
 #include "core/keys.h"
+#include "tests/support/dialog_checks.h"
 #include "tests/view_ui/viewer_fixture.h"
 #include "view/edit/double_keys.h"
 #include "view/ui/canvas/colour_bar.h"
@@ -67,6 +68,7 @@ TEST_F(FieldViewer, KeysThatStandTwiceDoOneThingEach) {
 
 TEST_F(FieldViewer, NoOtherKeyStandsTwice) {
     VynFieldViewer& viewer = show("field_P");
+    test::check_mnemonics(viewer);
     std::map<QString, QString> owners;
     for (const QAction* action : viewer.findChildren<QAction*>()) {
         const QString key = action->shortcut().toString();

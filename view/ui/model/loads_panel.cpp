@@ -91,7 +91,7 @@ QLayout* LoadsPanel::patch_buttons() {
     auto* add = new QPushButton(tr("&New patch"));
     add->setObjectName(QStringLiteral("new_patch"));
     add->setToolTip(tr("Paint a patch of its own on the model"));
-    auto* remove = new QPushButton(tr("Remo&ve"));
+    auto* remove = new QPushButton(tr("Re&move"));
     remove->setObjectName(QStringLiteral("remove_patch"));
     brush_->setText(tr("&Brush"));
     brush_->setCheckable(true);
