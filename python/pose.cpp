@@ -45,6 +45,7 @@ py::array_t<double> pixels_of(const FoundView& view, const py::object& places) {
     const Table table = table_of(places, 3);
     const auto at = table.unchecked<2>();
     std::vector<Point> pixels;
+    pixels.reserve(static_cast<std::size_t>(table.shape(0)));
     for (py::ssize_t i = 0; i < table.shape(0); ++i)
         pixels.push_back(
             raw_pixel(view.found.camera, view.found.pose.in_camera({at(i, 0), at(i, 1), at(i, 2)}))
@@ -67,13 +68,14 @@ py::tuple resect_views_of(const MarkerSet& markers, const std::vector<CameraAndD
     simpleNamedDataSet data;
     apply_settings(data, settings);
     std::vector<ResectView> views;
+    views.reserve(cameras.size());
     for (const auto& [camera, dots] : cameras)
         views.push_back({"view " + std::to_string(views.size() + 1), pinhole_of(camera),
                          dots.markers, stored_pose(data, camera.default_length_unit)});
     const ResectOptions options = resect_options(data, mm_per("mm"));
-    const ResectReport report = interruptibly(progress, [&](TaskContext& context) {
-        return resect(markers.markers, views, options, context);
-    });
+    const std::vector<Marker> places = markers.markers;  // another thread may change the set
+    const ResectReport report = interruptibly(
+        progress, [&](TaskContext& context) { return resect(places, views, options, context); });
     std::vector<FoundView> found;
     for (std::size_t i = 0; i < report.views.size(); ++i)
         found.push_back({cameras[i].first, report.views[i]});
@@ -88,6 +90,7 @@ MeshHandle project(const MeshHandle& handle, const std::vector<FieldAndView>& fi
     simpleNamedDataSet data;
     apply_settings(data, settings);
     std::vector<PointView> seen;
+    seen.reserve(fields.size());
     for (const auto& [field, view] : fields)
         seen.push_back({field.get().name, field.picture, view.record, {}, std::nullopt});
     std::vector<ProjectedView> views;

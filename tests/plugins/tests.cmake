@@ -33,6 +33,7 @@ add_dependencies(test_plugins plugin_from_the_future
 # An uninstrumented plug-in tells the sanitizers nothing.
 if(NOT VYN_SANITIZE)
     add_test(NAME outside_plugin COMMAND ${CMAKE_CURRENT_LIST_DIR}/outside_plugin.sh
-        ${CMAKE_SOURCE_DIR} $<TARGET_FILE:vynlite-batch> ${CMAKE_BINARY_DIR} ${CMAKE_CXX_COMPILER})
+        ${CMAKE_SOURCE_DIR} $<TARGET_FILE:vynlite-batch> ${CMAKE_BINARY_DIR} ${CMAKE_CXX_COMPILER}
+        $<$<BOOL:${VYN_PYTHON}>:${Python_EXECUTABLE}>)
     set_tests_properties(outside_plugin PROPERTIES COST 50)
 endif()
