@@ -68,9 +68,9 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME ${package_of_program})
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION
 "surface pressure from pressure-sensitive-paint images
- VynLite turns camera images of a model with pressure-sensitive paint into
- surface pressure: in a window (vynlite) or from the command line
- (vynlite-batch), for one test point or a run of hundreds.")
+VynLite turns camera images of a model with pressure-sensitive paint into
+surface pressure: in a window (vynlite) or from the command line
+(vynlite-batch), for one test point or a run of hundreds.")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
 # Found at run time: how the manual is read, and letters for pictures.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "libqt5sql5-sqlite, fonts-dejavu-core")
@@ -79,8 +79,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${package_of_development})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 "file formats of one's own for VynLite
- With these headers and CMake files a file format is built as a plug-in that
- the programs of the package vynlite find and load.")
+With these headers and CMake files a file format is built as a plug-in that
+the programs of the package vynlite find and load.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "vynlite (= ${PROJECT_VERSION})")
 
 if(VYN_PYTHON)
@@ -96,7 +96,7 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${package_of_python})
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION
 "pressure-sensitive-paint images in Python
- The module vynlite: images as NumPy arrays, and what the programs of the
- package vynlite compute as functions.")
+The module vynlite: images as NumPy arrays, and what the programs of the
+package vynlite compute as functions.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
 include(CPack)

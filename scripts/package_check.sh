@@ -45,6 +45,7 @@ make_base() {
     rm -rf "$base"
     debootstrap --variant=minbase "$VERSION_CODENAME" "$base.new" "$mirror" >"$work/debootstrap.log" 2>&1 ||
         { tail -n 5 "$work/debootstrap.log" >&2 && fail "no bare root"; }
+    rm -f "$base.new/etc/apt/sources.list"
     cp -r /etc/apt/sources.list* /etc/apt/apt.conf.d "$base.new/etc/apt/"
     mv "$base.new" "$base"
 }
@@ -70,16 +71,17 @@ install() {
         { tail "$work/install.log" >&2 && fail "not installed: $*"; }
 }
 
-demo() { # FOLDER PROGRAM...
-    "${@:2}" sample "$1" --order 2 --quiet
-    "${@:2}" --anonymous run "$1/project.xml" --quiet --save field_P="$1/field.imp"
+compute() { # FOLDER PROGRAM...
+    "${@:2}" --anonymous run "$1/project.xml" --quiet --save field_P="$1/field.imp" 2>/dev/null
 }
 
 check_programs() {
     install "/packages/$(cd "$packages" && ls vynlite_*.deb)"
     say "installed: $(inside vynlite-batch --version)"
-    demo "$work/demo" "$batch" 2>/dev/null
-    demo /root/demo inside vynlite-batch 2>/dev/null
+    inside vynlite-batch sample /root/demo --order 2 --quiet 2>/dev/null
+    cp -r "$root/root/demo" "$work/demo"
+    compute "$work/demo" "$batch"
+    compute /root/demo inside vynlite-batch
     cmp "$work/demo/field.imp" "$root/root/demo/field.imp" || fail "the field of the demo has other bits"
     say "the installed programs compute the demo with the same bits"
 }
@@ -88,7 +90,7 @@ check_python() {
     install "/packages/$(cd "$packages" && ls python3-vynlite_*.deb)"
     inside python3 - <<'PYTHON' 2>/dev/null || fail "Python computes something else"
 import numpy, vynlite
-field = vynlite.run("/root/demo/project.xml").image("field_P")
+field = vynlite.run("/root/demo/project.xml")["field_P"]
 numpy.testing.assert_array_equal(field.values, vynlite.read("/root/demo/field.imp").values)
 PYTHON
     say "and so does Python"
