@@ -51,13 +51,10 @@ pkg_check_modules(CAIRO QUIET IMPORTED_TARGET cairo cairo-pdf cairo-svg)
 vyn_require(CAIRO_FOUND libcairo2-dev)
 pkg_check_modules(PANGOCAIRO QUIET IMPORTED_TARGET pangocairo)
 vyn_require(PANGOCAIRO_FOUND libpango1.0-dev)
-# Only one plug-in needs it; the program does without.
+pkg_check_modules(HDF5 QUIET IMPORTED_TARGET hdf5)
+vyn_require(HDF5_FOUND libhdf5-dev)
 # The library (1.10) reads beyond its memory in damaged files: for those who trust their files.
-option(VYN_HDF5 "Build the plug-in that reads pictures from HDF5 and NeXus files" OFF)
-if(VYN_HDF5)
-    pkg_check_modules(HDF5 QUIET IMPORTED_TARGET hdf5)
-    vyn_require(HDF5_FOUND libhdf5-dev)
-endif()
+option(VYN_HDF5 "Read pictures from HDF5 and NeXus files, not only write them" OFF)
 pkg_check_modules(LIBZIP QUIET IMPORTED_TARGET libzip)
 vyn_require(LIBZIP_FOUND libzip-dev)
 

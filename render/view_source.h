@@ -5,6 +5,7 @@
 #include <optional>
 #include <variant>
 
+#include "api/displacement.h"
 #include "render/image_levels.h"
 
 namespace vyn {
@@ -61,17 +62,5 @@ struct ProbedPixel {
 /// The pixel (x, y), which may lie outside; of a colour image the first channel. A value that is no
 /// number is background.
 ProbedPixel probe(const ViewSource& source, int x, int y);
-
-struct Vector2 {
-    float u = 0;
-    float v = 0;
-};
-/// Image pixels from one node of the image's displacement to the next: the grid's step, or 1 where
-/// the image itself is the grid, as that of a displacement file is. 1 without displacement.
-int node_pitch(const image& picture);
-
-/// The displacement at pixel (x, y): that of the nearest grid node, or of the pixel itself when the
-/// image is the grid. Nothing without displacement or more than a step outside the grid.
-std::optional<Vector2> displacement_at(const image& picture, int x, int y);
 
 }  // namespace vyn

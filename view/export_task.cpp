@@ -5,13 +5,13 @@
 #include <nlohmann/json.hpp>
 
 #include "api/image_io.h"
+#include "api/tecplot.h"
 #include "core/ascii.h"
 #include "core/version.h"
 #include "process/point/unsaved_work.h"
 #include "process/report/json_text.h"
 #include "process/report/provenance.h"
 #include "render/figure_file.h"
-#include "render/tecplot.h"
 #include "view/save_rules.h"
 
 namespace vyn {

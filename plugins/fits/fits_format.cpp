@@ -291,14 +291,10 @@ void FitsFormat::write(const image& picture, const fs::path& path, const ImageWr
                        Progress& progress) const {
     FitsFile file(path, FitsFile::Mode::create);
     if (file.good()) write_header(file, picture, options);
-    std::vector<float> row(static_cast<std::size_t>(picture.width()));
+    std::vector<float> row;
     for (int y = 0; y < picture.height() && file.good(); ++y) {
         report_row(progress, y, picture.height());
-        const float* values = picture.values().row(y);
-        std::transform(values, values + picture.width(), picture.mask().row(y), row.begin(),
-                       [](float value, std::uint8_t mask) {
-                           return mask ? std::numeric_limits<float>::quiet_NaN() : value;
-                       });
+        unmasked_row(picture, y, row);
         std::array<LONGLONG, 2> first{1, y + 1};
         fits_write_pixll(file.handle(), TFLOAT, first.data(), picture.width(), row.data(),
                          file.status());

@@ -13,11 +13,6 @@ constexpr std::size_t longest_text = 4096;
 constexpr int deepest = 16;
 constexpr int most_objects = 20000;
 
-std::mutex& library_mutex() {
-    static std::mutex mutex;
-    return mutex;
-}
-
 hid_t open_file(const std::filesystem::path& file) {
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
     H5PLset_loading_state(0);
@@ -73,8 +68,13 @@ class Search {
 
 }  // namespace
 
+std::mutex& hdf5_mutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
 Hdf5File::Hdf5File(const std::filesystem::path& file)
-    : lock_(library_mutex()), path_(file), file_(open_file(file), H5Fclose) {
+    : lock_(hdf5_mutex()), path_(file), file_(open_file(file), H5Fclose) {
     if (!file_.good()) refuse(file, "damaged or cut off: not an HDF5 file that can be opened");
 }
 

@@ -28,6 +28,9 @@ class Hdf5Id {
     Close close_;
 };
 
+/// Held by whoever calls the library.
+std::mutex& hdf5_mutex();
+
 /// An HDF5 file open for reading. The library serves one thread at a time: the object holds a lock.
 /// It prints nothing and loads no filters from elsewhere.
 class Hdf5File {

@@ -43,6 +43,11 @@ std::string_view number_text(char (&text)[32], Number number) {
 
 }  // namespace
 
+MeshWriter& MeshWriter::operator<<(float number) {
+    char text[32];
+    return *this << number_text(text, number);
+}
+
 MeshWriter& MeshWriter::operator<<(double number) {
     char text[32];
     return *this << number_text(text, number);

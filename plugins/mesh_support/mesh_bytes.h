@@ -42,6 +42,7 @@ class MeshWriter {
 
     MeshWriter& operator<<(std::string_view text);
     MeshWriter& operator<<(char c);
+    MeshWriter& operator<<(float number);
     MeshWriter& operator<<(double number);
     MeshWriter& operator<<(std::size_t number);
     MeshWriter& operator<<(int number);

@@ -1,5 +1,8 @@
 #include "plugins/support/attributes.h"
 
+#include <algorithm>
+#include <limits>
+
 #include <nlohmann/json.hpp>
 
 #include "plugins/support/provenance.h"
@@ -86,6 +89,19 @@ std::string image_description(const ImageAttributes& image, const std::string& p
     constexpr int one_line = -1;
     constexpr bool ensure_ascii = true;
     return document.dump(one_line, ' ', ensure_ascii, Json::error_handler_t::replace);
+}
+
+std::string value_name(const ImageAttributes& image) {
+    return image.quantity.known() ? stored_name(image.quantity) : "value";
+}
+
+void unmasked_row(const image& picture, int y, std::vector<float>& row) {
+    const float* const values = picture.values().row(y);
+    row.resize(static_cast<std::size_t>(picture.width()));
+    std::transform(values, values + picture.width(), picture.mask().row(y), row.begin(),
+                   [](float value, std::uint8_t mask) {
+                       return mask ? std::numeric_limits<float>::quiet_NaN() : value;
+                   });
 }
 
 void take_description(std::string_view text, ImageAttributes& image) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -24,6 +25,11 @@ void take_attributes(const nlohmann::ordered_json& object, ImageAttributes& imag
 std::string image_description(const ImageAttributes& image, const std::string& provenance);
 /// Takes them from such a text; nothing happens when it is another one.
 void take_description(std::string_view text, ImageAttributes& image);
+
+/// How formats name the values: "pressure", "standard_deviation_of_cp", "value" when unknown.
+std::string value_name(const ImageAttributes& image);
+/// The values with NaN for those that are excluded, as formats without a mask hold them; of row y.
+void unmasked_row(const image& picture, int y, std::vector<float>& row);
 
 /// The text when it can be a unit (short, printable Latin or Greek), else empty: readers ask, since
 /// units go to labels, titles and reports.

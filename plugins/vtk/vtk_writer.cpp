@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "plugins/mesh_support/mesh_bytes.h"
 #include "plugins/vtk/vtk_cells.h"
 #include "plugins/vtk/vtk_readers.h"
+#include "plugins/vtk/vtk_xml_file.h"
 
 namespace vyn::plugins {
 
@@ -40,76 +40,13 @@ Polygons polygons_of(const Field& field) {
     return polygons;
 }
 
-std::string escaped(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        if (c == '&')
-            result += "&amp;";
-        else if (c == '<')
-            result += "&lt;";
-        else if (c == '"')
-            result += "&quot;";
-        else
-            result += c;
-    }
-    return result;
-}
-
-/// The elements of the file and, behind them, their data: a first pass announces the arrays, a
-/// second one writes them, in the same order.
-class XmlFile {
-  public:
-    XmlFile(const std::filesystem::path& file, Progress& progress) : out_(file, progress) {}
-
-    MeshWriter& text() { return out_; }
-
-    template <class T>
-    void array(const char* type, const std::string& name, int components, const T* values,
-               std::size_t count) {
-        out_ << "<DataArray type=\"" << type << "\" Name=\"" << escaped(name)
-             << "\" NumberOfComponents=\"" << components << "\" NumberOfTuples=\""
-             << count / static_cast<std::size_t>(components) << "\" format=\"appended\" offset=\""
-             << offset_ << "\"/>\n";
-        blocks_.push_back({reinterpret_cast<const char*>(values), count * sizeof(T)});
-        offset_ += count * sizeof(T) + 8;
-    }
-
-    void texts(const char* name, const std::vector<std::string>& texts) {
-        out_ << "<Array type=\"String\" Name=\"" << name << "\" NumberOfTuples=\"" << texts.size()
-             << "\" format=\"ascii\">";
-        for (const std::string& text : texts) {
-            for (const char c : text)
-                out_ << int{static_cast<unsigned char>(c)} << ' ';
-            out_ << "0 ";
-        }
-        out_ << "</Array>\n";
-    }
-
-    void finish() {
-        out_ << "<AppendedData encoding=\"raw\">\n_";
-        for (const auto& block : blocks_) {
-            out_.put(static_cast<std::uint64_t>(block.size()));
-            constexpr std::size_t piece = std::size_t{1} << 20;
-            for (std::size_t at = 0; at < block.size(); at += piece)
-                out_ << block.substr(at, piece);
-        }
-        out_ << "\n</AppendedData>\n</VTKFile>\n";
-        out_.finish();
-    }
-
-  private:
-    MeshWriter out_;
-    std::vector<std::string_view> blocks_;
-    std::size_t offset_ = 0;
-};
-
 /// Numbers that have to live until the file is written.
 struct Attributes {
     std::vector<double> sizes;
     std::vector<double> views;
 };
 
-void write_attributes(XmlFile& out, const Field& field, Attributes& numbers) {
+void write_attributes(VtkXmlFile& out, const Field& field, Attributes& numbers) {
     std::vector<std::string> zones;
     for (const auto& zone : field.zones) {
         zones.push_back(zone.name);
@@ -140,7 +77,7 @@ void write_attributes(XmlFile& out, const Field& field, Attributes& numbers) {
 
 void write_vtk_xml(const Field& field, const std::filesystem::path& file, Progress& progress) {
     const Polygons polygons = polygons_of(field);
-    XmlFile out(file, progress);
+    VtkXmlFile out(file, progress);
     Attributes numbers;
     out.text() << "<?xml version=\"1.0\"?>\n<VTKFile type=\"PolyData\" version=\"1.0\" "
                   "byte_order=\"LittleEndian\" header_type=\"UInt64\">\n<PolyData>\n<FieldData>\n";

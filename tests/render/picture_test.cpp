@@ -7,9 +7,9 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
+#include "api/tecplot.h"
 #include "core/errors.h"
 #include "render/figure_file.h"
-#include "render/tecplot.h"
 #include "tests/support/error_of.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/picture_of.h"

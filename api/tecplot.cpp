@@ -1,14 +1,14 @@
-#include "render/tecplot.h"
+#include "api/tecplot.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fstream>
 
+#include "api/displacement.h"
 #include "api/image_parts.h"
 #include "core/atomic_file.h"
 #include "core/errors.h"
-#include "render/view_source.h"
 
 namespace vyn {
 
@@ -64,12 +64,14 @@ void append_row(std::string& text, const image& picture, const image* sigma, int
 }  // namespace
 
 void write_tecplot(const image& picture, const std::string& caption,
-                   const std::filesystem::path& file, Progress& progress, const image* sigma) {
+                   const std::filesystem::path& file, Progress& progress, const image* sigma,
+                   const std::string& remark) {
     picture.check_planes();
     if (sigma) check_same_size(picture, *sigma);
     AtomicFile target(file, {unit});
     std::ofstream out(target.temporary(), std::ios::binary);
-    std::string text = header(picture, caption, sigma != nullptr);
+    std::string text = remark.empty() ? std::string() : "# " + remark + "\n";
+    text += header(picture, caption, sigma != nullptr);
     for (int y = 0; y < picture.height() && out; ++y) {
         throw_if_aborted(progress);
         append_row(text, picture, sigma, y);

@@ -15,11 +15,11 @@ namespace vyn {
 /// marks background; a value that is no finite number is written as background 0, and pixels
 /// farther than a step from the vectors' grid get the vector 0.
 ///
-/// `sigma` holds the standard deviations of the picture, of its size; null: none. Raises FileError
-/// "Can't open file for writing!" or, when the disk fills up, "Error writing file"; AlgoError for a
-/// missing plane.
+/// A remark of one line stands before the header. `sigma` holds the standard deviations of the
+/// picture, of its size; null: none. Raises FileError "Can't open file for writing!" or, when the
+/// disk fills up, "Error writing file"; AlgoError for a missing plane.
 void write_tecplot(const image& picture, const std::string& caption,
                    const std::filesystem::path& file, Progress& progress,
-                   const image* sigma = nullptr);
+                   const image* sigma = nullptr, const std::string& remark = {});
 
 }  // namespace vyn

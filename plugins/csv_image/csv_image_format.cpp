@@ -1,0 +1,40 @@
+#include <cmath>
+
+#include "plugins/mesh_support/mesh_bytes.h"
+#include "plugins/support/attributes.h"
+#include "plugins/support/write_only_format.h"
+
+namespace vyn::plugins {
+
+namespace {
+
+/// A table of the pixels, row after row: "x,y,QUANTITY/UNIT", with nothing for the value of an
+/// excluded pixel. A remark before it tells what else is known of the image.
+class CsvImageFormat final : public WriteOnlyFormat {
+  public:
+    CsvImageFormat() : WriteOnlyFormat({"csv", "Table of pixels", {"csv"}, false, true}) {}
+    void write(const image& picture, const std::filesystem::path& file,
+               const ImageWriteOptions& options, Progress& progress) const override {
+        MeshWriter out(file, progress);
+        if (const std::string text = image_description(picture, options.provenance); !text.empty())
+            out << "# " << text << '\n';
+        out << "x,y," << value_name(picture) << (picture.unit.empty() ? "" : "/") << picture.unit
+            << '\n';
+        for (int y = 0; y < picture.height(); ++y) {
+            report_row(progress, y, picture.height());
+            for (int x = 0; x < picture.width(); ++x) {
+                out << x << ',' << y << ',';
+                const float value = picture.values()(x, y);
+                if (!picture.mask()(x, y) && std::isfinite(value)) out << value;
+                out << '\n';
+            }
+        }
+        out.finish();
+    }
+};
+
+}  // namespace
+
+}  // namespace vyn::plugins
+
+VYN_IMAGE_PLUGIN(vyn::plugins::CsvImageFormat)
