@@ -20,6 +20,7 @@
 #include "core/ui/command.h"
 #include "core/ui/file_question.h"
 #include "core/ui/icons.h"
+#include "core/ui/wording.h"
 #include "process/point/project_paths.h"
 #include "process/report/calibration_report.h"
 
@@ -32,6 +33,11 @@ constexpr const char* by_law = "law";
 
 QString number(double value) {
     return QString::fromStdString(format_general(value, 7));
+}
+
+/// A difference or an error.
+QString error_text(double value) {
+    return QString::fromStdString(format_general(value, 3));
 }
 
 QString summary_of(const InSituCalibration& calibration) {
@@ -53,12 +59,12 @@ QString summary_of(const InSituCalibration& calibration) {
 
 QString hint_of(const PortSelection& selection, std::size_t index) {
     const CalibrationPoint& point = selection.points()[index];
-    QString hint =
-        QObject::tr("Port %1: Io/I = %2, P = %3\nResidual %4")
-            .arg(point.number)
-            .arg(number(point.ratio), number(point.pressure), number(selection.residual(index)));
+    QString hint = QObject::tr("Port %1: Io/I = %2, P = %3\nResidual %4")
+                       .arg(point.number)
+                       .arg(number(point.ratio), number(point.pressure),
+                            error_text(selection.residual(index)));
     if (const double error = selection.leave_one_out(index); std::isfinite(error))
-        hint += QObject::tr(", leave-one-out %1").arg(number(error));
+        hint += QObject::tr(", leave-one-out %1").arg(error_text(error));
     return hint + (selection.is_used(index) ? QObject::tr("\nClick to take it out of the fit")
                                             : QObject::tr("\nClick to put it back"));
 }
@@ -252,7 +258,7 @@ void VynCalResults::show_meaning() {
     if (!parts_->plot_problem.isEmpty())
         html += QStringLiteral("<p>%1</p>").arg(parts_->plot_problem.toHtmlEscaped());
     for (const std::string& remark : report.remarks)
-        html += QStringLiteral("<p>%1.</p>").arg(escaped(remark));
+        html += QStringLiteral("<p>%1.</p>").arg(worded(remark).toHtmlEscaped());
     parts_->meaning->setHtml(html);
 }
 

@@ -51,8 +51,8 @@ void PortTable::show_ports(const PortSelection& selection) {
         setItem(row, 0, head);
         setItem(row, 1, cell(number(point.ratio, 6)));
         setItem(row, 2, cell(number(point.pressure, 7)));
-        setItem(row, 3, cell(number(selection.residual(i), 4)));
-        setItem(row, 4, cell(number(selection.leave_one_out(i), 4)));
+        setItem(row, 3, cell(number(selection.residual(i), 3)));
+        setItem(row, 4, cell(number(selection.leave_one_out(i), 3)));
     }
     resizeColumnsToContents();
     setMinimumWidth(horizontalHeader()->length() + verticalScrollBar()->sizeHint().width() +

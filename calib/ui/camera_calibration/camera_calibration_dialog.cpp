@@ -361,7 +361,7 @@ void CameraCalibrationDialog::show_remarks() {
         text += QStringLiteral("</ul>");
     }
     text += tr("Strongest correlation %1, condition %2.")
-                .arg(number(report.strongest_correlation, 6), number(report.condition, 2));
+                .arg(number(report.strongest_correlation, 3), number(report.condition, 2));
     double covered = 0;
     for (const ViewResult& view : report.views)
         covered = std::max(covered, view.hull_share);
