@@ -22,11 +22,7 @@ namespace fs = std::filesystem;
 class Plugins final : public testing::Environment {
     void SetUp() override {
         ASSERT_EQ(setenv("VYNLITE_PLUGINS", PLUGINS, 1), 0);
-#ifdef VYN_HDF5
-        constexpr int image_formats = 10;
-#else
-        constexpr int image_formats = 9;
-#endif
+        constexpr int image_formats = 13;
         ASSERT_EQ(register_plugins("*.2dio"), image_formats);
         ASSERT_EQ(register_plugins("*.3dio"), 8);
     }
