@@ -13,6 +13,7 @@ vyn_tests(plugins
         png_test.cpp
         sample_files.cpp
         tiff_test.cpp
+        written_formats_test.cpp
     LINK vyn_api vyn_core TIFF::TIFF PNG::PNG PkgConfig::CFITSIO ZLIB::ZLIB)
 if(VYN_HDF5)
     target_sources(test_plugins PRIVATE ${CMAKE_CURRENT_LIST_DIR}/hdf5_test.cpp)
