@@ -245,8 +245,9 @@ TEST_F(Pages, RowsSelectViewAndRemove) {
     EXPECT_FALSE(get_images().find(image_names::field));
     EXPECT_EQ(read(vyn_db(), keys::wind_on_sens_file), "");
     EXPECT_TRUE(wait_for_text("field_P_state", "not calculated"));
+    const auto* view = child<QToolButton>("wind_on_view_btn");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !view->isEnabled(); }, 10000));
     EXPECT_FALSE(child<QPushButton>("calc_all_btn")->isEnabled());
-    EXPECT_FALSE(child<QToolButton>("wind_on_view_btn")->isEnabled());
 
     select("wind_on_select", "wind_on.tif");
     EXPECT_TRUE(wait_for_text("wind_on_file", "wind_on.tif"));

@@ -71,7 +71,8 @@ TEST_F(RunPageTest, ComputesSaysWhatFailedAndGoesOnAfterRepair) {
 
     press_button("run_rest");
     wait_for({Kind::done, Kind::done, Kind::failed, Kind::done});
-    EXPECT_EQ(child<QLabel>("run_state").text(), QStringLiteral("3 done, 1 failed"));
+    auto& state = child<QLabel>("run_state");
+    wait([&] { return state.text() == QStringLiteral("3 done, 1 failed"); });
     const std::string first = attempt_of(0);
 
     std::filesystem::rename(folder / "away.tif", folder / "wind_on_p003.tif");
