@@ -10,13 +10,17 @@
 #include <array>
 #include <clocale>
 #include <csignal>
+#include <utility>
 
 #include <unistd.h>
 
 #include "core/ui/command.h"
 #include "core/ui/icons.h"
 #include "core/ui/window_size.h"
+#include "core/ui/wording.h"
 #include "core/version.h"
+#include "process/page/user_words.h"
+#include "process/point/experiment_type.h"
 
 namespace vyn {
 
@@ -27,7 +31,7 @@ int signal_pipe[2] = {-1, -1};
 
 void tell_event_loop(int) {
     const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(signal_pipe[1], &byte, 1);
+    [[maybe_unused]] const ssize_t written = ::write(signal_pipe[1], &byte, 1);
 }
 
 /// Attributes that must stand before the application object exists.
@@ -51,6 +55,13 @@ Application::Application(int& argc, char** argv) : QApplication(with_high_dpi(ar
     // The application object took over the user's locale.
     std::setlocale(LC_NUMERIC, "C");
     QLocale::setDefault(QLocale::c());
+    set_wording([](const std::string& text) {
+        return user_words(experiment_type(std::as_const(vyn_db())), text);
+    });
+}
+
+Application::~Application() {
+    set_wording({});
 }
 
 int Application::run() {

@@ -12,8 +12,9 @@ namespace vyn {
 class Application : public QApplication {
     Q_OBJECT
   public:
-    /// Sets high-DPI drawing, names, and numbers without the user's decimal comma.
+    /// Sets high-DPI drawing, names, the words of messages, and numbers without the user's decimal comma.
     Application(int& argc, char** argv);
+    ~Application() override;
 
     /// Runs the event loop. The signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) end it.
     int run();

@@ -12,11 +12,9 @@
 #include "core/log.h"
 #include "core/log_file.h"
 #include "core/messages.h"
-#include "core/ui/wording.h"
 #include "core/user_folders.h"
 #include "core/version.h"
 #include "core/worker.h"
-#include "process/page/user_words.h"
 
 using namespace vyn;
 
@@ -89,9 +87,6 @@ int main(int argc, char** argv) {
     auto window = std::make_unique<VynLiteForm>(worker);
     set_message_parent(window.get());
     set_custom_message_fun(show_information, ask_question);
-    set_wording([](const std::string& text) {
-        return user_words(experiment_type(std::as_const(vyn_db())), text);
-    });
     application.set_help([&window](QWidget& widget) { window->show_help(widget); });
     window->show();
     open_at_start(application, *window, options.positionalArguments());
@@ -103,7 +98,6 @@ int main(int argc, char** argv) {
         report(error);
     }
     set_default_message_fun();
-    set_wording({});
     set_message_parent(nullptr);
     application.set_help({});
     window.reset();
