@@ -12,7 +12,8 @@ namespace vyn {
 class Application : public QApplication {
     Q_OBJECT
   public:
-    /// Sets high-DPI drawing, names, the words of messages, and numbers without the user's decimal comma.
+    /// Sets high-DPI drawing, names, the words of messages, and numbers without the user's decimal
+    /// comma.
     Application(int& argc, char** argv);
     ~Application() override;
 
