@@ -104,8 +104,7 @@ Limits robust_limits(const field_data<double>::Quantity& quantity) {
                          [](double value) { return std::isfinite(value); });
     if (values.empty()) return {};
     const auto at = [&](double share) {
-        const auto rank =
-            static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+        const auto rank = std::lround(share * static_cast<double>(values.size() - 1));
         std::nth_element(values.begin(), values.begin() + rank, values.end());
         return values[static_cast<std::size_t>(rank)];
     };
