@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <memory>
 
@@ -9,6 +10,7 @@
 #include "cli/interrupt.h"
 #include "cli/read_arguments.h"
 #include "cli/settings.h"
+#include "core/ascii.h"
 #include "core/errors.h"
 #include "core/version.h"
 #include "process/report/json_text.h"
@@ -29,9 +31,9 @@ struct ConvertOptions {
 
 /// Only formats that state no direction of y: in the others the picture would stand on its head.
 void check_y_up(const std::string& target) {
-    const std::string extension = std::filesystem::path(target).extension().string();
-    if (extension != ".vti" && extension != ".dat" && extension != ".csv")
-        throw UsageError("--y-up belongs to the formats vti, dat and csv");
+    constexpr std::array undirected{"vti", "dat", "tec", "csv"};
+    if (std::ranges::find(undirected, lower_extension(target)) == undirected.end())
+        throw UsageError("--y-up belongs to the formats vti, dat, tec and csv");
 }
 
 /// The rows from the last one to the first, so that y counts upwards.

@@ -14,9 +14,6 @@ namespace {
 constexpr int band_rows = 16;
 constexpr float unknown = std::numeric_limits<float>::quiet_NaN();
 
-/// What lies behind its neighbour by so much of the mesh's diagonal is another part of the surface.
-constexpr double jump_share = 0.01;
-
 bool behind_a_neighbour(const VisibleFaces& faces, int x, int y, double jump) {
     constexpr std::array<std::array<int, 2>, 4> beside{{{-1, 0}, {1, 0}, {0, -1}, {0, 1}}};
     const ModelView& view = faces.view();
@@ -39,7 +36,7 @@ std::vector<IsoLine> model_iso_lines(const field_data<double>& mesh, const Surfa
                                      std::span<const double> levels) {
     if (levels.empty()) return {};
     const ModelView& view = faces.view();
-    const double jump = jump_share * surface.diagonal;
+    const double jump = hidden_lift * surface.diagonal;
     Bitmap<float> grid(view.width, view.height, unknown);
     Progress quiet;
     parallel_rows(view.height, band_rows, quiet, [&](int y0, int y1) {
