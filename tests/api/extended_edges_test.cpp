@@ -95,7 +95,7 @@ TEST(ExtendedEdges, KeepExcludedCountsOutOfTheModel) {
             const auto stored = misses_beside_edges(picture, SplineEdges::stored, degree, paint);
             const auto extended =
                 misses_beside_edges(picture, SplineEdges::extended, degree, paint);
-            for (const std::size_t distance : {1, 2, 3})
+            for (const std::size_t distance : {1U, 2U, 3U})
                 EXPECT_LT(100 * extended[distance].worst, stored[distance].worst)
                     << degree << ", " << distance << " px from the edge";
             // some counts per pixel of slope, a third of a count of bend

@@ -56,9 +56,9 @@ TEST_F(ModelSample, TellsWhereItsCameraStood) {
     EXPECT_LT(found.at("rms_px").get<double>(), 1e-3);
     EXPECT_EQ(found.at("paired"), "by number");
     EXPECT_GT(found.at("pairs").get<int>(), 15);
-    for (int i = 0; i < 9; ++i)
+    for (std::size_t i = 0; i < 9; ++i)
         EXPECT_NEAR(found.at("R").at(i).get<double>(), truth.at("R").at(i).get<double>(), 1e-5);
-    for (int i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i)
         EXPECT_NEAR(found.at("t").at(i).get<double>(), truth.at("t").at(i).get<double>(), 5e-3);
 }
 

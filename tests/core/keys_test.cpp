@@ -84,7 +84,8 @@ TEST(Keys, ARefusedSettingIsAnErrorThatNamesItAndHelps) {
         {"project/processing/saturation_level", "-0.1", "from 0 to"},
         {"project/processing/convert/field", "cp", "\"P_Pstat\", \"Cp\""}};
     for (const auto& [path, value, told] : cases) {
-        const auto error = test::error_of<AlgoError>([&] { parse_setting(path, value); }, path);
+        const auto error = test::error_of<AlgoError>(
+            [&path = path, &value = value] { parse_setting(path, value); }, path);
         EXPECT_THAT(error.detail, testing::AllOf(HasSubstr(path), HasSubstr(told)));
     }
 }

@@ -51,7 +51,7 @@ TEST(WorkerTest, AFailedTaskLeavesOneLineAtLevelOneAndTheWorkerReady) {
     Worker worker;
     for (const auto& [fail, line] : failures) {
         const LogCapture log(LogLevel::failure);
-        post(worker, [&](TaskContext&) {
+        post(worker, [&fail = fail](TaskContext&) {
             fail();
             return TaskOutcome::done;
         });

@@ -95,12 +95,12 @@ TEST(MarkerFiles, FailedOpenNamesUnitLineAndFile) {
     };
     for (const auto& [name, place] :
          {std::pair{"mrk", "markers_io:104"}, {"mpt", "markersImport:78"}})
-        expect_place(place, [&] { write_markers(missing + name, set); });
+        expect_place(place, [&, &name = name] { write_markers(missing + name, set); });
     for (const auto& [name, place] : {std::pair{"mpt", "markersImport:50"},
                                       {"inm", "markersImport:50"},
                                       {"apm", "markersImport:87"},
                                       {"mrk", "markers_io:"}})
-        expect_place(place, [&] { read_markers(missing + name, set, 0); });
+        expect_place(place, [&, &name = name] { read_markers(missing + name, set, 0); });
     EXPECT_EQ(set, sample());
 }
 

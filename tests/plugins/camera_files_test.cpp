@@ -122,7 +122,8 @@ TEST(RawFiles, AreReadAsTheirLayoutSays) {
         {"width=7 height=5 frames=2 gap=999999999999999", "beyond its end"},
         {"width=7 height=5 full_scale=x", "full_scale=x"}};
     for (const auto& [layout, message] : wrong)
-        EXPECT_THAT(error_of<FileError>([&] { read_raw(file, layout); }).what(), HasSubstr(message))
+        EXPECT_THAT(error_of<FileError>([&, &layout = layout] { read_raw(file, layout); }).what(),
+                    HasSubstr(message))
             << layout;
 }
 

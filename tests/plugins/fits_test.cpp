@@ -142,8 +142,9 @@ TEST(FitsReading, PutsTheFirstRowWhereFileOrReaderSay) {
         spec.row_order = order;
         make_fits(file, spec, {2, 3}, {1, 2, 3, 4, 5, 6});
         const LogCapture log;
-        expect_picture(read_image(file, {.fits_first_row = option}, silent),
-                       Numbers(2, 3, [&](int x, int y) { return 1 + x + 2 * (top ? y : 2 - y); }));
+        expect_picture(
+            read_image(file, {.fits_first_row = option}, silent),
+            Numbers(2, 3, [&top = top](int x, int y) { return 1 + x + 2 * (top ? y : 2 - y); }));
         EXPECT_EQ(log.lines().size(), order ? 0U : 1U);
     }
     // The program's own, before it wrote the keyword.

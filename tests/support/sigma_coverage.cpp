@@ -236,7 +236,7 @@ CoverageOfPoint sigma_coverage(const SyntheticOptions& options, const Disturbanc
     for (int i = 0; i < draws; ++i) {
         const auto [field, sigma, area] = point.draw(static_cast<unsigned>(1000 + i));
         const auto common = point.common();
-        const auto error = [&](int x, int y) {
+        const auto error = [&, &field = field](int x, int y) {
             return double(field->values()(x, y)) - reference.values()(x, y);
         };
         for (int y = 0; y < depth.height(); ++y)

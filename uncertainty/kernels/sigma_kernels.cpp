@@ -240,7 +240,7 @@ void tally(const float* largest, const std::uint8_t* mask, int n, float limit, i
     int noisy = 0;
     for (int i = 0; i < n; ++i) {
         count += mask[i] == 0 ? 1 : 0;
-        noisy += (mask[i] == 0) & (largest[i] > limit) ? 1 : 0;
+        noisy += ((mask[i] == 0) & (largest[i] > limit)) ? 1 : 0;
     }
     *valid = count;
     *above = noisy;

@@ -252,7 +252,7 @@ TEST_F(ProjectTasks, AFullDiskIsSaidOnceWithTheTargetsName) {
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit unlimited{};
     getrlimit(RLIMIT_FSIZE, &unlimited);
-    for (const rlim_t most : {100, 3000}) {
+    for (const rlim_t most : {100U, 3000U}) {
         const rlimit full{most, unlimited.rlim_max};
         const LogCapture log;
         setrlimit(RLIMIT_FSIZE, &full);
