@@ -53,8 +53,6 @@ pkg_check_modules(PANGOCAIRO QUIET IMPORTED_TARGET pangocairo)
 vyn_require(PANGOCAIRO_FOUND libpango1.0-dev)
 pkg_check_modules(HDF5 QUIET IMPORTED_TARGET hdf5)
 vyn_require(HDF5_FOUND libhdf5-dev)
-# The library (1.10) reads beyond its memory in damaged files: for those who trust their files.
-option(VYN_HDF5 "Read pictures from HDF5 and NeXus files, not only write them" OFF)
 pkg_check_modules(LIBZIP QUIET IMPORTED_TARGET libzip)
 vyn_require(LIBZIP_FOUND libzip-dev)
 

@@ -210,6 +210,76 @@ def camera_files():
         reads(f"spe {version} {kind}", "a.spe", counts % 200)
 
 
+def hdf5_files():
+    def write(fill, name="a.h5"):
+        with h5py.File(name, "w") as file:
+            fill(file)
+
+    def array(data, **storage):
+        write(lambda file: file.create_dataset("picture", data=data, **storage))
+
+    for kind in ["u1", "i1", "<u2", ">u2", "<i2", "<u4", "<i4", "<u8", "<f2", "<f4", ">f4", "<f8"]:
+        values = (counts % 100).astype(kind)
+        array(values)
+        reads(f"hdf5 {kind}", "a.h5", values)
+    for what, storage in [("gzip", {"compression": "gzip", "shuffle": True}), ("checksum", {"fletcher32": True}),
+                          ("scale and offset", {"scaleoffset": 0}), ("blocks", {"chunks": (7, 9)})]:
+        array(counts, **storage)
+        reads("hdf5 " + what, "a.h5", counts)
+    array(counts, compression="lzf")
+    reads("hdf5 lzf", "a.h5", "not supported")
+    array(np.stack([counts, counts + 2]), chunks=(1, 16, 16), compression="gzip")
+    reads("hdf5 burst", "a.h5", counts + 1)
+    for what, values, expected in [
+        ("colours", np.stack([counts] * 3, -1), "colours"),
+        ("one axis", counts.ravel(), "holds no picture"),
+        ("four axes", counts.reshape(2, 2, 30, 40), "holds no picture"),
+        ("boolean", counts > 5, "no plain numbers"),
+        ("complex", counts.astype("c8"), "no plain numbers"),
+    ]:
+        array(values)
+        reads("hdf5 " + what, "a.h5", expected)
+
+    def two(file):
+        file["one"] = counts
+        file["deep/two"] = floats
+
+    write(two)
+    reads("hdf5 of two pictures", "a.h5", "say which: /deep/two, /one")
+    reads("hdf5 by path", "a.h5", floats, "--data-set", "deep/two")
+    reads("hdf5 by a wrong path", "a.h5", "it has no deep/three", "--data-set", "deep/three")
+
+    def nexus(file):
+        two(file)
+        file.attrs["default"] = "entry"  # of variable length, as h5py has them
+        entry = file.create_group("entry")
+        entry.attrs.update(NX_class="NXentry", default="plot")
+        plot = entry.create_group("plot")
+        plot.attrs.update(NX_class="NXdata", signal="intensity")
+        plot["intensity"] = floats
+
+    write(nexus)
+    reads("NeXus by its default", "a.h5", floats)
+    write(lambda file: file.__setitem__("picture", h5py.SoftLink("/entry")), "b.h5")
+    reads("hdf5 soft link", "b.h5", "is a link", "--data-set", "picture")
+    write(lambda file: file.__setitem__("picture", h5py.ExternalLink("a.h5", "/one")), "b.h5")
+    reads("hdf5 link to another file", "b.h5", "is a link", "--data-set", "picture")
+
+    def elsewhere(file):
+        layout = h5py.VirtualLayout(shape=counts.shape, dtype="u2")
+        layout[:] = h5py.VirtualSource("a.h5", "one", shape=counts.shape)
+        file.create_virtual_dataset("picture", layout)
+
+    write(elsewhere, "b.h5")
+    reads("hdf5 pixels in another file", "b.h5", "in other files")
+    write(lambda file: file.create_dataset("picture", (4000, 4000), "f4"), "b.h5")
+    reads("hdf5 without pixels", "b.h5", "holds no pixels")
+    whole = open("a.h5", "rb").read()
+    with open("b.h5", "wb") as file:
+        file.write(whole[: len(whole) // 2])
+    reads("hdf5 cut off", "b.h5", "damaged or cut off")
+
+
 def written_files():
     """A field with a quantity, a unit, an origin and a hole, in every format that is written."""
     np.save("in.npy", floats)
@@ -263,13 +333,14 @@ def written_files():
         shown = get_default(file)
         opened("NeXus by silx", shown is not None and shown.is_image and same(shown.signal[()])
                and shown.signal.attrs["units"] in (b"kPa", "kPa") and shown.axes_names == ["y", "x"])
+        reads("own NeXus", "o.h5", holes)
         opened("NeXus by h5py", same(file["entry/data/pressure"][()]) and file["entry/data/excluded"][3, 4] == 1)
     Image.fromarray((counts % 256).astype("u1")).save("in.pgm")
     opened("png by Pillow", call("convert", "in.pgm", "o.png").returncode == 0
            and np.array_equal(np.asarray(Image.open("o.png")), counts % 256))
 
 
-for part in (numpy_files, pgm_files, fits_files, tiff_files, camera_files, written_files):
+for part in (numpy_files, pgm_files, fits_files, tiff_files, camera_files, hdf5_files, written_files):
     part()
 for state, what, remark in results:
     print(f"{state:8}{what:45}{remark}")

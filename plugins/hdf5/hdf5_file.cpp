@@ -1,14 +1,16 @@
 #include "plugins/hdf5/hdf5_file.h"
 
+#include <algorithm>
+#include <cstring>
+#include <memory>
 #include <vector>
-
-#include "plugins/support/refusal.h"
 
 namespace vyn::plugins {
 
 namespace {
 
 constexpr std::size_t longest_text = 4096;
+constexpr std::size_t longest_description = 1 << 20;
 /// Groups inside each other, and objects in all, that are looked through for a picture.
 constexpr int deepest = 16;
 constexpr int most_objects = 20000;
@@ -68,14 +70,8 @@ class Search {
 
 }  // namespace
 
-std::mutex& hdf5_mutex() {
-    static std::mutex mutex;
-    return mutex;
-}
-
-Hdf5File::Hdf5File(const std::filesystem::path& file)
-    : lock_(hdf5_mutex()), path_(file), file_(open_file(file), H5Fclose) {
-    if (!file_.good()) refuse(file, "damaged or cut off: not an HDF5 file that can be opened");
+Hdf5File::Hdf5File(const std::filesystem::path& file) : file_(open_file(file), H5Fclose) {
+    if (!file_.good()) throw Refusal("damaged or cut off: not an HDF5 file that can be opened");
 }
 
 std::string Hdf5File::text_attribute(hid_t object, const char* name) const {
@@ -84,14 +80,34 @@ std::string Hdf5File::text_attribute(hid_t object, const char* name) const {
     const Hdf5Id type(H5Aget_type(attribute), H5Tclose);
     const Hdf5Id space(H5Aget_space(attribute), H5Sclose);
     if (H5Tget_class(type) != H5T_STRING || H5Sget_simple_extent_npoints(space) != 1) return {};
-    // The library (1.10) believes the lengths of texts of variable length and reads beyond its
-    // memory.
-    if (H5Tis_variable_str(type) != 0) return {};
+    if (H5Tis_variable_str(type) > 0) {
+        char* read = nullptr;
+        if (H5Aread(attribute, type, &read) < 0 || !read) return {};
+        const std::unique_ptr<char, herr_t (*)(void*)> text(
+            read, [](void* memory) { return H5free_memory(memory); });
+        return {text.get(), strnlen(text.get(), longest_text)};
+    }
     const std::size_t size = H5Tget_size(type);
     if (size == 0 || size > longest_text) return {};
     std::string text(size, '\0');
     if (H5Aread(attribute, type, text.data()) < 0) return {};
     return text.substr(0, text.find('\0'));
+}
+
+std::string Hdf5File::stored_text(const std::string& path) const try {
+    const Hdf5Id data = open(path);
+    if (H5Iget_type(data) != H5I_DATASET) return {};
+    const Hdf5Id type(H5Dget_type(data), H5Tclose);
+    const Hdf5Id space(H5Dget_space(data), H5Sclose);
+    const std::size_t size = H5Tget_size(type);
+    if (H5Tget_class(type) != H5T_STRING || H5Tis_variable_str(type) > 0 ||
+        H5Sget_simple_extent_npoints(space) != 1 || size > longest_description)
+        return {};
+    std::string text(size, '\0');
+    if (H5Dread(data, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, text.data()) < 0) return {};
+    return text.substr(0, text.find('\0'));
+} catch (const Refusal&) {
+    return {};
 }
 
 Hdf5Id Hdf5File::open(const std::string& path) const {
@@ -102,10 +118,10 @@ Hdf5Id Hdf5File::open(const std::string& path) const {
         H5L_info_t link;
         if (H5Iget_type(way.back()) != H5I_GROUP ||
             H5Lget_info(way.back(), part.c_str(), &link, H5P_DEFAULT) < 0)
-            refuse(path_, "it has no " + path);
-        if (link.type != H5L_TYPE_HARD) refuse(path_, path + " is a link, which is not followed");
+            throw Refusal("it has no " + path);
+        if (link.type != H5L_TYPE_HARD) throw Refusal(path + " is a link, which is not followed");
         Hdf5Id next(H5Oopen(way.back(), part.c_str(), H5P_DEFAULT), H5Oclose);
-        if (!next.good()) refuse(path_, "damaged or cut off: " + path + " cannot be opened");
+        if (!next.good()) throw Refusal("damaged or cut off: " + path + " cannot be opened");
         way.push_back(std::move(next));
     }
     return std::move(way.back());
@@ -124,14 +140,14 @@ std::string Hdf5File::shown_data_set() const {
     }
     Search search;
     search.look_into(open(""), "", 0);
-    if (search.found.empty()) refuse(path_, "it holds no picture");
+    if (search.found.empty()) throw Refusal("it holds no picture");
     if (search.found.size() > 1) {
         std::string list;
         constexpr std::size_t most = 5;
         for (std::size_t i = 0; i < std::min(search.found.size(), most); ++i)
             list += (i > 0 ? ", " : "") + search.found[i];
-        refuse(path_, "it holds " + std::to_string(search.found.size()) + " pictures; say which: " +
-                          list + (search.found.size() > most ? ", ..." : ""));
+        throw Refusal("it holds " + std::to_string(search.found.size()) + " pictures; say which: " +
+                      list + (search.found.size() > most ? ", ..." : ""));
     }
     return search.found.front();
 }

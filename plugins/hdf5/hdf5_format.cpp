@@ -23,12 +23,7 @@ class Hdf5Format final : public ImageFormat {
     }
 
   private:
-#ifdef VYN_HDF5
-    static constexpr bool can_read = true;
-#else
-    static constexpr bool can_read = false;
-#endif
-    FormatInfo info_{"hdf5", "HDF5 or NeXus", {"h5", "hdf5", "nxs", "nx5", "hdf"}, can_read, true};
+    FormatInfo info_{"hdf5", "HDF5 or NeXus", {"h5", "hdf5", "nxs", "nx5", "hdf"}, true, true};
 };
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include "plugins/hdf5/hdf5_writer.h"
 
 #include <array>
+#include <mutex>
 #include <numeric>
 #include <vector>
 
-#include "plugins/hdf5/hdf5_file.h"
+#include "plugins/hdf5/hdf5_id.h"
+#include "plugins/hdf5/unpacker.h"
 #include "plugins/support/attributes.h"
 #include "plugins/support/provenance.h"
 #include "plugins/support/refusal.h"
@@ -124,7 +126,9 @@ void write_planes(const NexusFile& file, hid_t data, const image& picture, Progr
 
 void write_hdf5(const image& picture, const std::filesystem::path& path,
                 const ImageWriteOptions& options, Progress& progress) {
-    const std::lock_guard lock(hdf5_mutex());
+    // The library serves one thread at a time.
+    static std::mutex one_at_a_time;
+    const std::lock_guard lock(one_at_a_time);
     const NexusFile file(path);
     file.attribute(file.root(), "NX_class", "NXroot");
     file.attribute(file.root(), "creator", software_name());
@@ -139,7 +143,7 @@ void write_hdf5(const image& picture, const std::filesystem::path& path,
     file.axis(data, "x", picture.width());
     write_planes(file, data, picture, progress);
     if (const auto text = image_description(picture, options.provenance); !text.empty()) {
-        const Hdf5Id note = file.group(entry, "description", "NXnote");
+        const Hdf5Id note = file.group(entry, description_group, "NXnote");
         file.text(note, "type", "application/json");
         file.text(note, "data", text);
     }

@@ -4,6 +4,7 @@ vyn_tests(plugins
         camera_files_test.cpp
         fits_test.cpp
         formats_test.cpp
+        hdf5_test.cpp
         hostile_files_test.cpp
         imp_test.cpp
         mesh_formats_test.cpp
@@ -14,12 +15,7 @@ vyn_tests(plugins
         sample_files.cpp
         tiff_test.cpp
         written_formats_test.cpp
-    LINK vyn_api vyn_core TIFF::TIFF PNG::PNG PkgConfig::CFITSIO ZLIB::ZLIB)
-if(VYN_HDF5)
-    target_sources(test_plugins PRIVATE ${CMAKE_CURRENT_LIST_DIR}/hdf5_test.cpp)
-    target_link_libraries(test_plugins PRIVATE PkgConfig::HDF5)
-    target_compile_definitions(test_plugins PRIVATE VYN_HDF5)
-endif()
+    LINK vyn_api vyn_core TIFF::TIFF PNG::PNG PkgConfig::CFITSIO PkgConfig::HDF5 ZLIB::ZLIB)
 
 # A plug-in that was made for another version of the interface.
 add_library(plugin_from_the_future MODULE ${CMAKE_CURRENT_LIST_DIR}/plugin_from_the_future.cpp)
