@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "api/image.h"
@@ -13,6 +14,9 @@ enum class AverageMethod {
     median,
     clipped_mean,  ///< of the values near the median, see below
 };
+
+/// As settings, options and reports name them, in their order.
+inline constexpr std::array average_method_names{"mean", "median", "clipped"};
 
 struct AverageOptions {
     AverageMethod method = AverageMethod::mean;

@@ -30,6 +30,7 @@ constexpr Page pages[] = {
     {"vyn::QVynPaintCalibration", "dialogs"},
     {"vyn::QVynTest", "dialogs"},
     {"vyn::LightDialog", "light"},
+    {"vyn::ReadingDialog", "formats"},
     {"vyn::UncertaintyDialog", "uncertainty"},
     {"vyn::PaintFitDialog", "pressure"},
     {"vyn::form_calibr_single", "in_situ"},

@@ -4,6 +4,7 @@
 
 #include "calib/camera_fields.h"
 #include "calib/record_fields.h"
+#include "core/file_names.h"
 #include "core/log.h"
 
 namespace vyn {
@@ -13,8 +14,9 @@ namespace fs = std::filesystem;
 namespace {
 
 bool is_file(const fs::path& path) {
+    const std::vector<fs::path> files = files_named(path);
     std::error_code ignored;
-    return fs::is_regular_file(path, ignored);
+    return !files.empty() && fs::is_regular_file(files.front(), ignored);
 }
 
 template <class Data>

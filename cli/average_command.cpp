@@ -2,7 +2,6 @@
 #include <map>
 #include <memory>
 
-#include <glob.h>
 #include <nlohmann/json.hpp>
 
 #include "api/frame_average.h"
@@ -13,6 +12,7 @@
 #include "cli/read_arguments.h"
 #include "cli/settings.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/version.h"
 #include "process/report/json_text.h"
 #include "process/report/provenance.h"
@@ -29,18 +29,10 @@ struct AverageCommand {
     bool force = false;
 };
 
-/// The files that a pattern means, in the order of their names; a name without a pattern, and one
-/// that is a file as it stands, means itself.
-std::vector<std::string> files_of(const std::string& pattern) {
-    if (pattern.find_first_of("*?[") == pattern.npos || std::filesystem::exists(pattern))
-        return {pattern};
-    glob_t found{};
-    const int failed = ::glob(pattern.c_str(), 0, nullptr, &found);
-    std::vector<std::string> files;
-    for (std::size_t i = 0; failed == 0 && i < found.gl_pathc; ++i)
-        files.emplace_back(found.gl_pathv[i]);
-    globfree(&found);
-    if (files.empty()) throw FileError("File error!", pattern + ": no file has such a name");
+/// Those of a name or pattern.
+std::vector<std::filesystem::path> files_of(const std::string& name) {
+    std::vector<std::filesystem::path> files = files_named(name);
+    if (files.empty()) throw FileError("File error!", name + ": no file has such a name");
     return files;
 }
 
@@ -50,16 +42,15 @@ ExitStatus average_files(const AverageCommand& command) {
     std::vector<image> frames;
     nlohmann::json sources = nlohmann::json::array();
     for (const std::string& pattern : command.sources)
-        for (const std::string& file : files_of(pattern)) {
+        for (const std::filesystem::path& file : files_of(pattern)) {
             frames.push_back(read_image(file, command.reading, progress));
-            sources.push_back(source_file(file));
+            sources.push_back(source_file(file.string()));
         }
     const image result = average(frames, command.average, progress);
-    constexpr const char* names[] = {"mean", "median", "clipped"};
     const nlohmann::json provenance = {
         {"program", std::string("VynLite ") + program_version},
         {"averaged_from", std::move(sources)},
-        {"method", names[static_cast<std::size_t>(command.average.method)]},
+        {"method", average_method_names.at(static_cast<std::size_t>(command.average.method))},
         {"clip", command.average.clip}};
     ImageWriteOptions options;
     options.provenance = json_text(provenance);
@@ -71,9 +62,12 @@ ExitStatus average_files(const AverageCommand& command) {
 }  // namespace
 
 Work prepare_average(CLI::App& app, const GlobalOptions&) {
-    using Method = AverageMethod;
-    static const std::map<std::string, Method> methods{
-        {"mean", Method::mean}, {"median", Method::median}, {"clipped", Method::clipped_mean}};
+    static const std::map<std::string, AverageMethod> methods = [] {
+        std::map<std::string, AverageMethod> all;
+        for (std::size_t i = 0; i < average_method_names.size(); ++i)
+            all[average_method_names.at(i)] = static_cast<AverageMethod>(i);
+        return all;
+    }();
     const auto command = std::make_shared<AverageCommand>();
     app.add_option("OUT", command->target,
                    "file to write; a field file (.imp) keeps how the pictures scatter")

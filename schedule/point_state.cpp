@@ -10,6 +10,7 @@
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "process/point/digest.h"
 #include "process/point/project_paths.h"
 #include "process/report/json_text.h"
@@ -29,14 +30,18 @@ constexpr std::array outcome_names{"done", "failed", "aborted"};
 
 /// Without role and digest; nothing where there is no such file.
 std::optional<InputStamp> stamp_of(const fs::path& found) {
-    struct stat now {};
-    if (found.empty() || stat(found.c_str(), &now) != 0) return std::nullopt;
-    constexpr std::int64_t second = 1'000'000'000;
-    return InputStamp{{},
-                      fs::absolute(found).lexically_normal().string(),
-                      static_cast<std::uintmax_t>(now.st_size),
-                      now.st_mtim.tv_sec * second + now.st_mtim.tv_nsec,
-                      {}};
+    if (found.empty()) return std::nullopt;
+    InputStamp stamp{{}, fs::absolute(found).lexically_normal().string(), 0, 0, {}};
+    // Several files of one picture: all their bytes, and the latest change.
+    for (const fs::path& file : files_named(found)) {
+        struct stat now {};
+        if (stat(file.c_str(), &now) != 0) return std::nullopt;
+        constexpr std::int64_t second = 1'000'000'000;
+        stamp.size += static_cast<std::uintmax_t>(now.st_size);
+        stamp.time =
+            std::max<std::int64_t>(stamp.time, now.st_mtim.tv_sec * second + now.st_mtim.tv_nsec);
+    }
+    return stamp;
 }
 
 }  // namespace

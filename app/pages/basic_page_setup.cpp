@@ -9,6 +9,7 @@
 #include "app/pages/field_preview.h"
 #include "app/pages/image_card.h"
 #include "app/pages/input_row.h"
+#include "app/pages/reading_dialog.h"
 #include "app/pages/record_group.h"
 #include "app/pages/results_list.h"
 #include "app/pages/saturation_row.h"
@@ -128,6 +129,9 @@ QWidget* BasicPage::option_group() {
     auto* model = group->add_button("resection_btn", tr("&3-D model..."),
                                     [] { return model_summary(vyn_db()); });
     connect(model, &QPushButton::clicked, this, [this] { open_dialog<ResectionDialog>(); });
+    auto* reading = group->add_button("reading_btn", tr("Reading of files..."),
+                                      [] { return reading_summary(vyn_db()); });
+    connect(reading, &QPushButton::clicked, this, [this] { open_dialog<ReadingDialog>(); });
     saturation_ = new SaturationRow(group);
     group->add_wide(saturation_);
     connect(saturation_, &SaturationRow::changed, this, &BasicPage::load_pictures_anew);

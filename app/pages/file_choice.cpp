@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "api/image_io.h"
+#include "core/file_names.h"
 #include "core/ini_file.h"
 #include "core/ui/command.h"
 #include "core/ui/file_question.h"
@@ -72,10 +73,16 @@ std::string choose_input(QWidget* parent, const InputFile& input, const QString&
     fs::path folder = located_file(vyn_db(), input).parent_path();
     if (folder.empty()) folder = last_folder();
     if (folder.empty()) folder = output_folder(vyn_db());
-    std::string file =
-        ask_open_file(parent, {caption, filter_of(input), {}, fs::absolute(folder).string()});
-    if (!file.empty()) last_folder() = fs::path(file).parent_path();
-    return file;
+    const FileQuestion question{caption, filter_of(input), {}, fs::absolute(folder).string()};
+    fs::path name;
+    if (input.role == InputFile::Role::markers || input.role == InputFile::Role::mask) {
+        name = ask_open_file(parent, question);
+    } else {
+        const std::vector<std::string> files = ask_open_files(parent, question);
+        name = name_of_files({files.begin(), files.end()});
+    }
+    if (!name.empty()) last_folder() = name.parent_path();
+    return name.string();
 }
 
 }  // namespace vyn

@@ -19,7 +19,8 @@ bool holds_camera(const QString& file);
 /// The name filters of a file dialog for images: all that can be read together, then each format.
 QString image_filter();
 
-/// Asks for a file of an input's kind. The dialog starts where that input's file is now, else in
+/// Asks for a file of an input's kind; of pictures for one or several, which become one
+/// (`name_of_files`). The dialog starts where that input's file is now, else in
 /// the folder used last, else in the project's folder. Empty when the user cancelled.
 std::string choose_input(QWidget* parent, const InputFile& input, const QString& caption);
 

@@ -8,21 +8,29 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QUrl>
+#include <filesystem>
+#include <vector>
 
 #include "app/pages/elided_label.h"
 #include "app/pages/file_choice.h"
 #include "app/pages/page_parts.h"
+#include "core/file_names.h"
 
 namespace vyn {
 
 namespace {
 
-/// The one local file of a drag; empty when it carries anything else, or a project, which the
-/// window opens wherever it is dropped.
+/// The local files of one folder that a drag carries, by the name that means them all; empty when
+/// it carries anything else, or a project, which the window opens wherever it is dropped.
 QString dragged_file(const QMimeData* data) {
-    const QList<QUrl> urls = data->urls();
-    const QString file = urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
-    return is_project_file(file) ? QString() : file;
+    std::vector<std::filesystem::path> files;
+    for (const QUrl& url : data->urls()) {
+        const QString file = url.toLocalFile();
+        if (file.isEmpty() || is_project_file(file)) return {};
+        files.emplace_back(file.toStdString());
+        if (files.back().parent_path() != files.front().parent_path()) return {};
+    }
+    return QString::fromStdString(name_of_files(files).string());
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ QString suffix_of(const QString& filter) {
         .section(QLatin1Char(' '), 0, 0);
 }
 
-std::string ask(QFileDialog& dialog, const FileQuestion& question) {
+QStringList ask(QFileDialog& dialog, const FileQuestion& question) {
     const QStringList filters = question.filter.split(QStringLiteral(";;"));
     dialog.setWindowTitle(question.caption);
     dialog.setNameFilters(filters);
@@ -41,8 +41,11 @@ std::string ask(QFileDialog& dialog, const FileQuestion& question) {
         if (const QString suffix = suffix_of(filter); !suffix.isEmpty())
             dialog.setDefaultSuffix(suffix);
     });
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-    return dialog.selectedFiles().constFirst().toStdString();
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
+std::string first_of(const QStringList& files) {
+    return files.value(0).toStdString();
 }
 
 }  // namespace
@@ -51,14 +54,24 @@ std::string ask_open_file(QWidget* parent, const FileQuestion& question) {
     QFileDialog dialog(parent);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
-    return ask(dialog, question);
+    return first_of(ask(dialog, question));
+}
+
+std::vector<std::string> ask_open_files(QWidget* parent, const FileQuestion& question) {
+    QFileDialog dialog(parent);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    std::vector<std::string> files;
+    for (const QString& file : ask(dialog, question))
+        files.push_back(file.toStdString());
+    return files;
 }
 
 std::string ask_save_file(QWidget* parent, const FileQuestion& question) {
     QFileDialog dialog(parent);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
-    std::string file = ask(dialog, question);
+    std::string file = first_of(ask(dialog, question));
     if (!file.empty() && !question.purpose.what.empty()) remember_file(question.purpose, file);
     return file;
 }

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <string>
+#include <vector>
 
 #include "core/ui/remembered_files.h"
 
@@ -23,6 +24,8 @@ struct FileQuestion {
 /// Empty when the user cancelled. Replacing an existing file was agreed to, and what was chosen to
 /// be written is remembered for its purpose.
 std::string ask_open_file(QWidget* parent, const FileQuestion& question);
+/// The same for one or several files of one folder.
+std::vector<std::string> ask_open_files(QWidget* parent, const FileQuestion& question);
 std::string ask_save_file(QWidget* parent, const FileQuestion& question);
 
 }  // namespace vyn

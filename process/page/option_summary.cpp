@@ -113,6 +113,14 @@ std::string light_summary(const dataSetInterface& data) {
                                       : ", recovery temperature");
 }
 
+std::string reading_summary(const dataSetInterface& data) {
+    const std::string average = read(data, keys::files_average);
+    std::string summary = average == "clipped" ? "frames: clipped mean" : "frames: " + average;
+    if (const std::string layout = read(data, keys::files_raw_layout); !layout.empty())
+        summary += ", raw: " + layout;
+    return summary;
+}
+
 std::string uncertainty_summary(const dataSetInterface& data) {
     if (read(data, keys::uncertainty_enable) == 0) return "off";
     if (const double gain = read(data, keys::sens_noise_gain); gain > 0)

@@ -18,6 +18,8 @@ std::string model_summary(const dataSetInterface& data);
 std::string conversion_summary(const dataSetInterface& data);
 /// Of lamp, exposures and wind-on temperature.
 std::string light_summary(const dataSetInterface& data);
+/// Of what picture files leave open.
+std::string reading_summary(const dataSetInterface& data);
 std::string uncertainty_summary(const dataSetInterface& data);
 
 }  // namespace vyn

@@ -22,7 +22,9 @@ std::string note_of(const InputFile& input, const image& picture) {
                    ? std::to_string(picture.markers.markers.size()) + " drawn, not saved"
                    : counted(picture.markers.markers.size(), "marker");
     }
-    return std::to_string(picture.width()) + " x " + std::to_string(picture.height());
+    const std::string size =
+        std::to_string(picture.width()) + " x " + std::to_string(picture.height());
+    return picture.frames ? size + ", mean of frames" : size;
 }
 
 RowState row_state(const dataSetInterface& data, const imagesList& images, ImageStates& states,

@@ -1,6 +1,7 @@
 #include "process/point/project_paths.h"
 
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/keys.h"
 #include "core/log.h"
 
@@ -35,11 +36,10 @@ fs::path without_detours(const fs::path& file) {
 }
 
 fs::path locate(const fs::path& name, const fs::path& folder) {
-    std::error_code ignored;
     const fs::path first = without_detours(name.is_relative() ? folder / name : name);
-    if (fs::exists(first, ignored)) return first;
+    if (!files_named(first).empty()) return first;
     const fs::path beside = folder / name.filename();
-    return name.is_absolute() && fs::exists(beside, ignored) ? beside : fs::path();
+    return name.is_absolute() && !files_named(beside).empty() ? beside : fs::path();
 }
 
 fs::path find_input(const dataSetInterface& data, const std::string& file_name,

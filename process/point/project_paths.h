@@ -19,8 +19,8 @@ std::filesystem::path output_folder(const dataSetInterface& data);
 /// The same file with "folder/.." taken out of its path.
 std::filesystem::path without_detours(const std::filesystem::path& file);
 
-/// Where a named file is: a relative name in the project's folder; a full path there, else beside
-/// the project file. Empty when nowhere.
+/// Where a named file is, or those that a name means together (`files_named`): a relative name in
+/// the project's folder; a full path there, else beside the project file. Empty when nowhere.
 std::filesystem::path locate(const std::filesystem::path& name,
                              const std::filesystem::path& project_folder);
 

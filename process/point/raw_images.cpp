@@ -4,8 +4,10 @@
 #include <cmath>
 #include <span>
 
+#include "api/frame_average.h"
 #include "api/image_io.h"
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/log.h"
 #include "core/numbers.h"
 #include "markers/marker_files.h"
@@ -48,11 +50,31 @@ const std::array<RawImage, 4>& raw_images() {
 
 namespace {
 
+/// Several files that the name means together become one picture.
+image read_average(const dataSetInterface& data, const std::filesystem::path& name,
+                   TaskContext& context) {
+    const std::vector<std::filesystem::path> files = files_named(name);
+    if (files.size() < 2) {
+        const std::filesystem::path& file = files.empty() ? name : files.front();
+        return read_image(file, read_options(data, file), context);
+    }
+    std::vector<image> frames;
+    for (const std::filesystem::path& file : files) {
+        throw_if_aborted(context);
+        frames.push_back(read_image(file, read_options(data, file), context));
+    }
+    image picture = average(frames, average_options(data), context);
+    picture.file_name = name.string();
+    get_log().write(LogLevel::information,
+                    name.string() + ": " + std::to_string(files.size()) + " files averaged");
+    return picture;
+}
+
 image load_named(const dataSetInterface& data, const std::string& file_name, std::string_view key,
                  const char* name, TaskContext& context) {
     throw_if_aborted(context);
     const std::filesystem::path file = find_input(data, file_name, key);
-    image picture = read_image(file, read_options(data, file), context);
+    image picture = read_average(data, file, context);
     picture.name = name;
     picture.file_sha256 = known_file_sha256(file);
     return picture;

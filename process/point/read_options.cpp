@@ -1,5 +1,7 @@
 #include "process/point/read_options.h"
 
+#include <algorithm>
+
 #include "core/ascii.h"
 #include "core/keys.h"
 
@@ -15,6 +17,12 @@ ImageReadOptions read_options(const dataSetInterface& data, const std::filesyste
     // Other pictures of the project have headers.
     if (lower_extension(file) == "raw") options.raw_layout = read(data, keys::files_raw_layout);
     return options;
+}
+
+AverageOptions average_options(const dataSetInterface& data) {
+    const auto name = std::ranges::find(average_method_names, read(data, keys::files_average));
+    return {.method = static_cast<AverageMethod>(name - average_method_names.begin()),
+            .clip = read(data, keys::files_clip)};
 }
 
 }  // namespace vyn

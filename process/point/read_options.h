@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "api/frame_average.h"
 #include "api/image_io.h"
 #include "core/data_set.h"
 
@@ -9,5 +10,8 @@ namespace vyn {
 
 /// How the project wants a picture file read.
 ImageReadOptions read_options(const dataSetInterface& data, const std::filesystem::path& file);
+
+/// How it wants several of them made one.
+AverageOptions average_options(const dataSetInterface& data);
 
 }  // namespace vyn

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/errors.h"
+#include "core/file_names.h"
 #include "core/keys.h"
 #include "process/point/digest.h"
 #include "process/point/image_digest.h"
@@ -19,9 +20,10 @@ namespace {
 /// Name and SHA-256; empty when there is no such file or it cannot be read. Folder and time stay
 /// out, so that a project can be moved and copied with its files.
 std::string file_stamp(const fs::path& file) {
-    std::error_code ignored;
     // Asked often: a file that cannot be read is no error that the log has to hold each time.
-    if (!fs::is_regular_file(file, ignored) || !std::ifstream(file)) return {};
+    for (const fs::path& one : files_named(file))
+        if (std::error_code ignored; !fs::is_regular_file(one, ignored) || !std::ifstream(one))
+            return {};
     try {
         return file.filename().string() + ", " + known_file_sha256(file);
     } catch (const FileError&) {
@@ -57,8 +59,9 @@ ImageOrigin input_origin(const dataSetInterface& data, const InputFile& input) {
         add_setting(origin, data, std::string(keys::saturation_exclude.path));
         add_if_changed(origin, data, std::string(full_scale_key(*input.raw).path));
     }
-    for (const std::string_view path : {keys::files_fits_first_row.path, keys::files_stacks.path,
-                                        keys::files_data_set.path, keys::files_raw_layout.path})
+    for (const std::string_view path :
+         {keys::files_fits_first_row.path, keys::files_stacks.path, keys::files_data_set.path,
+          keys::files_raw_layout.path, keys::files_average.path, keys::files_clip.path})
         add_if_changed(origin, data, std::string(path));
     const fs::path folder = project_folder(data);
     for (const auto& [item, key] : files_beside(input))

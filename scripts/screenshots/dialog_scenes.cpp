@@ -1,5 +1,6 @@
 
 #include "align/ui/align_dialog.h"
+#include "app/pages/reading_dialog.h"
 #include "calib/ui/camera_dialog.h"
 #include "calib/ui/convert_dialog.h"
 #include "calib/ui/light_dialog.h"
@@ -34,6 +35,8 @@ void play_dialogs(Theatre& theatre) {
     write(vyn_db(), keys::temperature_source, std::string("map"));
     write(vyn_db(), keys::lamp_monitor, std::string("region"));
     show_settings<LightDialog>(theatre, "light_dialog");
+    write(vyn_db(), keys::files_raw_layout, std::string("width=1280 height=1024 offset=512"));
+    show_settings<ReadingDialog>(theatre, "reading_dialog");
     vyn_db().set_modified(modified);  // nobody is there to be asked
     show_settings<QVynCamera>(theatre, "camera_dialog", std::string(keys::sens_camera));
     show_settings<QVynPaint>(theatre, "paint_dialog");

@@ -8,6 +8,7 @@
 #include "app/about.h"
 #include "app/help_pages.h"
 #include "app/new_point_dialog.h"
+#include "app/pages/reading_dialog.h"
 #include "app/point_check_dialog.h"
 #include "app/type_dialog.h"
 #include "calib/ui/calibration_results.h"
@@ -66,6 +67,7 @@ const Case cases[] = {
     {"camera", [](Scene&) { return make<QVynCamera>(vyn_db(), std::string(keys::sens_camera)); }},
     {"convert", [](Scene&) { return make<QVynConvert>(vyn_db()); }},
     {"light", [](Scene&) { return make<LightDialog>(vyn_db()); }},
+    {"reading", [](Scene&) { return make<ReadingDialog>(vyn_db()); }},
     {"uncertainty", [](Scene&) { return make<UncertaintyDialog>(vyn_db()); }},
     {"paint", [](Scene&) { return make<QVynPaint>(vyn_db()); }},
     {"paint_calibration", [](Scene&) { return make<QVynPaintCalibration>(vyn_db()); }},

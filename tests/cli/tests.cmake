@@ -12,7 +12,7 @@ if(VYN_SANITIZE MATCHES "thread")
     set(run_tests "")
 endif()
 vyn_tests(cli
-    SOURCES align_test.cpp calibrate_test.cpp commands_test.cpp model_sample_test.cpp model_test.cpp render_test.cpp
+    SOURCES align_test.cpp average_test.cpp calibrate_test.cpp commands_test.cpp model_sample_test.cpp model_test.cpp render_test.cpp
         usage_test.cpp wrong_inputs_test.cpp ${run_tests}
     LINK vyn_test_program vyn_process vyn_sample vyn_view nlohmann_json::nlohmann_json PNG::PNG)
 add_dependencies(test_cli plugins)

@@ -4,6 +4,7 @@ vyn_tests(core
         data_set_test.cpp
         errors_test.cpp
         file_lock_test.cpp
+        file_names_test.cpp
         ini_file_test.cpp
         keys_test.cpp
         log_file_test.cpp
