@@ -36,6 +36,15 @@ TEST(WrittenFormats, TablesNameQuantityAndUnitAndLeaveExcludedPixelsEmpty) {
               "x,y,pressure/kPa\n0,0,1.5\n1,0,2.5\n2,0,\n0,1,4.5\n1,1,5.5\n2,1,6.5\n");
 }
 
+TEST(WrittenFormats, AUnitWithACommaIsNoColumnOfItsOwn) {
+    const TemporaryFolder folder;
+    image picture = pressures();
+    picture.unit = "counts, \"mean\"";
+    write_image(picture, folder / "field.csv", {});
+    EXPECT_THAT(get_file(folder / "field.csv"),
+                HasSubstr("x,y,\"pressure/counts, \"\"mean\"\"\"\n"));
+}
+
 TEST(WrittenFormats, TecplotHasAPointAPixelRowByRow) {
     const std::string text = written("field.dat");
     EXPECT_THAT(text, HasSubstr("I=3,J=2,K=1,F=POINT"));
