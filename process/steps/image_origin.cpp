@@ -74,8 +74,13 @@ ImageOrigin result_origin(const dataSetInterface& data, const imagesList& images
                           const StepFacts& facts,
                           const std::function<ImageOrigin(const std::string&)>& origin_of) {
     ImageOrigin origin;
-    for (const std::string& path : facts.settings)
+    for (const std::string& path : facts.settings) {
         add_setting(origin, data, path);
+        const bool names_file = path.ends_with("_file") && !origin[path].empty();
+        if (names_file)
+            add_stamp(origin, std::string(contents_item) + path,
+                      locate(origin[path], project_folder(data)));
+    }
     for (const StepImage& taken : facts.takes) {
         if (taken.use == StepImage::Use::behind) continue;
         const auto picture = images.find(taken.name);

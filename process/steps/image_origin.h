@@ -17,8 +17,11 @@ namespace vyn {
 /// Origins are compared item by item. The items of an image:
 ///   "file", "marker file", "mask file"   name and SHA-256 of a file that was read
 ///   a path of the key table              value of a setting
+///   "contents of PATH"                   name and SHA-256 of the file that a setting names
 ///   "markers of NAME", "mask of NAME"    content of an image that went in, as digest
 ///   "NAME > item"                        an item of that image's own origin
+
+inline constexpr std::string_view contents_item = "contents of ";
 
 /// Origin of a camera picture, dark image or flat field that is loaded now. Files that are not
 /// there are left out.

@@ -36,6 +36,8 @@ std::string describe(ExperimentType type, std::string image, std::string item,
         image = item.substr(0, at);
         item = item.substr(at + nesting.size());
     }
+    if (item.starts_with(contents_item))
+        return file_change(short_meaning(item.substr(contents_item.size())), old, now);
     if (find_key(item))
         return short_meaning(item) + " changed from " + quoted(old) + " to " + quoted(now);
     if (item.ends_with("file"))
@@ -89,6 +91,8 @@ ImageState ImageStates::compare(const std::string& name, const ImageOrigin& old,
         const auto before = old.find(item);
         const auto after = now.find(item);
         const std::optional<std::string> fallback = default_of(item);
+        // Older versions did not tell it; another file shows in the setting that names it.
+        if (before == old.end() && item.find(contents_item) != item.npos) return;
         const bool absent_differs = !fallback && (before == old.end()) != (after == now.end());
         const std::string was = before == old.end() ? fallback.value_or("") : before->second;
         const std::string is = after == now.end() ? fallback.value_or("") : after->second;

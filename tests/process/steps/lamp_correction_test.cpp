@@ -6,6 +6,7 @@
 
 #include "calib/lamp_readings.h"
 #include "core/errors.h"
+#include "process/steps/result_state.h"
 #include "tests/process/steps/synthetic_point_fixture.h"
 
 namespace vyn::test {
@@ -73,6 +74,13 @@ TEST_F(LampCorrectionTest, ReadingsRemoveItAndMustReachThePictures) {
     ASSERT_EQ(calculate(), TaskOutcome::done);
     EXPECT_LT(field_error(), 0.001);
     EXPECT_NEAR(report->light->on_over_off, 0.98, 1e-12);
+    const auto state = [] { return ImageStates(vyn_db(), get_images()).of(names::field); };
+    EXPECT_EQ(state().kind, ImageState::Kind::current);
+    readings("time,light\n10:00:00,5\n10:10:00,5\n10:20:00;4.7\n");
+    EXPECT_EQ(state().kind, ImageState::Kind::out_of_date);
+    EXPECT_EQ(state().reason, "lamp.csv changed on disk");
+    readings("time,light\n10:00:00,5\n10:10:00,5\n10:20:00;4.8\n");
+    EXPECT_EQ(state().kind, ImageState::Kind::current);
 
     write(vyn_db(), keys::lamp_time_on, std::string());
     EXPECT_THAT(complaint(), AllOf(HasSubstr("wind_on_sens"), HasSubstr("wind_on_time")));
