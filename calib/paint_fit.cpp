@@ -7,6 +7,7 @@
 
 #include <Eigen/Dense>
 
+#include "calib/law_covariance.h"
 #include "calib/paint_law.h"
 #include "core/errors.h"
 #include "core/numbers.h"
@@ -232,8 +233,6 @@ PaintFit fit_paint(const PaintTable& table, const PaintFitOptions& options) {
     const Vector law = change * found;
     const Matrix law_root = change * root * fit.deviation;
     const Matrix covariance = law_root * law_root.transpose();
-    if (!law.allFinite() || !covariance.allFinite())
-        throw AlgoError("Algorithm error!", "the numbers of the table are too large for a law");
     LawCovariance& kept = fit.paint.covariance.emplace();
     for (Eigen::Index j = 0; j < 9; ++j) {
         fit.paint.gamma[static_cast<std::size_t>(j / 3)][static_cast<std::size_t>(j % 3)] = law(j);
@@ -241,6 +240,9 @@ PaintFit fit_paint(const PaintTable& table, const PaintFitOptions& options) {
             kept[static_cast<std::size_t>(j)][static_cast<std::size_t>(k)] =
                 (covariance(j, k) + covariance(k, j)) / 2;
     }
+    if (!law.allFinite() || !covariance_problem(kept).empty())
+        throw AlgoError("Algorithm error!",
+                        "the numbers of the table are too large or too different for a law");
     // The names with which the field computation takes the numbers as they stand.
     fit.paint.pressure_unit = "Pa";
     fit.paint.temperature_unit = "C";

@@ -135,6 +135,13 @@ TEST(PaintFit, TakesNoMorePowersThanTheTableTells) {
     EXPECT_THAT(one.remarks, testing::Contains(HasSubstr("its own temperature only")));
     EXPECT_THAT(error_of<AlgoError>([&] { fit_paint(cell({20}, 1), {}); }).detail,
                 HasSubstr("2 different pressures"));
+    PaintTable absurd;
+    const std::array<double, 3> rows[]{
+        {50e3, 40, 0.5}, {70e3, 20, 0.751e308}, {99e3, 10, 1}, {51e3, 60, 0.5}, {70.5e3, 30, 0.75}};
+    for (const auto& [pressure, temperature, ratio] : rows)
+        absurd.samples.push_back({pressure, temperature, ratio, 2});
+    EXPECT_THAT(error_of<AlgoError>([&] { fit_paint(absurd, {}); }).detail,
+                HasSubstr("too different"));
 }
 
 TEST(PaintFit, ScattersAsItsCovarianceSaysAndTellsAnOutlier) {
