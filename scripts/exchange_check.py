@@ -172,6 +172,16 @@ def tiff_files():
     holes, stored = floats.copy(), floats.copy()
     holes[0, :5], stored[0, :5] = np.nan, -9999
     tiff("GDAL no data", stored, holes, extratags=[(42113, "s", 0, "-9999", True)])
+    tiff("MaxSampleValue", counts, counts, extratags=[(281, "H", 1, 4094, True)])
+    tiff("lzma", counts, "not supported", compression="lzma")
+    tiff("one row a strip", counts, counts, rowsperstrip=1)
+    tiff("palette", (counts % 256).astype("u1"), "colour", photometric="palette",
+         colormap=np.tile(np.arange(0, 65536, 256, dtype="u2"), (3, 1)))
+    tiff("bilevel", counts % 2 == 0, counts % 2 == 0, photometric="minisblack")
+    tiff("complex", counts.astype("c8"), "not supported")
+    one_directory_of_many_frames("many.tif", 540)
+    reads("tiff ImageJ, 4.3 GB behind one directory", "many.tif", np.ones((2000, 2000)))
+    os.remove("many.tif")
     Image.fromarray(counts.astype("i4")).convert("I;16").save("p.tif")
     reads("tiff 16 bit, Pillow", "p.tif", counts)
     for compression in ["NONE", "LZW", "DEFLATE", "PACKBITS", "ZSTD"]:
@@ -181,6 +191,35 @@ def tiff_files():
             made.GetRasterBand(1).WriteArray(floats)
             del made
             reads(f"tiff GDAL {compression}{' tiles' if tiled == 'YES' else ''}", "g.tif", floats)
+
+
+def one_directory_of_many_frames(name, frames):
+    """As ImageJ stores more than 4 GB: black frames of 2000 x 2000, the last one with `frames` everywhere."""
+    side = 2000
+    text = f"ImageJ=1.53t\nimages={frames}\nframes={frames}\n".encode() + b"\0"
+    text_at = 8 + 2 + 12 * 10 + 4
+    pixels_at = text_at + len(text)
+    entries = [(256, 3, 1, side), (257, 3, 1, side), (258, 3, 1, 16), (259, 3, 1, 1), (262, 3, 1, 1),
+               (270, 2, len(text), text_at), (273, 4, 1, pixels_at), (277, 3, 1, 1), (278, 3, 1, side),
+               (279, 4, 1, 2 * side * side)]
+    with open(name, "wb") as file:
+        file.write(b"II*\0" + struct.pack("<IH", 8, len(entries)))
+        for entry in entries:
+            file.write(struct.pack("<HHII", *entry))
+        file.write(struct.pack("<I", 0) + text)
+        file.seek(pixels_at + (frames - 1) * 2 * side * side)
+        file.write(np.full((side, side), frames, "<u2").tobytes())
+
+
+def png_files():
+    for what, picture, expected in [
+        ("8 bit", Image.fromarray((counts % 256).astype("u1")), counts % 256),
+        ("16 bit", Image.fromarray(counts.astype("i4")).convert("I;16"), counts),
+        ("rgb", Image.fromarray(np.stack([(counts % 256).astype("u1")] * 3, -1)), "colour"),
+        ("palette", Image.fromarray((counts % 256).astype("u1")).convert("P"), "colour"),
+    ]:
+        picture.save("a.png")
+        reads("png " + what + ", Pillow", "a.png", expected)
 
 
 def camera_files():
@@ -340,7 +379,7 @@ def written_files():
            and np.array_equal(np.asarray(Image.open("o.png")), counts % 256))
 
 
-for part in (numpy_files, pgm_files, fits_files, tiff_files, camera_files, hdf5_files, written_files):
+for part in (numpy_files, pgm_files, fits_files, tiff_files, png_files, camera_files, hdf5_files, written_files):
     part()
 for state, what, remark in results:
     print(f"{state:8}{what:45}{remark}")
