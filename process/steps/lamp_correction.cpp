@@ -8,6 +8,7 @@
 #include "core/log.h"
 #include "core/numbers.h"
 #include "process/point/experiment_type.h"
+#include "process/point/lamp_monitor.h"
 #include "process/point/project_paths.h"
 #include "process/steps/step_settings.h"
 
@@ -15,22 +16,17 @@ namespace vyn {
 
 namespace {
 
-/// A rectangle of pixels.
-struct Patch {
-    int x, y, width, height;
-
-    std::string text() const {
-        return std::to_string(width) + " x " + std::to_string(height) + " pixels at (" +
-               std::to_string(x) + ", " + std::to_string(y) + ")";
-    }
-};
+std::string text_of(const MonitorBox& box) {
+    return std::to_string(box.width) + " x " + std::to_string(box.height) + " pixels at (" +
+           std::to_string(box.x) + ", " + std::to_string(box.y) + ")";
+}
 
 /// The light of a patch wind-on over wind-off. Its variance is that of a mean of n pixels whose own
 /// ratios scatter as they do: the patch does not move, so that its texture leaves them.
-LightReport light_of_patch(const image& off, const image& on, const Patch& patch) {
+LightReport light_of_patch(const image& off, const image& on, const MonitorBox& patch) {
     if (patch.width < 1 || patch.height < 1 || patch.x < 0 || patch.y < 0 ||
         patch.x + patch.width > off.width() || patch.y + patch.height > off.height())
-        throw AlgoError("Algorithm error!", "the lamp's monitor region of " + patch.text() +
+        throw AlgoError("Algorithm error!", "the lamp's monitor region of " + text_of(patch) +
                                                 " does not lie in the pictures of " +
                                                 std::to_string(off.width()) + " x " +
                                                 std::to_string(off.height()) + " pixels");
@@ -52,10 +48,10 @@ LightReport light_of_patch(const image& off, const image& on, const Patch& patch
         }
     if (n == 0 || !(sum_on > 0))
         throw AlgoError("Algorithm error!", "all pixels of the lamp's monitor region of " +
-                                                patch.text() + " are excluded in " + off.name +
+                                                text_of(patch) + " are excluded in " + off.name +
                                                 " or " + on.name);
     LightReport light;
-    light.from = "a monitor region of " + patch.text();
+    light.from = "a monitor region of " + text_of(patch);
     light.on_over_off = sum_on / sum_off;
     const double mean = ratios / n;
     if (n > 1) {
@@ -159,9 +155,7 @@ LampCorrection lamp_correction(const StepRun& run, const CorrectedPictures& pict
     if (monitor == "none") return correction;
     LightReport light;
     if (monitor == "region") {
-        light = light_of_patch(*pictures[0], *pictures[1],
-                               {read(data, keys::lamp_x), read(data, keys::lamp_y),
-                                read(data, keys::lamp_width), read(data, keys::lamp_height)});
+        light = light_of_patch(*pictures[0], *pictures[1], lamp_monitor(data));
         // The patch was exposed as the model was.
         correction.factors[1] = 1 / light.on_over_off;
     } else {

@@ -8,6 +8,7 @@
 
 #include "core/keys.h"
 #include "core/ui/number_edit.h"
+#include "process/point/lamp_monitor.h"
 #include "process/point/raw_images.h"
 #include "tests/support/picture_of.h"
 #include "tests/view_ui/edit_fixture.h"
@@ -91,6 +92,33 @@ TEST_F(RegionTools, MarkersAndRegionsAreUndoneInTheOrderTheyWereMade) {
     trigger("redo");
     EXPECT_EQ(markers().size(), 1U);
     EXPECT_EQ(excluded_count(), 55);
+}
+
+TEST_F(RegionTools, ARectangleShowsWhereTheLampIsSeen) {
+    show_ramp();
+    choose("region plane", 2);
+    trigger("region_invert");
+    trigger("region_ellipse");
+    drag({{30, 30}, {50, 50}});
+    EXPECT_EQ(excluded_count(), 0);
+    EXPECT_EQ(read(vyn_db(), keys::lamp_monitor), "none") << "only a rectangle can be one";
+    const QImage before = view().grab().toImage();
+    trigger("region_rectangle");
+    drag({{40, 14}, {20, 10}});
+    EXPECT_EQ(read(vyn_db(), keys::lamp_monitor), "region");
+    EXPECT_EQ(lamp_monitor(vyn_db()), (MonitorBox{20, 10, 21, 5}));
+    EXPECT_EQ(excluded_count(), 0) << "nothing is drawn into the picture";
+    EXPECT_NE(view().grab().toImage().pixel(at(30, 9.5)), before.pixel(at(30, 9.5)));
+
+    vyn_db().write(std::string(keys::sens_camera) + "a2", 1e-5);
+    const auto shown = lamp_monitor_in(vyn_db(), "wind_on_sens");
+    ASSERT_TRUE(shown);
+    EXPECT_GT(shown->lower_right.x, 40.1) << "where the lens shows it";
+    EXPECT_TRUE(set_lamp_monitor(vyn_db(), "wind_on_sens", *shown));
+    EXPECT_EQ(lamp_monitor(vyn_db()), (MonitorBox{20, 10, 21, 5}));
+    EXPECT_EQ(lamp_monitor_in(vyn_db(), "wind_off_sens_cor")->upper_left.x, 20);
+    EXPECT_FALSE(lamp_monitor_in(vyn_db(), "field_P"));
+    EXPECT_FALSE(set_lamp_monitor(vyn_db(), "wind_on_refe", *shown));
 }
 
 TEST_F(RegionTools, AThresholdDrawsIntoTheRegionPlane) {

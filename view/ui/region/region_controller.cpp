@@ -34,15 +34,20 @@ RegionController::RegionController(PictureWindow& viewer)
       viewer_(viewer),
       tool_(
           [this](RegionShape shape, const std::vector<Point>& places) {
-              if (viewer_.picture())
+              if (!viewer_.picture()) return;
+              if (draws_lamp_monitor())
+                  draw_lamp_monitor(shape, places);
+              else
                   draw(static_cast<RegionAction>(action_->currentData().toInt()),
                        flags_of(runs_of(shape, places)));
           },
           [this] { viewer_.view().update(); }),
+      monitor_([this] { return lamp_monitor_in(vyn_db(), viewer_.image_name()); }),
       plane_(new QComboBox),
       action_(new QComboBox),
       radius_(new QSpinBox) {
     make_bar();
+    viewer_.view().add_overlay(&monitor_);
 }
 
 RegionController::~RegionController() = default;
@@ -52,6 +57,7 @@ void RegionController::make_bar() {
     plane_->setToolTip(tr("What is drawn into"));
     plane_->addItem(tr("Exclusion mask"), static_cast<int>(RegionPlane::excluded));
     plane_->addItem(tr("Region of interest"), static_cast<int>(RegionPlane::region));
+    plane_->addItem(tr("Lamp monitor"));
     action_->setObjectName(QStringLiteral("region action"));
     action_->setToolTip(tr("What becomes of the pixels drawn"));
     action_->addItem(tr("Add"), static_cast<int>(RegionAction::add));
@@ -158,6 +164,32 @@ void RegionController::draw(RegionAction action, const RowFlags& shape) {
     Q_EMIT stepped();
 }
 
+bool RegionController::draws_lamp_monitor() const {
+    return !plane_->currentData().isValid();
+}
+
+bool RegionController::refuses_for_lamp_monitor() {
+    if (draws_lamp_monitor())
+        viewer_.statusBar()->showMessage(tr("The lamp monitor is drawn as a rectangle"));
+    return draws_lamp_monitor();
+}
+
+void RegionController::draw_lamp_monitor(RegionShape shape, const std::vector<Point>& places) {
+    const MonitorBox old = lamp_monitor(vyn_db());
+    if (shape != RegionShape::rectangle && refuses_for_lamp_monitor()) return;
+    if (!set_lamp_monitor(vyn_db(), viewer_.image_name(), {places.front(), places.back()}))
+        return viewer_.statusBar()->showMessage(
+            tr("The lamp is watched in pictures of the signal channel"));
+    const MonitorBox now = lamp_monitor(vyn_db());
+    viewer_.statusBar()->showMessage(tr("The lamp is taken from %1 x %2 pixels at (%3, %4)%5")
+                                         .arg(now.width)
+                                         .arg(now.height)
+                                         .arg(now.x)
+                                         .arg(now.y)
+                                         .arg(now == old ? tr(", as before") : QString()));
+    viewer_.view().update();
+}
+
 void RegionController::publish() {
     viewer_.replace_picture(edit_->picture());
     Q_EMIT state_changed();
@@ -177,14 +209,14 @@ void RegionController::redo() {
 
 void RegionController::invert() {
     const auto picture = viewer_.picture();
-    if (!picture) return;
+    if (!picture || refuses_for_lamp_monitor()) return;
     const PictureSize size{picture->width(), picture->height()};
     draw(RegionAction::invert,
          flags_of(rectangle_runs(size, {0, 0}, {double(size.width), double(size.height)})));
 }
 
 void RegionController::threshold() {
-    if (!viewer_.picture()) return;
+    if (!viewer_.picture() || refuses_for_lamp_monitor()) return;
     ThresholdDialog dialog(viewer_.view().fashion().limits, &viewer_);
     dialog.set_picture(viewer_.picture());
     RangeOverlay preview(viewer_.picture());

@@ -4,6 +4,7 @@
 
 #include "view/edit/region_edit.h"
 #include "view/ui/canvas/edit_controller.h"
+#include "view/ui/region/lamp_monitor_overlay.h"
 #include "view/ui/region/region_tool.h"
 
 class QComboBox;
@@ -45,12 +46,17 @@ class RegionController : public EditController {
     void make_bar();
     PixelRuns runs_of(RegionShape shape, const std::vector<Point>& places) const;
     void draw(RegionAction action, const RowFlags& shape);
+    bool draws_lamp_monitor() const;
+    /// Tells that only a rectangle can be one; true when one is drawn.
+    bool refuses_for_lamp_monitor();
+    void draw_lamp_monitor(RegionShape shape, const std::vector<Point>& places);
     void publish();
 
     PictureWindow& viewer_;
     std::unique_ptr<RegionEdit> edit_;  ///< of the image shown, from its first shape on
     std::uint64_t saved_state_ = 0;
     RegionTool tool_;
+    LampMonitorOverlay monitor_;
     QComboBox* plane_;
     QComboBox* action_;
     QSpinBox* radius_;
