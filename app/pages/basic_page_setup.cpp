@@ -99,6 +99,9 @@ QWidget* BasicPage::camera_group() {
     auto* paint = group->add_button("sens_paint_btn", tr("&Paint..."),
                                     [] { return paint_summary(vyn_db()); });
     connect(paint, &QPushButton::clicked, this, [this] { open_dialog<QVynPaint>(); });
+    auto* reading = group->add_button("reading_btn", tr("Reading of files..."),
+                                      [] { return reading_summary(vyn_db()); });
+    connect(reading, &QPushButton::clicked, this, [this] { open_dialog<ReadingDialog>(); });
     group->fill_up();
     records_.push_back(group);
     return group;
@@ -129,9 +132,6 @@ QWidget* BasicPage::option_group() {
     auto* model = group->add_button("resection_btn", tr("&3-D model..."),
                                     [] { return model_summary(vyn_db()); });
     connect(model, &QPushButton::clicked, this, [this] { open_dialog<ResectionDialog>(); });
-    auto* reading = group->add_button("reading_btn", tr("Reading of files..."),
-                                      [] { return reading_summary(vyn_db()); });
-    connect(reading, &QPushButton::clicked, this, [this] { open_dialog<ReadingDialog>(); });
     saturation_ = new SaturationRow(group);
     group->add_wide(saturation_);
     connect(saturation_, &SaturationRow::changed, this, &BasicPage::load_pictures_anew);

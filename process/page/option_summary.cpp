@@ -115,7 +115,7 @@ std::string light_summary(const dataSetInterface& data) {
 
 std::string reading_summary(const dataSetInterface& data) {
     const std::string average = read(data, keys::files_average);
-    std::string summary = average == "clipped" ? "frames: clipped mean" : "frames: " + average;
+    std::string summary = "several files: " + (average == "clipped" ? "clipped mean" : average);
     if (const std::string layout = read(data, keys::files_raw_layout); !layout.empty())
         summary += ", raw: " + layout;
     return summary;
