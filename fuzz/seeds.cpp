@@ -1,5 +1,7 @@
 // Files to start from, made by the program's own writers, and by hand where it writes no such file.
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <memory>
@@ -204,8 +206,12 @@ void write_container(const fs::path& file) {
 /// As a string of a libFuzzer dictionary.
 std::string quoted(const std::string& word) {
     std::string text = "\"";
-    for (const char c : word)
-        text += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+    for (const char c : word) {
+        const bool plain = c >= ' ' && c <= '~' && c != '"' && c != '\\';
+        std::array<char, 8> code{};
+        std::snprintf(code.data(), code.size(), "\\x%02X", static_cast<unsigned char>(c));
+        text += plain ? std::string(1, c) : code.data();
+    }
     return text + "\"\n";
 }
 
