@@ -47,6 +47,8 @@ std::vector<fs::path> files_named(const fs::path& name) {
     if (fs::exists(name, ignored)) return {name};
     std::vector<fs::path> files;
     std::string part = name.filename().string();
+    // Missing files are asked for often: no folder is looked through for them.
+    if (part.find_first_of("*?;") == part.npos) return {};
     for (std::size_t end = 0; end != part.npos; part.erase(0, end + 1)) {
         end = part.find(';');
         const std::vector<fs::path> found = files_like(name.parent_path(), part.substr(0, end));

@@ -33,7 +33,7 @@ NearestWord::NearestWord(std::string_view wanted)
 
 bool NearestWord::offer(std::string_view word) {
     if (least_ == 0) return false;
-    const auto [shorter, longer] = std::minmax(wanted_.size(), word.size());
+    const auto [shorter, longer] = std::minmax({wanted_.size(), word.size()});
     if (longer - shorter >= least_) return false;  // so many letters must be inserted
     const std::size_t distance = edit_distance(wanted_, word);
     if (distance >= least_) return false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <memory>
 #include <system_error>
 #include <vector>
@@ -79,7 +80,7 @@ Answer parse_answer(const std::string& line, const fs::path& file) try {
 
 void check_size(const Answer& answer, const fs::path& file) {
     check_sides(file, answer.width, answer.height);
-    if (answer.frames < 1 || answer.frames > max_bitmap_side)
+    if (answer.frames < 1 || answer.frames > std::numeric_limits<int>::max())
         refuse(file, "a burst of " + std::to_string(answer.frames) + " frames");
     const std::uint64_t pixels = static_cast<std::uint64_t>(answer.width) *
                                  static_cast<std::uint64_t>(answer.height) *

@@ -81,18 +81,40 @@ fs::path camera_file(const dataSetInterface& data, const cameraFeatures& record)
     return found.empty() ? project_folder(data) / record.camera : found;
 }
 
-void accept_camera(dataSetInterface& data, const ViewResult& view, const fs::path& file) {
+namespace {
+
+cameraFeatures camera_of(const dataSetInterface& data, std::string_view tree) {
     cameraFeatures record;
-    read(std::as_const(data), std::string(keys::sens_camera), record);
-    const fs::path old_file = camera_file(data, record);
-    record = with_intrinsics(record, view.camera_before, view.camera);
+    read(data, std::string(tree), record);
+    return record;
+}
+
+/// One camera behind two filters has a flat field for each.
+bool is_same_camera(cameraFeatures a, const cameraFeatures& b) {
+    a.flat_file = b.flat_file;
+    return a == b;
+}
+
+}  // namespace
+
+void accept_camera(dataSetInterface& data, const ViewResult& view, const fs::path& file) {
+    const cameraFeatures old = camera_of(data, keys::sens_camera);
+    const cameraFeatures reference = camera_of(data, keys::refe_camera);
+    const bool takes_both = is_same_camera(reference, old);
+    const fs::path old_file = camera_file(data, old);
+    cameraFeatures record = with_intrinsics(old, view.camera_before, view.camera);
     if (!file.empty()) {
         if (file != old_file) record.camera = file.string();
         write_camera(file.string(), record);
     }
     write(data, std::string(keys::sens_camera), record);
+    if (takes_both) {
+        record.flat_file = reference.flat_file;
+        write(data, std::string(keys::refe_camera), record);
+    }
     get_log().write(LogLevel::progress,
-                    "Camera stored in the project" +
+                    std::string(takes_both ? "Camera of both channels" : "Camera") +
+                        " stored in the project" +
                         (file.empty() ? std::string() : " and in " + file.string()));
 }
 

@@ -40,7 +40,8 @@ std::optional<std::size_t> view_of_camera(const std::vector<PointView>& views,
 /// file.
 std::filesystem::path camera_file(const dataSetInterface& data, const cameraFeatures& record);
 
-/// Writes the intrinsics that `view` of a calibration found into the session's signal camera and,
+/// Writes the intrinsics that `view` of a calibration found into the session's signal camera, into
+/// that of the reference channel where it is the same one (but for its flat field), and,
 /// unless it is empty, into `file`, which is then the camera's. Everything made with the old ones
 /// is out of date by that. Raises FileError; the settings are then as they were.
 void accept_camera(dataSetInterface& data, const ViewResult& view,

@@ -1,4 +1,6 @@
+#include <QComboBox>
 #include <QDialogButtonBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTest>
@@ -130,6 +132,29 @@ TEST_P(Dialogs, FitSmallScreensAndHaveAPageOfTheManual) {
                     << button->text().toStdString() << " at " << room.width();
         dialog->hide();  // as after exec
     }
+}
+
+TEST_F(AppTest, ReadingShowsTheLayoutOfRawFilesAsFields) {
+    write(vyn_db(), keys::files_raw_layout,
+          std::string("height=5, width=10 type=f32 order=little colour=3"));
+    ReadingDialog dialog(vyn_db());
+    const auto field = [&](const char* name) {
+        return dialog.findChild<QLineEdit*>(QLatin1String(name));
+    };
+    EXPECT_EQ(field("raw_width")->text(), QStringLiteral("10"));
+    EXPECT_EQ(dialog.findChild<QComboBox*>(QStringLiteral("raw_type"))->currentData().toString(),
+              QStringLiteral("f32"));
+    field("raw_frames")->setText(QStringLiteral("3"));
+    dialog.accept();
+    EXPECT_EQ(read(vyn_db(), keys::files_raw_layout),
+              "width=10 height=5 type=f32 frames=3 colour=3")
+        << "what is usual is left out, what nobody knows is kept for the reader to refuse";
+
+    ReadingDialog again(vyn_db());
+    for (const char* name : {"raw_width", "raw_height"})
+        again.findChild<QLineEdit*>(QLatin1String(name))->clear();
+    again.reject();
+    EXPECT_NE(read(vyn_db(), keys::files_raw_layout), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Dialogs, testing::ValuesIn(cases),

@@ -130,6 +130,10 @@ TEST_F(CameraCalibrationWindow, FindsTheCameraAndStoresItWhenAccepted) {
     };
     run(*vyn::calculate(Goal::correct_wind_off, program_session(), std::make_shared<RunReport>()));
     EXPECT_EQ(corrected_state(), ImageState::Kind::current);
+    const std::string reference_tree(keys::refe_camera);
+    cameraFeatures other_filter = wrong;
+    other_filter.flat_file = "flat_refe.tif";
+    write(vyn_db(), reference_tree, other_filter);
     CameraCalibrationDialog dialog(worker);
     set_free(dialog, focus_and_a2);
     press(dialog, "calibrate_btn");
@@ -153,6 +157,11 @@ TEST_F(CameraCalibrationWindow, FindsTheCameraAndStoresItWhenAccepted) {
     EXPECT_NEAR(accepted.a2 / truth.a2, 1, 0.01);
     EXPECT_EQ(accepted.cx, truth.cx);
     EXPECT_EQ(accepted.camera, wrong.camera);
+    cameraFeatures reference;
+    read(std::as_const(vyn_db()), reference_tree, reference);
+    EXPECT_EQ(reference.flat_file, "flat_refe.tif");
+    reference.flat_file = accepted.flat_file;
+    EXPECT_EQ(reference, accepted) << "the same camera behind another filter";
     EXPECT_NEAR(camera_of_file().focus / accepted.focus, 1, 1e-6);
     EXPECT_NEAR(camera_of_file().a2 / accepted.a2, 1, 1e-6);
 }

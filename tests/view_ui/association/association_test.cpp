@@ -202,6 +202,32 @@ TEST_F(Associating, WhatIsLeftOutChangesThePoseAsAFitWithoutIt) {
     EXPECT_NEAR(middle.y(), dot_of(3).y, 1e-6);
 }
 
+TEST_F(Associating, APoseThatIsNotAcceptedIsAskedForBeforeItsPictureGoes) {
+    const auto close = [&](QMessageBox::StandardButton answer) {
+        test::answer_box(answer);
+        return viewer->close();
+    };
+    put_on_dot(2);
+    EXPECT_FALSE(close(QMessageBox::Cancel));
+    for (const std::int32_t number : {10, 13, 14})
+        put_on_dot(number);
+    ASSERT_TRUE(state().fit);
+    EXPECT_FALSE(close(QMessageBox::Cancel));
+    EXPECT_EQ(viewer->mode(), MouseMode::associate);
+    viewer->setAttribute(Qt::WA_DeleteOnClose, false);
+    EXPECT_TRUE(close(QMessageBox::Discard));
+    EXPECT_EQ(markers(), before);
+    EXPECT_FALSE(stored_pose(vyn_db(), "mm"));
+
+    viewer->show();
+    associate();
+    put_on_dots();
+    EXPECT_TRUE(close(QMessageBox::Apply));
+    ASSERT_TRUE(stored_pose(vyn_db(), "mm"));
+    EXPECT_EQ(rightly_numbered(), 14);
+    EXPECT_TRUE(viewer->close()) << "nothing is left to be asked";
+}
+
 TEST_F(Associating, AcceptKeepsRejectRestores) {
     EXPECT_FALSE(viewer->findChild<QPushButton*>(QStringLiteral("accept_pose"))->isEnabled());
     put_on_dots();

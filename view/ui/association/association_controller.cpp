@@ -430,6 +430,27 @@ void AssociationController::reject() {
     end(/*told=*/false);
 }
 
+bool AssociationController::may_leave() {
+    if (!original_ || !history_.can_undo()) return true;
+    QMessageBox box(QMessageBox::Question, tr("3-D markers"),
+                    association_.fit ? tr("The pose is not accepted.")
+                                     : tr("The dots have numbers, but there is no pose yet."),
+                    QMessageBox::Discard | QMessageBox::Cancel, &viewer_);
+    box.setInformativeText(tr("Discard takes the numbers of the dots back, too."));
+    box.setDefaultButton(QMessageBox::Cancel);
+    if (association_.fit) box.addButton(QMessageBox::Apply)->setText(tr("&Accept"));
+    switch (box.exec()) {
+        case QMessageBox::Apply:
+            accept();
+            return true;
+        case QMessageBox::Discard:
+            reject();
+            return true;
+        default:
+            return false;
+    }
+}
+
 void AssociationController::end(bool told) {
     original_.reset();
     panel_->set_active(false);

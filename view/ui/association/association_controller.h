@@ -41,6 +41,9 @@ class AssociationController : public EditController {
     void accept();
     /// Markers and pose become what they were when associating began.
     void reject();
+    /// Before the picture goes: asks what becomes of a pose, or of numbers alone, that are not
+    /// accepted; false when the user wants to go on.
+    bool may_leave();
 
     // What the tool does; positions in pixels of the image.
     void pick_up(Point place);

@@ -65,6 +65,7 @@ bool VynFieldViewer::markers_hidden() const {
 }
 
 bool VynFieldViewer::may_discard() {
+    if (!parts_->association->may_leave()) return false;
     if (!isWindowModified() || parts_->list.get() == &get_images()) return true;
     return QMessageBox::warning(this, tr("Warning!"),
                                 tr("Markers or masks drawn on %1 are in no file and will be "
