@@ -3,25 +3,22 @@
 #include <QFontMetricsF>
 #include <utility>
 
-#include "render/iso_labels.h"
-
 namespace vyn {
 
-void paint_iso_lines(QPainter& painter, std::vector<IsoLine> lines, QSizeF size,
-                     const std::function<QColor(double level)>& ink, IsoNumbers numbers) {
+IsoDrawing number_iso_lines(std::vector<IsoLine> lines, QSizeF size, const QFont& font) {
+    const QFontMetricsF metrics(font);
+    return label_iso_lines(std::move(lines),
+                           {metrics.capHeight(),
+                            [&metrics](const std::string& text) {
+                                return metrics.horizontalAdvance(QString::fromStdString(text));
+                            }},
+                           size.width(), size.height());
+}
+
+void paint_iso_drawing(QPainter& painter, const IsoDrawing& drawing,
+                       const std::function<QColor(double level)>& ink) {
     constexpr double line_width = 1;
     const QFontMetricsF metrics(painter.font());
-    IsoDrawing drawing;
-    if (numbers == IsoNumbers::shown)
-        drawing =
-            label_iso_lines(std::move(lines),
-                            {metrics.capHeight(),
-                             [&metrics](const std::string& text) {
-                                 return metrics.horizontalAdvance(QString::fromStdString(text));
-                             }},
-                            size.width(), size.height());
-    else
-        drawing.lines = std::move(lines);
     painter.setRenderHint(QPainter::Antialiasing);
     for (const IsoLine& line : drawing.lines) {
         QPolygonF shape;
@@ -36,6 +33,15 @@ void paint_iso_lines(QPainter& painter, std::vector<IsoLine> lines, QSizeF size,
                                  label.middle.y + metrics.capHeight() / 2),
                          QString::fromStdString(label.text));
     }
+}
+
+void paint_iso_lines(QPainter& painter, std::vector<IsoLine> lines, QSizeF size,
+                     const std::function<QColor(double level)>& ink, IsoNumbers numbers) {
+    paint_iso_drawing(painter,
+                      numbers == IsoNumbers::shown
+                          ? number_iso_lines(std::move(lines), size, painter.font())
+                          : IsoDrawing{std::move(lines), {}},
+                      ink);
 }
 
 }  // namespace vyn

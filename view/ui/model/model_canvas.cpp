@@ -142,10 +142,7 @@ void ModelCanvas::draw(Detail detail) {
     faces_.draw(model_->mesh, model_->surface(), drawn, display_.hidden_zones, quiet);
     paint_model(model_->mesh, model_->surface(), model_->prepared->normals, faces_, look,
                 pixels_of(picture_), quiet);
-    iso_lines_.clear();
-    if (look.quantity)
-        iso_lines_ = model_iso_lines(model_->mesh, model_->surface(), faces_, *look.quantity,
-                                     display_.levels);
+    trace_iso_lines();
     if (detail == Detail::whole) seconds_ = static_cast<double>(clock.nsecsElapsed()) / 1e9;
     drawn_ = detail;
     stale_ = false;
@@ -177,22 +174,30 @@ ModelOverlays ModelCanvas::overlays() const {
     return {display_.markers ? markers_ : std::vector<Marker>(), lines_};
 }
 
-void ModelCanvas::draw_iso_lines(QPainter& painter) {
-    if (iso_lines_.empty()) return;
-    const colour_map colours(display_.limits.minimum, display_.limits.maximum,
-                             styled(*display_.palette, display_.palette_style));
+/// Numbers are placed once for a picture, which may be painted often.
+void ModelCanvas::trace_iso_lines() {
+    iso_lines_ = {};
+    if (!quantity() || display_.levels.empty()) return;
+    auto lines =
+        model_iso_lines(model_->mesh, model_->surface(), faces_, *quantity(), display_.levels);
     const double scale = static_cast<double>(width()) / std::max(picture_.width(), 1);
-    std::vector<IsoLine> lines = iso_lines_;
     for (IsoLine& line : lines)
         for (Point& place : line.places)
             place = {(place.x + 0.5) * scale, (place.y + 0.5) * scale};
-    paint_iso_lines(
-        painter, std::move(lines), QSizeF(size()),
-        [&](double level) { return QColor(iso_ink(colours, level)); }, IsoNumbers::shown);
+    iso_lines_ = number_iso_lines(std::move(lines), QSizeF(size()), font());
+}
+
+void ModelCanvas::draw_iso_lines(QPainter& painter) {
+    if (iso_lines_.lines.empty()) return;
+    const colour_map colours(display_.limits.minimum, display_.limits.maximum,
+                             styled(*display_.palette, display_.palette_style));
+    paint_iso_drawing(painter, iso_lines_,
+                      [&](double level) { return QColor(iso_ink(colours, level)); });
 }
 
 void ModelCanvas::draw_overlays(QPainter& painter) {
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setFont(font());
     draw_iso_lines(painter);
     const auto point_of = [&](const Vec3& place) -> std::optional<QPointF> {
         const auto pixel = pixel_of(view_, place);

@@ -10,7 +10,7 @@
 #include "markers/marker.h"
 #include "process/model/shown_model.h"
 #include "render/fashion.h"
-#include "render/iso_lines.h"
+#include "render/iso_labels.h"
 #include "render/model/model_painter.h"
 #include "render/model/model_picture.h"
 
@@ -89,6 +89,7 @@ class ModelCanvas : public QWidget {
     enum class Detail { whole, half };
     void draw(Detail detail);
     void draw_overlays(QPainter& painter);
+    void trace_iso_lines();
     void draw_iso_lines(QPainter& painter);
     const field_data<double>::Quantity* quantity() const;
     Vec3 pivot() const;
@@ -105,7 +106,7 @@ class ModelCanvas : public QWidget {
     std::function<ModelView()> fit_;
     VisibleFaces faces_;  ///< of the picture
     QImage picture_;
-    std::vector<IsoLine> iso_lines_;  ///< in pixels of the picture
+    IsoDrawing iso_lines_;  ///< of the picture, in pixels of the widget
     Detail drawn_ = Detail::whole;
     bool stale_ = true;
     double seconds_ = 0;  ///< that a whole picture took
