@@ -1,3 +1,4 @@
+#include <QTest>
 #include <bit>
 #include <fstream>
 
@@ -17,9 +18,20 @@ namespace {
 
 class ModelAndBatchProgram : public ModelPointTest {
   protected:
+    using ModelPointTest::ModelPointTest;
     void batch(const std::vector<std::string>& arguments) {
         const ProgramRun run = run_program(arguments);
         ASSERT_EQ(run.status, 0) << run.err;
+    }
+    /// The window's values on the mesh are those of a file, bit for bit.
+    static void expect_values_of(const std::filesystem::path& file) {
+        const field_data<double>& mesh = program_session().field;
+        Progress silent;
+        const auto saved = read_field(file, silent);
+        ASSERT_EQ(saved.quantities.size(), mesh.quantities.size());
+        for (std::size_t q = 0; q < saved.quantities.size(); ++q)
+            EXPECT_EQ(bits(saved.quantities[q].values), bits(mesh.quantities[q].values))
+                << saved.quantities[q].name;
     }
     static std::vector<std::uint64_t> bits(const std::vector<double>& values) {
         std::vector<std::uint64_t> result;
@@ -29,6 +41,43 @@ class ModelAndBatchProgram : public ModelPointTest {
     }
 };
 
+class TwoCamerasAndBatchProgram : public ModelAndBatchProgram {
+  protected:
+    TwoCamerasAndBatchProgram() : ModelAndBatchProgram(2) {}
+};
+
+/// The project of a second camera joins the mesh in the window as it does in the batch program; it
+/// cannot while its field is not saved, and then the values stay; number keys look as either
+/// camera.
+TEST_F(TwoCamerasAndBatchProgram, GiveTheSameFieldWithItsSpread) {
+    window->open_files({QString::fromStdString((folder / "project.xml").string())});
+    window->experiment_page()->calculate_all();
+    auto* commands = window->findChild<ModelCommands*>();
+    ASSERT_EQ(program_session().field.views.size(), 1U);
+    write(vyn_db(), keys::resect_views, std::string("project_2.xml"));
+    press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
+    commands->resect();
+    EXPECT_EQ(program_session().field.views.size(), 1U);
+
+    batch({"run", folder / "project_2.xml", "--quiet", "--save-field"});
+    commands->resect();
+    ASSERT_EQ(program_session().field.views.size(), 2U);
+    batch({"run", folder / "project.xml", "--quiet", "--set",
+           "roject/processing/resection/views=project_2.xml", "--save-mesh", folder / "both.vtp"});
+    expect_values_of(folder / "both.vtp");
+
+    ModelViewer& viewer = *commands->viewer();
+    viewer.choose_quantity(QStringLiteral("spread"));
+    EXPECT_GT(viewer.canvas().display().limits.maximum, 0);
+    QTest::keyClick(&viewer.canvas(), Qt::Key_1);
+    const auto first = viewer.canvas().model_view().rotation;
+    QTest::keyClick(&viewer.canvas(), Qt::Key_2);
+    EXPECT_NE(viewer.canvas().model_view().rotation, first);
+    EXPECT_TRUE(all_answered());
+    commands->close_viewer();
+    vyn_db().set_modified(false);
+}
+
 /// Field, section and loads of the window are those of the batch program, bit for bit; the ports
 /// lie on the model and their values are the field's.
 TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
@@ -37,12 +86,7 @@ TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
     const field_data<double>& mesh = program_session().field;
     ASSERT_FALSE(mesh.quantities.empty());
     batch({"run", folder / "project.xml", "--quiet", "--save-mesh", folder / "batch.vtp"});
-    Progress silent;
-    const auto saved = read_field(folder / "batch.vtp", silent);
-    ASSERT_EQ(saved.quantities.size(), mesh.quantities.size());
-    for (std::size_t q = 0; q < saved.quantities.size(); ++q)
-        EXPECT_EQ(bits(saved.quantities[q].values), bits(mesh.quantities[q].values))
-            << saved.quantities[q].name;
+    expect_values_of(folder / "batch.vtp");
 
     write(vyn_db(), keys::port_file, std::string("ports.mrk"));
     auto* commands = window->findChild<ModelCommands*>();
