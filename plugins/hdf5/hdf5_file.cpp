@@ -133,7 +133,7 @@ std::string Hdf5File::shown_data_set() const {
     for (int depth = 0; depth < deepest; ++depth) {
         const Hdf5Id group = open(path);
         if (const std::string signal = text_attribute(group, "signal"); !signal.empty())
-            return path + "/" + signal;
+            return path.append("/").append(signal);
         const std::string next = text_attribute(group, "default");
         if (next.empty()) break;
         path += "/" + next;

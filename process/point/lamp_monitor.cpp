@@ -17,11 +17,20 @@ std::optional<CameraOrigin> watched(std::string_view image_name) {
     return origin;
 }
 
-}  // namespace
-
-MonitorBox lamp_monitor(const dataSetInterface& data) {
+template <class Data>
+MonitorBox box_of(Data& data) {
     return {read(data, keys::lamp_x), read(data, keys::lamp_y), read(data, keys::lamp_width),
             read(data, keys::lamp_height)};
+}
+
+}  // namespace
+
+MonitorBox lamp_monitor(dataSetInterface& data) {
+    return box_of(data);
+}
+
+MonitorBox lamp_monitor(const dataSetInterface& data) {
+    return box_of(data);
 }
 
 std::optional<MonitorCorners> lamp_monitor_in(const dataSetInterface& data,

@@ -18,7 +18,9 @@ struct MonitorBox {
     bool operator==(const MonitorBox&) const = default;
 };
 
-/// The region of the corrected pictures that shows the lamp alone, as the settings have it.
+/// The region of the corrected pictures that shows the lamp alone, as the settings have it. Reading
+/// creates what is absent, but not in constant settings.
+MonitorBox lamp_monitor(dataSetInterface& data);
 MonitorBox lamp_monitor(const dataSetInterface& data);
 
 /// The same as two opposite corners in the pixels of an image of the project; nothing while no

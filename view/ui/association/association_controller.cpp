@@ -4,6 +4,7 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QStatusBar>
 #include <QToolBar>

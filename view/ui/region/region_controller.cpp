@@ -8,6 +8,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QToolBar>
+#include <utility>
 
 #include "core/ui/busy_box.h"
 #include "core/ui/icons.h"
@@ -175,12 +176,12 @@ bool RegionController::refuses_for_lamp_monitor() {
 }
 
 void RegionController::draw_lamp_monitor(RegionShape shape, const std::vector<Point>& places) {
-    const MonitorBox old = lamp_monitor(vyn_db());
+    const MonitorBox old = lamp_monitor(std::as_const(vyn_db()));
     if (shape != RegionShape::rectangle && refuses_for_lamp_monitor()) return;
     if (!set_lamp_monitor(vyn_db(), viewer_.image_name(), {places.front(), places.back()}))
         return viewer_.statusBar()->showMessage(
             tr("The lamp is watched in pictures of the signal channel"));
-    const MonitorBox now = lamp_monitor(vyn_db());
+    const MonitorBox now = lamp_monitor(std::as_const(vyn_db()));
     viewer_.statusBar()->showMessage(tr("The lamp is taken from %1 x %2 pixels at (%3, %4)%5")
                                          .arg(now.width)
                                          .arg(now.height)
