@@ -22,9 +22,7 @@ std::string note_of(const InputFile& input, const image& picture) {
                    ? std::to_string(picture.markers.markers.size()) + " drawn, not saved"
                    : counted(picture.markers.markers.size(), "marker");
     }
-    const std::string size =
-        std::to_string(picture.width()) + " x " + std::to_string(picture.height());
-    return picture.frames ? size + ", mean of frames" : size;
+    return std::to_string(picture.width()) + " x " + std::to_string(picture.height());
 }
 
 RowState row_state(const dataSetInterface& data, const imagesList& images, ImageStates& states,
