@@ -163,6 +163,7 @@ struct Target {
 constexpr Target targets[] = {
     {"pose", "solvePnP", 2, 1, 0.6},
     {"pairing", "s", 5, 2, 0.5},
+    {"drag", "s", 0.05, 0.05, 0.05},
     {"visibility", "Embree", 1.5, 1.15, 0.8},
     {"node_sample", "OpenCV", 0.8, 0.4, 0.25},
     {"project_known", "s", 0.5, 0.2, 0.1, Target::Threads::all},
@@ -211,9 +212,9 @@ void print_model_peers() {
               << "stage          threads       ours        ref.   ratio   against  acceptable  "
                  "good  best\n";
     const std::vector<ModelStage> stages = model_stages(inputs);
-    for (std::size_t i = 0; i < stages.size(); ++i) {
-        const ModelStage& stage = stages[i];
-        const Target& target = targets[i];
+    for (const ModelStage& stage : stages) {
+        const Target& target = *std::ranges::find_if(
+            targets, [&](const Target& one) { return stage.name == one.stage; });
         for (const int threads : thread_counts()) {
             if (target.threads == Target::Threads::one && threads != 1) continue;
             const ThreadLimit limit(threads);
