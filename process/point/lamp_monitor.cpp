@@ -58,6 +58,9 @@ bool set_lamp_monitor(dataSetInterface& data, std::string_view image_name,
     }
     const auto [left, right] = std::minmax(ideal.upper_left.x, ideal.lower_right.x);
     const auto [top, bottom] = std::minmax(ideal.upper_left.y, ideal.lower_right.y);
+    constexpr double absurd = 1e6;  // where a lens maps nowhere
+    if (!(std::abs(left) + std::abs(right) + std::abs(top) + std::abs(bottom) < absurd))
+        return false;
     constexpr double rounding = 1e-6;  // of the lens and back, pixels
     const int x = std::max(static_cast<int>(std::ceil(left - rounding)), 0);
     const int y = std::max(static_cast<int>(std::ceil(top - rounding)), 0);

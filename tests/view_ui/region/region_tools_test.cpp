@@ -108,6 +108,9 @@ TEST_F(RegionTools, ARectangleShowsWhereTheLampIsSeen) {
     EXPECT_EQ(read(vyn_db(), keys::lamp_monitor), "region");
     EXPECT_EQ(lamp_monitor(vyn_db()), (MonitorBox{20, 10, 21, 5}));
     EXPECT_EQ(excluded_count(), 0) << "nothing is drawn into the picture";
+    drag({{80, 60}, {95, 75}});
+    EXPECT_EQ(lamp_monitor(vyn_db()), (MonitorBox{80, 60, 10, 10})) << "up to the picture's edge";
+    drag({{40, 14}, {20, 10}});
     EXPECT_NE(view().grab().toImage().pixel(at(30, 9.5)), before.pixel(at(30, 9.5)));
 
     vyn_db().write(std::string(keys::sens_camera) + "a2", 1e-5);

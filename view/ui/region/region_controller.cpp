@@ -8,6 +8,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QToolBar>
+#include <algorithm>
 #include <utility>
 
 #include "core/ui/busy_box.h"
@@ -178,7 +179,14 @@ bool RegionController::refuses_for_lamp_monitor() {
 void RegionController::draw_lamp_monitor(RegionShape shape, const std::vector<Point>& places) {
     const MonitorBox old = lamp_monitor(std::as_const(vyn_db()));
     if (shape != RegionShape::rectangle && refuses_for_lamp_monitor()) return;
-    if (!set_lamp_monitor(vyn_db(), viewer_.image_name(), {places.front(), places.back()}))
+    // A drag may end beyond the picture, which has no light to be taken there.
+    const auto picture = viewer_.picture();
+    const auto inside = [&](Point place) -> Point {
+        return {std::clamp(place.x, 0.0, picture->width() - 1.0),
+                std::clamp(place.y, 0.0, picture->height() - 1.0)};
+    };
+    if (!set_lamp_monitor(vyn_db(), viewer_.image_name(),
+                          {inside(places.front()), inside(places.back())}))
         return viewer_.statusBar()->showMessage(
             tr("The lamp is watched in pictures of the signal channel"));
     const MonitorBox now = lamp_monitor(std::as_const(vyn_db()));
