@@ -16,7 +16,9 @@
 #include "process/point/project_paths.h"
 #include "process/steps/chain.h"
 #include "view/ui/association/resection_dialog.h"
+#include "view/ui/model/loads_panel.h"
 #include "view/ui/model/model_viewer.h"
+#include "view/ui/model/patch_list.h"
 
 namespace vyn {
 
@@ -138,6 +140,7 @@ bool ModelCommands::update_viewer() {
     if (!viewer_) {
         viewer_ = new ModelViewer;
         viewer_->setAttribute(Qt::WA_DeleteOnClose);
+        connect(&viewer_->loads(), &LoadsPanel::edited, this, &ModelCommands::keep_loads);
     }
     const QString mesh = QString::fromStdString(
         std::filesystem::path(read(vyn_db(), keys::mesh_file)).filename().string());
@@ -217,6 +220,19 @@ void ModelCommands::save_field() {
                                                      {},
                                                      purpose_in_project(vyn_db(), "3-D field")});
     if (!file.empty()) run(std::make_unique<SaveMeshTask>(program_session(), file));
+}
+
+/// Reference and patches belong to the point: the project holds them.
+void ModelCommands::keep_loads() {
+    const LoadsPanel& loads = viewer_->loads();
+    write_loads_reference(vyn_db(), loads.reference());
+    const PaintedPatches& patches = loads.patches().patches();
+    const std::string text =
+        patches.names.empty()
+            ? std::string()
+            : patches_text(patches, viewer_->canvas().model()->mesh.triangles.size());
+    if (text != read(std::as_const(vyn_db()), keys::loads_patches))
+        write(vyn_db(), keys::loads_patches, text);
 }
 
 void ModelCommands::show_model() {

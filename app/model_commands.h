@@ -53,6 +53,7 @@ class ModelCommands : public QObject {
     TaskOutcome run(std::unique_ptr<Task> task);
     /// False when the model could not be made ready, which the user was told.
     bool update_viewer();
+    void keep_loads();
     QAction* add(QMenu& menu, QAction* before, const char* name, const QString& text,
                  void (ModelCommands::*slot)());
 

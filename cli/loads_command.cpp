@@ -12,6 +12,7 @@
 #include "core/atomic_file.h"
 #include "mesh/loads.h"
 #include "process/model/loads_table.h"
+#include "process/model/painted_patches.h"
 #include "process/report/json_text.h"
 
 namespace vyn::cli {
@@ -25,7 +26,8 @@ struct LoadsArguments {
     LoadsReference reference;
     std::string about;
     std::vector<std::string> hinge;  ///< two points
-    std::vector<std::string> patches;
+    std::vector<std::string> zones;
+    std::string patches_file;
     std::string report;
     bool force = false;
 };
@@ -55,6 +57,15 @@ nlohmann::ordered_json patch_json(const PatchLoads& patch, const LoadsArguments&
     return entry;
 }
 
+std::vector<FacePatch> painted_in(const std::string& file, std::size_t triangles) {
+    const PaintedPatches painted = read_patches(file, triangles);
+    if (painted.names.empty()) throw UsageError("loads: no patch in " + file);
+    std::vector<FacePatch> patches;
+    for (std::size_t i = 0; i < painted.names.size(); ++i)
+        patches.push_back(face_patch(painted, i));
+    return patches;
+}
+
 ExitStatus work(LoadsArguments arguments) {
     check_output(arguments.report, arguments.force ? Overwriting::allowed : Overwriting::refused);
     LoadsReference& reference = arguments.reference;
@@ -71,8 +82,10 @@ ExitStatus work(LoadsArguments arguments) {
     const field_data<double> mesh = read_field(arguments.field, progress);
     const Surface surface = prepare_surface(mesh, progress);
     const std::string quantity = chosen_quantity(mesh, arguments.quantity);
-    const auto patches = surface_loads(
-        mesh, surface, {quantity, reference.static_pressure, reference.about, arguments.patches});
+    LoadsRequest request{quantity, reference.static_pressure, reference.about, arguments.zones};
+    if (!arguments.patches_file.empty())
+        request.patches = painted_in(arguments.patches_file, mesh.triangles.size());
+    const auto patches = surface_loads(mesh, surface, request);
     nlohmann::ordered_json report = {{"field", arguments.field},
                                      {"quantity", quantity},
                                      {"unit", mesh.unit},
@@ -122,9 +135,13 @@ Work prepare_loads(CLI::App& app, const GlobalOptions&) {
                    "divides the coefficients; 1 for Cp");
     app.add_option("--alpha", arguments->reference.alpha, "angle of attack, degrees");
     app.add_option("--beta", arguments->reference.beta, "angle of sideslip, degrees");
-    app.add_option("--patch", arguments->patches, "zone to take; by default every one")
-        ->take_all()
-        ->allow_extra_args(false);
+    CLI::Option* zones =
+        app.add_option("--patch", arguments->zones, "zone to take; by default every one")
+            ->take_all()
+            ->allow_extra_args(false);
+    app.add_option("--patches", arguments->patches_file,
+                   "patches painted in the window and saved there (JSON), in the zones' place")
+        ->excludes(zones);
     app.add_option("--report", arguments->report, "write the loads (JSON); by default printed");
     app.add_flag("--force", arguments->force, "replace an existing file");
     return [arguments] { return work(*arguments); };

@@ -4,6 +4,7 @@
 #include "core/atomic_file.h"
 #include "core/keys.h"
 #include "core/numbers.h"
+#include "process/model/loads_table.h"
 #include "process/point/marker_io.h"
 #include "process/steps/field_quantity.h"
 #include "sample/model_point.h"
@@ -26,6 +27,50 @@ std::string suffix_of(std::size_t view) {
     return view == 0 ? "" : "_2";
 }
 
+/// Area of the planform, its mean chord and span, the middle of the mean quarter chord; the flow in
+/// the unit of the field.
+LoadsReference reference_of(const ModelPoint& point) {
+    constexpr int strips = 2000;
+    const double width = 2 * model_shape::half_span / strips;
+    LoadsReference reference{.span = 2 * model_shape::half_span};
+    double quarter = 0;
+    for (int i = 0; i < strips; ++i) {
+        const double y = -model_shape::half_span + (i + 0.5) * width;
+        const double c = model_shape::chord(y);
+        reference.area += c * width;
+        quarter += (model_shape::leading_edge(y) + c / 4) * c * width;
+    }
+    reference.chord = reference.area / reference.span;
+    reference.about[0] = quarter / reference.area;
+    const flowFeatures& flow = point.views.front().flow;
+    switch (point.options.point.quantity) {
+        case FieldQuantity::cp:
+            break;
+        case FieldQuantity::p_over_static:
+            reference.static_pressure = 1;
+            reference.dynamic_pressure = flow.dynamic_p / flow.static_p;
+            break;
+        default:
+            reference.static_pressure = flow.static_p;
+            reference.dynamic_pressure = flow.dynamic_p;
+            break;
+    }
+    return reference;
+}
+
+std::string reference_text(const LoadsReference& reference) {
+    return ordered_json{{"area", reference.area},
+                        {"chord", reference.chord},
+                        {"span", reference.span},
+                        {"about", reference.about},
+                        {"static_p", reference.static_pressure},
+                        {"dynamic_p", reference.dynamic_pressure},
+                        {"alpha", reference.alpha},
+                        {"beta", reference.beta}}
+               .dump(2) +
+           "\n";
+}
+
 void add_settings(const ModelPoint& point, std::size_t view, dataSetInterface& data) {
     write(data, keys::mesh_file, std::string(mesh_name));
     write(data, keys::mesh_mark_file, std::string(markers_name));
@@ -35,6 +80,7 @@ void add_settings(const ModelPoint& point, std::size_t view, dataSetInterface& d
         std::string(field_name(point.options.point.quantity)) + suffix_of(view);
     write(data, keys::pressure_file, field + ".imp");
     write(data, keys::pressure_mark_file, field + ".mrk");
+    write_loads_reference(data, reference_of(point));
 }
 
 ordered_json pose_json(const Eigen::Matrix3d& rotation, const Eigen::Vector3d& shift) {
@@ -77,45 +123,6 @@ std::string lines_text(const ModelPoint& point) {
     return text;
 }
 
-/// Area of the planform, its mean chord and span, and the middle of the mean quarter chord.
-std::string reference_text(const ModelPoint& point) {
-    constexpr int strips = 2000;
-    const double width = 2 * model_shape::half_span / strips;
-    double area = 0;
-    double quarter = 0;
-    for (int i = 0; i < strips; ++i) {
-        const double y = -model_shape::half_span + (i + 0.5) * width;
-        const double c = model_shape::chord(y);
-        area += c * width;
-        quarter += (model_shape::leading_edge(y) + c / 4) * c * width;
-    }
-    const flowFeatures& flow = point.views.front().flow;
-    double static_p = flow.static_p;
-    double dynamic_p = flow.dynamic_p;
-    switch (point.options.point.quantity) {
-        case FieldQuantity::cp:
-            static_p = 0;
-            dynamic_p = 1;
-            break;
-        case FieldQuantity::p_over_static:
-            dynamic_p /= static_p;
-            static_p = 1;
-            break;
-        default:
-            break;
-    }
-    return ordered_json{{"area", area},
-                        {"chord", area / (2 * model_shape::half_span)},
-                        {"span", 2 * model_shape::half_span},
-                        {"about", {quarter / area, 0.0, 0.0}},
-                        {"static_p", static_p},
-                        {"dynamic_p", dynamic_p},
-                        {"alpha", 0.0},
-                        {"beta", 0.0}}
-               .dump(2) +
-           "\n";
-}
-
 }  // namespace
 
 std::vector<std::string> model_file_names(const ModelPointOptions& options) {
@@ -146,7 +153,7 @@ void write_model_point(const ModelPoint& point, const fs::path& folder, Progress
     write_marker_file(folder / markers_name, point.markers);
     write_file(folder / poses_name, poses_text(point));
     write_file(folder / lines_name, lines_text(point));
-    write_file(folder / reference_name, reference_text(point));
+    write_file(folder / reference_name, reference_text(reference_of(point)));
 }
 
 }  // namespace vyn

@@ -1,12 +1,15 @@
 #include "process/model/loads_table.h"
 
 #include <algorithm>
+#include <array>
 #include <numbers>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
+#include "core/keys.h"
 #include "core/numbers.h"
 
 namespace vyn {
@@ -19,6 +22,18 @@ std::string csv_text(const std::string& text) {
     for (const char c : text)
         quoted += c == '"' ? "\"\"" : std::string(1, c);
     return quoted + "\"";
+}
+
+/// The numbers that a point's settings hold.
+std::array<std::pair<Key<double>, double*>, 8> stored_numbers(LoadsReference& reference) {
+    return {{{keys::loads_area, &reference.area},
+             {keys::loads_chord, &reference.chord},
+             {keys::loads_span, &reference.span},
+             {keys::loads_about_x, &reference.about[0]},
+             {keys::loads_about_y, &reference.about[1]},
+             {keys::loads_about_z, &reference.about[2]},
+             {keys::loads_alpha, &reference.alpha},
+             {keys::loads_beta, &reference.beta}}};
 }
 
 }  // namespace
@@ -46,6 +61,19 @@ void read_loads_reference(const std::filesystem::path& file, LoadsReference& ref
         throw FileError("Can't open file for reading!", file.string() + ": about is no [x, y, z]");
     for (std::size_t i = 0; i < 3; ++i)
         reference.about[i] = about[i];
+}
+
+LoadsReference read_loads_reference(const dataSetInterface& data) {
+    LoadsReference reference;
+    for (const auto& [key, value] : stored_numbers(reference))
+        *value = read(data, key);
+    return reference;
+}
+
+void write_loads_reference(dataSetInterface& data, const LoadsReference& reference) {
+    LoadsReference copy = reference;
+    for (const auto& [key, value] : stored_numbers(copy))
+        if (read(std::as_const(data), key) != *value) write(data, key, *value);
 }
 
 std::string problem_of(const LoadsReference& reference) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/data_set.h"
 #include "mesh/loads.h"
 
 namespace vyn {
@@ -19,6 +20,8 @@ struct LoadsReference {
     double alpha = 0;  ///< of attack, degrees
     double beta = 0;   ///< of sideslip
     Vec3 about{};      ///< the moments' point
+
+    bool operator==(const LoadsReference&) const = default;
 };
 
 /// Takes what a JSON object holds of area, chord, span, about, static_p, dynamic_p, alpha, beta;
@@ -27,6 +30,10 @@ void read_loads_reference(const std::filesystem::path& file, LoadsReference& ref
 
 /// What is wrong with it, for the user; empty when it can be divided by.
 std::string problem_of(const LoadsReference& reference);
+
+/// That of a point's settings; the pressures are left as in a new one.
+LoadsReference read_loads_reference(const dataSetInterface& data);
+void write_loads_reference(dataSetInterface& data, const LoadsReference& reference);
 
 /// Names and values: CX, CY, CZ, Cl, Cm, Cn in body axes; CD, CY_wind, CL in those of the wind.
 std::vector<std::pair<std::string, double>> load_coefficients(const PatchLoads& patch,

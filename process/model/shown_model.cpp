@@ -26,6 +26,16 @@ void ShowModelTask::take_flow() {
     model_->dynamic_pressure = converted(flow.dynamic_p);
 }
 
+void ShowModelTask::take_patches() {
+    const std::string text = read(std::as_const(session_.data), keys::loads_patches);
+    if (text.empty()) return;
+    try {
+        model_->patches = parse_patches(text, model_->mesh.triangles.size(), "project");
+    } catch (const FileError& error) {  // the window tells it beside the patches
+        model_->patches_problem = error.detail;
+    }
+}
+
 TaskOutcome ShowModelTask::run(TaskContext& context) {
     context.status("Preparing the model");
     field_data<double> mesh = file_.empty() ? session_.field : read_mesh_once(file_, context);
@@ -34,6 +44,8 @@ TaskOutcome ShowModelTask::run(TaskContext& context) {
     model_->mm_per_unit = mm_per(mesh_unit_of(mesh, session_.data));
     model_->mesh = std::move(mesh);
     take_flow();
+    model_->reference = read_loads_reference(session_.data);
+    take_patches();
     if (file_.empty())
         model_->ports =
             ports_on_model(session_, model_->mesh, model_->surface(), model_->mm_per_unit, context);

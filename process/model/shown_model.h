@@ -6,7 +6,9 @@
 
 #include "core/task.h"
 #include "mesh/prepared_mesh.h"
+#include "process/model/loads_table.h"
 #include "process/model/model_ports.h"
+#include "process/model/painted_patches.h"
 #include "process/point/session.h"
 
 namespace vyn {
@@ -21,6 +23,10 @@ struct ShownModel {
     /// The flow's, in the unit of the mesh's pressure; 0 and 1 where that is not known.
     double static_pressure = 0;
     double dynamic_pressure = 1;
+    /// Of the point's settings, without the flow.
+    LoadsReference reference{.area = 1, .chord = 1, .span = 1};
+    PaintedPatches patches;       ///< of the point's settings
+    std::string patches_problem;  ///< why they are not taken; empty when they are
 
     const Surface& surface() const { return prepared->surface; }
 };
@@ -37,6 +43,7 @@ class ShowModelTask final : public Task {
 
   private:
     void take_flow();
+    void take_patches();
 
     Session session_;
     std::filesystem::path file_;

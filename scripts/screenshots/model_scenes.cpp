@@ -13,6 +13,7 @@
 #include "scripts/screenshots/scenes.h"
 #include "view/ui/model/loads_panel.h"
 #include "view/ui/model/model_viewer.h"
+#include "view/ui/model/patch_list.h"
 #include "view/ui/model/section_panel.h"
 #include "view/ui/model/section_window.h"
 
@@ -29,13 +30,14 @@ void play_patches(Theatre& theatre, ModelViewer& viewer) {
     LoadsReference reference;
     read_loads_reference(theatre.model_folder.toStdString() + "/reference.json", reference);
     loads.set_reference(reference);
-    loads.add_patch();
+    loads.patches().add_patch();
     const auto& mesh = viewer.canvas().model()->mesh;
     std::vector<std::size_t> outboard;
     for (std::size_t face = 0; face < mesh.triangles.size(); ++face)
         if (mesh.vertices[static_cast<std::size_t>(mesh.triangles[face][0])][1] > 300)
             outboard.push_back(face);
-    loads.paint(outboard, ModelCanvas::Stroke::paint);
+    loads.patches().paint(outboard, ModelCanvas::Stroke::paint);
+    loads.patches().commit();
     loads.calculate();
     theatre.shots.take(viewer, QStringLiteral("model_loads"), QSize(1280, 800));
 }

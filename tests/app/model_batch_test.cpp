@@ -11,6 +11,7 @@
 #include "tests/cli/program.h"
 #include "view/ui/model/loads_panel.h"
 #include "view/ui/model/model_viewer.h"
+#include "view/ui/model/patch_list.h"
 #include "view/ui/model/section_panel.h"
 
 namespace vyn::test {
@@ -130,6 +131,35 @@ TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
         for (const auto& [name, value] : load_coefficients(patch, reference))
             EXPECT_EQ(told[i].at("coefficients").at(name).get<double>(), value) << name;
     }
+
+    // What is painted is the project's, and serves the batch program as a file.
+    PatchList& patches = viewer.loads().patches();
+    patches.add_patch();
+    patches.paint({3, 4, 5, 900, 901}, ModelCanvas::Stroke::paint);
+    patches.commit();
+    viewer.loads().calculate();
+    const PatchLoads tip = viewer.loads().loads().back();
+    EXPECT_EQ(tip.name, "sum of patches");
+    patches.save(folder / "patches.json");
+    batch({"loads", folder / "batch.vtp", "--area", "90000", "--chord", "200", "--span", "900",
+           "--static-p", "95000", "--patches", folder / "patches.json", "--report",
+           folder / "patches_loads.json"});
+    EXPECT_EQ(nlohmann::json::parse(get_file(folder / "patches_loads.json"))
+                  .at("patches")
+                  .at(0)
+                  .at("force")
+                  .get<Vec3>(),
+              tip.force);
+    const PaintedPatches painted = patches.patches();
+    save_xml(vyn_db(), (folder / "painted.xml").c_str());
+    commands->close_viewer();
+    vyn_db().set_modified(false);
+    window->open_files({QString::fromStdString((folder / "painted.xml").string())});
+    commands->show_model();
+    const LoadsPanel& again = commands->viewer()->loads();
+    EXPECT_EQ(again.patches().patches(), painted);
+    EXPECT_EQ(again.reference().span, 900);
+    EXPECT_FALSE(again.patches().undo_action()->isEnabled());
     commands->close_viewer();
     vyn_db().set_modified(false);
 }

@@ -1,6 +1,7 @@
 vyn_tests(process
     SOURCES
         model/association_test.cpp
+        model/painted_patches_test.cpp
         model/view_coverage_test.cpp
         page/page_test.cpp
         project/new_point_test.cpp

@@ -18,6 +18,7 @@
 #include "tests/support/temporary_folder.h"
 #include "view/ui/look/fashion_dialog.h"
 #include "view/ui/model/loads_panel.h"
+#include "view/ui/model/patch_list.h"
 #include "view/ui/model/section_panel.h"
 #include "view/ui/model/section_window.h"
 
@@ -192,34 +193,46 @@ TEST_F(ModelWindow, TellsLoadsOfZonesAndOfPaintedPatches) {
     }
     auto* list = viewer.findChild<QListWidget*>(QStringLiteral("load_patches"));
     canvas().look_from(0, 0);
-    panel.add_patch();
+    PatchList& patches = panel.patches();
+    const auto& faces = patches.patches().faces;
+    patches.add_patch();
     const QPoint middle = canvas().rect().center();
     drag(middle, middle + QPoint(60, 0), {});
     const auto count = [&] {
-        return std::ranges::count_if(panel.painted(), [](auto patch) { return patch != 0; });
+        return std::ranges::count_if(faces, [](auto patch) { return patch != 0; });
     };
     const auto some = count();
     EXPECT_GT(some, 4);
-    for (std::size_t face = 0; face < panel.painted().size(); ++face)
-        if (panel.painted()[face] != 0) {
+    for (std::size_t face = 0; face < faces.size(); ++face)
+        if (faces[face] != 0) {
             EXPECT_LT(face, model->mesh.zones[0].end_triangle());  // x- alone is seen
         }
-    EXPECT_EQ(canvas().display().patches, panel.painted());
+    EXPECT_EQ(canvas().display().patches, faces);
     for (int row = 0; row < 6; ++row)
         list->item(row)->setCheckState(Qt::Unchecked);
     panel.calculate();
     ASSERT_EQ(panel.loads().size(), 2U);
     EXPECT_EQ(panel.loads()[0].name, "patch 1");
     FacePatch painted{"patch 1", {}};
-    for (std::size_t face = 0; face < panel.painted().size(); ++face)
-        if (panel.painted()[face] != 0) painted.faces.push_back(face);
+    for (std::size_t face = 0; face < faces.size(); ++face)
+        if (faces[face] != 0) painted.faces.push_back(face);
     LoadsRequest request{"P", 0, {}, {}, {painted}};
     EXPECT_EQ(panel.loads()[0].force,
               surface_loads(model->mesh, model->surface(), request)[0].force);
     drag(middle, middle + QPoint(20, 0), Qt::ControlModifier);
-    EXPECT_LT(count(), some);
-    panel.remove_patch();
+    const auto fewer = count();
+    EXPECT_LT(fewer, some);
+    patches.undo();
+    EXPECT_EQ(count(), some) << "a stroke is one step";
+    patches.redo();
+    list->item(6)->setText(QStringLiteral("flap"));
+    patches.remove_patch();
     EXPECT_EQ(count(), 0);
+    EXPECT_EQ(list->count(), 6);
+    patches.undo();
+    EXPECT_EQ(count(), fewer);
+    EXPECT_EQ(list->item(6)->text(), QStringLiteral("flap"));
+    EXPECT_EQ(canvas().display().patches, faces);
 }
 
 /// The viewer's dialog of limits serves the model; isolines follow the limits; the extension says

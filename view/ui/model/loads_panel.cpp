@@ -5,12 +5,9 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
-#include <QListWidget>
 #include <QPushButton>
-#include <QSpinBox>
 #include <QTableWidget>
-#include <QToolButton>
-#include <algorithm>
+#include <utility>
 
 #include "core/atomic_file.h"
 #include "core/errors.h"
@@ -20,6 +17,7 @@
 #include "core/ui/number_edit.h"
 #include "mesh/loads.h"
 #include "view/ui/graph/graph_export.h"
+#include "view/ui/model/patch_list.h"
 
 namespace vyn {
 
@@ -55,60 +53,33 @@ QString text_of(double value) {
 
 LoadsPanel::LoadsPanel(QWidget* parent)
     : QWidget(parent),
-      list_(new QListWidget(this)),
-      brush_(new QToolButton(this)),
-      size_(new QSpinBox(this)),
+      patches_(new PatchList(this)),
       table_(new QTableWidget(this)),
       complaint_(new QLabel(this)) {
-    list_->setObjectName(QStringLiteral("load_patches"));
     table_->setObjectName(QStringLiteral("loads_table"));
     table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table_->verticalHeader()->hide();
     complaint_->setObjectName(QStringLiteral("loads_complaint"));
     complaint_->setWordWrap(true);
     auto* layout = new QGridLayout(this);
-    layout->addWidget(list_, 0, 0);
-    layout->addLayout(patch_buttons(), 1, 0);
-    layout->addLayout(reference_form(), 2, 0);
-    layout->addWidget(table_, 3, 0);
-    layout->addWidget(complaint_, 4, 0);
-    layout->addLayout(table_buttons(), 5, 0);
+    layout->addWidget(patches_, 0, 0);
+    layout->addLayout(reference_form(), 1, 0);
+    layout->addWidget(table_, 2, 0);
+    layout->addWidget(complaint_, 3, 0);
+    layout->addLayout(table_buttons(), 4, 0);
     layout->setRowStretch(0, 1);
-    layout->setRowStretch(3, 2);
+    layout->setRowStretch(2, 2);
     set_reference({.area = 1, .chord = 1, .span = 1});
-    connect(list_, &QListWidget::currentRowChanged, this, &LoadsPanel::choose_brush);
-    connect(list_, &QListWidget::itemChanged, this, [this] {
-        if (!writing_ && !loads_.empty()) calculate();
+    connect(patches_, &PatchList::ticks_changed, this, &LoadsPanel::calculate_again);
+    connect(patches_, &PatchList::edited, this, [this] {
+        Q_EMIT edited();
+        calculate_again();
     });
 }
 
 LoadsPanel::~LoadsPanel() {
     for (NumberEdit* edit : numbers_)
         edit->disconnect(this);  // it loses the focus when the window goes
-}
-
-QLayout* LoadsPanel::patch_buttons() {
-    auto* add = new QPushButton(tr("&New patch"));
-    add->setObjectName(QStringLiteral("new_patch"));
-    add->setToolTip(tr("Paint a patch of its own on the model"));
-    auto* remove = new QPushButton(tr("Re&move"));
-    remove->setObjectName(QStringLiteral("remove_patch"));
-    brush_->setText(tr("&Brush"));
-    brush_->setCheckable(true);
-    brush_->setObjectName(QStringLiteral("brush"));
-    brush_->setToolTip(tr("The left button paints the chosen patch, with Ctrl it wipes"));
-    size_->setRange(1, 200);
-    size_->setValue(12);
-    size_->setSuffix(tr(" px"));
-    size_->setToolTip(tr("Radius of the brush"));
-    connect(add, &QPushButton::clicked, this, &LoadsPanel::add_patch);
-    connect(remove, &QPushButton::clicked, this, &LoadsPanel::remove_patch);
-    connect(brush_, &QToolButton::toggled, this, &LoadsPanel::choose_brush);
-    connect(size_, QOverload<int>::of(&QSpinBox::valueChanged), this, &LoadsPanel::choose_brush);
-    auto* row = new QHBoxLayout;
-    for (QWidget* widget : std::initializer_list<QWidget*>{add, remove, brush_, size_})
-        row->addWidget(widget);
-    return row;
 }
 
 QLayout* LoadsPanel::reference_form() {
@@ -130,6 +101,7 @@ QLayout* LoadsPanel::reference_form() {
         numbers_[i]->setMinimumWidth(7 * fontMetrics().averageCharWidth());
         auto* label = new QLabel(tr(rows[i].label));
         label->setBuddy(numbers_[i]);
+        connect(numbers_[i], &NumberEdit::editingFinished, this, &LoadsPanel::edited);
         grid->addWidget(label, places[i][0], 2 * places[i][1]);
         grid->addWidget(numbers_[i], places[i][0], 2 * places[i][1] + 1);
     }
@@ -157,16 +129,14 @@ QLayout* LoadsPanel::table_buttons() {
 }
 
 void LoadsPanel::set_model(std::shared_ptr<const ShownModel> model, const std::string& quantity) {
-    const bool same = model_ && model && model_->prepared == model->prepared;
+    const bool same = model_ && model && model_->prepared == model->prepared &&
+                      model_->reference == model->reference;
     const bool first = quantity != quantity_ || !same;
     model_ = std::move(model);
     quantity_ = quantity;
-    if (!same) {
-        painted_.clear();
-        fill_list();
-    }
+    patches_->set_model(model_);
     if (model_ && first) {
-        LoadsReference now = reference();
+        LoadsReference now = same ? reference() : model_->reference;
         const bool pressure = quantity_ == "P";
         const double q = model_->dynamic_pressure;
         const bool relative = quantity_ == "P_Pstat" && model_->static_pressure > 0;
@@ -174,20 +144,13 @@ void LoadsPanel::set_model(std::shared_ptr<const ShownModel> model, const std::s
         now.dynamic_pressure = pressure ? q : relative ? q / model_->static_pressure : 1;
         set_reference(now);
     }
-    if (loads_.empty()) return;
-    calculate();
+    if (model_ && !model_->patches_problem.empty()) show_loads(model_->patches_problem);
+    calculate_again();
 }
 
-void LoadsPanel::fill_list() {
-    writing_ = true;
-    list_->clear();
-    if (model_)
-        for (const auto& zone : model_->mesh.zones) {
-            auto* item = new QListWidgetItem(QString::fromStdString(zone.name), list_);
-            item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
-            item->setCheckState(Qt::Checked);
-        }
-    writing_ = false;
+/// What is shown follows; nothing is shown before the user asks for it.
+void LoadsPanel::calculate_again() {
+    if (!loads_.empty()) calculate();
 }
 
 void LoadsPanel::set_reference(const LoadsReference& reference) {
@@ -206,85 +169,14 @@ LoadsReference LoadsPanel::reference() const {
             number(beta),      {number(about_x), number(about_y), number(about_z)}};
 }
 
-std::uint8_t LoadsPanel::current_patch() const {
-    if (!model_) return 0;
-    const int patch = list_->currentRow() - static_cast<int>(model_->mesh.zones.size()) + 1;
-    return static_cast<std::uint8_t>(std::clamp(patch, 0, 255));
-}
-
-void LoadsPanel::add_patch() {
-    if (!model_) return;
-    const int patches = list_->count() - static_cast<int>(model_->mesh.zones.size());
-    if (patches >= 255) return;
-    writing_ = true;
-    auto* item = new QListWidgetItem(tr("patch %1").arg(patches + 1), list_);
-    item->setFlags(item->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsEditable);
-    item->setCheckState(Qt::Checked);
-    QPixmap sample(12, 12);
-    sample.fill(QColor::fromRgb(patch_colour(static_cast<std::uint8_t>(patches + 1))));
-    item->setIcon(QIcon(sample));
-    writing_ = false;
-    list_->setCurrentItem(item);
-    brush_->setChecked(true);
-}
-
-void LoadsPanel::remove_patch() {
-    const std::uint8_t patch = current_patch();
-    if (patch == 0) return;
-    for (std::uint8_t& number : painted_)
-        if (number == patch)
-            number = 0;
-        else if (number > patch)
-            --number;
-    writing_ = true;
-    delete list_->takeItem(list_->currentRow());
-    for (int row = static_cast<int>(model_->mesh.zones.size()); row < list_->count(); ++row) {
-        QPixmap sample(12, 12);
-        sample.fill(QColor::fromRgb(patch_colour(
-            static_cast<std::uint8_t>(row - static_cast<int>(model_->mesh.zones.size()) + 1))));
-        list_->item(row)->setIcon(QIcon(sample));
-    }
-    writing_ = false;
-    Q_EMIT patches_changed();
-    if (!loads_.empty()) calculate();
-}
-
-void LoadsPanel::choose_brush() {
-    const bool paints = brush_->isChecked() && current_patch() > 0;
-    Q_EMIT brush_chosen(paints ? size_->value() : 0);
-}
-
-void LoadsPanel::paint(const std::vector<std::size_t>& faces, ModelCanvas::Stroke stroke) {
-    const std::uint8_t patch = current_patch();
-    if (patch == 0) return;
-    if (painted_.empty()) painted_.resize(model_->mesh.triangles.size());
-    for (const std::size_t face : faces)
-        if (stroke == ModelCanvas::Stroke::paint)
-            painted_[face] = patch;
-        else if (painted_[face] == patch)
-            painted_[face] = 0;
-    Q_EMIT patches_changed();
-}
-
 void LoadsPanel::calculate() {
     loads_.clear();
     if (!model_) return;
     const LoadsReference now = reference();
     if (const std::string problem = problem_of(now); !problem.empty()) return show_loads(problem);
-    const auto zone_count = static_cast<int>(model_->mesh.zones.size());
-    LoadsRequest zones{quantity_, now.static_pressure, now.about, {}};
-    LoadsRequest patches = zones;
-    for (int row = 0; row < list_->count(); ++row) {
-        if (list_->item(row)->checkState() != Qt::Checked) continue;
-        if (row < zone_count) {
-            zones.zones.push_back(model_->mesh.zones[static_cast<std::size_t>(row)].name);
-            continue;
-        }
-        FacePatch patch{list_->item(row)->text().toStdString(), {}};
-        for (std::size_t face = 0; face < painted_.size(); ++face)
-            if (painted_[face] == row - zone_count + 1) patch.faces.push_back(face);
-        patches.patches.push_back(std::move(patch));
-    }
+    LoadsRequest zones{quantity_, now.static_pressure, now.about, patches_->ticked_zones()};
+    LoadsRequest patches{quantity_, now.static_pressure, now.about, {}};
+    patches.patches = patches_->ticked_patches();
     try {
         const auto take = [&](const LoadsRequest& request, const char* sum) {
             auto found = surface_loads(model_->mesh, model_->surface(), request);
@@ -341,7 +233,20 @@ void LoadsPanel::open_reference() {
         LoadsReference read = reference();
         read_loads_reference(file, read);
         set_reference(read);
+        Q_EMIT edited();
     });
+}
+
+void LoadsPanel::open_patches() {
+    const std::string file =
+        ask_open_file(this, {tr("Open patches"), tr("Patches (*.json);;All files (*)"), {}, {}});
+    if (!file.empty()) attempt(this, tr("Open patches"), [&] { patches_->open(file); });
+}
+
+void LoadsPanel::save_patches() {
+    const std::string file = ask_save_file(
+        this, {tr("Save patches"), tr("Patches (*.json)"), QStringLiteral("json"), {}, {}, {}});
+    if (!file.empty()) attempt(this, tr("Save patches"), [&] { patches_->save(file); });
 }
 
 }  // namespace vyn

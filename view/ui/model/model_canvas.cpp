@@ -277,7 +277,9 @@ void ModelCanvas::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void ModelCanvas::mouseReleaseEvent(QMouseEvent*) {
+    const bool painted = brush_ > 0 && button_ == Qt::LeftButton;
     button_ = Qt::NoButton;
+    if (painted) Q_EMIT stroke_ended();
     update();
 }
 

@@ -71,6 +71,7 @@ class ModelCanvas : public QWidget {
   Q_SIGNALS:
     /// The brush went over these faces, those that are seen.
     void painted(const std::vector<std::size_t>& faces, Stroke stroke);
+    void stroke_ended();
     /// Under the pointer; nothing beside the model.
     void probed(const std::optional<ModelProbe>& probe);
     void view_changed();

@@ -25,6 +25,7 @@
 #include "view/ui/look/fashion_dialog.h"
 #include "view/ui/look/palette_box.h"
 #include "view/ui/model/loads_panel.h"
+#include "view/ui/model/patch_list.h"
 #include "view/ui/model/section_panel.h"
 #include "view/ui/window/open_windows.h"
 
@@ -172,10 +173,12 @@ void ModelViewer::make_panels() {
     section->raise();
     resizeDocks({section}, {usual_panel_width}, Qt::Horizontal);
     dock(tr("Zones"), "zones_dock", zones_);
-    connect(loads_, &LoadsPanel::brush_chosen, canvas_, &ModelCanvas::set_brush);
-    connect(canvas_, &ModelCanvas::painted, loads_, &LoadsPanel::paint);
-    connect(loads_, &LoadsPanel::patches_changed, this, [this] {
-        display_.patches = loads_->painted();
+    PatchList* patches = &loads_->patches();
+    connect(patches, &PatchList::brush_chosen, canvas_, &ModelCanvas::set_brush);
+    connect(canvas_, &ModelCanvas::painted, patches, &PatchList::paint);
+    connect(canvas_, &ModelCanvas::stroke_ended, patches, &PatchList::commit);
+    connect(patches, &PatchList::painted, this, [this] {
+        display_.patches = loads_->patches().patches().faces;
         canvas_->set_display(display_);
     });
     connect(zones_, &QListWidget::itemChanged, this, [this] {
@@ -195,7 +198,13 @@ void ModelViewer::make_menus() {
     file->addAction(tr("&Copy picture"), this, &ModelViewer::copy_picture,
                     QKeySequence(QStringLiteral("Ctrl+Shift+C")));
     file->addSeparator();
+    file->addAction(tr("&Open patches..."), loads_, &LoadsPanel::open_patches);
+    file->addAction(tr("Save &patches..."), loads_, &LoadsPanel::save_patches);
+    file->addSeparator();
     file->addAction(tr("C&lose"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+W")));
+    menuBar()
+        ->addMenu(tr("&Edit"))
+        ->addActions({loads_->patches().undo_action(), loads_->patches().redo_action()});
     view_menu_ = menuBar()->addMenu(tr("&View"));
     for (const StandardView& view : standard_views)
         view_menu_->addAction(
@@ -277,7 +286,6 @@ void ModelViewer::choose_quantity(const QString& name) {
     automatic_limits();
     section_->set_model(model_, display_.quantity);
     loads_->set_model(model_, display_.quantity);
-    display_.patches = loads_->painted();
     display();
 }
 
