@@ -11,9 +11,9 @@ struct PreparedMesh {
     /// Of the mesh's geometry; its values are left out.
     PreparedMesh(const field_data<double>& model, Progress& progress)
         : mesh(geometry_of(model)),
-          surface(prepare_surface(mesh, progress)),
+          surface(surface_of(mesh, SubProgress(progress, 0, 0.5))),
           normals(vertex_normals(mesh, surface)),
-          rays(mesh, surface) {}
+          rays(rays_of(mesh, surface, SubProgress(progress, 0.7, 1))) {}
     PreparedMesh(const PreparedMesh&) = delete;
     PreparedMesh& operator=(const PreparedMesh&) = delete;
 
@@ -23,6 +23,15 @@ struct PreparedMesh {
     RayScene rays;
 
   private:
+    static Surface surface_of(const field_data<double>& mesh, SubProgress progress) {
+        return prepare_surface(mesh, progress);
+    }
+    static RayScene rays_of(const field_data<double>& mesh, const Surface& surface,
+                            SubProgress progress) {
+        progress.fraction(0);
+        throw_if_aborted(progress);
+        return RayScene(mesh, surface, progress);
+    }
     static field_data<double> geometry_of(const field_data<double>& model) {
         field_data<double> mesh;
         mesh.vertices = model.vertices;

@@ -42,6 +42,12 @@ void leave_out_own_faces(const RTCFilterFunctionNArguments* args) {
     }
 }
 
+/// Asked by the threads that build the scene.
+bool go_on(void* progress, double done) {
+    static_cast<Progress*>(progress)->fraction(done);
+    return !static_cast<Progress*>(progress)->aborted();
+}
+
 }  // namespace
 
 struct RayScene::Scene {
@@ -51,7 +57,7 @@ struct RayScene::Scene {
     std::vector<std::array<int, 3>> faces;  ///< places of the corners, by the scene's face number
 };
 
-RayScene::RayScene(const field_data<double>& mesh, const Surface& surface)
+RayScene::RayScene(const field_data<double>& mesh, const Surface& surface, Progress& progress)
     : scene_(std::make_unique<Scene>()) {
     // It builds on the threads that all parallel work shares. A number here would hold those down
     // to it for the whole program, as long as the scene lives.
@@ -90,7 +96,10 @@ RayScene::RayScene(const field_data<double>& mesh, const Surface& surface)
                                                        RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
     rtcAttachGeometry(scene, geometry);
     rtcReleaseGeometry(geometry);
+    rtcSetSceneProgressMonitorFunction(scene, go_on, &progress);
     rtcCommitScene(scene);
+    throw_if_aborted(progress);
+    rtcSetSceneProgressMonitorFunction(scene, nullptr, nullptr);
     if (rtcGetDeviceError(device) != RTC_ERROR_NONE)
         throw AlgoError("Algorithm error!", "the ray tracer did not take the mesh");
 }

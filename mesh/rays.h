@@ -20,8 +20,8 @@ struct SightLine {
 class RayScene {
   public:
     /// Keeps what it needs of both. Coordinates are taken about the mesh's middle before they
-    /// become 32-bit. Raises AlgoError when the scene cannot be built.
-    RayScene(const field_data<double>& mesh, const Surface& surface);
+    /// become 32-bit. Raises AlgoError when the scene cannot be built; throws Aborted.
+    RayScene(const field_data<double>& mesh, const Surface& surface, Progress& progress);
     ~RayScene();
     RayScene(const RayScene&) = delete;
     RayScene& operator=(const RayScene&) = delete;

@@ -205,6 +205,12 @@ void count_turned(const Field& mesh, Surface& surface, const std::vector<std::ui
     }
 }
 
+/// A phase begins; the share is of the time that they take together.
+void reach(Progress& progress, double share) {
+    throw_if_aborted(progress);
+    progress.fraction(share);
+}
+
 }  // namespace
 
 Surface prepare_surface(const Field& mesh, Progress& progress) {
@@ -214,9 +220,9 @@ Surface prepare_surface(const Field& mesh, Progress& progress) {
     find_extent(mesh, surface);
     if (!(surface.diagonal > 0))
         throw AlgoError("Algorithm error!", "all vertices of the mesh are at one place");
-    throw_if_aborted(progress);
+    reach(progress, 0.05);
     surface.place = equal_places(mesh.vertices, place_tolerance * surface.diagonal);
-    throw_if_aborted(progress);
+    reach(progress, 0.45);
     surface.triangles = mesh.triangles;
     surface.counts.assign(mesh.triangles.size(), 1);
     for (std::size_t t = 0; t < mesh.triangles.size(); ++t) {
@@ -227,9 +233,9 @@ Surface prepare_surface(const Field& mesh, Progress& progress) {
         surface.degenerate += degenerate;
         surface.counts[t] = !degenerate && !blanked;
     }
-    throw_if_aborted(progress);
+    reach(progress, 0.55);
     const std::vector<std::uint8_t> disagrees = connect(surface);
-    throw_if_aborted(progress);
+    reach(progress, 0.85);
     surface.piece.assign(mesh.triangles.size(), -1);
     Walk walk(surface, disagrees);
     for (std::size_t t = 0; t < mesh.triangles.size(); ++t) {

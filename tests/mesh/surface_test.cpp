@@ -108,7 +108,7 @@ TEST(Rays, SeeWhatIsNotHidden) {
         return far + Vec3{4 * u - 2, 4 * v - 2, 0};
     });
     const Surface surface = prepare_surface(scene, silent);
-    const RayScene rays(scene, surface);
+    const RayScene rays(scene, surface, silent);
     const Vec3 eye = far + Vec3{0, 0, 1000};
     for (std::size_t v = 0; v < scene.vertices.size(); ++v) {
         const Vec3 place = scene.vertices[v];

@@ -178,7 +178,8 @@ void ModelViewer::make_panels() {
     connect(canvas_, &ModelCanvas::painted, patches, &PatchList::paint);
     connect(canvas_, &ModelCanvas::stroke_ended, patches, &PatchList::commit);
     connect(patches, &PatchList::painted, this, [this] {
-        display_.patches = loads_->patches().patches().faces;
+        const PaintedPatches& painted = loads_->patches().patches();
+        display_.patches = painted.names.empty() ? std::vector<std::uint8_t>() : painted.faces;
         canvas_->set_display(display_);
     });
     connect(zones_, &QListWidget::itemChanged, this, [this] {
