@@ -38,7 +38,14 @@ class ExperimentPage : public QWidget {
     /// Warnings of the project's reading, to be shown until the first computation.
     virtual void take_report(std::shared_ptr<const RunReport> report) = 0;
 
+    /// The files of the model; what they name is opened and removed by the window.
+    enum class ModelFile { mesh, markers };
+    Q_ENUM(ModelFile)
+
   Q_SIGNALS:
+    void model_file_wanted(ModelFile what);
+    /// Empty: the file is to be removed.
+    void model_file_chosen(ModelFile what, const QString& file);
     /// An image of the image list, to be shown in a viewer; `flag`: it is a camera file.
     void show_image(const std::string& name, bool flag, const QString& title);
     /// How a result stands to the present settings and files, whenever the page looked: marks the

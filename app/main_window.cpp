@@ -186,6 +186,20 @@ void VynLiteForm::make_page() {
                 else
                     show_image(name, flag, title.toUtf8().constData());
             });
+    connect(page, &ExperimentPage::model_file_wanted, parts_->model,
+            [this](ExperimentPage::ModelFile what) {
+                if (what == ExperimentPage::ModelFile::mesh)
+                    parts_->model->open_mesh();
+                else
+                    parts_->model->open_markers();
+            });
+    connect(page, &ExperimentPage::model_file_chosen, parts_->model,
+            [this](ExperimentPage::ModelFile what, const QString& file) {
+                if (what == ExperimentPage::ModelFile::mesh)
+                    parts_->model->open_mesh_file(file.toStdString());
+                else
+                    parts_->model->open_markers_file(file.toStdString());
+            });
     connect(page, &ExperimentPage::result_looked_at, &parts_->viewers, &ViewerWindows::mark);
     connect(page, &ExperimentPage::result_looked_at, parts_->model, &ModelCommands::mark);
     connect(page, &ExperimentPage::project_changed, this, &VynLiteForm::update_title);

@@ -31,6 +31,7 @@ class ModelCommands : public QObject {
     ModelViewer* viewer() const;
     void close_viewer();
 
+    /// Without a name the mesh is removed, or the markers are.
     void open_mesh_file(const std::string& file);
     void open_markers_file(const std::string& file);
 

@@ -66,6 +66,8 @@ void BasicPage::show_look(const std::shared_ptr<const PageLook>& look) {
         card->show_look(*look);
     for (InputRow* row : image_rows_)
         row->show_state(look->state.rows.at(row->row().stem));
+    mesh_row_->show_state(look->state.mesh);
+    model_markers_row_->show_state(look->state.model_markers);
     results_->show_look(
         *look,
         report_ ? QString::fromStdString(user_words(type_, unaligned_text(*report_))) : QString());

@@ -16,6 +16,7 @@ namespace vyn {
 class CardGrid;
 class FieldPreview;
 class ImageCard;
+class FileRow;
 class InputRow;
 class RecordGroup;
 class ResultsList;
@@ -44,6 +45,7 @@ class BasicPage : public ExperimentPage {
     void build(ExperimentType type);
     QWidget* camera_group();
     QWidget* option_group();
+    void add_model_rows(RecordGroup& group);
     void connect_row(InputRow* row);
     void show_look(const std::shared_ptr<const PageLook>& look);
     void show_remarks(const PageState& state);
@@ -95,6 +97,8 @@ class BasicPage : public ExperimentPage {
     ExperimentType type_ = ExperimentType::single;
     std::vector<ImageCard*> cards_;
     std::vector<InputRow*> image_rows_;
+    FileRow* mesh_row_ = nullptr;
+    FileRow* model_markers_row_ = nullptr;
     std::vector<RecordGroup*> records_;
     SaturationRow* saturation_ = nullptr;
     StepGroup* steps_ = nullptr;

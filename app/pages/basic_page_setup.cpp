@@ -72,7 +72,7 @@ void BasicPage::build(ExperimentType type) {
 }
 
 QWidget* BasicPage::camera_group() {
-    auto* group = new RecordGroup(tr("Camera and paint"), this);
+    auto* group = new RecordGroup(tr("Camera, paint and model"), this);
     const std::vector<PageRow> flats = flat_rows(type_);
     for (std::size_t i = 0; i < flats.size(); ++i) {
         const bool signal = i == 0;
@@ -102,9 +102,31 @@ QWidget* BasicPage::camera_group() {
     auto* reading = group->add_button("reading_btn", tr("Reading of files..."),
                                       [] { return reading_summary(vyn_db()); });
     connect(reading, &QPushButton::clicked, this, [this] { open_dialog<ReadingDialog>(); });
+    add_model_rows(*group);
     group->fill_up();
     records_.push_back(group);
     return group;
+}
+
+void BasicPage::add_model_rows(RecordGroup& group) {
+    mesh_row_ = new FileRow("mesh", {tr("Show the model")}, &group);
+    model_markers_row_ = new FileRow("mesh_mark", {}, &group);
+    group.add_row(tr("Mesh:"), mesh_row_);
+    group.add_row(tr("3-D markers:"), model_markers_row_);
+    connect(mesh_row_, &FileRow::view_wanted, this, [this] { view(model_result); });
+    const auto connect_choice = [this](FileRow* row, ModelFile what) {
+        for (const auto signal : {&FileRow::select_wanted, &FileRow::locate_wanted})
+            connect(row, signal, this, [this, what] { Q_EMIT model_file_wanted(what); });
+        connect(row, &FileRow::chosen, this,
+                [this, what](const QString& file) { Q_EMIT model_file_chosen(what, file); });
+        connect(row, &FileRow::remove_wanted, this,
+                [this, what] { Q_EMIT model_file_chosen(what, QString()); });
+    };
+    connect_choice(mesh_row_, ModelFile::mesh);
+    connect_choice(model_markers_row_, ModelFile::markers);
+    auto* settings = group.add_button("resection_btn", tr("&3-D model..."),
+                                      [] { return model_summary(vyn_db()); });
+    connect(settings, &QPushButton::clicked, this, [this] { open_dialog<ResectionDialog>(); });
 }
 
 QWidget* BasicPage::option_group() {
@@ -129,9 +151,6 @@ QWidget* BasicPage::option_group() {
     auto* uncertainty = group->add_button("uncertainty_btn", tr("&Uncertainty..."),
                                           [] { return uncertainty_summary(vyn_db()); });
     connect(uncertainty, &QPushButton::clicked, this, [this] { open_dialog<UncertaintyDialog>(); });
-    auto* model = group->add_button("resection_btn", tr("&3-D model..."),
-                                    [] { return model_summary(vyn_db()); });
-    connect(model, &QPushButton::clicked, this, [this] { open_dialog<ResectionDialog>(); });
     saturation_ = new SaturationRow(group);
     group->add_wide(saturation_);
     connect(saturation_, &SaturationRow::changed, this, &BasicPage::load_pictures_anew);

@@ -33,12 +33,17 @@ QString dragged_file(const QMimeData* data) {
     return QString::fromStdString(name_of_files(files).string());
 }
 
+FileRow::Offers offers_of(InputFile::Role role) {
+    using Role = InputFile::Role;
+    const bool is_image = role != Role::markers && role != Role::mask;
+    return {is_image ? FileRow::tr("View the image") : QString(), role == Role::markers};
+}
+
 }  // namespace
 
-InputRow::InputRow(PageRow row, QWidget* parent)
-    : QWidget(parent), row_(std::move(row)), name_(new ElidedLabel(Qt::ElideMiddle, this)) {
+FileRow::FileRow(const std::string& stem, const Offers& offers, QWidget* parent)
+    : QWidget(parent), name_(new ElidedLabel(Qt::ElideMiddle, this)) {
     setAcceptDrops(true);
-    const std::string& stem = row_.stem;
     name_->setObjectName(QString::fromStdString(stem + "_file"));
     locate_ = icon_button(stem + "_locate_btn", "zoom_in", tr("Locate the missing file"), this);
     locate_->setText(tr("Locate..."));
@@ -46,16 +51,15 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     locate_->setVisible(false);
     reload_ = icon_button(stem + "_reload_btn", "refresh", tr("Load the file anew"), this);
     reload_->setVisible(false);
-    if (row_.input.role == InputFile::Role::markers) {
+    if (offers.save) {
         save_ = icon_button(stem + "_save_btn", "filesave", tr("Save the markers"), this);
         save_->setVisible(false);
-        connect(save_, &QToolButton::clicked, this, &InputRow::save_wanted);
+        connect(save_, &QToolButton::clicked, this, &FileRow::save_wanted);
     }
     auto* select = icon_button(stem + "_select", "fileopen", tr("Select a file"), this);
     setFocusProxy(select);
-    const bool is_image =
-        row_.input.role != InputFile::Role::markers && row_.input.role != InputFile::Role::mask;
-    if (is_image) view_ = icon_button(stem + "_view_btn", "thumbnail", tr("View the image"), this);
+    if (!offers.view.isEmpty())
+        view_ = icon_button(stem + "_view_btn", "thumbnail", offers.view, this);
     remove_ = icon_button(stem + "_remove_btn", "remove", tr("Remove the file"), this);
 
     auto* line = new QHBoxLayout(this);
@@ -66,21 +70,21 @@ InputRow::InputRow(PageRow row, QWidget* parent)
     line->addWidget(reload_);
     if (save_) line->addWidget(save_);
     line->addWidget(select);
-    if (is_image) {
+    if (view_) {
         line->addWidget(view_);
-        connect(view_, &QToolButton::clicked, this, &InputRow::view_wanted);
+        connect(view_, &QToolButton::clicked, this, &FileRow::view_wanted);
     } else {
         line->addSpacing(select->sizeHint().width() + line->spacing());
     }
     line->addSpacing(remove_->sizeHint().width() / 2);  // no slip from view to remove
     line->addWidget(remove_);
-    connect(select, &QToolButton::clicked, this, &InputRow::select_wanted);
-    connect(remove_, &QToolButton::clicked, this, &InputRow::remove_wanted);
-    connect(locate_, &QToolButton::clicked, this, &InputRow::locate_wanted);
-    connect(reload_, &QToolButton::clicked, this, &InputRow::reload_wanted);
+    connect(select, &QToolButton::clicked, this, &FileRow::select_wanted);
+    connect(remove_, &QToolButton::clicked, this, &FileRow::remove_wanted);
+    connect(locate_, &QToolButton::clicked, this, &FileRow::locate_wanted);
+    connect(reload_, &QToolButton::clicked, this, &FileRow::reload_wanted);
 }
 
-void InputRow::show_state(const RowState& state) {
+void FileRow::show_state(const RowState& state) {
     const QString file = QString::fromStdString(state.file);
     const QString problem = QString::fromStdString(state.problem);
     name_->set_text(QFileInfo(file).fileName(), QString::fromStdString(state.note));
@@ -94,15 +98,18 @@ void InputRow::show_state(const RowState& state) {
     if (view_) view_->setEnabled(state.loaded);
 }
 
-void InputRow::dragEnterEvent(QDragEnterEvent* event) {
+void FileRow::dragEnterEvent(QDragEnterEvent* event) {
     if (!dragged_file(event->mimeData()).isEmpty()) event->acceptProposedAction();
 }
 
-void InputRow::dropEvent(QDropEvent* event) {
+void FileRow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
     // A job and dialogs follow: not before the other program's drag has ended.
     QTimer::singleShot(0, this,
                        [this, file = dragged_file(event->mimeData())] { Q_EMIT chosen(file); });
 }
+
+InputRow::InputRow(const PageRow& row, QWidget* parent)
+    : FileRow(row.stem, offers_of(row.input.role), parent), row_(row) {}
 
 }  // namespace vyn

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <string>
 
 #include "process/page/page_state.h"
 
@@ -10,14 +11,19 @@ namespace vyn {
 
 class ElidedLabel;
 
-/// One input file of the test point: its name, and buttons to select, view and remove it. A file
-/// dropped on the row is taken like a selected one.
-class InputRow : public QWidget {
+/// One input file: its name, and buttons to select, view and remove it. A file dropped on the row
+/// is taken like a selected one.
+class FileRow : public QWidget {
     Q_OBJECT
   public:
-    InputRow(PageRow row, QWidget* parent = nullptr);
+    /// What the row can do beside selecting and removing.
+    struct Offers {
+        QString view = {};  ///< what the button to view it says; empty: no such button
+        bool save = false;  ///< markers that no file holds
+    };
+    /// The widgets are named after the stem.
+    FileRow(const std::string& stem, const Offers& offers, QWidget* parent = nullptr);
 
-    const PageRow& row() const { return row_; }
     void show_state(const RowState& state);
 
   Q_SIGNALS:
@@ -38,13 +44,24 @@ class InputRow : public QWidget {
     void dropEvent(QDropEvent* event) override;
 
   private:
-    PageRow row_;
     ElidedLabel* name_;
     QToolButton* locate_;
     QToolButton* reload_;
-    QToolButton* save_ = nullptr;  ///< of markers
+    QToolButton* save_ = nullptr;
     QToolButton* view_ = nullptr;
     QToolButton* remove_;
+};
+
+/// The row of a file that becomes an image of the test point, or belongs to one.
+class InputRow : public FileRow {
+    Q_OBJECT
+  public:
+    InputRow(const PageRow& row, QWidget* parent = nullptr);
+
+    const PageRow& row() const { return row_; }
+
+  private:
+    PageRow row_;
 };
 
 }  // namespace vyn

@@ -38,7 +38,9 @@ ResultsList::ResultsList(ExperimentType type, QWidget* parent) : QGroupBox(tr("R
     auto* grid = new QGridLayout(this);
     grid->setVerticalSpacing(2);
     std::vector<std::string> results = page_results(type);
-    results.emplace_back(model_result);
+    // What the user came for stands together.
+    const auto field = std::ranges::find(results, image_names::field);
+    results.insert(field == results.end() ? field : field + 1, model_result);
     for (const std::string& image : results) {
         const QString label = image == model_result
                                   ? tr("Field on the model")

@@ -25,15 +25,13 @@ std::string csv_text(const std::string& text) {
 }
 
 /// The numbers that a point's settings hold.
-std::array<std::pair<Key<double>, double*>, 8> stored_numbers(LoadsReference& reference) {
+std::array<std::pair<Key<double>, double*>, 6> stored_numbers(LoadsReference& reference) {
     return {{{keys::loads_area, &reference.area},
              {keys::loads_chord, &reference.chord},
              {keys::loads_span, &reference.span},
              {keys::loads_about_x, &reference.about[0]},
              {keys::loads_about_y, &reference.about[1]},
-             {keys::loads_about_z, &reference.about[2]},
-             {keys::loads_alpha, &reference.alpha},
-             {keys::loads_beta, &reference.beta}}};
+             {keys::loads_about_z, &reference.about[2]}}};
 }
 
 }  // namespace

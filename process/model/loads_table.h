@@ -31,7 +31,8 @@ void read_loads_reference(const std::filesystem::path& file, LoadsReference& ref
 /// What is wrong with it, for the user; empty when it can be divided by.
 std::string problem_of(const LoadsReference& reference);
 
-/// That of a point's settings; the pressures are left as in a new one.
+/// Area, lengths and point of a test point's settings; the rest, which is the flow's, stands as in
+/// a new one.
 LoadsReference read_loads_reference(const dataSetInterface& data);
 void write_loads_reference(dataSetInterface& data, const LoadsReference& reference);
 

@@ -12,6 +12,11 @@ namespace vyn {
 TaskOutcome OpenMeshTask::run(TaskContext& context) {
     context.status("Reading geometry");
     dataSetInterface& data = session_.data;
+    if (name_.empty()) {
+        session_.field = {};
+        write(data, keys::mesh_file, name_);
+        return TaskOutcome::done;
+    }
     field_data<double> mesh = with_wanted_mirror(
         read_mesh_once(find_input(data, name_, keys::mesh_file.path), context), data);
     if (mesh.triangles.empty())
@@ -25,6 +30,10 @@ TaskOutcome OpenMeshTask::run(TaskContext& context) {
 TaskOutcome OpenModelMarkersTask::run(TaskContext& context) {
     context.status("Reading geometry");
     dataSetInterface& data = session_.data;
+    if (name_.empty()) {
+        write(data, keys::mesh_mark_file, name_);
+        return TaskOutcome::done;
+    }
     const auto markers = read_model_markers(find_input(data, name_, keys::mesh_mark_file.path),
                                             data, mesh_unit_of(session_.field, data));
     if (markers.empty())

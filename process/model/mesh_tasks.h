@@ -10,7 +10,7 @@
 namespace vyn {
 
 /// Reads a mesh into the session and names it in the settings; values of the old one are gone. Mesh
-/// and settings stay as they were when it cannot be read.
+/// and settings stay as they were when it cannot be read. Without a name the mesh is removed.
 class OpenMeshTask final : public Task {
   public:
     /// `name`: of the file as the settings are to hold it.
@@ -23,7 +23,7 @@ class OpenMeshTask final : public Task {
 };
 
 /// Names a file of markers on the model in the settings, once it has been read. Raises FileError
-/// for one that holds none, or markers of images.
+/// for one that holds none, or markers of images. Without a name they are removed.
 class OpenModelMarkersTask final : public Task {
   public:
     OpenModelMarkersTask(Session session, std::string name)

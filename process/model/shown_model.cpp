@@ -11,11 +11,14 @@
 
 namespace vyn {
 
-/// Reference of loads where the values are pressures.
+/// The reference of loads.
 void ShowModelTask::take_flow() {
+    model_->reference = read_loads_reference(session_.data);
     const auto* pressure = model_->mesh.find("P");
     flowFeatures flow;
     read(std::as_const(session_.data), std::string(keys::flow), flow);
+    model_->reference.alpha = flow.alpha;
+    model_->reference.beta = flow.beta;
     if (!pressure || pressure->unit.empty() || !(flow.dynamic_p > 0)) return;
     const UnitMessagesOnce once;
     const auto converted = [&](double value) {
@@ -44,7 +47,6 @@ TaskOutcome ShowModelTask::run(TaskContext& context) {
     model_->mm_per_unit = mm_per(mesh_unit_of(mesh, session_.data));
     model_->mesh = std::move(mesh);
     take_flow();
-    model_->reference = read_loads_reference(session_.data);
     take_patches();
     if (file_.empty())
         model_->ports =

@@ -23,7 +23,7 @@ struct ShownModel {
     /// The flow's, in the unit of the mesh's pressure; 0 and 1 where that is not known.
     double static_pressure = 0;
     double dynamic_pressure = 1;
-    /// Of the point's settings, without the flow.
+    /// Of the point's settings, without the pressures.
     LoadsReference reference{.area = 1, .chord = 1, .span = 1};
     PaintedPatches patches;       ///< of the point's settings
     std::string patches_problem;  ///< why they are not taken; empty when they are

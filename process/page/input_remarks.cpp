@@ -5,6 +5,8 @@
 #include "calib/paint.h"
 #include "core/ascii.h"
 #include "core/keys.h"
+#include "core/numbers.h"
+#include "process/page/dark_background.h"
 #include "process/page/likely_places.h"
 #include "process/page/page_rows.h"
 #include "process/page/user_words.h"
@@ -44,6 +46,17 @@ std::string saturation_remark(const dataSetInterface& data,
            (read(data, keys::saturation_exclude) != 0 ? " and excluded" : "");
 }
 
+std::string background_remark(const dataSetInterface& data, const RawImage& raw,
+                              const std::shared_ptr<const image>& picture) {
+    if (read(data, raw.dark_level) > 0) return {};
+    static PerImage<std::optional<DarkBackground>> known;
+    const auto found = known.get(picture, dark_background);
+    if (!found) return {};
+    return picture->name + ": " + format_general(100 * found->share, 2) +
+           " % of the pixels have next to no light, and their ratio is noise; a dark level of " +
+           format_general(found->level, 9) + " counts leaves them out, or a mask";
+}
+
 void picture_remarks(const dataSetInterface& data, const imagesList& images, Remarks& remarks) {
     for (const PageCard& card : page_cards(remarks.type)) {
         const auto picture = images.find(card.raw->name);
@@ -52,6 +65,7 @@ void picture_remarks(const dataSetInterface& data, const imagesList& images, Rem
             remarks.inform(card.title + ": no dark image is used");
         if (!images.find(camera_partner(data, *card.raw).flat_name))
             remarks.inform(card.title + ": no flat field is used");
+        remarks.inform(background_remark(data, *card.raw, picture));
         for (const PageRow& row : card.rows)
             if (const std::string problem = size_problem(data, images, row.input); !problem.empty())
                 remarks.warn(place_label(remarks.type, row) + " " + problem);

@@ -86,10 +86,9 @@ std::string alignment_summary(const dataSetInterface& data) {
 
 std::string model_summary(const dataSetInterface& data) {
     if (read(data, keys::mesh_file).empty()) return "no mesh";
-    std::string text = std::filesystem::path(read(data, keys::mesh_file)).filename().string();
-    if (read(data, keys::mesh_mark_file).empty()) add(text, "no 3-D markers");
+    if (read(data, keys::mesh_mark_file).empty()) return "no 3-D markers";
     const std::size_t further = view_names(data).size();
-    if (further > 0) add(text, std::to_string(further + 1) + " cameras");
+    std::string text = further > 0 ? std::to_string(further + 1) + " cameras" : "one camera";
     if (read(data, keys::resect_free_focus)) add(text, "focus adjusted");
     if (read(data, keys::resect_ratio_on_mesh)) add(text, "ratio on the mesh");
     return text;

@@ -1,5 +1,7 @@
 #include "process/page/page_state.h"
 
+#include <algorithm>
+
 #include "core/keys.h"
 #include "process/point/project_paths.h"
 #include "process/steps/step_table.h"
@@ -50,6 +52,23 @@ RowState row_state(const dataSetInterface& data, const imagesList& images, Image
     return shown;
 }
 
+/// Mesh or markers on it; both are read when they are opened.
+RowState model_row(const dataSetInterface& data, Key<std::string> file) {
+    RowState shown;
+    shown.file = read(data, file);
+    shown.path = locate(shown.file, project_folder(data)).string();
+    shown.missing = !shown.file.empty() && shown.path.empty();
+    if (shown.missing) shown.problem = "The file is not there: " + shown.file;
+    return shown;
+}
+
+/// Parts of the uncertainty are kept on request only.
+bool is_expected(const std::string& result, const StepView& view) {
+    const bool is_part =
+        std::ranges::find(image_names::sigma_terms, result) != std::end(image_names::sigma_terms);
+    return (!is_part || read(view.data, keys::uncertainty_terms) != 0) && would_give(result, view);
+}
+
 }  // namespace
 
 PageState page_state(const dataSetInterface& data, const imagesList& images,
@@ -67,10 +86,14 @@ PageState page_state(const dataSetInterface& data, const imagesList& images,
         add_row(row);
     add_row(temperature_row());
     for (const std::string& name : page_results(state.type))
-        if (images.find(name) || would_give(name, {data, images}))
+        if (images.find(name) || is_expected(name, {data, images}))
             state.results.push_back({name, image_label(state.type, name), states.of(name)});
     if (mesh.loaded)
         state.results.push_back({model_result, "Field on the model", states.of_mesh(mesh)});
+    state.mesh = model_row(data, keys::mesh_file);
+    state.mesh.loaded = mesh.loaded;
+    if (mesh.loaded) state.mesh.note = counted(mesh.triangles, "face");
+    state.model_markers = model_row(data, keys::mesh_mark_file);
     state.needs = step_needs(data, images);
     state.remarks = input_remarks(data, images);
     return state;

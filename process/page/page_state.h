@@ -35,7 +35,9 @@ struct ResultEntry {
 struct PageState {
     ExperimentType type = ExperimentType::single;
     std::map<std::string, RowState> rows;  ///< by the rows' stems
-    std::vector<ResultEntry> results;      ///< that are there or would be after a run
+    RowState mesh;
+    RowState model_markers;
+    std::vector<ResultEntry> results;  ///< that are there or would be after a run
     StepNeeds needs;
     std::vector<Remark> remarks;
 };

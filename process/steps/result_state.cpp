@@ -71,7 +71,7 @@ ImageState ImageStates::of(const std::string& name) {
 }
 
 MeshSummary summary_of(const field_data<double>& mesh) {
-    return {mesh.has_data(), !mesh.quantities.empty(), mesh.origin};
+    return {mesh.has_data(), !mesh.quantities.empty(), mesh.triangles.size(), mesh.origin};
 }
 
 ImageState ImageStates::of_mesh(const MeshSummary& mesh) {

@@ -26,6 +26,7 @@ struct ImageState {
 struct MeshSummary {
     bool loaded = false;
     bool has_values = false;
+    std::size_t triangles = 0;
     ImageOrigin origin;
 };
 MeshSummary summary_of(const field_data<double>& mesh);

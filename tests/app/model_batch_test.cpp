@@ -55,10 +55,13 @@ TEST_F(TwoCamerasAndBatchProgram, GiveTheSameFieldWithItsSpread) {
     window->experiment_page()->calculate_all();
     auto* commands = window->findChild<ModelCommands*>();
     ASSERT_EQ(program_session().field.views.size(), 1U);
-    write(vyn_db(), keys::resect_views, std::string("project_2.xml"));
-    press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
-    commands->resect();
-    EXPECT_EQ(program_session().field.views.size(), 1U);
+    put_file(folder / "broken.xml", get_file(folder / "project_2.xml").substr(0, 300));
+    for (const char* other : {"nothing.xml", "broken.xml", "camera.ini", "project_2.xml"}) {
+        write(vyn_db(), keys::resect_views, std::string(other));
+        press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));
+        commands->resect();
+        EXPECT_EQ(program_session().field.views.size(), 1U) << other;
+    }
 
     batch({"run", folder / "project_2.xml", "--quiet", "--save-field"});
     commands->resect();

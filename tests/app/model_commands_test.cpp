@@ -45,9 +45,25 @@ TEST_F(ModelInTheWindow, IsOpenedComputedShownAndSaved) {
     choose_file(QStringLiteral("Open mesh"), folder / "model.vtp");
     action("openMeshAction").trigger();
     EXPECT_TRUE(mesh().has_data());
+    const auto row_says = [&](const char* row, const char* words) {
+        return QTest::qWaitFor(
+            [&] { return child<QWidget>(row).toolTip().contains(QLatin1String(words)); });
+    };
+    EXPECT_TRUE(row_says("mesh_file", "model.vtp"));
+    child<QAbstractButton>("mesh_remove_btn").click();
+    EXPECT_FALSE(mesh().has_data());
+    EXPECT_EQ(read(vyn_db(), keys::mesh_file), "");
+    choose_file(QStringLiteral("Open mesh"), folder / "model.vtp");
+    child<QAbstractButton>("mesh_select").click();
+    EXPECT_TRUE(mesh().has_data());
     press(QStringLiteral("Resect 3-D"), QStringLiteral("OK"));
     action("resectAction").trigger();
     EXPECT_NE(shown.find("Calculate the field first"), std::string::npos);
+    choose_file(QStringLiteral("Open 3D markers"), folder / "markers3d.mrk");
+    child<QAbstractButton>("mesh_mark_select").click();
+    EXPECT_TRUE(row_says("mesh_mark_file", "markers3d.mrk"));
+    child<QAbstractButton>("mesh_mark_remove_btn").click();
+    EXPECT_EQ(read(vyn_db(), keys::mesh_mark_file), "");
     choose_file(QStringLiteral("Open 3D markers"), folder / "markers3d.mrk");
     action("openMarkers3dAction").trigger();
     EXPECT_NE(read(vyn_db(), keys::mesh_mark_file).find("markers3d.mrk"), std::string::npos);
@@ -90,8 +106,12 @@ TEST_F(ModelInTheWindow, RefusesOtherFiles) {
     const std::size_t vertices = mesh().vertices.size();
     EXPECT_GT(vertices, 1000u) << "read with the project";
     put_file(folder / "bad.stl", "solid nothing");
+    put_file(folder / "points.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n");
+    put_file(folder / "none.apm", "x y z\n1 2 3\n");
     for (const auto& [caption, name, file] :
          {std::tuple{"Open mesh", "openMeshAction", "bad.stl"},
+          std::tuple{"Open mesh", "openMeshAction", "points.obj"},
+          std::tuple{"Open 3D markers", "openMarkers3dAction", "none.apm"},
           std::tuple{"Open 3D markers", "openMarkers3dAction", "wind_off.mrk"}}) {
         choose_file(QString::fromLatin1(caption), folder / file);
         press(QStringLiteral("Vyn, Processing"), QStringLiteral("There are errors!"));

@@ -168,6 +168,18 @@ TEST_F(CameraCalibrationWindow, FindsTheCameraAndStoresItWhenAccepted) {
 
 /// Markers nearly in a plane, nearly at right angles, cannot tell the focus: it is held and the
 /// reason said; a second picture from another side tells it.
+TEST_F(CameraCalibrationWindow, IsAbortedWithoutAResult) {
+    CalibrationViewTask view(program_session(), CalibrationViewTask::Kind::own, {});
+    run(view);
+    TaskContext stopped;
+    stopped.abort();
+    CalibrateCameraTask task(program_session(), {view.view()->seen},
+                             {true, false, false, false, false});
+    EXPECT_THROW(task.run(stopped), Aborted);
+    EXPECT_TRUE(task.result()->found.views.empty());
+    EXPECT_EQ(camera(), wrong);
+}
+
 TEST_F(CameraCalibrationWindow, WarnsOfAPlaneAndTakesFurtherPictures) {
     const auto pose = [](double tilt) {
         return Pose{rotation_of({tilt, 0.3 * tilt, 0}), {5, -8, 1500}};

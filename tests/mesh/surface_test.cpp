@@ -1,11 +1,11 @@
 #include "mesh/surface.h"
 
+#include <atomic>
 #include <numbers>
 
 #include <gtest/gtest.h>
 
-#include "mesh/normals.h"
-#include "mesh/rays.h"
+#include "mesh/prepared_mesh.h"
 #include "tests/support/meshes.h"
 
 namespace vyn::test {
@@ -95,6 +95,30 @@ TEST(Normals, AreSmoothOnASphereAndSharpOnACube) {
         const Vec3& n = sharp.normals[sharp.first[v]];
         EXPECT_DOUBLE_EQ(std::max({std::abs(n[0]), std::abs(n[1]), std::abs(n[2])}), 1);
     }
+}
+
+/// Wherever the user stops it.
+TEST(PreparedMeshes, AreGivenUpWhenAsked) {
+    class StopsAt final : public Progress {
+      public:
+        explicit StopsAt(int look) : looks_(look) {}
+        bool aborted() const override { return looks_-- <= 0; }
+
+      private:
+        mutable std::atomic<int> looks_;
+    };
+    const Mesh mesh = cube(5, 2);
+    int stops = 0;
+    for (bool done = false; !done; ++stops) {
+        StopsAt progress(stops);
+        try {
+            const PreparedMesh prepared(mesh, progress);
+            done = true;
+            EXPECT_EQ(prepared.surface.pieces.size(), 1U);
+        } catch (const Aborted&) {
+        }
+    }
+    EXPECT_GT(stops, 5);
 }
 
 /// From 10 cm beside a small sphere behind a plate, far from the origin.

@@ -3,6 +3,7 @@
 #include "core/errors.h"
 #include "core/keys.h"
 #include "markers/marker_files.h"
+#include "process/page/dark_background.h"
 #include "process/page/likely_places.h"
 #include "process/page/page_state.h"
 #include "process/page/page_steps.h"
@@ -296,6 +297,47 @@ TEST_F(Page, RowsSayWhatIsMissingAndWhatWasRead) {
         state.remarks,
         testing::Not(Contains(testing::Field(&Remark::text, testing::HasSubstr("wind_off.tif")))))
         << "the picture is loaded, as from a container";
+}
+
+/// Pixels beside the model are noise to the ratio; the level that is proposed leaves them out.
+TEST_F(Page, RemarksProposeALevelForADarkBackground) {
+    const auto told = [&] {
+        for (const Remark& remark : page_state(vyn_db(), get_images()).remarks)
+            if (remark.text.starts_with("Wind-Off: ") &&
+                remark.text.find("next to no light") != std::string::npos)
+                return remark.text;
+        return std::string();
+    };
+    image filled(40, 30);
+    filled.values().fill(1000);
+    EXPECT_FALSE(dark_background(filled));
+    for (int y = 0; y < 15; ++y)
+        for (int x = 0; x < 40; ++x)
+            filled.values()(x, y) = static_cast<float>(20 + x % 7);
+    const auto half = dark_background(filled);
+    ASSERT_TRUE(half);
+    EXPECT_EQ(half->share, 0.5);
+    EXPECT_EQ(half->level, 69);
+
+    EXPECT_EQ(told(), "") << "the project has a dark level";
+    write(vyn_db(), keys::wind_off_sens_dark, 0.0);
+    const auto found = dark_background(*get_images().find(image_names::wind_off_sens));
+    ASSERT_TRUE(found);
+    EXPECT_THAT(told(), testing::HasSubstr(" % of the pixels"));
+    write(vyn_db(), keys::wind_off_sens_dark, found->level);
+    EXPECT_EQ(told(), "");
+}
+
+TEST_F(Page, PartsOfTheUncertaintyAreListedWhenAskedFor) {
+    const auto listed = [&](const char* name) {
+        const auto results = page_state(vyn_db(), get_images()).results;
+        return std::ranges::find(results, name, &ResultEntry::image) != results.end();
+    };
+    write(vyn_db(), keys::uncertainty_enable, 1);
+    EXPECT_TRUE(listed(image_names::sigma));
+    EXPECT_FALSE(listed(image_names::sigma_terms[0]));
+    write(vyn_db(), keys::uncertainty_terms, 1);
+    EXPECT_TRUE(listed(image_names::sigma_terms[0]));
 }
 
 TEST_F(Page, RemarksCountSaturatedPixels) {

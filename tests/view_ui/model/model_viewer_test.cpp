@@ -130,6 +130,15 @@ TEST_F(ModelWindow, ShowsQuantitiesLimitsZonesAndProbes) {
     EXPECT_NE(canvas().picture(), all);
     zones->item(0)->setCheckState(Qt::Checked);
     EXPECT_EQ(canvas().picture(), all);
+    for (int zone = 0; zone < zones->count(); ++zone)
+        zones->item(zone)->setCheckState(Qt::Unchecked);
+    const QImage nothing = canvas().picture();
+    EXPECT_EQ(nothing.pixel(nothing.rect().center()), nothing.pixel(1, 1));
+    QTest::mouseMove(&canvas(), canvas().rect().center() + QPoint(1, 0));
+    EXPECT_EQ(viewer.statusBar()->currentMessage(), QString());
+    for (int zone = 0; zone < zones->count(); ++zone)
+        zones->item(zone)->setCheckState(Qt::Checked);
+    canvas().picture();
 
     QTest::mouseMove(&canvas(), canvas().rect().center());
     EXPECT_TRUE(viewer.statusBar()->currentMessage().startsWith(QStringLiteral("x-  node ")));
