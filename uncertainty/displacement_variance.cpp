@@ -62,27 +62,46 @@ DisplacementVariance on_nodes(const char* source, int width, int height) {
     return variance;
 }
 
-void interpolated(const Bitmap<float>& nodes, int step, int n, int row, float* out) {
-    const auto last = [](int count) { return std::max(0, count - 2); };
-    const int r = std::min(row / step, last(nodes.height()));
-    const float fy = nodes.height() < 2 ? 0 : std::min(1.0F, float(row - r * step) / float(step));
-    const float* above = nodes.row(r);
-    const float* below = nodes.row(std::min(r + 1, nodes.height() - 1));
-    const auto at = [&](int c) { return above[c] + fy * (below[c] - above[c]); };
-    for (int c = 0; c * step < n; ++c) {
-        const float left = at(std::min(c, nodes.width() - 1));
-        const float right = at(std::min(c + 1, nodes.width() - 1));
-        const int end = std::min(n, (c + 1) * step);
-        for (int x = c * step; x < end; ++x)
-            out[x] = left + (right - left) * (float(x - c * step) / float(step));
+/// Nodes of a plane between which a row of pixels lies.
+class NodeRow {
+  public:
+    NodeRow(const Bitmap<float>& nodes, int step, int row) : last_(nodes.width() - 1) {
+        const int r = std::min(row / step, std::max(0, nodes.height() - 2));
+        share_ = nodes.height() < 2 ? 0 : std::min(1.0F, float(row - r * step) / float(step));
+        above_ = nodes.row(r);
+        below_ = nodes.row(std::min(r + 1, nodes.height() - 1));
     }
-}
+    float at(int c) const {
+        const int node = std::min(c, last_);
+        return above_[node] + share_ * (below_[node] - above_[node]);
+    }
+
+  private:
+    int last_;
+    float share_;
+    const float* above_;
+    const float* below_;
+};
 
 }  // namespace
 
 void DisplacementVariance::row(int n, int row, float* var_x, float* var_y) const {
-    interpolated(x, step, n, row, var_x);
-    interpolated(y, step, n, row, var_y);
+    std::vector<float> shares(static_cast<std::size_t>(step));
+    for (int k = 0; k < step; ++k)
+        shares[static_cast<std::size_t>(k)] = float(k) / float(step);
+    const auto interpolate = [&](const Bitmap<float>& plane, float* out) {
+        const NodeRow nodes(plane, step, row);
+        for (int c = 0; c * step < n; ++c) {
+            const float left = nodes.at(c);
+            const float change = nodes.at(c + 1) - left;
+            const int count = std::min(step, n - c * step);
+            float* const to = out + c * step;
+            for (int k = 0; k < count; ++k)
+                to[k] = left + change * shares[static_cast<std::size_t>(k)];
+        }
+    };
+    interpolate(x, var_x);
+    interpolate(y, var_y);
 }
 
 double DisplacementVariance::typical() const {

@@ -59,6 +59,21 @@ static inline vfloat everywhere(float number) {
 #endif
 }
 
+static inline vfloat square_root(const vfloat& v) {
+#if defined(__AVX512F__)
+    return _mm512_maskz_sqrt_ps(0xffff, v);
+#elif defined(__AVX2__)
+    return _mm256_sqrt_ps(v);
+#elif defined(__SSE2__)
+    return _mm_sqrt_ps(v);
+#else
+    vfloat root{};
+    for (int i = 0; i < lanes; ++i)
+        root[i] = __builtin_sqrtf(v[i]);
+    return root;
+#endif
+}
+
 /// 0, 1, 2, ... as a vector of that type.
 template <class Vector>
 static inline Vector counting() {
@@ -158,6 +173,19 @@ static inline vfloat permuted(const vfloat& a, const vfloat& b, const vint& numb
 static inline vint permuted(const vint& a, const vint& b, const vint& numbers) {
     return reinterpret_cast<vint>(
         permuted(reinterpret_cast<vfloat>(a), reinterpret_cast<vfloat>(b), numbers));
+}
+
+/// The table's entries with these numbers.
+static inline vfloat gathered(const float* table, const vint& numbers) {
+#if defined(__AVX512F__)
+    return _mm512_mask_i32gather_ps(vfloat{}, 0xffff, reinterpret_cast<__m512i>(numbers), table, 4);
+#else
+    // no faster in one instruction, where there is one
+    vfloat entries{};
+    for (int i = 0; i < lanes; ++i)
+        entries[i] = table[numbers[i]];
+    return entries;
+#endif
 }
 
 /// Bytes as 32-bit numbers, and back (0 to 255). The compiler would take them one by one.

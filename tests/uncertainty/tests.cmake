@@ -1,4 +1,5 @@
 vyn_tests(uncertainty
     SOURCES
+        uncertainty_map_test.cpp
         uncertainty_test.cpp
     LINK vyn_uncertainty)

@@ -4,68 +4,73 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/kernels/vectors.h"
+
 namespace vyn::VYN_ISA {
 
 namespace {
 
 constexpr int parts = 32;
 
-void places(const double* __restrict above, const double* __restrict below, double share, int n,
-            std::int32_t* __restrict out) {
+void in_parts(int n, double* positions) {
     constexpr double farthest = 1e6;
     for (int i = 0; i < n; ++i) {
-        const double between = above[i] + share * (below[i] - above[i]);
         // a lens that diverges shows the pixel nowhere; it is excluded
-        const double position = std::abs(between) < farthest ? between : 0.0;
-        out[i] = static_cast<std::int32_t>(std::floor(position * parts + 0.5));
+        const double position = std::abs(positions[i]) < farthest ? positions[i] : 0.0;
+        positions[i] = parts * position;
     }
 }
 
-void phase(PlaceRow place, int seconds, int shift, int n, std::int32_t* out) {
-    if (!place.undistorted) {
-        for (int i = 0; i < n; ++i)
-            out[i] = (place.camera[i] & (parts - 1)) >> shift;
-    } else {
-        for (int i = 0; i < n; ++i) {
-            const std::int32_t second = place.undistorted[i] & (parts - 1);
-            const std::int32_t first = (place.camera[i] - second) & (parts - 1);
-            out[i] = (first >> shift) * seconds + (second >> shift);
-        }
-    }
-}
-
-void base(PlaceRow place, int n, std::int32_t* out) {
-    if (!place.undistorted) {
-        for (int i = 0; i < n; ++i)
-            out[i] = place.camera[i] >> 5;
-    } else {
-        for (int i = 0; i < n; ++i)
-            out[i] = (place.camera[i] - (place.undistorted[i] & (parts - 1))) >> 5;
-    }
-}
-
-void nearest(int stride, int width, int height, const std::int32_t* __restrict x,
-             const std::int32_t* __restrict y, int n, std::int32_t* __restrict place) {
+void places(const double* __restrict above, const double* __restrict below, double share, int n,
+            std::int32_t* __restrict out) {
     for (int i = 0; i < n; ++i) {
-        const int column = (x[i] + parts / 2) >> 5;
-        const int row = (y[i] + parts / 2) >> 5;
-        const int in_x = column < 0 ? 0 : column;
-        const int in_y = row < 0 ? 0 : row;
-        place[i] = (in_y < height ? in_y : height - 1) * stride + (in_x < width ? in_x : width - 1);
+        const double between = above[i] + share * (below[i] - above[i]);
+        out[i] = static_cast<std::int32_t>(std::floor(between + 0.5));
     }
 }
 
-void gather(const float* __restrict plane, const std::int32_t* __restrict place, int n,
-            float* __restrict out) {
-    for (int i = 0; i < n; ++i)
-        out[i] = plane[place[i]];
+/// Phases of places in a table of one or, for two samplings, of both one after the other.
+template <bool twice>
+inline vint phase_of(PlaceRow place, int i) {
+    const vint camera = load<vint>(place.camera + i);
+    if constexpr (!twice) return camera & (parts - 1);
+    const vint second = load<vint>(place.undistorted + i) & (parts - 1);
+    return ((camera - second) & (parts - 1)) * parts + second;
 }
 
-void gain(const float* __restrict table_x, const float* __restrict table_y,
-          const std::int32_t* __restrict phase_x, const std::int32_t* __restrict phase_y, int n,
-          float* __restrict out) {
-    for (int i = 0; i < n; ++i)
-        out[i] = table_x[phase_x[i]] * table_y[phase_y[i]];
+/// An entry of a table of as many as there are parts.
+inline vfloat entry_of(const float* table, const vint& part) {
+    if constexpr (2 * lanes == parts)
+        return permuted(load<vfloat>(table), load<vfloat>(table + lanes), part);
+    else
+        return gathered(table, part);
+}
+
+void gain(const float* table_x, const float* table_y, PlaceRow x, PlaceRow y, int n, float* out) {
+    if (x.undistorted)
+        for (int i = 0; i < n; i += lanes)
+            store(out + i, gathered(table_x, phase_of<true>(x, i)) *
+                               gathered(table_y, phase_of<true>(y, i)));
+    else
+        for (int i = 0; i < n; i += lanes)
+            store(out + i, entry_of(table_x, phase_of<false>(x, i)) *
+                               entry_of(table_y, phase_of<false>(y, i)));
+}
+
+inline vint clamped(const vint& v, int least, int most) {
+    const vint low = v < least ? vint{} + least : v;
+    return low > most ? vint{} + most : low;
+}
+
+void nearest(const SigmaPlane& plane, const std::int32_t* x, const std::int32_t* y, int n,
+             float* out) {
+    for (int i = 0; i < n; i += lanes) {
+        const vint column = (load<vint>(x + i) + parts / 2) >> 5;
+        const vint row = (load<vint>(y + i) + parts / 2) >> 5;
+        const vint place =
+            clamped(row, 0, plane.height - 1) * plane.stride + clamped(column, 0, plane.width - 1);
+        store(out + i, gathered(plane.first, place));
+    }
 }
 
 void noise(const NoiseRow& row, const float* __restrict gain, int n, const NoiseSums& sums,
@@ -114,22 +119,41 @@ void measured_noise(const NoiseRow& row, const float* __restrict variance,
     }
 }
 
-void shared(const float* __restrict table, int b_phases, int most_apart,
-            const std::int32_t* __restrict phase_a, const std::int32_t* __restrict base_a,
-            const std::int32_t* __restrict phase_b, const std::int32_t* __restrict base_b, int n,
-            float* __restrict out) {
-    const int across = 2 * most_apart + 1;
-    for (int i = 0; i < n; ++i) {
-        const int apart = base_b[i] - base_a[i];
-        const int held = std::clamp(apart, -most_apart, most_apart);
-        const float product =
-            table[(phase_a[i] * b_phases + phase_b[i]) * across + held + most_apart];
-        out[i] *= apart == held ? product : 0.0F;
+/// The entry of an axis' table at the phases of a and b, in 16th parts, and the whole pixels
+/// between their bases; 0 beyond.
+template <bool b_twice>
+inline vfloat along(const SharedAxis& axis, int i) {
+    const vint place_a = load<vint>(axis.camera_a + i);
+    vint place_b = load<vint>(axis.b.camera + i);
+    vint second{};
+    if constexpr (b_twice) {
+        second = load<vint>(axis.b.undistorted + i) & (parts - 1);
+        place_b -= second;
     }
+    const vint phase_a = (place_a & (parts - 1)) >> 1;
+    const vint phase_b = ((place_b & (parts - 1)) >> 1) * axis.b_seconds + (second >> 1);
+    const vint apart = (place_b >> 5) - (place_a >> 5);
+    const vint held = clamped(apart, -axis.most_apart, axis.most_apart);
+    const int across = 2 * axis.most_apart + 1;
+    const vint number = (phase_a * axis.b_phases + phase_b) * across + held + axis.most_apart;
+    return apart == held ? gathered(axis.table, number) : vfloat{};
 }
 
-void common(const SharedRow& row, const float* __restrict correlation, int n, const NoiseSums& sums,
-            float* __restrict flat, float* __restrict flat_white) {
+template <bool b_twice>
+inline void correlate(const SharedRow& row, int n, float* correlation) {
+    const SharedAxis x = row.x;
+    const SharedAxis y = row.y;
+    for (int i = 0; i < n; i += lanes)
+        store(correlation + i, along<b_twice>(x, i) * along<b_twice>(y, i));
+}
+
+void shared(const SharedRow& row, int n, const NoiseSums& sums, float* __restrict flat,
+            float* __restrict flat_white) {
+    float correlation[sigma_piece];
+    if (row.x.b.undistorted)
+        correlate<true>(row, n, correlation);
+    else
+        correlate<false>(row, n, correlation);
     const float* __restrict gain_a = row.gain_a;
     const float* __restrict gain_b = row.gain_b;
     const float flat2 = row.flat2;
@@ -150,222 +174,76 @@ void common(const SharedRow& row, const float* __restrict correlation, int n, co
     }
 }
 
-void slope(const float* above, const float* middle, const float* below,
-           const std::uint8_t* mask_above, const std::uint8_t* mask_middle,
-           const std::uint8_t* mask_below, float sign, int n, float* __restrict along_x,
-           float* __restrict along_y, float* __restrict valid) {
-    valid[0] = 0;
-    valid[n - 1] = 0;
-    for (int i = 1; i < n - 1; ++i) {
-        const float scale = sign / (2 * middle[i]);
-        along_x[i] += (middle[i + 1] - middle[i - 1]) * scale;
-        along_y[i] += (below[i] - above[i]) * scale;
-        const int excluded = mask_above[i] | mask_below[i] | mask_middle[i] | mask_middle[i - 1] |
-                             mask_middle[i + 1];
-        valid[i] = excluded != 0 ? 0.0F : valid[i];
-    }
-}
-
-void squares(int n, float* __restrict along_x, float* __restrict along_y,
-             const float* __restrict valid) {
-    for (int i = 0; i < n; ++i) {
-        const bool known = valid[i] != 0;
-        along_x[i] = known ? along_x[i] * along_x[i] : 0.0F;
-        along_y[i] = known ? along_y[i] * along_y[i] : 0.0F;
-    }
-}
-
-void column_sums(ThreeRows rows, int n, float* __restrict out) {
-    for (int i = 0; i < n; ++i)
-        out[i] = rows.above[i] + rows.middle[i] + rows.below[i];
-}
-
-void registration(const SlopeSums& sums, const float* of_difference, const float* var_x,
-                  const float* var_y, int n, float* __restrict variance) {
-    const float* __restrict x = sums.x;
-    const float* __restrict y = sums.y;
-    const float* __restrict count = sums.count;
-    const auto add = [&](int i, int left, int right) {
-        const float known = count[left] + count[i] + count[right];
-        const float each = known > 0 ? 1 / known : 0.0F;
-        const float mean_x = (x[left] + x[i] + x[right]) * each - of_difference[i];
-        const float mean_y = (y[left] + y[i] + y[right]) * each - of_difference[i];
-        variance[i] += std::max(mean_x, 0.0F) * var_x[i] + std::max(mean_y, 0.0F) * var_y[i];
-    };
-    // the outermost columns have no slopes of their own and take those beside
-    add(0, 0, std::min(1, n - 1));
-    for (int i = 1; i < n - 1; ++i)
-        add(i, i - 1, i + 1);
-    if (n > 1) add(n - 1, n - 2, n - 1);
-}
-
-constexpr int lanes = 8;
-
-double sum(const float* row, int n) {
-    double partial[lanes] = {};
-    int i = 0;
-    for (; i + lanes <= n; i += lanes)
-        for (int k = 0; k < lanes; ++k)
-            partial[k] += row[i + k];
-    double all = 0;
-    for (; i < n; ++i)
-        all += row[i];
-    for (const double part : partial)
-        all += part;
-    return all;
-}
-
-float largest_of(const float* row, int n) {
-    float partial[lanes] = {};
-    int i = 0;
-    for (; i + lanes <= n; i += lanes)
-        for (int k = 0; k < lanes; ++k)
-            partial[k] = row[i + k] > partial[k] ? row[i + k] : partial[k];
-    float all = 0;
-    for (; i < n; ++i)
-        all = std::max(all, row[i]);
-    for (const float part : partial)
-        all = std::max(all, part);
-    return all;
-}
-
-void root(const float* row, int n, float* __restrict out) {
-    for (int i = 0; i < n; ++i)
-        out[i] = std::sqrt(row[i]);
-}
-
-void tally(const float* largest, const std::uint8_t* mask, int n, float limit, int* valid,
-           int* above) {
-    int count = 0;
-    int noisy = 0;
-    for (int i = 0; i < n; ++i) {
-        count += mask[i] == 0 ? 1 : 0;
-        noisy += ((mask[i] == 0) & (largest[i] > limit)) ? 1 : 0;
-    }
-    *valid = count;
-    *above = noisy;
-}
-
-/// A variance that is a polynomial in r = fa * ratio; in double, for the terms of a fitted law
-/// cancel each other.
-void quartic_row(const double* coefficients, double fa, float scale2, const float* ratio,
-                 const std::uint8_t* mask, int n, float* __restrict out) {
-    const double c0 = coefficients[0];
-    const double c1 = coefficients[1];
-    const double c2 = coefficients[2];
-    const double c3 = coefficients[3];
-    const double c4 = coefficients[4];
-    if (c0 == 0 && c1 == 0 && c2 == 0 && c3 == 0 && c4 == 0) {
-        std::fill_n(out, n, 0.0F);
-        return;
-    }
-    for (int i = 0; i < n; ++i) {
-        const double r = fa * static_cast<double>(ratio[i]);
-        out[i] = static_cast<float>((((c4 * r + c3) * r + c2) * r + c1) * r + c0);
-    }
-    for (int i = 0; i < n; ++i)
-        out[i] = mask[i] == 0 && out[i] > 0 ? scale2 * out[i] : 0.0F;
-}
-
-double value_at(const double (&coefficients)[5], double u) {
-    const double(&c)[5] = coefficients;
-    return (((c[4] * u + c[3]) * u + c[2]) * u + c[1]) * u + c[0];
-}
-
-double quartic_at(const double (&c)[5][5], double r, double u) {
-    return (((value_at(c[4], u) * r + value_at(c[3], u)) * r + value_at(c[2], u)) * r +
-            value_at(c[1], u)) *
-               r +
-           value_at(c[0], u);
-}
-
-void law_at(const LawRow& law, const LawOfTemperature& of_temperature, const float* ratio,
-            const float* values, const float* sigma, const std::uint8_t* mask, int n,
-            const TermRows& rows) {
-    const LawOfTemperature by = of_temperature;
-    const double scale2 = double(law.scale) * double(law.scale);
-    const double fa = law.fa;
-    float* __restrict temperature = rows.first + 4 * rows.stride;
-    float* __restrict reference = rows.first + 5 * rows.stride;
-    float* __restrict coefficients = rows.first + 6 * rows.stride;
-    float* __restrict by_ratio = rows.first + 8 * rows.stride;
-    for (int i = 0; i < n; ++i) {
-        const double r = fa * static_cast<double>(ratio[i]);
-        const double u = by.factor * static_cast<double>(values[i]) + by.offset;
-        const double deviation = by.to_law * static_cast<double>(sigma[i]);
-        const double slope =
-            (value_at(by.by_log_ratio[2], u) * r + value_at(by.by_log_ratio[1], u)) * r;
-        const double of_t = quartic_at(by.temperature, r, u) * deviation * deviation;
-        const double of_reference = quartic_at(by.reference, r, u);
-        const double of_law = quartic_at(by.law, r, u);
-        const double valid = mask[i] == 0 ? scale2 : 0.0;
-        by_ratio[i] = static_cast<float>(valid * slope * slope);
-        temperature[i] = static_cast<float>(of_t > 0 ? valid * of_t : 0.0);
-        reference[i] = static_cast<float>(of_reference > 0 ? valid * of_reference : 0.0);
-        coefficients[i] = static_cast<float>(of_law > 0 ? valid * of_law : 0.0);
-    }
-}
-
-void combine(const LawRow& law_row, const RatioVarianceRow& variances, const float* ratio,
-             const float* value, const std::uint8_t* mask, int n, const TermRows& rows,
-             float* __restrict total, float* __restrict common, float* __restrict area) {
-    const LawRow law = law_row;
-    const RatioVarianceRow in = variances;
-    const float scale2 = law.scale * law.scale;
-    const auto row = [&rows](int term) { return rows.first + term * rows.stride; };
-    float* __restrict noise = row(0);
-    float* __restrict flat = row(1);
-    float* __restrict registration = row(2);
-    float* __restrict lamp = row(3);
-    float* __restrict temperature = row(4);
-    float* __restrict reference = row(5);
-    float* __restrict coefficients = row(6);
-    float* __restrict conditions = row(7);
-    float* __restrict by_ratio = row(8);
-    if (!law.given)
-        for (int i = 0; i < n; ++i) {
-            const float r = law.fa * ratio[i];
-            const float slope = (law.by_log_ratio[2] * r + law.by_log_ratio[1]) * r;
-            by_ratio[i] = mask[i] == 0 ? scale2 * slope * slope : 0.0F;
+void slopes(const SlopePart* slope_parts, int count, int n, const SlopeRow& out) {
+    const vint number = counting<vint>();
+    for (int i = 0; i < n; i += lanes) {
+        vint excluded = (number + i == 0) | (number + i >= n - 1);
+        for (int k = 0; k < count; ++k) {
+            const SlopePart& part = slope_parts[k];
+            excluded |= load_bytes(part.mask[0] + i) | load_bytes(part.mask[2] + i) |
+                        load_bytes(part.mask[1] + i) | load_bytes(part.mask[1] + i - 1) |
+                        load_bytes(part.mask[1] + i + 1);
         }
-    // Where nothing is to be seen a picture may be 0, and what is relative to it infinite.
-    for (int i = 0; i < n; ++i) {
-        noise[i] = mask[i] == 0 ? by_ratio[i] * in.noise[i] : 0.0F;
-        flat[i] = mask[i] == 0 ? by_ratio[i] * in.flat[i] : 0.0F;
+        const vint known = excluded == 0;
+        vfloat along_x{};
+        vfloat along_y{};
+        for (int k = 0; k < count && any(known); ++k) {
+            const SlopePart& part = slope_parts[k];
+            const float* middle = part.value[1] + i;
+            const vfloat scale = part.sign / (2 * load<vfloat>(middle));
+            along_x += (load<vfloat>(middle + 1) - load<vfloat>(middle - 1)) * scale;
+            along_y += (load<vfloat>(part.value[2] + i) - load<vfloat>(part.value[0] + i)) * scale;
+        }
+        store(out.x + i, known ? along_x * along_x : vfloat{});
+        store(out.y + i, known ? along_y * along_y : vfloat{});
+        store(out.known + i, known ? everywhere(1) : vfloat{});
     }
-    for (int i = 0; i < n; ++i) {
-        registration[i] = mask[i] == 0 ? by_ratio[i] * in.registration[i] : 0.0F;
-        lamp[i] = by_ratio[i] * in.lamp;
+}
+
+/// Sums of the columns of three rows, from one vector before a piece to one after it.
+class ColumnSums {
+  public:
+    ColumnSums(const SlopeRow (&rows)[3], float* SlopeRow::*plane, int n) {
+        const float* __restrict above = rows[0].*plane - lanes;
+        const float* __restrict middle = rows[1].*plane - lanes;
+        const float* __restrict below = rows[2].*plane - lanes;
+        for (int i = 0; i < n + 2 * lanes; i += lanes)
+            store(sums_ + i,
+                  load<vfloat>(above + i) + load<vfloat>(middle + i) + load<vfloat>(below + i));
     }
-    if (!law.given) {
-        const auto fa = static_cast<double>(law.fa);
-        quartic_row(law.temperature, fa, scale2, ratio, mask, n, temperature);
-        quartic_row(law.reference, fa, scale2, ratio, mask, n, reference);
-        quartic_row(law.law, fa, scale2, ratio, mask, n, coefficients);
+    /// Over 3 x 3 pixels about each.
+    vfloat about(int i) const {
+        const float* here = sums_ + lanes + i;
+        return load<vfloat>(here - 1) + load<vfloat>(here) + load<vfloat>(here + 1);
     }
-    for (int i = 0; i < n; ++i) {
-        const float divided = law.shift2 + law.of_value2 * value[i] * value[i];
-        conditions[i] = mask[i] == 0 ? divided : 0.0F;
-    }
-    for (int i = 0; i < n; ++i) {
-        const float shared_variance = registration[i] + lamp[i] + temperature[i] + reference[i] +
-                                      coefficients[i] + conditions[i];
-        common[i] = std::sqrt(shared_variance);
-        total[i] = std::sqrt(noise[i] + flat[i] + shared_variance);
-    }
-    for (int i = 0; i < n; ++i) {
-        const float white = mask[i] == 0 ? in.noise_white[i] + in.flat_white[i] : 0.0F;
-        area[i] = std::sqrt(by_ratio[i] * white);
-        by_ratio[i] *= mask[i] == 0 ? in.shot[i] : 0.0F;
+
+  private:
+    float sums_[sigma_piece + 2 * lanes];
+};
+
+void registration(const RegistrationRow& row, int n, float* __restrict variance) {
+    const ColumnSums x(row.slopes, &SlopeRow::x, n);
+    const ColumnSums y(row.slopes, &SlopeRow::y, n);
+    const ColumnSums count(row.slopes, &SlopeRow::known, n);
+    const auto not_negative = [](const vfloat& v) { return v < 0 ? vfloat{} : v; };
+    for (int i = 0; i < n; i += lanes) {
+        vfloat of_difference{};
+        for (int k = 0; k < row.pictures; ++k)
+            of_difference += load<vfloat>(row.own[k] + i) / 2;
+        const vfloat known = count.about(i);
+        const vfloat each = known > 0 ? 1 / known : vfloat{};
+        const vfloat mean_x = x.about(i) * each - of_difference;
+        const vfloat mean_y = y.about(i) * each - of_difference;
+        const vfloat added = not_negative(mean_x) * load<vfloat>(row.var_x + i) +
+                             not_negative(mean_y) * load<vfloat>(row.var_y + i);
+        store(variance + i, load<vfloat>(variance + i) + added);
     }
 }
 
 }  // namespace
 
 extern const SigmaKernels sigma_kernels;
-const SigmaKernels sigma_kernels{places,     phase,   base,           nearest,      gather,
-                                 gain,       noise,   measured_noise, shared,       common,
-                                 slope,      squares, column_sums,    registration, sum,
-                                 largest_of, root,    tally,          law_at,       combine};
+const SigmaKernels sigma_kernels{in_parts,       places, gain,   nearest,     noise,
+                                 measured_noise, shared, slopes, registration};
 
 }  // namespace vyn::VYN_ISA

@@ -1,14 +1,25 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace vyn {
 
-/// Places of a row's pixels, in 32nd parts of a pixel.
+/// Rows are worked on in pieces of at most so many pixels, whose numbers stay in the fastest
+/// memory.
+constexpr int sigma_piece = 512;
+
+/// Places of pixels along one axis, in 32nd parts of a pixel.
 struct PlaceRow {
     const std::int32_t* camera;       ///< in the camera's picture
     const std::int32_t* undistorted;  ///< in the undistorted picture; null unless sampled twice
+};
+
+/// A plane whose nearest pixels are looked up.
+struct SigmaPlane {
+    const float* first;
+    int stride;
+    int width;
+    int height;
 };
 
 /// What a row of a picture's noise is made of.
@@ -30,15 +41,20 @@ struct NoiseSums {
     float* largest;
 };
 
-/// Sums of the squared slopes, and of the pixels that have them, of three rows.
-struct SlopeSums {
-    const float* x;
-    const float* y;
-    const float* count;
+/// Along one axis: how two pictures hang together, as in SharedWeights.
+struct SharedAxis {
+    const float* table;
+    int b_phases;
+    int b_seconds;
+    int most_apart;
+    const std::int32_t* camera_a;
+    PlaceRow b;
 };
 
 /// A row of two pictures with a common flat field or dark picture.
 struct SharedRow {
+    SharedAxis x;
+    SharedAxis y;
     const float* gain_a;
     const float* gain_b;
     const float* intensity_a;
@@ -49,115 +65,57 @@ struct SharedRow {
     float dark;   ///< variance of the dark picture; 0: each has its own
 };
 
-struct LawRow {
-    float fa;
-    float by_log_ratio[3];
-    double temperature[5];
-    double reference[5];
-    double law[5];
-    bool given;       ///< `law_at` has written the terms by the law, and the slope in the last row
-    float scale;      ///< output unit per unit of the law
-    float shift2;     ///< variance that the same error of all values adds, output unit squared
-    float of_value2;  ///< relative variance of the divisor
+/// The rows y - 1, y and y + 1 of a picture, with its sign in the logarithm of the ratio.
+struct SlopePart {
+    const float* value[3];
+    const std::uint8_t* mask[3];
+    float sign;
 };
 
-/// The law where each pixel has a temperature: coefficients of r^i u^j, u = -1 .. 1 over the map's
-/// temperatures.
-struct LawOfTemperature {
-    double by_log_ratio[3][5];
-    double temperature[5][5];
-    double reference[5][5];
-    double law[5][5];
-    double factor;  ///< u = factor * value + offset
-    double offset;
-    double to_law;  ///< a difference in the law's unit per one of the map's
+/// Squared slopes of ln I along a row, and 1 where they are known; 0 where they are not.
+struct SlopeRow {
+    float* x;
+    float* y;
+    float* known;
 };
 
-/// The same plane's rows y - 1, y and y + 1.
-struct ThreeRows {
-    const float* above;
-    const float* middle;
-    const float* below;
+/// Variances of the places of a row's pixels, and what they make of.
+struct RegistrationRow {
+    SlopeRow slopes[3];  ///< of the rows y - 1, y and y + 1
+    const float* const* own;
+    int pictures;  ///< whose own noise is in the slopes
+    const float* var_x;
+    const float* var_y;
 };
 
-/// Relative variances of a row's ratios.
-struct RatioVarianceRow {
-    const float* noise;
-    const float* noise_white;
-    const float* shot;  ///< of it by photons alone
-    const float* flat;
-    const float* flat_white;
-    const float* registration;
-    float lamp;
-};
-
-constexpr int sigma_rows = 9;  ///< of variances that `combine` writes
-
-struct TermRows {
-    float* first;
-    std::ptrdiff_t stride;  ///< no power of two: the rows are written side by side
-};
-
+/// Rows are readable and writable up to the next multiple of 16 pixels.
 struct SigmaKernels {
-    /// Whole 32nd parts nearest to positions in pixels, a share of the way from one row's to
-    /// another's.
+    /// Positions in pixels become 32nd parts.
+    void (*in_parts)(int n, double* positions);
+    /// Whole parts nearest to those a share of the way from one row's to another's.
     void (*places)(const double* above, const double* below, double share, int n,
                    std::int32_t* parts);
-    /// Number of the phase in tables of `seconds` second phases each, the parts divided by 2^shift.
-    void (*phase)(PlaceRow place, int seconds, int shift, int n, std::int32_t* phase);
-    /// Whole pixel of the first sampling.
-    void (*base)(PlaceRow place, int n, std::int32_t* base);
-    /// The nearest pixels, folded onto the border of a plane, as places in it.
-    void (*nearest)(int stride, int width, int height, const std::int32_t* x, const std::int32_t* y,
-                    int n, std::int32_t* place);
-    void (*gather)(const float* plane, const std::int32_t* place, int n, float* out);
-    /// gain = table_x[phase_x] * table_y[phase_y]
-    void (*gain)(const float* table_x, const float* table_y, const std::int32_t* phase_x,
-                 const std::int32_t* phase_y, int n, float* out);
+    /// The product of both axes' tables at the phases of the places.
+    void (*gain)(const float* table_x, const float* table_y, PlaceRow x, PlaceRow y, int n,
+                 float* out);
+    /// The plane's values at the nearest pixels, those outside folded onto its border.
+    void (*nearest)(const SigmaPlane& plane, const std::int32_t* x, const std::int32_t* y, int n,
+                    float* out);
     /// Adds a picture's relative variances; `own` is what it adds to the noise.
     void (*noise)(const NoiseRow& row, const float* gain, int n, const NoiseSums& sums, float* own);
     /// The same from measured variances, times the row's slope.
     void (*measured_noise)(const NoiseRow& row, const float* variance, const float* gain, int n,
                            const NoiseSums& sums, float* own);
-    /// Multiplies by the entry of one axis' table at the phases of a and b and the whole pixels
-    /// between their bases, up to most_apart of them; 0 beyond.
-    void (*shared)(const float* table, int b_phases, int most_apart, const std::int32_t* phase_a,
-                   const std::int32_t* base_a, const std::int32_t* phase_b,
-                   const std::int32_t* base_b, int n, float* correlation);
     /// Adds what errors of a common flat field and dark picture make of the ratio.
-    void (*common)(const SharedRow& row, const float* correlation, int n, const NoiseSums& sums,
-                   float* flat, float* flat_white);
-    /// Adds `sign` times the logarithm's slopes; clears `valid` where a neighbour is excluded.
-    void (*slope)(const float* above, const float* middle, const float* below,
-                  const std::uint8_t* mask_above, const std::uint8_t* mask_middle,
-                  const std::uint8_t* mask_below, float sign, int n, float* along_x, float* along_y,
-                  float* valid);
-    /// Squares the slopes; 0 where they are not valid.
-    void (*squares)(int n, float* along_x, float* along_y, const float* valid);
-    void (*column_sums)(ThreeRows rows, int n, float* out);
+    void (*shared)(const SharedRow& row, int n, const NoiseSums& sums, float* flat,
+                   float* flat_white);
+    /// Of a whole row of n pixels and the sum of the parts' logarithms. Not known beside excluded
+    /// pixels and in the outermost columns. Reads one pixel beside the row.
+    void (*slopes)(const SlopePart* parts, int count, int n, const SlopeRow& out);
     /// Adds the variance that uncertain places give: the mean of the squared slopes over 3 x 3
-    /// pixels less `of_difference`, not below 0, times the places' variances.
-    void (*registration)(const SlopeSums& sums, const float* of_difference, const float* var_x,
-                         const float* var_y, int n, float* variance);
-    /// Over the row, the same on every instruction set.
-    double (*sum)(const float* row, int n);
-    /// Of values that are not negative; 0 for none.
-    float (*largest)(const float* row, int n);
-    void (*root)(const float* row, int n, float* out);
-    /// Valid pixels, and those of them whose `largest` is above a limit.
-    void (*tally)(const float* largest, const std::uint8_t* mask, int n, float limit, int* valid,
-                  int* above);
-    /// The rows temperature, reference and law of `terms`, and into the last one the squared slope
-    /// by ln R, where each pixel has a temperature and a standard deviation of it.
-    void (*law_at)(const LawRow& law, const LawOfTemperature& of_temperature, const float* ratio,
-                   const float* temperature, const float* sigma, const std::uint8_t* mask, int n,
-                   const TermRows& terms);
-    /// Variances in the output unit squared into `terms`, sigma_rows rows of n: noise, flat,
-    /// registration, lamp, temperature, reference, law, conditions, and photons alone; 0 at
-    /// excluded pixels.
-    void (*combine)(const LawRow& law, const RatioVarianceRow& variances, const float* ratio,
-                    const float* value, const std::uint8_t* mask, int n, const TermRows& terms,
-                    float* total, float* common, float* area);
+    /// pixels less half of the pictures' own noise, not below 0, times the places' variances. Reads
+    /// 16 slopes before the row, and as many after it.
+    void (*registration)(const RegistrationRow& row, int n, float* variance);
 };
 
 }  // namespace vyn

@@ -1,0 +1,432 @@
+#include "uncertainty/map_rows.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "api/isa.h"
+#include "api/parallel.h"
+#include "uncertainty/kernels/sigma_kernels.h"
+#include "uncertainty/kernels/term_kernels.h"
+#include "uncertainty/law_rows.h"
+
+namespace vyn {
+
+VYN_CHOOSE_KERNELS(SigmaKernels, sigma_kernels)
+VYN_CHOOSE_KERNELS(TermKernels, term_kernels)
+
+namespace {
+
+constexpr int rows_per_block = 32;
+static_assert(sigma_rows == sigma_term_count + 1);
+
+/// Kernels go through rows in whole vectors.
+constexpr int widest = 16;
+int whole_vectors(int n) {
+    return (n + widest - 1) / widest * widest;
+}
+
+/// A row's piece, aligned as the widest vectors are; pieces side by side are no power of two apart.
+template <class T>
+struct alignas(64) Piece {
+    std::array<T, sigma_piece + widest> at{};
+    T* data() { return at.data(); }
+    const T* data() const { return at.data(); }
+};
+using Floats = Piece<float>;
+using Parts = Piece<std::int32_t>;
+
+/// Tables of a picture's interpolation and filter, per axis.
+struct PictureTables {
+    PictureTables(const UncertainPoint& point, const UncertainPicture& picture)
+        : samplings(!picture.camera        ? Samplings::none
+                    : !picture.undistorted ? Samplings::one
+                                           : Samplings::two),
+          x(point.degree, samplings, filter_of(point), point.filter ? point.filter->dx : 0),
+          y(point.degree, samplings, filter_of(point), point.filter ? point.filter->dy : 0),
+          gain_x(gains(x)),
+          gain_y(gains(y)),
+          filter(static_cast<float>(variance_of_filter(filter_of(point)))) {}
+
+    static const FilterOptions* filter_of(const UncertainPoint& point) {
+        // A window of one pixel in either direction leaves the picture as it is.
+        if (!point.filter || point.filter->dx < 2 || point.filter->dy < 2) return nullptr;
+        return &*point.filter;
+    }
+
+    /// An entry for each phase, also where all places are whole pixels.
+    static std::vector<float> gains(const ResamplingWeights& weights) {
+        std::vector<float> gains = weights.gains();
+        if (gains.size() < ResamplingWeights::phases) gains.resize(ResamplingWeights::phases);
+        return gains;
+    }
+
+    Samplings samplings;
+    ResamplingWeights x;
+    ResamplingWeights y;
+    std::vector<float> gain_x;
+    std::vector<float> gain_y;
+    float filter;
+};
+
+/// Where a map takes the pixels of rows that are asked for in their order: every few rows by the
+/// map itself, straight between them, which is far finer than the parts of a pixel that count here.
+class MappedRows {
+  public:
+    void go_to(const RowMap& map, int y, int width, const SigmaKernels& kernels) {
+        const int first = y - y % step;
+        if (first != first_) {
+            if (first == first_ + step && first_ >= 0)
+                std::swap(above_, below_);
+            else
+                above_.fill(map, first, width, kernels);
+            below_.fill(map, first + step, width, kernels);
+            first_ = first;
+        }
+        share_ = double(y - first) / step;
+    }
+    /// Of n pixels of that row.
+    void places(int x0, int n, const SigmaKernels& kernels, Parts& x, Parts& y) const {
+        kernels.places(above_.of.row(0) + x0, below_.of.row(0) + x0, share_, n, x.data());
+        kernels.places(above_.of.row(1) + x0, below_.of.row(1) + x0, share_, n, y.data());
+    }
+
+  private:
+    static constexpr int step = 4;
+    struct Row {
+        void fill(const RowMap& map, int row, int width, const SigmaKernels& kernels) {
+            if (of.empty()) of = Bitmap<double>(whole_vectors(width), 2);
+            map(0, width, row, of.row(0), of.row(1));
+            for (int axis = 0; axis < 2; ++axis)
+                kernels.in_parts(whole_vectors(width), of.row(axis));
+        }
+        Bitmap<double> of;  ///< x and y
+    };
+    int first_ = -1;
+    double share_ = 0;
+    Row above_, below_;
+};
+
+/// Tables of two pictures' common pixels.
+struct SharedTables {
+    SharedTables(const PictureTables& a, const PictureTables& b) : x(a.x, b.x), y(a.y, b.y) {}
+    SharedWeights x;
+    SharedWeights y;
+};
+
+/// A piece of a row of one picture.
+struct PictureRow {
+    PictureRow() { flat.at.fill(1); }
+    /// The places of a picture that nobody moved.
+    void lies_at(int x, int y, int n) {
+        for (int i = 0; i < n; ++i)
+            camera_x.data()[i] = (x + i) * ResamplingWeights::phases;
+        std::fill_n(camera_y.data(), n, y * ResamplingWeights::phases);
+    }
+
+    MappedRows camera, undistorted;
+    Parts camera_x, camera_y, undistorted_x, undistorted_y;
+    Floats flat, gain, own;
+};
+
+/// Squared slopes of three rows at a time, and the variances of a row's places.
+class MovedRows {
+  public:
+    explicit MovedRows(int width)
+        : slopes_(width + 2 * widest, 9, 0), variances_(whole_vectors(width), 2, 0) {}
+
+    SlopeRow slopes(int y) {
+        const int first = (y + 3) % 3 * 3;
+        const auto row = [&](int plane) { return slopes_.row(first + plane) + widest; };
+        return {row(0), row(1), row(2)};
+    }
+    float* variance(int axis) { return variances_.row(axis); }
+
+    int until = -1;  ///< the row behind those whose slopes are there; -1: none
+
+  private:
+    Bitmap<float> slopes_;
+    Bitmap<float> variances_;
+};
+
+/// What one block of rows works with.
+struct Work {
+    Work(std::size_t pictures, std::size_t moved, int width)
+        : of_picture(pictures), of_moved(moved, MovedRows(width)) {}
+
+    NoiseSums sums() { return {noise.data(), white.data(), shot.data(), largest.data()}; }
+    TermRows term_rows() {
+        return {terms[0].data(), static_cast<std::ptrdiff_t>(sizeof(Floats) / sizeof(float))};
+    }
+
+    std::vector<PictureRow> of_picture;
+    std::vector<MovedRows> of_moved;
+    std::vector<SlopePart> slope_parts;
+    std::vector<const float*> own;
+    Floats noise, white, shot, largest, flat, flat_white, registration, measured;
+    std::array<Floats, sigma_rows> terms;
+};
+
+/// Pixels of a row that are worked on together, and as many as whole vectors have.
+struct Span {
+    int x;
+    int y;
+    int n;
+    int whole() const { return whole_vectors(n); }
+};
+
+class MapRows {
+  public:
+    MapRows(const UncertainPoint& point, UncertaintyMap& map)
+        : point_(point),
+          kernels_(active_sigma_kernels()),
+          term_kernels_(active_term_kernels()),
+          width_(point.field->width()),
+          height_(point.field->height()),
+          laws_(law_rows(point)) {
+        for (image* plane : {&map.total, &map.common, &map.area})
+            planes_.push_back(&plane->values());
+        for (image& term : map.terms)
+            terms_.push_back(&term.values());
+        for (const UncertainPicture& picture : point.pictures)
+            tables_.emplace_back(point, picture);
+        for (const SharedPictures& pair : point.shared)
+            shared_.emplace_back(tables_[pair.a], tables_[pair.b]);
+        sums_.assign(static_cast<std::size_t>(height_), {});
+    }
+
+    void operator()(int y0, int y1);
+
+    /// Over all rows, in their order.
+    SigmaSums sums() const {
+        SigmaSums all;
+        for (const RowSums& row : sums_) {
+            all.largest = std::max(all.largest, row.tally.largest);
+            for (std::size_t i = 0; i < all.terms.size(); ++i)
+                all.terms[i] += row.terms[i];
+            all.valid += row.tally.valid;
+            all.too_noisy += row.tally.too_noisy;
+        }
+        return all;
+    }
+
+  private:
+    struct RowSums {
+        std::array<double, sigma_rows> terms{};
+        SigmaTally tally{};
+    };
+
+    void start_row(int y, Work& work) const;
+    void slopes(const MovedPictures& moved, int y, Work& work, MovedRows& rows) const;
+    void piece(Span span, Work& work);
+    void picture_row(std::size_t i, Span span, Work& work) const;
+    PlaceRow place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const;
+    void shared_row(std::size_t pair, Span span, Work& work) const;
+    void registration_row(std::size_t i, Span span, Work& work) const;
+    void combine(Span span, Work& work);
+    void leave_out(Span span);
+
+    const UncertainPoint& point_;
+    std::vector<Bitmap<float>*> planes_;  ///< of the map: total, common, area
+    std::vector<Bitmap<float>*> terms_;
+    const SigmaKernels& kernels_;
+    const TermKernels& term_kernels_;
+    int width_;
+    int height_;
+    LawRows laws_;
+    std::vector<PictureTables> tables_;
+    std::vector<SharedTables> shared_;
+    std::vector<RowSums> sums_;
+};
+
+/// What is made of whole rows at once.
+void MapRows::start_row(int y, Work& work) const {
+    for (std::size_t i = 0; i < point_.pictures.size(); ++i) {
+        const UncertainPicture& picture = point_.pictures[i];
+        PictureRow& row = work.of_picture[i];
+        if (picture.camera) row.camera.go_to(picture.camera, y, width_, kernels_);
+        if (tables_[i].samplings == Samplings::two)
+            row.undistorted.go_to(picture.undistorted, y, width_, kernels_);
+    }
+    for (std::size_t i = 0; i < point_.moved.size(); ++i) {
+        MovedRows& rows = work.of_moved[i];
+        for (int row = std::max(rows.until, y - 1); row <= y + 1; ++row)
+            slopes(point_.moved[i], row, work, rows);
+        rows.until = y + 2;
+        point_.moved[i].variance.row(width_, y, rows.variance(0), rows.variance(1));
+    }
+}
+
+void MapRows::slopes(const MovedPictures& moved, int y, Work& work, MovedRows& rows) const {
+    const SlopeRow out = rows.slopes(y);
+    if (y <= 0 || y >= height_ - 1) {
+        for (float* plane : {out.x, out.y, out.known})
+            std::fill_n(plane, width_, 0.0F);
+        return;
+    }
+    work.slope_parts.clear();
+    for (const MovedPictures::Part& part : moved.parts) {
+        const image& picture = *point_.pictures[part.picture].in_frame;
+        const Bitmap<float>& values = picture.values();
+        const Bitmap<std::uint8_t>& mask = picture.mask();
+        work.slope_parts.push_back({{values.row(y - 1), values.row(y), values.row(y + 1)},
+                                    {mask.row(y - 1), mask.row(y), mask.row(y + 1)},
+                                    float(part.sign)});
+    }
+    kernels_.slopes(work.slope_parts.data(), static_cast<int>(work.slope_parts.size()), width_,
+                    out);
+}
+
+PlaceRow MapRows::place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const {
+    return {camera.data(), tables_[i].samplings == Samplings::two ? undistorted.data() : nullptr};
+}
+
+void MapRows::picture_row(std::size_t i, Span span, Work& work) const {
+    const UncertainPicture& picture = point_.pictures[i];
+    const PictureTables& tables = tables_[i];
+    PictureRow& row = work.of_picture[i];
+    const int n = span.whole();
+    if (picture.camera)
+        row.camera.places(span.x, n, kernels_, row.camera_x, row.camera_y);
+    else
+        row.lies_at(span.x, span.y, n);
+    if (tables.samplings == Samplings::two)
+        row.undistorted.places(span.x, n, kernels_, row.undistorted_x, row.undistorted_y);
+    kernels_.gain(tables.gain_x.data(), tables.gain_y.data(),
+                  place_of(i, row.camera_x, row.undistorted_x),
+                  place_of(i, row.camera_y, row.undistorted_y), n, row.gain.data());
+    const auto nearest = [&](const Bitmap<float>& plane, Floats& out) {
+        kernels_.nearest({plane.row(0), plane.stride(), plane.width(), plane.height()},
+                         row.camera_x.data(), row.camera_y.data(), n, out.data());
+    };
+    if (picture.flat) nearest(picture.flat->values(), row.flat);
+    const NoiseLine& line = picture.noise;
+    NoiseRow noise{picture.in_frame->values().row(span.y) + span.x,
+                   row.flat.data(),
+                   static_cast<float>(line.offset),
+                   static_cast<float>(line.slope),
+                   static_cast<float>(line.relative * line.relative),
+                   static_cast<float>(line.dark),
+                   tables.filter};
+    if (line.frames) {
+        noise.slope = 1 / static_cast<float>(line.frames->frames);
+        nearest(line.frames->variance, work.measured);
+        kernels_.measured_noise(noise, work.measured.data(), row.gain.data(), n, work.sums(),
+                                row.own.data());
+    } else {
+        kernels_.noise(noise, row.gain.data(), n, work.sums(), row.own.data());
+    }
+}
+
+void MapRows::shared_row(std::size_t pair, Span span, Work& work) const {
+    const SharedPictures& what = point_.shared[pair];
+    const SharedTables& tables = shared_[pair];
+    const PictureRow& a = work.of_picture[what.a];
+    const PictureRow& b = work.of_picture[what.b];
+    const auto along = [](const SharedWeights& weights, const Parts& place_a, PlaceRow place_b) {
+        return SharedAxis{weights.table().data(), weights.b_firsts() * weights.b_seconds(),
+                          weights.b_seconds(),    SharedWeights::most_apart,
+                          place_a.data(),         place_b};
+    };
+    const auto intensity = [&](std::size_t i) {
+        return point_.pictures[i].in_frame->values().row(span.y) + span.x;
+    };
+    const SharedRow row{along(tables.x, a.camera_x, place_of(what.b, b.camera_x, b.undistorted_x)),
+                        along(tables.y, a.camera_y, place_of(what.b, b.camera_y, b.undistorted_y)),
+                        a.gain.data(),
+                        b.gain.data(),
+                        intensity(what.a),
+                        intensity(what.b),
+                        a.flat.data(),
+                        b.flat.data(),
+                        static_cast<float>(what.flat_relative * what.flat_relative),
+                        what.same_dark ? float(point_.pictures[what.a].noise.dark) : 0.0F};
+    kernels_.shared(row, span.whole(), work.sums(), work.flat.data(), work.flat_white.data());
+}
+
+void MapRows::registration_row(std::size_t i, Span span, Work& work) const {
+    MovedRows& rows = work.of_moved[i];
+    const auto slopes = [&](int y) {
+        const SlopeRow row = rows.slopes(y);
+        return SlopeRow{row.x + span.x, row.y + span.x, row.known + span.x};
+    };
+    work.own.clear();
+    for (const MovedPictures::Part& part : point_.moved[i].parts)
+        work.own.push_back(work.of_picture[part.picture].own.data());
+    const RegistrationRow row{{slopes(span.y - 1), slopes(span.y), slopes(span.y + 1)},
+                              work.own.data(),
+                              static_cast<int>(work.own.size()),
+                              rows.variance(0) + span.x,
+                              rows.variance(1) + span.x};
+    kernels_.registration(row, span.whole(), work.registration.data());
+}
+
+void MapRows::combine(Span span, Work& work) {
+    const auto row_of = [&](auto&& plane) { return plane.row(span.y) + span.x; };
+    const std::uint8_t* mask = row_of(point_.field->mask());
+    const float* ratio = row_of(point_.ratio->values());
+    const TermRows terms = work.term_rows();
+    if (const auto& temperature = point_.temperature)
+        term_kernels_.law_at(laws_.law, laws_.of_temperature, ratio,
+                             row_of(temperature->values->values()),
+                             row_of(temperature->sigma->values()), mask, span.n, terms);
+    const RatioVarianceRow variances{
+        work.noise.data(),      work.white.data(),
+        work.shot.data(),       work.flat.data(),
+        work.flat_white.data(), work.registration.data(),
+        work.largest.data(),    static_cast<float>(point_.lamp + point_.other)};
+    RowSums& sums = sums_[static_cast<std::size_t>(span.y)];
+    term_kernels_.combine(laws_.law, variances, ratio, row_of(point_.field->values()), mask, span.n,
+                          terms, {row_of(*planes_[0]), row_of(*planes_[1]), row_of(*planes_[2])},
+                          &sums.tally);
+    term_kernels_.add_sums(terms, span.n, sums.terms.data());
+    for (std::size_t term = 0; term < terms_.size(); ++term)
+        term_kernels_.root(work.terms[term].data(), span.n, row_of(*terms_[term]));
+}
+
+/// Excluded pixels have no deviation.
+void MapRows::leave_out(Span span) {
+    for (const auto* planes : {&planes_, &terms_})
+        for (Bitmap<float>* plane : *planes)
+            std::fill_n(plane->row(span.y) + span.x, span.n, 0.0F);
+}
+
+void MapRows::piece(Span span, Work& work) {
+    int first = 0;
+    int end = 0;
+    term_kernels_.valid_span(point_.field->mask().row(span.y) + span.x, span.n, &first, &end);
+    end = std::min(end, span.n);
+    leave_out({span.x, span.y, first});
+    leave_out({span.x + end, span.y, span.n - end});
+    if (first == end) return;
+    const Span valid{span.x + first, span.y, end - first};
+    for (Floats* sum : {&work.noise, &work.white, &work.shot, &work.largest, &work.flat,
+                        &work.flat_white, &work.registration})
+        std::fill_n(sum->data(), valid.whole(), 0.0F);
+    for (std::size_t i = 0; i < point_.pictures.size(); ++i)
+        picture_row(i, valid, work);
+    for (std::size_t pair = 0; pair < shared_.size(); ++pair)
+        shared_row(pair, valid, work);
+    for (std::size_t i = 0; i < point_.moved.size(); ++i)
+        registration_row(i, valid, work);
+    combine(valid, work);
+}
+
+void MapRows::operator()(int y0, int y1) {
+    const auto work = std::make_unique<Work>(point_.pictures.size(), point_.moved.size(), width_);
+    for (int y = y0; y < y1; ++y) {
+        start_row(y, *work);
+        for (int x = 0; x < width_; x += sigma_piece)
+            piece({x, y, std::min(sigma_piece, width_ - x)}, *work);
+    }
+}
+
+}  // namespace
+
+SigmaSums fill_map(const UncertainPoint& point, UncertaintyMap& map, Progress& progress) {
+    MapRows rows(point, map);
+    parallel_rows(point.field->height(), rows_per_block, progress,
+                  [&rows](int y0, int y1) { rows(y0, y1); });
+    return rows.sums();
+}
+
+}  // namespace vyn
