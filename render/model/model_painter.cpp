@@ -99,8 +99,9 @@ class Painter {
         const auto& corners = surface_.triangles[face];
         std::array<std::array<double, 2>, 3> at;
         for (std::size_t i = 0; i < 3; ++i) {
-            const ViewVertex& v = faces_.vertex(static_cast<std::size_t>(corners[i]));
-            if (v.column == ViewVertex::off) return false;
+            const auto vertex = static_cast<std::size_t>(corners[i]);
+            if (faces_.is_off(vertex)) return false;
+            const ViewVertex& v = faces_.vertex(vertex);
             at[i] = {double{v.x} / v.w, double{v.y} / v.w};
         }
         const double area = std::abs((at[1][0] - at[0][0]) * (at[2][1] - at[0][1]) -

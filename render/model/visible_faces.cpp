@@ -15,9 +15,15 @@ constexpr int band_rows = 16;
 constexpr std::size_t chunk_faces = 32768;
 constexpr std::size_t vertex_block = 16384;
 
-void set_position(ViewVertex& vertex) {
-    vertex.column = static_cast<std::int32_t>(std::lround(fineness * double{vertex.x} / vertex.w));
-    vertex.row = static_cast<std::int32_t>(std::lround(fineness * double{vertex.y} / vertex.w));
+using Corner = VisibleFaces::Corner;
+
+PixelPlace place_of(const ViewVertex& vertex) {
+    // A call of the library's rounding costs more than all the rest.
+    const auto rounded = [](double value) {
+        return static_cast<std::int32_t>(value + std::copysign(0.5, value));
+    };
+    return {rounded(fineness * double{vertex.x} / vertex.w),
+            rounded(fineness * double{vertex.y} / vertex.w)};
 }
 
 int ceil_pixel(std::int32_t position) {
@@ -31,7 +37,7 @@ int floor_pixel(std::int32_t position) {
 /// (Sutherland and Hodgman 1974).
 class CutFace {
   public:
-    CutFace(const std::array<ViewVertex, 3>& corners, double near_plane, ModelView::Kind kind)
+    CutFace(const std::array<Corner, 3>& corners, double near_plane, ModelView::Kind kind)
         : count_(3), perspective_(kind == ModelView::Kind::perspective) {
         std::ranges::copy(corners, polygon_.begin());
         if (perspective_) cut([&](const ViewVertex& v) { return v.w - near_plane; });
@@ -40,22 +46,22 @@ class CutFace {
         cut([](const ViewVertex& v) { return guard * v.w - v.y; });
         cut([](const ViewVertex& v) { return guard * v.w + v.y; });
         for (std::size_t i = 0; i < count_; ++i)
-            set_position(polygon_[i]);
+            polygon_[i].at = place_of(polygon_[i].vertex);
     }
-    std::span<const ViewVertex> corners() const { return {polygon_.data(), count_}; }
+    std::span<const Corner> corners() const { return {polygon_.data(), count_}; }
 
   private:
     template <class Distance>
     void cut(Distance distance) {
-        std::array<ViewVertex, 8> kept;
+        std::array<Corner, 8> kept;
         std::size_t n = 0;
         for (std::size_t i = 0; i < count_; ++i) {
-            const ViewVertex& a = polygon_[i];
-            const ViewVertex& b = polygon_[(i + 1) % count_];
+            const ViewVertex& a = polygon_[i].vertex;
+            const ViewVertex& b = polygon_[(i + 1) % count_].vertex;
             const double da = distance(a);
             const double db = distance(b);
-            if (da >= 0) kept[n++] = a;
-            if ((da >= 0) != (db >= 0)) kept[n++] = between(a, b, da / (da - db));
+            if (da >= 0) kept[n++].vertex = a;
+            if ((da >= 0) != (db >= 0)) kept[n++].vertex = between(a, b, da / (da - db));
         }
         polygon_ = kept;
         count_ = n;
@@ -72,33 +78,49 @@ class CutFace {
         return v;
     }
 
-    std::array<ViewVertex, 8> polygon_{};
+    std::array<Corner, 8> polygon_{};
     std::size_t count_;
     bool perspective_;
 };
 
-bool must_be_cut(const std::array<ViewVertex, 3>& corners) {
-    return std::ranges::any_of(corners,
-                               [](const ViewVertex& v) { return v.column == ViewVertex::off; });
+bool must_be_cut(const std::array<Corner, 3>& corners) {
+    return std::ranges::any_of(
+        corners, [](const Corner& corner) { return corner.at.column == PixelPlace::off; });
 }
 
 /// Twice the area that a, b and c span, in 256ths of a pixel squared; exact.
-std::int64_t span_of(const ViewVertex& a, const ViewVertex& b, const ViewVertex& c) {
+std::int64_t span_of(const PixelPlace& a, const PixelPlace& b, const PixelPlace& c) {
     return std::int64_t{b.column - a.column} * (c.row - a.row) -
            std::int64_t{b.row - a.row} * (c.column - a.column);
 }
 
-std::array<ViewVertex, 3> corners_of(const std::vector<ViewVertex>& vertices,
-                                     const std::array<int, 3>& triangle) {
-    return {vertices[static_cast<std::size_t>(triangle[0])],
-            vertices[static_cast<std::size_t>(triangle[1])],
-            vertices[static_cast<std::size_t>(triangle[2])]};
+/// The rows of a picture whose pixels a face may show; none where first > last.
+struct RowRange {
+    int first;
+    int last;
+};
+RowRange rows_between(std::int32_t left, std::int32_t right, std::int32_t top, std::int32_t bottom,
+                      const ModelView& view) {
+    const int x0 = std::max(ceil_pixel(left), 0);
+    const int x1 = std::min(floor_pixel(right), view.width - 1);
+    if (x0 > x1) return {0, -1};
+    return {std::max(ceil_pixel(top), 0), std::min(floor_pixel(bottom), view.height - 1)};
+}
+
+RowRange rows_of(std::span<const Corner> polygon, const ModelView& view) {
+    if (polygon.empty()) return {0, -1};
+    const auto column = [](const Corner& corner) { return corner.at.column; };
+    const auto row = [](const Corner& corner) { return corner.at.row; };
+    const auto [left, right] = std::ranges::minmax(polygon, {}, column);
+    const auto [top, bottom] = std::ranges::minmax(polygon, {}, row);
+    return rows_between(left.at.column, right.at.column, top.at.row, bottom.at.row, view);
 }
 
 }  // namespace
 
 void VisibleFaces::place_vertices(const field_data<double>& mesh, Progress& progress) {
     vertices_.resize(mesh.vertices.size());
+    places_.resize(mesh.vertices.size());
     const bool perspective = view_.kind == ModelView::Kind::perspective;
     const auto blocks = static_cast<int>((vertices_.size() + vertex_block - 1) / vertex_block);
     parallel_rows(blocks, 1, progress, [&](int block, int) {
@@ -116,10 +138,7 @@ void VisibleFaces::place_vertices(const field_data<double>& mesh, Progress& prog
             vertex.nearness = static_cast<float>(perspective ? 1 / w : -place[2]);
             const bool within =
                 w > near_plane_ && std::abs(x) < guard * w && std::abs(y) < guard * w;
-            if (within)
-                set_position(vertex);
-            else
-                vertex.column = ViewVertex::off;
+            places_[i] = within ? place_of(vertex) : PixelPlace{PixelPlace::off, 0};
         }
     });
 }
@@ -128,36 +147,45 @@ void VisibleFaces::sort_chunk(const Surface& surface, std::size_t begin, std::si
                               Bins& bins) const {
     for (auto& bin : bins)
         bin.clear();
-    const auto put = [&](std::span<const ViewVertex> corners, std::size_t number) {
-        auto [left, right] = std::ranges::minmax(corners, {}, &ViewVertex::column);
-        auto [top, bottom] = std::ranges::minmax(corners, {}, &ViewVertex::row);
-        const int x0 = std::max(ceil_pixel(left.column), 0);
-        const int x1 = std::min(floor_pixel(right.column), view_.width - 1);
-        const int y0 = std::max(ceil_pixel(top.row), 0);
-        const int y1 = std::min(floor_pixel(bottom.row), view_.height - 1);
-        if (x0 > x1 || y0 > y1) return;
-        for (int band = y0 / band_rows; band <= y1 / band_rows; ++band)
-            bins[static_cast<std::size_t>(band)].push_back(static_cast<std::int32_t>(number));
-    };
     for (std::size_t t = begin; t < end; ++t) {
         if (left_out_[t]) continue;
-        const auto corners = corners_of(vertices_, surface.triangles[t]);
-        if (!must_be_cut(corners)) {
-            put(corners, t);
-        } else {
-            const CutFace cut(corners, near_plane_, view_.kind);
-            if (!cut.corners().empty()) put(cut.corners(), t);
-        }
+        const auto& [i, j, k] = surface.triangles[t];
+        const PixelPlace a = places_[static_cast<std::size_t>(i)];
+        const PixelPlace b = places_[static_cast<std::size_t>(j)];
+        const PixelPlace c = places_[static_cast<std::size_t>(k)];
+        const std::int32_t left = std::min(std::min(a.column, b.column), c.column);
+        const RowRange rows =
+            left != PixelPlace::off
+                ? rows_between(left, std::max(std::max(a.column, b.column), c.column),
+                               std::min(std::min(a.row, b.row), c.row),
+                               std::max(std::max(a.row, b.row), c.row), view_)
+                : rows_of(
+                      CutFace(corners_of(surface.triangles[t]), near_plane_, view_.kind).corners(),
+                      view_);
+        for (int band = rows.first / band_rows;
+             rows.first <= rows.last && band <= rows.last / band_rows; ++band)
+            bins[static_cast<std::size_t>(band)].push_back(static_cast<std::int32_t>(t));
     }
 }
 
-void VisibleFaces::draw_face(const std::array<ViewVertex, 3>& corners, std::int32_t number, int y0,
+std::array<Corner, 3> VisibleFaces::corners_of(const std::array<int, 3>& triangle) const {
+    std::array<Corner, 3> corners;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto vertex = static_cast<std::size_t>(triangle[i]);
+        corners[i] = {vertices_[vertex], places_[vertex]};
+    }
+    return corners;
+}
+
+void VisibleFaces::draw_face(const std::array<Corner, 3>& corners, std::int32_t number, int y0,
                              int y1) {
-    const ViewVertex& a = corners[0];
-    std::int64_t area = span_of(a, corners[1], corners[2]);
+    const PixelPlace& a = corners[0].at;
+    std::int64_t area = span_of(a, corners[1].at, corners[2].at);
     if (area == 0) return;
-    const ViewVertex& b = corners[area > 0 ? 1 : 2];
-    const ViewVertex& c = corners[area > 0 ? 2 : 1];
+    const Corner& second = corners[area > 0 ? 1 : 2];
+    const Corner& third = corners[area > 0 ? 2 : 1];
+    const PixelPlace& b = second.at;
+    const PixelPlace& c = third.at;
     area = std::abs(area);
     const int left = std::max(ceil_pixel(std::min({a.column, b.column, c.column})), 0);
     const int right =
@@ -166,30 +194,30 @@ void VisibleFaces::draw_face(const std::array<ViewVertex, 3>& corners, std::int3
     y1 = std::min(floor_pixel(std::max({a.row, b.row, c.row})), y1 - 1);
     if (left > right || y0 > y1) return;
 
-    ViewVertex pixel;
-    pixel.column = left * fineness;
-    pixel.row = y0 * fineness;
+    const PixelPlace pixel{left * fineness, y0 * fineness};
     std::array<std::int64_t, 3> start{span_of(b, c, pixel), span_of(c, a, pixel),
                                       span_of(a, b, pixel)};
-    const auto step_right = [](const ViewVertex& from, const ViewVertex& to) {
+    const auto step_right = [](const PixelPlace& from, const PixelPlace& to) {
         return -std::int64_t{fineness} * (to.row - from.row);
     };
-    const auto step_down = [](const ViewVertex& from, const ViewVertex& to) {
+    const auto step_down = [](const PixelPlace& from, const PixelPlace& to) {
         return std::int64_t{fineness} * (to.column - from.column);
     };
     const std::array<std::int64_t, 3> by_column{step_right(b, c), step_right(c, a),
                                                 step_right(a, b)};
     const std::array<std::int64_t, 3> by_row{step_down(b, c), step_down(c, a), step_down(a, b)};
     const double scale = 1 / static_cast<double>(area);
+    const std::array<double, 3> near{double{corners[0].vertex.nearness},
+                                     double{second.vertex.nearness}, double{third.vertex.nearness}};
     for (int y = y0; y <= y1; ++y) {
         std::array<std::int64_t, 3> edge = start;
         for (int x = left; x <= right; ++x) {
             // Pixels on an edge belong to both its faces: no gap, and the nearer or first one wins.
             if ((edge[0] | edge[1] | edge[2]) >= 0) {
                 const auto nearness =
-                    static_cast<float>(scale * (static_cast<double>(edge[0]) * a.nearness +
-                                                static_cast<double>(edge[1]) * b.nearness +
-                                                static_cast<double>(edge[2]) * c.nearness));
+                    static_cast<float>(scale * (static_cast<double>(edge[0]) * near[0] +
+                                                static_cast<double>(edge[1]) * near[1] +
+                                                static_cast<double>(edge[2]) * near[2]));
                 if (nearness > nearness_(x, y)) {
                     nearness_(x, y) = nearness;
                     face_(x, y) = number;
@@ -212,8 +240,7 @@ void VisibleFaces::draw_band(const Surface& surface, int band) {
     }
     for (const Bins& bins : chunks_)
         for (const std::int32_t number : bins[static_cast<std::size_t>(band)]) {
-            const auto corners =
-                corners_of(vertices_, surface.triangles[static_cast<std::size_t>(number)]);
+            const auto corners = corners_of(surface.triangles[static_cast<std::size_t>(number)]);
             if (!must_be_cut(corners)) {
                 draw_face(corners, number, y0, y1);
                 continue;

@@ -15,9 +15,14 @@ namespace vyn {
 struct ViewVertex {
     float x = 0;  ///< pixel times w
     float y = 0;
-    float w = 0;              ///< depth with perspective, else 1
-    float nearness = 0;       ///< linear in the picture, larger is nearer: 1 / depth, or -depth
-    std::int32_t column = 0;  ///< in 256ths of a pixel; `off` where the face must be cut first
+    float w = 0;         ///< depth with perspective, else 1
+    float nearness = 0;  ///< linear in the picture, larger is nearer: 1 / depth, or -depth
+};
+
+/// Where that is in the picture, in 256ths of a pixel. Apart from the vertex: most faces of a fine
+/// mesh show no pixel, and this alone tells it.
+struct PixelPlace {
+    std::int32_t column = 0;  ///< `off` where a face must be cut first
     std::int32_t row = 0;
 
     static constexpr std::int32_t off = INT32_MIN;
@@ -46,6 +51,13 @@ class VisibleFaces {
     }
     FaceShares shares(const Surface& surface, std::size_t face, double x, double y) const;
     const ViewVertex& vertex(std::size_t number) const { return vertices_[number]; }
+    /// Behind the eye or far outside the picture.
+    bool is_off(std::size_t vertex) const { return places_[vertex].column == PixelPlace::off; }
+
+    struct Corner {
+        ViewVertex vertex;
+        PixelPlace at;
+    };
 
   private:
     /// Faces by band of rows, from one chunk of the mesh; in order.
@@ -54,11 +66,13 @@ class VisibleFaces {
     void place_vertices(const field_data<double>& mesh, Progress& progress);
     void sort_chunk(const Surface& surface, std::size_t begin, std::size_t end, Bins& bins) const;
     void draw_band(const Surface& surface, int band);
-    void draw_face(const std::array<ViewVertex, 3>& corners, std::int32_t number, int y0, int y1);
+    std::array<Corner, 3> corners_of(const std::array<int, 3>& triangle) const;
+    void draw_face(const std::array<Corner, 3>& corners, std::int32_t number, int y0, int y1);
 
     ModelView view_;
     double near_plane_ = 0;
     std::vector<ViewVertex> vertices_;
+    std::vector<PixelPlace> places_;      ///< of the vertices
     std::vector<std::uint8_t> left_out_;  ///< by face
     std::vector<Bins> chunks_;
     Bitmap<std::int32_t> face_;
