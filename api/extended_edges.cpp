@@ -1,6 +1,7 @@
 #include "api/extended_edges.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <vector>
@@ -30,8 +31,14 @@ struct Direction {
     int y;
     float weight;
 };
-constexpr Direction directions[] = {{-1, 0, 1},     {1, 0, 1},     {0, -1, 1},    {0, 1, 1},
-                                    {-1, -1, 0.5F}, {1, -1, 0.5F}, {-1, 1, 0.5F}, {1, 1, 0.5F}};
+constexpr std::array<Direction, 8> directions{{{-1, 0, 1},
+                                               {1, 0, 1},
+                                               {0, -1, 1},
+                                               {0, 1, 1},
+                                               {-1, -1, 0.5F},
+                                               {1, -1, 0.5F},
+                                               {-1, 1, 0.5F},
+                                               {1, 1, 0.5F}}};
 
 class EdgeExtension {
   public:
@@ -42,7 +49,12 @@ class EdgeExtension {
           out_(out),
           states_(width + 2 * margin + overhang, height + 2 * margin),
           ring_(static_cast<std::size_t>(height)),
-          next_ring_(static_cast<std::size_t>(height)) {}
+          next_ring_(static_cast<std::size_t>(height)) {
+        for (std::size_t i = 0; i < directions.size(); ++i) {
+            state_steps_[i] = directions[i].y * std::ptrdiff_t{states_.stride()} + directions[i].x;
+            value_steps_[i] = directions[i].y * out.stride + directions[i].x;
+        }
+    }
 
     /// True when all pixels are usable.
     bool take_known(const Bitmap<float>& values, const Bitmap<std::uint8_t>& mask,
@@ -107,55 +119,59 @@ class EdgeExtension {
         });
     }
 
+    struct Pixel {
+        int x;
+        int y;
+    };
+
     /// Makes usable pixels unknown that show what lies beyond the border as well. Gives 1 for the
     /// rows at and beside them; nothing when there are none.
     std::vector<std::uint8_t> drop_mixed() {
-        std::vector<std::vector<int>> mixed(static_cast<std::size_t>(height_));
+        std::vector<std::vector<Pixel>> mixed(static_cast<std::size_t>(height_));
         Progress silent;
         parallel_rows(height_, rows_per_block, silent, [&](int y0, int y1) {
             for (int y = y0; y < y1; ++y)
-                for (const Direction& inwards : directions)
-                    for (int depth = 1; depth <= mixed_depth; ++depth) {
-                        const int border = y - depth * inwards.y;
-                        if (border < 0 || border >= height_) continue;
-                        for (const int x : ring_[static_cast<std::size_t>(border)])
-                            if (is_mixed(x + depth * inwards.x, y, depth, inwards))
-                                mixed[static_cast<std::size_t>(y)].push_back(x + depth * inwards.x);
-                    }
+                for (const int x : ring_[static_cast<std::size_t>(y)])
+                    for (std::size_t i = 0; i < directions.size(); ++i)
+                        find_mixed({x, y}, i, mixed[static_cast<std::size_t>(y)]);
         });
         std::vector<std::uint8_t> changed;
-        for (int y = 0; y < height_; ++y) {
-            const std::vector<int>& columns = mixed[static_cast<std::size_t>(y)];
-            if (columns.empty()) continue;
-            changed.resize(static_cast<std::size_t>(height_), 0);
-            for (int near = std::max(y - 1, 0); near <= std::min(y + 1, height_ - 1); ++near)
-                changed[static_cast<std::size_t>(near)] = 1;
-            for (const int x : columns)
-                state(y)[x] = pixel_state::unknown;
-        }
+        for (const std::vector<Pixel>& pixels : mixed)
+            for (const Pixel& pixel : pixels) {
+                state(pixel.y)[pixel.x] = pixel_state::unknown;
+                changed.resize(static_cast<std::size_t>(height_), 0);
+                for (int near = std::max(pixel.y - 1, 0);
+                     near <= std::min(pixel.y + 1, height_ - 1); ++near)
+                    changed[static_cast<std::size_t>(near)] = 1;
+            }
         return changed;
     }
 
-    /// Whether a usable pixel `depth` pixels inwards of the border departs from the line through
-    /// the pixels farther inside by far more than their bend explains.
-    bool is_mixed(int x, int y, int depth, const Direction& inwards) const {
+    /// Usable pixels inwards of one of the border that depart from the line through the pixels
+    /// farther inside by far more than their bend explains.
+    void find_mixed(Pixel border, std::size_t inwards, std::vector<Pixel>& mixed) const {
         constexpr float of_bend = 3;
         constexpr float of_value = 0.0005F;
-        const std::ptrdiff_t step = inwards.y * std::ptrdiff_t{states_.stride()} + inwards.x;
-        const std::uint8_t* const own_state = state(y) + x;
-        for (int k = 1 - depth; k <= margin - depth; ++k)
-            if (own_state[k * step] != pixel_state::known) return false;
-        const std::ptrdiff_t value_step = inwards.y * out_.stride + inwards.x;
-        const float* const own = out_.row(y) + x;
-        const int n = mixed_depth + 1 - depth;  // to the first pixel of the line
-        const auto behind = [&](int k) { return own[(n + k) * value_step]; };
+        const std::ptrdiff_t step = state_steps_[inwards];
+        const std::uint8_t* const border_state = state(border.y) + border.x;
+        for (int k = 1; k <= margin; ++k)
+            if (border_state[k * step] != pixel_state::known) return;
+        const std::ptrdiff_t value_step = value_steps_[inwards];
+        const float* const value = out_.row(border.y) + border.x;
+        const auto behind = [&](int k) { return value[(mixed_depth + 1 + k) * value_step]; };
         const auto bend = [&](int k) {
             return std::abs(behind(k - 1) - 2 * behind(k) + behind(k + 1));
         };
-        const auto far = static_cast<float>(n);
-        const float expected = behind(0) + far * (behind(0) - behind(2)) / 2;
-        const float explained = std::max({bend(1), bend(2), bend(3)}) * far * (0.5F * far + 1);
-        return std::abs(*own - expected) > of_bend * explained + of_value * std::abs(expected);
+        const float largest_bend = std::max({bend(1), bend(2), bend(3)});
+        for (int depth = 1; depth <= mixed_depth; ++depth) {
+            const auto far = static_cast<float>(mixed_depth + 1 - depth);
+            const float expected = behind(0) + far * (behind(0) - behind(2)) / 2;
+            const float explained = largest_bend * far * (0.5F * far + 1);
+            if (std::abs(value[depth * value_step] - expected) >
+                of_bend * explained + of_value * std::abs(expected))
+                mixed.push_back({border.x + depth * directions[inwards].x,
+                                 border.y + depth * directions[inwards].y});
+        }
     }
 
     /// Values of the pixels of a ring, from those of lower states only.
@@ -174,17 +190,16 @@ class EdgeExtension {
         const float* const own_value = out_.row(y) + x;
         float sum = 0;
         float weights = 0;
-        for (const Direction& direction : directions) {
-            const std::ptrdiff_t step =
-                direction.y * std::ptrdiff_t{states_.stride()} + direction.x;
+        for (std::size_t i = 0; i < directions.size(); ++i) {
+            const std::ptrdiff_t step = state_steps_[i];
             if (own_state[step] >= ring) continue;
-            const std::ptrdiff_t value_step = direction.y * out_.stride + direction.x;
+            const std::ptrdiff_t value_step = value_steps_[i];
             float value = own_value[value_step];
             if (own_state[2 * step] < ring && own_state[3 * step] < ring &&
                 own_state[line * step] < ring && own_state[-step] >= ring)
                 value += (value - own_value[line * value_step]) * slope;
-            sum += direction.weight * value;
-            weights += direction.weight;
+            sum += directions[i].weight * value;
+            weights += directions[i].weight;
         }
         return sum / weights;
     }
@@ -200,13 +215,17 @@ class EdgeExtension {
                 for (const int x : ring_[static_cast<std::size_t>(y)])
                     row[x] = static_cast<std::uint8_t>(ring);
                 for (int near = std::max(y - 1, 0); near <= std::min(y + 1, height_ - 1); ++near)
-                    for (const int middle : ring_[static_cast<std::size_t>(near)])
+                    for (const int middle : ring_[static_cast<std::size_t>(near)]) {
+                        const auto unknown = [&](int x) { return row[x] == pixel_state::unknown; };
+                        if (!(unknown(middle - 1) | unknown(middle) | unknown(middle + 1)))
+                            continue;
                         for (int x = std::max(middle - 1, 0); x <= std::min(middle + 1, width_ - 1);
                              ++x)
-                            if (row[x] == pixel_state::unknown) {
+                            if (unknown(x)) {
                                 row[x] = static_cast<std::uint8_t>(ring + 1);
                                 next.push_back(x);
                             }
+                    }
             }
         });
         ring_.swap(next_ring_);
@@ -219,6 +238,8 @@ class EdgeExtension {
     /// 0 known, the number of the ring that made it known, or unknown; with a margin that is never
     /// known.
     Bitmap<std::uint8_t> states_;
+    std::array<std::ptrdiff_t, directions.size()> state_steps_{};  ///< to the neighbours
+    std::array<std::ptrdiff_t, directions.size()> value_steps_{};
     std::vector<std::vector<int>> ring_;  ///< columns of the newest ring in each row
     std::vector<std::vector<int>> next_ring_;
 };
