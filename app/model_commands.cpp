@@ -160,8 +160,10 @@ TaskOutcome ModelCommands::run(std::unique_ptr<Task> task) {
 void ModelCommands::open_mesh_file(const std::string& file) {
     if (run(std::make_unique<OpenMeshTask>(program_session(), file)) != TaskOutcome::done) return;
     Q_EMIT changed();
-    if (file.empty()) close_viewer();
-    if (viewer_) update_viewer();
+    if (file.empty())
+        close_viewer();
+    else if (viewer_)
+        update_viewer();
 }
 
 void ModelCommands::open_markers_file(const std::string& file) {

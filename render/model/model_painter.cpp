@@ -16,10 +16,11 @@ constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 constexpr int band_rows = 16;
 
 std::uint32_t shaded(std::uint32_t colour, double factor) {
+    constexpr double half = 0.5;
     std::uint32_t result = 0xFF000000U;
     for (const int shift : {0, 8, 16}) {
         const auto channel = static_cast<double>(colour >> shift & 0xFFU);
-        result |= static_cast<std::uint32_t>(channel * factor + 0.5) << shift;
+        result |= static_cast<std::uint32_t>(channel * factor + half) << shift;
     }
     return result;
 }
