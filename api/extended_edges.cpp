@@ -216,12 +216,13 @@ class EdgeExtension {
                     row[x] = static_cast<std::uint8_t>(ring);
                 for (int near = std::max(y - 1, 0); near <= std::min(y + 1, height_ - 1); ++near)
                     for (const int middle : ring_[static_cast<std::size_t>(near)]) {
-                        const auto unknown = [&](int x) { return row[x] == pixel_state::unknown; };
-                        if (!(unknown(middle - 1) | unknown(middle) | unknown(middle + 1)))
+                        // Unknown is the highest state: one branch for the three.
+                        if (std::max({row[middle - 1], row[middle], row[middle + 1]}) !=
+                            pixel_state::unknown)
                             continue;
                         for (int x = std::max(middle - 1, 0); x <= std::min(middle + 1, width_ - 1);
                              ++x)
-                            if (unknown(x)) {
+                            if (row[x] == pixel_state::unknown) {
                                 row[x] = static_cast<std::uint8_t>(ring + 1);
                                 next.push_back(x);
                             }
