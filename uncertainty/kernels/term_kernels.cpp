@@ -80,7 +80,7 @@ class QuarticVariance {
     vfloat at(const vdouble& r_low, const vdouble& r_high, float scale2, const vint& valid) const {
         if (nothing_) return vfloat{};
         const vfloat variance = joined<vfloat>(at(r_low), at(r_high));
-        return valid & (variance > 0) ? scale2 * variance : vfloat{};
+        return (valid & (variance > 0)) ? scale2 * variance : vfloat{};
     }
 
   private:
