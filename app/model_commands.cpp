@@ -230,10 +230,11 @@ void ModelCommands::keep_loads() {
     const LoadsPanel& loads = viewer_->loads();
     write_loads_reference(vyn_db(), loads.reference());
     const PaintedPatches& patches = loads.patches().patches();
+    const ShownModel& model = *viewer_->canvas().model();
+    // Those of another mesh stay until new ones are painted.
+    if (patches.names.empty() && !model.patches_problem.empty()) return;
     const std::string text =
-        patches.names.empty()
-            ? std::string()
-            : patches_text(patches, viewer_->canvas().model()->mesh.triangles.size());
+        patches.names.empty() ? std::string() : patches_text(patches, model.mesh.triangles.size());
     if (text != read(std::as_const(vyn_db()), keys::loads_patches))
         write(vyn_db(), keys::loads_patches, text);
 }

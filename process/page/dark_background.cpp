@@ -28,9 +28,9 @@ std::optional<DarkBackground> dark_background(const image& picture) {
     const double level = low + dark_part * (percentile(99) - low);
     const auto dark = std::ranges::count_if(values, [&](float value) { return value < level; });
     const double share = static_cast<double>(dark) / static_cast<double>(values.size());
-    if (share < least_share) return {};
-    const double digit = std::pow(10, std::floor(std::log10(std::abs(level))) - 1);
-    return DarkBackground{share, level == 0 ? 0 : std::ceil(level / digit) * digit};
+    if (share < least_share || !(level > 0)) return {};
+    const double digit = std::pow(10, std::floor(std::log10(level)) - 1);
+    return DarkBackground{share, std::ceil(level / digit) * digit};
 }
 
 }  // namespace vyn

@@ -1,3 +1,4 @@
+#include <QLabel>
 #include <QTest>
 #include <bit>
 #include <fstream>
@@ -7,6 +8,7 @@
 #include "app/experiment_page.h"
 #include "app/model_commands.h"
 #include "core/keys.h"
+#include "core/ui/number_edit.h"
 #include "tests/app/model_point_fixture.h"
 #include "tests/cli/program.h"
 #include "view/ui/model/loads_panel.h"
@@ -163,6 +165,20 @@ TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
     EXPECT_EQ(again.patches().patches(), painted);
     EXPECT_EQ(again.reference().span, 900);
     EXPECT_FALSE(again.patches().undo_action()->isEnabled());
+
+    // Those of another mesh are told and kept.
+    const std::string others = patches_text({{"flap"}, {}}, 12);
+    write(vyn_db(), keys::loads_patches, others);
+    commands->show_model();
+    EXPECT_TRUE(again.findChild<QLabel*>(QStringLiteral("loads_complaint"))
+                    ->text()
+                    .contains(QStringLiteral("a mesh of 12 triangles")));
+    EXPECT_TRUE(again.patches().patches().names.empty());
+    auto* area = again.findChild<NumberEdit*>(QStringLiteral("area"));
+    area->set_number(5);
+    Q_EMIT area->editingFinished();
+    EXPECT_EQ(read(vyn_db(), keys::loads_area), 5);
+    EXPECT_EQ(read(vyn_db(), keys::loads_patches), others);
     commands->close_viewer();
     vyn_db().set_modified(false);
 }
