@@ -49,15 +49,15 @@ std::vector<fs::path> files_named(const fs::path& name) {
     std::string part = name.filename().string();
     // Missing files are asked for often: no folder is looked through for them.
     if (part.find_first_of("*?;") == part.npos) return {};
-    for (std::size_t end = 0; end != part.npos; part.erase(0, end + 1)) {
-        end = part.find(';');
+    while (true) {
+        const std::size_t end = part.find(';');
         const std::vector<fs::path> found = files_like(name.parent_path(), part.substr(0, end));
         if (found.empty()) return {};
         for (const fs::path& file : found)
             if (std::ranges::find(files, file) == files.end()) files.push_back(file);
-        if (end == part.npos) break;
+        if (end == part.npos) return files;
+        part.erase(0, end + 1);
     }
-    return files;
 }
 
 fs::path name_of_files(const std::vector<fs::path>& files) {

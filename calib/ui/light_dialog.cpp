@@ -50,7 +50,10 @@ QWidget* LightDialog::light_group() {
     add(tr("Upper &row:"), form().spin(keys::lamp_y.path), monitors[1]);
     add(tr("&Width:"), form().spin(keys::lamp_width.path), monitors[1]);
     add(tr("&Height:"), form().spin(keys::lamp_height.path), monitors[1]);
-    add(tr("&File of readings:"), form().text(keys::lamp_readings_file.path), monitors[2]);
+    add(tr("&File of readings:"),
+        form().file(keys::lamp_readings_file.path, tr("Readings of the lamp"),
+                    tr("Tables (*.csv *.txt);;All files (*)")),
+        monitors[2]);
     add(tr("Wind-&off picture at:"), form().text(keys::lamp_time_off.path), monitors[2]);
     add(tr("Wind-o&n picture at:"), form().text(keys::lamp_time_on.path), monitors[2]);
     rows->add_row({},
@@ -76,9 +79,13 @@ QWidget* LightDialog::temperature_group() {
         {sources[1], sources[2]});
     add(tr("&Standard deviation:"), form().number(keys::temperature_sigma.path, "map_sigma"),
         {sources[1], sources[2]});
-    add(tr("&Markers of the map:"), form().text(keys::temperature_map_mark_file.path),
+    add(tr("&Markers of the map:"),
+        form().file(keys::temperature_map_mark_file.path, tr("Markers of the map"),
+                    tr("Markers (*.mrk *.mpt *.inm);;All files (*)")),
         {sources[1]});
-    add(tr("Deviat&ions as an image:"), form().text(keys::temperature_map_sigma_file.path),
+    add(tr("Deviat&ions as an image:"),
+        form().file(keys::temperature_map_sigma_file.path, tr("Deviations of the map"),
+                    tr("All files (*)")),
         {sources[1]});
     add(tr("Or&der of its alignment, -1 automatic:"),
         form().spin(keys::temperature_order.path, "map_order"), {sources[1]});

@@ -1,15 +1,19 @@
 #include "core/ui/setting_form.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSpinBox>
+#include <filesystem>
 
 #include "core/errors.h"
 #include "core/keys.h"
 #include "core/numbers.h"
+#include "core/ui/file_question.h"
+#include "core/ui/icons.h"
 #include "core/ui/number_edit.h"
 
 namespace vyn {
@@ -108,6 +112,22 @@ QLineEdit* SettingForm::text(std::string_view path, const char* name) {
          [edit] { return std::optional(edit->text().toStdString()); }},
         name);
     connect(edit, &QLineEdit::textChanged, this, &SettingForm::changed);
+    return edit;
+}
+
+QLineEdit* SettingForm::file(std::string_view path, const QString& caption, const QString& filter) {
+    QLineEdit* edit = text(path);
+    QAction* choose =
+        edit->addAction(vyn_icon(QStringLiteral("fileopen.png")), QLineEdit::TrailingPosition);
+    choose->setToolTip(tr("Select a file"));
+    connect(choose, &QAction::triggered, edit, [edit, caption, filter] {
+        const std::string chosen = ask_open_file(
+            edit, {caption,
+                   filter,
+                   {},
+                   std::filesystem::path(edit->text().toStdString()).parent_path().string()});
+        if (!chosen.empty()) edit->setText(QString::fromStdString(chosen));
+    });
     return edit;
 }
 

@@ -37,6 +37,8 @@ class SettingForm : public QObject {
     /// A whole number with arrows, for a setting whose range the table gives.
     QSpinBox* spin(std::string_view path, const char* name = nullptr);
     QLineEdit* text(std::string_view path, const char* name = nullptr);
+    /// A text that names a file, with a button in it that asks for one.
+    QLineEdit* file(std::string_view path, const QString& caption, const QString& filter);
     QCheckBox* flag(std::string_view path, const QString& label);
     /// A group that is switched on and off by its title's box.
     QGroupBox* group(std::string_view path, const QString& title);

@@ -81,6 +81,26 @@ QString conditions(const QWidget& dialog) {
     return child<QTextEdit>(dialog, "conditions").toPlainText();
 }
 
+/// The button in the edit of a file; cancelling leaves what stands there.
+TEST(LightAndTemperature, FilesAreChosenByAButton) {
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    const TemporaryFolder folder;
+    put_file(folder / "lamp.csv", "time,light\n");
+    simpleNamedDataSet settings;
+    write(settings, keys::lamp_monitor, std::string("readings"));
+    LightDialog dialog(settings);
+    auto& edit = child<QLineEdit>(dialog, "readings_file");
+    ASSERT_EQ(edit.actions().size(), 1);
+    ModalDriver driver;
+    driver.expect<QFileDialog>(
+        [&](QFileDialog& files) { choose_file(files, folder / "lamp.csv"); });
+    edit.actions().front()->trigger();
+    driver.expect<QFileDialog>([](QFileDialog& files) { files.reject(); });
+    edit.actions().front()->trigger();
+    dialog.accept();
+    EXPECT_EQ(read(settings, keys::lamp_readings_file), (folder / "lamp.csv").string());
+}
+
 TEST(TestDialog, ANewProjectHasEmptyNamesAndTheDefaultUnits) {
     simpleNamedDataSet settings;
     const QVynTest dialog(settings);
