@@ -206,11 +206,12 @@ void print_model_peers() {
         if (stage == "stl_read") return [&] { import_mesh(inputs); };
         return {};
     };
-    std::cout << "\non a model of " << inputs.mesh.vertices.size() << " nodes, "
-              << inputs.mesh.triangles.size() << " triangles, " << inputs.field.width() << " x "
-              << inputs.field.height() << " pixels; ns by unit\n"
-              << "stage          threads       ours        ref.   ratio   against  acceptable  "
-                 "good  best\n";
+    std::cout
+        << "\non a model of " << inputs.mesh.vertices.size() << " nodes, "
+        << inputs.mesh.triangles.size() << " triangles, " << inputs.field.width() << " x "
+        << inputs.field.height() << " pixels; ns by unit\n"
+        << "stage          threads           ours            ref.   ratio   against  acceptable  "
+           "good  best\n";
     const std::vector<ModelStage> stages = model_stages(inputs);
     for (const ModelStage& stage : stages) {
         const Target& target = *std::ranges::find_if(
@@ -221,7 +222,7 @@ void print_model_peers() {
             cv::setNumThreads(threads);
             const auto [ours, theirs] = alternated(stage, peer_of(stage.name));
             std::cout << std::left << std::setw(14) << stage.name << std::right << std::setw(8)
-                      << threads << std::setw(11) << ours / stage.units << std::setw(12)
+                      << threads << std::setw(15) << ours / stage.units << std::setw(16)
                       << theirs / stage.units << std::setw(8) << ours / theirs << "   " << std::left
                       << std::setw(9) << target.against << std::right << std::setw(10)
                       << target.acceptable << std::setw(6) << target.good << std::setw(6)

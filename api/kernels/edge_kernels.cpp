@@ -30,26 +30,34 @@ inline bool any_byte(const Bytes& bytes) {
     return any(reinterpret_cast<vint>(bytes));
 }
 
-inline Bytes known_at(const std::uint8_t* from) {
-    return reinterpret_cast<Bytes>(load<Bytes>(from) == pixel_state::known);
+/// Columns of the bytes that are not 0.
+inline int* add_columns(const Bytes& found, int x, int n, int* columns) {
+    constexpr int word = 8;
+    std::uint8_t bytes[group];
+    store(bytes, found);
+    for (int first = 0; first < group; first += word) {
+        if (load<std::uint64_t>(bytes + first) == 0) continue;
+        for (int i = first; i < first + word && x + i < n; ++i)
+            if (bytes[i]) *columns++ = x + i;
+    }
+    return columns;
 }
 
 int border(const std::uint8_t* above, const std::uint8_t* row, const std::uint8_t* below, int n,
            int* columns) {
-    int count = 0;
+    static_assert(pixel_state::known == 0 && pixel_state::unknown == 255);
+    int* end = columns;
     for (int x = 0; x < n; x += group) {
         const Bytes own = load<Bytes>(row + x);
         if (!any_byte(own)) continue;
-        Bytes known_near{};
+        Bytes all_unknown = own;
         for (int dx = -1; dx <= 1; ++dx)
-            known_near |=
-                known_at(above + x + dx) | known_at(row + x + dx) | known_at(below + x + dx);
-        const Bytes found = known_near & own;
-        if (!any_byte(found)) continue;
-        for (int i = 0; i < group && x + i < n; ++i)
-            if (found[i]) columns[count++] = x + i;
+            all_unknown &= load<Bytes>(above + x + dx) & load<Bytes>(row + x + dx) &
+                           load<Bytes>(below + x + dx);
+        const Bytes found = own & ~all_unknown;
+        if (any_byte(found)) end = add_columns(found, x, n, end);
     }
-    return count;
+    return static_cast<int>(end - columns);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ struct EdgeKernels {
     /// 16 pixels.
     bool (*take_known)(ConstPixelRow source, int n, float* out, std::uint8_t* state);
     /// Columns of the unknown pixels of a row that have a known neighbour among eight, in order;
-    /// returns how many. `columns` has room for n.
+    /// returns how many. `columns` has room for n. The rows hold no states but those two.
     int (*border)(const std::uint8_t* above, const std::uint8_t* row, const std::uint8_t* below,
                   int n, int* columns);
 };
