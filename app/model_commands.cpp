@@ -140,7 +140,9 @@ bool ModelCommands::update_viewer() {
     if (!viewer_) {
         viewer_ = new ModelViewer;
         viewer_->setAttribute(Qt::WA_DeleteOnClose);
-        connect(&viewer_->loads(), &LoadsPanel::edited, this, &ModelCommands::keep_loads);
+        connect(&viewer_->loads(), &LoadsPanel::reference_edited, this,
+                &ModelCommands::keep_reference);
+        connect(&viewer_->loads(), &LoadsPanel::patches_edited, this, &ModelCommands::keep_patches);
     }
     const QString mesh = QString::fromStdString(
         std::filesystem::path(read(vyn_db(), keys::mesh_file)).filename().string());
@@ -226,17 +228,16 @@ void ModelCommands::save_field() {
 }
 
 /// Reference and patches belong to the point: the project holds them.
-void ModelCommands::keep_loads() {
-    const LoadsPanel& loads = viewer_->loads();
-    write_loads_reference(vyn_db(), loads.reference());
-    const PaintedPatches& patches = loads.patches().patches();
-    const ShownModel& model = *viewer_->canvas().model();
-    // Those of another mesh stay until new ones are painted.
-    if (patches.names.empty() && !model.patches_problem.empty()) return;
-    const std::string text =
-        patches.names.empty() ? std::string() : patches_text(patches, model.mesh.triangles.size());
-    if (text != read(std::as_const(vyn_db()), keys::loads_patches))
-        write(vyn_db(), keys::loads_patches, text);
+void ModelCommands::keep_reference() {
+    write_loads_reference(vyn_db(), viewer_->loads().reference());
+}
+
+void ModelCommands::keep_patches() {
+    const PaintedPatches& patches = viewer_->loads().patches().patches();
+    write(vyn_db(), keys::loads_patches,
+          patches.names.empty()
+              ? std::string()
+              : patches_text(patches, viewer_->canvas().model()->mesh.triangles.size()));
 }
 
 void ModelCommands::show_model() {

@@ -54,7 +54,8 @@ class ModelCommands : public QObject {
     TaskOutcome run(std::unique_ptr<Task> task);
     /// False when the model could not be made ready, which the user was told.
     bool update_viewer();
-    void keep_loads();
+    void keep_reference();
+    void keep_patches();
     QAction* add(QMenu& menu, QAction* before, const char* name, const QString& text,
                  void (ModelCommands::*slot)());
 

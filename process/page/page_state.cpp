@@ -56,8 +56,9 @@ RowState row_state(const dataSetInterface& data, const imagesList& images, Image
 RowState model_row(const dataSetInterface& data, Key<std::string> file) {
     RowState shown;
     shown.file = read(data, file);
+    if (shown.file.empty()) return shown;
     shown.path = locate(shown.file, project_folder(data)).string();
-    shown.missing = !shown.file.empty() && shown.path.empty();
+    shown.missing = shown.path.empty();
     if (shown.missing) shown.problem = "The file is not there: " + shown.file;
     return shown;
 }

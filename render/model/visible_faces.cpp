@@ -162,8 +162,8 @@ void VisibleFaces::sort_chunk(const Surface& surface, std::size_t begin, std::si
                 : rows_of(
                       CutFace(corners_of(surface.triangles[t]), near_plane_, view_.kind).corners(),
                       view_);
-        for (int band = rows.first / band_rows;
-             rows.first <= rows.last && band <= rows.last / band_rows; ++band)
+        if (rows.first > rows.last) continue;
+        for (int band = rows.first / band_rows; band <= rows.last / band_rows; ++band)
             bins[static_cast<std::size_t>(band)].push_back(static_cast<std::int32_t>(t));
     }
 }

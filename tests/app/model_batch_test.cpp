@@ -156,6 +156,7 @@ TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
                   .get<Vec3>(),
               tip.force);
     const PaintedPatches painted = patches.patches();
+    Q_EMIT viewer.loads().findChild<NumberEdit*>(QStringLiteral("span"))->editingFinished();
     save_xml(vyn_db(), (folder / "painted.xml").c_str());
     commands->close_viewer();
     vyn_db().set_modified(false);
@@ -179,6 +180,11 @@ TEST_F(ModelAndBatchProgram, GiveTheSameFieldSectionAndLoads) {
     Q_EMIT area->editingFinished();
     EXPECT_EQ(read(vyn_db(), keys::loads_area), 5);
     EXPECT_EQ(read(vyn_db(), keys::loads_patches), others);
+    again.patches().add_patch();
+    EXPECT_EQ(again.findChild<QLabel*>(QStringLiteral("loads_complaint"))->text(), QString());
+    EXPECT_NE(read(vyn_db(), keys::loads_patches), others);
+    again.patches().remove_patch();
+    EXPECT_EQ(read(vyn_db(), keys::loads_patches), "");
     commands->close_viewer();
     vyn_db().set_modified(false);
 }

@@ -166,8 +166,6 @@ TEST_F(CameraCalibrationWindow, FindsTheCameraAndStoresItWhenAccepted) {
     EXPECT_NEAR(camera_of_file().a2 / accepted.a2, 1, 1e-6);
 }
 
-/// Markers nearly in a plane, nearly at right angles, cannot tell the focus: it is held and the
-/// reason said; a second picture from another side tells it.
 TEST_F(CameraCalibrationWindow, IsAbortedWithoutAResult) {
     CalibrationViewTask view(program_session(), CalibrationViewTask::Kind::own, {});
     run(view);
@@ -180,6 +178,8 @@ TEST_F(CameraCalibrationWindow, IsAbortedWithoutAResult) {
     EXPECT_EQ(camera(), wrong);
 }
 
+/// Markers nearly in a plane, nearly at right angles, cannot tell the focus: it is held and the
+/// reason said; a second picture from another side tells it.
 TEST_F(CameraCalibrationWindow, WarnsOfAPlaneAndTakesFurtherPictures) {
     const auto pose = [](double tilt) {
         return Pose{rotation_of({tilt, 0.3 * tilt, 0}), {5, -8, 1500}};

@@ -69,20 +69,22 @@ bool PatchEdit::commit() {
     return true;
 }
 
+void PatchEdit::take(const std::vector<std::string>& names, const std::vector<Change>& changes,
+                     std::uint8_t Change::*side) {
+    now_.names = names;
+    for (const Change& change : changes)
+        std::fill_n(now_.faces.begin() + change.first, change.count, change.*side);
+    committed_ = now_;
+}
+
 void PatchEdit::undo() {
     const Step& step = history_.undo();
-    now_.names = step.names_before;
-    for (const Change& change : step.changes)
-        std::fill_n(now_.faces.begin() + change.first, change.count, change.before);
-    committed_ = now_;
+    take(step.names_before, step.changes, &Change::before);
 }
 
 void PatchEdit::redo() {
     const Step& step = history_.redo();
-    now_.names = step.names_after;
-    for (const Change& change : step.changes)
-        std::fill_n(now_.faces.begin() + change.first, change.count, change.after);
-    committed_ = now_;
+    take(step.names_after, step.changes, &Change::after);
 }
 
 }  // namespace vyn

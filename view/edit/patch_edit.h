@@ -50,6 +50,9 @@ class PatchEdit {
         std::vector<std::string> names_after;
         std::vector<Change> changes;
     };
+    /// Names and faces as on one side of a step.
+    void take(const std::vector<std::string>& names, const std::vector<Change>& changes,
+              std::uint8_t Change::*side);
 
     PaintedPatches now_;
     PaintedPatches committed_;

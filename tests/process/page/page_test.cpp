@@ -286,6 +286,10 @@ TEST_F(Page, RowsSayWhatIsMissingAndWhatWasRead) {
     EXPECT_EQ(state.rows.at("wind_off_mark").note, "");
     EXPECT_EQ(state.rows.at("wind_on_mark").file, "wind_on.mrk");
     EXPECT_FALSE(state.rows.at("wind_on").loaded);
+    EXPECT_EQ(state.mesh.path, "") << "there is none";
+    write(vyn_db(), keys::mesh_mark_file, std::string("gone.mrk"));
+    EXPECT_EQ(page_state(vyn_db(), get_images()).model_markers.problem,
+              "The file is not there: gone.mrk");
     EXPECT_EQ(state.needs[static_cast<std::size_t>(PageStep::all)],
               "Select the Wind-On image first.");
     EXPECT_EQ(state.needs[static_cast<std::size_t>(PageStep::correct_wind_off)], "");

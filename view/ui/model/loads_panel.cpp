@@ -72,7 +72,8 @@ LoadsPanel::LoadsPanel(QWidget* parent)
     set_reference({.area = 1, .chord = 1, .span = 1});
     connect(patches_, &PatchList::ticks_changed, this, &LoadsPanel::calculate_again);
     connect(patches_, &PatchList::edited, this, [this] {
-        Q_EMIT edited();
+        Q_EMIT patches_edited();
+        show_loads({});  // what was wrong with the patches of before
         calculate_again();
     });
 }
@@ -101,7 +102,7 @@ QLayout* LoadsPanel::reference_form() {
         numbers_[i]->setMinimumWidth(7 * fontMetrics().averageCharWidth());
         auto* label = new QLabel(tr(rows[i].label));
         label->setBuddy(numbers_[i]);
-        connect(numbers_[i], &NumberEdit::editingFinished, this, &LoadsPanel::edited);
+        connect(numbers_[i], &NumberEdit::editingFinished, this, &LoadsPanel::reference_edited);
         grid->addWidget(label, places[i][0], 2 * places[i][1]);
         grid->addWidget(numbers_[i], places[i][0], 2 * places[i][1] + 1);
     }
@@ -144,7 +145,7 @@ void LoadsPanel::set_model(std::shared_ptr<const ShownModel> model, const std::s
         now.dynamic_pressure = pressure ? q : relative ? q / model_->static_pressure : 1;
         set_reference(now);
     }
-    if (model_ && !model_->patches_problem.empty()) show_loads(model_->patches_problem);
+    if (model_) show_loads(model_->patches_problem);
     calculate_again();
 }
 
@@ -233,7 +234,7 @@ void LoadsPanel::open_reference() {
         LoadsReference read = reference();
         read_loads_reference(file, read);
         set_reference(read);
-        Q_EMIT edited();
+        Q_EMIT reference_edited();
     });
 }
 

@@ -42,8 +42,9 @@ class LoadsPanel : public QWidget {
     void save_patches();
 
   Q_SIGNALS:
-    /// By the user: another reference, or other patches.
-    void edited();
+    /// By the user.
+    void reference_edited();
+    void patches_edited();
 
   private:
     QLayout* reference_form();

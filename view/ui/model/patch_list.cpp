@@ -25,6 +25,7 @@ QIcon patch_icon(int patch) {
 PatchList::PatchList(QWidget* parent)
     : QWidget(parent),
       list_(new QListWidget(this)),
+      new_(new QPushButton(tr("&New patch"), this)),
       brush_(new QToolButton(this)),
       size_(new QSpinBox(this)),
       undo_(new QAction(vyn_icon(QStringLiteral("undo.png")), tr("&Undo painting"), this)),
@@ -44,9 +45,8 @@ PatchList::PatchList(QWidget* parent)
 }
 
 QLayout* PatchList::buttons() {
-    auto* add = new QPushButton(tr("&New patch"));
-    add->setObjectName(QStringLiteral("new_patch"));
-    add->setToolTip(tr("Paint a patch of its own on the model"));
+    new_->setObjectName(QStringLiteral("new_patch"));
+    new_->setToolTip(tr("Paint a patch of its own on the model"));
     auto* remove = new QPushButton(tr("Re&move"));
     remove->setObjectName(QStringLiteral("remove_patch"));
     brush_->setText(tr("&Brush"));
@@ -57,12 +57,12 @@ QLayout* PatchList::buttons() {
     size_->setValue(12);
     size_->setSuffix(tr(" px"));
     size_->setToolTip(tr("Radius of the brush"));
-    connect(add, &QPushButton::clicked, this, &PatchList::add_patch);
+    connect(new_, &QPushButton::clicked, this, &PatchList::add_patch);
     connect(remove, &QPushButton::clicked, this, &PatchList::remove_patch);
     connect(brush_, &QToolButton::toggled, this, &PatchList::choose_brush);
     connect(size_, QOverload<int>::of(&QSpinBox::valueChanged), this, &PatchList::choose_brush);
     auto* row = new QHBoxLayout;
-    for (QWidget* widget : std::initializer_list<QWidget*>{add, remove, brush_, size_})
+    for (QWidget* widget : std::initializer_list<QWidget*>{new_, remove, brush_, size_})
         row->addWidget(widget);
     for (QAction* action : {undo_, redo_}) {
         auto* button = new QToolButton(this);
@@ -121,6 +121,7 @@ void PatchList::show_patches() {
         list_->item(row)->setText(QString::fromStdString(
             edit_.patches().names[static_cast<std::size_t>(row - zone_count())]));
     writing_ = false;
+    new_->setEnabled(edit_.count() < PaintedPatches::most);
     undo_->setEnabled(edit_.can_undo());
     redo_->setEnabled(edit_.can_redo());
 }
@@ -133,7 +134,7 @@ std::optional<std::size_t> PatchList::current_patch() const {
 
 void PatchList::add_patch() {
     if (!model_ || !edit_.add(tr("patch %1").arg(edit_.count() + 1).toStdString())) return;
-    finish();
+    commit();
     list_->setCurrentRow(list_->count() - 1);
     brush_->setChecked(true);
 }
@@ -148,7 +149,7 @@ void PatchList::remove_patch() {
         list_->item(row)->setIcon(patch_icon(row - zone_count()));
     writing_ = false;
     edit_.remove(*patch);
-    finish();
+    commit();
 }
 
 void PatchList::take_item(QListWidgetItem* item) {
@@ -177,40 +178,35 @@ void PatchList::paint(const std::vector<std::size_t>& faces, ModelCanvas::Stroke
 }
 
 void PatchList::commit() {
-    if (!edit_.commit()) return;
-    show_patches();
-    Q_EMIT edited();
+    if (edit_.commit()) show_step();
 }
 
-/// A change that is a step of its own.
-void PatchList::finish() {
-    commit();
+/// A step was done, undone or redone.
+void PatchList::show_step() {
+    show_patches();
     choose_brush();
     Q_EMIT painted();
+    Q_EMIT edited();
 }
 
 void PatchList::undo() {
     commit();
     if (!edit_.can_undo()) return;
     edit_.undo();
-    show_patches();
-    Q_EMIT painted();
-    Q_EMIT edited();
+    show_step();
 }
 
 void PatchList::redo() {
     commit();
     if (!edit_.can_redo()) return;
     edit_.redo();
-    show_patches();
-    Q_EMIT painted();
-    Q_EMIT edited();
+    show_step();
 }
 
 void PatchList::open(const std::filesystem::path& file) {
     if (!model_) return;
     edit_.replace(read_patches(file, model_->mesh.triangles.size()));
-    finish();
+    commit();
 }
 
 void PatchList::save(const std::filesystem::path& file) const {

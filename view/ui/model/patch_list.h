@@ -16,6 +16,7 @@ class QAction;
 class QLayout;
 class QListWidget;
 class QListWidgetItem;
+class QPushButton;
 class QSpinBox;
 class QToolButton;
 
@@ -67,13 +68,14 @@ class PatchList : public QWidget {
     void show_patches();
     void take_item(QListWidgetItem* item);
     void choose_brush();
-    void finish();
+    void show_step();
     int zone_count() const;
     std::optional<std::size_t> current_patch() const;
 
     std::shared_ptr<const ShownModel> model_;
     PatchEdit edit_;
     QListWidget* list_;  ///< zones, then painted patches
+    QPushButton* new_;
     QToolButton* brush_;
     QSpinBox* size_;
     QAction* undo_;
