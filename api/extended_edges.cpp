@@ -147,11 +147,14 @@ class EdgeExtension {
         return changed;
     }
 
-    /// Usable pixels inwards of one of the border that depart from the line through the pixels
-    /// farther inside by far more than their bend explains.
+    /// Usable pixels inwards of one of the border that depart from the line through the five behind
+    /// them by far more than their bend and noise explain, and those behind one that departs by a
+    /// tenth: the blur reaches them, too, by less than noise lets be seen.
     void find_mixed(Pixel border, std::size_t inwards, std::vector<Pixel>& mixed) const {
         constexpr float of_bend = 3;
+        constexpr float of_noise = 2;
         constexpr float of_value = 0.0005F;
+        constexpr float half_lit = 0.1F;
         const std::ptrdiff_t step = state_steps_[inwards];
         const std::uint8_t* const border_state = state(border.y) + border.x;
         for (int k = 1; k <= margin; ++k)
@@ -159,18 +162,26 @@ class EdgeExtension {
         const std::ptrdiff_t value_step = value_steps_[inwards];
         const float* const value = out_.row(border.y) + border.x;
         const auto behind = [&](int k) { return value[(mixed_depth + 1 + k) * value_step]; };
-        const auto bend = [&](int k) {
-            return std::abs(behind(k - 1) - 2 * behind(k) + behind(k + 1));
+        const auto bend = [&](int k, int by) {
+            return std::abs(behind(k - by) - 2 * behind(k) + behind(k + by));
         };
-        const float largest_bend = std::max({bend(1), bend(2), bend(3)});
+        const float mean = (behind(0) + behind(1) + behind(2) + behind(3) + behind(4)) / 5;
+        const float slope = (2 * (behind(4) - behind(0)) + behind(3) - behind(1)) / 10;
+        const float bent = bend(2, 2) / 4;
+        const float noise = std::max({bend(1, 1), bend(2, 1), bend(3, 1)});
+        bool beside_half_lit = false;
         for (int depth = 1; depth <= mixed_depth; ++depth) {
-            const auto far = static_cast<float>(mixed_depth + 1 - depth);
-            const float expected = behind(0) + far * (behind(0) - behind(2)) / 2;
-            const float explained = largest_bend * far * (0.5F * far + 1);
-            if (std::abs(value[depth * value_step] - expected) >
-                of_bend * explained + of_value * std::abs(expected))
+            const auto from_middle = static_cast<float>(depth - mixed_depth - 3);
+            const float expected = mean + slope * from_middle;
+            const float departure = std::abs(value[depth * value_step] - expected);
+            // A parabola departs from its line through five points so far.
+            const float explained = bent * (from_middle * from_middle / 2 - 1);
+            const bool departs =
+                departure > of_bend * explained + of_noise * noise + of_value * std::abs(expected);
+            if (departs || beside_half_lit)
                 mixed.push_back({border.x + depth * directions[inwards].x,
                                  border.y + depth * directions[inwards].y});
+            beside_half_lit = departs && departure > half_lit * std::abs(expected);
         }
     }
 

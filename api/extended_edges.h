@@ -18,9 +18,9 @@ struct FloatRows {
 /// the others, ring by ring up to `reach` (1 to 254) pixels away from the nearest usable one; what
 /// lies farther becomes 0.
 ///
-/// Usable pixels up to two inside the border count as unusable where they depart from what the
-/// pixels behind them lead to by far more than those differ: half-lit pixels of a blurred outline
-/// would ring.
+/// Usable pixels up to three inside the border count as unusable where they depart from what the
+/// pixels behind them lead to by far more than their bend and noise explain, or lie behind such a
+/// half-lit pixel of a blurred outline: they would ring.
 ///
 /// A pixel of a ring is the mean over its known neighbours, diagonal ones with half the weight;
 /// each is carried on by the mean slope of the three pixels behind it, unless there are no such

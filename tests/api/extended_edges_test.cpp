@@ -120,6 +120,23 @@ TEST(ExtendedEdges, DoNotBlowUpNoise) {
     }
 }
 
+/// Half-lit pixels of a blurred outline, above the level that excludes, are found among noise.
+TEST(ExtendedEdges, FindHalfLitPixelsAmongNoise) {
+    const image noise = test::random_image({side, side}, 34, test::Values::finite);
+    image picture(side, side);
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x) {
+            const double inside = 120.3 - std::hypot(x - 150.2, y - 149.7);
+            const double lit = 0.5 * std::erfc(-inside / 0.9);
+            const double light = lit * paint(x, y) + (noise.values()(x, y) - 100) / 8;
+            picture.values()(x, y) = static_cast<float>(light);
+            picture.mask()(x, y) = light < 0.08 * paint(x, y) ? 1 : 0;
+        }
+    const auto misses = misses_beside_edges(picture, SplineEdges::extended, 3, paint);
+    EXPECT_LT(misses[2].rms(), 1.5 * misses[0].rms());
+    EXPECT_LT(misses[3].rms(), 1.1 * misses[0].rms());
+}
+
 /// Whatever is stored in excluded pixels, whoever computes.
 TEST(ExtendedEdges, HaveTheSameBitsEverywhere) {
     for (const test::Size size : test::sizes) {
