@@ -69,6 +69,8 @@ std::vector<Case> cases() {
                           with(keys::filter_type.path, any(4))};
     const Settings once{with(keys::resample_once.path, any(1)),
                         with(keys::spline_edges.path, any(std::string("extended")))};
+    Settings median_once = median;
+    median_once.insert(median_once.end(), once.begin(), once.end());
     Settings cp{with(keys::convert_field.path, any(std::string("Cp")))};
     Disturbance everything_cp = everything;
     everything_cp.static_p = 50;
@@ -99,9 +101,11 @@ std::vector<Case> cases() {
             {"noise, box 3", single, noise, filtered},
             {"everything, box 3", single, everything, filtered},
             {"noise, median 3", single, noise, median},
+            {"noise, median 3, sampled once", single, noise, median_once},
             {"noise, cross-correlation", bent, noise, {}},
             {"noise, binary", binary, noise, {}},
             {"markers, binary", binary, markers, {}},
+            {"markers, binary, sampled once", binary, markers, once},
             {"everything, binary", binary, everything, {}},
             {"everything, lifetime", lifetime, everything, {}},
             {"in situ, three terms", single, in_situ(CalibrationModel::polynomial), {}},
@@ -118,7 +122,7 @@ void print(const Coverage& part) {
 int run(int argc, char** argv) {
     const int draws = argc > 1 ? std::atoi(argv[1]) : 400;
     std::cout << draws << " draws; predicted over actual scatter, errors within two deviations\n"
-              << std::left << std::setw(28) << "disturbed"
+              << std::left << std::setw(30) << "disturbed"
               << "  inside            rim"
               << "               means of 100 pixels\n";
     const std::filesystem::path folder =
@@ -127,7 +131,7 @@ int run(int argc, char** argv) {
         if (argc > 2 && one.name.find(argv[2]) == std::string::npos) continue;
         const CoverageOfPoint found =
             sigma_coverage(one.options, one.disturbance, one.settings, draws, folder);
-        std::cout << std::left << std::setw(28) << one.name << std::right;
+        std::cout << std::left << std::setw(30) << one.name << std::right;
         print(found.inside);
         print(found.rim);
         print(found.means);

@@ -53,7 +53,7 @@ Point squares(const std::vector<Point>& residuals) {
     return sum;
 }
 
-DisplacementVariance on_nodes(const char* source, int width, int height) {
+DisplacementVariance on_nodes(const std::string& source, int width, int height) {
     DisplacementVariance variance;
     variance.source = source;
     variance.step = node_step;
@@ -83,6 +83,21 @@ class NodeRow {
     const float* below_;
 };
 
+/// Between nodes, and that of the outermost beyond them; 0 where the place is none.
+double value_at(const Bitmap<float>& nodes, int step, Point place) {
+    if (!std::isfinite(place.x) || !std::isfinite(place.y)) return 0;
+    const double column = std::clamp(place.x / step, 0.0, double(nodes.width() - 1));
+    const double row = std::clamp(place.y / step, 0.0, double(nodes.height() - 1));
+    const int c = std::min(static_cast<int>(column), std::max(0, nodes.width() - 2));
+    const int r = std::min(static_cast<int>(row), std::max(0, nodes.height() - 2));
+    const int right = std::min(c + 1, nodes.width() - 1);
+    const int below = std::min(r + 1, nodes.height() - 1);
+    const auto along = [&](int line) {
+        return std::lerp(double(nodes(c, line)), double(nodes(right, line)), column - c);
+    };
+    return std::lerp(along(r), along(below), row - r);
+}
+
 }  // namespace
 
 void DisplacementVariance::row(int n, int row, float* var_x, float* var_y) const {
@@ -104,6 +119,15 @@ void DisplacementVariance::row(int n, int row, float* var_x, float* var_y) const
     interpolate(y, var_y);
 }
 
+DisplacementVariance DisplacementVariance::halved() const {
+    DisplacementVariance half = *this;
+    for (Bitmap<float>* nodes : {&half.x, &half.y})
+        for (int r = 0; r < nodes->height(); ++r)
+            for (int c = 0; c < nodes->width(); ++c)
+                (*nodes)(c, r) /= 2;
+    return half;
+}
+
 double DisplacementVariance::typical() const {
     if (!known()) return 0;
     double sum = 0;
@@ -120,7 +144,7 @@ DisplacementVariance variance_of_markers(const MarkerMatch& match, double marker
     const double of_pair = 2 * marker_sigma * marker_sigma;
     const Point sse = squares(match.residuals);
     const bool tells = pairs > n + 2;
-    const auto of_fit = [&](double sum) { return tells ? sum / (pairs - n - 2) : of_pair; };
+    const auto of_fit = [&](double sum) { return tells ? sum / (pairs - n - 1) : of_pair; };
     const auto of_model = [&](double sum) {
         return tells ? std::max(0.0, sum / (pairs - n) - of_pair) : 0.0;
     };
@@ -157,6 +181,29 @@ DisplacementVariance variance_of_correlation(const image& sigma) {
     };
     variance.x = squared(sigma.displacement->u);
     variance.y = squared(sigma.displacement->v);
+    return variance;
+}
+
+DisplacementVariance carried_to_frame(const DisplacementVariance& of_picture,
+                                      const ImageMap& reference, const ImageMap& moved, int width,
+                                      int height) {
+    if (!of_picture.known()) return {};
+    DisplacementVariance variance = on_nodes(of_picture.source, width, height);
+    for (int r = 0; r < variance.x.height(); ++r)
+        for (int c = 0; c < variance.x.width(); ++c) {
+            const Point pixel{double(c) * node_step, double(r) * node_step};
+            const Point place = reference.at(pixel);
+            const double of_x = value_at(of_picture.x, of_picture.step, place);
+            const double of_y = value_at(of_picture.y, of_picture.step, place);
+            const Jacobian by = moved.derivative(pixel);
+            const double determinant = by.xx * by.yy - by.xy * by.yx;
+            const double square = determinant * determinant;
+            const bool leads = square > 0 && std::isfinite(square);
+            variance.x(c, r) =
+                leads ? float((by.yy * by.yy * of_x + by.xy * by.xy * of_y) / square) : 0;
+            variance.y(c, r) =
+                leads ? float((by.yx * by.yx * of_x + by.xx * by.xx * of_y) / square) : 0;
+        }
     return variance;
 }
 

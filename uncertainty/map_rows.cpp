@@ -128,30 +128,33 @@ struct PictureRow {
     Floats flat, gain, own;
 };
 
-/// Squared slopes of three rows at a time, and the variances of a row's places.
-class MovedRows {
+/// Pixels on either side that a slope is made of.
+constexpr int slope_reach = 3;
+
+/// A piece of a row with as many pixels on either side as slopes need.
+class WithSides {
   public:
-    explicit MovedRows(int width)
-        : slopes_(width + 2 * widest, 9, 0), variances_(whole_vectors(width), 2, 0) {}
-
-    SlopeRow slopes(int y) {
-        const int first = (y + 3) % 3 * 3;
-        const auto row = [&](int plane) { return slopes_.row(first + plane) + widest; };
-        return {row(0), row(1), row(2)};
+    WithSides() : values_{} {}
+    /// The border's value stands for those beyond it.
+    const float* of(const float* row, int width, int x, int n) {
+        if (x >= slope_reach && x + whole_vectors(n) + slope_reach <= width) return row + x;
+        for (int i = -slope_reach; i < n + slope_reach; ++i)
+            values_[static_cast<std::size_t>(i + widest)] = row[std::clamp(x + i, 0, width - 1)];
+        return values_.data() + widest;
     }
-    float* variance(int axis) { return variances_.row(axis); }
-
-    int until = -1;  ///< the row behind those whose slopes are there; -1: none
 
   private:
-    Bitmap<float> slopes_;
-    Bitmap<float> variances_;
+    std::array<float, sigma_piece + 3 * widest> values_;
 };
 
 /// What one block of rows works with.
 struct Work {
-    Work(std::size_t pictures, std::size_t moved, int width)
-        : of_picture(pictures), of_moved(moved, MovedRows(width)) {}
+    Work(const UncertainPoint& point, int width) : of_picture(point.pictures.size()) {
+        for (const MovedPictures& moved : point.moved) {
+            of_moved.emplace_back(whole_vectors(width), 2, 0.0F);
+            sides.resize(std::max(sides.size(), moved.parts.size()));
+        }
+    }
 
     NoiseSums sums() { return {noise.data(), white.data(), shot.data(), largest.data()}; }
     TermRows term_rows() {
@@ -159,9 +162,9 @@ struct Work {
     }
 
     std::vector<PictureRow> of_picture;
-    std::vector<MovedRows> of_moved;
+    std::vector<Bitmap<float>> of_moved;  ///< variances of a row's places along x and y
+    std::vector<WithSides> sides;
     std::vector<SlopePart> slope_parts;
-    std::vector<const float*> own;
     Floats noise, white, shot, largest, flat, flat_white, registration, measured;
     std::array<Floats, sigma_rows> terms;
 };
@@ -216,7 +219,6 @@ class MapRows {
     };
 
     void start_row(int y, Work& work) const;
-    void slopes(const MovedPictures& moved, int y, Work& work, MovedRows& rows) const;
     void piece(Span span, Work& work);
     void picture_row(std::size_t i, Span span, Work& work) const;
     PlaceRow place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const;
@@ -247,33 +249,8 @@ void MapRows::start_row(int y, Work& work) const {
         if (tables_[i].samplings == Samplings::two)
             row.undistorted.go_to(picture.undistorted, y, width_, kernels_);
     }
-    for (std::size_t i = 0; i < point_.moved.size(); ++i) {
-        MovedRows& rows = work.of_moved[i];
-        for (int row = std::max(rows.until, y - 1); row <= y + 1; ++row)
-            slopes(point_.moved[i], row, work, rows);
-        rows.until = y + 2;
-        point_.moved[i].variance.row(width_, y, rows.variance(0), rows.variance(1));
-    }
-}
-
-void MapRows::slopes(const MovedPictures& moved, int y, Work& work, MovedRows& rows) const {
-    const SlopeRow out = rows.slopes(y);
-    if (y <= 0 || y >= height_ - 1) {
-        for (float* plane : {out.x, out.y, out.known})
-            std::fill_n(plane, width_, 0.0F);
-        return;
-    }
-    work.slope_parts.clear();
-    for (const MovedPictures::Part& part : moved.parts) {
-        const image& picture = *point_.pictures[part.picture].in_frame;
-        const Bitmap<float>& values = picture.values();
-        const Bitmap<std::uint8_t>& mask = picture.mask();
-        work.slope_parts.push_back({{values.row(y - 1), values.row(y), values.row(y + 1)},
-                                    {mask.row(y - 1), mask.row(y), mask.row(y + 1)},
-                                    float(part.sign)});
-    }
-    kernels_.slopes(work.slope_parts.data(), static_cast<int>(work.slope_parts.size()), width_,
-                    out);
+    for (std::size_t i = 0; i < point_.moved.size(); ++i)
+        point_.moved[i].variance.row(width_, y, work.of_moved[i].row(0), work.of_moved[i].row(1));
 }
 
 PlaceRow MapRows::place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const {
@@ -344,20 +321,26 @@ void MapRows::shared_row(std::size_t pair, Span span, Work& work) const {
 }
 
 void MapRows::registration_row(std::size_t i, Span span, Work& work) const {
-    MovedRows& rows = work.of_moved[i];
-    const auto slopes = [&](int y) {
-        const SlopeRow row = rows.slopes(y);
-        return SlopeRow{row.x + span.x, row.y + span.x, row.known + span.x};
-    };
-    work.own.clear();
-    for (const MovedPictures::Part& part : point_.moved[i].parts)
-        work.own.push_back(work.of_picture[part.picture].own.data());
-    const RegistrationRow row{{slopes(span.y - 1), slopes(span.y), slopes(span.y + 1)},
-                              work.own.data(),
-                              static_cast<int>(work.own.size()),
-                              rows.variance(0) + span.x,
-                              rows.variance(1) + span.x};
-    kernels_.registration(row, span.whole(), work.registration.data());
+    work.slope_parts.clear();
+    for (const MovedPictures::Part& part : point_.moved[i].parts) {
+        const Bitmap<float>& values = point_.pictures[part.picture].in_frame->values();
+        const auto row = [&](int away) {
+            return values.row(std::clamp(span.y + away, 0, height_ - 1));
+        };
+        WithSides& sides = work.sides[work.slope_parts.size()];
+        SlopePart& of_slope = work.slope_parts.emplace_back();
+        of_slope.middle = sides.of(row(0), width_, span.x, span.n);
+        for (int away = 1; away <= slope_reach; ++away) {
+            of_slope.across[away - 1] = row(away) + span.x;
+            of_slope.across[away - 1 + slope_reach] = row(-away) + span.x;
+        }
+        of_slope.own = work.of_picture[part.picture].own.data();
+        of_slope.sign = static_cast<float>(part.sign);
+    }
+    Bitmap<float>& variances = work.of_moved[i];
+    kernels_.registration({work.slope_parts.data(), static_cast<int>(work.slope_parts.size()),
+                           variances.row(0) + span.x, variances.row(1) + span.x},
+                          span.whole(), work.registration.data());
 }
 
 void MapRows::combine(Span span, Work& work) {
@@ -412,7 +395,7 @@ void MapRows::piece(Span span, Work& work) {
 }
 
 void MapRows::operator()(int y0, int y1) {
-    const auto work = std::make_unique<Work>(point_.pictures.size(), point_.moved.size(), width_);
+    const auto work = std::make_unique<Work>(point_, width_);
     for (int y = y0; y < y1; ++y) {
         start_row(y, *work);
         for (int x = 0; x < width_; x += sigma_piece)

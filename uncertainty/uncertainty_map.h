@@ -83,9 +83,9 @@ struct UncertaintyMap {
 
 /// The standard deviation of every pixel of the field, in its unit; first order, independent
 /// sources (Liu, Guille & Sullivan 2001). Noise goes through the flat field, the interpolation at
-/// its phase and the filters; a misalignment through the squared slopes of ln I, their mean over
-/// 3 x 3 pixels less what noise adds to it; conditions and coefficients through the law. The same
-/// bits on any number of threads. Raises IndexError when sizes differ, Aborted.
+/// its phase and the filters; a misalignment through the squared slopes of ln I less what noise
+/// adds to them; conditions and coefficients through the law. The same bits on any number of
+/// threads. Raises IndexError when sizes differ, Aborted.
 UncertaintyMap uncertainty_map(const UncertainPoint& point, Progress& progress);
 
 }  // namespace vyn

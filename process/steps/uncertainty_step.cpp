@@ -17,6 +17,7 @@
 #include "process/steps/ratio_step.h"
 #include "process/steps/step_settings.h"
 #include "process/steps/temperature_step.h"
+#include "process/steps/uncertain_places.h"
 #include "uncertainty/uncertainty_map.h"
 
 namespace vyn {
@@ -199,49 +200,6 @@ void gather_shared(const StepRun& run, const SigmaSettings& settings, Experiment
     }
 }
 
-/// How sure an alignment is, by the first of these that there is: texture, markers, a number.
-DisplacementVariance variance_of(const SigmaSettings& settings, const image* texture,
-                                 const std::optional<MarkerMatch>& markers, const image& frame) {
-    if (texture)
-        if (DisplacementVariance found = variance_of_correlation(*texture); found.known())
-            return found;
-    if (markers && markers->ok)
-        return variance_of_markers(*markers, settings.marker_sigma, frame.width(), frame.height());
-    return uniform_variance(settings.registration_sigma, frame.width(), frame.height());
-}
-
-void gather_moved(const StepRun& run, const SigmaSettings& settings, ExperimentType type,
-                  const image& frame, Gathered& gathered) {
-    const auto add = [&](std::initializer_list<std::pair<std::size_t, int>> parts,
-                         DisplacementVariance variance) {
-        if (!variance.known()) return;
-        MovedPictures moved;
-        moved.variance = std::move(variance);
-        for (const auto& [number, sign] : parts)
-            moved.parts.push_back({gathered.index_of(number), sign});
-        gathered.point.moved.push_back(std::move(moved));
-    };
-    const RunReport& report = run.report;
-    const bool followed = report.correlation && report.correlation->failure.empty();
-    const Picture texture = followed ? run.session.images.find(names::displacement_sigma) : nullptr;
-    DisplacementVariance signal = variance_of(settings, texture.get(), report.alignment, frame);
-    if (type == ExperimentType::single) {
-        add({{1, -1}}, std::move(signal));
-        return;
-    }
-    if (type == ExperimentType::lifetime) {
-        if (gathered.numbers.front() == 0) add({{1, -1}, {3, 1}}, std::move(signal));
-        return;
-    }
-    add({{1, -1}}, std::move(signal));
-    if (!report.channels) return;
-    const ChannelAlignment& channels = *report.channels;
-    add({{3, 1}},
-        variance_of(settings, run.alignment.reference_sigma.get(), channels.reference, frame));
-    // An error between the cameras moves both pictures of the reference channel.
-    add({{2, -1}, {3, 1}}, variance_of(settings, nullptr, channels.cameras, frame));
-}
-
 void gather_law(const StepRun& run, const SigmaSettings& settings,
                 const CorrectedPictures& pictures, Gathered& gathered) {
     UncertainPoint& point = gathered.point;
@@ -377,7 +335,11 @@ TaskOutcome calculate_uncertainty(const StepRun& run) {
     point.ratio = ratio.get();
     gather_pictures(run, settings, *pictures, gathered);
     gather_shared(run, settings, type, gathered);
-    gather_moved(run, settings, type, *field, gathered);
+    point.moved = moved_pictures(run, *pictures, *field,
+                                 {settings.marker_sigma, settings.registration_sigma});
+    for (MovedPictures& moved : point.moved)
+        for (MovedPictures::Part& part : moved.parts)
+            part.picture = gathered.index_of(part.picture);
     gather_law(run, settings, *pictures, gathered);
     point.degree = read(run.session.data, keys::spline_degree);
     point.filter = filter_options(run.session.data);

@@ -146,7 +146,28 @@ TEST(DisplacementVariance, IsThatOfFittedMappings) {
         variance.row(320, 20, x.data(), y.data());
         foretold += (double(x[300]) + double(y[300])) / (2 * draws);
     }
-    EXPECT_NEAR(foretold / actual, 1.15, 0.2) << "Student's variance: (P - n) / (P - n - 2)";
+    EXPECT_NEAR(foretold / actual, 1.11, 0.15) << "(P - n) / (P - n - 1)";
+}
+
+/// A second camera shows the frame twice as large, turned by a right angle and 32 pixels farther.
+TEST(DisplacementVariance, IsCarriedToTheFrameOfTheResults) {
+    DisplacementVariance of_picture = uniform_variance(0.2, 320, 240);
+    for (int r = 0; r < of_picture.x.height(); ++r)
+        for (int c = 0; c < of_picture.x.width(); ++c)
+            of_picture.x(c, r) = 0.01F * float(c);
+    PolyTransform farther{.n = 1};
+    farther.ax[0] = 32;
+    PolyTransform turned{.n = 3};
+    turned.ax[2] = 2;
+    turned.ay[1] = -2;
+    const DisplacementVariance found =
+        carried_to_frame(of_picture, ImageMap().then(farther), ImageMap().then(turned), 200, 100);
+    std::vector<float> x(200);
+    std::vector<float> y(200);
+    found.row(200, 40, x.data(), y.data());
+    const double columns = (100.0 + 32) / of_picture.step;
+    EXPECT_NEAR(x[100], 0.04 / 4, 1e-6);
+    EXPECT_NEAR(y[100], 0.01 * columns / 4, 1e-6);
 }
 
 image shot_noise_frame(double light, double gain, double read, unsigned seed) {

@@ -174,68 +174,39 @@ void shared(const SharedRow& row, int n, const NoiseSums& sums, float* __restric
     }
 }
 
-void slopes(const SlopePart* slope_parts, int count, int n, const SlopeRow& out) {
-    const vint number = counting<vint>();
-    for (int i = 0; i < n; i += lanes) {
-        vint excluded = (number + i == 0) | (number + i >= n - 1);
-        for (int k = 0; k < count; ++k) {
-            const SlopePart& part = slope_parts[k];
-            excluded |= load_bytes(part.mask[0] + i) | load_bytes(part.mask[2] + i) |
-                        load_bytes(part.mask[1] + i) | load_bytes(part.mask[1] + i - 1) |
-                        load_bytes(part.mask[1] + i + 1);
-        }
-        const vint known = excluded == 0;
-        vfloat along_x{};
-        vfloat along_y{};
-        for (int k = 0; k < count && any(known); ++k) {
-            const SlopePart& part = slope_parts[k];
-            const float* middle = part.value[1] + i;
-            const vfloat scale = part.sign / (2 * load<vfloat>(middle));
-            along_x += (load<vfloat>(middle + 1) - load<vfloat>(middle - 1)) * scale;
-            along_y += (load<vfloat>(part.value[2] + i) - load<vfloat>(part.value[0] + i)) * scale;
-        }
-        store(out.x + i, known ? along_x * along_x : vfloat{});
-        store(out.y + i, known ? along_y * along_y : vfloat{});
-        store(out.known + i, known ? everywhere(1) : vfloat{});
-    }
-}
+/// Of the pixels one, two and three away, on either side.
+constexpr float slope_weights[3] = {0.8038475F, -0.2153903F, 0.0423110F};
 
-/// Sums of the columns of three rows, from one vector before a piece to one after it.
-class ColumnSums {
-  public:
-    ColumnSums(const SlopeRow (&rows)[3], float* SlopeRow::*plane, int n) {
-        const float* __restrict above = rows[0].*plane - lanes;
-        const float* __restrict middle = rows[1].*plane - lanes;
-        const float* __restrict below = rows[2].*plane - lanes;
-        for (int i = 0; i < n + 2 * lanes; i += lanes)
-            store(sums_ + i,
-                  load<vfloat>(above + i) + load<vfloat>(middle + i) + load<vfloat>(below + i));
-    }
-    /// Over 3 x 3 pixels about each.
-    vfloat about(int i) const {
-        const float* here = sums_ + lanes + i;
-        return load<vfloat>(here - 1) + load<vfloat>(here) + load<vfloat>(here + 1);
-    }
-
-  private:
-    float sums_[sigma_piece + 2 * lanes];
-};
+/// What it makes of independent noise of variance 1.
+constexpr float slope_noise =
+    2 * (slope_weights[0] * slope_weights[0] + slope_weights[1] * slope_weights[1] +
+         slope_weights[2] * slope_weights[2]);
 
 void registration(const RegistrationRow& row, int n, float* __restrict variance) {
-    const ColumnSums x(row.slopes, &SlopeRow::x, n);
-    const ColumnSums y(row.slopes, &SlopeRow::y, n);
-    const ColumnSums count(row.slopes, &SlopeRow::known, n);
-    const auto not_negative = [](const vfloat& v) { return v < 0 ? vfloat{} : v; };
+    const auto not_negative = [](const vfloat& v) { return v > 0 ? v : vfloat{}; };
     for (int i = 0; i < n; i += lanes) {
-        vfloat of_difference{};
-        for (int k = 0; k < row.pictures; ++k)
-            of_difference += load<vfloat>(row.own[k] + i) / 2;
-        const vfloat known = count.about(i);
-        const vfloat each = known > 0 ? 1 / known : vfloat{};
-        const vfloat mean_x = x.about(i) * each - of_difference;
-        const vfloat mean_y = y.about(i) * each - of_difference;
-        const vfloat added = not_negative(mean_x) * load<vfloat>(row.var_x + i) +
-                             not_negative(mean_y) * load<vfloat>(row.var_y + i);
+        vfloat along_x{};
+        vfloat along_y{};
+        vfloat of_noise{};
+        for (int k = 0; k < row.count; ++k) {
+            const SlopePart& part = row.parts[k];
+            const float* middle = part.middle + i;
+            vfloat x{};
+            vfloat y{};
+            for (int far = 1; far <= 3; ++far) {
+                x += slope_weights[far - 1] *
+                     (load<vfloat>(middle + far) - load<vfloat>(middle - far));
+                y += slope_weights[far - 1] * (load<vfloat>(part.across[far - 1] + i) -
+                                               load<vfloat>(part.across[far + 2] + i));
+            }
+            const vfloat scale = part.sign / load<vfloat>(middle);
+            along_x += x * scale;
+            along_y += y * scale;
+            of_noise += slope_noise * load<vfloat>(part.own + i);
+        }
+        const vfloat added =
+            not_negative(along_x * along_x - of_noise) * load<vfloat>(row.var_x + i) +
+            not_negative(along_y * along_y - of_noise) * load<vfloat>(row.var_y + i);
         store(variance + i, load<vfloat>(variance + i) + added);
     }
 }
@@ -243,7 +214,7 @@ void registration(const RegistrationRow& row, int n, float* __restrict variance)
 }  // namespace
 
 extern const SigmaKernels sigma_kernels;
-const SigmaKernels sigma_kernels{in_parts,       places, gain,   nearest,     noise,
-                                 measured_noise, shared, slopes, registration};
+const SigmaKernels sigma_kernels{in_parts, places,         gain,   nearest,
+                                 noise,    measured_noise, shared, registration};
 
 }  // namespace vyn::VYN_ISA

@@ -65,25 +65,18 @@ struct SharedRow {
     float dark;   ///< variance of the dark picture; 0: each has its own
 };
 
-/// The rows y - 1, y and y + 1 of a picture, with its sign in the logarithm of the ratio.
+/// A picture about a row, with its sign in the logarithm of the ratio.
 struct SlopePart {
-    const float* value[3];
-    const std::uint8_t* mask[3];
+    const float* middle;     ///< readable three pixels beside the row
+    const float* across[6];  ///< the rows one, two and three below it, then above it
+    const float* own;        ///< the picture's own noise, relative variance
     float sign;
 };
 
-/// Squared slopes of ln I along a row, and 1 where they are known; 0 where they are not.
-struct SlopeRow {
-    float* x;
-    float* y;
-    float* known;
-};
-
-/// Variances of the places of a row's pixels, and what they make of.
+/// Variances of the places of a row's pixels, and what shows them.
 struct RegistrationRow {
-    SlopeRow slopes[3];  ///< of the rows y - 1, y and y + 1
-    const float* const* own;
-    int pictures;  ///< whose own noise is in the slopes
+    const SlopePart* parts;
+    int count;
     const float* var_x;
     const float* var_y;
 };
@@ -109,12 +102,11 @@ struct SigmaKernels {
     /// Adds what errors of a common flat field and dark picture make of the ratio.
     void (*shared)(const SharedRow& row, int n, const NoiseSums& sums, float* flat,
                    float* flat_white);
-    /// Of a whole row of n pixels and the sum of the parts' logarithms. Not known beside excluded
-    /// pixels and in the outermost columns. Reads one pixel beside the row.
-    void (*slopes)(const SlopePart* parts, int count, int n, const SlopeRow& out);
-    /// Adds the variance that uncertain places give: the mean of the squared slopes over 3 x 3
-    /// pixels less half of the pictures' own noise, not below 0, times the places' variances. Reads
-    /// 16 slopes before the row, and as many after it.
+    /// Adds the variance that uncertain places give: the squared slopes of the sum of the parts'
+    /// logarithms less what their own noise makes of them, not below 0, times the places'
+    /// variances. The slope is that of a cubic spline, its weights (3/4)^(1/2) (1 - z^2) z^(k - 1)
+    /// with z = 3^(1/2) - 2 (Unser, Aldroubi & Eden 1993) cut off after the third pixel, the last
+    /// one so that straight lines keep theirs.
     void (*registration)(const RegistrationRow& row, int n, float* variance);
 };
 
