@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 
+#include "api/image_parts.h"
 #include "core/errors.h"
 #include "render/arrow.h"
 #include "render/canvas.h"
@@ -48,12 +49,16 @@ RgbPicture draw_field(const FieldSource& source, const PictureOptions& options, 
     return out;
 }
 
+ViewRectangle whole_field(const PictureOptions& options, const PictureFrame& frame) {
+    return {-0.5, -0.5, options.scale, frame.field_width(), frame.field_height()};
+}
+
 /// Lines of equal value from the field's corner on, cut where their numbers stand.
 IsoDrawing iso_drawing(const FieldSource& source, const PictureOptions& options,
                        const PictureFrame& frame) {
     constexpr std::size_t most_steps = 300000;  // of a picture, which is drawn once
-    const ViewRectangle whole{-0.5, -0.5, options.scale, frame.field_width(), frame.field_height()};
-    std::vector<IsoLine> lines = iso_lines(source, whole, options.iso_levels, most_steps);
+    std::vector<IsoLine> lines =
+        iso_lines(source, whole_field(options, frame), options.iso_levels, most_steps);
     for (IsoLine& line : lines)
         for (Point& place : line.places)
             place = {(place.x + 0.5) * options.scale, (place.y + 0.5) * options.scale};
@@ -94,8 +99,9 @@ struct Drawing {
     PictureFrame frame;
     RgbPicture pixels;
     colour_map colours;
-    IsoDrawing iso;               ///< from the field's corner on
-    std::vector<Stroke> arrows;   ///< from the field's corner on
+    HatchDrawing hatching;        ///< from the field's corner on
+    IsoDrawing iso;               ///< likewise
+    std::vector<Stroke> arrows;   ///< likewise
     std::vector<Marker> markers;  ///< pixels of the image
     double scale;
 
@@ -104,6 +110,7 @@ struct Drawing {
         canvas.picture(pixels, frame.field_x(), frame.field_y());
         const Figure on_field{
             frame.field_width(), frame.field_height(), [&](Canvas& field) {
+                draw_hatching(hatching, field);
                 draw_iso_lines(iso, colours, letters, field);
                 draw_vectors(arrows, letters, field);
                 for (const Marker& marker : markers)
@@ -139,6 +146,7 @@ void average_pixels(PixelBuffer fine, int fineness, int width, int height, int t
 
 Figure field_figure(const image& picture, const PictureOptions& options) {
     picture.check_planes();
+    if (options.hatching.sigma) check_same_size(picture, *options.hatching.sigma);
     if (!(options.scale > 0) || !std::isfinite(options.scale))
         throw AlgoError("Algorithm error!", "the scale of a picture must be a positive number");
     const PictureFrame frame(picture.width() * options.scale, picture.height() * options.scale,
@@ -148,7 +156,9 @@ Figure field_figure(const image& picture, const PictureOptions& options) {
         std::make_shared<const ImageLevels>(std::make_shared<const image>(picture))};
     const auto drawing = std::make_shared<const Drawing>(
         Drawing{frame, draw_field(source, options, frame.field_width(), frame.field_height()),
-                colours_of(options), iso_drawing(source, options, frame),
+                colours_of(options),
+                hatch_drawing(options.hatching, whole_field(options, frame), frame.letters()),
+                iso_drawing(source, options, frame),
                 options.vectors ? arrows_of(picture, options.scale) : std::vector<Stroke>(),
                 options.markers ? picture.markers.markers : std::vector<Marker>(), options.scale});
     return {frame.width(), frame.height(), [drawing](Canvas& canvas) { drawing->draw(canvas); }};

@@ -5,6 +5,7 @@
 
 #include "api/image.h"
 #include "render/figure.h"
+#include "render/hatching.h"
 #include "render/limits.h"
 #include "render/palette.h"
 #include "render/render.h"
@@ -27,6 +28,7 @@ struct PictureOptions : FrameOptions {
     double scale = 1;      ///< picture pixels per image pixel
     bool vectors = false;  ///< arrows of the image's displacement, where it is valid
     bool markers = false;  ///< rings round the image's markers, with their numbers
+    Hatching hatching;     ///< of what is less sure than a limit
 };
 
 /// Puts the means of squares of `fineness` pixels into rows of a picture from `to_y` on.
@@ -35,7 +37,8 @@ void average_pixels(PixelBuffer fine, int fineness, int width, int height, int t
 
 /// An image in false colour. Shown smaller, every pixel is the mean of its colours; larger, pixels
 /// stay crisp. With neither colour bar nor title there is nothing but the field. Raises AlgoError
-/// for an image without values and mask, and when the scale is no positive number or the picture
+/// for an image without values and mask, IndexError for standard deviations of
+/// another size, and when the scale is no positive number or the picture
 /// would be too large.
 Figure field_figure(const image& picture, const PictureOptions& options);
 

@@ -146,6 +146,42 @@ TEST_F(Render, DrawsLevelsAndIsoLines) {
     EXPECT_GT(paths_of({"--iso-step", "5000"}), paths_of({}) + 2) << "lines stay lines";
 }
 
+TEST_F(Render, DrawsDeviationsInPerCentAndHatches) {
+    image sigma = field;
+    sigma.quantity.deviation = true;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 80; ++x)
+            sigma.values()(x, y) = (x < 40 ? 0.01F : 0.03F) * field.values()(x, y);
+    const std::string file = folder / "sigma.imp";
+    Progress progress;
+    write_image(sigma, file, {}, progress);
+    const ProgramRun run =
+        run_program({"render", file, folder / "sigma.png", "--per-cent", folder / "s/truth.tif",
+                     "--palette", "grey", "--min", "0", "--max", "4", "--hatch", file, "1500"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(get_file(folder / "sigma.png"), HasSubstr(R"("quantity":"SD of Pressure, %")"));
+    const Decoded picture = decode(folder / "sigma.png");
+    int left = 0;
+    int left_other = 0;
+    int right_other = 0;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 80; ++x) {
+            if (field.mask()(x, y) != 0) continue;
+            const bool one_per_cent = std::abs(picture.at(x, y)[0] - 63) <= 2;
+            left += x < 38;
+            left_other += x < 38 && !one_per_cent;
+            right_other += x >= 40 && std::abs(picture.at(x, y)[0] - 191) > 2;
+        }
+    EXPECT_GT(left, 500);
+    EXPECT_EQ(left_other, 0) << "1 % everywhere, below 1500 Pa";
+    EXPECT_GT(right_other, 200) << "3 %, hatched";
+
+    const ProgramRun wrong =
+        run_program({"render", folder / "s/truth.tif", folder / "wrong.png", "--per-cent", file});
+    EXPECT_EQ(wrong.status, 2);
+    EXPECT_THAT(wrong.err, HasSubstr("no standard deviation"));
+}
+
 TEST_F(Render, RefusesWhatItCannotDo) {
     struct Case {
         std::vector<std::string> options;
@@ -162,6 +198,8 @@ TEST_F(Render, RefusesWhatItCannotDo) {
           Case{{"--iso", "3", "--iso-step", "5"}, 2, "--iso"},
           Case{{"--levels", "500"}, 2, "levels"}, Case{{"--scale", "0"}, 2, "scale"},
           Case{{"--image-markers"}, 2, "no markers"},
+          Case{{"--hatch", folder / "s/truth.tif", "0"}, 2, "above 0"},
+          Case{{"--hatch", folder / "absent.imp", "5"}, 1, "absent.imp"},
           Case{{"--markers", folder / "absent.mrk"}, 1, "absent.mrk"}}) {
         const ProgramRun run = render(c.options);
         EXPECT_EQ(run.status, c.status) << run.err;

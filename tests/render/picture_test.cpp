@@ -213,6 +213,40 @@ TEST(Picture, MarkersAreRingsAboutTheirPlaces) {
     EXPECT_EQ(dark_pixels(picture, 0, 0, 150, 320), 0);
 }
 
+/// A patch of pixels above the limit is hatched and nothing else is, in pictures of any scale.
+TEST(Picture, HatchesWhatIsAboveTheLimit) {
+    image field(60, 40);
+    field.values().fill(0);
+    auto sigma = std::make_shared<image>(
+        test::picture_of(60, 40, [](int x, int) { return x < 20 ? 5 : 3; }));
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 8; ++x)
+            sigma->mask()(x, y) = 1;
+    PictureOptions options;
+    options.limits = {-1, 1};
+    for (const double scale : {1.0, 5.0}) {
+        options.scale = scale;
+        options.hatching = {};
+        const RgbPicture plain = draw_picture(field, options);
+        options.hatching = {sigma, 4};
+        const RgbPicture hatched = draw_picture(field, options);
+        int changed = 0;
+        for (int y = 0; y < plain.height; ++y)
+            for (int x = 0; x < plain.width; ++x) {
+                if (std::equal(plain.at(x, y), plain.at(x, y) + 3, hatched.at(x, y))) continue;
+                ++changed;
+                // A pen's width beyond the patch.
+                ASSERT_GE(x, 8 * scale - 3) << scale;
+                ASSERT_LE(x, 20 * scale + 3) << scale;
+            }
+        const double share = changed / (12 * 40 * scale * scale);
+        EXPECT_GT(share, 0.2) << scale;
+        EXPECT_LT(share, 0.7) << scale;
+    }
+    options.hatching = {std::make_shared<image>(7, 7), 4};
+    EXPECT_THROW(draw_picture(field, options), IndexError);
+}
+
 TEST(Picture, IsoLinesAreDrawnWhereTheirValuesAre) {
     const image ramp = test::picture_of(60, 40, [](int x, int) { return x; });
     PictureOptions options;

@@ -9,6 +9,7 @@
 #include "uncertainty/law_variance.h"
 #include "uncertainty/photon_transfer.h"
 #include "uncertainty/picture_noise.h"
+#include "uncertainty/relative_sigma.h"
 #include "uncertainty/resampling_gain.h"
 
 namespace vyn::test {
@@ -234,6 +235,37 @@ TEST(PictureNoise, ComesFromTheFramesOfAPicture) {
     CameraNoise camera;
     EXPECT_EQ(noise_line(camera, "burst", nullptr, nullptr, "gain").source, NoiseSource::unknown);
     EXPECT_THROW(noise_line(camera, "transfer", nullptr, nullptr, "gain"), AlgoError);
+}
+
+TEST(PerCentOfField, IsOfItsAmountWhereThereIsOne) {
+    image field(6, 1);
+    field.quantity = {Quantity::Kind::cp};
+    image sigma = field;
+    sigma.name = "field_P_sigma_common";
+    sigma.quantity.deviation = true;
+    const float fields[] = {2, -0.5F, 0, 4, 4, NAN};
+    for (int x = 0; x < 6; ++x) {
+        field.values()(x, 0) = fields[x];
+        sigma.values()(x, 0) = 0.01F;
+    }
+    field.mask()(3, 0) = 1;
+    sigma.mask()(4, 0) = 1;
+    const image per_cent = per_cent_of_field(sigma, field);
+    EXPECT_FLOAT_EQ(per_cent.values()(0, 0), 0.5F);
+    EXPECT_FLOAT_EQ(per_cent.values()(1, 0), 2);
+    for (int x = 0; x < 6; ++x)
+        EXPECT_EQ(per_cent.mask()(x, 0) != 0, x >= 2) << x;
+    EXPECT_EQ(field_label(per_cent).text(), "SD of Cp, %");
+
+    EXPECT_EQ(field_of_sigma(sigma.name), "field_P");
+    EXPECT_EQ(field_of_sigma("Iref"), "");
+    EXPECT_NE(objection_to_per_cent(sigma, nullptr), "");
+    EXPECT_NE(objection_to_per_cent(field, &field), "") << "no deviation";
+    field.unit = "Pa";
+    EXPECT_THROW(per_cent_of_field(sigma, field), AlgoError) << "another unit";
+    for (image* picture : {&field, &sigma})
+        picture->quantity.kind = Quantity::Kind::temperature, picture->unit = "c";
+    EXPECT_NE(objection_to_per_cent(sigma, &field), "") << "0 degrees are no nothing";
 }
 
 }  // namespace

@@ -373,6 +373,46 @@ TEST_F(FieldViewer, ThePointerShowsTheCellOfTheAlignmentByTexture) {
         QTest::qWaitFor([&] { return verdict->text().startsWith(QStringLiteral("No cell")); }));
 }
 
+TEST_F(FieldViewer, ShowsADeviationInPerCentOfItsField) {
+    image field = ramp_image("field_P");
+    field.quantity = {Quantity::Kind::pressure};
+    field.unit = "Pa";
+    image sigma = field;
+    sigma.name = "field_P_sigma";
+    sigma.quantity.deviation = true;
+    sigma.values().fill(7);
+    get_images().add(image(field));
+    VynFieldViewer& plain = show("field_P");
+    EXPECT_FALSE(plain.actions().per_cent->isEnabled());
+    EXPECT_TRUE(plain.actions().per_cent->statusTip().contains("no standard deviation"));
+
+    get_images().add(image(sigma));
+    VynFieldViewer& viewer = show("field_P_sigma");
+    const Limits own{2, 9};
+    Fashion fashion = viewer.view().fashion();
+    fashion.limits = own;
+    viewer.view().set_fashion(fashion);
+    QTest::keyClick(&viewer, Qt::Key_5, Qt::ControlModifier);
+    EXPECT_TRUE(viewer.actions().per_cent->isChecked());
+    EXPECT_FLOAT_EQ(viewer.picture()->values()(10, 2), 700.0F / 2110);
+    EXPECT_EQ(viewer.quantity(), QStringLiteral("SD of Pressure, %"));
+    EXPECT_LT(viewer.view().fashion().limits.maximum, 8);
+    EXPECT_FALSE(viewer.may_edit()) << "the list's image would become per cent";
+
+    // The field is followed, too.
+    field.values()(10, 2) = 70;
+    get_images().add(std::move(field));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return viewer.picture()->values()(10, 2) == 10; }, 2000));
+    get_images().remove("field_P");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !viewer.picture(); }, 2000));
+
+    QTest::keyClick(&viewer, Qt::Key_5, Qt::ControlModifier);
+    EXPECT_EQ(viewer.picture()->values()(10, 2), 7);
+    EXPECT_EQ(viewer.view().fashion().limits, own);
+    EXPECT_TRUE(viewer.may_edit());
+    EXPECT_FALSE(viewer.actions().per_cent->isEnabled());
+}
+
 TEST_F(FieldViewer, ClosesWithEverythingOn) {
     get_images().add(ramp_image("other"));
     auto* viewer = new VynFieldViewer(worker, "field_P", false, {});

@@ -1,4 +1,6 @@
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QInputDialog>
 #include <QPushButton>
 #include <QStatusBar>
@@ -153,7 +155,10 @@ TEST_F(ViewerFiles, AsksBeforeWhatIsDrawnOnAFilesImageIsLost) {
 TEST_F(ViewerFiles, ExportsWhatIsSeen) {
     image field = ramp_image("field_P");
     field.quantity = {Quantity::Kind::cp};
+    image sigma = ramp_image("field_P_sigma");
     get_images().add(std::move(field));
+    get_images().add(std::move(sigma));
+    write(vyn_db(), keys::uncertainty_limit, 15000.0);  // the lower half is hatched
     VynFieldViewer& viewer = show("field_P", false, QStringLiteral("Pressure Field"));
     test::choose_file(path(folder / "picture"), QStringLiteral("PNG graphics file (*.png)"));
     QTimer::singleShot(100, qApp, [] {
@@ -166,6 +171,22 @@ TEST_F(ViewerFiles, ExportsWhatIsSeen) {
     const QImage picture(path(folder / "picture.png"));
     EXPECT_GE(picture.width(), 8 * 40);
     EXPECT_GE(picture.height(), 8 * 30);
+    const auto hatched = [](const QImage& image, const QRect& area) {
+        int dark = 0;
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x)
+                dark += image.pixelColor(x, y).value() < 100;
+        return dark;
+    };
+    const int top = (picture.height() - 8 * 30) / 2;
+    EXPECT_GT(hatched(picture, {80, top + 160, 100, 80}), 100);
+    EXPECT_EQ(hatched(picture, {80, top + 30, 100, 60}), 0);
+    viewer.actions().copy_picture->trigger();
+    const QImage seen = QApplication::clipboard()->pixmap().toImage();
+    const QRect below(test::ViewerTest::at(viewer, 5, 18), test::ViewerTest::at(viewer, 30, 27));
+    const QRect above(test::ViewerTest::at(viewer, 5, 3), test::ViewerTest::at(viewer, 30, 11));
+    EXPECT_GT(hatched(seen, below), 100);
+    EXPECT_EQ(hatched(seen, above), 0);
 
     test::choose_file(path(folder / "field"), QStringLiteral("Techplot (*.dat)"));
     viewer.actions().image_export->trigger();

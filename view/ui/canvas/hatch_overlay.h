@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "api/image.h"
+#include "render/hatching.h"
 #include "view/ui/canvas/view_tool.h"
 
 namespace vyn {
@@ -16,6 +16,8 @@ class HatchOverlay final : public ViewOverlay {
         sigma_ = std::move(sigma);
         limit_ = std::move(limit);
     }
+    /// As of now.
+    Hatching hatching() const { return {sigma_, limit_ ? limit_() : 0}; }
     void paint(QPainter& painter, const ViewTransform& transform) const override;
 
   private:

@@ -34,6 +34,10 @@ PictureDialog::PictureDialog(const PictureOptions& options, int width, int heigh
     markers_->setObjectName(QStringLiteral("markers"));
     markers_->setChecked(options.markers && has_markers);
     markers_->setEnabled(has_markers);
+    hatching_ = new QCheckBox(tr("&Hatch what is less sure than the limit"));
+    hatching_->setObjectName(QStringLiteral("hatching"));
+    hatching_->setChecked(options.hatching.shown());
+    hatching_->setEnabled(options.hatching.shown());
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     connect(buttons, &QDialogButtonBox::accepted, this, &PictureDialog::accept);
@@ -47,6 +51,7 @@ PictureDialog::PictureDialog(const PictureOptions& options, int width, int heigh
     form->addRow(colour_bar_);
     form->addRow(limits_);
     form->addRow(markers_);
+    form->addRow(hatching_);
     form->addRow(buttons);
     show_size();
 }
@@ -73,6 +78,7 @@ PictureOptions PictureDialog::options() const {
     chosen.scale = scale_->number().value_or(options_.scale);
     chosen.colour_bar = colour_bar_->isChecked();
     chosen.markers = markers_->isChecked();
+    if (!hatching_->isChecked()) chosen.hatching = {};
     return chosen;
 }
 

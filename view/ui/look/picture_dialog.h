@@ -37,6 +37,7 @@ class PictureDialog : public QDialog {
     QCheckBox* colour_bar_ = nullptr;
     QCheckBox* limits_ = nullptr;
     QCheckBox* markers_ = nullptr;
+    QCheckBox* hatching_ = nullptr;
 };
 
 }  // namespace vyn

@@ -6,6 +6,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QStatusBar>
+#include <utility>
 
 #include "api/quantity.h"
 #include "core/errors.h"
@@ -13,6 +14,7 @@
 #include "render/difference.h"
 #include "render/prepared_picture.h"
 #include "render/ticks.h"
+#include "uncertainty/relative_sigma.h"
 #include "view/ui/look/advanced_fashion_dialog.h"
 #include "view/ui/window/field_viewer_parts.h"
 
@@ -59,6 +61,9 @@ void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::stri
     parts_->files->forget();
     setWindowModified(false);
     parts_->watcher.watch(parts_->list, name);
+    parts_->per_cent = false;
+    parts_->other_look.reset();
+    parts_->field_watcher.watch(parts_->list, field_of_sigma(name));
     // What is shown must never pass for the image of that name.
     show_nothing(tr("Preparing the image..."));
     follow_image();
@@ -66,22 +71,30 @@ void VynFieldViewer::show_from(std::shared_ptr<imagesList> list, const std::stri
 
 void VynFieldViewer::follow_image() {
     const auto picture = parts_->watcher.current();
-    if (picture) return prepare(Preparation::when_for(*picture));
+    const QString objection = parts_->per_cent ? objection_to_per_cent() : QString();
+    if (picture && objection.isEmpty()) return prepare(Preparation::when_for(*picture));
     parts_->preparation.cancel();
+    if (picture)
+        return show_nothing(tr("The image \"%1\" cannot be shown in per cent: %2.")
+                                .arg(QString::fromStdString(parts_->image_name), objection));
     show_nothing(tr("The image \"%1\" is not there any more.\nIt is shown again as soon as it is.")
                      .arg(QString::fromStdString(parts_->image_name)));
 }
 
 void VynFieldViewer::prepare(Preparation::When when) {
     const auto picture = parts_->watcher.current();
+    const auto field = parts_->per_cent ? parts_->field_watcher.current() : nullptr;
     const auto earlier = parts_->view->levels();
     const bool with_limits = !parts_->fashion_suggested;
     if (earlier && earlier->picture().shares_planes_with(*picture))
         when = Preparation::When::at_once;
     parts_->preparation.start(
         when,
-        [picture, earlier, with_limits](Progress& progress) {
-            return prepare_picture(picture, earlier.get(), with_limits, progress);
+        [picture, field, earlier, with_limits](Progress& progress) {
+            const auto shown =
+                field ? std::make_shared<const image>(per_cent_of_field(*picture, *field))
+                      : picture;
+            return prepare_picture(shown, earlier.get(), with_limits, progress);
         },
         [this](std::future<PreparedPicture> prepared) {
             try {
@@ -102,6 +115,32 @@ void VynFieldViewer::show_prepared(const PreparedPicture& prepared) {
 void VynFieldViewer::show_nothing(const QString& why) {
     parts_->view->set_message(why);
     parts_->view->set_picture(nullptr);
+}
+
+QString VynFieldViewer::objection_to_per_cent() const {
+    const auto own = parts_->watcher.current();
+    if (!own) return tr("there is no image");
+    return QString::fromStdString(
+        vyn::objection_to_per_cent(*own, parts_->field_watcher.current().get()));
+}
+
+void VynFieldViewer::show_per_cent(bool on) {
+    if (on == parts_->per_cent) return;
+    parts_->comparison->stop();
+    delete parts_->fashion_dialog;  // its Cancel would bring back the limits of the other choice
+    parts_->files->forget();
+    parts_->per_cent = on;
+    const Fashion shown = parts_->view->fashion();
+    std::optional<Fashion> look = std::exchange(parts_->other_look, std::nullopt);
+    if (parts_->fashion_suggested) parts_->other_look = shown;
+    parts_->fashion_suggested = look.has_value();
+    if (look) {
+        Fashion fashion = shown;
+        fashion.limits = look->limits;
+        fashion.iso = look->iso;
+        parts_->view->set_fashion(fashion);
+    }
+    follow_image();
 }
 
 void VynFieldViewer::suggest_fashion(const image& picture, const Limits& limits) {
@@ -189,6 +228,13 @@ void VynFieldViewer::enable_actions() {
           a.load_markers, a.save_markers, a.clear_markers})
         action->setEnabled(shown);
     a.vector_draw_enable->setEnabled(shown && parts_->view->picture()->displacement);
+    const QString objection = objection_to_per_cent();
+    a.per_cent->setEnabled(parts_->per_cent || (shown && objection.isEmpty()));
+    a.per_cent->setChecked(parts_->per_cent);
+    a.per_cent->setToolTip(objection.isEmpty()
+                               ? tr("Show the standard deviation in per cent of its field")
+                               : tr("Not in per cent: %1").arg(objection));
+    a.per_cent->setStatusTip(a.per_cent->toolTip());
 }
 
 void VynFieldViewer::set_mode(MouseMode mode) {
@@ -244,6 +290,11 @@ void VynFieldViewer::set_mode(MouseMode mode) {
 
 bool VynFieldViewer::may_edit() {
     const auto shown = picture();
+    if (parts_->per_cent) {
+        statusBar()->showMessage(
+            tr("Per cent of the field can only be looked at: switch them off to change the image"));
+        return false;
+    }
     if (shown && parts_->list->find(parts_->image_name) == shown) return true;
     if (shown) statusBar()->showMessage(tr("A newer image is about to be shown"));
     return false;

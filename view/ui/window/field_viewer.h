@@ -7,6 +7,7 @@
 
 #include "api/image_list.h"
 #include "render/fashion.h"
+#include "render/hatching.h"
 #include "view/save_rules.h"
 #include "view/ui/canvas/picture_window.h"
 #include "view/ui/canvas/preparation.h"
@@ -49,6 +50,10 @@ class VynFieldViewer : public PictureWindow {
     std::shared_ptr<const image> beside(const std::string& name_end) const override;
     /// What is seen: the image, the other one while they blink, or their difference.
     std::shared_ptr<const image> shown_picture() const;
+    /// What is hatched on it.
+    Hatching hatching() const;
+    /// The image shown is that of the list in per cent of its field.
+    bool shows_per_cent() const;
     /// The window's title without its marks.
     QString caption() const;
     QString quantity() const override;
@@ -88,6 +93,8 @@ class VynFieldViewer : public PictureWindow {
     void link_views(bool linked);
     void blink(bool on);
     void difference(bool on);
+    /// Shows a standard deviation in per cent of the field beside it, or as it is.
+    void show_per_cent(bool on);
     void copy_picture();
     void copy_pixel();
 
@@ -125,6 +132,8 @@ class VynFieldViewer : public PictureWindow {
     /// The watched image is another one, or none any more.
     void follow_image();
     void prepare(Preparation::When when);
+    /// Why the image cannot be shown in per cent of its field; empty when it can.
+    QString objection_to_per_cent() const;
     void show_prepared(const PreparedPicture& prepared);
     void show_nothing(const QString& why);
     /// Limits and vectors that suit an image shown for the first time.

@@ -45,7 +45,10 @@ struct VynFieldViewer::Parts {
     bool fashion_suggested = false;  ///< limits and vectors were taken from the image once
     std::string suggested_palette;   ///< its name; empty before the first one
     ImageWatcher watcher;
-    Preparation preparation;  ///< of the watched image, until it is shown
+    bool per_cent = false;              ///< shown as standard deviation in per cent of its field
+    ImageWatcher field_watcher;         ///< of that field
+    std::optional<Fashion> other_look;  ///< limits and iso-lines with the other choice
+    Preparation preparation;            ///< of the watched image, until it is shown
 
     VynFieldView* view;
     HatchOverlay hatch;

@@ -131,7 +131,8 @@ void VynFieldViewer::make_bars() {
     parts_->image_menu = menuBar()->addMenu(tr("&Image"));
     parts_->image_menu->addActions(image_actions);
     parts_->image_menu->addSeparator();
-    parts_->image_menu->addActions({a.zoom_fit, a.advanced_fashion});
+    parts_->image_menu->addActions({a.zoom_fit, a.advanced_fashion, a.per_cent});
+    parts_->image_menu->setToolTipsVisible(true);
     parts_->image_menu->addSeparator();
     parts_->image_menu->addActions({a.link, a.blink, a.difference});
     parts_->image_menu->addSeparator();
@@ -175,6 +176,8 @@ void VynFieldViewer::connect_view() {
     connect(view, &VynFieldView::grid_present, parts_->function_bar, &VynFunctionBar::grid_present);
     connect(view, &VynFieldView::fashion_changed, this, &VynFieldViewer::fashion_changed);
     connect(&parts_->watcher, &ImageWatcher::changed, this, &VynFieldViewer::follow_image);
+    connect(&parts_->field_watcher, &ImageWatcher::changed, this,
+            [this] { parts_->per_cent ? follow_image() : enable_actions(); });
     connect(&parts_->channels, &ChannelSource::changed, this, &VynFieldViewer::apply_channels);
     connect(parts_->comparison, &Comparison::changed, this, [this] {
         const Comparison::Kind kind = parts_->comparison->kind();

@@ -41,6 +41,12 @@ const std::string& VynFieldViewer::image_name() const {
 bool VynFieldViewer::shows_project_image(const std::string& name) const {
     return parts_->list.get() == &get_images() && parts_->image_name == name;
 }
+Hatching VynFieldViewer::hatching() const {
+    return parts_->hatch.hatching();
+}
+bool VynFieldViewer::shows_per_cent() const {
+    return parts_->per_cent;
+}
 PictureOrigin VynFieldViewer::origin() const {
     return parts_->origin;
 }

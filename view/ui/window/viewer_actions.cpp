@@ -69,6 +69,7 @@ const ToggleRow toggle_rows[] = {
     {&Actions::link, &Viewer::link_views, "link_views", "link.png", "&Link Viewers", "Ctrl+L", "Linked viewers show the same part of their images"},
     {&Actions::blink, &Viewer::blink, "blink", "blink.png", "&Blink", "Ctrl+B", "Show this image and another one in turn"},
     {&Actions::difference, &Viewer::difference, "difference", "difference.png", "Di&fference", "Ctrl+Shift+D", "Show this image minus another one"},
+    {&Actions::per_cent, &Viewer::show_per_cent, "show_per_cent", "", "P&er Cent of the Field", "Ctrl+5", "Show the standard deviation in per cent of its field"},
 };
 // clang-format on
 

@@ -31,6 +31,7 @@ struct ViewerActions {
     QAction* link = nullptr;
     QAction* blink = nullptr;
     QAction* difference = nullptr;
+    QAction* per_cent = nullptr;
     QAction* copy_picture = nullptr;
     QAction* copy_pixel = nullptr;
     // Marker

@@ -171,7 +171,9 @@ bool ViewerFiles::write_image_file(const fs::path& file) {
 void ViewerFiles::save() {
     const auto picture = viewer_.picture();
     if (!picture) return;
-    const fs::path file = file_to_save(viewer_.origin(), *picture, saved_as_);
+    // The image's own file holds it as it is.
+    const fs::path file =
+        viewer_.shows_per_cent() ? saved_as_ : file_to_save(viewer_.origin(), *picture, saved_as_);
     if (file.empty()) return save_as();
     write_image_file(file);
 }
@@ -205,6 +207,9 @@ void ViewerFiles::export_picture() {
         request.options.label = viewer_.quantity().toStdString();
         request.options.title = viewer_.caption().toStdString();
         request.options.scale = scale_for_side(*picture, 1600);
+        const Hatching hatching = viewer_.hatching();
+        if (hatching.shown() && hatching.sigma->values().same_size(picture->values()))
+            request.options.hatching = hatching;
         request.options.markers = !viewer_.markers_hidden();
         PictureDialog dialog(request.options, picture->width(), picture->height(),
                              !picture->markers.markers.empty(), &viewer_);
