@@ -179,7 +179,7 @@ Work prepare_sample(CLI::App& app, const GlobalOptions&) {
         "signal\n"
         "channel alone; with --lifetime the pictures of gate 1 (..._gate1). With "
         "--temperature-ramp\n"
-        "infrared.tif and its markers. With --mesh also\n"
+        "infrared.tif, its markers and camera_infrared.ini. With --mesh also\n"
         "model.vtp, markers3d.mrk, the truth at its nodes truth_mesh.vtp and of the cameras\n"
         "pose.json, the wing's edges lines.csv, and reference.json for the loads; compute it by\n"
         "run DIR/project.xml --save-mesh point.vtp.");

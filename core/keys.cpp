@@ -35,7 +35,7 @@ enum class Record { camera, paint, flow };
 std::vector<std::string_view> trees(Record record) {
     switch (record) {
         case Record::camera:
-            return {keys::sens_camera, keys::refe_camera};
+            return {keys::sens_camera, keys::refe_camera, keys::temperature_camera};
         case Record::paint:
             return {keys::sens_paint};
         case Record::flow:

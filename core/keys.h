@@ -24,6 +24,7 @@ using string = std::string;
 /// Sub-trees that hold one record each.
 inline constexpr std::string_view sens_camera = "project/sens_cam/";
 inline constexpr std::string_view refe_camera = "project/refe_cam/";
+inline constexpr std::string_view temperature_camera = "project/temperature_cam/";
 inline constexpr std::string_view sens_paint = "project/sens_paint/";
 inline constexpr std::string_view flow = "project/flow/";
 /// Camera resection. The prefix has no leading "p": that is how projects store it.

@@ -83,9 +83,12 @@ double SyntheticCamera::wind_on_dark(int y) const {
 
 cameraFeatures SyntheticCamera::record() const {
     cameraFeatures record;
-    record.camera_ID = std::string(role == Role::reference ? "SYN2" : "SYN1");
-    record.camera_name =
-        std::string(role == Role::reference ? "synthetic reference camera" : "synthetic camera");
+    record.camera_ID = std::string(role == Role::infrared    ? "SYN3"
+                                   : role == Role::reference ? "SYN2"
+                                                             : "SYN1");
+    record.camera_name = std::string(role == Role::infrared    ? "synthetic infrared camera"
+                                     : role == Role::reference ? "synthetic reference camera"
+                                                               : "synthetic camera");
     record.focus = focus;
     record.dx = pixel_spacing;
     record.dy = pixel_spacing;
@@ -143,7 +146,12 @@ SyntheticCamera reference_camera(const SyntheticOptions& options) {
 }
 
 SyntheticCamera infrared_camera(const SyntheticOptions& options) {
-    return beside(options, SyntheticCamera::Role::infrared, 0.5, -0.02, {-1.7, 2.2});
+    SyntheticCamera camera =
+        beside(options, SyntheticCamera::Role::infrared, 0.5, -0.02, {-1.7, 2.2});
+    camera.lens.cx = 0.5 * (camera.width - 1) + 1.5;
+    camera.lens.cy = 0.5 * (camera.height - 1) - 2;
+    camera.lens.a2 = 2 * default_a2(camera.width, camera.height);
+    return camera;
 }
 
 void take_pictures(const SyntheticCamera& camera, const SyntheticOptions& options,

@@ -53,7 +53,7 @@ SyntheticCamera signal_camera(const SyntheticOptions& options);
 /// the same place.
 SyntheticCamera reference_camera(const SyntheticOptions& options);
 
-/// A camera of temperatures: half the pixels, no distortion, turned the other way.
+/// A camera of temperatures: half the pixels, a lens of its own, turned the other way.
 SyntheticCamera infrared_camera(const SyntheticOptions& options);
 
 /// Light in counts from a place of the laboratory, without and with wind.

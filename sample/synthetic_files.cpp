@@ -28,6 +28,7 @@ constexpr const char* port_file = "ports.mrk";
 constexpr const char* paint_file = "paint.clb";
 constexpr const char* infrared_file = "infrared.tif";
 constexpr const char* infrared_marker_file = "infrared.mrk";
+constexpr const char* infrared_camera_file = "camera_infrared.ini";
 constexpr const char* project_file = "project.xml";
 
 /// "truth.tif" as "truth_2.tif".
@@ -176,6 +177,9 @@ void put_project(const fs::path& folder, const SyntheticPoint& point, const Poin
         write(data, keys::temperature_map_file, std::string(infrared_file));
         write(data, keys::temperature_map_mark_file, std::string(infrared_marker_file));
         write(data, keys::temperature_source, std::string("map"));
+        cameraFeatures camera = point.infrared->camera;
+        camera.camera = infrared_camera_file;
+        write(data, std::string(keys::temperature_camera), camera);
     }
     write(data, std::string(keys::sens_paint), point.paint);
     write(data, std::string(keys::flow), point.flow);
@@ -213,7 +217,7 @@ std::vector<std::string> synthetic_file_names(Channels channels, const std::stri
 }
 
 std::vector<std::string> infrared_file_names() {
-    return {infrared_file, infrared_marker_file};
+    return {infrared_file, infrared_marker_file, infrared_camera_file};
 }
 
 void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder, Progress& progress,
@@ -233,6 +237,7 @@ void write_synthetic_point(const SyntheticPoint& point, const fs::path& folder, 
     if (point.infrared) {
         pictures.emplace_back(infrared_file, &point.infrared->picture);
         write_marker_file(folder / infrared_marker_file, point.infrared->markers);
+        write_camera((folder / infrared_camera_file).string(), point.infrared->camera);
     }
     ImageWriteOptions options;
     options.provenance = provenance_of(point);

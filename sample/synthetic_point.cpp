@@ -50,19 +50,22 @@ image field_of(const SyntheticOptions& options, const SyntheticScene& scene, con
     return field;
 }
 
+/// Where the camera shows a place of the laboratory.
+Point seen_by(const SyntheticCamera& camera, Point place) {
+    return exact_camera_position(camera.lens, apply_poly(camera.ideal_from_laboratory, place));
+}
+
 /// The dots as a camera sees them.
 void place_dots(const SyntheticScene& scene, const ImageMap& motion, const SyntheticCamera& camera,
                 SyntheticPictures& pictures) {
     std::int32_t number = 0;
     for (MarkerSet* set : {&pictures.wind_off_markers, &pictures.wind_on_markers})
         set->hasX = set->hasY = true;
-    const auto seen = [&](Point place) {
-        return exact_camera_position(camera.lens, apply_poly(camera.ideal_from_laboratory, place));
-    };
     for (const Point& dot : scene.dots()) {
         ++number;
-        pictures.wind_off_markers.markers.push_back(marker_at(seen(dot), number));
-        pictures.wind_on_markers.markers.push_back(marker_at(seen(motion.at(dot)), number));
+        pictures.wind_off_markers.markers.push_back(marker_at(seen_by(camera, dot), number));
+        pictures.wind_on_markers.markers.push_back(
+            marker_at(seen_by(camera, motion.at(dot)), number));
     }
 }
 
@@ -94,6 +97,7 @@ SyntheticInfrared take_infrared(const SyntheticOptions& options, const Synthetic
     constexpr double colder = 12;  // kelvin
     const SyntheticCamera camera = infrared_camera(options);
     SyntheticInfrared infrared;
+    infrared.camera = camera.record();
     infrared.picture = image(camera.width, camera.height);
     infrared.picture.name = "infrared";
     infrared.picture.quantity = {Quantity::Kind::temperature};
@@ -103,7 +107,8 @@ SyntheticInfrared take_infrared(const SyntheticOptions& options, const Synthetic
         for (int y = y0; y < y1; ++y)
             for (int x = 0; x < camera.width; ++x) {
                 const Point place =
-                    inverse_mapped(camera.ideal_from_laboratory, {double(x), double(y)});
+                    inverse_mapped(camera.ideal_from_laboratory,
+                                   ideal_position(camera.lens, {double(x), double(y)}));
                 const Point on_model = motion.inverse(place).value();
                 const double wall = scene.inside(on_model) > 0 ? 0 : colder;
                 values(x, y) = static_cast<float>(synthetic_temperature(options, on_model) - wall);
@@ -112,8 +117,7 @@ SyntheticInfrared take_infrared(const SyntheticOptions& options, const Synthetic
     infrared.markers.hasX = infrared.markers.hasY = true;
     std::int32_t number = 0;
     for (const Point& dot : scene.dots())
-        infrared.markers.markers.push_back(
-            marker_at(apply_poly(camera.ideal_from_laboratory, motion.at(dot)), ++number));
+        infrared.markers.markers.push_back(marker_at(seen_by(camera, motion.at(dot)), ++number));
     return infrared;
 }
 

@@ -72,6 +72,7 @@ struct SyntheticReference : SyntheticPictures {
 struct SyntheticInfrared {
     image picture;
     MarkerSet markers;  ///< the dots, its pixels
+    cameraFeatures camera;
 };
 
 /// A complete test point whose right answer is known. Everything is evaluated from formulas at each

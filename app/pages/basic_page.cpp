@@ -322,14 +322,20 @@ bool BasicPage::take_record_file(const QString& file) {
         return true;
     }
     std::string_view tree = keys::sens_camera;
-    if (flat_rows(type_).size() > 1) {
-        const QStringList cameras{tr("Signal camera"), tr("Reference camera")};
+    std::vector<std::pair<QString, std::string_view>> owners{{tr("Signal camera"), tree}};
+    if (flat_rows(type_).size() > 1) owners.emplace_back(tr("Reference camera"), keys::refe_camera);
+    if (!read(vyn_db(), keys::temperature_map_file).empty())
+        owners.emplace_back(tr("Camera of the temperature map"), keys::temperature_camera);
+    if (owners.size() > 1) {
+        QStringList cameras;
+        for (const auto& [label, owner] : owners)
+            cameras << label;
         bool accepted = false;
         const QString chosen = QInputDialog::getItem(
             this, tr("Camera file"), tr("Whose camera is %1?").arg(QFileInfo(file).fileName()),
             cameras, 0, /*editable=*/false, &accepted);
         if (!accepted) return true;
-        if (chosen == cameras.back()) tree = keys::refe_camera;
+        tree = owners[static_cast<std::size_t>(cameras.indexOf(chosen))].second;
     }
     open_camera(tree, file.toStdString());
     return true;

@@ -7,6 +7,7 @@
 #include <QToolButton>
 
 #include "calib/ui/unit_lists.h"
+#include "core/keys.h"
 #include "core/ui/command.h"
 #include "core/ui/file_question.h"
 #include "core/ui/form_grid.h"
@@ -48,13 +49,7 @@ QVynCamera::QVynCamera(dataSetInterface& settings, std::string tree, QWidget* pa
                   number("cy", "center_y_edit"), new QLabel(tr("px")));
     rows->add_row(tr("Pixel Count, \tX"), number("ncx", "sensor_x_edit"), tr("Y"),
                   number("ncy", "sensor_y_edit"), new QLabel(tr("px")));
-    flat_edit_ = text("flat_file", "flat_edit");
-    auto* choose = new QToolButton;
-    choose->setObjectName(QStringLiteral("toolButton16"));
-    choose->setIcon(vyn_icon(QStringLiteral("fileopen.png")));
-    choose->setToolTip(tr("Choose the flat-field image"));
-    connect(choose, &QToolButton::clicked, this, &QVynCamera::choose_flat);
-    rows->add_row(tr("Flat File"), flat_edit_, choose);
+    if (tree_ != keys::temperature_camera) add_flat_row(*rows);
 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(rows);
@@ -67,6 +62,16 @@ QVynCamera::QVynCamera(dataSetInterface& settings, std::string tree, QWidget* pa
     cameraFeatures record;
     read(settings, tree_, record);
     show_record(record);
+}
+
+void QVynCamera::add_flat_row(FormGrid& rows) {
+    flat_edit_ = form().text(tree_ + "flat_file", "flat_edit");
+    auto* choose = new QToolButton;
+    choose->setObjectName(QStringLiteral("toolButton16"));
+    choose->setIcon(vyn_icon(QStringLiteral("fileopen.png")));
+    choose->setToolTip(tr("Choose the flat-field image"));
+    connect(choose, &QToolButton::clicked, this, &QVynCamera::choose_flat);
+    rows.add_row(tr("Flat File"), flat_edit_, choose);
 }
 
 QHBoxLayout* QVynCamera::file_row() {

@@ -8,7 +8,9 @@ class QLineEdit;
 
 namespace vyn {
 
-/// The camera record of a sub-tree ("project/sens_cam/" or "project/refe_cam/"), with its files.
+class FormGrid;
+
+/// The camera record of a sub-tree (keys::sens_camera and the like), with its files.
 class QVynCamera : public SettingDialog {
     Q_OBJECT
   public:
@@ -21,6 +23,8 @@ class QVynCamera : public SettingDialog {
     void store() override;
 
   private:
+    /// Of a camera whose pictures are light: that of a temperature map has none.
+    void add_flat_row(FormGrid& rows);
     QHBoxLayout* file_row();
     cameraFeatures shown_record();
     void show_record(const cameraFeatures& record);

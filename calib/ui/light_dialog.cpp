@@ -4,13 +4,17 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSpinBox>
 #include <algorithm>
 
+#include "calib/ui/camera_dialog.h"
 #include "core/keys.h"
 #include "core/ui/form_grid.h"
 #include "core/ui/number_edit.h"
+#include "process/page/option_summary.h"
 
 namespace vyn {
 
@@ -19,6 +23,12 @@ namespace {
 // What the combo boxes offer, in this order.
 constexpr const char* monitors[] = {"none", "region", "readings"};
 constexpr const char* sources[] = {"number", "map", "recovery"};
+
+cameraFeatures map_camera(const dataSetInterface& data) {
+    cameraFeatures camera;
+    read(data, std::string(keys::temperature_camera), camera);
+    return camera;
+}
 
 }  // namespace
 
@@ -30,6 +40,10 @@ LightDialog::LightDialog(dataSetInterface& settings, QWidget* parent)
     layout->addWidget(temperature_group());
     add_buttons(*layout);
     form().show(settings);
+    write(camera_, std::string(keys::temperature_camera), map_camera(settings));
+    for (const Key<std::string>& of_files : {keys::head_dir, keys::head_file})
+        write(camera_, of_files, read(settings, of_files));  // where its dialog looks for files
+    show_camera();
     connect(&form(), &SettingForm::changed, this, &LightDialog::enable_edits);
     enable_edits();
 }
@@ -83,6 +97,7 @@ QWidget* LightDialog::temperature_group() {
         form().file(keys::temperature_map_mark_file.path, tr("Markers of the map"),
                     tr("Markers (*.mrk *.mpt *.inm);;All files (*)")),
         {sources[1]});
+    add(tr("Camera of the map:"), camera_row(), {sources[1]});
     add(tr("Deviat&ions as an image:"),
         form().file(keys::temperature_map_sigma_file.path, tr("Deviations of the map"),
                     tr("All files (*)")),
@@ -93,6 +108,41 @@ QWidget* LightDialog::temperature_group() {
     add(tr("Reco&very factor:"), form().number(keys::temperature_recovery_factor.path),
         {sources[2]});
     return group;
+}
+
+QWidget* LightDialog::camera_row() {
+    camera_label_ = new QLabel;
+    camera_label_->setObjectName(QStringLiteral("map_camera"));
+    camera_label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    auto* change = new QPushButton(tr("C&amera..."));
+    change->setObjectName(QStringLiteral("map_camera_btn"));
+    change->setAutoDefault(false);
+    change->setToolTip(tr("Lens distortion of the camera that took the map"));
+    connect(change, &QPushButton::clicked, this, &LightDialog::edit_camera);
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(camera_label_, 1);
+    layout->addWidget(change);
+    return row;
+}
+
+void LightDialog::edit_camera() {
+    QVynCamera(camera_, std::string(keys::temperature_camera), this).exec();
+    show_camera();
+}
+
+void LightDialog::show_camera() {
+    const auto summary = QString::fromStdString(camera_summary(camera_, keys::temperature_camera));
+    camera_label_->setText(summary);
+    camera_label_->setToolTip(summary);
+}
+
+void LightDialog::store() {
+    SettingDialog::store();
+    const cameraFeatures camera = map_camera(camera_);
+    if (camera != map_camera(settings()))
+        write(settings(), std::string(keys::temperature_camera), camera);
 }
 
 void LightDialog::enable_edits() {

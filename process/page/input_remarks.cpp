@@ -71,7 +71,8 @@ void picture_remarks(const dataSetInterface& data, const imagesList& images, Rem
                 remarks.warn(place_label(remarks.type, row) + " " + problem);
         for (const std::string& warning :
              {saturation_remark(data, picture), picture->markers.left_out,
-              lens_warning(data, *card.raw, *picture), folder_warning(data, *picture)})
+              lens_warning(data, camera_partner(data, *card.raw).camera, *picture),
+              folder_warning(data, *picture)})
             remarks.warn(warning);
     }
     for (const PageRow& row : flat_rows(remarks.type))

@@ -12,15 +12,16 @@ namespace vyn {
 
 namespace fs = std::filesystem;
 
-std::string lens_warning(const dataSetInterface& data, const RawImage& raw, const image& picture) {
-    const std::string tree(camera_partner(data, raw).camera);
+std::string lens_warning(const dataSetInterface& data, std::string_view camera_tree,
+                         const image& picture) {
+    const std::string tree(camera_tree);
     cameraFeatures camera;
     read(data, tree, camera);
     const bool centred = (camera.cx != 0 || camera.cy != 0) && camera.cx >= 0 &&
                          camera.cx < picture.width() && camera.cy >= 0 &&
                          camera.cy < picture.height();
     if ((camera.a2 == 0 && camera.a4 == 0) || centred) return {};
-    return std::string(raw.name) + ": the lens has a distortion, but its centre (" +
+    return picture.name + ": the lens has a distortion, but its centre (" +
            format_general(camera.cx, 6) + ", " + format_general(camera.cy, 6) +
            ") is not in the picture; set " + tree + "cx and " + tree + "cy, in the middle to " +
            format_general((picture.width() - 1) / 2.0, 6) + " and " +
@@ -57,7 +58,8 @@ std::vector<Warning> picture_warnings(const dataSetInterface& data, const RawIma
                 (count == 1 ? " pixel is" : " pixels are") + " saturated" +
                 (read(data, keys::saturation_exclude) != 0 ? " and excluded" : ""));
     add(WarningKind::markers, picture.markers.left_out);
-    add(WarningKind::missing_correction, lens_warning(data, raw, picture));
+    add(WarningKind::missing_correction,
+        lens_warning(data, camera_partner(data, raw).camera, picture));
     add(WarningKind::settings, folder_warning(data, picture));
     return warnings;
 }

@@ -19,7 +19,8 @@ std::vector<std::string> picture_warning_settings();
 
 /// The camera record has a distortion, but its centre is not set or lies outside the picture; says
 /// what the middle would be. Empty when the lens can be right.
-std::string lens_warning(const dataSetInterface& data, const RawImage& raw, const image& picture);
+std::string lens_warning(const dataSetInterface& data, std::string_view camera,
+                         const image& picture);
 
 /// The picture's file lies outside the project's folder although one of that name lies in it; empty
 /// when not.

@@ -6,6 +6,7 @@
 #include "align/image_map.h"
 #include "api/image_parts.h"
 #include "api/resample.h"
+#include "calib/camera.h"
 #include "calib/recovery_temperature.h"
 #include "calib/units.h"
 #include "core/ascii.h"
@@ -14,6 +15,8 @@
 #include "core/numbers.h"
 #include "process/point/experiment_type.h"
 #include "process/point/image_sizes.h"
+#include "process/point/marker_frames.h"
+#include "process/point/picture_warnings.h"
 #include "process/report/image_statistics.h"
 #include "process/steps/field_quantity.h"
 #include "process/steps/step_settings.h"
@@ -111,9 +114,29 @@ MarkerMatch match_map(const StepRun& run, const image& frame, const image& map) 
     return match;
 }
 
-/// Pixel on pixel when it has no markers.
-TemperatureMap in_frame(const StepRun& run, const image& frame, TemperatureMap map) {
+/// The frame of the results where it is seen in the map: sampled once, through its camera's lens.
+TemperatureMap sampled(const StepRun& run, const image& frame, const TemperatureMap& map,
+                       const ImageMap& map_from_frame) {
+    const auto moved = [&](const image& source) {
+        image soft = source;
+        soft.edges = SplineEdges::extended;  // what is beside the model has any temperature
+        image result =
+            resample(soft, frame.width(), frame.height(), map_from_frame.rows(), run.context);
+        result.markers = frame.markers;
+        return result;
+    };
+    return {std::make_shared<const image>(moved(*map.values)), moved(map.sigma)};
+}
+
+/// Pixel on pixel when it has no markers, but for the lens.
+TemperatureMap in_frame(const StepRun& run, const image& frame, const TemperatureMap& map) {
     const image& values = *map.values;
+    cameraFeatures camera;
+    read(run.session.data, std::string(keys::temperature_camera), camera);
+    const Distortion lens{camera.cx, camera.cy, camera.a2, camera.a4};
+    if (const std::string text = lens_warning(run.session.data, keys::temperature_camera, values);
+        !text.empty())
+        warn(run.report, WarningKind::missing_correction, text);
     if (values.markers.markers.empty()) {
         if (!values.values().same_size(frame.values()))
             throw IndexError(
@@ -122,25 +145,18 @@ TemperatureMap in_frame(const StepRun& run, const image& frame, TemperatureMap m
                 std::to_string(frame.width()) + " x " + std::to_string(frame.height()) +
                 ": name its markers by " + std::string(keys::temperature_map_mark_file.path) +
                 ", or give a map of their size");
-        return map;
+        return lens.none() ? map : sampled(run, frame, map, ImageMap().then(lens));
     }
     run.context.status("Aligning the temperature map");
-    const MarkerMatch match = match_map(run, frame, values);
-    const auto moved = [&](const image& source) {
-        image soft = source;
-        soft.edges = SplineEdges::extended;  // what is beside the model has any temperature
-        ImageMap way;
-        way.then(match.moved_from_reference);
-        image result = resample(soft, frame.width(), frame.height(), way.rows(), run.context);
-        result.markers = frame.markers;
-        return result;
-    };
-    const image aligned = moved(values);
-    TemperatureMap result{std::make_shared<const image>(aligned), moved(map.sigma)};
+    image ideal = values;  // with its markers where they were without the lens
+    ideal.markers = to_ideal_frame(ideal.markers, lens);
+    const MarkerMatch match = match_map(run, frame, ideal);
+    TemperatureMap result =
+        sampled(run, frame, map, ImageMap().then(match.moved_from_reference).then(lens));
     const Jacobian scale =
         poly_derivative(match.moved_from_reference, {0.5 * frame.width(), 0.5 * frame.height()});
     add_registration(
-        aligned,
+        *result.values,
         variance_of_markers(match, read(run.session.data, keys::uncertainty_marker_sigma),
                             frame.width(), frame.height()),
         std::sqrt(std::abs(scale.xx * scale.yy - scale.xy * scale.yx)), result.sigma);
@@ -222,6 +238,8 @@ StepFacts temperature_facts(const StepView& view) {
     facts.takes = {{.name = names::ratio, .markers = map}};
     if (map) {
         facts.takes.push_back({.name = names::temperature_map, .markers = true});
+        settings.add(keys::temperature_camera, {"cx", "cy", "a2", "a4"});
+        facts.told.emplace_back(keys::temperature_camera);
         facts.takes.push_back(
             {.name = names::temperature_map_sigma, .need = StepImage::Need::if_there});
         if (!view.images.find(names::temperature_map_sigma)) settings.add(keys::temperature_sigma);

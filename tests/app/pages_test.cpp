@@ -365,6 +365,17 @@ TEST_F(Pages, DroppedRecordsAreShownInTheirDialogs) {
     read(vyn_db(), std::string(keys::sens_camera), camera);
     EXPECT_GT(camera.focus, 0);
     EXPECT_TRUE(get_images().find(image_names::flat_sens)) << "the camera's flat field";
+    write(vyn_db(), keys::temperature_map_file, std::string("infrared.tif"));
+    driver.expect<QInputDialog>([](QInputDialog& dialog) {
+        dialog.setTextValue(QStringLiteral("Camera of the temperature map"));
+        dialog.accept();
+    });
+    driver.expect<QVynCamera>([](QVynCamera& dialog) { dialog.accept(); });
+    EXPECT_TRUE(drop("camera.ini"));
+    cameraFeatures infrared;
+    read(vyn_db(), std::string(keys::temperature_camera), infrared);
+    EXPECT_EQ(infrared.a2, camera.a2);
+    EXPECT_NE(infrared.a2, 0);
     driver.expect<QVynPaint>([](QVynPaint& dialog) { dialog.accept(); });
     EXPECT_TRUE(drop("paint.clb"));
     paintFeatures paint;

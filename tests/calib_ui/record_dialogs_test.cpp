@@ -101,6 +101,37 @@ TEST(LightAndTemperature, FilesAreChosenByAButton) {
     EXPECT_EQ(read(settings, keys::lamp_readings_file), (folder / "lamp.csv").string());
 }
 
+/// Its camera is a dialog within the dialog: nothing is stored before both are accepted.
+TEST(LightAndTemperature, TheMapsCameraComesFromAFile) {
+    const TemporaryFolder folder;
+    cameraFeatures lens;
+    lens.a2 = 3e-7;
+    lens.cx = 160;
+    write_camera((folder / "infrared.ini").string(), lens);
+    simpleNamedDataSet settings;
+    write(settings, keys::temperature_source, std::string("map"));
+    const auto stored = [&] {
+        cameraFeatures camera;
+        read(std::as_const(settings), std::string(keys::temperature_camera), camera);
+        return camera.a2;
+    };
+    for (const bool accepted : {false, true}) {
+        LightDialog dialog(settings);
+        ModalDriver driver;
+        driver.expect<QVynCamera>([&](QVynCamera& camera) {
+            EXPECT_TRUE(camera.open_file((folder / "infrared.ini").string()));
+            EXPECT_FALSE(camera.findChild<QLineEdit*>(QStringLiteral("flat_edit")));
+            camera.accept();
+        });
+        child<QPushButton>(dialog, "map_camera_btn").click();
+        EXPECT_EQ(child<QLabel>(dialog, "map_camera").text(),
+                  QStringLiteral("distortion corrected"));
+        EXPECT_EQ(stored(), 0);
+        accepted ? dialog.accept() : dialog.reject();
+        EXPECT_EQ(stored(), accepted ? 3e-7 : 0);
+    }
+}
+
 TEST(TestDialog, ANewProjectHasEmptyNamesAndTheDefaultUnits) {
     simpleNamedDataSet settings;
     const QVynTest dialog(settings);
