@@ -287,13 +287,16 @@ class Blending {
             for (std::size_t v = 0; v < weight.size(); ++v)
                 weight[v] = v == best_view ? 1 : 0;
         double variance = 0;
+        double of_means = 0;
         for (std::size_t v = 0; v < views_.size(); ++v) {
-            sum += weight[v] * static_cast<double>(views_[v].value[i]);
+            const double weighted = weight[v] * static_cast<double>(views_[v].value[i]);
+            sum += weighted;
+            of_means += weighted * weighted / std::max(1, views_[v].pixels[i]);
             weights += weight[v];
             const double sigma = weight[v] * static_cast<double>(views_[v].sigma[i]);
             variance += sigma * sigma;
         }
-        const double value = sum / weights;
+        const double value = (options_.independent_errors ? std::sqrt(of_means) : sum) / weights;
         double squares = 0;
         double spread_weights = 0;
         for (std::size_t v = 0; v < views_.size(); ++v) {

@@ -30,6 +30,9 @@ struct ProjectionOptions {
     /// Radius of the dots of the fields' markers, pixels; above 0 they and `edge_px` around them
     /// are left out.
     double marker_patch = 0;
+    /// The fields are standard deviations of pixels that err independently; what comes out is that
+    /// of the means over pixels and views.
+    bool independent_errors = false;
 };
 
 /// A field in ideal pixels and where its camera stood. The field lives in pixels made with

@@ -92,7 +92,7 @@ MeshHandle project(const MeshHandle& handle, const std::vector<FieldAndView>& fi
     std::vector<PointView> seen;
     seen.reserve(fields.size());
     for (const auto& [field, view] : fields)
-        seen.push_back({field.get().name, field.picture, view.record, {}, std::nullopt});
+        seen.push_back({.name = field.get().name, .field = field.picture, .record = view.record});
     std::vector<ProjectedView> views;
     for (std::size_t i = 0; i < seen.size(); ++i)
         views.push_back(projected(seen[i], fields[i].second.found));

@@ -1,7 +1,6 @@
 #include "process/model/field_on_mesh.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "core/errors.h"
 #include "core/log.h"
@@ -51,30 +50,35 @@ ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string&
     return result;
 }
 
-void put_sigmas_on_mesh(const imagesList& images, field_data<double>& mesh, const std::string& unit,
-                        const ProjectedView& view, const ProjectionOptions& options,
-                        Progress& progress) {
-    const auto common = images.find(image_names::sigma_common);
-    const auto area = images.find(image_names::sigma_area);
-    if (!common || !area || !common->values().same_size(view.field->values()) ||
-        !area->values().same_size(view.field->values()))
-        return;
+void put_sigmas_on_mesh(const std::vector<FieldSigmas>& sigmas, field_data<double>& mesh,
+                        const std::string& unit, const std::vector<ProjectedView>& views,
+                        const ProjectionOptions& options, Progress& progress) {
+    if (std::ranges::none_of(sigmas, &FieldSigmas::known)) return;
+    for (std::size_t v = 0; v < views.size(); ++v)
+        if (!sigmas[v].known() || !sigmas[v].common->values().same_size(views[v].field->values()) ||
+            !sigmas[v].area->values().same_size(views[v].field->values())) {
+            get_log().write(LogLevel::information,
+                            views[v].name +
+                                " holds no standard deviations of its field (a container keeps "
+                                "them); there are none on the mesh");
+            return;
+        }
     const auto prepared = prepare_once(mesh, progress);
-    const auto project = [&](const image& sigma, const char* name) {
-        ProjectedView of_sigma = view;
-        of_sigma.field = &sigma;
-        of_sigma.covariance = {};
-        return project_fields(*prepared, mm_per(unit), {of_sigma}, name, sigma.unit, options,
-                              progress);
+    const auto project = [&](const char* name, bool independent) {
+        std::vector<ProjectedView> of_sigmas = views;
+        for (std::size_t v = 0; v < views.size(); ++v) {
+            of_sigmas[v].field = (independent ? sigmas[v].area : sigmas[v].common).get();
+            of_sigmas[v].covariance = {};
+        }
+        ProjectionOptions of_errors = options;
+        of_errors.independent_errors = independent;
+        ProjectionResult result =
+            project_fields(*prepared, mm_per(unit), of_sigmas, name, of_sigmas.front().field->unit,
+                           of_errors, progress);
+        mesh.quantities.push_back(std::move(result.quantities.front()));
     };
-    ProjectionResult random = project(*area, "sigma_random");
-    const auto pixels =
-        std::ranges::find(random.quantities, "px", &field_data<double>::Quantity::name);
-    auto& values = random.quantities.front().values;
-    for (std::size_t i = 0; i < values.size(); ++i)
-        values[i] /= std::sqrt(std::max(1.0, pixels->values[i]));
-    mesh.quantities.push_back(std::move(project(*common, "sigma_common").quantities.front()));
-    mesh.quantities.push_back(std::move(random.quantities.front()));
+    project("sigma_common", false);
+    project("sigma_random", true);
 }
 
 void store_on_mesh(field_data<double>& mesh, const std::string& unit,

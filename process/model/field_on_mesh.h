@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "api/image_list.h"
+#include "process/model/model_views.h"
 #include "projection/projection.h"
 
 namespace vyn {
@@ -15,13 +15,15 @@ ProjectionResult put_fields_on_mesh(field_data<double>& mesh, const std::string&
                                     const std::vector<ProjectedView>& views,
                                     const ProjectionOptions& options, Progress& progress);
 
-/// Adds the standard deviations of a field that one view has put on the mesh, where the list has
-/// them: "sigma_common", the same over an area, and "sigma_random", of a node for itself: the
+/// Adds the standard deviations of fields that were put on the mesh: "sigma_common", the same over
+/// an area and taken as the same for all views, and "sigma_random", of a node for itself: the
 /// white-equivalent one of its pixels over the root of their number. Nodes closer together than the
-/// pixels share them, and their random parts then are not independent. Raises AlgoError, Aborted.
-void put_sigmas_on_mesh(const imagesList& images, field_data<double>& mesh, const std::string& unit,
-                        const ProjectedView& view, const ProjectionOptions& options,
-                        Progress& progress);
+/// pixels share them, and their random parts then are not independent. `sigmas` by view; where one
+/// has none of its field's size, nothing is added and the log names it, unless none has any. Raises
+/// AlgoError, Aborted.
+void put_sigmas_on_mesh(const std::vector<FieldSigmas>& sigmas, field_data<double>& mesh,
+                        const std::string& unit, const std::vector<ProjectedView>& views,
+                        const ProjectionOptions& options, Progress& progress);
 
 /// Puts what was projected into the mesh, in the place of the values and views that it had.
 void store_on_mesh(field_data<double>& mesh, const std::string& unit,

@@ -102,6 +102,8 @@ TaskOutcome put_on_model(const StepRun& run) {
         if (!field) throw AlgoError("Field3D:2d field is absent");
         views.push_back(own_view(session));
         views.back().field = field;
+        views.back().sigmas = {session.images.find(image_names::sigma_common),
+                               session.images.find(image_names::sigma_area)};
         for (const auto& project : further_projects(data))
             views.push_back(read_further_view(project, run.context));
     }
@@ -117,8 +119,12 @@ TaskOutcome put_on_model(const StepRun& run) {
     const ProjectionResult result =
         on_mesh ? put_ratio_on_mesh(run, mesh, unit, pictures, options)
                 : put_fields_on_mesh(mesh, unit, pictures, options, run.context);
-    if (!on_mesh && pictures.size() == 1)
-        put_sigmas_on_mesh(session.images, mesh, unit, pictures.front(), options, run.context);
+    if (!on_mesh) {
+        std::vector<FieldSigmas> sigmas;
+        for (const PointView& view : views)
+            sigmas.push_back(view.sigmas);
+        put_sigmas_on_mesh(sigmas, mesh, unit, pictures, options, run.context);
+    }
     log_lines(projection_lines(result, pictures));
     const auto mesh_file = find_input(data, read(data, keys::mesh_file), keys::mesh_file.path);
     mesh.history = history_of(data, mesh_file);

@@ -74,6 +74,7 @@ PointView read_further_view(const fs::path& file, TaskContext& context) {
     open_further_project(file, project, context);
     PointView view = view_of_project(project);
     view.field = project.find(image_names::field);
+    view.sigmas = {project.find(image_names::sigma_common), project.find(image_names::sigma_area)};
     if (!view.field) {
         const std::string saved = read(project.data, keys::pressure_file);
         if (saved.empty()) throw lack(file, "it names no saved field");

@@ -11,14 +11,23 @@
 
 namespace vyn {
 
+/// Standard deviations beside a field: the same over an area, and of pixels for themselves.
+struct FieldSigmas {
+    std::shared_ptr<const image> common;
+    std::shared_ptr<const image> area;
+
+    bool known() const { return common && area; }
+};
+
 /// A camera picture that goes onto the mesh: the values in pixels without lens distortion, the dots
 /// in raw ones.
 struct PointView {
     std::string name;
     std::shared_ptr<const image> field;
     cameraFeatures record;
-    std::vector<Marker> dots;
-    std::optional<Pose> stored;
+    std::vector<Marker> dots = {};
+    std::optional<Pose> stored = std::nullopt;
+    FieldSigmas sigmas = {};
 
     Distortion lens() const { return {record.cx, record.cy, record.a2, record.a4}; }
 };

@@ -212,6 +212,43 @@ TEST_F(ModelSample, JoinsTheSavedFieldOfAFurtherProject) {
     EXPECT_LT(errors.at("rms_percent").get<double>(), 0.5);
 }
 
+/// A container keeps the standard deviations of its field, and a mean of two views is surer.
+TEST_F(ModelSample, JoinsTheDeviationsOfAFurtherContainer) {
+    const std::string sigma = "project/processing/uncertainty/";
+    std::vector<std::string> known{"--set", sigma + "enable=1",
+                                   "--set", sigma + "noise=entered",
+                                   "--set", sigma + "noise_relative=0.01"};
+    const auto with = [&known](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), known.begin(), known.end());
+        return arguments;
+    };
+    output_of(with({"run", in("s/project_2.xml"), "--save-project", in("s/second.ims")}));
+    const auto joined = [&](const std::string& views) {
+        output_of(
+            with({"run", in("s/project.xml"), "--set", "roject/processing/resection/views=" + views,
+                  "--save-mesh", in("sure.vtp"), "--force"}));
+        return mesh("sure.vtp");
+    };
+    const field_data<double> both = joined("second.ims");
+    const field_data<double> alone = joined("");
+    const auto random = values(both, "sigma_random");
+    const auto of_one = values(alone, "sigma_random");
+    const auto views = values(both, "views");
+    const auto pressure = values(both, "P");
+    double share = 0;
+    double count = 0;
+    for (std::size_t i = 0; i < random.size(); ++i) {
+        EXPECT_EQ(std::isnan(random[i]), std::isnan(pressure[i])) << i;
+        if (views[i] != 2 || std::isnan(of_one[i])) continue;
+        share += random[i] / of_one[i];
+        ++count;
+    }
+    EXPECT_GT(count, 2000);
+    EXPECT_GT(share / count, 0.5);
+    EXPECT_LT(share / count, 0.95);
+    EXPECT_EQ(values(both, "sigma_common").size(), pressure.size());
+}
+
 /// The picture of the model as its camera sees it lies on the camera's own field; other sides and
 /// wrong requests.
 TEST_F(ModelSample, IsDrawn) {

@@ -232,6 +232,10 @@ TEST(Projection, BlendsTwoViewsWithoutASeam) {
     options.blend = ProjectionOptions::Blend::best;
     for (const double value : values_of(project(mesh, {left, right}, options), "P"))
         EXPECT_LT(std::min(std::abs(value - 10), std::abs(value - 12)), 1e-5 * 12);
+    options = {.sampling = ProjectionOptions::Sampling::point, .independent_errors = true};
+    const Values deviation = values_of(project(mesh, {left, right}, options), "P");
+    EXPECT_NEAR(deviation[row + 100], std::hypot(10, 12) / 2, 1e-5) << "of the views' mean";
+    EXPECT_NEAR(deviation[row + 5], 10, 1e-5);
 }
 
 /// The stated uncertainty from the pose is how values change when the pose does.
