@@ -8,6 +8,7 @@
 #include "uncertainty/kernels/sigma_kernels.h"
 #include "uncertainty/kernels/term_kernels.h"
 #include "uncertainty/law_rows.h"
+#include "uncertainty/picture_tables.h"
 
 namespace vyn {
 
@@ -34,39 +35,6 @@ struct alignas(64) Piece {
 };
 using Floats = Piece<float>;
 using Parts = Piece<std::int32_t>;
-
-/// Tables of a picture's interpolation and filter, per axis.
-struct PictureTables {
-    PictureTables(const UncertainPoint& point, const UncertainPicture& picture)
-        : samplings(!picture.camera        ? Samplings::none
-                    : !picture.undistorted ? Samplings::one
-                                           : Samplings::two),
-          x(point.degree, samplings, filter_of(point), point.filter ? point.filter->dx : 0),
-          y(point.degree, samplings, filter_of(point), point.filter ? point.filter->dy : 0),
-          gain_x(gains(x)),
-          gain_y(gains(y)),
-          filter(static_cast<float>(variance_of_filter(filter_of(point)))) {}
-
-    static const FilterOptions* filter_of(const UncertainPoint& point) {
-        // A window of one pixel in either direction leaves the picture as it is.
-        if (!point.filter || point.filter->dx < 2 || point.filter->dy < 2) return nullptr;
-        return &*point.filter;
-    }
-
-    /// An entry for each phase, also where all places are whole pixels.
-    static std::vector<float> gains(const ResamplingWeights& weights) {
-        std::vector<float> gains = weights.gains();
-        if (gains.size() < ResamplingWeights::phases) gains.resize(ResamplingWeights::phases);
-        return gains;
-    }
-
-    Samplings samplings;
-    ResamplingWeights x;
-    ResamplingWeights y;
-    std::vector<float> gain_x;
-    std::vector<float> gain_y;
-    float filter;
-};
 
 /// Where a map takes the pixels of rows that are asked for in their order: every few rows by the
 /// map itself, straight between them, which is far finer than the parts of a pixel that count here.
@@ -106,13 +74,6 @@ class MappedRows {
     Row above_, below_;
 };
 
-/// Tables of two pictures' common pixels.
-struct SharedTables {
-    SharedTables(const PictureTables& a, const PictureTables& b) : x(a.x, b.x), y(a.y, b.y) {}
-    SharedWeights x;
-    SharedWeights y;
-};
-
 /// A piece of a row of one picture.
 struct PictureRow {
     PictureRow() { flat.at.fill(1); }
@@ -125,7 +86,8 @@ struct PictureRow {
 
     MappedRows camera, undistorted;
     Parts camera_x, camera_y, undistorted_x, undistorted_y;
-    Floats flat, gain, own;
+    Floats flat, gain, own, without_filter;
+    const float* shown = nullptr;  ///< noise of the picture in the frame, as it is there
 };
 
 /// Pixels on either side that a slope is made of.
@@ -149,7 +111,7 @@ class WithSides {
 
 /// What one block of rows works with.
 struct Work {
-    Work(const UncertainPoint& point, int width) : of_picture(point.pictures.size()) {
+    Work(const UncertainPoint& point, int width) : of_picture(point.pictures.size()), sides(1) {
         for (const MovedPictures& moved : point.moved) {
             of_moved.emplace_back(whole_vectors(width), 2, 0.0F);
             sides.resize(std::max(sides.size(), moved.parts.size()));
@@ -164,8 +126,8 @@ struct Work {
     std::vector<PictureRow> of_picture;
     std::vector<Bitmap<float>> of_moved;  ///< variances of a row's places along x and y
     std::vector<WithSides> sides;
-    std::vector<SlopePart> slope_parts;
-    Floats noise, white, shot, largest, flat, flat_white, registration, measured;
+    std::vector<RegistrationRow::Part> slope_parts;
+    Floats noise, white, shot, largest, flat, flat_white, registration, measured, plain;
     std::array<Floats, sigma_rows> terms;
 };
 
@@ -223,6 +185,7 @@ class MapRows {
     void picture_row(std::size_t i, Span span, Work& work) const;
     PlaceRow place_of(std::size_t i, const Parts& camera, const Parts& undistorted) const;
     void shared_row(std::size_t pair, Span span, Work& work) const;
+    SlopeRow slope_row(std::size_t picture, Span span, WithSides& sides) const;
     void registration_row(std::size_t i, Span span, Work& work) const;
     void combine(Span span, Work& work);
     void leave_out(Span span);
@@ -268,9 +231,12 @@ void MapRows::picture_row(std::size_t i, Span span, Work& work) const {
         row.lies_at(span.x, span.y, n);
     if (tables.samplings == Samplings::two)
         row.undistorted.places(span.x, n, kernels_, row.undistorted_x, row.undistorted_y);
-    kernels_.gain(tables.gain_x.data(), tables.gain_y.data(),
-                  place_of(i, row.camera_x, row.undistorted_x),
-                  place_of(i, row.camera_y, row.undistorted_y), n, row.gain.data());
+    const auto gain = [&](const AxisTables& of_axes, Floats& out) {
+        kernels_.gain(of_axes.x.data(), of_axes.y.data(),
+                      place_of(i, row.camera_x, row.undistorted_x),
+                      place_of(i, row.camera_y, row.undistorted_y), n, out.data());
+    };
+    gain(tables.gains, row.gain);
     const auto nearest = [&](const Bitmap<float>& plane, Floats& out) {
         kernels_.nearest({plane.row(0), plane.stride(), plane.width(), plane.height()},
                          row.camera_x.data(), row.camera_y.data(), n, out.data());
@@ -282,8 +248,7 @@ void MapRows::picture_row(std::size_t i, Span span, Work& work) const {
                    static_cast<float>(line.offset),
                    static_cast<float>(line.slope),
                    static_cast<float>(line.relative * line.relative),
-                   static_cast<float>(line.dark),
-                   tables.filter};
+                   static_cast<float>(line.dark)};
     if (line.frames) {
         noise.slope = 1 / static_cast<float>(line.frames->frames);
         nearest(line.frames->variance, work.measured);
@@ -292,6 +257,18 @@ void MapRows::picture_row(std::size_t i, Span span, Work& work) const {
     } else {
         kernels_.noise(noise, row.gain.data(), n, work.sums(), row.own.data());
     }
+    row.shown = row.own.data();
+    if (!tables.plain) return;
+    gain(*tables.plain, work.plain);
+    if (!picture.filtered) {
+        kernels_.unfiltered(row.own.data(), row.gain.data(), work.plain.data(), n,
+                            row.without_filter.data());
+        row.shown = row.without_filter.data();
+    }
+    if (tables.median)
+        kernels_.median({slope_row(i, span, work.sides.front()), row.gain.data(), work.plain.data(),
+                         row.shown, tables.median->excess.data(), tables.median->before},
+                        n, work.sums(), row.own.data());
 }
 
 void MapRows::shared_row(std::size_t pair, Span span, Work& work) const {
@@ -320,23 +297,26 @@ void MapRows::shared_row(std::size_t pair, Span span, Work& work) const {
     kernels_.shared(row, span.whole(), work.sums(), work.flat.data(), work.flat_white.data());
 }
 
+SlopeRow MapRows::slope_row(std::size_t picture, Span span, WithSides& sides) const {
+    const Bitmap<float>& values = point_.pictures[picture].in_frame->values();
+    const auto row = [&](int away) {
+        return values.row(std::clamp(span.y + away, 0, height_ - 1));
+    };
+    SlopeRow rows{};
+    rows.middle = sides.of(row(0), width_, span.x, span.n);
+    for (int away = 1; away <= slope_reach; ++away) {
+        rows.across[away - 1] = row(away) + span.x;
+        rows.across[away - 1 + slope_reach] = row(-away) + span.x;
+    }
+    return rows;
+}
+
 void MapRows::registration_row(std::size_t i, Span span, Work& work) const {
     work.slope_parts.clear();
-    for (const MovedPictures::Part& part : point_.moved[i].parts) {
-        const Bitmap<float>& values = point_.pictures[part.picture].in_frame->values();
-        const auto row = [&](int away) {
-            return values.row(std::clamp(span.y + away, 0, height_ - 1));
-        };
-        WithSides& sides = work.sides[work.slope_parts.size()];
-        SlopePart& of_slope = work.slope_parts.emplace_back();
-        of_slope.middle = sides.of(row(0), width_, span.x, span.n);
-        for (int away = 1; away <= slope_reach; ++away) {
-            of_slope.across[away - 1] = row(away) + span.x;
-            of_slope.across[away - 1 + slope_reach] = row(-away) + span.x;
-        }
-        of_slope.own = work.of_picture[part.picture].own.data();
-        of_slope.sign = static_cast<float>(part.sign);
-    }
+    for (const MovedPictures::Part& part : point_.moved[i].parts)
+        work.slope_parts.push_back(
+            {slope_row(part.picture, span, work.sides[work.slope_parts.size()]),
+             work.of_picture[part.picture].shown, static_cast<float>(part.sign)});
     Bitmap<float>& variances = work.of_moved[i];
     kernels_.registration({work.slope_parts.data(), static_cast<int>(work.slope_parts.size()),
                            variances.row(0) + span.x, variances.row(1) + span.x},

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <numbers>
 
 #include "api/spline.h"
 
@@ -120,11 +119,6 @@ std::vector<float> ResamplingWeights::gains() const {
     for (const Weights& weights : weights_)
         gains.push_back(static_cast<float>(squares(weights)));
     return gains;
-}
-
-double variance_of_filter(const FilterOptions* filter) {
-    if (!filter || filter->type != FilterType::median || filter->dx < 2 || filter->dy < 2) return 1;
-    return std::pow(std::numbers::pi / 2, filter->iterations);
 }
 
 SharedWeights::SharedWeights(const ResamplingWeights& a, const ResamplingWeights& b) {

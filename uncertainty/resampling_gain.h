@@ -42,10 +42,6 @@ class ResamplingWeights {
     std::vector<std::vector<double>> weights_;
 };
 
-/// What a filter that is no weighted sum does beside: a median's variance over that of the mean of
-/// its window, pi / 2 for large windows (Kenney & Keeping 1962), for each pass; 1 for others.
-double variance_of_filter(const FilterOptions* filter);
-
 /// How two values hang together by their common pixels, along one axis: the correlation coefficient
 /// of what independent errors of the pixels make of them.
 class SharedWeights {

@@ -23,6 +23,7 @@ struct UncertainPicture {
     RowMap undistorted;  ///< where the undistorted one shows it, when that was sampled; else empty
     NoiseLine noise;
     const image* flat = nullptr;  ///< that its picture was divided by; null: none
+    bool filtered = false;        ///< `in_frame` by the filter of the ratio
 };
 
 /// Two pictures, one above and one below the fraction bar, taken by one camera: errors of a common

@@ -48,9 +48,9 @@ struct TestPoint {
         line.offset = 9;
         line.slope = 0.5;
         line.dark = 2;
-        of.pictures = {{&off, moved_by(0.3, 1.2), {}, line, &flat},
-                       {&on, moved_by(-2.1, 3.4), moved_by(-2, 3), line, &flat},
-                       {&other, {}, {}, line, nullptr}};
+        of.pictures = {{&off, moved_by(0.3, 1.2), {}, line, &flat, false},
+                       {&on, moved_by(-2.1, 3.4), moved_by(-2, 3), line, &flat, false},
+                       {&other, {}, {}, line, nullptr, false}};
         of.pictures[2].noise.frames = frames;
         of.shared = {{.a = 0, .b = 1, .flat_relative = 0.002, .same_dark = true}};
         of.moved = {{{{1, -1}, {2, 1}}, uniform_variance(0.1, width, height)}};
@@ -95,7 +95,9 @@ void expect_same_bits(const image& a, const image& b, const Bitmap<std::uint8_t>
 }
 
 TEST(UncertaintyMap, HasTheSameBitsOnAnyInstructionSetAndNumberOfThreads) {
-    const TestPoint point;
+    TestPoint point;
+    point.of.filter = FilterOptions{.type = FilterType::median};
+    point.of.pictures[1].filtered = true;
     const auto planes_by = [&](const char* isa, int threads) {
         setenv("VYNLITE_ISA", isa, 1);
         const ThreadLimit limit(threads);

@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <numbers>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -7,6 +10,7 @@
 #include "core/errors.h"
 #include "uncertainty/displacement_variance.h"
 #include "uncertainty/law_variance.h"
+#include "uncertainty/median_variance.h"
 #include "uncertainty/photon_transfer.h"
 #include "uncertainty/picture_noise.h"
 #include "uncertainty/relative_sigma.h"
@@ -36,6 +40,35 @@ TEST(ResamplingGain, IsThatOfTheCardinalSplines) {
     // sampled at whole pixels, sampling again changes nothing
     const ResamplingWeights two(3, Samplings::two, nullptr, 0);
     EXPECT_NEAR(two.gains()[7 * 32], two.gains()[7], 1e-4);
+}
+
+/// A median's excess over a mean by draws of noise on a ramp.
+TEST(MedianVariance, IsThatOfDraws) {
+    FilterOptions median;
+    median.type = FilterType::median;
+    median.dx = median.dy = 3;
+    median.iterations = 1;
+    const std::vector<float> table = median_variance::table(median);
+    std::mt19937_64 engine(3);
+    std::normal_distribution<double> normal;
+    for (const int entry : {0, 20, 28, 40}) {
+        const double octave =
+            median_variance::first_octave + (entry + 0.5) / median_variance::entries_per_octave;
+        const double slope = std::exp2(octave / 2);
+        constexpr int draws = 20000;
+        double squares = 0;
+        for (int draw = 0; draw < draws; ++draw) {
+            const double angle = std::numbers::pi * draw / draws;
+            std::array<double, 9> window{};
+            for (int i = 0; i < 9; ++i)
+                window[std::size_t(i)] =
+                    slope * (std::cos(angle) * (i % 3 - 1) + std::sin(angle) * (i / 3 - 1)) +
+                    normal(engine);
+            std::ranges::nth_element(window, window.begin() + 4);
+            squares += window[4] * window[4] / draws;
+        }
+        EXPECT_NEAR(table[std::size_t(entry)] + 1.0 / 9, squares, 0.05 * squares) << slope;
+    }
 }
 
 TEST(SharedWeights, ArePlacesOnTopOfEachOtherOrApart) {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "api/kernels/vectors.h"
+#include "uncertainty/median_variance.h"
 
 namespace vyn::VYN_ISA {
 
@@ -80,7 +81,6 @@ void noise(const NoiseRow& row, const float* __restrict gain, int n, const Noise
     const float offset = row.offset + row.dark;
     const float slope = row.slope;
     const float relative2 = row.relative2;
-    const float filter = row.filter;
     float* __restrict noise = sums.noise;
     float* __restrict white = sums.white;
     float* __restrict shot = sums.shot;
@@ -90,7 +90,7 @@ void noise(const NoiseRow& row, const float* __restrict gain, int n, const Noise
         const float each = 1 / signal;
         const float light = signal > 0 ? signal : 0.0F;
         const float relative = (offset + slope * light) * each * each + relative2;
-        const float of_pixel = filter * gain[i] * relative;
+        const float of_pixel = gain[i] * relative;
         own[i] = of_pixel;
         noise[i] += of_pixel;
         white[i] += relative;
@@ -112,7 +112,7 @@ void measured_noise(const NoiseRow& row, const float* __restrict variance,
         // not a number where too few frames tell
         const float of_frames = variance[i] >= 0 ? variance[i] * row.slope : 0.0F;
         const float relative = (row.dark + of_frames) / (signal * signal);
-        own[i] = row.filter * gain[i] * relative;
+        own[i] = gain[i] * relative;
         sums.noise[i] += own[i];
         sums.white[i] += relative;
         sums.largest[i] = std::max(sums.largest[i], own[i]);
@@ -182,6 +182,50 @@ constexpr float slope_noise =
     2 * (slope_weights[0] * slope_weights[0] + slope_weights[1] * slope_weights[1] +
          slope_weights[2] * slope_weights[2]);
 
+/// Of the picture's logarithm.
+struct Slopes {
+    Slopes(const SlopeRow& picture, int i) {
+        const float* middle = picture.middle + i;
+        for (int far = 1; far <= 3; ++far) {
+            x += slope_weights[far - 1] * (load<vfloat>(middle + far) - load<vfloat>(middle - far));
+            y += slope_weights[far - 1] * (load<vfloat>(picture.across[far - 1] + i) -
+                                           load<vfloat>(picture.across[far + 2] + i));
+        }
+        const vfloat each = 1 / load<vfloat>(middle);
+        x *= each;
+        y *= each;
+    }
+    vfloat x{};
+    vfloat y{};
+};
+
+void unfiltered(const float* own, const float* gain, const float* plain, int n, float* out) {
+    for (int i = 0; i < n; i += lanes)
+        store(out + i, load<vfloat>(own + i) / load<vfloat>(gain + i) * load<vfloat>(plain + i));
+}
+
+void median(const MedianRow& row, int n, const NoiseSums& sums, float* __restrict own) {
+    constexpr int bits_below = 23 - 2;  // a fourth of an octave
+    static_assert(median_variance::entries_per_octave == 4);
+    constexpr int first = (127 + median_variance::first_octave) * 4;
+    for (int i = 0; i < n; i += lanes) {
+        const Slopes slopes(row.picture, i);
+        const vfloat before = load<vfloat>(own + i);
+        const vfloat of_pixel = before / load<vfloat>(row.gain + i);
+        const vfloat steep = (slopes.x * slopes.x + slopes.y * slopes.y -
+                              2 * slope_noise * load<vfloat>(row.shown + i)) /
+                             (of_pixel * row.before);
+        const vint entry = clamped((__builtin_bit_cast(vint, steep) >> bits_below) - first, 0,
+                                   median_variance::entries - 1);
+        const vfloat now =
+            before + of_pixel * load<vfloat>(row.plain + i) * gathered(row.table, entry);
+        store(own + i, now);
+        store(sums.noise + i, load<vfloat>(sums.noise + i) + (now - before));
+        const vfloat largest = load<vfloat>(sums.largest + i);
+        store(sums.largest + i, now > largest ? now : largest);
+    }
+}
+
 void registration(const RegistrationRow& row, int n, float* __restrict variance) {
     const auto not_negative = [](const vfloat& v) { return v > 0 ? v : vfloat{}; };
     for (int i = 0; i < n; i += lanes) {
@@ -189,20 +233,11 @@ void registration(const RegistrationRow& row, int n, float* __restrict variance)
         vfloat along_y{};
         vfloat of_noise{};
         for (int k = 0; k < row.count; ++k) {
-            const SlopePart& part = row.parts[k];
-            const float* middle = part.middle + i;
-            vfloat x{};
-            vfloat y{};
-            for (int far = 1; far <= 3; ++far) {
-                x += slope_weights[far - 1] *
-                     (load<vfloat>(middle + far) - load<vfloat>(middle - far));
-                y += slope_weights[far - 1] * (load<vfloat>(part.across[far - 1] + i) -
-                                               load<vfloat>(part.across[far + 2] + i));
-            }
-            const vfloat scale = part.sign / load<vfloat>(middle);
-            along_x += x * scale;
-            along_y += y * scale;
-            of_noise += slope_noise * load<vfloat>(part.own + i);
+            const RegistrationRow::Part& part = row.parts[k];
+            const Slopes slopes(part.picture, i);
+            along_x += part.sign * slopes.x;
+            along_y += part.sign * slopes.y;
+            of_noise += slope_noise * load<vfloat>(part.shown + i);
         }
         const vfloat added =
             not_negative(along_x * along_x - of_noise) * load<vfloat>(row.var_x + i) +
@@ -214,7 +249,7 @@ void registration(const RegistrationRow& row, int n, float* __restrict variance)
 }  // namespace
 
 extern const SigmaKernels sigma_kernels;
-const SigmaKernels sigma_kernels{in_parts, places,         gain,   nearest,
-                                 noise,    measured_noise, shared, registration};
+const SigmaKernels sigma_kernels{in_parts,       places,     gain,   nearest, noise,
+                                 measured_noise, unfiltered, median, shared,  registration};
 
 }  // namespace vyn::VYN_ISA

@@ -30,7 +30,6 @@ struct NoiseRow {
     float slope;
     float relative2;
     float dark;
-    float filter;  ///< variance of the filter beside its weights
 };
 
 /// Sums of relative variances over the pictures, and the largest of them.
@@ -65,17 +64,30 @@ struct SharedRow {
     float dark;   ///< variance of the dark picture; 0: each has its own
 };
 
-/// A picture about a row, with its sign in the logarithm of the ratio.
-struct SlopePart {
+/// A row of a picture and those about it.
+struct SlopeRow {
     const float* middle;     ///< readable three pixels beside the row
     const float* across[6];  ///< the rows one, two and three below it, then above it
-    const float* own;        ///< the picture's own noise, relative variance
-    float sign;
 };
 
-/// Variances of the places of a row's pixels, and what shows them.
+/// What a median adds to a picture's variance behind the mean of its window.
+struct MedianRow {
+    SlopeRow picture;
+    const float* gain;   ///< with the filter
+    const float* plain;  ///< without
+    const float* shown;  ///< relative variance of the picture that the slopes are of
+    const float* table;  ///< of `median_variance`
+    float before;        ///< gain of what was sampled before the filter
+};
+
+/// Variances of the places of a row's pixels, and the pictures that show them.
 struct RegistrationRow {
-    const SlopePart* parts;
+    struct Part {
+        SlopeRow picture;
+        const float* shown;  ///< its noise, relative variance
+        float sign;          ///< in the logarithm of the ratio
+    };
+    const Part* parts;
     int count;
     const float* var_x;
     const float* var_y;
@@ -99,6 +111,10 @@ struct SigmaKernels {
     /// The same from measured variances, times the row's slope.
     void (*measured_noise)(const NoiseRow& row, const float* variance, const float* gain, int n,
                            const NoiseSums& sums, float* own);
+    /// What a picture's own noise is without the filter: over its gain, times the plain one.
+    void (*unfiltered)(const float* own, const float* gain, const float* plain, int n, float* out);
+    /// Raises a picture's own noise by what a median adds at its slope, and the sums with it.
+    void (*median)(const MedianRow& row, int n, const NoiseSums& sums, float* own);
     /// Adds what errors of a common flat field and dark picture make of the ratio.
     void (*shared)(const SharedRow& row, int n, const NoiseSums& sums, float* flat,
                    float* flat_white);
