@@ -117,6 +117,7 @@ class DisturbedPoint {
         read(session_.data, std::string(keys::flow), flow_);
         read(session_.data, std::string(keys::sens_paint), paint_);
         ports_ = point.ports;
+        if (disturbance_.in_situ) calibrate(ports_);
         compute();
         reference_ = session_.images.find(image_names::field);
         dots_ = point.truth_markers;
@@ -164,7 +165,12 @@ class DisturbedPoint {
         flow.wind_off_p += normal(disturbance_.wind_off_p);
         flow.static_p += normal(disturbance_.static_p);
         write(session_.data, std::string(keys::flow), flow);
-        if (disturbance_.in_situ) calibrate(normal);
+        if (disturbance_.in_situ) {
+            MarkerSet ports = ports_;
+            for (Marker& port : ports.markers)
+                port.f += normal(disturbance_.ports);
+            calibrate(ports);
+        }
         compute();
         return {session_.images.find(image_names::field), session_.images.find(image_names::sigma),
                 session_.images.find(image_names::sigma_area)};
@@ -180,16 +186,13 @@ class DisturbedPoint {
             if (input->name == name) return input;
         return nullptr;
     }
-    /// With the point's own paint and errors of its own at the ports.
-    void calibrate(Normal& normal) {
+    /// With the point's own paint.
+    void calibrate(const MarkerSet& ports) {
         write(session_.data, std::string(keys::sens_paint), paint_);
         write(session_.data, keys::convert_wind_off_ratio, std::string("law"));
         if (vyn::calculate(Goal::ratio, session_.get(), std::make_shared<RunReport>())
                 ->run(context_) != TaskOutcome::done)
             throw std::runtime_error("the ratio can not be computed");
-        MarkerSet ports = ports_;
-        for (Marker& port : ports.markers)
-            port.f += normal(disturbance_.ports);
         const auto ratio = session_.images.find(image_names::ratio);
         const InSituOptions options = for_point(*disturbance_.in_situ, session_.get());
         InSituOutcome outcome =
