@@ -392,7 +392,9 @@ TEST_F(FieldViewer, ShowsADeviationInPerCentOfItsField) {
     Fashion fashion = viewer.view().fashion();
     fashion.limits = own;
     viewer.view().set_fashion(fashion);
+    viewer.setModifiedChanged(true);
     QTest::keyClick(&viewer, Qt::Key_5, Qt::ControlModifier);
+    EXPECT_TRUE(viewer.isWindowModified()) << "what was drawn on the image is still in no file";
     EXPECT_TRUE(viewer.actions().per_cent->isChecked());
     EXPECT_FLOAT_EQ(viewer.picture()->values()(10, 2), 700.0F / 2110);
     EXPECT_EQ(viewer.quantity(), QStringLiteral("SD of Pressure, %"));

@@ -187,7 +187,8 @@ void VynFieldViewer::show_probe(int x, int y, float value, bool background, bool
 }
 
 void VynFieldViewer::setModifiedChanged(bool modified) {
-    setWindowModified(modified);
+    // Per cent of the field stand in for an image that keeps what was drawn on it.
+    if (!parts_->per_cent) setWindowModified(modified);
 }
 
 }  // namespace vyn
