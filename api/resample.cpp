@@ -13,7 +13,7 @@ VYN_CHOOSE_KERNELS(SplineKernels, spline_kernels)
 
 namespace {
 
-constexpr int tile_width = 256;
+constexpr int tile_width = 1024;
 constexpr int tile_height = 16;
 
 struct OutputPlanes {
