@@ -34,7 +34,7 @@ void finish_pixel(const FilterRow& row, int x, bool centre_valid, int count, flo
         row.out.mask[x] = row.source.mask[x] != 0 ? row.source.mask[x] : std::uint8_t{1};
 }
 
-/// A window with excluded pixels, or one at the border: its rows are zero outside the image.
+/// A window with NaN among its pixels; its rows are zero outside the image.
 void median_pixel(const MedianWindow& window, int size, const FilterRow& row, int x) {
     float values[largest_small * largest_small];
     const int half = size / 2;
@@ -51,6 +51,25 @@ void median_pixel(const MedianWindow& window, int size, const FilterRow& row, in
     finish_pixel(row, x, window.weights[half][x] > 0, count, median);
 }
 
+/// What is known of the windows of each 64 pixels of row y, whose rows are prepared.
+void window_chunks(const FilterPass& pass, const PreparedRows& rows, int y,
+                   std::vector<std::uint8_t>& chunks) {
+    constexpr std::uint8_t usable = chunk::all_valid | chunk::all_finite;
+    const bool inner = y >= pass.rows.half && y + pass.rows.half < pass.picture.height();
+    const std::size_t count = chunks.size();
+    std::vector<std::uint8_t> common(count, inner ? usable : 0);
+    for (int from = pass.first_row(y); from <= pass.last_row(y); ++from)
+        for (std::size_t i = 0; i < count; ++i)
+            common[i] &= rows.chunks(from)[i];
+    const auto clean = [&](std::size_t i) {
+        return i > 0 && i + 1 < count && (common[i - 1] & common[i] & common[i + 1]) == usable;
+    };
+    for (std::size_t i = 0; i < count; ++i)
+        chunks[i] = clean(i)                                       ? window_chunk::clean
+                    : (rows.chunks(y)[i] & chunk::some_valid) == 0 ? window_chunk::empty
+                                                                   : std::uint8_t{0};
+}
+
 /// Windows of 3 x 3 and 5 x 5 pixels.
 void small_median_pass(const FilterPass& pass, int size, image& out) {
     const int n = pass.picture.width();
@@ -65,8 +84,9 @@ void small_median_pass(const FilterPass& pass, int size, image& out) {
         float* sorted[largest_small];
         for (int i = 0; i < size; ++i)
             sorted[i] = scratch.row(i);
-        const MedianWindow window{values, weights, sorted, scratch.row(size)};
-        std::vector<std::uint8_t> todo(static_cast<std::size_t>(n) + small_margin);
+        std::vector<std::uint8_t> chunks(static_cast<std::size_t>(rows.chunk_count()));
+        const MedianWindow window{values, weights, chunks.data(), sorted, scratch.row(size)};
+        std::vector<std::uint8_t> todo(chunks.size() * chunk::pixels);
         for (int y = y0; y < y1; ++y) {
             rows.advance(pass.first_row(y), pass.last_row(y));
             for (int i = 0; i < size; ++i) {
@@ -75,6 +95,7 @@ void small_median_pass(const FilterPass& pass, int size, image& out) {
                 values[i] = exists ? rows.value(from) : outside;
                 weights[i] = exists ? rows.weight(from) : outside;
             }
+            window_chunks(pass, rows, y, chunks);
             const FilterRow row = pass.row(y, out);
             median_row(window, row, n, todo.data());
             const std::uint8_t* const end = todo.data() + n;

@@ -10,18 +10,6 @@ namespace {
 constexpr int group = 16;  ///< taps that are summed before they join the total
 constexpr int unrolled = 4;
 
-enum class Use { no, yes };
-
-/// Brings 64 pixels of a row that is read (or written) soon into the cache. A pass over an image is
-/// bound by the memory otherwise: the hardware's own prefetch starts anew with every row.
-template <Use writing, class Row>
-inline void fetch_chunk(const Row& row, int x) {
-    constexpr int line = 64 / sizeof(float);
-    for (int i = 0; i < chunk::pixels; i += line)
-        __builtin_prefetch(row.value + x + i, writing == Use::yes);
-    __builtin_prefetch(row.mask + x, writing == Use::yes);
-}
-
 template <Use region_plane>
 void prepare_row(ConstPixelRow source, ConstPixelRow next, const std::uint8_t* region,
                  RowLimits limits, int n, float* out_value, float* out_weight,
@@ -30,6 +18,7 @@ void prepare_row(ConstPixelRow source, ConstPixelRow next, const std::uint8_t* r
         fetch_chunk<Use::no>(next, x0);
         vint some{};
         vint lost{};
+        vfloat doubt{};
         for (int x = x0; x < x0 + chunk::pixels && x < n; x += lanes) {
             vfloat value = load<vfloat>(source.value + x);
             vint below = value < limits.lower;
@@ -44,12 +33,15 @@ void prepare_row(ConstPixelRow source, ConstPixelRow next, const std::uint8_t* r
             some |= ~masked;
             lost |= excluded;
             value = above ? vfloat{} + limits.upper : value;
-            store(out_value + x, excluded ? vfloat{} : value);
+            value = excluded ? vfloat{} : value;
+            doubt += value * 0;  // NaN unless finite
+            store(out_value + x, value);
             store(out_weight + x, excluded ? vfloat{} : vfloat{} + 1.0F);
         }
         const bool whole = n - x0 >= chunk::pixels;
         *chunks++ = static_cast<std::uint8_t>((any(some) ? chunk::some_valid : 0) |
-                                              (whole && !any(lost) ? chunk::all_valid : 0));
+                                              (whole && !any(lost) ? chunk::all_valid : 0) |
+                                              (any(doubt != 0) ? 0 : chunk::all_finite));
     }
     for (int x = n; x % chunk::pixels != 0; ++x)
         out_value[x] = out_weight[x] = 0;

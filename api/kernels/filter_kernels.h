@@ -49,6 +49,7 @@ namespace chunk {
 inline constexpr int pixels = 64;
 inline constexpr std::uint8_t some_valid = 1;  ///< in the source, before the limits
 inline constexpr std::uint8_t all_valid = 2;   ///< within the limits, too
+inline constexpr std::uint8_t all_finite = 4;  ///< what was prepared
 }  // namespace chunk
 
 /// Prepared rows hold value or 0 and weight 1 or 0 as floats, and zeros from n to the next multiple

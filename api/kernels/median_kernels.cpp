@@ -105,11 +105,65 @@ inline vfloat median_of(vfloat (&rows)[5][5]) {
     return v[6];
 }
 
-/// Sorts the columns of the window's rows once for all windows.
+/// The columns of a window's rows, sorted.
 template <int size>
-void sort_columns(const MedianWindow& window, int n) {
+struct Columns {
+    vfloat rank[size];
+
+    Columns(const float* const (&values)[size], int x) {
+        for (int i = 0; i < size; ++i)
+            rank[i] = load<vfloat>(values[i] + x);
+        sort(rank);
+    }
+};
+
+/// The middle vector as it is `shift` pixels farther on.
+template <int shift>
+inline vfloat shifted(const vfloat& left, const vfloat& middle, const vfloat& right) {
+    using All = typename LanesUpTo<lanes>::type;
+    if constexpr (shift < 0)
+        return neighbours<lanes + shift>(left, middle, All());
+    else
+        return neighbours<shift>(middle, right, All());
+}
+
+/// Rows of the windows of the middle columns; `c` counts the columns of a window.
+template <int size, int... c>
+inline void spread(const Columns<size>& left, const Columns<size>& middle,
+                   const Columns<size>& right, vfloat (&rows)[size][size], Lanes<c...>) {
+    for (int r = 0; r < size; ++r)
+        ((rows[r][c] = shifted<c - size / 2>(left.rank[r], middle.rank[r], right.rank[r])), ...);
+}
+
+/// Pixels x0 to x1 - 1, whose windows are clean.
+template <int size>
+void clean_medians(const MedianWindow& window, const FilterRow& filter_row, int x0, int x1) {
+    const FilterRow row = filter_row;  // copies: what is stored below cannot change them
+    const float* values[size];
+    for (int i = 0; i < size; ++i)
+        values[i] = window.values[i];
+    Columns<size> left(values, x0 - lanes);
+    Columns<size> middle(values, x0);
+    for (int x = x0; x < x1; x += lanes) {
+        if (x % chunk::pixels == 0) fetch_chunk<Use::yes>(row.next_out, x);
+        const Columns<size> right(values, x + lanes);
+        vfloat rows[size][size];
+        spread(left, middle, right, rows, typename LanesUpTo<size>::type());
+        vfloat median = median_of(rows);
+        if (row.region)
+            median = load_bytes(row.region + x) != 0 ? median : load<vfloat>(row.source.value + x);
+        store(row.out.value + x, median);
+        store_bytes(row.out.mask + x, vint{});
+        left = middle;
+        middle = right;
+    }
+}
+
+/// Sorts the columns of the windows of pixels x0 to x1 - 1 once for all of these.
+template <int size>
+void sort_columns(const MedianWindow& window, int x0, int x1) {
     constexpr int margin = 16;
-    for (int x = -margin; x < n + margin; x += lanes) {
+    for (int x = x0 - margin; x < x1 + margin; x += lanes) {
         vfloat column[size];
         vfloat sum{};
         vfloat least = vfloat{} + 1.0F;
@@ -122,20 +176,58 @@ void sort_columns(const MedianWindow& window, int n) {
         for (int i = 0; i < size; ++i)
             store(window.sorted[i] + x, column[i]);
         // 0 times anything finite is 0, NaN otherwise: infinite sums also go the slow way
-        store(window.dirty + x, least > 0 ? sum * 0.0F : vfloat{} + 1.0F);
+        store(window.dirty + x, sum * 0.0F + (least > 0 ? vfloat{} : vfloat{} + 1.0F));
     }
 }
 
+struct Middle {
+    vfloat value;
+    vfloat count;  ///< of valid pixels
+};
+
+/// Of the valid pixels of windows without NaN. The excluded ones are dealt out to both ends, so
+/// that the middle of all is that of the valid ones.
 template <int size>
-void median_row(const MedianWindow& window, const FilterRow& row, int n, std::uint8_t* todo) {
-    sort_columns<size>(window, n);
+Middle ragged_median(const MedianWindow& window, int x) {
+    constexpr float infinity = __builtin_inff();
+    vfloat count{};
+    for (int c = 0; c < size; ++c)
+        for (int r = 0; r < size; ++r)
+            count += load<vfloat>(window.weights[r] + x + c - size / 2);
+    const vint below = size * size / 2 - (__builtin_convertvector(count, vint) >> 1);
+    vint dealt{};
+    vfloat rows[size][size];
+    for (int c = 0; c < size; ++c) {
+        const int from = x + c - size / 2;
+        vfloat column[size];
+        for (int r = 0; r < size; ++r) {
+            const vint valid = load<vfloat>(window.weights[r] + from) > 0;
+            const vfloat end = dealt < below ? everywhere(-infinity) : everywhere(infinity);
+            column[r] = valid ? load<vfloat>(window.values[r] + from) : end;
+            dealt -= ~valid;
+        }
+        sort(column);
+        for (int r = 0; r < size; ++r)
+            rows[r][c] = column[r];
+    }
+    return {median_of(rows), count};
+}
+
+/// Pixels x0 to x1 - 1, of windows of any kind.
+template <int size>
+void mixed_medians(const MedianWindow& window, const FilterRow& row, int x0, int x1,
+                   std::uint8_t* todo) {
+    sort_columns<size>(window, x0, x1);
     constexpr int half = size / 2;
-    for (int x = 0; x < n; x += lanes) {
+    for (int x = x0; x < x1; x += lanes) {
+        if (x % chunk::pixels == 0) fetch_chunk<Use::yes>(row.next_out, x);
         const vint visit = visited(row, x);
         vfloat dirt{};
         for (int c = 0; c < size; ++c)
             dirt += load<vfloat>(window.dirty + x + c - half);
         const vint clean = dirt == 0;
+        const vint ragged = dirt > 0;
+        vint filled = clean;
         vfloat median{};
         if (any(visit & clean)) {
             vfloat rows[size][size];
@@ -144,8 +236,45 @@ void median_row(const MedianWindow& window, const FilterRow& row, int n, std::ui
                     rows[r][c] = load<vfloat>(window.sorted[r] + x + c - half);
             median = median_of(rows);
         }
-        finish(row, x, visit & clean, clean, median);
-        store_bytes(todo + x, visit & ~clean & 1);
+        if (any(visit & ragged)) {
+            const Middle middle = ragged_median<size>(window, x);
+            const vint enough = (load<vfloat>(window.weights[half] + x) > 0) |
+                                (middle.count >= row.rule.least_count);
+            median = clean ? median : middle.value;
+            filled |= ragged & (middle.count > 0) & enough;
+        }
+        finish(row, x, visit & (clean | ragged), filled, median);
+        store_bytes(todo + x, visit & ~(clean | ragged) & 1);
+    }
+}
+
+void copy_pixels(const FilterRow& row, int x0, int x1) {
+    for (int x = x0; x < x1; x += lanes) {
+        if (x % chunk::pixels == 0) fetch_chunk<Use::yes>(row.next_out, x);
+        finish(row, x, vint{}, vint{}, vfloat{});
+    }
+}
+
+template <int size>
+void median_row(const MedianWindow& window, const FilterRow& row, int n, std::uint8_t* todo) {
+    const int count = (n + chunk::pixels - 1) / chunk::pixels;
+    __builtin_memset(todo, 0, static_cast<std::size_t>(count) * chunk::pixels);
+    for (int first = 0; first < count;) {
+        // chunks of one kind together, so that few columns are sorted twice
+        const std::uint8_t kind = window.chunks[first];
+        int end = first + 1;
+        while (end < count && window.chunks[end] == kind)
+            ++end;
+        const int x0 = first * chunk::pixels;
+        const int x1 = end < count ? end * chunk::pixels : n;
+        if ((kind == window_chunk::empty && row.rule.visit_excluded == 0) ||
+            (kind == window_chunk::clean && row.rule.visit_valid == 0))
+            copy_pixels(row, x0, x1);
+        else if (kind == window_chunk::clean)
+            clean_medians<size>(window, row, x0, x1);
+        else
+            mixed_medians<size>(window, row, x0, x1, todo);
+        first = end;
     }
 }
 

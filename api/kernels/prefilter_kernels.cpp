@@ -13,15 +13,6 @@ struct Tile {
     vfloat v[lanes];
 };
 
-template <int... numbers>
-struct Lanes {};
-template <int count, int... numbers>
-struct LanesUpTo : LanesUpTo<count - 1, count - 1, numbers...> {};
-template <int... numbers>
-struct LanesUpTo<0, numbers...> {
-    using type = Lanes<numbers...>;
-};
-
 /// Exchanges the blocks of that many lanes and rows that lie off the diagonal.
 template <int block, int... k>
 inline void swap_blocks(vfloat& upper, vfloat& lower, Lanes<k...>) {

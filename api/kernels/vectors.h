@@ -83,6 +83,22 @@ static inline Vector counting() {
     return v;
 }
 
+/// Lane numbers 0 to count - 1 as a pack.
+template <int... numbers>
+struct Lanes {};
+template <int count, int... numbers>
+struct LanesUpTo : LanesUpTo<count - 1, count - 1, numbers...> {};
+template <int... numbers>
+struct LanesUpTo<0, numbers...> {
+    using type = Lanes<numbers...>;
+};
+
+/// `lanes` neighbours out of the pair (a, b), from number `first` on.
+template <int first, int... k>
+static inline vfloat neighbours(const vfloat& a, const vfloat& b, Lanes<k...>) {
+    return __builtin_shufflevector(a, b, (first + k)...);
+}
+
 /// One vector of two halves.
 template <class Whole, class Half>
 static inline Whole joined(const Half& low, const Half& high) {
