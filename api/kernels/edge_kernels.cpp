@@ -1,6 +1,7 @@
 // Compiled once per instruction set; see vyn_kernels in cmake/VynTargets.cmake.
 #include "api/kernels/edge_kernels.h"
 
+#include "api/kernels/prefetch.h"
 #include "api/kernels/vectors.h"
 
 namespace vyn::VYN_ISA {
@@ -9,7 +10,10 @@ namespace {
 
 bool take_known(ConstPixelRow source, int n, float* out, std::uint8_t* state) {
     vint lost{};
+    const PixelRow target{out, state};
     for (int x = 0; x < n; x += lanes) {
+        fetch_ahead<Use::no>(source, x);
+        fetch_ahead<Use::yes>(target, x);
         const vfloat value = load<vfloat>(source.value + x);
         const vint unknown = (load_bytes(source.mask + x) != 0) | (value * 0 != 0);
         store(out + x, unknown ? vfloat{} : value);

@@ -2,29 +2,18 @@
 // pixel is computed, the mask selects. Whole vectors only: rows have room for the last one.
 #include "api/kernels/pixel_kernels.h"
 
+#include "api/kernels/prefetch.h"
 #include "api/kernels/vectors.h"
 
 namespace vyn::VYN_ISA {
 
 namespace {
 
-enum class Use { no, yes };
-
 /// `lanes` pixels.
 struct Pixels {
     vfloat value;
     vint mask;
 };
-
-/// Brings pixels that are read (or written) soon into the cache: of the same row or of the next,
-/// which follows in memory. The hardware's own prefetch starts anew with every page.
-template <Use writing, class Row>
-inline void fetch_ahead(const Row& row, int x) {
-    constexpr int ahead = 512;
-    constexpr int line = 64;
-    __builtin_prefetch(row.value + x + ahead, writing == Use::yes);
-    if (x % line == 0) __builtin_prefetch(row.mask + x + ahead, writing == Use::yes);
-}
 
 inline Pixels load_pixels(ConstPixelRow row, int x) {
     fetch_ahead<Use::no>(row, x);
