@@ -20,8 +20,10 @@ constexpr std::size_t huge_page = std::size_t{2} << 20;
 /// Smaller blocks are the C library's business.
 constexpr std::size_t smallest_kept = std::size_t{1} << 20;
 /// What may lie idle: this many blocks, together no more than this many of the largest of them.
-constexpr std::size_t most_blocks = 12;
+constexpr std::size_t most_blocks = 16;
 constexpr std::size_t most_planes = 6;
+/// So much of small planes at least: those of a whole point of 4 megapixels.
+constexpr std::size_t always_kept = std::size_t{160} << 20;
 
 #ifdef __SANITIZE_ADDRESS__
 constexpr bool keeps_blocks = false;  // a kept block would hide a use after release
@@ -74,7 +76,7 @@ class IdleBlocks {
             sum += block.bytes;
             largest = std::max(largest, block.bytes);
         }
-        return blocks_.size() > most_blocks || sum > most_planes * largest;
+        return blocks_.size() > most_blocks || sum > std::max(most_planes * largest, always_kept);
     }
 
     std::mutex mutex_;
