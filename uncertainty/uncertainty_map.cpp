@@ -72,9 +72,10 @@ bool applies(const UncertainPoint& point, SigmaTerm term) {
             return quantity != FieldQuantity::ratio && point.law.through_reference;
         case SigmaTerm::conditions:
             return quantity == FieldQuantity::cp || quantity == FieldQuantity::p_over_static;
+        case SigmaTerm::lamp:
+            return !point.lamp_cancels;
         case SigmaTerm::noise:
         case SigmaTerm::registration:
-        case SigmaTerm::lamp:
             break;
     }
     return true;

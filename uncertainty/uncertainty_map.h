@@ -65,6 +65,7 @@ struct UncertainPoint {
     std::optional<FilterOptions> filter;  ///< of the pictures of the ratio
     bool flat_cancels = false;            ///< all pictures see one flat field at one place
     double lamp = 0;                      ///< relative variance of the ratio by the lamp
+    bool lamp_cancels = false;            ///< both channels see the same light
     double other = 0;                     ///< and by what else was entered
     FieldConversion conversion;
     LawVariance law;

@@ -204,9 +204,12 @@ void gather_shared(const StepRun& run, const SigmaSettings& settings, Experiment
 void gather_law(const StepRun& run, const SigmaSettings& settings,
                 const CorrectedPictures& pictures, Gathered& gathered) {
     UncertainPoint& point = gathered.point;
-    point.lamp = settings.drift;
-    const std::optional<LightReport> light = lamp_correction(run, pictures).report;
-    point.lamp += light && light->variance > 0 ? light->variance : settings.lamp_level;
+    point.lamp_cancels = experiment_type(run.session.data) != ExperimentType::single;
+    if (!point.lamp_cancels) {
+        const std::optional<LightReport> light = lamp_correction(run, pictures).report;
+        const bool seen = light && light->variance > 0;
+        point.lamp = settings.drift + (seen ? light->variance : settings.lamp_level);
+    }
     point.other = settings.other;
     if (!run.report.conversion) {
         point.conversion.quantity = FieldQuantity::ratio;
@@ -303,7 +306,7 @@ StepFacts uncertainty_facts(const StepView& view) {
         behind.add(taker.camera, {"cx", "cy", "a2", "a4"});
         facts.told.emplace_back(taker.camera);
     }
-    add_lamp_facts(view, facts);
+    if (experiment_type(data) == ExperimentType::single) add_lamp_facts(view, facts);
     facts.takes.push_back({.name = names::displacement_sigma,
                            .need = StepImage::Need::if_there,
                            .use = StepImage::Use::behind});
