@@ -1,19 +1,17 @@
 // Compiled once per instruction set; see vyn_kernels in cmake/VynTargets.cmake.
 #include "align/kernels/displacement_kernels.h"
 
-#include <type_traits>
+#include <algorithm>
+
+#include "api/kernels/vectors.h"
 
 namespace vyn::VYN_ISA {
 
 namespace {
 
-/// `count` pixels between two nodes, from a phase on; a constant count becomes straight vector
-/// code.
-template <class Count>
-inline __attribute__((always_inline)) void between_nodes(const double* c, const double* w0,
-                                                         std::ptrdiff_t stride, Count count,
-                                                         double start, double slope,
-                                                         double* __restrict out) {
+/// `count` pixels between two nodes, from a phase on.
+void between_nodes(const double* c, const double* w0, std::ptrdiff_t stride, int count,
+                   double start, double slope, double* __restrict out) {
     const double* const w1 = w0 + stride;
     const double* const w2 = w1 + stride;
     const double* const w3 = w2 + stride;
@@ -21,30 +19,63 @@ inline __attribute__((always_inline)) void between_nodes(const double* c, const 
         out[p] = (w0[p] * c[0] + w1[p] * c[1] + w2[p] * c[2] + w3[p] * c[3]) + (start + slope * p);
 }
 
+/// Whole spans from node to node of the default step.
+class UsualSpans {
+  public:
+    static constexpr int step = 8;
+
+    UsualSpans(const DisplacementRow& r, double slope) {
+        for (int part = 0; part < parts; ++part) {
+            const int p = part * half_lanes;
+            for (int k = 0; k < 4; ++k)
+                weights_[part][k] = load<vdouble>(r.phases + k * r.stride + p);
+            ramp_[part] = (counting<vdouble>() + static_cast<double>(p)) * slope;
+        }
+    }
+    void operator()(const double* c, double start, double* out) const {
+        for (int part = 0; part < parts; ++part) {
+            const vdouble(&w)[4] = weights_[part];
+            store(out + part * half_lanes,
+                  (w[0] * c[0] + w[1] * c[1] + w[2] * c[2] + w[3] * c[3]) + (ramp_[part] + start));
+        }
+    }
+
+  private:
+    static constexpr int parts = step / half_lanes;
+    vdouble weights_[parts][4];
+    vdouble ramp_[parts];
+};
+
 void row(const DisplacementRow& r, int x0, int n, double start, double slope,
          double* __restrict out) {
     const int first_pixel = -r.ring * r.step;
     const int last_pixel = (r.count - 3 - r.ring) * r.step;
-    for (int i = 0; i < n;) {
-        int x = x0 + i;
-        if (x < first_pixel || x >= last_pixel) {  // beyond the outer ring: as on it
-            const double* const c = r.coefficients + (x < first_pixel ? 0 : r.count - 3);
-            out[i] = start + slope * x + (c[0] + 4 * c[1] + c[2]) / 6;
-            ++i;
-            continue;
-        }
-        const int node = (x - first_pixel) / r.step;
-        const int phase = x - first_pixel - node * r.step;
-        const int left = n - i < r.step - phase ? n - i : r.step - phase;
-        const double* const c = r.coefficients + node;
-        const double* const w = r.phases + phase;
-        constexpr std::integral_constant<int, 8> usual;  // the default step
-        if (left == usual)
-            between_nodes(c, w, r.stride, usual, start + slope * x, slope, out + i);
-        else
-            between_nodes(c, w, r.stride, left, start + slope * x, slope, out + i);
-        i += left;
+    const auto beyond = [&](int begin, int end, const double* c) {  // the outer ring: as on it
+        for (int i = begin; i < end; ++i)
+            out[i] = start + slope * (x0 + i) + (c[0] + 4 * c[1] + c[2]) / 6;
+    };
+    const int begin = std::clamp(first_pixel - x0, 0, n);
+    const int end = std::clamp(last_pixel - x0, begin, n);
+    beyond(0, begin, r.coefficients);
+    const double* c = r.coefficients + (x0 + begin - first_pixel) / r.step;
+    int phase = (x0 + begin - first_pixel) % r.step;
+    int i = begin;
+    const auto until = [&](int count) {
+        between_nodes(c, r.phases + phase, r.stride, count, start + slope * (x0 + i), slope,
+                      out + i);
+        i += count;
+        phase = 0;
+        ++c;
+    };
+    if (i < end && phase > 0) until(std::min(end - i, r.step - phase));
+    if (r.step == UsualSpans::step) {
+        const UsualSpans span(r, slope);
+        for (; i + r.step <= end; i += r.step)
+            span(c++, start + slope * (x0 + i), out + i);
     }
+    while (i < end)
+        until(std::min(end - i, r.step));
+    beyond(end, n, r.coefficients + r.count - 3);
 }
 
 }  // namespace
