@@ -50,18 +50,30 @@ const std::array<RawImage, 4>& raw_images() {
 
 namespace {
 
-/// Several files that the name means together become one picture.
+/// Marks the pixels that reach the level; with none above 0, what the file says stands.
+void mark_saturated(image& picture, float level) {
+    if (!(level > 0)) return;
+    Bitmap<std::uint8_t> plane(picture.width(), picture.height(), 0);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            plane(x, y) = picture.values()(x, y) >= level ? 1 : 0;
+    picture.saturated = std::make_shared<Bitmap<std::uint8_t>>(std::move(plane));
+}
+
+/// Several files that the name means together become one picture, saturated where one of them is.
 image read_average(const dataSetInterface& data, const std::filesystem::path& name,
-                   TaskContext& context) {
+                   float saturation, TaskContext& context) {
     const std::vector<std::filesystem::path> files = files_named(name);
-    if (files.size() < 2) {
-        const std::filesystem::path& file = files.empty() ? name : files.front();
-        return read_image(file, read_options(data, file), context);
-    }
+    const auto read_frame = [&](const std::filesystem::path& file) {
+        image frame = read_image(file, read_options(data, file), context);
+        mark_saturated(frame, saturation);
+        return frame;
+    };
+    if (files.size() < 2) return read_frame(files.empty() ? name : files.front());
     std::vector<image> frames;
     for (const std::filesystem::path& file : files) {
         throw_if_aborted(context);
-        frames.push_back(read_image(file, read_options(data, file), context));
+        frames.push_back(read_frame(file));
     }
     image picture = average(frames, average_options(data), context);
     picture.file_name = name.string();
@@ -71,10 +83,10 @@ image read_average(const dataSetInterface& data, const std::filesystem::path& na
 }
 
 image load_named(const dataSetInterface& data, const std::string& file_name, std::string_view key,
-                 const char* name, TaskContext& context) {
+                 const char* name, TaskContext& context, float saturation = 0) {
     throw_if_aborted(context);
     const std::filesystem::path file = find_input(data, file_name, key);
-    image picture = read_average(data, file, context);
+    image picture = read_average(data, file, saturation, context);
     picture.name = name;
     picture.file_sha256 = known_file_sha256(file);
     return picture;
@@ -124,19 +136,15 @@ void note_ceiling(const image& picture) {
                             "; if that is the sensor's maximum, set the camera's full_scale");
 }
 
-/// Counts the pixels at the sensor's maximum and excludes them when the project says so.
-void treat_saturated(const dataSetInterface& data, const RawImage& raw, image& picture) {
+/// The sensor's maximum as the project knows it; 0 when it does not.
+float saturation_of(const dataSetInterface& data, const RawImage& raw) {
     const double entered = read(data, keys::saturation_level);
-    const double of_camera = read(data, full_scale_key(raw));
-    const auto level = static_cast<float>(entered > 0 ? entered : of_camera);
+    return static_cast<float>(entered > 0 ? entered : read(data, full_scale_key(raw)));
+}
+
+/// Counts the pixels at the sensor's maximum and excludes them when the project says so.
+void treat_saturated(const dataSetInterface& data, image& picture) {
     const bool exclude = read(data, keys::saturation_exclude) != 0;
-    if (level > 0) {
-        Bitmap<std::uint8_t> plane(picture.width(), picture.height(), 0);
-        for (int y = 0; y < picture.height(); ++y)
-            for (int x = 0; x < picture.width(); ++x)
-                plane(x, y) = picture.values()(x, y) >= level ? 1 : 0;
-        picture.saturated = std::make_shared<Bitmap<std::uint8_t>>(std::move(plane));
-    }
     if (!picture.saturated) return note_ceiling(picture);
     std::int64_t count = 0;
     for (int y = 0; y < picture.height(); ++y) {
@@ -168,8 +176,9 @@ void state_quantity(image& picture, InputFile::Role role) {
 
 image load_raw(const dataSetInterface& data, const RawImage& raw, const std::string& file,
                TaskContext& context) {
-    image picture = load_named(data, file, raw.file.path, raw.name, context);
-    treat_saturated(data, raw, picture);
+    image picture =
+        load_named(data, file, raw.file.path, raw.name, context, saturation_of(data, raw));
+    treat_saturated(data, picture);
     const std::string mask_file = read(data, raw.mask_file);
     if (!mask_file.empty())
         apply_mask_file(picture, load_named(data, mask_file, raw.mask_file.path, "mask", context));
