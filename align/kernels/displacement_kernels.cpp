@@ -57,21 +57,21 @@ void row(const DisplacementRow& r, int x0, int n, double start, double slope,
     const int begin = std::clamp(first_pixel - x0, 0, n);
     const int end = std::clamp(last_pixel - x0, begin, n);
     beyond(0, begin, r.coefficients);
-    const double* c = r.coefficients + (x0 + begin - first_pixel) / r.step;
+    int node = (x0 + begin - first_pixel) / r.step;
     int phase = (x0 + begin - first_pixel) % r.step;
     int i = begin;
     const auto until = [&](int count) {
-        between_nodes(c, r.phases + phase, r.stride, count, start + slope * (x0 + i), slope,
-                      out + i);
+        between_nodes(r.coefficients + node, r.phases + phase, r.stride, count,
+                      start + slope * (x0 + i), slope, out + i);
         i += count;
         phase = 0;
-        ++c;
+        ++node;
     };
     if (i < end && phase > 0) until(std::min(end - i, r.step - phase));
     if (r.step == UsualSpans::step) {
         const UsualSpans span(r, slope);
         for (; i + r.step <= end; i += r.step)
-            span(c++, start + slope * (x0 + i), out + i);
+            span(r.coefficients + node++, start + slope * (x0 + i), out + i);
     }
     while (i < end)
         until(std::min(end - i, r.step));

@@ -161,8 +161,9 @@ void gather_pictures(const StepRun& run, const SigmaSettings& settings,
         Picture in_frame = pictures[i];
         if (from_frame && pictures.front()) {
             in_frame = raw.aligned_name ? images.find(raw.aligned_name) : nullptr;
-            picture.filtered = in_frame && twice;  // before it was sampled again
-            if (!in_frame || !in_frame->values().same_size(frame->values()))
+            const bool fits = in_frame && in_frame->values().same_size(frame->values());
+            picture.filtered = fits && twice;  // before it was sampled again
+            if (!fits)
                 in_frame = std::make_shared<const image>(resample(*pictures[i], frame->width(),
                                                                   frame->height(),
                                                                   from_frame->rows(), run.context));
