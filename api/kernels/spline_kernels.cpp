@@ -259,10 +259,14 @@ class Group {
             first[i] = sample(x_.index[i], y_.index[i]);
         vfloat sum{};
         for (int j = 0; j < taps; ++j) {
+            const std::ptrdiff_t row = j * plane_.stride;
+            vfloat quads[4]{};
+            if constexpr (taps >= 4) load_quads(first, row, quads);
             const vfloat part = wy_[j] * row_sum([&](int k) {
+                                    if (taps >= 4 && k < 4) return quads[k];
                                     vfloat samples{};
                                     for (int i = 0; i < lanes; ++i)
-                                        samples[i] = first[i][j * plane_.stride + k];
+                                        samples[i] = first[i][row + k];
                                     return samples;
                                 });
             sum = j == 0 ? part : sum + part;
