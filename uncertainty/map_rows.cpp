@@ -100,9 +100,10 @@ class WithSides {
     /// The border's value stands for those beyond it.
     const float* of(const float* row, int width, int x, int n) {
         if (x >= slope_reach && x + whole_vectors(n) + slope_reach <= width) return row + x;
+        float* const middle = values_.data() + widest;
         for (int i = -slope_reach; i < n + slope_reach; ++i)
-            values_[static_cast<std::size_t>(i + widest)] = row[std::clamp(x + i, 0, width - 1)];
-        return values_.data() + widest;
+            middle[i] = row[std::clamp(x + i, 0, width - 1)];
+        return middle;
     }
 
   private:

@@ -27,12 +27,8 @@ class CorrelationSurface {
     explicit CorrelationSurface(int radius)
         : side_(2 * radius + 1), values_(static_cast<std::size_t>(side_ * side_)) {}
     int side() const { return side_; }
-    double& at(int column, int row) {
-        return values_[static_cast<std::size_t>(row * side_ + column)];
-    }
-    double at(int column, int row) const {
-        return values_[static_cast<std::size_t>(row * side_ + column)];
-    }
+    double& at(int column, int row) { return values_.data()[row * side_ + column]; }
+    double at(int column, int row) const { return values_.data()[row * side_ + column]; }
 
     PeakVerdict judge(Peak& best) const {
         constexpr double least_peak = 0.4;

@@ -32,7 +32,7 @@ using Picture = std::shared_ptr<const image>;
 
 /// The unit of the temperatures; the test's when none is entered.
 std::string unit_of(dataSetInterface& data) {
-    const std::string unit = read(data, keys::temperature_unit);
+    std::string unit = read(data, keys::temperature_unit);
     if (!unit.empty()) return unit;
     flowFeatures flow;
     read(data, std::string(keys::flow), flow);
