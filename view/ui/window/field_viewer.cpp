@@ -32,7 +32,7 @@ VynFieldViewer::VynFieldViewer(Worker& worker, const std::string& image_name, bo
     restore_layout();
     show_from({std::shared_ptr<void>(), &get_images()}, image_name,
               flag ? PictureOrigin::camera : PictureOrigin::computed, title);
-    set_mode(MouseMode::probe);
+    VynFieldViewer::set_mode(MouseMode::probe);  // not what a child makes of it
 }
 
 VynFieldViewer::~VynFieldViewer() {
