@@ -1,7 +1,5 @@
 #include "cli/picture_arguments.h"
 
-#include <nlohmann/json.hpp>
-
 #include "cli/commands.h"
 #include "core/ascii.h"
 #include "core/numbers.h"
@@ -101,9 +99,9 @@ Limits chosen_limits(const PictureArguments& arguments, const Limits& found) {
 }
 
 PictureTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
-                               const std::string& source) {
+                               const std::string& source, const nlohmann::ordered_json& more) {
     const std::string program = std::string("VynLite ") + program_version;
-    const nlohmann::ordered_json provenance = {
+    nlohmann::ordered_json provenance = {
         {"program", program},
         {"rendered_from", source_file(source)},
         {"title", arguments.title},
@@ -114,6 +112,7 @@ PictureTexts described_picture(const PictureArguments& arguments, const FrameOpt
         {"iso_lines", chosen_iso_levels(arguments, drawing.limits)},
         {"minimum", drawing.limits.minimum},
         {"maximum", drawing.limits.maximum}};
+    if (!more.is_null()) provenance.update(more);
     return {{"Title", arguments.title},
             {"Software", program},
             {"Comment", provenance.dump(-1, ' ', /*ensure_ascii=*/true,

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include "cli/settings.h"
 #include "render/fashion.h"
@@ -45,8 +46,8 @@ std::vector<double> chosen_iso_levels(const PictureArguments& arguments, const L
 /// nothing.
 Limits chosen_limits(const PictureArguments& arguments, const Limits& found);
 
-/// The description in the picture's file.
+/// The description in the picture's file, with what else it was drawn from.
 PictureTexts described_picture(const PictureArguments& arguments, const FrameOptions& drawing,
-                               const std::string& source);
+                               const std::string& source, const nlohmann::ordered_json& more = {});
 
 }  // namespace vyn::cli

@@ -7,6 +7,7 @@
 #include "cli/interrupt.h"
 #include "cli/picture_arguments.h"
 #include "process/point/marker_io.h"
+#include "process/report/provenance.h"
 #include "uncertainty/relative_sigma.h"
 
 namespace vyn::cli {
@@ -75,7 +76,12 @@ ExitStatus render_file(const RenderOptions& options) {
     drawing.title = options.look.title;
     const Figure drawn = field_figure(picture, drawing);
     throw_if_aborted(progress);
-    write_figure(drawn, options.target, described_picture(options.look, drawing, options.source));
+    nlohmann::ordered_json more;
+    if (!options.field.empty()) more["per_cent_of"] = source_file(options.field);
+    if (const auto& [file, limit] = options.hatch; !file.empty())
+        more["hatched"] = {{"deviations", source_file(file)}, {"above", limit}};
+    write_figure(drawn, options.target,
+                 described_picture(options.look, drawing, options.source, more));
     return ExitStatus::done;
 }
 

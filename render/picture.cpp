@@ -110,8 +110,8 @@ struct Drawing {
         canvas.picture(pixels, frame.field_x(), frame.field_y());
         const Figure on_field{
             frame.field_width(), frame.field_height(), [&](Canvas& field) {
-                draw_hatching(hatching, field);
                 draw_iso_lines(iso, colours, letters, field);
+                draw_hatching(hatching, field);
                 draw_vectors(arrows, letters, field);
                 for (const Marker& marker : markers)
                     draw_marker(marker, {(marker.x + 0.5) * scale, (marker.y + 0.5) * scale},

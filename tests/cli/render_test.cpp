@@ -159,7 +159,9 @@ TEST_F(Render, DrawsDeviationsInPerCentAndHatches) {
         run_program({"render", file, folder / "sigma.png", "--per-cent", folder / "s/truth.tif",
                      "--palette", "grey", "--min", "0", "--max", "4", "--hatch", file, "1500"});
     ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_THAT(get_file(folder / "sigma.png"), HasSubstr(R"("quantity":"SD of Pressure, %")"));
+    EXPECT_THAT(get_file(folder / "sigma.png"),
+                testing::AllOf(HasSubstr(R"("quantity":"SD of Pressure, %")"),
+                               HasSubstr(R"("above":1500.0)")));
     const Decoded picture = decode(folder / "sigma.png");
     int left = 0;
     int left_other = 0;
