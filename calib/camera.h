@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "api/lens.h"
 #include "calib/record_file.h"
 #include "core/data_set.h"
 
@@ -29,6 +30,10 @@ struct cameraFeatures {
 
     bool operator==(const cameraFeatures&) const = default;
 };
+
+inline Distortion lens_of(const cameraFeatures& record) {
+    return {record.cx, record.cy, record.a2, record.a4};
+}
 
 /// Reads a camera file; missing keys leave their fields unchanged, except flat_file, which reads as
 /// empty. Raises FileError when the file cannot be read.

@@ -109,14 +109,8 @@ ExitStatus work(const ProjectArguments& arguments) {
     std::vector<ProjectedView> views;
     for (std::size_t v = 0; v < poses.size(); ++v) {
         const cameraFeatures& record = inputs.cameras[v];
-        views.push_back({inputs.names[v],
-                         &inputs.fields[v],
-                         poses[v].camera,
-                         {record.cx, record.cy, record.a2, record.a4},
-                         poses[v].pose,
-                         poses[v].covariance,
-                         poses[v].freed,
-                         poses[v].rms});
+        views.push_back({inputs.names[v], &inputs.fields[v], poses[v].camera, lens_of(record),
+                         poses[v].pose, poses[v].covariance, poses[v].freed, poses[v].rms});
     }
     const ProjectionResult result =
         put_fields_on_mesh(mesh, unit, views, projection_options(data), progress);

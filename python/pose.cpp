@@ -131,10 +131,7 @@ void bind_camera(py::module_& module) {
         .def_readwrite("a2", &cameraFeatures::a2, "1/px^2")
         .def_readwrite("a4", &cameraFeatures::a4, "1/px^4")
         .def_property_readonly(
-            "lens",
-            [](const cameraFeatures& camera) {
-                return Distortion{camera.cx, camera.cy, camera.a2, camera.a4};
-            },
+            "lens", [](const cameraFeatures& camera) { return lens_of(camera); },
             "Its distortion, for `correct` and `Mapping`.")
         .def("__repr__", [](const cameraFeatures& camera) {
             return py::str("<vynlite.Camera '{}', {} x {}, focus {} {}>")

@@ -72,9 +72,7 @@ PinholeCamera pinhole_of(const cameraFeatures& record) {
         return frame > 0 && elements > 0 ? record.focus / (spacing * elements / frame) : 0.0;
     };
     PinholeCamera camera{pixels(record.dx, record.ncx, record.nfx),
-                         pixels(record.dy, record.ncy, record.nfy),
-                         {record.cx, record.cy, record.a2, record.a4},
-                         record.nfx,
+                         pixels(record.dy, record.ncy, record.nfy), lens_of(record), record.nfx,
                          record.nfy};
     const auto sound = [](double f) { return f > 0 && std::isfinite(f); };
     if (!sound(camera.fx) || !sound(camera.fy))

@@ -29,7 +29,7 @@ struct PointView {
     std::optional<Pose> stored = std::nullopt;
     FieldSigmas sigmas = {};
 
-    Distortion lens() const { return {record.cx, record.cy, record.a2, record.a4}; }
+    Distortion lens() const { return lens_of(record); }
 };
 
 /// Camera and dots of the picture whose markers tell the session's pose, named like the picture;

@@ -56,7 +56,7 @@ CameraOrigin camera_origin(std::string_view image_name) {
 Distortion lens_of(const dataSetInterface& data, std::string_view camera) {
     cameraFeatures record;
     read(data, std::string(camera), record);
-    return {record.cx, record.cy, record.a2, record.a4};
+    return lens_of(record);
 }
 
 MarkerSet to_camera_frame(MarkerSet ideal, const Distortion& lens) {

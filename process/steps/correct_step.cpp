@@ -26,7 +26,7 @@ Correction correction_of(dataSetInterface& data, const RawImage& raw) {
 Distortion lens_of_correction(dataSetInterface& data, const Correction& correction) {
     cameraFeatures record;
     read(data, correction.camera, record);
-    return {record.cx, record.cy, record.a2, record.a4};
+    return lens_of(record);
 }
 
 image corrected_intensity(const Correction& correction, const image& source, const Session& session,

@@ -133,7 +133,7 @@ TemperatureMap in_frame(const StepRun& run, const image& frame, const Temperatur
     const image& values = *map.values;
     cameraFeatures camera;
     read(run.session.data, std::string(keys::temperature_camera), camera);
-    const Distortion lens{camera.cx, camera.cy, camera.a2, camera.a4};
+    const Distortion lens = lens_of(camera);
     if (const std::string text = lens_warning(run.session.data, keys::temperature_camera, values);
         !text.empty())
         warn(run.report, WarningKind::missing_correction, text);

@@ -247,6 +247,9 @@ TEST_F(ModelSample, JoinsTheDeviationsOfAFurtherContainer) {
     EXPECT_GT(share / count, 0.5);
     EXPECT_LT(share / count, 0.95);
     EXPECT_EQ(values(both, "sigma_common").size(), pressure.size());
+    // A field in a file of its own has none beside it.
+    output_of({"run", in("s/project_2.xml"), "--save-field", "--force"});
+    EXPECT_FALSE(joined("project_2.xml").find("sigma_common"));
 }
 
 /// The picture of the model as its camera sees it lies on the camera's own field; other sides and

@@ -169,7 +169,7 @@ TEST_F(MarkerFiles, MarkersOfACorrectedImageGoBackThroughTheLens) {
     camera.cx = 48;
     camera.cy = 36;
     camera.a2 = 2e-5;
-    const Distortion lens{camera.cx, camera.cy, camera.a2, camera.a4};
+    const Distortion lens = lens_of(camera);
     write(vyn_db(), std::string(keys::sens_camera), camera);
     write(vyn_db(), keys::wind_on_sens_mark_file, (folder / "raw.mrk").string());
     image raw = marked();
