@@ -103,13 +103,6 @@ DisplacementField::DisplacementField(int step, const Bitmap<double>& u, const Bi
         throw DimError("the two planes of a displacement field do not fit");
     u_ = coefficients_of(u);
     v_ = coefficients_of(v);
-    phases_ = Bitmap<double>(step, 4);
-    for (int p = 0; p < step; ++p) {
-        double w[4];
-        cubic_weights(static_cast<double>(p) / step, w);
-        for (int k = 0; k < 4; ++k)
-            phases_(p, k) = w[k];
-    }
 }
 
 DisplacementField::Place DisplacementField::place(double x, double y) const {
@@ -151,18 +144,12 @@ void DisplacementField::seen_at(int x0, int n, int y, double* seen_x, double* se
     const Split row(y, step_, u_.height());
     double wy[4];
     cubic_weights(row.rest, wy);
-    const int first = Split(x0, step_, u_.width()).node;
-    const int last = Split(double(x0) + n - 1, step_, u_.width()).node + 4;
-    thread_local std::vector<double> line;
-    line.resize(static_cast<std::size_t>(u_.width()));
+    thread_local std::vector<double> scratch;
+    scratch.resize(4 * static_cast<std::size_t>(u_.width() + displacement_margin));
     const DisplacementKernels& kernels = active_displacement_kernels();
     const auto fill = [&](const Bitmap<double>& c, double start, double slope, double* out) {
-        for (int k = first; k < last; ++k)
-            line[static_cast<std::size_t>(k)] =
-                wy[0] * c(k, row.node) + wy[1] * c(k, row.node + 1) + wy[2] * c(k, row.node + 2) +
-                wy[3] * c(k, row.node + 3);
-        kernels.row({line.data(), u_.width(), phases_.row(0), phases_.stride(), step_, ring}, x0, n,
-                    start, slope, out);
+        kernels.row({c.row(row.node), c.stride(), wy, c.width(), step_, ring}, x0, n, start, slope,
+                    scratch.data(), out);
     };
     fill(u_, 0, 1, seen_x);
     fill(v_, y, 0, seen_y);

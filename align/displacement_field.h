@@ -52,7 +52,6 @@ class DisplacementField {
     int step_ = 1;
     Bitmap<double> u_;  ///< spline coefficients, with one more ring
     Bitmap<double> v_;
-    Bitmap<double> phases_;  ///< weights of the four coefficients by pixel after a node
 };
 
 }  // namespace vyn

@@ -1,6 +1,7 @@
 #include "align/image_map.h"
 
 #include <cmath>
+#include <functional>
 
 namespace vyn {
 
@@ -21,14 +22,17 @@ Point through(const Distortion& lens, Point p) {
     return distorted_position(lens, p);
 }
 
-void rows_through(const PolyTransform& map, int n, double* x, double* y) {
-    apply_poly(map, n, x, y);
+/// What moves n positions in their place.
+using MoveRows = std::function<void(int n, double* x, double* y)>;
+
+MoveRows rows_through(const PolyTransform& map) {
+    return [map](int n, double* x, double* y) { apply_poly(map, n, x, y); };
 }
-void rows_through(const Field& field, int n, double* x, double* y) {
-    field->displace(x, y, n);
+MoveRows rows_through(const Field& field) {
+    return [field](int n, double* x, double* y) { field->displace(x, y, n); };
 }
-void rows_through(const Distortion& lens, int n, double* x, double* y) {
-    distort_positions(lens, n, x, y);
+MoveRows rows_through(const Distortion& lens) {
+    return DistortedRows(lens);
 }
 
 Jacobian derivative_of(const PolyTransform& map, Point p) {
@@ -131,12 +135,14 @@ RowMap ImageMap::rows() const {
     }
     const std::ptrdiff_t started = start ? 1 : 0;
     if (!start) start = row_map(PolyTransform());
-    std::vector<Part> rest(parts_.begin() + started, parts_.end());
+    std::vector<MoveRows> rest;
+    for (auto part = parts_.begin() + started; part != parts_.end(); ++part)
+        rest.push_back(std::visit([](const auto& each) { return rows_through(each); }, *part));
     return [start = std::move(start), rest = std::move(rest)](int x0, int n, int y, double* x,
                                                               double* y_out) {
         start(x0, n, y, x, y_out);
-        for (const Part& part : rest)
-            std::visit([&](const auto& each) { rows_through(each, n, x, y_out); }, part);
+        for (const MoveRows& move : rest)
+            move(n, x, y_out);
     };
 }
 

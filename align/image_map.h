@@ -40,8 +40,8 @@ class ImageMap {
     /// How the source point moves with the output point, there.
     Jacobian derivative(Point output) const;
 
-    /// The map for whole rows: the positions of `at`, but for the rounding of a lens or a
-    /// displacement.
+    /// The map for whole rows: the positions of `at`, but for the rounding of a displacement and
+    /// for what the iteration of a lens leaves, some 1e-7 of the offset from its centre.
     RowMap rows() const;
 
   private:

@@ -4,20 +4,25 @@
 
 namespace vyn {
 
-/// One row of spline coefficients of a displacement field, and the weights of four neighbouring
-/// ones at each pixel behind a node: weight k of pixel p at phases[k * stride + p].
-struct DisplacementRow {
+/// The four rows of spline coefficients of a displacement field about a row of pixels, `stride`
+/// apart, and their weights there.
+struct DisplacementRows {
     const double* coefficients;
-    int count;
-    const double* phases;
     std::ptrdiff_t stride;
-    int step;
-    int ring;  ///< nodes before pixel 0
+    const double* weights;
+    int count;  ///< coefficients in a row
+    int step;   ///< pixels from node to node
+    int ring;   ///< nodes before pixel 0
 };
 
 struct DisplacementKernels {
-    /// out[i] = start + slope * (x0 + i) + the spline at pixel x0 + i
-    void (*row)(const DisplacementRow& row, int x0, int n, double start, double slope, double* out);
+    /// out[i] = start + slope * (x0 + i) + the spline at pixel x0 + i. `scratch` has room for
+    /// 4 * (count + displacement_margin) numbers.
+    void (*row)(const DisplacementRows& rows, int x0, int n, double start, double slope,
+                double* scratch, double* out);
 };
+
+/// Numbers that the kernel may write behind a row.
+inline constexpr int displacement_margin = 8;
 
 }  // namespace vyn

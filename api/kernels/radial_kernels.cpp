@@ -33,10 +33,28 @@ inline void scale_group(const RadialRow& lens, const vdouble (&r2)[depth], vdoub
     }
 }
 
+/// The same by the series, in the lanes that it reaches.
+inline void scale_group(const RadialRow& lens, const RadialSeries& series,
+                        const vdouble (&r2)[depth], vdouble (&d)[depth]) {
+    vlong outside{};
+    for (int i = 0; i < depth; ++i) {
+        outside |= ~(r2[i] <= series.reach);
+        d[i] = r2[i] * series.c[radial_terms - 1] + series.c[radial_terms - 2];
+        for (int k = radial_terms - 3; k >= 0; --k)
+            d[i] = d[i] * r2[i] + series.c[k];
+        d[i] = d[i] * r2[i] + 1;
+    }
+    if (!any(outside)) return;
+    vdouble iterated[depth];
+    scale_group(lens, r2, iterated);
+    for (int i = 0; i < depth; ++i)
+        d[i] = r2[i] <= series.reach ? d[i] : iterated[i];
+}
+
 /// Camera positions of n ideal positions; `offsets(i, dx, dy)` gives the ideal offsets from the
-/// centre of the vector that begins at number i.
-template <class Offsets>
-inline void distort(const RadialRow& lens, int n, Offsets offsets, double* camera_x,
+/// centre of the vector that begins at number i, `scale(r2, d)` their ratios to the camera's.
+template <class Offsets, class Scale>
+inline void distort(const RadialRow& lens, int n, Offsets offsets, Scale scale, double* camera_x,
                     double* camera_y) {
     for (int i = 0; i < n; i += group) {
         vdouble dx[depth];
@@ -47,7 +65,7 @@ inline void distort(const RadialRow& lens, int n, Offsets offsets, double* camer
             offsets(i + k * half_lanes, dx[k], dy[k]);
             r2[k] = dx[k] * dx[k] + dy[k] * dy[k];
         }
-        scale_group(lens, r2, d);
+        scale(r2, d);
         double group_x[group];
         double group_y[group];
         const bool whole = i + group <= n;
@@ -72,10 +90,12 @@ void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, do
             dx = counting<vdouble>() + static_cast<double>(x0 + i) - lens.cx;
             dy = row;
         },
-        camera_x, camera_y);
+        [&](const vdouble(&r2)[depth], vdouble(&d)[depth]) { scale_group(lens, r2, d); }, camera_x,
+        camera_y);
 }
 
-void positions_in_place(const RadialRow& lens, int n, double* x, double* y) {
+void positions_in_place(const RadialRow& lens, const RadialSeries& series, int n, double* x,
+                        double* y) {
     const auto loaded = [n](const double* from, int i) {
         if (i + half_lanes <= n) return load<vdouble>(from + i);
         vdouble rest{};
@@ -89,7 +109,8 @@ void positions_in_place(const RadialRow& lens, int n, double* x, double* y) {
             dx = loaded(x, i) - lens.cx;
             dy = loaded(y, i) - lens.cy;
         },
-        x, y);
+        [&](const vdouble(&r2)[depth], vdouble(&d)[depth]) { scale_group(lens, series, r2, d); }, x,
+        y);
 }
 
 }  // namespace

@@ -48,30 +48,40 @@ TEST(IdealPosition, OmitsTheCentreWhereTheModelVanishes) {
     EXPECT_EQ(ideal_position(lens, {10, 20}), (Point{10, 20}));
 }
 
-/// Every instruction set, whole and partial groups of lanes.
-TEST(DistortPositions, EqualsThePointFunction) {
-    const Distortion lens{40.25, 31.5, 3e-6, -2e-11};
-    for (const char* isa : test::isa_names) {
-        const test::UsingIsa using_isa(isa);
-        for (const int n : {0, 1, 2, 15, 16, 17, 64, 67}) {
-            std::vector<double> x;
-            std::vector<double> y;
-            for (int i = 0; i < n; ++i) {
-                x.push_back(-20 + 2.3 * i);
-                y.push_back(80 - 1.7 * i);
+/// Every instruction set, whole and partial groups of lanes: the exact position as far as the
+/// polynomial reaches (beyond number 20 of each lens), the iterated one beyond.
+TEST(DistortedRows, FollowThePointFunctions) {
+    for (const Distortion& lens : {Distortion{40.25, 31.5, 1.2e-5, -2e-11},
+                                   Distortion{40.25, 31.5, -9e-6, 3e-10}, Distortion{40, 30, 0, 0}})
+        for (const char* isa : test::isa_names) {
+            const test::UsingIsa using_isa(isa);
+            const DistortedRows distorted(lens);
+            for (const int n : {0, 1, 2, 15, 16, 17, 64, 67}) {
+                std::vector<double> x;
+                std::vector<double> y;
+                for (int i = 0; i < n; ++i) {
+                    x.push_back(40.25 + 2.3 * i);
+                    y.push_back(31.5 - 1.7 * i);
+                }
+                std::vector<double> camera_x = x;
+                std::vector<double> camera_y = y;
+                camera_x.push_back(-1);  // behind the end
+                distorted(n, camera_x.data(), camera_y.data());
+                for (std::size_t i = 0; i < x.size(); ++i) {
+                    const Point iterated = distorted_position(lens, {x[i], y[i]});
+                    const Point exact = exact_camera_position(lens, {x[i], y[i]});
+                    const double tolerance =
+                        std::hypot(iterated.x - exact.x, iterated.y - exact.y) + 1e-6;
+                    EXPECT_NEAR(camera_x[i], exact.x, tolerance) << isa << ' ' << i;
+                    EXPECT_NEAR(camera_y[i], exact.y, tolerance) << isa << ' ' << i;
+                    if (i < 20) {
+                        EXPECT_NEAR(camera_x[i], exact.x, 1e-6) << isa << ' ' << i;
+                        EXPECT_NEAR(camera_y[i], exact.y, 1e-6) << isa << ' ' << i;
+                    }
+                }
+                EXPECT_EQ(camera_x.back(), -1);
             }
-            std::vector<double> camera_x = x;
-            std::vector<double> camera_y = y;
-            camera_x.push_back(-1);  // behind the end
-            distort_positions(lens, n, camera_x.data(), camera_y.data());
-            for (std::size_t i = 0; i < x.size(); ++i) {
-                const Point expected = distorted_position(lens, {x[i], y[i]});
-                EXPECT_EQ(camera_x[i], expected.x) << isa << ' ' << i;
-                EXPECT_EQ(camera_y[i], expected.y) << isa << ' ' << i;
-            }
-            EXPECT_EQ(camera_x.back(), -1);
         }
-    }
 }
 
 /// Against differences of the exact position, on both sides of the centre and on it; pincushion and
