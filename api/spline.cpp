@@ -211,6 +211,6 @@ float SplineCoefficients::at(double x, double y) const {
 }
 
 SplineEvaluation::SplineEvaluation(const SplineCoefficients& spline)
-    : plane_(spline.plane()), values_(active_spline_kernels().values) {}
+    : plane_(spline.plane()), kernels_(active_spline_kernels()) {}
 
 }  // namespace vyn

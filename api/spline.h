@@ -59,12 +59,20 @@ class SplineEvaluation {
   public:
     explicit SplineEvaluation(const SplineCoefficients& spline);
     void operator()(const double* x, const double* y, int n, float* out) const {
-        values_(plane_, x, y, n, out);
+        kernels_.values(plane_, x, y, n, out);
+    }
+    /// And the bytes of a plane of the picture's size at the positions truncated toward zero; 1
+    /// outside.
+    void operator()(const double* x, const double* y, int n, float* out,
+                    const Bitmap<std::uint8_t>& plane, std::uint8_t* bytes) const {
+        const BytePlanes source{plane.row(0), nullptr, plane.stride(), plane.width(),
+                                plane.height()};
+        kernels_.samples(plane_, source, x, y, n, out, bytes, nullptr);
     }
 
   private:
     SplinePlane plane_;
-    decltype(SplineKernels::values) values_;
+    const SplineKernels& kernels_;
 };
 
 }  // namespace vyn

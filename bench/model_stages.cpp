@@ -164,16 +164,16 @@ std::vector<ModelStage> model_stages(const ModelInputs& inputs) {
     const auto node_sample = [&inputs, sampler] {
         const ViewGeometry geometry(inputs.view, 1);
         constexpr std::size_t block = 2048;
-        std::vector<Point> pixels(block);
-        std::vector<float> values(block);
+        std::vector<double> x(block);
+        std::vector<double> y(block);
+        FieldSampler::SplineSamples splines;
         double sum = 0;
         for (std::size_t first = 0; first < inputs.faced.size(); first += block) {
             const std::size_t here = std::min(block, inputs.faced.size() - first);
+            geometry.pixels({inputs.faced.data() + first, here}, x.data(), y.data());
+            sampler->sample_spline({x.data(), here}, {y.data(), here}, splines);
             for (std::size_t i = 0; i < here; ++i)
-                pixels[i] = geometry.pixel(inputs.faced[first + i]).value_or(Point{-9, -9});
-            sampler->spline_values({pixels.data(), here}, values);
-            for (std::size_t i = 0; i < here; ++i)
-                if (const auto value = sampler->at(pixels[i], values[i])) sum += value->value;
+                if (const auto value = sampler->at({x[i], y[i]}, splines, i)) sum += value->value;
         }
         if (!(sum > 0)) throw std::runtime_error("the benchmark's field was not seen");
     };

@@ -52,11 +52,11 @@ Bitmap<std::uint8_t> without_dots(Bitmap<std::uint8_t> valid, const MarkerSet& d
     return valid;
 }
 
-/// Windows of 4 x 4 pixels from (x - 1, y - 1) that are valid throughout.
-Bitmap<std::uint8_t> smooth_windows(const Bitmap<std::uint8_t>& valid, Progress& progress) {
+/// 0 for windows of 4 x 4 pixels from (x - 1, y - 1) that are valid throughout, 1 for the others.
+Bitmap<std::uint8_t> rough_windows(const Bitmap<std::uint8_t>& valid, Progress& progress) {
     const int width = valid.width();
     const int height = valid.height();
-    Bitmap<std::uint8_t> smooth(width, height, 0);
+    Bitmap<std::uint8_t> rough(width, height, 1);
     parallel_rows(height, row_block, progress, [&](int y0, int y1) {
         std::vector<std::uint8_t> column(static_cast<std::size_t>(width));
         for (int y = std::max(y0, 1); y < std::min(y1, height - 2); ++y) {
@@ -66,13 +66,13 @@ Bitmap<std::uint8_t> smooth_windows(const Bitmap<std::uint8_t>& valid, Progress&
             for (int x = 0; x < width; ++x)
                 column[static_cast<std::size_t>(x)] =
                     static_cast<std::uint8_t>(rows[0][x] & rows[1][x] & rows[2][x] & rows[3][x]);
-            std::uint8_t* out = smooth.row(y);
+            std::uint8_t* out = rough.row(y);
             const std::uint8_t* c = column.data();
             for (int x = 1; x + 2 < width; ++x)
-                out[x] = static_cast<std::uint8_t>(c[x - 1] & c[x] & c[x + 1] & c[x + 2]);
+                out[x] = static_cast<std::uint8_t>(1 ^ (c[x - 1] & c[x] & c[x + 1] & c[x + 2]));
         }
     });
-    return smooth;
+    return rough;
 }
 
 /// Crossings to the left of a pixel's centre: half-open in y, with the ends in a fixed order, so
@@ -106,11 +106,12 @@ FieldSampler::FieldSampler(const image& field, double min_valid, double dots, Pr
     : field_(field),
       min_valid_(min_valid),
       valid_(without_dots(valid_pixels(field, progress), field.markers, dots)),
-      smooth_(smooth_windows(valid_, progress)),
+      rough_(rough_windows(valid_, progress)),
       spline_(field.values(), field.mask(), 3, SplineEdges::extended, progress),
       evaluation_(spline_) {}
 
 std::optional<FieldSample> FieldSampler::bilinear(Point place) const {
+    if (outside(place)) return std::nullopt;
     const int x0 = static_cast<int>(std::floor(place.x));
     const int y0 = static_cast<int>(std::floor(place.y));
     const double fx = place.x - x0;
@@ -130,28 +131,19 @@ std::optional<FieldSample> FieldSampler::bilinear(Point place) const {
 
 std::optional<FieldSample> FieldSampler::at(Point place) const {
     if (outside(place)) return std::nullopt;
-    if (smooth_at(place)) return FieldSample{static_cast<double>(spline_.at(place.x, place.y))};
+    const int x0 = static_cast<int>(std::floor(place.x));
+    const int y0 = static_cast<int>(std::floor(place.y));
+    if (rough_.contains(x0, y0) && !rough_(x0, y0))
+        return FieldSample{static_cast<double>(spline_.at(place.x, place.y))};
     return bilinear(place);
 }
 
-std::optional<FieldSample> FieldSampler::at(Point place, float spline_value) const {
-    if (outside(place)) return std::nullopt;
-    if (smooth_at(place)) return FieldSample{static_cast<double>(spline_value)};
-    return bilinear(place);
-}
-
-void FieldSampler::spline_values(std::span<const Point> places, std::span<float> values) const {
-    constexpr std::size_t chunk = 256;
-    std::array<double, chunk> x;
-    std::array<double, chunk> y;
-    for (std::size_t first = 0; first < places.size(); first += chunk) {
-        const std::size_t count = std::min(chunk, places.size() - first);
-        for (std::size_t i = 0; i < count; ++i) {
-            x[i] = places[first + i].x;
-            y[i] = places[first + i].y;
-        }
-        evaluation_(x.data(), y.data(), static_cast<int>(count), values.data() + first);
-    }
+void FieldSampler::sample_spline(std::span<const double> x, std::span<const double> y,
+                                 SplineSamples& samples) const {
+    samples.values.resize(x.size());
+    samples.rough.resize(x.size());
+    evaluation_(x.data(), y.data(), static_cast<int>(x.size()), samples.values.data(), rough_,
+                samples.rough.data());
 }
 
 std::optional<FieldSample> FieldSampler::mean(Point place,

@@ -30,10 +30,19 @@ class FieldSampler {
     /// The field's B-spline where all its pixels are valid; elsewhere bilinear by the valid ones
     /// of the four pixels around, whose weight must be `min_valid` at least.
     std::optional<FieldSample> at(Point place) const;
-    /// The same with the spline's value at hand.
-    std::optional<FieldSample> at(Point place, float spline_value) const;
-    /// The spline alone at many places, whatever is excluded there.
-    void spline_values(std::span<const Point> places, std::span<float> values) const;
+    /// What is cheap at many places at once: the spline, and 1 where `at` does not take its value
+    /// as it is.
+    struct SplineSamples {
+        std::vector<float> values;
+        std::vector<std::uint8_t> rough;
+    };
+    void sample_spline(std::span<const double> x, std::span<const double> y,
+                       SplineSamples& samples) const;
+    /// As `at`, with number i of those at hand.
+    std::optional<FieldSample> at(Point place, const SplineSamples& samples, std::size_t i) const {
+        if (!samples.rough[i]) return FieldSample{static_cast<double>(samples.values[i])};
+        return bilinear(place);
+    }
     /// The mean over the valid pixels whose centres lie in a union of quadrangles that do not
     /// overlap, carried from their middle to the place by the field's slope there; `min_valid` of
     /// the pixels inside must be valid. Nothing inside: as `at(place)`.
@@ -43,12 +52,6 @@ class FieldSampler {
     bool valid(int x, int y) const { return valid_.contains(x, y) && valid_(x, y) != 0; }
 
   private:
-    /// Whether all pixels of the spline's window are valid.
-    bool smooth_at(Point place) const {
-        const int x0 = static_cast<int>(std::floor(place.x));
-        const int y0 = static_cast<int>(std::floor(place.y));
-        return smooth_.contains(x0, y0) && smooth_(x0, y0);
-    }
     bool outside(Point place) const {
         return !(place.x > -1 && place.y > -1 && place.x < valid_.width() &&
                  place.y < valid_.height());
@@ -57,8 +60,8 @@ class FieldSampler {
 
     const image& field_;
     double min_valid_;
-    Bitmap<std::uint8_t> valid_;   ///< 1 = may be used
-    Bitmap<std::uint8_t> smooth_;  ///< 1 = all pixels of the spline's window there are valid
+    Bitmap<std::uint8_t> valid_;  ///< 1 = may be used
+    Bitmap<std::uint8_t> rough_;  ///< 0 = all pixels of the spline's window there are valid
     SplineCoefficients spline_;
     SplineEvaluation evaluation_;
 };

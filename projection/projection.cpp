@@ -76,7 +76,8 @@ class ViewProjector {
         std::vector<std::uint8_t> hidden(block.lines.size());
         targets_.prepared().rays.hidden(block.lines, hidden);
         std::vector<const Candidate*> seen;
-        std::vector<Point> pixels;
+        std::vector<double> x;
+        std::vector<double> y;
         for (const Candidate& candidate : block.candidates) {
             std::size_t free = 0;
             for (std::size_t k = 0; k < candidate.lines; ++k)
@@ -86,13 +87,15 @@ class ViewProjector {
                 samples.fate[candidate.target] = Fate::occlusion;
             } else {
                 seen.push_back(&candidate);
-                pixels.push_back(candidate.pixel);
+                x.push_back(candidate.pixel.x);
+                y.push_back(candidate.pixel.y);
             }
         }
-        std::vector<float> values(pixels.size());
-        sampler_.spline_values(pixels, values);
+        FieldSampler::SplineSamples splines;
+        sampler_.sample_spline(x, y, splines);
         for (std::size_t i = 0; i < seen.size(); ++i)
-            sample(*seen[i], values[i], samples, quads);
+            sample(
+                *seen[i], [&] { return sampler_.at(seen[i]->pixel, splines, i); }, samples, quads);
     }
 
   private:
@@ -114,9 +117,13 @@ class ViewProjector {
         const auto& vertices = targets_.prepared().mesh.vertices;
         pixels_.resize(vertices.size());
         parallel_rows(blocks_of(vertices.size()), 1, progress, [&](int b0, int b1) {
-            const std::size_t end = std::min(vertices.size(), first_of(b1));
-            for (std::size_t i = first_of(b0); i < end; ++i)
-                pixels_[i] = geometry_.pixel(vertices[i]).value_or(Point{unseen, unseen});
+            const std::size_t begin = first_of(b0);
+            const std::size_t count = std::min(vertices.size(), first_of(b1)) - begin;
+            std::vector<double> x(count);
+            std::vector<double> y(count);
+            geometry_.pixels({vertices.data() + begin, count}, x.data(), y.data());
+            for (std::size_t i = 0; i < count; ++i)
+                pixels_[begin + i] = {x[i], y[i]};
         });
     }
 
@@ -152,10 +159,12 @@ class ViewProjector {
             block.lines.push_back({probe + lift, geometry_.centre(), target.own_place});
     }
 
-    void sample(const Candidate& candidate, float spline_value, ViewSamples& samples,
+    /// `at_pixel` gives the value at the candidate's pixel.
+    template <class AtPixel>
+    void sample(const Candidate& candidate, const AtPixel& at_pixel, ViewSamples& samples,
                 Quads& quads) const {
         const std::size_t i = candidate.target;
-        const auto found = value_of(candidate, spline_value, quads);
+        const auto found = value_of(candidate, at_pixel, quads);
         if (!found) {
             samples.fate[i] = Fate::mask;
             return;
@@ -176,11 +185,11 @@ class ViewProjector {
     }
 
     /// `quads` is room to work in.
-    std::optional<FieldSample> value_of(const Candidate& candidate, float spline_value,
+    template <class AtPixel>
+    std::optional<FieldSample> value_of(const Candidate& candidate, const AtPixel& at_pixel,
                                         Quads& quads) const {
         using Sampling = ProjectionOptions::Sampling;
-        if (options_.sampling == Sampling::point || !targets_.at_nodes())
-            return sampler_.at(candidate.pixel, spline_value);
+        if (options_.sampling == Sampling::point || !targets_.at_nodes()) return at_pixel();
         quads.clear();
         double area = 0;
         const Surface& surface = targets_.prepared().surface;
@@ -200,8 +209,7 @@ class ViewProjector {
             quads.push_back(dual_quad(seen, own));
             area += quad_area(quads.back());
         }
-        if (area < point_footprint && options_.sampling == Sampling::automatic)
-            return sampler_.at(candidate.pixel, spline_value);
+        if (area < point_footprint && options_.sampling == Sampling::automatic) return at_pixel();
         return sampler_.mean(candidate.pixel, quads);
     }
 

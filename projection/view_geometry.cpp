@@ -1,8 +1,55 @@
 #include "projection/view_geometry.h"
 
+#include <limits>
+
 #include <Eigen/Dense>
 
+#include "api/isa.h"
+
 namespace vyn {
+
+VYN_CHOOSE_KERNELS(PinholeKernels, pinhole_kernels)
+
+ViewGeometry::ViewGeometry(const ProjectedView& view, double mm_per_unit)
+    : view_(view), mm_per_unit_(mm_per_unit), same_lens_(view.camera.lens == view.field_lens) {
+    const Eigen::Vector3d centre = view.pose.centre() / mm_per_unit;
+    centre_ = {centre.x(), centre.y(), centre.z()};
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column)
+            pinhole_.turn[row][column] = mm_per_unit * view.pose.rotation(row, column);
+        pinhole_.shift[row] = view.pose.shift[row];
+    }
+    pinhole_.fx = view.camera.fx;
+    pinhole_.fy = view.camera.fy;
+    pinhole_.cx = view.camera.lens.cx;
+    pinhole_.cy = view.camera.lens.cy;
+}
+
+std::optional<Point> ViewGeometry::through_lenses(Point ideal) const {
+    if (same_lens_) return ideal;
+    const auto raw = raw_from_ideal(view_.camera.lens, ideal);
+    if (!raw) return std::nullopt;
+    return ideal_position(view_.field_lens, *raw);
+}
+
+std::optional<Point> ViewGeometry::pixel(const Vec3& place) const {
+    const auto ideal = ideal_pixel(view_.camera, in_camera(place));
+    return ideal ? through_lenses(*ideal) : std::nullopt;
+}
+
+void ViewGeometry::pixels(std::span<const Vec3> places, double* x, double* y) const {
+    if (places.empty()) return;
+    static_assert(sizeof(Vec3) == 3 * sizeof(double));
+    active_pinhole_kernels().pixels(pinhole_, places.front().data(),
+                                    static_cast<int>(places.size()), x, y);
+    if (same_lens_) return;
+    constexpr double unseen = std::numeric_limits<double>::quiet_NaN();
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const Point pixel = through_lenses({x[i], y[i]}).value_or(Point{unseen, unseen});
+        x[i] = pixel.x;
+        y[i] = pixel.y;
+    }
+}
 
 double ViewGeometry::sigma(const Vec3& place, Point pixel,
                            const std::array<double, 2>& gradient) const {

@@ -385,6 +385,7 @@ void samples_of(const SplinePlane& plane, const BytePlanes& source, const double
         const Remainder<double> last_y(y + i, n - i);
         ByteGroup(source, load_coordinates(last_x.element), load_coordinates(last_y.element))
             .copy_some(n - i, to);
+        leave_wide();
     }
 }
 

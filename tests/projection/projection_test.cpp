@@ -9,6 +9,7 @@
 
 #include "api/parallel.h"
 #include "core/errors.h"
+#include "projection/view_geometry.h"
 #include "tests/support/error_of.h"
 #include "tests/support/meshes.h"
 
@@ -140,6 +141,42 @@ TEST(Projection, GoesThroughTheNewLensAndBackByTheOldOne) {
         EXPECT_NEAR(result.quantities[0].values[v], linear(old.x, old.y), 1e-6 * 175);
     }
     EXPECT_GT(farthest, 1) << "the lens must matter";
+}
+
+/// Behind the camera, too; the field's lens the camera's own and another one.
+TEST(ViewGeometry, ManyPlacesAreSeenAsSingleOnes) {
+    Shot shot({30, 100, 1000}, {0, 1, 0}, linear);
+    ProjectedView view = shot.view();
+    view.camera.lens = {251, 198, 4e-7, -1e-13};
+    constexpr double mm_per_unit = 10;
+    std::vector<Vec3> places;
+    for (int i = 0; i < 37; ++i)
+        places.push_back({8 - 0.4 * i, 0.3 * i - 5, 7.0 * i - 70});
+    for (const Distortion& field_lens : {view.camera.lens, Distortion{249.5, 199.5, 2e-7, 0}}) {
+        view.field_lens = field_lens;
+        const ViewGeometry geometry(view, mm_per_unit);
+        std::vector<double> base;
+        for (const char* isa : {"base", "avx2", "avx512"}) {
+            setenv("VYNLITE_ISA", isa, 1);
+            std::vector<double> x(places.size());
+            std::vector<double> y(places.size());
+            geometry.pixels(places, x.data(), y.data());
+            unsetenv("VYNLITE_ISA");
+            int behind = 0;
+            for (std::size_t i = 0; i < places.size(); ++i) {
+                const auto single = geometry.pixel(places[i]);
+                EXPECT_EQ(single.has_value(), !std::isnan(x[i])) << isa << ' ' << i;
+                behind += !single;
+                if (!single) continue;
+                EXPECT_NEAR(x[i], single->x, 1e-9) << isa << ' ' << i;
+                EXPECT_NEAR(y[i], single->y, 1e-9) << isa << ' ' << i;
+            }
+            EXPECT_GT(behind, 5);
+            if (base.empty()) base = x;
+            for (std::size_t i = 0; i < places.size(); ++i)
+                EXPECT_TRUE(x[i] == base[i] || std::isnan(x[i])) << isa << ' ' << i;
+        }
+    }
 }
 
 /// Linear fields are met to 1e-6 of their range at points and by means of whole pixels alike.
