@@ -4,6 +4,9 @@
 #include <array>
 #include <atomic>
 #include <cmath>
+#include <mutex>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "api/isa.h"
@@ -17,6 +20,8 @@ VYN_CHOOSE_KERNELS(EdgeKernels, edge_kernels)
 namespace {
 
 constexpr int rows_per_block = 32;
+/// A ring has few pixels in a row.
+constexpr int ring_rows_per_block = 64;
 /// Pixels on the line that a value is carried on along: the neighbour and the last one behind it.
 constexpr int line = 4;
 /// Pixels inside a border that may show what lies beyond it: the blur of the optics.
@@ -40,6 +45,49 @@ constexpr std::array<Direction, 8> directions{{{-1, 0, 1},
                                                {-1, 1, 0.5F},
                                                {1, 1, 0.5F}}};
 
+/// Columns of the pixels of a ring, row by row in blocks that are written by one thread each.
+class Ring {
+    struct Block {
+        std::vector<int> columns;
+        std::array<std::size_t, ring_rows_per_block + 1> ends{};
+    };
+
+  public:
+    explicit Ring(int height)
+        : blocks_(static_cast<std::size_t>((height - 1) / ring_rows_per_block + 1)) {}
+
+    bool empty() const {
+        return std::ranges::all_of(blocks_, [](const Block& one) { return one.columns.empty(); });
+    }
+    std::span<const int> row(int y) const {
+        const Block& own = blocks_[static_cast<std::size_t>(y / ring_rows_per_block)];
+        const auto in_block = static_cast<std::size_t>(y % ring_rows_per_block);
+        const std::size_t begin = own.ends[in_block];
+        return std::span(own.columns).subspan(begin, own.ends[in_block + 1] - begin);
+    }
+
+    /// Writes the rows of a block anew, one after the other.
+    class Writer {
+      public:
+        explicit Writer(Block& block) : block_(block) { block.columns.clear(); }
+        void add(int column) { block_.columns.push_back(column); }
+        void add(std::span<const int> columns) {
+            block_.columns.insert(block_.columns.end(), columns.begin(), columns.end());
+        }
+        void end_row() { block_.ends[++rows_] = block_.columns.size(); }
+
+      private:
+        Block& block_;
+        std::size_t rows_ = 0;
+    };
+    Writer block_from(int y) {
+        return Writer(blocks_[static_cast<std::size_t>(y / ring_rows_per_block)]);
+    }
+
+  private:
+    std::vector<Block> blocks_;
+};
+
 class EdgeExtension {
   public:
     EdgeExtension(int width, int height, int reach, FloatRows out)
@@ -48,8 +96,8 @@ class EdgeExtension {
           reach_(reach),
           out_(out),
           states_(width + 2 * margin + overhang, height + 2 * margin),
-          ring_(static_cast<std::size_t>(height)),
-          next_ring_(static_cast<std::size_t>(height)) {
+          ring_(height),
+          next_ring_(height) {
         for (std::size_t i = 0; i < directions.size(); ++i) {
             state_steps_[i] = directions[i].y * std::ptrdiff_t{states_.stride()} + directions[i].x;
             value_steps_[i] = directions[i].y * out.stride + directions[i].x;
@@ -83,7 +131,7 @@ class EdgeExtension {
         if (!changed.empty())
             find_first(progress, [&](int y) { return changed[static_cast<std::size_t>(y)] != 0; });
         Progress silent;
-        for (int ring = 1; has_ring(); ++ring) {
+        for (int ring = 1; !ring_.empty(); ++ring) {
             throw_if_aborted(progress);
             fill(ring, silent);
             if (ring == reach_) break;
@@ -100,23 +148,25 @@ class EdgeExtension {
                   pixel_state::unknown);
     }
 
-    bool has_ring() const {
-        return std::ranges::any_of(ring_, [](const auto& columns) { return !columns.empty(); });
-    }
-
-    /// The first ring, in the rows that are `wanted`.
+    /// The first ring, found anew in the rows that are `wanted`.
     template <class Wanted>
     void find_first(Progress& progress, const Wanted& wanted) {
         const EdgeKernels& kernels = active_edge_kernels();
-        parallel_rows(height_, rows_per_block, progress, [&](int y0, int y1) {
+        parallel_rows(height_, ring_rows_per_block, progress, [&](int y0, int y1) {
             std::vector<int> found(static_cast<std::size_t>(width_));
+            Ring::Writer next = next_ring_.block_from(y0);
             for (int y = y0; y < y1; ++y) {
-                if (!wanted(y)) continue;
-                const int count =
-                    kernels.border(state(y - 1), state(y), state(y + 1), width_, found.data());
-                ring_[static_cast<std::size_t>(y)].assign(found.begin(), found.begin() + count);
+                if (wanted(y)) {
+                    const int count =
+                        kernels.border(state(y - 1), state(y), state(y + 1), width_, found.data());
+                    next.add(std::span(found).first(static_cast<std::size_t>(count)));
+                } else {
+                    next.add(ring_.row(y));
+                }
+                next.end_row();
             }
         });
+        std::swap(ring_, next_ring_);
     }
 
     struct Pixel {
@@ -127,23 +177,26 @@ class EdgeExtension {
     /// Makes usable pixels unknown that show what lies beyond the border as well. Gives 1 for the
     /// rows at and beside them; nothing when there are none.
     std::vector<std::uint8_t> drop_mixed() {
-        std::vector<std::vector<Pixel>> mixed(static_cast<std::size_t>(height_));
+        std::mutex mutex;
+        std::vector<Pixel> mixed;
         Progress silent;
-        parallel_rows(height_, rows_per_block, silent, [&](int y0, int y1) {
+        parallel_rows(height_, ring_rows_per_block, silent, [&](int y0, int y1) {
+            std::vector<Pixel> found;
             for (int y = y0; y < y1; ++y)
-                for (const int x : ring_[static_cast<std::size_t>(y)])
+                for (const int x : ring_.row(y))
                     for (std::size_t i = 0; i < directions.size(); ++i)
-                        find_mixed({x, y}, i, mixed[static_cast<std::size_t>(y)]);
+                        find_mixed({x, y}, i, found);
+            const std::lock_guard lock(mutex);
+            mixed.insert(mixed.end(), found.begin(), found.end());
         });
         std::vector<std::uint8_t> changed;
-        for (const std::vector<Pixel>& pixels : mixed)
-            for (const Pixel& pixel : pixels) {
-                state(pixel.y)[pixel.x] = pixel_state::unknown;
-                changed.resize(static_cast<std::size_t>(height_), 0);
-                for (int near = std::max(pixel.y - 1, 0);
-                     near <= std::min(pixel.y + 1, height_ - 1); ++near)
-                    changed[static_cast<std::size_t>(near)] = 1;
-            }
+        if (!mixed.empty()) changed.resize(static_cast<std::size_t>(height_), 0);
+        for (const Pixel& pixel : mixed) {
+            state(pixel.y)[pixel.x] = pixel_state::unknown;
+            for (int near = std::max(pixel.y - 1, 0); near <= std::min(pixel.y + 1, height_ - 1);
+                 ++near)
+                changed[static_cast<std::size_t>(near)] = 1;
+        }
         return changed;
     }
 
@@ -189,9 +242,9 @@ class EdgeExtension {
     void fill(int ring, Progress& progress) {
         const float slope = (1 - static_cast<float>(ring - 1) / static_cast<float>(reach_)) /
                             static_cast<float>(line - 1);
-        parallel_rows(height_, rows_per_block, progress, [&](int y0, int y1) {
+        parallel_rows(height_, ring_rows_per_block, progress, [&](int y0, int y1) {
             for (int y = y0; y < y1; ++y)
-                for (const int x : ring_[static_cast<std::size_t>(y)])
+                for (const int x : ring_.row(y))
                     out_.row(y)[x] = continued(x, y, ring, slope);
         });
     }
@@ -218,15 +271,14 @@ class EdgeExtension {
     /// Marks the ring and finds the next one. A row is written by one thread, which reads no other
     /// row of states.
     void grow(int ring, Progress& progress) {
-        parallel_rows(height_, rows_per_block, progress, [&](int y0, int y1) {
+        parallel_rows(height_, ring_rows_per_block, progress, [&](int y0, int y1) {
+            Ring::Writer next = next_ring_.block_from(y0);
             for (int y = y0; y < y1; ++y) {
                 std::uint8_t* const row = state(y);
-                std::vector<int>& next = next_ring_[static_cast<std::size_t>(y)];
-                next.clear();
-                for (const int x : ring_[static_cast<std::size_t>(y)])
+                for (const int x : ring_.row(y))
                     row[x] = static_cast<std::uint8_t>(ring);
                 for (int near = std::max(y - 1, 0); near <= std::min(y + 1, height_ - 1); ++near)
-                    for (const int middle : ring_[static_cast<std::size_t>(near)]) {
+                    for (const int middle : ring_.row(near)) {
                         // Unknown is the highest state: one branch for the three.
                         if (std::max({row[middle - 1], row[middle], row[middle + 1]}) !=
                             pixel_state::unknown)
@@ -235,12 +287,13 @@ class EdgeExtension {
                              ++x)
                             if (row[x] == pixel_state::unknown) {
                                 row[x] = static_cast<std::uint8_t>(ring + 1);
-                                next.push_back(x);
+                                next.add(x);
                             }
                     }
+                next.end_row();
             }
         });
-        ring_.swap(next_ring_);
+        std::swap(ring_, next_ring_);
     }
 
     const int width_;
@@ -252,8 +305,8 @@ class EdgeExtension {
     Bitmap<std::uint8_t> states_;
     std::array<std::ptrdiff_t, directions.size()> state_steps_{};  ///< to the neighbours
     std::array<std::ptrdiff_t, directions.size()> value_steps_{};
-    std::vector<std::vector<int>> ring_;  ///< columns of the newest ring in each row
-    std::vector<std::vector<int>> next_ring_;
+    Ring ring_;  ///< the newest one
+    Ring next_ring_;
 };
 
 }  // namespace

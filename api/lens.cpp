@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "api/isa.h"
@@ -61,7 +60,7 @@ RadialSeries series_of(const Distortion& lens) {
     constexpr double left_out = 1e-9;
     Powers d = power_series(lens);
     RadialSeries series{};
-    series.reach = std::numeric_limits<double>::max();
+    series.reach = 1e12;  // a million pixels: some end, for lenses that hardly bend
     for (const std::size_t k : {series_order - 1, series_order})
         series.reach =
             std::min(series.reach, std::pow(left_out / std::abs(d[k]), 1 / static_cast<double>(k)));
@@ -78,6 +77,8 @@ RadialSeries series_of(const Distortion& lens) {
     scale = 1;
     for (std::size_t k = 0; k < radial_terms; ++k)
         series.c[k] = d[k + 1] / (scale *= series.reach);
+    if (!std::ranges::all_of(series.c, [](double c) { return std::isfinite(c); }))
+        series = {-1, {}};  // reaches nothing
     return series;
 }
 
@@ -100,11 +101,13 @@ Point distorted_position(const Distortion& lens, Point ideal) {
 }
 
 DistortedRows::DistortedRows(const Distortion& lens)
-    : lens_(lens), series_(std::make_shared<const RadialSeries>(series_of(lens))) {}
+    : lens_(lens),
+      series_(std::make_shared<const RadialSeries>(series_of(lens))),
+      kernels_(active_radial_kernels()) {}
 
 void DistortedRows::operator()(int n, double* x, double* y) const {
     if (lens_.none()) return;
-    active_radial_kernels().positions_in_place(radial_row(lens_), *series_, n, x, y);
+    kernels_.positions_in_place(radial_row(lens_), *series_, n, x, y);
 }
 
 void distorted_pixels(const Distortion& lens, int x0, int n, int y, double* camera_x,

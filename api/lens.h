@@ -6,6 +6,7 @@
 
 namespace vyn {
 
+struct RadialKernels;
 struct RadialSeries;
 
 /// Radial lens distortion in pixels: U = D / (1 + a2 |D|^2 + a4 |D|^4), U the ideal and D the
@@ -44,6 +45,7 @@ class DistortedRows {
   private:
     Distortion lens_;
     std::shared_ptr<const RadialSeries> series_;
+    const RadialKernels& kernels_;
 };
 
 /// How the camera position moves with the ideal point, there. Not finite where the camera position

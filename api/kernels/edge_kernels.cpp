@@ -52,6 +52,7 @@ int border(const std::uint8_t* above, const std::uint8_t* row, const std::uint8_
     static_assert(pixel_state::known == 0 && pixel_state::unknown == 255);
     int* end = columns;
     for (int x = 0; x < n; x += group) {
+        __builtin_prefetch(below + (below - row) + x);
         const Bytes own = load<Bytes>(row + x);
         if (!any_byte(own)) continue;
         Bytes all_unknown = own;

@@ -51,21 +51,17 @@ inline void scale_group(const RadialRow& lens, const RadialSeries& series,
         d[i] = r2[i] <= series.reach ? d[i] : iterated[i];
 }
 
-/// Camera positions of n ideal positions; `offsets(i, dx, dy)` gives the ideal offsets from the
-/// centre of the vector that begins at number i, `scale(r2, d)` their ratios to the camera's.
-template <class Offsets, class Scale>
-inline void distort(const RadialRow& lens, int n, Offsets offsets, Scale scale, double* camera_x,
-                    double* camera_y) {
+void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, double* camera_y) {
+    const vdouble dy = vdouble{} + (y - lens.cy);
     for (int i = 0; i < n; i += group) {
         vdouble dx[depth];
-        vdouble dy[depth];
         vdouble r2[depth];
         vdouble d[depth];
         for (int k = 0; k < depth; ++k) {
-            offsets(i + k * half_lanes, dx[k], dy[k]);
-            r2[k] = dx[k] * dx[k] + dy[k] * dy[k];
+            dx[k] = counting<vdouble>() + static_cast<double>(x0 + i + k * half_lanes) - lens.cx;
+            r2[k] = dx[k] * dx[k] + dy * dy;
         }
-        scale(r2, d);
+        scale_group(lens, r2, d);
         double group_x[group];
         double group_y[group];
         const bool whole = i + group <= n;
@@ -73,7 +69,7 @@ inline void distort(const RadialRow& lens, int n, Offsets offsets, Scale scale, 
         double* const to_y = whole ? camera_y + i : group_y;
         for (int k = 0; k < depth; ++k) {
             store(to_x + k * half_lanes, dx[k] * d[k] + lens.cx);
-            store(to_y + k * half_lanes, dy[k] * d[k] + lens.cy);
+            store(to_y + k * half_lanes, dy * d[k] + lens.cy);
         }
         for (int k = 0; !whole && i + k < n; ++k) {
             camera_x[i + k] = group_x[k];
@@ -82,35 +78,40 @@ inline void distort(const RadialRow& lens, int n, Offsets offsets, Scale scale, 
     }
 }
 
-void positions(const RadialRow& lens, int x0, int n, int y, double* camera_x, double* camera_y) {
-    const vdouble row = vdouble{} + (y - lens.cy);
-    distort(
-        lens, n,
-        [&](int i, vdouble& dx, vdouble& dy) {
-            dx = counting<vdouble>() + static_cast<double>(x0 + i) - lens.cx;
-            dy = row;
-        },
-        [&](const vdouble(&r2)[depth], vdouble(&d)[depth]) { scale_group(lens, r2, d); }, camera_x,
-        camera_y);
+void move_group(const RadialRow& lens, const RadialSeries& series, double* x, double* y) {
+    vdouble dx[depth];
+    vdouble dy[depth];
+    vdouble r2[depth];
+    vdouble d[depth];
+    for (int k = 0; k < depth; ++k) {
+        dx[k] = load<vdouble>(x + k * half_lanes) - lens.cx;
+        dy[k] = load<vdouble>(y + k * half_lanes) - lens.cy;
+        r2[k] = dx[k] * dx[k] + dy[k] * dy[k];
+    }
+    scale_group(lens, series, r2, d);
+    for (int k = 0; k < depth; ++k) {
+        store(x + k * half_lanes, dx[k] * d[k] + lens.cx);
+        store(y + k * half_lanes, dy[k] * d[k] + lens.cy);
+    }
 }
 
 void positions_in_place(const RadialRow& lens, const RadialSeries& series, int n, double* x,
                         double* y) {
-    const auto loaded = [n](const double* from, int i) {
-        if (i + half_lanes <= n) return load<vdouble>(from + i);
-        vdouble rest{};
-        for (int k = 0; i + k < n; ++k)
-            rest[k] = from[i + k];
-        return rest;
-    };
-    distort(
-        lens, n,
-        [&](int i, vdouble& dx, vdouble& dy) {
-            dx = loaded(x, i) - lens.cx;
-            dy = loaded(y, i) - lens.cy;
-        },
-        [&](const vdouble(&r2)[depth], vdouble(&d)[depth]) { scale_group(lens, series, r2, d); }, x,
-        y);
+    int i = 0;
+    for (; i + group <= n; i += group)
+        move_group(lens, series, x + i, y + i);
+    if (i == n) return;
+    double last_x[group]{};
+    double last_y[group]{};
+    for (int k = 0; i + k < n; ++k) {
+        last_x[k] = x[i + k];
+        last_y[k] = y[i + k];
+    }
+    move_group(lens, series, last_x, last_y);
+    for (int k = 0; i + k < n; ++k) {
+        x[i + k] = last_x[k];
+        y[i + k] = last_y[k];
+    }
 }
 
 }  // namespace

@@ -84,6 +84,22 @@ TEST(DistortedRows, FollowThePointFunctions) {
         }
 }
 
+TEST(DistortedRows, StandLensesWithoutMeasure) {
+    for (const double a2 : {1e-300, -1e-40, 1e100, -1e300, 1e5}) {
+        const Distortion lens{10, 7, a2, 0};
+        double x[] = {10, 12};
+        double y[] = {7, 9};
+        DistortedRows{lens}(2, x, y);
+        EXPECT_EQ(x[0], 10) << a2;
+        EXPECT_EQ(y[0], 7) << a2;
+        const Point iterated = distorted_position(lens, {12, 9});
+        EXPECT_EQ(std::isfinite(x[1]), std::isfinite(iterated.x)) << a2;
+        if (std::isfinite(iterated.x)) {
+            EXPECT_NEAR(x[1], iterated.x, 1e-6) << a2;
+        }
+    }
+}
+
 /// Against differences of the exact position, on both sides of the centre and on it; pincushion and
 /// barrel, strong enough that all four parts count.
 TEST(ExactCameraPosition, IsUndoneAndItsDerivativeIsThatOfTheMap) {
