@@ -19,6 +19,8 @@ namespace {
 
 constexpr int rows_per_block = 32;
 static_assert(sigma_rows == sigma_term_count + 1);
+static_assert(static_cast<int>(TermRow::photons) == sigma_rows - 1);
+static_assert(static_cast<int>(TermRow::conditions) == static_cast<int>(SigmaTerm::conditions));
 
 /// Kernels go through rows in whole vectors.
 constexpr int widest = 16;

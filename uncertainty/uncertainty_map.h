@@ -38,7 +38,7 @@ struct SharedPictures {
 /// Pictures that a misalignment moves together; with their sign in the logarithm of the ratio.
 struct MovedPictures {
     struct Part {
-        std::size_t picture;
+        std::size_t picture;  ///< of the point's
         int sign;
     };
     std::vector<Part> parts;

@@ -1,5 +1,7 @@
 #include "process/steps/uncertain_places.h"
 
+#include <initializer_list>
+
 #include "process/point/experiment_type.h"
 
 namespace vyn {
@@ -20,10 +22,20 @@ DisplacementVariance variance_of(const PlaceSigmas& entered, const image* textur
 
 class Gathering {
   public:
-    Gathering(const StepRun& run, const image& frame) : run_(run), frame_(frame) {}
+    using IndexOf = std::function<std::size_t(std::size_t)>;
+    Gathering(const StepRun& run, const image& frame, const IndexOf& index_of)
+        : run_(run), frame_(frame), index_of_(index_of) {}
 
-    void add(std::vector<MovedPictures::Part> parts, const DisplacementVariance& variance) {
-        if (variance.known()) moved_.push_back({std::move(parts), variance});
+    struct Sign {
+        std::size_t number;  ///< in `raw_images`
+        int sign;
+    };
+    void add(std::initializer_list<Sign> signs, const DisplacementVariance& variance) {
+        if (!variance.known()) return;
+        MovedPictures& moved = moved_.emplace_back();
+        for (const Sign& each : signs)
+            moved.parts.push_back({index_of_(each.number), each.sign});
+        moved.variance = variance;
     }
     ImageMap map_to(std::size_t picture) const {
         return run_.alignment.from_frame[picture].value_or(ImageMap());
@@ -38,6 +50,7 @@ class Gathering {
   private:
     const StepRun& run_;
     const image& frame_;
+    const IndexOf& index_of_;
     std::vector<MovedPictures> moved_;
 };
 
@@ -65,14 +78,15 @@ void add_reference_channel(const StepRun& run, const CorrectedPictures& pictures
 }  // namespace
 
 std::vector<MovedPictures> moved_pictures(const StepRun& run, const CorrectedPictures& pictures,
-                                          const image& frame, const PlaceSigmas& entered) {
+                                          const image& frame, const PlaceSigmas& entered,
+                                          const std::function<std::size_t(std::size_t)>& index_of) {
     const RunReport& report = run.report;
     const bool followed = report.correlation && report.correlation->failure.empty();
     const auto texture =
         followed ? run.session.images.find(image_names::displacement_sigma) : nullptr;
     const DisplacementVariance signal =
         variance_of(entered, texture.get(), report.alignment, frame);
-    Gathering gathering(run, frame);
+    Gathering gathering(run, frame, index_of);
     switch (experiment_type(run.session.data)) {
         case ExperimentType::single:
             gathering.add({{1, -1}}, signal);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "process/steps/corrected_pictures.h"
@@ -14,9 +15,11 @@ struct PlaceSigmas {
     double registration = 0;  ///< where neither markers nor texture tell; 0: not known
 };
 
-/// The pictures that errors of the alignment move, by their numbers in `raw_images`, and by how
-/// much in pixels of the frame: known from texture, markers or a number, the first that there is.
+/// The pictures that errors of the alignment move, and by how much in pixels of the frame: known
+/// from texture, markers or a number, the first that there is. `index_of` gives the place among the
+/// point's pictures of a number in `raw_images`.
 std::vector<MovedPictures> moved_pictures(const StepRun& run, const CorrectedPictures& pictures,
-                                          const image& frame, const PlaceSigmas& entered);
+                                          const image& frame, const PlaceSigmas& entered,
+                                          const std::function<std::size_t(std::size_t)>& index_of);
 
 }  // namespace vyn

@@ -340,11 +340,9 @@ TaskOutcome calculate_uncertainty(const StepRun& run) {
     point.ratio = ratio.get();
     gather_pictures(run, settings, *pictures, gathered);
     gather_shared(run, settings, type, gathered);
-    point.moved = moved_pictures(run, *pictures, *field,
-                                 {settings.marker_sigma, settings.registration_sigma});
-    for (MovedPictures& moved : point.moved)
-        for (MovedPictures::Part& part : moved.parts)
-            part.picture = gathered.index_of(part.picture);
+    point.moved =
+        moved_pictures(run, *pictures, *field, {settings.marker_sigma, settings.registration_sigma},
+                       [&](std::size_t number) { return gathered.index_of(number); });
     gather_law(run, settings, *pictures, gathered);
     point.degree = read(run.session.data, keys::spline_degree);
     point.filter = filter_options(run.session.data);

@@ -42,16 +42,20 @@ double quartic_at(const double (&c)[5][5], double r, double u) {
            value_at(c[0], u);
 }
 
+inline float* row_of(const TermRows& rows, TermRow which) {
+    return rows.first + static_cast<int>(which) * rows.stride;
+}
+
 void law_at(const LawRow& law, const LawOfTemperature& of_temperature, const float* ratio,
             const float* values, const float* sigma, const std::uint8_t* mask, int n,
             const TermRows& rows) {
     const LawOfTemperature by = of_temperature;
     const double scale2 = double(law.scale) * double(law.scale);
     const double fa = law.fa;
-    float* __restrict temperature = rows.first + 4 * rows.stride;
-    float* __restrict reference = rows.first + 5 * rows.stride;
-    float* __restrict coefficients = rows.first + 6 * rows.stride;
-    float* __restrict by_ratio = rows.first + 8 * rows.stride;
+    float* __restrict temperature = row_of(rows, TermRow::temperature);
+    float* __restrict reference = row_of(rows, TermRow::reference);
+    float* __restrict coefficients = row_of(rows, TermRow::law);
+    float* __restrict by_ratio = row_of(rows, TermRow::photons);
     for (int i = 0; i < n; ++i) {
         const double r = fa * static_cast<double>(ratio[i]);
         const double u = by.factor * static_cast<double>(values[i]) + by.offset;
@@ -110,16 +114,16 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
     for (int i = 0; i < n; i += lanes) {
         const vint valid = (load_bytes(mask + i) == 0) & (counting<vint>() + i < n);
         const auto where_valid = [&](const vfloat& v) { return valid ? v : vfloat{}; };
-        const auto term = [&](int number) { return rows.first + number * rows.stride + i; };
+        const auto term = [&](TermRow which) { return row_of(rows, which) + i; };
         vfloat temperature;
         vfloat reference;
         vfloat coefficients;
         vfloat by_ratio;
         if (law.given) {
-            temperature = where_valid(load<vfloat>(term(4)));
-            reference = where_valid(load<vfloat>(term(5)));
-            coefficients = where_valid(load<vfloat>(term(6)));
-            by_ratio = where_valid(load<vfloat>(term(8)));
+            temperature = where_valid(load<vfloat>(term(TermRow::temperature)));
+            reference = where_valid(load<vfloat>(term(TermRow::reference)));
+            coefficients = where_valid(load<vfloat>(term(TermRow::law)));
+            by_ratio = where_valid(load<vfloat>(term(TermRow::photons)));
         } else {
             const vfloat r = law.fa * load<vfloat>(ratio + i);
             const vfloat slope = (law.by_log_ratio[2] * r + law.by_log_ratio[1]) * r;
@@ -145,11 +149,15 @@ void combine(const LawRow& law_row, const RatioVarianceRow& variances, const flo
         store(out.total + i, total);
         store(out.common + i, square_root(together));
         store(out.area + i, square_root(by_ratio * white));
-        int number = 0;
-        for (const vfloat& variance :
-             {noise, flat, registration, lamp, temperature, reference, coefficients, conditions,
-              by_ratio * where_valid(load<vfloat>(in.shot + i))})
-            store(term(number++), variance);
+        store(term(TermRow::noise), noise);
+        store(term(TermRow::flat), flat);
+        store(term(TermRow::registration), registration);
+        store(term(TermRow::lamp), lamp);
+        store(term(TermRow::temperature), temperature);
+        store(term(TermRow::reference), reference);
+        store(term(TermRow::law), coefficients);
+        store(term(TermRow::conditions), conditions);
+        store(term(TermRow::photons), by_ratio * where_valid(load<vfloat>(in.shot + i)));
         counted -= valid;
         noisy -= valid & (load<vfloat>(in.largest + i) > too_noisy_variance);
         largest = total > largest ? total : largest;

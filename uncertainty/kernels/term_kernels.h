@@ -11,7 +11,7 @@ struct LawRow {
     double temperature[5];
     double reference[5];
     double law[5];
-    bool given;       ///< `law_at` has written the terms by the law, and the slope in the last row
+    bool given;  ///< `law_at` has written the terms by the law, and the slope in the row of photons
     float scale;      ///< output unit per unit of the law
     float shift2;     ///< variance that the same error of all values adds, output unit squared
     float of_value2;  ///< relative variance of the divisor
@@ -48,7 +48,18 @@ struct SigmaRow {
     float* area;
 };
 
-/// Noise, flat, registration, lamp, temperature, reference, law, conditions, and photons alone.
+/// The rows that a variance is written into, term by term.
+enum class TermRow {
+    noise,
+    flat,
+    registration,
+    lamp,
+    temperature,
+    reference,
+    law,
+    conditions,
+    photons,  ///< what they alone bring, of the noise
+};
 constexpr int sigma_rows = 9;
 
 struct TermRows {
@@ -70,8 +81,8 @@ struct TermKernels {
     /// The first valid pixel's number, and that behind the last one, both in whole groups of 16
     /// pixels; 0 and 0 without any.
     void (*valid_span)(const std::uint8_t* mask, int n, int* first, int* end);
-    /// The rows temperature, reference and law of `terms`, and into the last one the squared slope
-    /// by ln R, where each pixel has a temperature and a standard deviation of it.
+    /// The rows temperature, reference and law of `terms`, and into that of photons the squared
+    /// slope by ln R, where each pixel has a temperature and a standard deviation of it.
     void (*law_at)(const LawRow& law, const LawOfTemperature& of_temperature, const float* ratio,
                    const float* temperature, const float* sigma, const std::uint8_t* mask, int n,
                    const TermRows& terms);
