@@ -137,6 +137,15 @@ class ByteGroup {
         if (to.region) copy_near(window, source_.region, to.region);
     }
 
+    /// One by one, all of them inside.
+    void copy_scattered(const ByteTarget& to) const {
+        constexpr std::ptrdiff_t most = 0x7fffffff;
+        if (source_.stride * source_.height > most) return copy_some(lanes, to);
+        const vint pixels = row_ * static_cast<int>(source_.stride) + column_;
+        copy_numbered(source_.mask, pixels, to.mask);
+        if (to.region) copy_numbered(source_.region, pixels, to.region);
+    }
+
     /// The first n, one by one.
     __attribute__((noinline)) void copy_some(int n, const ByteTarget& to) const {
         for (int i = 0; i < n; ++i) {
@@ -154,6 +163,14 @@ class ByteGroup {
                             __builtin_convertvector(high ? c.high : vdouble{}, vint_half));
     }
     std::ptrdiff_t offset(int i) const { return row_[i] * source_.stride + column_[i]; }
+
+    __attribute__((noinline)) static void copy_numbered(const std::uint8_t* plane,
+                                                        const vint& pixels, std::uint8_t* to) {
+        int number[lanes];
+        store(number, pixels);
+        for (int i = 0; i < lanes; ++i)
+            to[i] = plane[number[i]];
+    }
 
     void copy_near(const Window& window, const std::uint8_t* plane, std::uint8_t* to) const {
         const std::uint8_t* const upper = plane + window.top * source_.stride + window.left;
@@ -209,7 +226,7 @@ class Group {
                 return value_of_near(sample(window.left, window.top), window.dx, window.dy);
             }
         }
-        bytes.copy_some(lanes, to);
+        bytes.copy_scattered(to);
         return value_of_any();
     }
 
