@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "api/edge_ring.h"
 #include "api/isa.h"
 #include "api/kernels/edge_kernels.h"
 #include "api/parallel.h"
@@ -20,8 +21,6 @@ VYN_CHOOSE_KERNELS(EdgeKernels, edge_kernels)
 namespace {
 
 constexpr int rows_per_block = 32;
-/// A ring has few pixels in a row.
-constexpr int ring_rows_per_block = 64;
 /// Pixels on the line that a value is carried on along: the neighbour and the last one behind it.
 constexpr int line = 4;
 /// Pixels inside a border that may show what lies beyond it: the blur of the optics.
@@ -44,49 +43,6 @@ constexpr std::array<Direction, 8> directions{{{-1, 0, 1},
                                                {1, -1, 0.5F},
                                                {-1, 1, 0.5F},
                                                {1, 1, 0.5F}}};
-
-/// Columns of the pixels of a ring, row by row in blocks that are written by one thread each.
-class Ring {
-    struct Block {
-        std::vector<int> columns;
-        std::array<std::size_t, ring_rows_per_block + 1> ends{};
-    };
-
-  public:
-    explicit Ring(int height)
-        : blocks_(static_cast<std::size_t>((height - 1) / ring_rows_per_block + 1)) {}
-
-    bool empty() const {
-        return std::ranges::all_of(blocks_, [](const Block& one) { return one.columns.empty(); });
-    }
-    std::span<const int> row(int y) const {
-        const Block& own = blocks_[static_cast<std::size_t>(y / ring_rows_per_block)];
-        const auto in_block = static_cast<std::size_t>(y % ring_rows_per_block);
-        const std::size_t begin = own.ends[in_block];
-        return std::span(own.columns).subspan(begin, own.ends[in_block + 1] - begin);
-    }
-
-    /// Writes the rows of a block anew, one after the other.
-    class Writer {
-      public:
-        explicit Writer(Block& block) : block_(block) { block.columns.clear(); }
-        void add(int column) { block_.columns.push_back(column); }
-        void add(std::span<const int> columns) {
-            block_.columns.insert(block_.columns.end(), columns.begin(), columns.end());
-        }
-        void end_row() { block_.ends[++rows_] = block_.columns.size(); }
-
-      private:
-        Block& block_;
-        std::size_t rows_ = 0;
-    };
-    Writer block_from(int y) {
-        return Writer(blocks_[static_cast<std::size_t>(y / ring_rows_per_block)]);
-    }
-
-  private:
-    std::vector<Block> blocks_;
-};
 
 class EdgeExtension {
   public:
@@ -152,9 +108,9 @@ class EdgeExtension {
     template <class Wanted>
     void find_first(Progress& progress, const Wanted& wanted) {
         const EdgeKernels& kernels = active_edge_kernels();
-        parallel_rows(height_, ring_rows_per_block, progress, [&](int y0, int y1) {
+        parallel_rows(height_, EdgeRing::rows_per_block, progress, [&](int y0, int y1) {
             std::vector<int> found(static_cast<std::size_t>(width_));
-            Ring::Writer next = next_ring_.block_from(y0);
+            EdgeRing::Writer next = next_ring_.block_from(y0);
             for (int y = y0; y < y1; ++y) {
                 if (wanted(y)) {
                     const int count =
@@ -180,7 +136,7 @@ class EdgeExtension {
         std::mutex mutex;
         std::vector<Pixel> mixed;
         Progress silent;
-        parallel_rows(height_, ring_rows_per_block, silent, [&](int y0, int y1) {
+        parallel_rows(height_, EdgeRing::rows_per_block, silent, [&](int y0, int y1) {
             std::vector<Pixel> found;
             for (int y = y0; y < y1; ++y)
                 for (const int x : ring_.row(y))
@@ -242,7 +198,7 @@ class EdgeExtension {
     void fill(int ring, Progress& progress) {
         const float slope = (1 - static_cast<float>(ring - 1) / static_cast<float>(reach_)) /
                             static_cast<float>(line - 1);
-        parallel_rows(height_, ring_rows_per_block, progress, [&](int y0, int y1) {
+        parallel_rows(height_, EdgeRing::rows_per_block, progress, [&](int y0, int y1) {
             for (int y = y0; y < y1; ++y)
                 for (const int x : ring_.row(y))
                     out_.row(y)[x] = continued(x, y, ring, slope);
@@ -271,8 +227,8 @@ class EdgeExtension {
     /// Marks the ring and finds the next one. A row is written by one thread, which reads no other
     /// row of states.
     void grow(int ring, Progress& progress) {
-        parallel_rows(height_, ring_rows_per_block, progress, [&](int y0, int y1) {
-            Ring::Writer next = next_ring_.block_from(y0);
+        parallel_rows(height_, EdgeRing::rows_per_block, progress, [&](int y0, int y1) {
+            EdgeRing::Writer next = next_ring_.block_from(y0);
             for (int y = y0; y < y1; ++y) {
                 std::uint8_t* const row = state(y);
                 for (const int x : ring_.row(y))
@@ -305,8 +261,8 @@ class EdgeExtension {
     Bitmap<std::uint8_t> states_;
     std::array<std::ptrdiff_t, directions.size()> state_steps_{};  ///< to the neighbours
     std::array<std::ptrdiff_t, directions.size()> value_steps_{};
-    Ring ring_;  ///< the newest one
-    Ring next_ring_;
+    EdgeRing ring_;  ///< the newest one
+    EdgeRing next_ring_;
 };
 
 }  // namespace

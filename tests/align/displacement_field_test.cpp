@@ -1,6 +1,7 @@
 #include "align/displacement_field.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,16 +19,16 @@ Point smooth(Point p) {
     return {60 + 0.05 * p.x + 0.5 * std::sin(p.x / 40 + p.y / 60), -0.03 * p.y + 1e-4 * p.x * p.y};
 }
 
-DisplacementField field_of(Point (*displacement)(Point)) {
+DisplacementField field_of(Point (*displacement)(Point), int apart = step) {
     Bitmap<double> u(12 + 2 * ring, 9 + 2 * ring);
     Bitmap<double> v(u.width(), u.height());
     for (int r = 0; r < u.height(); ++r)
         for (int c = 0; c < u.width(); ++c) {
-            const Point d = displacement({(c - ring) * double{step}, (r - ring) * double{step}});
+            const Point d = displacement({double(c - ring) * apart, double(r - ring) * apart});
             u(c, r) = d.x;
             v(c, r) = d.y;
         }
-    return DisplacementField(step, u, v);
+    return DisplacementField(apart, u, v);
 }
 
 TEST(DisplacementField, PassesThroughItsNodesSmoothly) {
@@ -52,24 +53,34 @@ TEST(DisplacementField, PassesThroughItsNodesSmoothly) {
         }
 }
 
+/// The default step, whose whole spans go a way of their own, and others; the same bits on every
+/// instruction set.
 TEST(DisplacementField, RowsAgreeWithSinglePositionsInsideAndOutside) {
-    const DisplacementField field = field_of(smooth);
-    const RowMap map = field.row_map();
-    constexpr int n = 140;
-    for (const int x0 : {-30, -3, 0, 5})
-        for (const int y : {-40, -1, 0, 13, 62, 200}) {
-            std::vector<double> xs(n);
-            std::vector<double> ys(n);
-            map(x0, n, y, xs.data(), ys.data());
-            for (int i = 0; i < n; ++i) {
-                double x = x0 + i;
-                double row = y;
-                const auto at = static_cast<std::size_t>(i);
-                field.displace(&x, &row, 1);
-                ASSERT_NEAR(xs[at], x, 1e-12) << x0 + i << ' ' << y;
-                ASSERT_NEAR(ys[at], row, 1e-12) << x0 + i << ' ' << y;
+    constexpr std::size_t n = 140;
+    for (const int each_step : {step, 8, 3, 20}) {
+        const DisplacementField field = field_of(smooth, each_step);
+        for (const int x0 : {-61, -30, -3, 0, 5})
+            for (const int y : {-40, -1, 0, 13, 62, 200}) {
+                std::vector<double> base;
+                for (const char* isa : {"base", "avx2", "avx512"}) {
+                    setenv("VYNLITE_ISA", isa, 1);
+                    std::vector<double> xs(n);
+                    std::vector<double> ys(n);
+                    field.row_map()(x0, static_cast<int>(n), y, xs.data(), ys.data());
+                    unsetenv("VYNLITE_ISA");
+                    if (base.empty()) base = xs;
+                    ASSERT_EQ(xs, base) << isa << ' ' << x0 << ' ' << y;
+                    for (std::size_t i = 0; i < n; ++i) {
+                        double x = x0 + static_cast<int>(i);
+                        double row = y;
+                        field.displace(&x, &row, 1);
+                        ASSERT_NEAR(xs[i], x, 1e-12) << each_step << ' ' << x0 << ' ' << i;
+                        ASSERT_NEAR(ys[i], row, 1e-12) << each_step << ' ' << y << ' ' << i;
+                    }
+                }
             }
-        }
+    }
+    const DisplacementField field = field_of(smooth);
     const Point on_ring = field.at({-14, -14});
     EXPECT_EQ(field.at({-1e9, -1e300}), on_ring);
 }
